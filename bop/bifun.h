@@ -1,0 +1,45 @@
+/* bifun for engine builders: every exported function and variable. Compiles as C11 and as C++.
+ *
+ * An entry point evaluates one SQL built-in over a batch: it reads columns (`a` in its name) and constants (`v`) and writes row k of
+ * the batch to row k of `result`. It returns 0, or a negative status of bop/frame/status.h after which the rows before the failing
+ * one hold their results. A NULL argument makes the row NULL unless the built-in's meaning says otherwise. `result` and the
+ * arguments must not overlap. Functions keep no state and may run in several threads, each with its own environment and memory
+ * object. Look a function up by name with dlsym, or link the library.
+ *
+ * bifun_dll_var_init stores the three settings; call it once after loading the library and before anything else. It returns 0. */
+#ifndef BIFUN_BIFUN_H
+#define BIFUN_BIFUN_H
+
+#include "bop/frame/contract.h"
+#include "bop/frame/status.h"
+
+#define BIFUN_API __attribute__((visibility("default")))
+
+#define BIFUN_CONSTANT_INT bifun_int_constant
+#define BIFUN_CONSTANT_BIGINT bifun_bigint_constant
+#define BIFUN_CONSTANT_DOUBLE bifun_double_constant
+#define BIFUN_CONSTANT_DECIMAL bifun_decimal_constant
+#define BIFUN_CONSTANT_DATETIME bifun_datetime_constant
+#define BIFUN_CONSTANT_VARCHAR bifun_string_constant
+#define BIFUN_CONSTANT_VARBINARY bifun_string_constant
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+#define COLUMN(type) const bifun_column*
+#define CONSTANT(type) const BIFUN_CONSTANT_##type*
+#define EXPORT(symbol, builtin, result_type, ...)                                                                                          \
+    BIFUN_API int32_t symbol(bifun_environment* environment, bifun_memory_object* memory, __VA_ARGS__, bifun_column* result,               \
+                             uint32_t row_count);
+#define EXPORT_FUNCTION(symbol, result, ...) BIFUN_API result symbol(__VA_ARGS__);
+#define EXPORT_DATA(type, symbol) extern BIFUN_API type symbol;
+#include "bop/exports.def"
+#undef COLUMN
+#undef CONSTANT
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif

@@ -1,0 +1,23 @@
+// LNNVL(condition): true where the condition is false or unknown; never NULL.
+
+#include "bop/conditional/condition.h"
+#include "bop/frame/arguments.h"
+
+using namespace bifun;
+
+VECTORISED status blnnvl_a_bool(BATCH_OF(column condition)) {
+    const batch batch = BATCH;
+    if (row_count > 0) {
+        std::memset(null_flags(batch), 1, row_count);
+    }
+    result->no_nulls = 1;
+    return with_rows(
+        [&](const auto& holds) INLINED -> status {
+            auto* const results = values<std::int32_t>(batch);
+            for (std::uint32_t k = 0; k < row_count; ++k) {
+                results[k] = is_true(holds[k]) ? 0 : 1;
+            }
+            return BIFUN_OK;
+        },
+        integer(condition));
+}

@@ -1,0 +1,109 @@
+// The catalogue: every SQL built-in and every entry point, as constant data made from bop/exports.def. For whoever calls the library by
+// name: the host, the generic tests, the benchmarks. The library itself does not include it.
+#ifndef BIFUN_FRAME_CATALOGUE_H
+#define BIFUN_FRAME_CATALOGUE_H
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <string_view>
+#include <tuple>
+#include <utility>
+
+#include "bop/bifun.h"
+#include "bop/frame/value_type.h"
+
+namespace bifun {
+
+enum class argument_kind : std::uint8_t { column, constant };
+
+struct argument {
+    argument_kind kind;
+    value_type type;
+};
+
+constexpr std::size_t most_arguments = 5;
+
+// Calls `function`, an entry point found by name. `arguments` points to its SQL arguments: a bifun_column or a constant record each.
+using entry_invoker = std::int32_t (*)(void* function, bifun_environment* environment, bifun_memory_object* memory,
+                                       const void* const* arguments, bifun_column* result, std::uint32_t row_count);
+
+struct entry_point {
+    const char* symbol;
+    std::string_view builtin;
+    value_type result;
+    std::array<argument, most_arguments> argument_list;
+    std::size_t argument_count;
+    entry_invoker invoke;
+
+    [[nodiscard]] constexpr std::span<const argument> arguments() const { return {argument_list.data(), argument_count}; }
+};
+
+struct builtin {
+    std::string_view name;
+    std::string_view form;
+    std::string_view meaning;
+    std::string_view example;
+};
+
+namespace detail {
+
+template <class... Parameters, std::size_t... Position>
+std::int32_t invoke_at(std::int32_t (*function)(bifun_environment*, bifun_memory_object*, Parameters...), std::index_sequence<Position...>,
+                       bifun_environment* environment, bifun_memory_object* memory, const void* const* arguments, bifun_column* result,
+                       std::uint32_t row_count) {
+    using parameters = std::tuple<Parameters...>;
+    return function(environment, memory, static_cast<std::tuple_element_t<Position, parameters>>(arguments[Position])..., result,
+                    row_count);
+}
+
+template <class Function> struct invoker;
+
+template <class... Parameters> struct invoker<std::int32_t(bifun_environment*, bifun_memory_object*, Parameters...)> {
+    static std::int32_t invoke(void* function, bifun_environment* environment, bifun_memory_object* memory, const void* const* arguments,
+                               bifun_column* result, std::uint32_t row_count) {
+        using function_type = std::int32_t (*)(bifun_environment*, bifun_memory_object*, Parameters...);
+        constexpr std::size_t result_and_row_count = 2;
+        return invoke_at(reinterpret_cast<function_type>(function),
+                         std::make_index_sequence<sizeof...(Parameters) - result_and_row_count>{}, environment, memory, arguments, result,
+                         row_count);
+    }
+};
+
+template <class... Arguments>
+constexpr entry_point make_entry_point(const char* symbol, std::string_view builtin, value_type result, entry_invoker invoke,
+                                       Arguments... arguments) {
+    static_assert(sizeof...(Arguments) <= most_arguments);
+    return {symbol, builtin, result, {arguments...}, sizeof...(Arguments), invoke};
+}
+
+} // namespace detail
+
+inline constexpr entry_point entry_points[] = {
+#define COLUMN(type)                                                                                                                       \
+    argument { argument_kind::column, value_type::type }
+#define CONSTANT(type)                                                                                                                     \
+    argument { argument_kind::constant, value_type::type }
+#define EXPORT(symbol, builtin, result, ...)                                                                                               \
+    detail::make_entry_point(#symbol, #builtin, value_type::result, detail::invoker<decltype(::symbol)>::invoke, __VA_ARGS__),
+#include "bop/exports.def"
+#undef COLUMN
+#undef CONSTANT
+};
+
+inline constexpr builtin builtins[] = {
+#define BUILTIN(name, form, meaning, example) {#name, form, meaning, example},
+#include "bop/exports.def"
+};
+
+// The symbols that are exported besides the entry points.
+inline constexpr const char* other_symbols[] = {
+#define EXPORT_FUNCTION(symbol, result, ...) #symbol,
+#define EXPORT_DATA(type, symbol) #symbol,
+#include "bop/exports.def"
+};
+
+} // namespace bifun
+
+#endif

@@ -1,0 +1,32 @@
+// The types of column values and constants.
+#ifndef BIFUN_FRAME_VALUE_TYPE_H
+#define BIFUN_FRAME_VALUE_TYPE_H
+
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
+
+#include "bop/frame/contract.h"
+
+namespace bifun {
+
+// DATETIME stands for dates, times and datetimes with and without zone: a column of any of them has the same layout.
+enum class value_type : std::uint8_t { BOOL, INT, BIGINT, DOUBLE, DECIMAL, DATETIME, VARCHAR, VARBINARY };
+
+constexpr std::string_view type_name(value_type type) {
+    constexpr std::string_view names[] = {"BOOL", "INT", "BIGINT", "DOUBLE", "DECIMAL", "DATETIME", "VARCHAR", "VARBINARY"};
+    return names[static_cast<std::size_t>(type)];
+}
+
+// Bytes per row in a column's value array.
+constexpr std::size_t value_width(value_type type) {
+    constexpr std::size_t widths[] = {sizeof(std::int32_t), sizeof(std::int32_t), sizeof(std::int64_t), sizeof(double),
+                                      sizeof(xdec),         sizeof(zqtime),       sizeof(bifun_string), sizeof(bifun_string)};
+    return widths[static_cast<std::size_t>(type)];
+}
+
+constexpr bool is_string(value_type type) { return type == value_type::VARCHAR || type == value_type::VARBINARY; }
+
+} // namespace bifun
+
+#endif

@@ -1,0 +1,17 @@
+# cmake --install: the library, the embedded engine, the program, the headers in their source layout under include/bifun, a CMake
+# package and a pkg-config file.
+include(CMakePackageConfigHelpers)
+
+install(TARGETS bifun zqengine EXPORT bifunTargets LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+install(FILES bop/bifun.h bop/exports.def DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/bifun/bop)
+install(FILES bop/frame/contract.h bop/frame/status.h bop/frame/statuses.def bop/frame/value_type.h bop/frame/catalogue.h
+  DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/bifun/bop/frame)
+install(DIRECTORY engine DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/bifun FILES_MATCHING PATTERN "*.h")
+install(DIRECTORY embedded DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/bifun FILES_MATCHING PATTERN "*.h")
+
+set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/bifun)
+install(EXPORT bifunTargets NAMESPACE bifun:: DESTINATION ${package_dir})
+write_basic_package_version_file(${PROJECT_BINARY_DIR}/bifunConfigVersion.cmake COMPATIBILITY SameMajorVersion)
+install(FILES cmake/bifunConfig.cmake ${PROJECT_BINARY_DIR}/bifunConfigVersion.cmake DESTINATION ${package_dir})
+configure_file(cmake/bifun.pc.in ${PROJECT_BINARY_DIR}/bifun.pc @ONLY)
+install(FILES ${PROJECT_BINARY_DIR}/bifun.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

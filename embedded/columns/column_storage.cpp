@@ -1,0 +1,64 @@
+#include "embedded/columns/column_storage.h"
+
+#include <cstring>
+#include <new>
+
+#include "embedded/memory/allocation.h"
+
+// Declared in engine/columns.h, where it is weak because an engine may leave it out. Defined without sight of that declaration, which
+// would make the definition weak too. Tests and benchmarks set it to 0.
+extern "C" {
+extern int32_t bdta3_setters_are_plain_stores;
+int32_t bdta3_setters_are_plain_stores = 1;
+}
+
+namespace zqengine {
+namespace {
+
+std::size_t value_bytes(bifun::value_type type, std::uint32_t capacity) { return bifun::value_width(type) * capacity; }
+
+void* allocate_zeroed(std::size_t size) {
+    void* const memory = allocate(size);
+    if (memory != nullptr) {
+        std::memset(memory, 0, size);
+    }
+    return memory;
+}
+
+} // namespace
+
+column_storage* create_column(bifun::value_type type, std::uint32_t capacity) {
+    void* const memory = allocate(sizeof(column_storage));
+    if (memory == nullptr) {
+        return nullptr;
+    }
+    column_storage* const column = new (memory) column_storage{};
+    column->type = type;
+    column->capacity = capacity;
+    column->column.data = &column->data;
+    column->data.engine_header[0] = column;
+    column->data.null_flags = static_cast<std::uint8_t*>(allocate_zeroed(capacity));
+    column->data.values = allocate_zeroed(value_bytes(type, capacity));
+    if (column->data.null_flags == nullptr || column->data.values == nullptr) {
+        destroy_column(column);
+        return nullptr;
+    }
+    return column;
+}
+
+void destroy_column(column_storage* column) {
+    if (column == nullptr) {
+        return;
+    }
+    arena_release(column->string_bytes);
+    release(column->data.values, value_bytes(column->type, column->capacity));
+    release(column->data.null_flags, column->capacity);
+    release(column, sizeof(column_storage));
+}
+
+void clear_column(column_storage& column) {
+    arena_clear(column.string_bytes);
+    column.status = 0;
+}
+
+} // namespace zqengine

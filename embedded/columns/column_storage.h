@@ -1,0 +1,41 @@
+// Batch columns that own their memory: what an executor fills, passes to bifun and reads.
+#ifndef BIFUN_EMBEDDED_COLUMNS_COLUMN_STORAGE_H
+#define BIFUN_EMBEDDED_COLUMNS_COLUMN_STORAGE_H
+
+#include <cstdint>
+#include <memory>
+
+#include "bop/frame/contract.h"
+#include "bop/frame/value_type.h"
+#include "embedded/memory/arena.h"
+
+namespace zqengine {
+
+// `column` is what is passed to bifun; it has no selection vector of its own. `string_bytes` holds the bytes of string values.
+struct column_storage {
+    bifun_column column;
+    bifun_column_data data;
+    bifun::value_type type;
+    std::uint32_t capacity;
+    std::int32_t status; // -503 once an assignment has found no memory, until the column is cleared
+    arena string_bytes;
+};
+
+// A column with room for `capacity` rows, all flags and values zero, or null when memory is exhausted.
+[[nodiscard]] column_storage* create_column(bifun::value_type type, std::uint32_t capacity);
+void destroy_column(column_storage* column);
+
+// Forgets the string bytes and the status, so that the column can take the next batch. Flags and values stay as they are.
+void clear_column(column_storage& column);
+
+struct column_deleter {
+    void operator()(column_storage* column) const { destroy_column(column); }
+};
+using column_pointer = std::unique_ptr<column_storage, column_deleter>;
+
+template <class T> T* values_of(column_storage& column) { return static_cast<T*>(column.data.values); }
+template <class T> const T* values_of(const column_storage& column) { return static_cast<const T*>(column.data.values); }
+
+} // namespace zqengine
+
+#endif

@@ -1,0 +1,52 @@
+// A growing run of bytes that are freed together.
+#ifndef BIFUN_EMBEDDED_MEMORY_ARENA_H
+#define BIFUN_EMBEDDED_MEMORY_ARENA_H
+
+#include <cstddef>
+#include <cstdint>
+
+namespace zqengine {
+
+struct arena_block;
+
+// Begin with all members zero. Bytes are taken from `top`; where they do not fit, a larger block is added in front of the list.
+struct arena {
+    arena_block* newest;
+    std::uint8_t* top;
+    std::uint8_t* end;
+};
+
+struct arena_mark {
+    arena_block* newest;
+    std::uint8_t* top;
+};
+
+// The slow part of arena_take: adds a block with room for `size` bytes and takes them from it.
+[[nodiscard]] std::uint8_t* arena_grow(arena& target, std::size_t size, std::size_t alignment);
+
+// `size` bytes aligned to `alignment`, a power of two up to 16; null when memory is exhausted, never for size 0.
+[[nodiscard]] inline std::uint8_t* arena_take(arena& target, std::size_t size, std::size_t alignment) {
+    const auto misalignment = reinterpret_cast<std::uintptr_t>(target.top) & (alignment - 1);
+    const std::size_t padding = misalignment == 0 ? 0 : alignment - misalignment;
+    if (target.top == nullptr || static_cast<std::size_t>(target.end - target.top) < padding + size) {
+        return arena_grow(target, size, alignment);
+    }
+    std::uint8_t* const bytes = target.top + padding;
+    target.top = bytes + size;
+    return bytes;
+}
+
+inline arena_mark arena_top(const arena& target) { return {target.newest, target.top}; }
+
+// Frees what was taken after the mark. The arena may keep a block for later use.
+void arena_free_to(arena& target, arena_mark mark);
+
+// Forgets everything taken but keeps the newest block, which is the largest, so that a steady load stops allocating.
+void arena_clear(arena& target);
+
+// Releases all memory; the arena is as at the beginning.
+void arena_release(arena& target);
+
+} // namespace zqengine
+
+#endif

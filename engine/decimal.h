@@ -1,0 +1,48 @@
+/* DECIMAL values: up to 38 significant digits. Values are passed by pointer and may be unaligned. Operations take no environment and
+ * allocate nothing. Results must not overlap operands unless an entry says so. */
+#ifndef BIFUN_ENGINE_DECIMAL_H
+#define BIFUN_ENGINE_DECIMAL_H
+
+#include "bop/frame/contract.h"
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* Optional. XDEC_LAYOUT_PACKED_128 where an engine's decimals are laid out as engine/decimal_layout.h describes: then the library
+ * compares them in its own loops instead of calling xdec_cmp for every row. It is read once per call. */
+enum { XDEC_LAYOUT_PRIVATE = 0, XDEC_LAYOUT_PACKED_128 = 1 };
+extern int32_t xdec_layout __attribute__((weak));
+
+void xdec_copy(xdec* destination, const xdec* source);
+void xdec_fill_zero(xdec* value);
+void xdec_fill_one(xdec* value);
+
+/* Less than, equal to or greater than 0 as `a` is less than, equal to or greater than `b` by numeric value: 1.0 equals 1.00. */
+int32_t xdec_cmp(const xdec* a, const xdec* b);
+
+/* An integer as a DECIMAL of scale 0. `precision` is always 255: no limit. Returns 0. */
+int32_t xdec_from_int64(xdec* result, int64_t value, int32_t precision);
+
+/* The shortest decimal that reads back as the same double. Returns 0; -6102 where it is NaN, infinite or beyond the largest
+ * DECIMAL. A value too small for the smallest becomes 0. */
+int32_t xdec_from_double(xdec* result, double value);
+
+/* The nearest double; halves to even. */
+double xdec_to_double(const xdec* value);
+
+/* Reads [blanks][sign]digits[.digits][E[sign]digits][blanks]. The scale is that of the text: 1.00 keeps two digits. More than 38
+ * significant digits are rounded half away from zero. Returns 0; 109 where the text is no number; -6102 where it is beyond the
+ * largest DECIMAL. On failure the result is untouched. */
+int32_t xdec_from_char(const uint8_t* text, uint32_t length, xdec* result);
+
+/* Writes the value in plain notation, a zero before the point, all digits of its scale, and a closing NUL: -0.50. The two reserved
+ * arguments are 0. `length` gets the length without the NUL. Returns 0; -6803 where `buffer_size` is too small (256 always suffices). */
+int32_t xdec_to_char_with_zero(const xdec* value, char* buffer, uint32_t buffer_size, int32_t reserved_1, int32_t reserved_2,
+                               uint32_t* length);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif

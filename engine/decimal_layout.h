@@ -1,0 +1,53 @@
+// The decimal layout that an engine announces with xdec_layout == XDEC_LAYOUT_PACKED_128, and what can be told from it without a call.
+//
+//     byte 0        sign mark: 0xC1 positive, 0x3E negative, 0x80 zero
+//     byte 1        precision: the number of digits of the value written as an integer without its point (1 for zero)
+//     byte 2        scale: digits after the point, 0 .. 127
+//     byte 3        exponent: zeros that follow the coefficient of an integer beyond 38 digits; else 0
+//     bytes 4-7     zero
+//     bytes 8-23    coefficient: the magnitude without its point, unsigned, 128 bits, little-endian, below 10^38
+//     bytes 24-29   zero
+//
+// The value is coefficient x 10^(exponent - scale). Zero may have a scale (0.00); its coefficient is 0. An exponent above 0 goes with
+// scale 0 and a coefficient of exactly 38 digits, so every value of one scale has one encoding.
+#ifndef BIFUN_ENGINE_DECIMAL_LAYOUT_H
+#define BIFUN_ENGINE_DECIMAL_LAYOUT_H
+
+#include <cstdint>
+#include <cstring>
+
+#include "bop/frame/contract.h"
+
+namespace bifun::decimal_layout {
+
+__extension__ using uint128 = unsigned __int128;
+__extension__ using int128 = __int128;
+
+constexpr std::size_t precision_at = 1;
+constexpr std::size_t scale_at = 2;
+constexpr std::size_t exponent_at = 3;
+constexpr std::size_t coefficient_at = 8;
+
+inline uint128 coefficient(const xdec& value) {
+    uint128 bits;
+    std::memcpy(&bits, value.bytes + coefficient_at, sizeof bits);
+    return bits;
+}
+
+inline int128 signed_coefficient(const xdec& value) {
+    const auto magnitude = static_cast<int128>(coefficient(value));
+    return value.bytes[0] == XDEC_NEGATIVE ? -magnitude : magnitude;
+}
+
+// Whether the coefficients of two values are in the same unit, so that they can be compared as they stand.
+inline bool same_unit(const xdec& a, const xdec& b) {
+    std::uint16_t scale_and_exponent_a;
+    std::uint16_t scale_and_exponent_b;
+    std::memcpy(&scale_and_exponent_a, a.bytes + scale_at, sizeof scale_and_exponent_a);
+    std::memcpy(&scale_and_exponent_b, b.bytes + scale_at, sizeof scale_and_exponent_b);
+    return scale_and_exponent_a == scale_and_exponent_b;
+}
+
+} // namespace bifun::decimal_layout
+
+#endif
