@@ -34,9 +34,10 @@ inline uint128 coefficient(const xdec& value) {
     return bits;
 }
 
+// Without a branch: signs in a column are as good as random.
 inline int128 signed_coefficient(const xdec& value) {
-    const auto magnitude = static_cast<int128>(coefficient(value));
-    return value.bytes[0] == XDEC_NEGATIVE ? -magnitude : magnitude;
+    const int128 sign = -static_cast<int128>(value.bytes[0] == XDEC_NEGATIVE);
+    return (static_cast<int128>(coefficient(value)) ^ sign) - sign;
 }
 
 // Whether the coefficients of two values are in the same unit, so that they can be compared as they stand.

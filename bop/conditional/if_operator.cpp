@@ -17,11 +17,14 @@ template <class T, class Condition, class X, class Y>
 INLINED inline void choose_all(const batch& batch, const Condition& holds, const X& x, const Y& y) {
     std::uint8_t* const flags = null_flags(batch);
     T* const results = values<T>(batch);
-    for (std::uint32_t k = 0; k < batch.row_count; ++k) {
-        flags[k] = static_cast<std::uint8_t>(is_true(holds[k]) ? x.has_value(k) : y.has_value(k));
+    const std::uint32_t row_count = batch.row_count;
+    for (std::uint32_t k = 0; k < row_count; ++k) {
+        const bool if_true = x.has_value(k); // both are read in every row, so that the loop has no branch
+        const bool if_false = y.has_value(k);
+        flags[k] = static_cast<std::uint8_t>(is_true(holds[k]) ? if_true : if_false);
     }
-    for (std::uint32_t k = 0; k < batch.row_count; ++k) {
-        const T if_true = x[k]; // both are read in every row, so that the loop has no branch
+    for (std::uint32_t k = 0; k < row_count; ++k) {
+        const T if_true = x[k];
         const T if_false = y[k];
         results[k] = is_true(holds[k]) ? if_true : if_false;
     }
@@ -41,11 +44,12 @@ template <class T> void choose_one(const batch& batch, std::uint32_t row, bool p
 // Whether a row whose condition is `wanted` takes a NULL from `rows`.
 template <class Condition, class Rows>
 INLINED inline bool takes_null(std::uint32_t row_count, const Condition& holds, bool wanted, const Rows& rows) {
-    bool taken = false;
+    std::uint32_t taken = 0;
     for (std::uint32_t k = 0; k < row_count; ++k) {
-        taken |= (is_true(holds[k]) == wanted) & !rows.has_value(k);
+        const bool missing = !rows.has_value(k);
+        taken |= static_cast<std::uint32_t>((is_true(holds[k]) == wanted) & missing);
     }
-    return taken;
+    return taken != 0;
 }
 
 // x is a column: the result begins as its copy, NULLs included, and the rows whose condition does not hold are overwritten.

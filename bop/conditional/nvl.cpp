@@ -32,10 +32,11 @@ template <class T, class Y> INLINED inline status nvl(const batch& batch, const 
         [&](const auto& x_rows, const auto& y_rows) INLINED -> status {
             std::uint8_t* __restrict const flags = null_flags(batch);
             T* __restrict const results = values<T>(batch);
-            for (std::uint32_t k = 0; k < batch.row_count; ++k) {
+            const std::uint32_t row_count = batch.row_count;
+            for (std::uint32_t k = 0; k < row_count; ++k) {
                 flags[k] = static_cast<std::uint8_t>(x_rows.has_value(k) | y_rows.has_value(k));
             }
-            for (std::uint32_t k = 0; k < batch.row_count; ++k) {
+            for (std::uint32_t k = 0; k < row_count; ++k) {
                 if constexpr (std::is_arithmetic_v<T>) {
                     const T replacement = y_rows[k]; // read in every row, so that the loop has no branch
                     results[k] = x_rows.has_value(k) ? results[k] : replacement;

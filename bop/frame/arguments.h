@@ -69,12 +69,15 @@ template <class T> selected_rows<T> rows_by_selection(const column_argument<T>& 
 }
 template <class T> constant_rows<T> rows_by_selection(const constant_argument<T>& argument) { return {argument.value, argument.present}; }
 
+// Not inlined into an entry point that exists for several instruction sets: a loop over selection vectors gains nothing from them.
+template <class Body, class... Rows> [[gnu::noinline]] auto out_of_line(const Body& body, const Rows&... rows) { return body(rows...); }
+
 // Calls `body` with the rows of every argument. It is compiled twice: for columns that lie densely, and for selection vectors.
-template <class Body, class... Arguments> INLINED inline auto with_rows(Body&& body, const Arguments&... arguments) {
+template <class Body, class... Arguments> INLINED inline auto with_rows(const Body& body, const Arguments&... arguments) {
     if ((is_dense(arguments) && ...)) {
         return body(rows_as_they_lie(arguments)...);
     }
-    return body(rows_by_selection(arguments)...);
+    return out_of_line(body, rows_by_selection(arguments)...);
 }
 
 // ---- arguments by type ----

@@ -52,12 +52,19 @@ struct no_check {};
 
 // How many rows from `first` on pass the check; `failure` gets the status of the next one.
 template <auto check, class... Rows>
-INLINED inline std::uint32_t rows_that_pass(std::uint32_t first, std::uint32_t count, status& failure, const Rows&... rows) {
-    bool all_pass = true;
-    for (std::uint32_t k = first; k < first + count; ++k) {
-        all_pass &= !(rows.has_value(k) && ...) | (check(rows[k]...) == BIFUN_OK);
+INLINED inline std::uint32_t rows_that_pass(std::uint32_t first, std::uint32_t count, bool no_nulls, status& failure, const Rows&... rows) {
+    status failures = BIFUN_OK;
+    if (no_nulls) {
+        for (std::uint32_t k = first; k < first + count; ++k) {
+            failures |= check(rows[k]...);
+        }
+    } else {
+        for (std::uint32_t k = first; k < first + count; ++k) {
+            const status failure_of_value = check(rows[k]...);
+            failures |= (rows.has_value(k) & ...) ? failure_of_value : BIFUN_OK;
+        }
     }
-    if (all_pass) {
+    if (failures == BIFUN_OK) {
         return count;
     }
     std::uint32_t passed = 0;
@@ -124,7 +131,7 @@ INLINED inline status evaluate_rows(const batch& batch, const Arguments&... argu
                 std::uint32_t passed = count;
                 status failure = BIFUN_OK;
                 if constexpr (!std::is_same_v<decltype(check), const no_check>) {
-                    passed = rows_that_pass<check>(first, count, failure, rows...);
+                    passed = rows_that_pass<check>(first, count, no_nulls, failure, rows...);
                 }
                 if (no_nulls) {
                     std::memset(flags + first, 1, passed);
@@ -153,8 +160,12 @@ INLINED inline status store_rows(const batch& batch, const Arguments&... argumen
 
 template <rows evaluated, auto kernel, auto check = no_check{}, class... Arguments>
 INLINED inline status set_rows(const batch& batch, const Arguments&... arguments) {
-    return setters_are_plain_stores() ? evaluate_rows<evaluated, kernel, check, false>(batch, arguments...)
-                                      : evaluate_rows<evaluated, kernel, check, true>(batch, arguments...);
+    if (setters_are_plain_stores()) {
+        return evaluate_rows<evaluated, kernel, check, false>(batch, arguments...);
+    }
+    return out_of_line([](const bifun::batch& batch, const Arguments&... arguments)
+                           INLINED { return evaluate_rows<evaluated, kernel, check, true>(batch, arguments...); },
+                       batch, arguments...);
 }
 
 } // namespace bifun

@@ -13,19 +13,23 @@ std::int64_t lesser_bigint(std::int64_t x, std::int64_t y) { return x < y ? x : 
 double greater_double(double x, double y) { return x > y ? x : y; }
 double lesser_double(double x, double y) { return x < y ? x : y; }
 
-const xdec& greater_decimal(const xdec& x, const xdec& y) { return xdec_cmp(&x, &y) > 0 ? x : y; }
-const xdec& lesser_decimal(const xdec& x, const xdec& y) { return xdec_cmp(&x, &y) < 0 ? x : y; }
+// Picks by address, since which of two decimals is greater cannot be predicted and a wrong guess costs more than a copy.
+const xdec& pick(bool first, const xdec& x, const xdec& y) {
+    const xdec* const candidates[] = {&y, &x};
+    return *candidates[first];
+}
+
+const xdec& greater_decimal(const xdec& x, const xdec& y) { return pick(xdec_cmp(&x, &y) > 0, x, y); }
+const xdec& lesser_decimal(const xdec& x, const xdec& y) { return pick(xdec_cmp(&x, &y) < 0, x, y); }
 
 // The same for an engine whose layout of decimals is known: a column mostly has one scale, and then no call is needed.
 const xdec& greater_packed(const xdec& x, const xdec& y) {
     using namespace decimal_layout;
-    const bool greater = same_unit(x, y) ? signed_coefficient(x) > signed_coefficient(y) : xdec_cmp(&x, &y) > 0;
-    return greater ? x : y;
+    return same_unit(x, y) ? pick(signed_coefficient(x) > signed_coefficient(y), x, y) : greater_decimal(x, y);
 }
 const xdec& lesser_packed(const xdec& x, const xdec& y) {
     using namespace decimal_layout;
-    const bool lesser = same_unit(x, y) ? signed_coefficient(x) < signed_coefficient(y) : xdec_cmp(&x, &y) < 0;
-    return lesser ? x : y;
+    return same_unit(x, y) ? pick(signed_coefficient(x) < signed_coefficient(y), x, y) : lesser_decimal(x, y);
 }
 
 bool decimals_are_packed() { return &xdec_layout != nullptr && xdec_layout == XDEC_LAYOUT_PACKED_128; }

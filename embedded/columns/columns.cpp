@@ -5,6 +5,7 @@
 
 #include "bop/frame/status.h"
 #include "embedded/columns/column_storage.h"
+#include "embedded/memory/allocation.h"
 #include "embedded/memory/pending_failure.h"
 
 using zqengine::column_storage;
@@ -25,16 +26,15 @@ template <std::size_t Width> void copy_both_ends(std::uint8_t* to, const std::ui
     std::memcpy(to + length - Width, last, Width);
 }
 
-// memcpy for values that are mostly short: moves of constant width, which may overlap but never leave the value.
-inline void copy_bytes(std::uint8_t* to, const std::uint8_t* from, std::size_t length) {
-    if (length >= 16) {
-        if (length <= 32) {
-            copy_both_ends<16>(to, from, length);
-        } else if (length <= 64) {
-            copy_both_ends<32>(to, from, length);
-        } else {
-            std::memcpy(to, from, length);
-        }
+constexpr std::size_t longest_short = 64;
+
+// Copies at most `longest_short` bytes by moves of constant width, which overlap but never leave the value.
+inline void copy_short(std::uint8_t* to, const std::uint8_t* from, std::size_t length) {
+    if (length > 32) {
+        copy_both_ends<16>(to, from, 32);
+        copy_both_ends<16>(to + length - 32, from + length - 32, 32);
+    } else if (length >= 16) {
+        copy_both_ends<16>(to, from, length);
     } else if (length >= 8) {
         copy_both_ends<8>(to, from, length);
     } else if (length >= 4) {
@@ -43,6 +43,14 @@ inline void copy_bytes(std::uint8_t* to, const std::uint8_t* from, std::size_t l
         copy_both_ends<2>(to, from, length);
     } else if (length == 1) {
         *to = *from;
+    }
+}
+
+inline void copy_bytes(std::uint8_t* to, const std::uint8_t* from, std::size_t length) {
+    if (length > longest_short) {
+        std::memcpy(to, from, length);
+    } else {
+        copy_short(to, from, length);
     }
 }
 
@@ -57,19 +65,30 @@ bifun_string& string_at(const bifun_column_data* data, std::uint32_t row) { retu
     return BIFUN_OUT_OF_MEMORY;
 }
 
-inline std::int32_t assign(const bifun_column* result, std::uint32_t row, const std::uint8_t* data, std::uint32_t length,
-                           std::uint32_t trailing_blanks) {
+[[gnu::noinline]] std::int32_t assign_any(const bifun_column* result, std::uint32_t row, const std::uint8_t* data, std::uint32_t length,
+                                          std::uint32_t trailing_blanks) {
     column_storage& column = storage_of(result->data);
     bifun_string& value = string_at(result->data, row);
-    if (zqengine::step_must_fail()) [[unlikely]] {
-        return out_of_memory(column, value);
-    }
-    std::uint8_t* const bytes = arena_take(column.string_bytes, length, 1);
-    if (bytes == nullptr) [[unlikely]] {
+    std::uint8_t* const bytes = zqengine::must_fail() ? nullptr : arena_take(column.string_bytes, length, 1);
+    if (bytes == nullptr) {
         return out_of_memory(column, value);
     }
     value = {length, trailing_blanks, bytes};
     copy_bytes(bytes, data, length);
+    return BIFUN_OK;
+}
+
+// assign_any, with a short value that fits without a call: a call in it would cost every row the saving of registers.
+inline std::int32_t assign(const bifun_column* result, std::uint32_t row, const std::uint8_t* data, std::uint32_t length,
+                           std::uint32_t trailing_blanks) {
+    zqengine::arena& arena = storage_of(result->data).string_bytes;
+    std::uint8_t* const bytes = arena.top;
+    if (length > longest_short || static_cast<std::size_t>(arena.end - bytes) < length || zqengine::pending_failure()) [[unlikely]] {
+        return assign_any(result, row, data, length, trailing_blanks);
+    }
+    arena.top = bytes + length;
+    string_at(result->data, row) = {length, trailing_blanks, bytes};
+    copy_short(bytes, data, length);
     return BIFUN_OK;
 }
 
@@ -137,7 +156,6 @@ std::int32_t copy_failed(bifun_column* destination, std::uint32_t first_row, std
 // ---- comparison -------------------------------------------------------------------------------------------------------
 
 constexpr std::uint8_t blank = 0x20;
-constexpr std::uint64_t eight_blanks = 0x2020202020202020;
 
 // How `length` bytes compare with as many blanks.
 int compare_with_blanks(const std::uint8_t* bytes, std::uint64_t length) {
@@ -217,7 +235,7 @@ uint8_t* bdta3_colstr_assign_without_value(bifun_environment* environment, bifun
 uint8_t* bdta3_col_space_alloc(bifun_environment* /*environment*/, bifun_memory_object* /*memory*/, bifun_column_data* result,
                                uint32_t size) {
     column_storage& column = storage_of(result);
-    uint8_t* const bytes = zqengine::step_must_fail() ? nullptr : arena_take(column.string_bytes, size, 1);
+    uint8_t* const bytes = zqengine::must_fail() ? nullptr : arena_take(column.string_bytes, size, 1);
     if (bytes == nullptr) {
         column.status = BIFUN_OUT_OF_MEMORY;
     }
@@ -228,7 +246,7 @@ uint8_t* bdta3_col_space_alloc(bifun_environment* /*environment*/, bifun_memory_
 
 int32_t bdta3_col_copy(bifun_environment* /*environment*/, bifun_memory_object* /*memory*/, bifun_column* destination,
                        const bifun_column* source, uint32_t row_count) {
-    if (zqengine::step_must_fail()) {
+    if (zqengine::must_fail()) {
         return copy_failed(destination, 0, row_count);
     }
     destination->no_nulls = source->no_nulls;
@@ -279,12 +297,6 @@ int32_t bdta3_colstr_cmp_with_blank(const bifun_string* a, const bifun_string* b
 void bdta3_colstr_trim(bifun_string* value) {
     const uint8_t* const data = value->data;
     uint32_t length = value->length;
-    for (std::uint64_t last_eight = 0; length >= sizeof last_eight; length -= sizeof last_eight) {
-        std::memcpy(&last_eight, data + length - sizeof last_eight, sizeof last_eight);
-        if (last_eight != eight_blanks) {
-            break;
-        }
-    }
     while (length > 0 && data[length - 1] == blank) {
         --length;
     }

@@ -34,7 +34,7 @@ std::int64_t live_bytes() { return bytes_in_use.load(std::memory_order_relaxed);
 
 void fail_step(std::int64_t n) { steps_to_failure.store(n, std::memory_order_relaxed); }
 
-bool failure_is_pending() { return steps_to_failure.load(std::memory_order_relaxed) != 0; }
+bool failure_is_pending() { return pending_failure(); }
 
 bool must_fail() {
     // Threads that race for the last step must not count past 0, from where the countdown would never end.

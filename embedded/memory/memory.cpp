@@ -7,6 +7,7 @@
 
 using zqengine::arena;
 using zqengine::arena_block;
+using zqengine::arena_mark;
 
 namespace {
 
@@ -51,9 +52,9 @@ void destroy_heap(mem_heap* heap) {
 // Takes off the stack what is newer than allocation `number`, and what is released below that.
 void unstack(mem_heap& heap, std::size_t number) {
     while (heap.newest != nullptr && (heap.newest->number > number || heap.newest->released)) {
-        const allocation top = *heap.newest;
-        arena_free_to(heap.bytes, {top.block, reinterpret_cast<std::uint8_t*>(heap.newest)});
-        heap.newest = top.previous;
+        const arena_mark before{heap.newest->block, reinterpret_cast<std::uint8_t*>(heap.newest)};
+        heap.newest = heap.newest->previous;
+        arena_free_to(heap.bytes, before);
     }
 }
 

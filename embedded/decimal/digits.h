@@ -1,0 +1,99 @@
+// Decimal digits eight at a time, in the bytes of a 64-bit word: the first digit is the lowest byte.
+#ifndef BIFUN_EMBEDDED_DECIMAL_DIGITS_H
+#define BIFUN_EMBEDDED_DECIMAL_DIGITS_H
+
+#include <bit>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+
+#include "embedded/decimal/decimal_parts.h"
+
+namespace zqengine {
+
+constexpr std::uint64_t eight_zero_characters = 0x3030303030303030;
+
+// How many bytes of the word, counted from the first, are digits.
+inline std::uint32_t leading_digits(std::uint64_t characters) {
+    // A digit gives 0 to 9, which the addition leaves below 0x80. Carries reach only bytes behind the first that is no digit.
+    const std::uint64_t values = characters ^ eight_zero_characters;
+    const std::uint64_t others = ((values + 0x7676767676767676) | values) & 0x8080808080808080;
+    return static_cast<std::uint32_t>(std::countr_zero(others)) / 8;
+}
+
+// The number that the first `count` bytes spell; `count` is 1 to 8 and they are digits.
+inline std::uint32_t number_of_digits(std::uint64_t characters, std::uint32_t count) {
+    // Digits become 0 to 9, moved up so that the last is in the highest byte; then neighbours are joined three times.
+    std::uint64_t digits = (characters ^ eight_zero_characters) << (64 - 8 * count);
+    digits = (digits * 10 + (digits >> 8)) & 0x00FF00FF00FF00FF;
+    digits = (digits * 100 + (digits >> 16)) & 0x0000FFFF0000FFFF;
+    return static_cast<std::uint32_t>(digits * 10000 + (digits >> 32));
+}
+
+// Writes eight digits; `number` is below 10^8.
+inline void write_8_digits(char* destination, std::uint32_t number) {
+    // Two numbers of four digits, four of two, eight of one; each division is a multiplication that is exact for its range.
+    const std::uint64_t fours = number / 10000 | std::uint64_t{number % 10000} << 32;
+    const std::uint64_t hundreds = (fours * 10486 >> 20) & 0x0000007F0000007F;
+    const std::uint64_t twos = hundreds | (fours - hundreds * 100) << 16;
+    const std::uint64_t tens = (twos * 103 >> 10) & 0x000F000F000F000F;
+    const std::uint64_t ones = tens | (twos - tens * 10) << 8;
+    const std::uint64_t characters = ones | eight_zero_characters;
+    std::memcpy(destination, &characters, sizeof characters);
+}
+
+// Writes the last 19 digits of room for 24 that end at `end`; those before are garbage. `number` is below 10^19.
+inline void write_19_digits(char* end, std::uint64_t number) {
+    constexpr std::uint64_t ten_to_16 = 10'000'000'000'000'000;
+    constexpr std::uint32_t ten_to_8 = 100'000'000;
+    const std::uint64_t low = number % ten_to_16;
+    write_8_digits(end - 24, static_cast<std::uint32_t>(number / ten_to_16));
+    write_8_digits(end - 16, static_cast<std::uint32_t>(low / ten_to_8));
+    write_8_digits(end - 8, static_cast<std::uint32_t>(low % ten_to_8));
+}
+
+// Quotient and remainder by 10^19 of a number below 10^38. Multiplies by the reciprocal, after Moeller and Granlund, "Improved division
+// by invariant integers", algorithm 4: 10^19 has its top bit set, as that requires.
+struct halves {
+    std::uint64_t high;
+    std::uint64_t low;
+};
+
+inline halves split_at_19_digits(uint128 number) {
+    constexpr std::uint64_t divisor = 10'000'000'000'000'000'000U;
+    constexpr auto reciprocal = static_cast<std::uint64_t>(~uint128{0} / divisor); // less 2^64
+    const auto high = static_cast<std::uint64_t>(number >> 64);
+    const auto low = static_cast<std::uint64_t>(number);
+    const uint128 estimate = uint128{reciprocal} * high + number;
+    std::uint64_t quotient = static_cast<std::uint64_t>(estimate >> 64) + 1;
+    std::uint64_t remainder = low - quotient * divisor;
+    if (remainder > static_cast<std::uint64_t>(estimate)) {
+        --quotient;
+        remainder += divisor;
+    }
+    if (remainder >= divisor) {
+        ++quotient;
+        remainder -= divisor;
+    }
+    return {.high = quotient, .low = remainder};
+}
+
+// Room for the digits of any coefficient, written from the end.
+constexpr std::size_t digit_room = 48;
+
+// Writes the digits of a coefficient so that the last stands before `end`, over zeros or garbage in the rest of the room.
+inline void write_coefficient(char* end, uint128 coefficient) {
+    constexpr std::uint64_t ten_to_19 = 10'000'000'000'000'000'000U;
+    if (coefficient < ten_to_19) {
+        write_19_digits(end, static_cast<std::uint64_t>(coefficient));
+        return;
+    }
+    const halves parts = split_at_19_digits(coefficient);
+    write_19_digits(end, parts.low);
+    // The upper half goes second: the garbage before the lower one lies where its last digits come.
+    write_19_digits(end - 19, parts.high);
+}
+
+} // namespace zqengine
+
+#endif

@@ -1,0 +1,68 @@
+// Values from text: the fields of a file and the literals of a query.
+#ifndef BIFUN_HOST_FIELD_VALUE_H
+#define BIFUN_HOST_FIELD_VALUE_H
+
+#include <charconv>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "embedded/columns/column_storage.h"
+#include "embedded/datetime/text.h"
+#include "host/charset_text.h"
+#include "host/sql_type.h"
+
+namespace host {
+
+// The type of a table's column. CHAR(n) is a VARCHAR whose values are padded to n characters.
+struct column_type {
+    sql_type type = sql_type::varchar;
+    std::optional<std::uint32_t> characters;
+};
+
+std::string column_type_name(const column_type& type);
+
+// The type with that name, as in --types: CHAR(10), DATE; nothing where there is none.
+std::optional<column_type> find_column_type(std::string_view name);
+constexpr std::string_view column_type_names = "INT, BIGINT, DECIMAL, DOUBLE, DATE, TIME, DATETIME (or TIMESTAMP), CHAR(n) and VARCHAR";
+
+// Text without the blanks (0x20) at both ends.
+std::string_view without_blanks_around(std::string_view text);
+
+// A text of SQL without its closing blanks, which are counted instead.
+struct blank_counted_text {
+    std::string_view stored;
+    std::uint32_t trailing_blanks;
+};
+blank_counted_text count_trailing_blanks(std::string_view text);
+
+// Each reads the whole text or returns false. They allow blanks around and a plus sign; the decimal also .5 and 5.
+template <class Number> bool read_number(std::string_view text, Number& value) {
+    text = without_blanks_around(text);
+    if (text.starts_with('+') && !text.starts_with("+-")) {
+        text.remove_prefix(1);
+    }
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    return error == std::errc{} && end == text.data() + text.size();
+}
+bool read_decimal(std::string_view text, xdec& value);
+
+// Reads a text that names a value of a datetime type: a datetime may also be a date.
+bool read_datetime(std::string_view text, sql_type type, zqtime& value);
+
+constexpr sql_type type_of_kind(zqengine::datetime_kind kind) {
+    return kind == zqengine::datetime_kind::date   ? sql_type::date
+           : kind == zqengine::datetime_kind::time ? sql_type::time
+                                                   : sql_type::datetime;
+}
+
+enum class field_fault : std::uint8_t { none, not_of_type, too_long, invalid_text, out_of_memory };
+
+// Stores a field that is not NULL as row `row` of a column of its type.
+field_fault store_field(const column_type& type, const charset& set, std::string_view text, zqengine::column_storage& column,
+                        std::uint32_t row);
+
+} // namespace host
+
+#endif

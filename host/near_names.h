@@ -1,0 +1,19 @@
+// Suggestions for names that do not exist.
+#ifndef BIFUN_HOST_NEAR_NAMES_H
+#define BIFUN_HOST_NEAR_NAMES_H
+
+#include <span>
+#include <string>
+#include <string_view>
+
+namespace host {
+
+bool equal_ignoring_case(std::string_view a, std::string_view b);
+
+// "; did you mean A or B?" with the candidates that differ from `name` by a typing error or two, ignoring the case of ASCII letters;
+// empty when there is none.
+std::string did_you_mean(std::string_view name, std::span<const std::string> candidates);
+
+} // namespace host
+
+#endif

@@ -1,0 +1,75 @@
+// SQL text as an expression tree. The grammar is libpg_query's; what the program does not do is refused here, with its place in the text.
+#ifndef BIFUN_HOST_SQL_SYNTAX_H
+#define BIFUN_HOST_SQL_SYNTAX_H
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "host/comparison.h"
+
+namespace host {
+
+enum class expression_kind : std::uint8_t {
+    literal,     //
+    column,      // `table`.`name`
+    call,        // `name` (operands)
+    comparison,  // operand `comparison` operand
+    conjunction, // operand AND operand ...
+    disjunction, // operand OR operand ...
+    negation,    // NOT operand
+    between,     // operand BETWEEN operand AND operand
+    in_list,     // operand IN (operands)
+    null_test,   // operand IS NULL
+    truth_test,  // operand IS TRUE, FALSE or UNKNOWN
+};
+
+// `date`, `time` and `timestamp` are string literals with a type before or behind them.
+enum class literal_kind : std::uint8_t { null, boolean, number, string, date, time, timestamp };
+
+enum class truth_value : std::uint8_t { true_value, false_value, unknown };
+
+struct expression {
+    expression_kind kind;
+    std::size_t offset = 0; // of its characteristic word or symbol in the SQL text, in bytes
+    std::string table;      // column: the name before the point, may be empty
+    std::string name;       // column, call: as written; unquoted names in lower case
+    literal_kind literal = literal_kind::null;
+    std::string text; // literal: the digits of a number, the characters of a string in UTF-8
+    bool truth = false;
+    comparison_operator comparison = comparison_operator::equal;
+    truth_value tested = truth_value::true_value;
+    bool negated = false; // NOT BETWEEN, NOT IN, IS NOT ...
+    std::vector<expression> operands;
+};
+
+struct select_item {
+    bool all_columns = false; // *, or table.*
+    expression value;         // for all columns: `table` and `offset` only
+    std::string alias;        // may be empty
+};
+
+struct table_name {
+    std::string name;
+    std::string alias; // may be empty
+    std::size_t offset;
+};
+
+struct select_statement {
+    std::vector<select_item> items;
+    std::optional<table_name> from;
+    std::optional<expression> where;
+    std::optional<std::uint64_t> limit;
+};
+
+// Throws program_error with the place where the text is not SQL or not supported.
+select_statement parse_select(const std::string& sql);
+
+// The expression as SQL text: the heading of a result column without an alias.
+std::string expression_text(const expression& tree);
+
+} // namespace host
+
+#endif
