@@ -7,7 +7,10 @@ install(FILES bop/bifun.h bop/exports.def DESTINATION ${CMAKE_INSTALL_INCLUDEDIR
 install(FILES bop/frame/contract.h bop/frame/status.h bop/frame/statuses.def bop/frame/value_type.h bop/frame/catalogue.h
   DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/bifun/bop/frame)
 install(DIRECTORY engine DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/bifun FILES_MATCHING PATTERN "*.h")
-install(DIRECTORY embedded DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/bifun FILES_MATCHING PATTERN "*.h")
+foreach(header memory/allocation.h memory/arena.h columns/column_storage.h datetime/text.h session/environment.h)
+  cmake_path(GET header PARENT_PATH folder)
+  install(FILES embedded/${header} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/bifun/embedded/${folder})
+endforeach()
 
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/bifun)
 install(EXPORT bifunTargets NAMESPACE bifun:: DESTINATION ${package_dir})

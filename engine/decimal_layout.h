@@ -34,11 +34,15 @@ inline uint128 coefficient(const xdec& value) {
     return bits;
 }
 
-// Without a branch: signs in a column are as good as random.
-inline int128 signed_coefficient(const xdec& value) {
-    const int128 sign = -static_cast<int128>(value.bytes[0] == XDEC_NEGATIVE);
-    return (static_cast<int128>(coefficient(value)) ^ sign) - sign;
+// The coefficient with its sign as a number that falls where the value rises: of the marks, only that of a negative value has a clear top
+// bit, so the others get the complement. Without a branch, for signs in a column are as good as random.
+inline int128 falling_key(const xdec& value) {
+    const auto complement = static_cast<int128>(static_cast<std::int8_t>(value.bytes[0]) >> 7);
+    return static_cast<int128>(coefficient(value)) ^ complement;
 }
+
+// Whether `a` is less than `b`, both in the same unit.
+inline bool is_less(const xdec& a, const xdec& b) { return falling_key(a) > falling_key(b); }
 
 // Whether the coefficients of two values are in the same unit, so that they can be compared as they stand.
 inline bool same_unit(const xdec& a, const xdec& b) {

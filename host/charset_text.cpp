@@ -28,7 +28,8 @@ bool is_ascii(std::string_view text) {
             return false;
         }
     }
-    return std::all_of(text.begin() + static_cast<std::ptrdiff_t>(i), text.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+    return std::all_of(text.begin() + static_cast<std::ptrdiff_t>(i), text.end(),
+                       [](char c) { return static_cast<unsigned char>(c) < 0x80; });
 }
 
 // The bytes of the UTF-8 character at the beginning of `text`, or 0. Ranges by The Unicode Standard, table 3-7.

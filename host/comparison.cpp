@@ -73,12 +73,18 @@ void compare_by(comparison_operator operation, const bifun_column& left, const b
         compare_rows(left, right, result, row_count, [&](std::uint32_t i, std::uint32_t j) { return holds(order(i, j)); });
     };
     switch (operation) {
-    case comparison_operator::equal: return run([](auto o) { return o == 0; });
-    case comparison_operator::not_equal: return run([](auto o) { return o != 0; });
-    case comparison_operator::less: return run([](auto o) { return o < 0; });
-    case comparison_operator::less_or_equal: return run([](auto o) { return o <= 0; });
-    case comparison_operator::greater: return run([](auto o) { return o > 0; });
-    case comparison_operator::greater_or_equal: return run([](auto o) { return o >= 0; });
+    case comparison_operator::equal:
+        return run([](auto o) { return o == 0; });
+    case comparison_operator::not_equal:
+        return run([](auto o) { return o != 0; });
+    case comparison_operator::less:
+        return run([](auto o) { return o < 0; });
+    case comparison_operator::less_or_equal:
+        return run([](auto o) { return o <= 0; });
+    case comparison_operator::greater:
+        return run([](auto o) { return o > 0; });
+    case comparison_operator::greater_or_equal:
+        return run([](auto o) { return o >= 0; });
     }
 }
 
@@ -96,9 +102,12 @@ void compare_columns(bifun::value_type type, comparison_operator operation, cons
     using bifun::value_type;
     switch (type) {
     case value_type::BOOL:
-    case value_type::INT: return compare_plain<std::int32_t>(operation, left, right, result, row_count);
-    case value_type::BIGINT: return compare_plain<std::int64_t>(operation, left, right, result, row_count);
-    case value_type::DOUBLE: return compare_plain<double>(operation, left, right, result, row_count);
+    case value_type::INT:
+        return compare_plain<std::int32_t>(operation, left, right, result, row_count);
+    case value_type::BIGINT:
+        return compare_plain<std::int64_t>(operation, left, right, result, row_count);
+    case value_type::DOUBLE:
+        return compare_plain<double>(operation, left, right, result, row_count);
     case value_type::DECIMAL: {
         const auto* const a = static_cast<const xdec*>(left.data->values);
         const auto* const b = static_cast<const xdec*>(right.data->values);

@@ -18,9 +18,9 @@ struct named_type {
 };
 
 constexpr named_type named_types[] = {
-    {"INT", sql_type::integer},         {"BIGINT", sql_type::bigint},    {"DECIMAL", sql_type::decimal},
-    {"DOUBLE", sql_type::double_precision}, {"DATE", sql_type::date},    {"TIME", sql_type::time},
-    {"DATETIME", sql_type::datetime},   {"TIMESTAMP", sql_type::datetime}, {"VARCHAR", sql_type::varchar},
+    {"INT", sql_type::integer},     {"BIGINT", sql_type::bigint}, {"DECIMAL", sql_type::decimal},   {"DOUBLE", sql_type::double_precision},
+    {"DATE", sql_type::date},       {"TIME", sql_type::time},     {"DATETIME", sql_type::datetime}, {"TIMESTAMP", sql_type::datetime},
+    {"VARCHAR", sql_type::varchar},
 };
 
 constexpr std::uint32_t longest_char = 32767;
@@ -64,7 +64,8 @@ std::optional<column_type> find_column_type(std::string_view name) {
         return read && characters >= 1 && characters <= longest_char ? std::optional(column_type{sql_type::varchar, characters})
                                                                      : std::nullopt;
     }
-    const auto* const found = std::ranges::find_if(named_types, [&](const named_type& type) { return equal_ignoring_case(type.name, name); });
+    const auto* const found =
+        std::ranges::find_if(named_types, [&](const named_type& type) { return equal_ignoring_case(type.name, name); });
     return found == std::end(named_types) ? std::nullopt : std::optional(column_type{found->type, std::nullopt});
 }
 
@@ -98,12 +99,8 @@ bool read_decimal(std::string_view text, xdec& value) {
     if (point == std::string_view::npos || is_digit(point - 1) == is_digit(point + 1)) {
         return false;
     }
-    std::string whole(text);
-    if (is_digit(point - 1)) {
-        whole.erase(point, 1);
-    } else {
-        whole.insert(point, "0");
-    }
+    const std::string whole = is_digit(point - 1) ? fmt::format("{}{}", text.substr(0, point), text.substr(point + 1))
+                                                  : fmt::format("{}0{}", text.substr(0, point), text.substr(point));
     return xdec_from_char(bytes_of(whole), static_cast<std::uint32_t>(whole.size()), &value) == 0;
 }
 
@@ -119,14 +116,25 @@ field_fault store_field(const column_type& type, const charset& set, std::string
                         std::uint32_t row) {
     bool read = false;
     switch (type.type) {
-    case sql_type::integer: read = read_number(text, zqengine::values_of<std::int32_t>(column)[row]); break;
-    case sql_type::bigint: read = read_number(text, zqengine::values_of<std::int64_t>(column)[row]); break;
-    case sql_type::double_precision: read = read_number(text, zqengine::values_of<double>(column)[row]); break;
-    case sql_type::decimal: read = read_decimal(text, zqengine::values_of<xdec>(column)[row]); break;
+    case sql_type::integer:
+        read = read_number(text, zqengine::values_of<std::int32_t>(column)[row]);
+        break;
+    case sql_type::bigint:
+        read = read_number(text, zqengine::values_of<std::int64_t>(column)[row]);
+        break;
+    case sql_type::double_precision:
+        read = read_number(text, zqengine::values_of<double>(column)[row]);
+        break;
+    case sql_type::decimal:
+        read = read_decimal(text, zqengine::values_of<xdec>(column)[row]);
+        break;
     case sql_type::date:
     case sql_type::time:
-    case sql_type::datetime: read = read_datetime(text, type.type, zqengine::values_of<zqtime>(column)[row]); break;
-    default: return store_text(type, set, text, column, row);
+    case sql_type::datetime:
+        read = read_datetime(text, type.type, zqengine::values_of<zqtime>(column)[row]);
+        break;
+    default:
+        return store_text(type, set, text, column, row);
     }
     return read ? field_fault::none : field_fault::not_of_type;
 }

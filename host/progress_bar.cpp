@@ -40,8 +40,8 @@ void progress_bar::show(std::uint64_t bytes, std::uint64_t size, std::uint64_t r
     if (size > 0) {
         constexpr std::uint64_t width = 30;
         const std::uint64_t part = std::min(bytes, size);
-        line = fmt::format("\r{} [{:-<{}}] {:3} %, {} rows\033[K", activity_, std::string(width * part / size, '#'), width, 100 * part / size,
-                           rows);
+        line = fmt::format("\r{} [{:-<{}}] {:3} %, {} rows\033[K", activity_, std::string(width * part / size, '#'), width,
+                           100 * part / size, rows);
     } else {
         line = fmt::format("\r{}, {} rows\033[K", activity_, rows);
     }

@@ -145,8 +145,11 @@ struct literal_type {
 };
 
 constexpr literal_type literal_types[] = {
-    {"date", literal_kind::date},           {"time", literal_kind::time},           {"timetz", literal_kind::time},
-    {"timestamp", literal_kind::timestamp}, {"timestamptz", literal_kind::timestamp},
+    {"date", literal_kind::date},
+    {"time", literal_kind::time},
+    {"timetz", literal_kind::time},
+    {"timestamp", literal_kind::timestamp},
+    {"timestamptz", literal_kind::timestamp},
 };
 
 // DATE '2024-02-29' and the like. The parser makes no difference between this and a cast of a constant.
@@ -251,7 +254,7 @@ struct syntax_call {
 };
 
 constexpr syntax_call syntax_calls[] = {
-    {"btrim", "trim"},     {"ltrim", "trim"},       {"rtrim", "trim"},         {"extract", "extract"},       {"overlay", "overlay"},
+    {"btrim", "trim"},        {"ltrim", "trim"},          {"rtrim", "trim"},        {"extract", "extract"},       {"overlay", "overlay"},
     {"position", "position"}, {"substring", "substring"}, {"overlaps", "overlaps"}, {"timezone", "at time zone"},
 };
 
@@ -306,9 +309,9 @@ struct node_translation {
 };
 
 constexpr node_translation node_translations[] = {
-    {"A_Const", translate_constant}, {"ColumnRef", translate_column},  {"FuncCall", translate_call},      {"MinMaxExpr", translate_extreme},
-    {"TypeCast", translate_cast},    {"A_Expr", translate_operator},   {"BoolExpr", translate_boolean},   {"NullTest", translate_null_test},
-    {"BooleanTest", translate_truth_test},
+    {"A_Const", translate_constant},   {"ColumnRef", translate_column},   {"FuncCall", translate_call},
+    {"MinMaxExpr", translate_extreme}, {"TypeCast", translate_cast},      {"A_Expr", translate_operator},
+    {"BoolExpr", translate_boolean},   {"NullTest", translate_null_test}, {"BooleanTest", translate_truth_test},
 };
 
 struct refused_node {
@@ -487,23 +490,30 @@ select_statement parse_select(const std::string& sql) {
 
 namespace {
 
-std::string quoted(std::string_view text) {
+std::string in_quotes(std::string_view text) {
     std::string made = "'";
     for (const char c : text) {
-        made += c == '\'' ? std::string("''") : std::string(1, c);
+        made.append(c == '\'' ? 2 : 1, c);
     }
     return made + "'";
 }
 
 std::string literal_text(const expression& tree) {
     switch (tree.literal) {
-    case literal_kind::null: return "NULL";
-    case literal_kind::boolean: return tree.truth ? "TRUE" : "FALSE";
-    case literal_kind::number: return tree.text;
-    case literal_kind::string: return quoted(tree.text);
-    case literal_kind::date: return "DATE " + quoted(tree.text);
-    case literal_kind::time: return "TIME " + quoted(tree.text);
-    case literal_kind::timestamp: return "TIMESTAMP " + quoted(tree.text);
+    case literal_kind::null:
+        return "NULL";
+    case literal_kind::boolean:
+        return tree.truth ? "TRUE" : "FALSE";
+    case literal_kind::number:
+        return tree.text;
+    case literal_kind::string:
+        return in_quotes(tree.text);
+    case literal_kind::date:
+        return "DATE " + in_quotes(tree.text);
+    case literal_kind::time:
+        return "TIME " + in_quotes(tree.text);
+    case literal_kind::timestamp:
+        return "TIMESTAMP " + in_quotes(tree.text);
     }
     return {};
 }
@@ -538,18 +548,26 @@ std::string expression_text(const expression& tree) {
     const std::string_view negation = tree.negated ? "NOT " : "";
     const std::span<const expression> operands = tree.operands;
     switch (tree.kind) {
-    case expression_kind::literal: return literal_text(tree);
-    case expression_kind::column: return tree.name;
-    case expression_kind::call: return fmt::format("{}({})", upper(tree.name), joined(operands, ", "));
-    case expression_kind::comparison: return joined(operands, fmt::format(" {} ", comparison_symbol(tree.comparison)));
-    case expression_kind::conjunction: return joined_conditions(operands, " AND ");
-    case expression_kind::disjunction: return joined_conditions(operands, " OR ");
-    case expression_kind::negation: return "NOT " + joined_conditions(operands, "");
+    case expression_kind::literal:
+        return literal_text(tree);
+    case expression_kind::column:
+        return tree.name;
+    case expression_kind::call:
+        return fmt::format("{}({})", upper(tree.name), joined(operands, ", "));
+    case expression_kind::comparison:
+        return joined(operands, fmt::format(" {} ", comparison_symbol(tree.comparison)));
+    case expression_kind::conjunction:
+        return joined_conditions(operands, " AND ");
+    case expression_kind::disjunction:
+        return joined_conditions(operands, " OR ");
+    case expression_kind::negation:
+        return "NOT " + joined_conditions(operands, "");
     case expression_kind::between:
         return fmt::format("{} {}BETWEEN {}", expression_text(operands[0]), negation, joined(operands.subspan(1), " AND "));
     case expression_kind::in_list:
         return fmt::format("{} {}IN ({})", expression_text(operands[0]), negation, joined(operands.subspan(1), ", "));
-    case expression_kind::null_test: return fmt::format("{} IS {}NULL", expression_text(operands[0]), negation);
+    case expression_kind::null_test:
+        return fmt::format("{} IS {}NULL", expression_text(operands[0]), negation);
     case expression_kind::truth_test:
         return fmt::format("{} IS {}{}", expression_text(operands[0]), negation, truth_names[static_cast<std::size_t>(tree.tested)]);
     }

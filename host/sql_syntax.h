@@ -34,15 +34,15 @@ enum class truth_value : std::uint8_t { true_value, false_value, unknown };
 struct expression {
     expression_kind kind;
     std::size_t offset = 0; // of its characteristic word or symbol in the SQL text, in bytes
-    std::string table;      // column: the name before the point, may be empty
-    std::string name;       // column, call: as written; unquoted names in lower case
+    std::string table{};    // column: the name before the point, may be empty
+    std::string name{};     // column, call: as written; unquoted names in lower case
     literal_kind literal = literal_kind::null;
-    std::string text; // literal: the digits of a number, the characters of a string in UTF-8
+    std::string text{}; // literal: the digits of a number, the characters of a string in UTF-8
     bool truth = false;
     comparison_operator comparison = comparison_operator::equal;
     truth_value tested = truth_value::true_value;
     bool negated = false; // NOT BETWEEN, NOT IN, IS NOT ...
-    std::vector<expression> operands;
+    std::vector<expression> operands{};
 };
 
 struct select_item {

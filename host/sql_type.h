@@ -13,17 +13,17 @@ namespace host {
 enum class sql_type : std::uint8_t { null, boolean, integer, bigint, decimal, double_precision, date, time, datetime, varchar, varbinary };
 
 constexpr std::string_view sql_type_name(sql_type type) {
-    constexpr std::string_view names[] = {"NULL",   "BOOL", "INT",  "BIGINT",   "DECIMAL", "DOUBLE",
-                                          "DATE",   "TIME", "DATETIME", "VARCHAR", "VARBINARY"};
+    constexpr std::string_view names[] = {"NULL", "BOOL", "INT",      "BIGINT",  "DECIMAL",  "DOUBLE",
+                                          "DATE", "TIME", "DATETIME", "VARCHAR", "VARBINARY"};
     return names[static_cast<std::size_t>(type)];
 }
 
 // The type of the values in a column. NULL literals go into INT columns where nothing asks for another.
 constexpr bifun::value_type value_type_of(sql_type type) {
     using bifun::value_type;
-    constexpr value_type types[] = {value_type::INT,      value_type::BOOL,     value_type::INT,      value_type::BIGINT,
-                                    value_type::DECIMAL,  value_type::DOUBLE,   value_type::DATETIME, value_type::DATETIME,
-                                    value_type::DATETIME, value_type::VARCHAR,  value_type::VARBINARY};
+    constexpr value_type types[] = {value_type::INT,      value_type::BOOL,    value_type::INT,      value_type::BIGINT,
+                                    value_type::DECIMAL,  value_type::DOUBLE,  value_type::DATETIME, value_type::DATETIME,
+                                    value_type::DATETIME, value_type::VARCHAR, value_type::VARBINARY};
     return types[static_cast<std::size_t>(type)];
 }
 

@@ -28,8 +28,10 @@ std::string shown_field(const charset& set, std::string_view text) {
         fail("{}: \"{}\" is not valid {}; name the file's character set with --set charset=NAME", place,
              shown_field(*source.text_charset, text), source.text_charset->name);
     case field_fault::too_long:
-        fail("{}: \"{}\" does not fit {}; give the column a longer type with --types", place, shown_field(*source.text_charset, text), type);
-    case field_fault::out_of_memory: fail("{}: out of memory", place);
+        fail("{}: \"{}\" does not fit {}; give the column a longer type with --types", place, shown_field(*source.text_charset, text),
+             type);
+    case field_fault::out_of_memory:
+        fail("{}: out of memory", place);
     default:
         fail("{}: \"{}\" is not a {}; give the column another type with --types, such as {}:VARCHAR", place,
              shown_field(*source.text_charset, text), type, column.name);
@@ -48,14 +50,14 @@ std::string table_name_of(std::string_view path) {
     return std::string(name);
 }
 
-table open_table(const std::string& path, const charset& set) {
-    table opened{.reader = csv_reader(path), .text_charset = &set, .columns = {}};
-    for (const std::string& name : opened.reader.header()) {
+std::unique_ptr<table> open_table(const std::string& path, const charset& set) {
+    std::unique_ptr<table> opened(new table{.reader = csv_reader(path), .text_charset = &set, .columns = {}});
+    for (const std::string& name : opened->reader.header()) {
         const std::optional<std::string> converted = to_utf8(set, name);
         if (!converted) {
             fail("{}: the header is not valid {}; name the file's character set with --set charset=NAME", path, set.name);
         }
-        opened.columns.push_back({.name = *converted, .type = {}, .needed = false, .values = {}});
+        opened->columns.push_back({.name = *converted, .type = {}, .needed = false, .values = {}});
     }
     return opened;
 }

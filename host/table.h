@@ -3,6 +3,7 @@
 #define BIFUN_HOST_TABLE_H
 
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -33,7 +34,7 @@ struct table {
 std::string table_name_of(std::string_view path);
 
 // Opens the file and reads its header.
-table open_table(const std::string& path, const charset& set);
+std::unique_ptr<table> open_table(const std::string& path, const charset& set);
 
 // The types that a user gives: column name and type.
 using given_types = std::vector<std::pair<std::string, column_type>>;

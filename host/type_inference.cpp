@@ -60,8 +60,7 @@ field_kind classify_number(std::string_view text, const number_shape& shape) {
         }
         std::int64_t value = 0;
         text.remove_prefix(text[0] == '+' ? 1 : 0);
-        if (shape.digits <= digits_of_any_bigint + 1 &&
-            std::from_chars(text.data(), text.data() + text.size(), value).ec == std::errc{}) {
+        if (shape.digits <= digits_of_any_bigint + 1 && std::from_chars(text.data(), text.data() + text.size(), value).ec == std::errc{}) {
             return value >= INT32_MIN && value <= INT32_MAX ? integer_field : bigint_field;
         }
     }
@@ -100,11 +99,15 @@ sql_type type_of_fields(field_kinds kinds) {
                                               : sql_type::integer;
     }
     switch (kinds) {
-    case date_field: return sql_type::date;
-    case time_field: return sql_type::time;
+    case date_field:
+        return sql_type::date;
+    case time_field:
+        return sql_type::time;
     case datetime_field:
-    case date_field | datetime_field: return sql_type::datetime;
-    default: return sql_type::varchar;
+    case date_field | datetime_field:
+        return sql_type::datetime;
+    default:
+        return sql_type::varchar;
     }
 }
 

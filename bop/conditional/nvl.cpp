@@ -34,11 +34,12 @@ template <class T, class Y> INLINED inline status nvl(const batch& batch, const 
             T* __restrict const results = values<T>(batch);
             const std::uint32_t row_count = batch.row_count;
             for (std::uint32_t k = 0; k < row_count; ++k) {
-                flags[k] = static_cast<std::uint8_t>(x_rows.has_value(k) | y_rows.has_value(k));
+                const bool replaced = y_rows.has_value(k); // read in every row, so that the loop has no branch
+                flags[k] = static_cast<std::uint8_t>(x_rows.has_value(k) ? true : replaced);
             }
             for (std::uint32_t k = 0; k < row_count; ++k) {
                 if constexpr (std::is_arithmetic_v<T>) {
-                    const T replacement = y_rows[k]; // read in every row, so that the loop has no branch
+                    const T replacement = y_rows[k];
                     results[k] = x_rows.has_value(k) ? results[k] : replacement;
                 } else if (!x_rows.has_value(k)) {
                     results[k] = y_rows[k];

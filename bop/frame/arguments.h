@@ -47,6 +47,11 @@ template <class T> struct constant_rows {
     const T& operator[](std::uint32_t) const { return value; }
 };
 
+// Whether no argument of row k is NULL, without a branch.
+template <class... Rows> INLINED inline bool all_have_values(std::uint32_t k, const Rows&... rows) {
+    return (static_cast<unsigned>(rows.has_value(k)) & ...) != 0;
+}
+
 // ---- what is known of an argument before its rows are read ----
 
 template <class T> bool is_dense(const column_argument<T>& argument) { return argument.column->selection == nullptr; }

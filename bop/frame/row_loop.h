@@ -61,14 +61,14 @@ INLINED inline std::uint32_t rows_that_pass(std::uint32_t first, std::uint32_t c
     } else {
         for (std::uint32_t k = first; k < first + count; ++k) {
             const status failure_of_value = check(rows[k]...);
-            failures |= (rows.has_value(k) & ...) ? failure_of_value : BIFUN_OK;
+            failures |= all_have_values(k, rows...) ? failure_of_value : BIFUN_OK;
         }
     }
     if (failures == BIFUN_OK) {
         return count;
     }
     std::uint32_t passed = 0;
-    while (!(rows.has_value(first + passed) && ...) || check(rows[first + passed]...) == BIFUN_OK) {
+    while (!all_have_values(first + passed, rows...) || check(rows[first + passed]...) == BIFUN_OK) {
         ++passed;
     }
     failure = check(rows[first + passed]...);
@@ -79,7 +79,7 @@ INLINED inline std::uint32_t rows_that_pass(std::uint32_t first, std::uint32_t c
 template <class... Rows>
 INLINED inline void write_null_flags(std::uint8_t* __restrict flags, std::uint32_t first, std::uint32_t count, const Rows&... rows) {
     for (std::uint32_t k = first; k < first + count; ++k) {
-        flags[k] = static_cast<std::uint8_t>((rows.has_value(k) & ...));
+        flags[k] = static_cast<std::uint8_t>(all_have_values(k, rows...));
     }
 }
 
@@ -130,7 +130,7 @@ INLINED inline status evaluate_rows(const batch& batch, const Arguments&... argu
                 count = std::min(rows_per_block, batch.row_count - first);
                 std::uint32_t passed = count;
                 status failure = BIFUN_OK;
-                if constexpr (!std::is_same_v<decltype(check), const no_check>) {
+                if constexpr (!std::is_same_v<std::remove_cv_t<decltype(check)>, no_check>) {
                     passed = rows_that_pass<check>(first, count, no_nulls, failure, rows...);
                 }
                 if (no_nulls) {

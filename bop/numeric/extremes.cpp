@@ -13,10 +13,12 @@ std::int64_t lesser_bigint(std::int64_t x, std::int64_t y) { return x < y ? x : 
 double greater_double(double x, double y) { return x > y ? x : y; }
 double lesser_double(double x, double y) { return x < y ? x : y; }
 
-// Picks by address, since which of two decimals is greater cannot be predicted and a wrong guess costs more than a copy.
+// Picks by arithmetic on addresses: which of two decimals is greater cannot be predicted, and a wrong guess costs more than a copy.
 const xdec& pick(bool first, const xdec& x, const xdec& y) {
-    const xdec* const candidates[] = {&y, &x};
-    return *candidates[first];
+    const auto address_of_x = reinterpret_cast<std::uintptr_t>(&x);
+    const auto address_of_y = reinterpret_cast<std::uintptr_t>(&y);
+    const auto difference = (address_of_x ^ address_of_y) & (std::uintptr_t{0} - static_cast<std::uintptr_t>(first));
+    return *reinterpret_cast<const xdec*>(address_of_y ^ difference);
 }
 
 const xdec& greater_decimal(const xdec& x, const xdec& y) { return pick(xdec_cmp(&x, &y) > 0, x, y); }
@@ -24,12 +26,16 @@ const xdec& lesser_decimal(const xdec& x, const xdec& y) { return pick(xdec_cmp(
 
 // The same for an engine whose layout of decimals is known: a column mostly has one scale, and then no call is needed.
 const xdec& greater_packed(const xdec& x, const xdec& y) {
-    using namespace decimal_layout;
-    return same_unit(x, y) ? pick(signed_coefficient(x) > signed_coefficient(y), x, y) : greater_decimal(x, y);
+    if (!decimal_layout::same_unit(x, y)) [[unlikely]] {
+        return greater_decimal(x, y);
+    }
+    return pick(decimal_layout::is_less(y, x), x, y);
 }
 const xdec& lesser_packed(const xdec& x, const xdec& y) {
-    using namespace decimal_layout;
-    return same_unit(x, y) ? pick(signed_coefficient(x) < signed_coefficient(y), x, y) : lesser_decimal(x, y);
+    if (!decimal_layout::same_unit(x, y)) [[unlikely]] {
+        return lesser_decimal(x, y);
+    }
+    return pick(decimal_layout::is_less(x, y), x, y);
 }
 
 bool decimals_are_packed() { return &xdec_layout != nullptr && xdec_layout == XDEC_LAYOUT_PACKED_128; }

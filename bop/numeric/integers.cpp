@@ -27,6 +27,41 @@ std::int64_t remainder(std::int64_t x, std::int64_t y) {
     return y == -1 ? 0 : x % y;
 }
 
+// The same without integer division, which no instruction set has for vectors. With d = y and q = x / d in double arithmetic, whose
+// error is below |q| 2^-51, x - q d is at most |d| + 2^12 in magnitude; dividing that once more leaves a remainder that is wrong by at
+// most one d. Differences and products wrap; only the remainder has to be right.
+INLINED inline std::int64_t remainder_by_reciprocal(std::int64_t x, std::int64_t y) {
+    const bool y_is_trivial = static_cast<std::uint64_t>(y) + 1 <= 2; // -1, 0 or 1
+    const std::int64_t divisor = y + 3 * static_cast<std::int64_t>(y_is_trivial);
+    const double reciprocal = 1.0 / static_cast<double>(divisor);
+    const auto quotient = [reciprocal](std::uint64_t dividend) INLINED {
+        return static_cast<std::uint64_t>(static_cast<std::int64_t>(static_cast<double>(static_cast<std::int64_t>(dividend)) * reciprocal));
+    };
+    const auto d = static_cast<std::uint64_t>(divisor);
+    auto rest = static_cast<std::uint64_t>(x);
+    rest -= quotient(rest) * d;
+    rest -= quotient(rest) * d;
+
+    // As magnitudes: a rest below 0 or not below |d| is mended, then it gets the sign of x.
+    const auto sign_of_x = static_cast<std::uint64_t>(x >> 63);
+    const auto sign_of_d = static_cast<std::uint64_t>(divisor >> 63);
+    const std::uint64_t modulus = (d ^ sign_of_d) - sign_of_d;
+    std::uint64_t magnitude = (rest ^ sign_of_x) - sign_of_x;
+    magnitude += static_cast<std::int64_t>(magnitude) < 0 ? modulus : 0;
+    magnitude -= magnitude >= modulus ? modulus : 0;
+    const auto remainder = static_cast<std::int64_t>((magnitude ^ sign_of_x) - sign_of_x);
+    const std::int64_t trivial_remainder = y == 0 ? x : 0;
+    return y_is_trivial ? trivial_remainder : remainder;
+}
+
+template <class X, class Y> WITH_AVX512 status remainders_by_reciprocal(const batch& batch, const X& x, const Y& y) {
+    return set_rows<rows::all, remainder_by_reciprocal>(batch, x, y);
+}
+
+template <class X, class Y> status remainders(const batch& batch, const X& x, const Y& y) {
+    return has_avx512() ? remainders_by_reciprocal(batch, x, y) : set_rows<rows::all, remainder>(batch, x, y);
+}
+
 } // namespace
 } // namespace bifun
 
@@ -44,10 +79,6 @@ status bceil_a_process_int64(bifun_environment* environment, bifun_memory_object
     return BIFUN_OK;
 }
 
-VECTORISED status bmod_va_do_math_int64(BATCH_OF(bigint_constant x, column y)) {
-    return set_rows<rows::all, remainder>(BATCH, bigint(x), bigint(y));
-}
-VECTORISED status bmod_av_do_math_int64(BATCH_OF(column x, bigint_constant y)) {
-    return set_rows<rows::all, remainder>(BATCH, bigint(x), bigint(y));
-}
-VECTORISED status bmod_aa_math_int64(BATCH_OF(column x, column y)) { return set_rows<rows::all, remainder>(BATCH, bigint(x), bigint(y)); }
+status bmod_va_do_math_int64(BATCH_OF(bigint_constant x, column y)) { return remainders(BATCH, bigint(x), bigint(y)); }
+status bmod_av_do_math_int64(BATCH_OF(column x, bigint_constant y)) { return remainders(BATCH, bigint(x), bigint(y)); }
+status bmod_aa_math_int64(BATCH_OF(column x, column y)) { return remainders(BATCH, bigint(x), bigint(y)); }

@@ -19,33 +19,6 @@ struct span {
 
 bool is_digit(std::uint8_t character) { return character - unsigned{'0'} < 10; }
 
-// The digits read so far: `coefficient` and behind it the `pending_digits` digits of `pending`, 38 together at most.
-struct significant_digits {
-    uint128 coefficient;
-    std::uint64_t pending;
-    std::uint32_t pending_digits;
-    std::uint32_t digits;  // all but leading zeros
-    std::uint64_t dropped; // digits behind the 38th
-    bool half;             // the first dropped one is 5 or more
-};
-
-constexpr std::uint32_t max_pending_digits = 19;
-
-void settle(significant_digits& read) {
-    read.coefficient = read.coefficient * powers_of_ten[read.pending_digits] + read.pending;
-    read.pending = 0;
-    read.pending_digits = 0;
-}
-
-void append(significant_digits& read, std::uint32_t number, std::uint32_t count) {
-    if (read.pending_digits + count > max_pending_digits) {
-        settle(read);
-    }
-    read.pending = read.pending * static_cast<std::uint64_t>(powers_of_ten[count]) + number;
-    read.pending_digits += count;
-    read.digits += count;
-}
-
 // The eight bytes from `next` on; where the text ends before, NULs.
 std::uint64_t load_8(span text, const std::uint8_t* next) {
     std::uint64_t word = 0;
@@ -63,10 +36,39 @@ std::uint64_t load_8(span text, const std::uint8_t* next) {
     return word;
 }
 
+// The digits before `next`: `coefficient` and behind it the `pending_digits` digits of `pending`, 38 together at most. Handed on by value
+// where a function is not inlined, so that it stays in registers.
+struct digit_reader {
+    const std::uint8_t* next;
+    uint128 coefficient;
+    std::uint64_t pending;
+    std::uint32_t pending_digits;
+    std::uint32_t digits;  // all but leading zeros
+    std::uint64_t dropped; // digits behind the 38th
+    bool half;             // the first dropped one is 5 or more
+};
+
+constexpr std::uint32_t max_pending_digits = 19;
+
+void settle(digit_reader& read) {
+    read.coefficient = read.coefficient * powers_of_ten[read.pending_digits] + read.pending;
+    read.pending = 0;
+    read.pending_digits = 0;
+}
+
+void append(digit_reader& read, std::uint32_t number, std::uint32_t count) {
+    if (read.pending_digits + count > max_pending_digits) {
+        settle(read);
+    }
+    read.pending = read.pending * static_cast<std::uint64_t>(powers_of_ten[count]) + number;
+    read.pending_digits += count;
+    read.digits += count;
+}
+
 // Reads digits where more than 38 may come together.
-const std::uint8_t* read_excess_digits(span text, const std::uint8_t* next, significant_digits& read) {
-    for (; next != text.end && is_digit(*next); ++next) {
-        const std::uint32_t digit = *next - unsigned{'0'};
+[[gnu::noinline]] digit_reader read_excess_digits(span text, digit_reader read) {
+    for (; read.next != text.end && is_digit(*read.next); ++read.next) {
+        const std::uint32_t digit = *read.next - unsigned{'0'};
         if (read.digits < max_coefficient_digits) {
             append(read, digit, 1);
         } else {
@@ -74,29 +76,30 @@ const std::uint8_t* read_excess_digits(span text, const std::uint8_t* next, sign
             ++read.dropped;
         }
     }
-    return next;
+    return read;
 }
 
-// Reads as many digits as come and returns the place behind them.
-const std::uint8_t* read_digits(span text, const std::uint8_t* next, significant_digits& read) {
+// Reads as many digits as come.
+[[gnu::always_inline]] inline void read_digits(span text, digit_reader& read) {
     if (read.digits == 0) {
-        while (next != text.end && *next == '0') {
-            ++next;
+        while (read.next != text.end && *read.next == '0') {
+            ++read.next;
         }
     }
     while (true) {
-        const std::uint64_t word = load_8(text, next);
+        const std::uint64_t word = load_8(text, read.next);
         const std::uint32_t count = leading_digits(word);
         if (count == 0) {
-            return next;
+            return;
         }
         if (read.digits + count > max_coefficient_digits) {
-            return read_excess_digits(text, next, read);
+            read = read_excess_digits(text, read);
+            return;
         }
         append(read, number_of_digits(word, count), count);
-        next += count;
+        read.next += count;
         if (count < 8) {
-            return next;
+            return;
         }
     }
 }
@@ -151,27 +154,28 @@ using namespace zqengine;
 
 int32_t xdec_from_char(const uint8_t* characters, uint32_t length, xdec* result) {
     const span text{.begin = characters, .end = characters + length};
-    const std::uint8_t* next = skip_blanks(text, text.begin);
-    const bool negative = next != text.end && *next == '-';
-    if (next != text.end && (*next == '-' || *next == '+')) {
-        ++next;
+    digit_reader read{};
+    read.next = skip_blanks(text, text.begin);
+    const bool negative = read.next != text.end && *read.next == '-';
+    if (read.next != text.end && (*read.next == '-' || *read.next == '+')) {
+        ++read.next;
     }
 
-    significant_digits read{};
-    const std::uint8_t* const integer = next;
-    next = read_digits(text, integer, read);
-    if (next == integer) {
+    const std::uint8_t* const integer = read.next;
+    read_digits(text, read);
+    if (read.next == integer) {
         return BIFUN_UNUSABLE_TEXT;
     }
     std::int64_t fraction_digits = 0;
-    if (next != text.end && *next == '.') {
-        const std::uint8_t* const fraction = next + 1;
-        next = read_digits(text, fraction, read);
-        fraction_digits = next - fraction;
+    if (read.next != text.end && *read.next == '.') {
+        const std::uint8_t* const fraction = ++read.next;
+        read_digits(text, read);
+        fraction_digits = read.next - fraction;
         if (fraction_digits == 0) {
             return BIFUN_UNUSABLE_TEXT;
         }
     }
+    const std::uint8_t* next = read.next;
     std::int64_t exponent = 0;
     if (next != text.end && (*next == 'E' || *next == 'e')) {
         next = read_exponent(text, next + 1, exponent);

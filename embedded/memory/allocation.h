@@ -21,9 +21,6 @@ void fail_step(std::int64_t n);
 // Whether a failure asked for has not come yet.
 bool failure_is_pending();
 
-// Called by every engine operation that hands out memory: true when it must fail.
-bool must_fail();
-
 } // namespace zqengine
 
 #endif

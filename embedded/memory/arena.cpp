@@ -16,17 +16,12 @@ struct alignas(16) arena_block {
 namespace {
 
 constexpr std::size_t first_block_size = std::size_t{4} << 10;
-constexpr std::size_t doubling_limit = std::size_t{1} << 20;
 
 std::uint8_t* bytes_of(arena_block* block) { return reinterpret_cast<std::uint8_t*>(block + 1); }
 
-// A block is never smaller than the one before it: what arena_clear and arena_free_to keep is the largest.
+// Doubling without end: what arena_clear and arena_free_to keep is the largest block, and after a few rounds a whole round fits in it.
 std::size_t next_block_size(const arena_block* newest, std::size_t wanted) {
-    if (newest == nullptr) {
-        return std::max(first_block_size, wanted);
-    }
-    const std::size_t doubled = std::min(newest->size * 2, doubling_limit);
-    return std::max({newest->size, doubled, wanted});
+    return std::max(newest == nullptr ? first_block_size : newest->size * 2, wanted);
 }
 
 void release_block(arena_block* block) { release(block, sizeof(arena_block) + block->size); }

@@ -4,6 +4,7 @@
 
 #include "embedded/memory/allocation.h"
 #include "embedded/memory/arena.h"
+#include "embedded/memory/pending_failure.h"
 
 using zqengine::arena;
 using zqengine::arena_block;

@@ -82,12 +82,11 @@ def question(index):
         order = int(Decimal(a).compare(Decimal(b)))
         return "C %s %s" % (a, b), "0 %d %d" % (order, -order)
     if kind == 8:
-        number = struct.unpack("<d", struct.pack("<Q", generator.getrandbits(64)))[0]
-        if generator.random() < 0.7:
-            number = generator.choice([generator.uniform(-1e6, 1e6), round(generator.uniform(-1e6, 1e6), 2), generator.uniform(-1, 1) * 2.0 ** generator.randint(-500, 500),
-                                       float(generator.randint(-2 ** 60, 2 ** 60)), 10.0 ** generator.randint(-130, 130)])
-        if number != number or abs(number) == float("inf"):
-            number = 0.1
+        number = generator.choice([struct.unpack("<d", generator.randbytes(8))[0], round(generator.uniform(-1e6, 1e6), 2),
+                                   generator.uniform(-1, 1) * 2.0 ** generator.randint(-500, 500),
+                                   float(generator.randint(-2 ** 60, 2 ** 60)), 10.0 ** generator.randint(-130, 130)])
+        if number - number != 0:  # NaN and infinities
+            return "D " + bits(number), "-6102"
         value = Decimal(repr(number))
         value = value.quantize(Decimal(1)) if value == value.to_integral_value() else value.normalize()
         return "D " + bits(number), answer_of(encoded(value, zero_scale=0))

@@ -93,37 +93,36 @@ int answer_operations() {
 } // namespace
 
 TEST(Decimal, RejectsWhatIsNoNumber) {
-    for (const char* text :
-         {"",    " ",  "+",   "-",    ".",     ".5", "5.",   "-.5",  "1..2", "1.2.3", "--1", "+-1", "- 1",       "1 2",
-          "1,2", "1E", "1E+", "1E 5", "1E5.0", "E5", "1.E5", "0x10", "NaN",  "inf",   "1/",  "1:",  "12345678x", "1234567812345678:",
-          "\t1", "1\n"}) {
-        const odd_decimal value;
+    std::istringstream texts("| |+|-|.|.5|5.|-.5|1..2|1.2.3|--1|+-1|- 1|1 2|1,2|1E|1E+|1E 5|1E5.0|E5|1.E5|0x10|NaN|inf|1/|1:|12345678x|"
+                             "1234567812345678:|\t1|1\n|1\xCF|1234567\xFF|12345678\xE2\x82\xAC|1\xBA"
+                             "23456789");
+    const odd_decimal value;
+    for (std::string text; std::getline(texts, text, '|');) {
         EXPECT_EQ(read(text, value), BIFUN_UNUSABLE_TEXT) << text;
     }
-    const odd_decimal value;
     EXPECT_EQ(read(std::string("1\0", 2), value), BIFUN_UNUSABLE_TEXT);
     EXPECT_EQ(xdec_from_char(nullptr, 0, value.value), BIFUN_UNUSABLE_TEXT);
 }
 
 TEST(Decimal, ReadsLongTexts) {
+    const std::string blanks(999, ' ');
     const std::string zeros(1'000'000, '0');
-    const std::pair<std::string, std::string> cases[] = {
-        {std::string(999, ' ').append("-0.50").append(999, ' '), "-0.50"},
-        {zeros + "7", "7"},
-        {"0." + zeros + "7E+1000001", "7"},
-        {"7" + zeros + "E-1000000", std::string("7.").append(37, '0')},
-        {"0." + zeros + "7", std::string("0.").append(127, '0')},
-        {"7" + zeros, "status -6102"},
-        {"7E99999999999999999999", "status -6102"},
-        {"7E-99999999999999999999", std::string("0.").append(127, '0')},
-        {"0E99999999999999999999", "0"},
-        {"-9" + zeros + "x", "status 109"},
-    };
-    for (const auto& [text, expected] : cases) {
+    const std::string smallest_zero = std::string("0.").append(127, '0');
+    const auto reads = [](const std::string& text, const std::string& expected) {
         const odd_decimal value;
         const std::int32_t status = read(text, value);
-        EXPECT_EQ(status == 0 ? written(value) : "status " + std::to_string(status), expected) << text.substr(0, 30);
-    }
+        EXPECT_EQ(status == 0 ? written(value) : std::to_string(status), expected) << text.substr(0, 30);
+    };
+    reads(blanks + "-0.50" + blanks, "-0.50");
+    reads(zeros + "7", "7");
+    reads("0." + zeros + "7E+1000001", "7");
+    reads("7" + zeros + "E-1000000", std::string("7.").append(37, '0'));
+    reads("0." + zeros + "7", smallest_zero);
+    reads("7" + zeros, "-6102");
+    reads("7E99999999999999999999", "-6102");
+    reads("7E-99999999999999999999", smallest_zero);
+    reads("0E99999999999999999999", "0");
+    reads("-9" + zeros + "x", "109");
 }
 
 TEST(Decimal, WritesIntoRoomThatJustSuffices) {
@@ -146,13 +145,9 @@ TEST(Decimal, FillsAndCopies) {
     const odd_decimal a;
     const odd_decimal b;
     xdec_fill_one(a.value);
-    EXPECT_EQ(bytes_of(a), "c1010000"
-                           "00000000"
-                           "01" +
-                               std::string(42, '0'));
+    EXPECT_EQ(bytes_of(a), "c10100000000000001" + std::string(42, '0'));
     xdec_fill_zero(b.value);
     EXPECT_EQ(bytes_of(b), "80010000" + std::string(52, '0'));
-    EXPECT_GT(xdec_cmp(a.value, b.value), 0);
     xdec_copy(b.value, a.value);
     EXPECT_EQ(bytes_of(a), bytes_of(b));
     EXPECT_EQ(xdec_layout, XDEC_LAYOUT_PACKED_128);
@@ -172,40 +167,24 @@ TEST(Decimal, DoublesOutOfRange) {
     }
 }
 
-TEST(Decimal, CountsDigits) {
-    EXPECT_EQ(digit_count(0), 0U);
-    for (std::uint32_t i = 0; i < powers_of_ten.size(); ++i) {
-        EXPECT_EQ(digit_count(powers_of_ten[i]), i + 1);
-        EXPECT_EQ(digit_count(powers_of_ten[i] - 1), i);
-    }
-    EXPECT_EQ(digit_count(~uint128{0}), 39U);
-}
-
 // What only arithmetic hands to make_decimal: coefficients of 39 digits and halves behind any coefficient.
 TEST(Decimal, RoundsPartsOnce) {
-    const struct {
-        uint128 coefficient;
-        std::int64_t scale;
-        bool half;
-        std::string expected;
-    } cases[] = {
-        {~uint128{0}, 1, false, "34028236692093846346337460743176821146"},
-        {~uint128{0}, 0, true, "340282366920938463463374607431768211460"},
-        {~uint128{0}, 40, true, "0.034028236692093846346337460743176821146"},
-        {~uint128{0}, 166, true, std::string("0.").append(127, '0')},
-        {9, 0, true, "10"},
-        {99, 1, true, "10.0"},
-        {0, 2, true, "0.01"},
-        {powers_of_ten[38] - 1, 0, true, "100000000000000000000000000000000000000"},
-        {powers_of_ten[38] - 1, 38, true, "1.0000000000000000000000000000000000000"},
-        {powers_of_ten[38], 1, false, "10000000000000000000000000000000000000"},
-    };
-    for (const auto& [coefficient, scale, half, expected] : cases) {
+    const auto makes = [](uint128 coefficient, std::int64_t scale, bool half, const std::string& expected) {
         const odd_decimal value;
-        ASSERT_EQ(make_decimal(value.value, {coefficient, scale, false, half}), 0);
-        EXPECT_EQ(xdec_to_double(value.value), std::strtod(written(value).c_str(), nullptr));
+        ASSERT_EQ(make_decimal(value.value, {.coefficient = coefficient, .scale = scale, .negative = false, .half = half}), 0);
         EXPECT_EQ(written(value), expected) << scale;
-    }
+    };
+    const uint128 largest = powers_of_ten[38] - 1;
+    makes(~uint128{0}, 1, false, "34028236692093846346337460743176821146");
+    makes(~uint128{0}, 0, true, "340282366920938463463374607431768211460");
+    makes(~uint128{0}, 40, true, "0.034028236692093846346337460743176821146");
+    makes(~uint128{0}, 166, true, std::string("0.").append(127, '0'));
+    makes(9, 0, true, "10");
+    makes(99, 1, true, "10.0");
+    makes(0, 2, true, "0.01");
+    makes(largest, 0, true, "1" + std::string(38, '0'));
+    makes(largest, 38, true, std::string("1.").append(37, '0'));
+    makes(powers_of_ten[38], 1, false, "1" + std::string(37, '0'));
 }
 
 int main(int argument_count, char** arguments) {

@@ -1,0 +1,285 @@
+#include "bench/peers/bifun_run.h"
+
+#include <dlfcn.h>
+
+#include <algorithm>
+#include <array>
+#include <chrono>
+#include <cstring>
+#include <stdexcept>
+
+#include "bench/bench_data.h"
+#include "engine/charset.h"
+#include "engine/datetime.h"
+#include "engine/decimal.h"
+#include "engine/decimal_layout.h"
+#include "engine/memory.h"
+
+namespace bifun::peers {
+namespace {
+
+void* symbol_of(void* library, const char* name) {
+    void* const symbol = dlsym(library, name);
+    if (symbol == nullptr) {
+        throw std::runtime_error(dlerror());
+    }
+    return symbol;
+}
+
+// ---- aggregates: those of the queries for the peers -----------------------------------------------------------------
+
+struct aggregates {
+    std::uint64_t bits = 0;         // BIGINT: exclusive or of all values
+    std::array<double, 8> sums{};   // DOUBLE: in as many lanes
+    std::uint64_t length = 0;       // strings: bytes with trailing blanks
+    const void* greatest = nullptr; // DECIMAL, DATETIME: in `kept`
+    std::array<std::uint8_t, 30> kept{};
+    std::uint64_t touched = 0; // keeps the reading of the other columns alive
+};
+
+template <class T, class Add> void for_present(const bifun_column& column, std::uint32_t row_count, Add add) {
+    const auto* const values = static_cast<const T*>(column.data->values);
+    if (column.no_nulls != 0) {
+        for (std::uint32_t k = 0; k < row_count; ++k) {
+            add(values[k], k);
+        }
+        return;
+    }
+    for (std::uint32_t k = 0; k < row_count; ++k) {
+        if (column.data->null_flags[k] != 0) {
+            add(values[k], k);
+        }
+    }
+}
+
+template <class T, class Greater>
+void keep_greatest(aggregates& total, const bifun_column& column, std::uint32_t row_count, Greater greater) {
+    T kept;
+    std::memcpy(&kept, total.kept.data(), sizeof kept);
+    bool any = total.greatest != nullptr;
+    for_present<T>(column, row_count, [&](const T& value, std::uint32_t) {
+        if (!any || greater(value, kept)) {
+            kept = value;
+            any = true;
+        }
+    });
+    std::memcpy(total.kept.data(), &kept, sizeof kept);
+    total.greatest = any ? total.kept.data() : nullptr;
+}
+
+void add_column(aggregates& total, value_type type, const bifun_column& column, std::uint32_t row_count) {
+    switch (type) {
+    case value_type::BOOL:
+    case value_type::INT:
+        for_present<std::int32_t>(column, row_count,
+                                  [&](std::int32_t value, std::uint32_t) { total.bits ^= static_cast<std::uint64_t>(value); });
+        break;
+    case value_type::BIGINT: {
+        std::uint64_t bits = total.bits;
+        for_present<std::uint64_t>(column, row_count, [&](std::uint64_t value, std::uint32_t) { bits ^= value; });
+        total.bits = bits;
+        break;
+    }
+    case value_type::DOUBLE: {
+        std::array<double, 8> sums = total.sums;
+        for_present<double>(column, row_count, [&](double value, std::uint32_t k) { sums[k % 8] += value; });
+        total.sums = sums;
+        break;
+    }
+    case value_type::DECIMAL: // the values of a column have one scale
+        keep_greatest<xdec>(total, column, row_count, [](const xdec& a, const xdec& b) {
+            return decimal_layout::signed_coefficient(a) > decimal_layout::signed_coefficient(b);
+        });
+        break;
+    case value_type::DATETIME:
+        keep_greatest<zqtime>(total, column, row_count, [](const zqtime& a, const zqtime& b) { return zqtime_cmp(&a, &b) > 0; });
+        break;
+    case value_type::VARCHAR:
+    case value_type::VARBINARY: {
+        std::uint64_t length = 0;
+        for_present<bifun_string>(column, row_count,
+                                  [&](const bifun_string& value, std::uint32_t) { length += value.length + value.trailing_blanks; });
+        total.length += length;
+        break;
+    }
+    }
+}
+
+std::string text_of(const aggregates& total, value_type type) {
+    switch (type) {
+    case value_type::DOUBLE: {
+        double sum = 0;
+        for (const double lane : total.sums) {
+            sum += lane;
+        }
+        return std::to_string(sum);
+    }
+    case value_type::DECIMAL: {
+        std::array<char, 256> text{};
+        std::uint32_t length = 0;
+        xdec value;
+        std::memcpy(&value, total.kept.data(), sizeof value);
+        if (total.greatest == nullptr || xdec_to_char_with_zero(&value, text.data(), text.size(), 0, 0, &length) != 0) {
+            throw std::runtime_error("no decimal to print");
+        }
+        return {text.data(), length};
+    }
+    case value_type::DATETIME: {
+        zqtime value;
+        std::memcpy(&value, total.kept.data(), sizeof value);
+        return std::to_string(unix_microseconds(value));
+    }
+    case value_type::VARCHAR:
+    case value_type::VARBINARY:
+        return std::to_string(total.length);
+    default:
+        return std::to_string(static_cast<std::int64_t>(total.bits));
+    }
+}
+
+// Reads the values of a column as words.
+void touch(aggregates& total, value_type type, const bifun_column_data& data, std::uint32_t row_count) {
+    const auto* const bytes = static_cast<const std::uint8_t*>(data.values);
+    std::uint64_t seen = total.touched;
+    for (std::size_t at = 0; at + sizeof seen <= value_width(type) * row_count; at += sizeof seen) {
+        std::uint64_t word;
+        std::memcpy(&word, bytes + at, sizeof word);
+        seen ^= word;
+    }
+    total.touched = seen;
+}
+
+// ---- batches -----------------------------------------------------------------------------------------------------------
+
+// A column of the table from some row on.
+struct view {
+    const zqengine::column_storage* storage;
+    bifun_column_data data;
+    bifun_column column;
+};
+
+void move_to_row(view& view, std::uint32_t row) {
+    view.data = view.storage->data;
+    view.data.null_flags += row;
+    view.data.values = static_cast<std::uint8_t*>(view.data.values) + value_width(view.storage->type) * row;
+    view.column = {view.storage->column.no_nulls, nullptr, &view.data};
+}
+
+void evaluate_positive(std::int32_t* __restrict conditions, const double* __restrict values, std::uint32_t row_count) {
+    for (std::uint32_t k = 0; k < row_count; ++k) {
+        conditions[k] = values[k] > 0 ? 1 : 0;
+    }
+}
+
+zqengine::column_pointer make_column(value_type type, std::uint32_t capacity) {
+    zqengine::column_pointer column(zqengine::create_column(type, capacity));
+    if (column == nullptr) {
+        throw std::runtime_error("out of memory");
+    }
+    column->column.no_nulls = 1;
+    std::memset(column->data.null_flags, 1, capacity);
+    return column;
+}
+
+const entry_point& entry_named(std::string_view symbol) {
+    const auto* const found = std::ranges::find_if(entry_points, [&](const entry_point& entry) { return entry.symbol == symbol; });
+    if (found == std::ranges::end(entry_points)) {
+        throw std::runtime_error("not in the catalogue: " + std::string(symbol));
+    }
+    return *found;
+}
+
+} // namespace
+
+bifun_library load_bifun(const char* path) {
+    void* const handle = dlopen(path, RTLD_NOW | RTLD_LOCAL);
+    if (handle == nullptr) {
+        throw std::runtime_error(dlerror());
+    }
+    reinterpret_cast<decltype(&bifun_dll_var_init)>(symbol_of(handle, "bifun_dll_var_init"))(1, ZQ_CHARSET_UTF8, 1);
+    bifun_library library{handle, {}, nullptr};
+    library.memory = rt_memobj_create_ex(&library.environment, 0, 4096, __FILE__, __LINE__);
+    if (library.memory == nullptr) {
+        throw std::runtime_error("out of memory");
+    }
+    return library;
+}
+
+void unload_bifun(bifun_library& library) {
+    rt_memobj_destroy(&library.environment, library.memory);
+    dlclose(library.handle);
+}
+
+measurement run_bifun(bifun_library& library, const table& table, const bench_case& bench_case, std::uint32_t batch_rows, part part) {
+    const entry_point& entry = entry_named(bench_case.symbol);
+    void* const function = symbol_of(library.handle, entry.symbol);
+    if (bench_case.arguments.size() != entry.argument_count) {
+        throw std::runtime_error(std::string(entry.symbol) + " does not take the arguments of " + std::string(bench_case.name));
+    }
+
+    // The views of the columns that are read; `like_result` is the last or one of the others.
+    const std::vector<std::string_view> names = columns_read(bench_case);
+    std::vector<view> views(names.size());
+    for (std::size_t i = 0; i < names.size(); ++i) {
+        views[i].storage = column_of(table, names[i]).storage.get();
+    }
+    const auto view_of = [&](std::string_view name) -> view& {
+        return views[static_cast<std::size_t>(std::ranges::find(names, name) - names.begin())];
+    };
+    const view& like_result = view_of(bench_case.like_result);
+
+    std::array<bench::constant_record, most_arguments> constants;
+    std::array<const void*, most_arguments> arguments{};
+    const zqengine::column_pointer conditions = make_column(value_type::BOOL, batch_rows);
+    const view* condition_of = nullptr;
+    for (std::size_t i = 0; i < entry.argument_count; ++i) {
+        const case_argument& argument = bench_case.arguments[i];
+        switch (argument.source) {
+        case argument_source::column:
+            arguments[i] = &view_of(argument.text).column;
+            break;
+        case argument_source::constant:
+            constants[i] = bench::make_constant(entry.argument_list[i].type, argument.text);
+            arguments[i] = bench::record_address(constants[i]);
+            break;
+        case argument_source::positive:
+            condition_of = &view_of(argument.text);
+            arguments[i] = &conditions->column;
+            break;
+        }
+    }
+    const zqengine::column_pointer result = make_column(entry.result, batch_rows);
+
+    aggregates total;
+    const auto start = std::chrono::steady_clock::now();
+    for (std::uint32_t row = 0; row < table.row_count; row += batch_rows) {
+        const std::uint32_t rows = std::min(batch_rows, table.row_count - row);
+        for (view& view : views) {
+            move_to_row(view, row);
+        }
+        if (part == part::measured) {
+            if (condition_of != nullptr) {
+                evaluate_positive(zqengine::values_of<std::int32_t>(*conditions), static_cast<const double*>(condition_of->data.values),
+                                  rows);
+            }
+            if (is_string(entry.result)) {
+                zqengine::clear_column(*result);
+            }
+            const std::int32_t status =
+                entry.invoke(function, &library.environment, library.memory, arguments.data(), &result->column, rows);
+            if (status != BIFUN_OK) {
+                throw std::runtime_error(std::string(entry.symbol) + " returned " + std::to_string(status));
+            }
+        }
+        add_column(total, entry.result, part == part::measured ? result->column : like_result.column, rows);
+        for (const view& view : views) {
+            touch(total, view.storage->type, view.data, rows);
+        }
+    }
+    const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - start;
+    static volatile std::uint64_t sink;
+    sink = total.touched;
+    return {elapsed.count(), text_of(total, entry.result)};
+}
+
+} // namespace bifun::peers

@@ -1,0 +1,49 @@
+#include "bench/peers/sql.h"
+
+namespace bifun::peers {
+namespace {
+
+std::string call(std::string_view function, std::string_view argument) { return std::string(function) + "(" + std::string(argument) + ")"; }
+
+// Aggregates whose time does not depend on the values, as far as there are: DuckDB's sum of BIGINT is 128 bits wide and branches.
+std::string total_of(value_type type, std::string_view expression, dialect dialect) {
+    const bool duckdb = dialect == dialect::duckdb;
+    switch (type) {
+    case value_type::DOUBLE:
+        return call("sum", expression);
+    case value_type::DECIMAL:
+        return call("max", expression);
+    case value_type::DATETIME:
+        return call(duckdb ? "epoch_us" : "toUnixTimestamp64Micro", call("max", expression));
+    case value_type::VARCHAR:
+    case value_type::VARBINARY:
+        return call("sum", call(duckdb ? "strlen" : "length", expression));
+    default:
+        return call(duckdb ? "bit_xor" : "groupBitXor", expression);
+    }
+}
+
+std::string touch_of(value_type type, std::string_view column, dialect dialect) {
+    if (type == value_type::VARCHAR || type == value_type::VARBINARY) {
+        return call("max", call(dialect == dialect::duckdb ? "strlen" : "length", column));
+    }
+    return call(type == value_type::DECIMAL || type == value_type::DATETIME ? "min" : "max", column);
+}
+
+std::string query(const bench_case& bench_case, std::string_view expression, dialect dialect) {
+    std::string text = "SELECT " + total_of(column_named(bench_case.like_result).type, expression, dialect);
+    for (const std::string_view name : columns_read(bench_case)) {
+        text += ", " + touch_of(column_named(name).type, name, dialect);
+    }
+    return text + " FROM t";
+}
+
+} // namespace
+
+std::string measured_query(const bench_case& bench_case, dialect dialect) {
+    return query(bench_case, dialect == dialect::duckdb ? bench_case.duckdb : bench_case.clickhouse, dialect);
+}
+
+std::string baseline_query(const bench_case& bench_case, dialect dialect) { return query(bench_case, bench_case.like_result, dialect); }
+
+} // namespace bifun::peers

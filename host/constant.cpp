@@ -1,0 +1,189 @@
+#include "host/constant.h"
+
+#include <cstring>
+
+#include "engine/columns.h"
+#include "engine/decimal.h"
+#include "host/sql_text.h"
+
+namespace host {
+namespace {
+
+// Reads a number as it stands in SQL: digits with a point and an exponent at will.
+std::size_t significant_digits(std::string_view number) {
+    std::size_t digits = 0;
+    for (const char c : number) {
+        digits += c >= '1' && c <= '9' ? 1 : c == '0' && digits > 0 ? 1 : 0;
+    }
+    return digits;
+}
+
+sql_type type_of_number(const expression& literal, const std::string& sql) {
+    constexpr std::size_t most_digits = 38;
+    const std::string& text = literal.text;
+    std::int32_t small = 0;
+    std::int64_t large = 0;
+    double real = 0;
+    if (text.find_first_of("eE") != std::string::npos) {
+        if (!read_number(text, real)) {
+            fail_at(sql, literal.offset, "the number is beyond the range of DOUBLE");
+        }
+        return sql_type::double_precision;
+    }
+    if (read_number(text, small)) {
+        return sql_type::integer;
+    }
+    if (read_number(text, large)) {
+        return sql_type::bigint;
+    }
+    xdec exact;
+    if (significant_digits(text) > most_digits || !read_decimal(text, exact)) {
+        fail_at(sql, literal.offset, "a DECIMAL has at most 38 digits; write the number with an exponent for a DOUBLE");
+    }
+    return sql_type::decimal;
+}
+
+std::optional<sql_type> read_any_datetime(const expression& literal, zqtime& value) {
+    for (const sql_type type : {sql_type::date, sql_type::time, sql_type::datetime}) {
+        if (read_datetime(literal.text, type, value)) {
+            return type;
+        }
+    }
+    return std::nullopt;
+}
+
+bifun_string_constant make_string(const expression& literal, const charset& set, const std::string& sql, std::vector<std::uint8_t>& bytes) {
+    const std::optional<std::string> converted = from_utf8(set, literal.text);
+    if (!converted) {
+        fail_at(sql, literal.offset, "the character set " + std::string(set.name) + " does not have all characters of this text");
+    }
+    const blank_counted_text value = count_trailing_blanks(*converted);
+    bifun_string_constant made{};
+    made.not_null = 1;
+    made.length = static_cast<std::uint32_t>(value.stored.size());
+    made.trailing_blanks = value.trailing_blanks;
+    if (value.stored.size() <= BIFUN_INLINE_LENGTH) {
+        value.stored.copy(reinterpret_cast<char*>(made.inline_bytes), value.stored.size());
+    } else {
+        bytes.assign(value.stored.begin(), value.stored.end());
+        made.data = bytes.data();
+    }
+    return made;
+}
+
+} // namespace
+
+sql_type literal_type_of(const expression& literal, const std::string& sql) {
+    const auto typed = [&](sql_type type) {
+        zqtime value;
+        if (!read_datetime(literal.text, type, value)) {
+            fail_at(sql, literal.offset, "the text is not a " + std::string(sql_type_name(type)));
+        }
+        return type;
+    };
+    switch (literal.literal) {
+    case literal_kind::null:
+        return sql_type::null;
+    case literal_kind::boolean:
+        return sql_type::boolean;
+    case literal_kind::number:
+        return type_of_number(literal, sql);
+    case literal_kind::string:
+        return sql_type::varchar;
+    case literal_kind::date:
+        return typed(sql_type::date);
+    case literal_kind::time:
+        return typed(sql_type::time);
+    case literal_kind::timestamp:
+        return typed(sql_type::datetime);
+    }
+    return sql_type::null;
+}
+
+std::optional<sql_type> datetime_type_of(const expression& literal) {
+    zqtime value;
+    return read_any_datetime(literal, value);
+}
+
+constant make_constant(const expression& literal, bifun::value_type type, const charset& set, const std::string& sql) {
+    using bifun::value_type;
+    constant made{.as_string = {}, .text = {}};
+    if (literal.literal == literal_kind::null) {
+        return made;
+    }
+    bool read = true;
+    switch (type) {
+    case value_type::BOOL:
+        made.as_int = {1, literal.truth ? 1 : 0};
+        break;
+    case value_type::INT:
+        made.as_int = {1, 0};
+        read = read_number(literal.text, made.as_int.value);
+        break;
+    case value_type::BIGINT:
+        made.as_bigint = {1, 0};
+        read = read_number(literal.text, made.as_bigint.value);
+        break;
+    case value_type::DOUBLE:
+        made.as_double = {1, 0};
+        read = read_number(literal.text, made.as_double.value);
+        break;
+    case value_type::DECIMAL:
+        made.as_decimal.not_null = 1;
+        read = read_decimal(literal.text, made.as_decimal.value);
+        break;
+    case value_type::DATETIME:
+        made.as_datetime.not_null = 1;
+        read = literal.literal == literal_kind::timestamp ? read_datetime(literal.text, sql_type::datetime, made.as_datetime.value)
+                                                          : read_any_datetime(literal, made.as_datetime.value).has_value();
+        break;
+    case value_type::VARCHAR:
+    case value_type::VARBINARY:
+        made.as_string = make_string(literal, set, sql, made.text);
+        break;
+    }
+    if (!read) {
+        fail_at(sql, literal.offset, "this cannot be read as a " + std::string(bifun::type_name(type)));
+    }
+    return made;
+}
+
+zqengine::column_pointer make_constant_column(const constant& value, bifun::value_type type) {
+    zqengine::column_pointer made(zqengine::create_column(type, 1));
+    if (made == nullptr || value.as_int.not_null == 0) {
+        return made;
+    }
+    made->column.no_nulls = 1;
+    made->data.null_flags[0] = 1;
+    switch (type) {
+        using bifun::value_type;
+    case value_type::BOOL:
+    case value_type::INT:
+        *zqengine::values_of<std::int32_t>(*made) = value.as_int.value;
+        break;
+    case value_type::BIGINT:
+        *zqengine::values_of<std::int64_t>(*made) = value.as_bigint.value;
+        break;
+    case value_type::DOUBLE:
+        *zqengine::values_of<double>(*made) = value.as_double.value;
+        break;
+    case value_type::DECIMAL:
+        std::memcpy(made->data.values, &value.as_decimal.value, sizeof(xdec));
+        break;
+    case value_type::DATETIME:
+        std::memcpy(made->data.values, &value.as_datetime.value, sizeof(zqtime));
+        break;
+    case value_type::VARCHAR:
+    case value_type::VARBINARY: {
+        const bifun_string_constant& text = value.as_string;
+        const std::uint8_t* const bytes = text.length <= BIFUN_INLINE_LENGTH ? text.inline_bytes : value.text.data();
+        if (bdta3_col_assign_str(nullptr, nullptr, &made->column, 0, bytes, text.length, text.trailing_blanks) != 0) {
+            return nullptr;
+        }
+        break;
+    }
+    }
+    return made;
+}
+
+} // namespace host

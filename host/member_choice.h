@@ -1,0 +1,42 @@
+// Which entry point of a built-in takes the arguments of a call.
+#ifndef BIFUN_HOST_MEMBER_CHOICE_H
+#define BIFUN_HOST_MEMBER_CHOICE_H
+
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+
+#include "bop/frame/catalogue.h"
+#include "host/sql_type.h"
+
+namespace host {
+
+// An argument as far as the choice depends on it.
+struct offered_argument {
+    sql_type type;
+    bool is_literal;
+};
+
+// How far an argument is from a parameter's type: 0 for the type itself, more for each step of INT -> BIGINT -> DECIMAL -> DOUBLE,
+// most for a string literal that is read as a datetime; nothing where it does not fit.
+std::optional<unsigned> widening(offered_argument argument, bifun::value_type parameter);
+
+// The built-in with that name, or null; ASCII case does not matter.
+const bifun::builtin* find_builtin(std::string_view name);
+
+// The member that needs the least widening; among equals the one that takes the most literals as constants; among those the first.
+// Null where none fits.
+const bifun::entry_point* choose_member(std::string_view builtin, std::span<const offered_argument> arguments);
+
+// How many arguments the members take: "2", or "2 or 3".
+std::string argument_counts(std::string_view builtin);
+bool takes_argument_count(std::string_view builtin, std::size_t count);
+
+// The members' parameter types, each list once: "(BIGINT), (DECIMAL, constant INT)". A parameter is called constant where all members
+// with these types want one there.
+std::string signatures(std::string_view builtin);
+
+} // namespace host
+
+#endif

@@ -1,0 +1,70 @@
+// A query as a list of steps over one batch, each with a column of its own for its result.
+//
+// Steps stand in the order in which they are executed; a step reads the results of earlier ones only. The steps of the condition come
+// first and see all rows of the batch; then the rows that pass become the selection vector of the table's columns, and the remaining
+// steps see those rows only. Their results are dense.
+#ifndef BIFUN_HOST_PLAN_H
+#define BIFUN_HOST_PLAN_H
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "bop/frame/catalogue.h"
+#include "embedded/columns/column_storage.h"
+#include "host/comparison.h"
+#include "host/constant.h"
+#include "host/sql_syntax.h"
+#include "host/sql_type.h"
+#include "host/table.h"
+
+namespace host {
+
+enum class step_kind : std::uint8_t {
+    table_column, // column `table_column` of the table
+    constant,     // `value`, as the argument of a call or as a column that shows its one row again and again
+    conversion,   // a number as a wider one
+    call,         // `entry`
+    comparison,   // operand `comparison` operand
+    in_list,      // whether the first operand equals one of the others
+    conjunction,
+    disjunction,
+    negation,
+    null_test,
+    truth_test,
+};
+
+struct step {
+    step_kind kind;
+    sql_type type;
+    std::vector<std::size_t> operands; // earlier steps
+    std::size_t table_column = 0;
+    constant value{.as_string = {}, .text = {}};
+    const bifun::entry_point* entry = nullptr;
+    void* function = nullptr;
+    comparison_operator comparison = comparison_operator::equal;
+    truth_value tested = truth_value::true_value;
+    bool negated = false;
+    zqengine::column_pointer result{};  // not for table columns
+    zqengine::column_pointer scratch{}; // in_list: one comparison
+};
+
+struct result_column {
+    std::string name;
+    sql_type type;
+    std::size_t step;
+};
+
+struct plan {
+    table* source = nullptr; // null: one row of nothing
+    std::vector<step> steps;
+    std::size_t condition_steps = 0;      // how many steps belong to the condition
+    std::optional<std::size_t> condition; // the step whose true rows pass
+    std::optional<std::uint64_t> limit;
+    std::vector<result_column> results;
+};
+
+} // namespace host
+
+#endif

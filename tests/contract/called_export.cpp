@@ -1,0 +1,149 @@
+#include "tests/contract/called_export.h"
+
+#include <dlfcn.h>
+
+#include <algorithm>
+#include <cstring>
+#include <string>
+
+#include "embedded/memory/allocation.h"
+#include "embedded/session/environment.h"
+#include "engine/memory.h"
+
+namespace contract {
+namespace {
+
+constexpr std::uint32_t guard_rows = 64;
+
+void append(std::string& image, const void* bytes, std::size_t size) { image.append(static_cast<const char*>(bytes), size); }
+
+// Everything that a call could see of an argument.
+std::string image_of(const call_argument& argument) {
+    std::string image;
+    if (argument.constant != nullptr) {
+        append(image, argument.constant->record, sizeof argument.constant->record);
+        return image;
+    }
+    const zqengine::column_storage& column = *argument.column;
+    append(image, &column.column, sizeof column.column);
+    append(image, column.data.null_flags, column.capacity);
+    append(image, column.data.values, column.capacity * bifun::value_width(column.type));
+    append(image, argument.selection.data(), argument.selection.size_bytes());
+    for (std::uint32_t row = 0; bifun::is_string(column.type) && row < column.capacity; ++row) {
+        if (column.data.null_flags[row] != 0) {
+            const bifun_string& value = zqengine::values_of<bifun_string>(column)[row];
+            append(image, value.data, value.length);
+        }
+    }
+    return image;
+}
+
+bool is_unwritten(const void* bytes, std::size_t size) {
+    const auto* const begin = static_cast<const std::uint8_t*>(bytes);
+    return std::all_of(begin, begin + size, [](std::uint8_t byte) { return byte == unwritten; });
+}
+
+void check_invariants(const outcome& outcome) {
+    const zqengine::column_storage& result = *outcome.result;
+    const std::size_t width = bifun::value_width(result.type);
+    EXPECT_TRUE(is_unwritten(result.data.null_flags + outcome.row_count, guard_rows)) << "flags behind the batch are written";
+    EXPECT_TRUE(is_unwritten(zqengine::values_of<std::uint8_t>(result) + outcome.row_count * width, guard_rows * width))
+        << "values behind the batch are written";
+    const std::span flags(result.data.null_flags, outcome.row_count);
+    if (outcome.status == 0) {
+        EXPECT_TRUE(std::ranges::all_of(flags, [](std::uint8_t flag) { return flag <= 1; })) << "a flag is neither 0 nor 1";
+        EXPECT_TRUE(outcome.no_nulls() == 0 || std::ranges::all_of(flags, [](std::uint8_t flag) { return flag == 1; }))
+            << "the no-null flag promises what is not so";
+    } else {
+        EXPECT_EQ(outcome.no_nulls(), 0U) << "the call failed and the no-null flag is set";
+    }
+}
+
+} // namespace
+
+void* library_symbol(const char* name) {
+    // Local, as an engine may load it: the engine's own symbols are found in the program all the same.
+    static void* const library = dlopen(BIFUN_LIBRARY, RTLD_NOW | RTLD_LOCAL);
+    if (library == nullptr) {
+        ADD_FAILURE() << dlerror();
+        return nullptr;
+    }
+    return dlsym(library, name);
+}
+
+outcome call(const bifun::entry_point& entry, const std::vector<call_argument>& arguments, std::uint32_t row_count,
+             const circumstances& circumstances) {
+    std::vector<bifun_column> columns(arguments.size());
+    std::vector<bifun_column_data> data(arguments.size());
+    std::vector<const void*> pointers(arguments.size());
+    std::vector<std::string> images(arguments.size());
+    for (std::size_t i = 0; i < arguments.size(); ++i) {
+        const call_argument& argument = arguments[i];
+        images[i] = image_of(argument);
+        if (argument.constant != nullptr) {
+            pointers[i] = argument.constant->record;
+            continue;
+        }
+        data[i] = argument.column->data;
+        data[i].null_flags += argument.first_row;
+        data[i].values = static_cast<std::uint8_t*>(data[i].values) + argument.first_row * bifun::value_width(argument.column->type);
+        columns[i] = {argument.column->column.no_nulls, argument.selection.empty() ? nullptr : argument.selection.data(), &data[i]};
+        pointers[i] = &columns[i];
+    }
+    outcome outcome{0, row_count, zqengine::column_pointer(zqengine::create_column(entry.result, row_count + guard_rows))};
+    std::memset(outcome.result->data.null_flags, unwritten, row_count + guard_rows);
+    std::memset(outcome.result->data.values, unwritten, (row_count + guard_rows) * bifun::value_width(entry.result));
+    outcome.result->column.no_nulls = circumstances.no_nulls_before;
+
+    bifun_environment environment;
+    bifun_memory_object* const memory = rt_memobj_create_ex(&environment, 0, 4096, __FILE__, __LINE__);
+    void* const function = library_symbol(entry.symbol);
+    if (function == nullptr || memory == nullptr) {
+        ADD_FAILURE() << entry.symbol << " cannot be called";
+        return outcome;
+    }
+    zqengine::fail_step(circumstances.failing_step);
+    outcome.status = entry.invoke(function, &environment, memory, pointers.data(), &outcome.result->column, row_count);
+    outcome.ran_out_of_memory = circumstances.failing_step != 0 && !zqengine::failure_is_pending();
+    zqengine::fail_step(0);
+    rt_memobj_destroy(&environment, memory);
+
+    for (std::size_t i = 0; i < arguments.size(); ++i) {
+        EXPECT_EQ(images[i] == image_of(arguments[i]), true) << "argument " << i << " has changed";
+    }
+    check_invariants(outcome);
+    return outcome;
+}
+
+testing::AssertionResult same_rows(const outcome& a, std::uint32_t first_a, const outcome& b, std::uint32_t first_b, std::uint32_t count) {
+    const std::size_t width = bifun::value_width(a.result->type);
+    const auto* const values_a = zqengine::values_of<std::uint8_t>(*a.result);
+    const auto* const values_b = zqengine::values_of<std::uint8_t>(*b.result);
+    for (std::uint32_t k = 0; k < count; ++k) {
+        const std::uint32_t row_a = first_a + k;
+        const std::uint32_t row_b = first_b + k;
+        bool same = a.flag(row_a) == b.flag(row_b);
+        if (same && a.flag(row_a) == 1 && bifun::is_string(a.result->type)) {
+            const bifun_string& x = zqengine::values_of<bifun_string>(*a.result)[row_a];
+            const bifun_string& y = zqengine::values_of<bifun_string>(*b.result)[row_b];
+            same = x.length == y.length && x.trailing_blanks == y.trailing_blanks && std::memcmp(x.data, y.data, x.length) == 0;
+        } else if (same && a.flag(row_a) == 1) {
+            same = std::memcmp(values_a + row_a * width, values_b + row_b * width, width) == 0;
+        }
+        if (!same) {
+            return testing::AssertionFailure() << "row " << row_a << " (flag " << int{a.flag(row_a)} << ") differs from row " << row_b
+                                               << " (flag " << int{b.flag(row_b)} << ")";
+        }
+    }
+    return testing::AssertionSuccess();
+}
+
+testing::AssertionResult same_outcome(const outcome& a, const outcome& b) {
+    if (a.status != b.status || a.no_nulls() != b.no_nulls() || a.row_count != b.row_count) {
+        return testing::AssertionFailure() << "status " << a.status << ", no-null flag " << a.no_nulls() << " and status " << b.status
+                                           << ", no-null flag " << b.no_nulls();
+    }
+    return same_rows(a, 0, b, 0, a.row_count);
+}
+
+} // namespace contract

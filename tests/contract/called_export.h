@@ -1,0 +1,60 @@
+// Calling what the library exports by name, as an engine does, and comparing what calls leave in their result columns.
+#ifndef BIFUN_TESTS_CONTRACT_CALLED_EXPORT_H
+#define BIFUN_TESTS_CONTRACT_CALLED_EXPORT_H
+
+#include <cstdint>
+#include <span>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "bop/frame/catalogue.h"
+#include "embedded/columns/column_storage.h"
+#include "tests/contract/generated_batch.h"
+
+namespace contract {
+
+// The symbol of libbifun.so, or null.
+void* library_symbol(const char* name);
+
+// Either a column, read from row `first_row` of its data on and through `selection` where that is not empty, or a constant.
+struct call_argument {
+    const zqengine::column_storage* column = nullptr;
+    const generated_constant* constant = nullptr;
+    std::uint32_t first_row = 0;
+    std::span<const std::uint16_t> selection = {};
+};
+
+// What a call returned and left behind. Rows that it did not write hold `unwritten` in every byte, the flag too.
+struct outcome {
+    std::int32_t status;
+    std::uint32_t row_count;
+    zqengine::column_pointer result;
+    bool ran_out_of_memory = false; // the failing step that was asked for has come
+
+    [[nodiscard]] std::uint32_t no_nulls() const { return result->column.no_nulls; }
+    [[nodiscard]] std::uint8_t flag(std::uint32_t row) const { return result->data.null_flags[row]; }
+};
+
+constexpr std::uint8_t unwritten = 0xA5;
+
+// How a call is made: the result's no-null flag before it, and the step of it that is to run out of memory (1 is the first, 0 none).
+struct circumstances {
+    std::uint32_t no_nulls_before = 1;
+    std::int64_t failing_step = 0;
+};
+
+// Calls the entry point. Whatever the entry point, it is a failure of the test that arguments change, that rows behind the batch are
+// written, that a flag is neither 0 nor 1, that the no-null flag promises what is not so, or that it is set although the call failed.
+outcome call(const bifun::entry_point& entry, const std::vector<call_argument>& arguments, std::uint32_t row_count,
+             const circumstances& circumstances = {});
+
+// Whether `count` rows of a, from `first_a` on, are those of b from `first_b` on: flags, and to the bit the values of rows not NULL.
+testing::AssertionResult same_rows(const outcome& a, std::uint32_t first_a, const outcome& b, std::uint32_t first_b, std::uint32_t count);
+
+// The same of all rows, the statuses and the no-null flags.
+testing::AssertionResult same_outcome(const outcome& a, const outcome& b);
+
+} // namespace contract
+
+#endif

@@ -1,0 +1,337 @@
+#include "tests/contract/generated_batch.h"
+
+#include <sys/mman.h>
+
+#include <array>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <limits>
+#include <random>
+#include <string>
+#include <string_view>
+
+#include "engine/columns.h"
+#include "engine/datetime.h"
+#include "engine/decimal.h"
+
+using bifun::value_type;
+
+namespace contract {
+namespace {
+
+// Fixed-width values lie in `bytes` as they do in a column.
+struct value {
+    std::array<std::uint8_t, sizeof(xdec)> bytes;
+    std::string text;
+    std::uint32_t trailing_blanks;
+};
+
+template <class T> value fixed(const T& number) {
+    value result{};
+    std::memcpy(result.bytes.data(), &number, sizeof number);
+    return result;
+}
+
+void require(bool condition, const char* what) {
+    if (!condition) {
+        std::fprintf(stderr, "generated batch: %s\n", what);
+        std::abort();
+    }
+}
+
+// ---- boundary values ----
+
+constexpr std::int32_t conditions[] = {1, 0, 2, -1, std::numeric_limits<std::int32_t>::max(), std::numeric_limits<std::int32_t>::min()};
+
+template <class T>
+constexpr T integers[] = {std::numeric_limits<T>::min(),     std::numeric_limits<T>::max(),     0, -1, 1,
+                          std::numeric_limits<T>::min() + 1, std::numeric_limits<T>::max() - 1, 2, -2, 7};
+
+using doubles = std::numeric_limits<double>;
+constexpr double floating[] = {0.0,
+                               -0.0,
+                               doubles::infinity(),
+                               -doubles::infinity(),
+                               doubles::quiet_NaN(),
+                               -doubles::quiet_NaN(),
+                               doubles::denorm_min(),
+                               -doubles::denorm_min(),
+                               doubles::min(),
+                               doubles::max(),
+                               doubles::lowest(),
+                               1.0,
+                               1.0 + doubles::epsilon(),
+                               -1.0};
+
+constexpr std::string_view decimals[] = {"0",
+                                         "0.00",
+                                         "1",
+                                         "1.0",
+                                         "1.00",
+                                         "-1",
+                                         "-1.000",
+                                         "0.1",
+                                         "-0.10",
+                                         "99999999999999999999999999999999999999",
+                                         "-99999999999999999999999999999999999999",
+                                         "0.99999999999999999999999999999999999999",
+                                         "12345678901234567890.123456789012345678",
+                                         "1E126",
+                                         "-1E126",
+                                         "1E-127",
+                                         "-1E-127",
+                                         "1.0000000000000000000000000000000000000",
+                                         "18446744073709551616",
+                                         "-18446744073709551616.00"};
+
+struct moment {
+    std::int32_t year;
+    std::uint32_t month, day, hour, minute, second, microsecond;
+    std::int32_t zone;
+};
+constexpr moment moments[] = {{-4712, 1, 1, 0, 0, 0, 0, ZQTIME_NO_ZONE},
+                              {9999, 12, 31, 23, 59, 59, 999999, ZQTIME_NO_ZONE},
+                              {0, 2, 29, 0, 0, 0, 0, ZQTIME_NO_ZONE},
+                              {1582, 10, 4, 23, 59, 59, 0, ZQTIME_NO_ZONE},
+                              {1582, 10, 15, 0, 0, 0, 0, ZQTIME_NO_ZONE},
+                              {1900, 1, 1, 12, 0, 0, 1, ZQTIME_NO_ZONE},
+                              {2024, 2, 29, 1, 2, 3, 4, 840},
+                              {2024, 2, 29, 1, 2, 3, 4, -840},
+                              {1970, 1, 1, 0, 0, 0, 0, 0}};
+
+constexpr std::size_t string_count = 14;
+value boundary_string(std::size_t index, bool binary) {
+    using namespace std::string_literals;
+    static const std::array<std::pair<std::string, std::uint32_t>, string_count> strings = {{{"", 0},
+                                                                                             {"", 3},
+                                                                                             {"x", 0},
+                                                                                             {"x", 1},
+                                                                                             {"x ", 2},
+                                                                                             {std::string(48, 'i'), 0},
+                                                                                             {std::string(49, 'p'), 0},
+                                                                                             {std::string(48, 'b'), 5},
+                                                                                             {std::string(52, 'a'), 1},
+                                                                                             {std::string(65, 'l'), 0},
+                                                                                             {"日本語", 0},
+                                                                                             {"naïve 🙂", 7},
+                                                                                             {"\0\xFF\0"s, 0},
+                                                                                             {std::string(5000, 'z'), 9}}};
+    return {{}, strings[index].first, binary ? 0 : strings[index].second};
+}
+
+value encode(const moment& m) {
+    zqtime time{};
+    require(zqtime_encode(&time, m.year, m.month, m.day, m.hour, m.minute, m.second, m.microsecond, m.zone) == 0, "a datetime is invalid");
+    return fixed(time);
+}
+
+value read_decimal(std::string_view text) {
+    xdec decimal{};
+    const auto* const bytes = reinterpret_cast<const std::uint8_t*>(text.data());
+    require(xdec_from_char(bytes, static_cast<std::uint32_t>(text.size()), &decimal) == 0, "a decimal is invalid");
+    return fixed(decimal);
+}
+
+value boundary_value(value_type type, std::size_t index) {
+    switch (type) {
+    case value_type::BOOL:
+        return fixed(conditions[index]);
+    case value_type::INT:
+        return fixed(integers<std::int32_t>[index]);
+    case value_type::BIGINT:
+        return fixed(integers<std::int64_t>[index]);
+    case value_type::DOUBLE:
+        return fixed(floating[index]);
+    case value_type::DECIMAL:
+        return read_decimal(decimals[index]);
+    case value_type::DATETIME:
+        return encode(moments[index]);
+    default:
+        return boundary_string(index, type == value_type::VARBINARY);
+    }
+}
+
+// ---- ordinary values ----
+
+// The standard fixes the numbers of the engine, not those of the distributions.
+using random_source = std::mt19937_64;
+
+value ordinary_value(value_type type, random_source& random) {
+    const std::uint64_t bits = random();
+    const auto below = [&](std::uint32_t limit) { return static_cast<std::uint32_t>(random() % limit); };
+    switch (type) {
+    case value_type::BOOL:
+        return fixed(static_cast<std::int32_t>(bits % 2));
+    case value_type::INT:
+        return fixed(static_cast<std::int32_t>(bits));
+    case value_type::BIGINT:
+        return fixed(static_cast<std::int64_t>(bits) >> (bits % 64));
+    case value_type::DOUBLE:
+        return fixed(static_cast<double>(static_cast<std::int64_t>(bits)) / 1e9);
+    case value_type::DECIMAL: {
+        // Amounts with two digits behind the point, and some with another number of them.
+        const int scale = bits % 8 == 0 ? static_cast<int>(below(9)) : 2;
+        return read_decimal(std::to_string(static_cast<std::int64_t>(bits) >> 24) + "E-" + std::to_string(scale));
+    }
+    case value_type::DATETIME:
+        return encode({static_cast<std::int32_t>(1900 + below(200)), 1 + below(12), 1 + below(28), below(24), below(60), below(60), 0,
+                       ZQTIME_NO_ZONE});
+    default: {
+        value result{{}, std::string(below(24), ' '), type == value_type::VARCHAR && bits % 4 == 0 ? below(12) : 0};
+        for (char& character : result.text) {
+            character = static_cast<char>('a' + below(26));
+        }
+        return result;
+    }
+    }
+}
+
+// ---- garbage ----
+
+std::uint8_t* unreadable_page() {
+    static void* const page = mmap(nullptr, 4096, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    require(page != MAP_FAILED, "no page");
+    return static_cast<std::uint8_t*>(page);
+}
+
+void write_garbage(value_type type, std::uint8_t* slot, std::uint64_t bits) {
+    std::memset(slot, 0xFF, bifun::value_width(type));
+    if (type == value_type::BOOL) {
+        const auto condition = static_cast<std::int32_t>(bits % 3);
+        std::memcpy(slot, &condition, sizeof condition);
+    } else if (type == value_type::BIGINT) {
+        std::memcpy(slot, &integers<std::int64_t>[0], sizeof(std::int64_t));
+    } else if (bifun::is_string(type)) {
+        const bifun_string garbage{1000, 0, unreadable_page()};
+        std::memcpy(slot, &garbage, sizeof garbage);
+    }
+}
+
+void write_row(zqengine::column_storage& column, std::uint32_t row, const value& value) {
+    column.data.null_flags[row] = 1;
+    if (bifun::is_string(column.type)) {
+        const auto* const bytes = reinterpret_cast<const std::uint8_t*>(value.text.data());
+        require(bdta3_col_assign_str(nullptr, nullptr, &column.column, row, bytes, static_cast<std::uint32_t>(value.text.size()),
+                                     value.trailing_blanks) == 0,
+                "no memory for a string");
+        return;
+    }
+    const std::size_t width = bifun::value_width(column.type);
+    std::memcpy(values_of<std::uint8_t>(column) + row * width, value.bytes.data(), width);
+}
+
+zqengine::column_pointer make_column(value_type type, std::uint32_t row_count) {
+    zqengine::column_pointer column(zqengine::create_column(type, row_count));
+    require(column != nullptr, "no memory for a column");
+    return column;
+}
+
+// Where a constant's value lies in its record.
+std::size_t value_offset(value_type type) { return type == value_type::BIGINT || type == value_type::DOUBLE ? 8 : 4; }
+
+} // namespace
+
+std::size_t boundary_count(value_type type) {
+    constexpr std::size_t counts[] = {std::size(conditions),
+                                      std::size(integers<std::int32_t>),
+                                      std::size(integers<std::int64_t>),
+                                      std::size(floating),
+                                      std::size(decimals),
+                                      std::size(moments),
+                                      string_count,
+                                      string_count};
+    return counts[static_cast<std::size_t>(type)];
+}
+
+zqengine::column_pointer generate_column(value_type type, std::uint32_t row_count, double null_rate, std::uint64_t seed) {
+    zqengine::column_pointer column = make_column(type, row_count);
+    column->column.no_nulls = null_rate == 0 ? 1 : 0;
+    random_source random(seed);
+    const std::size_t boundaries = boundary_count(type);
+    for (std::uint32_t row = 0; row < row_count; ++row) {
+        const double share = static_cast<double>(random() >> 11) * 0x1p-53;
+        if (share < null_rate) {
+            column->data.null_flags[row] = 0;
+            write_garbage(type, values_of<std::uint8_t>(*column) + row * bifun::value_width(type), random());
+        } else if (row < boundaries) {
+            write_row(*column, row, boundary_value(type, (row + seed) % boundaries));
+        } else if (random() % 8 == 0) {
+            write_row(*column, row, boundary_value(type, random() % boundaries));
+        } else {
+            write_row(*column, row, ordinary_value(type, random));
+        }
+    }
+    return column;
+}
+
+generated_constant constant_of_row(const zqengine::column_storage& column, std::uint32_t row) {
+    if (column.data.null_flags[row] == 0) {
+        return null_constant(column.type);
+    }
+    generated_constant constant{};
+    const std::size_t width = bifun::value_width(column.type);
+    if (!bifun::is_string(column.type)) {
+        const std::uint32_t not_null = 1;
+        std::memcpy(constant.record, &not_null, sizeof not_null);
+        std::memcpy(constant.record + value_offset(column.type), zqengine::values_of<std::uint8_t>(column) + row * width, width);
+        return constant;
+    }
+    const bifun_string& value = zqengine::values_of<bifun_string>(column)[row];
+    // What the record does not use is garbage. A binary constant has no trailing blanks, whatever its third word holds.
+    bifun_string_constant record{1, value.length, column.type == value_type::VARBINARY ? 99 : value.trailing_blanks, {}, unreadable_page()};
+    std::memset(record.inline_bytes, '#', sizeof record.inline_bytes);
+    std::uint8_t* bytes = record.inline_bytes;
+    if (value.length > BIFUN_INLINE_LENGTH) {
+        constant.bytes = std::make_unique<std::uint8_t[]>(value.length);
+        bytes = record.data = constant.bytes.get();
+    }
+    std::memcpy(bytes, value.data, value.length);
+    std::memcpy(constant.record, &record, sizeof record);
+    return constant;
+}
+
+generated_constant generate_constant(value_type type, std::size_t index) {
+    random_source random(index);
+    const zqengine::column_pointer column = make_column(type, 1);
+    write_row(*column, 0, index < boundary_count(type) ? boundary_value(type, index) : ordinary_value(type, random));
+    return constant_of_row(*column, 0);
+}
+
+generated_constant null_constant(value_type type) {
+    generated_constant constant{};
+    if (bifun::is_string(type)) {
+        bifun_string_constant record{0, 1000, 5, {}, unreadable_page()};
+        std::memcpy(constant.record, &record, sizeof record);
+    } else {
+        write_garbage(type, constant.record + value_offset(type), 1);
+    }
+    return constant;
+}
+
+zqengine::column_pointer repeat_constant(value_type type, const generated_constant& constant, std::uint32_t row_count) {
+    zqengine::column_pointer column = make_column(type, row_count);
+    std::uint32_t not_null;
+    std::memcpy(&not_null, constant.record, sizeof not_null);
+    column->column.no_nulls = not_null != 0 ? 1 : 0;
+    value value{};
+    if (not_null != 0 && bifun::is_string(type)) {
+        bifun_string_constant record;
+        std::memcpy(&record, constant.record, sizeof record);
+        const std::uint8_t* const bytes = record.length > BIFUN_INLINE_LENGTH ? record.data : record.inline_bytes;
+        value.text.assign(reinterpret_cast<const char*>(bytes), record.length);
+        value.trailing_blanks = type == value_type::VARBINARY ? 0 : record.trailing_blanks;
+    } else if (!bifun::is_string(type)) {
+        std::memcpy(value.bytes.data(), constant.record + value_offset(type), bifun::value_width(type));
+    }
+    for (std::uint32_t row = 0; row < row_count; ++row) {
+        if (not_null != 0) {
+            write_row(*column, row, value);
+        } else {
+            write_garbage(type, values_of<std::uint8_t>(*column) + row * bifun::value_width(type), row);
+        }
+    }
+    return column;
+}
+
+} // namespace contract

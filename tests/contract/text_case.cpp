@@ -1,0 +1,165 @@
+#include "tests/contract/text_case.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <sstream>
+
+#include "embedded/datetime/text.h"
+#include "engine/columns.h"
+#include "engine/datetime.h"
+#include "engine/decimal.h"
+
+using bifun::value_type;
+
+namespace contract {
+namespace {
+
+const std::uint8_t* bytes_of(const std::string& text) { return reinterpret_cast<const std::uint8_t*>(text.data()); }
+
+void read_string(zqengine::column_storage& column, std::uint32_t row, std::string text) {
+    if (text == "''") {
+        text.clear();
+    }
+    const auto blanks = static_cast<std::uint32_t>(text.size() - (text.find_last_not_of('_') + 1));
+    text.resize(text.size() - blanks);
+    if (text.size() > 2 && text[1] == '*') {
+        text = std::string(std::strtoul(text.c_str() + 2, nullptr, 10), text[0]);
+    }
+    (void)bdta3_col_assign_str(nullptr, nullptr, &column.column, row, bytes_of(text), static_cast<std::uint32_t>(text.size()), blanks);
+}
+
+void read_value(zqengine::column_storage& column, std::uint32_t row, const std::string& text) {
+    using zqengine::values_of;
+    const auto length = static_cast<std::uint32_t>(text.size());
+    switch (column.type) {
+    case value_type::BOOL:
+    case value_type::INT:
+        values_of<std::int32_t>(column)[row] = static_cast<std::int32_t>(std::strtol(text.c_str(), nullptr, 10));
+        break;
+    case value_type::BIGINT:
+        values_of<std::int64_t>(column)[row] = std::strtol(text.c_str(), nullptr, 10);
+        break;
+    case value_type::DOUBLE:
+        values_of<double>(column)[row] = std::strtod(text.c_str(), nullptr);
+        break;
+    case value_type::DECIMAL:
+        EXPECT_EQ(xdec_from_char(bytes_of(text), length, values_of<xdec>(column) + row), 0) << text;
+        break;
+    case value_type::DATETIME:
+        EXPECT_EQ(zqtime_from_char_ex(bytes_of(text), length, values_of<zqtime>(column) + row), 0) << text;
+        break;
+    default:
+        read_string(column, row, text);
+    }
+}
+
+struct text_column {
+    zqengine::column_pointer column;
+    std::vector<std::uint16_t> selection;
+    std::uint32_t row_count;
+};
+
+text_column read_column(value_type type, std::string_view text) {
+    constexpr std::string_view null = "NULL";
+    std::istringstream words{std::string(text)};
+    std::vector<std::string> rows;
+    text_column result{};
+    long no_nulls = -1;
+    for (std::string word; words >> word;) {
+        if (word.front() == '[') {
+            no_nulls = std::strtol(word.c_str() + 1, nullptr, 10);
+        } else if (word.front() == '@') {
+            std::istringstream numbers(word.substr(1));
+            for (std::string number; std::getline(numbers, number, ',');) {
+                result.selection.push_back(static_cast<std::uint16_t>(std::stoul(number)));
+            }
+        } else {
+            rows.push_back(word);
+        }
+    }
+    result.column.reset(zqengine::create_column(type, static_cast<std::uint32_t>(rows.size())));
+    std::memset(result.column->data.values, 0xFF, rows.size() * bifun::value_width(type));
+    bool any_null = false;
+    for (std::uint32_t row = 0; row < rows.size(); ++row) {
+        const std::string& word = rows[row];
+        const bool is_null = word.starts_with(null);
+        any_null |= is_null;
+        result.column->data.null_flags[row] = is_null ? 0 : 1;
+        if (!is_null) {
+            read_value(*result.column, row, word);
+        } else if (word.size() > null.size()) {
+            read_value(*result.column, row, word.substr(null.size() + 1));
+        }
+    }
+    result.column->column.no_nulls = no_nulls >= 0 ? static_cast<std::uint32_t>(no_nulls) : !any_null;
+    result.row_count = static_cast<std::uint32_t>(result.selection.empty() ? rows.size() : result.selection.size());
+    return result;
+}
+
+std::string write_string(const bifun_string& value) {
+    std::string text(reinterpret_cast<const char*>(value.data), value.length);
+    if (text.size() > 20 && std::ranges::count(text, text.front()) == static_cast<std::ptrdiff_t>(text.size())) {
+        text = text.substr(0, 1) + "*" + std::to_string(text.size());
+    }
+    text.append(value.trailing_blanks, '_');
+    return text.empty() ? "''" : text;
+}
+
+std::string write_value(const zqengine::column_storage& column, std::uint32_t row) {
+    using zqengine::values_of;
+    char buffer[256];
+    std::uint32_t length = 0;
+    switch (column.type) {
+    case value_type::BOOL:
+    case value_type::INT:
+        return std::to_string(values_of<std::int32_t>(column)[row]);
+    case value_type::BIGINT:
+        return std::to_string(values_of<std::int64_t>(column)[row]);
+    case value_type::DOUBLE:
+        return {buffer, static_cast<std::size_t>(std::snprintf(buffer, sizeof buffer, "%.17g", values_of<double>(column)[row]))};
+    case value_type::DECIMAL:
+        EXPECT_EQ(xdec_to_char_with_zero(values_of<xdec>(column) + row, buffer, sizeof buffer, 0, 0, &length), 0);
+        return {buffer, length};
+    case value_type::DATETIME: {
+        std::string text(buffer, zqengine::write_datetime(values_of<zqtime>(column)[row], zqengine::datetime_kind::datetime, buffer));
+        std::ranges::replace(text, ' ', 'T');
+        return text;
+    }
+    default:
+        return write_string(values_of<bifun_string>(column)[row]);
+    }
+}
+
+} // namespace
+
+std::string evaluate(const text_case& text_case, const circumstances& circumstances) {
+    const auto* const entry = std::ranges::find(bifun::entry_points, std::string_view(text_case.symbol), &bifun::entry_point::symbol);
+    if (entry == std::end(bifun::entry_points) || entry->argument_count != text_case.arguments.size()) {
+        return std::string("no such call of ") + text_case.symbol;
+    }
+    std::vector<text_column> columns(entry->argument_count);
+    std::vector<generated_constant> constants(entry->argument_count);
+    std::vector<call_argument> arguments(entry->argument_count);
+    std::uint32_t row_count = 0;
+    for (std::size_t i = entry->argument_count; i-- > 0;) {
+        columns[i] = read_column(entry->argument_list[i].type, text_case.arguments[i]);
+        if (entry->argument_list[i].kind == bifun::argument_kind::constant) {
+            constants[i] = constant_of_row(*columns[i].column, 0);
+            arguments[i] = {.constant = &constants[i]};
+        } else {
+            row_count = columns[i].row_count;
+            arguments[i] = {.column = columns[i].column.get(), .selection = columns[i].selection};
+        }
+    }
+    const outcome outcome = call(*entry, arguments, row_count, circumstances);
+    std::string text = "[" + std::to_string(outcome.no_nulls()) + "]";
+    for (std::uint32_t row = 0; row < row_count; ++row) {
+        text += ' ';
+        text += outcome.flag(row) == unwritten ? "?" : outcome.flag(row) == 0 ? "NULL" : write_value(*outcome.result, row);
+    }
+    return outcome.status == 0 ? text : text + " status " + std::to_string(outcome.status);
+}
+
+} // namespace contract
