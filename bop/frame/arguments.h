@@ -1,5 +1,6 @@
 // Reading arguments. An entry point names each argument's type, as in `bigint(x)`, and gets a column_argument or a constant_argument;
-// with_rows turns them into rows with two members, the same for all: has_value(k) and [k], for row k of the batch.
+// with_rows turns them into rows with the same members for all: has_value(k) and [k] for row k of the batch, and from(first), the
+// rows from `first` on.
 #ifndef BIFUN_FRAME_ARGUMENTS_H
 #define BIFUN_FRAME_ARGUMENTS_H
 
@@ -26,6 +27,7 @@ template <class T> struct dense_rows {
 
     [[nodiscard]] bool has_value(std::uint32_t k) const { return null_flags[k] != 0; }
     const T& operator[](std::uint32_t k) const { return values[k]; }
+    [[nodiscard]] dense_rows from(std::uint32_t first) const { return {null_flags + first, values + first}; }
 };
 
 // For a column without a selection vector beside one with it, `selection` is null.
@@ -37,6 +39,10 @@ template <class T> struct selected_rows {
     [[nodiscard]] std::uint32_t position(std::uint32_t k) const { return selection == nullptr ? k : selection[k]; }
     [[nodiscard]] bool has_value(std::uint32_t k) const { return null_flags[position(k)] != 0; }
     const T& operator[](std::uint32_t k) const { return values[position(k)]; }
+    [[nodiscard]] selected_rows from(std::uint32_t first) const {
+        return selection == nullptr ? selected_rows{null_flags + first, values + first, nullptr}
+                                    : selected_rows{null_flags, values, selection + first};
+    }
 };
 
 template <class T> struct constant_rows {
@@ -45,6 +51,7 @@ template <class T> struct constant_rows {
 
     [[nodiscard]] bool has_value(std::uint32_t) const { return present; }
     const T& operator[](std::uint32_t) const { return value; }
+    [[nodiscard]] constant_rows from(std::uint32_t) const { return *this; }
 };
 
 // Whether no argument of row k is NULL, without a branch.

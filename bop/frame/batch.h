@@ -46,16 +46,20 @@ struct batch {
 #endif
 #define INLINED __attribute__((always_inline))
 
-// For the few loops whose best form differs with the instruction set: a function for 512-bit vectors, and whether it may be called.
-// Only these convert between 64-bit integers and doubles.
+// For the few loops whose best form differs with the instruction set: how their function is compiled, and whether it may be called.
+// Only 512-bit vectors convert between 64-bit integers and doubles.
 #if defined(__x86_64__)
+#define WITH_FMA __attribute__((target("avx2,fma")))
 #define WITH_AVX512 __attribute__((target("avx512f,avx512dq,avx512vl,avx512bw")))
+inline bool has_fma() { return __builtin_cpu_supports("avx2") != 0 && __builtin_cpu_supports("fma") != 0; }
 inline bool has_avx512() {
     return __builtin_cpu_supports("avx512f") != 0 && __builtin_cpu_supports("avx512dq") != 0 && __builtin_cpu_supports("avx512vl") != 0 &&
            __builtin_cpu_supports("avx512bw") != 0;
 }
 #else
+#define WITH_FMA
 #define WITH_AVX512
+inline bool has_fma() { return false; }
 inline bool has_avx512() { return false; }
 #endif
 

@@ -1,14 +1,15 @@
 // The row loop of the functions that propagate NULL: one result value from the values of one row.
 //
-//     set_rows<evaluated, kernel, check>(batch, arguments...)     results go through the engine's setters
-//     store_rows<evaluated, kernel, check>(batch, arguments...)   results go straight into the value array
+//     set_rows<evaluated, kernel, checks>(batch, arguments...)     results go through the engine's setters
+//     store_rows<evaluated, kernel, checks>(batch, arguments...)   results go straight into the value array
 //
-// A kernel is a plain function from values to a value. A check, where there is one, is a plain function from the same values to a
-// status; the batch stops at the first row for which it is negative.
+// A kernel is a plain function from values to a value; `checks` says which rows fail, and is left out where none does.
 #ifndef BIFUN_FRAME_ROW_LOOP_H
 #define BIFUN_FRAME_ROW_LOOP_H
 
 #include <algorithm>
+#include <cmath>
+#include <limits>
 #include <type_traits>
 
 #include "bop/frame/arguments.h"
@@ -19,6 +20,21 @@ namespace bifun {
 // For which rows a kernel is evaluated. `all` is for a kernel that is cheap, has no side effects and is defined for any bits: it is
 // computed for NULL rows as well, whose results become zero, so that the loop has no branch and vectorises.
 enum class rows : std::uint8_t { all, present };
+
+// What the failing row holds when a batch stops. The rows after it are never written.
+enum class failing_row : std::uint8_t { unwritten, zero };
+
+// Which rows fail. `arguments` is a plain function from the kernel's arguments to a status, asked before the kernel is; `result` is one
+// from its result to a status, asked where the result is not finite. nullptr: not asked. The batch stops at the first row for which one
+// of them is negative.
+template <auto arguments_check, auto result_check, failing_row failing_row_holds> struct row_checks {
+    static constexpr auto arguments = arguments_check;
+    static constexpr auto result = result_check;
+    static constexpr failing_row on_failure = failing_row_holds;
+    static constexpr bool asks_arguments = !std::is_null_pointer_v<decltype(arguments_check)>;
+    static constexpr bool asks_result = !std::is_null_pointer_v<decltype(result_check)>;
+};
+using no_checks = row_checks<nullptr, nullptr, failing_row::unwritten>;
 
 // ---- the engine's setters by type ----
 
@@ -37,7 +53,20 @@ inline void set_value(const batch& batch, std::uint32_t row, double value) {
     (void)bdta3_set_double(batch.environment, batch.memory, batch.result, row, &record);
 }
 
+inline void set_value(const batch& batch, std::uint32_t row, const xdec& value) {
+    const bifun_decimal_constant record{1, value};
+    (void)bdta3_set_dec(batch.environment, batch.memory, batch.result, row, &record);
+}
+
 inline bool setters_are_plain_stores() { return &bdta3_setters_are_plain_stores != nullptr && bdta3_setters_are_plain_stores != 0; }
+
+template <bool through_setters, class Result> void write_value(const batch& batch, std::uint32_t row, const Result& value) {
+    if constexpr (through_setters) {
+        set_value(batch, row, value);
+    } else {
+        values<Result>(batch)[row] = value;
+    }
+}
 
 // A single column's promise is passed on as it stands; those of several arguments are joined to 0 or 1.
 template <class T> std::uint32_t joint_no_null_flag(const column_argument<T>& argument) { return argument.column->no_nulls; }
@@ -48,18 +77,16 @@ template <class... Arguments> std::uint32_t joint_no_null_flag(const Arguments&.
 // A block's flags and values stay in the first-level cache from one pass over it to the next.
 constexpr std::uint32_t rows_per_block = 1024;
 
-struct no_check {};
-
-// How many rows from `first` on pass the check; `failure` gets the status of the next one.
+// How many rows of a block pass the check of their arguments; `failure` gets the status of the next one.
 template <auto check, class... Rows>
-INLINED inline std::uint32_t rows_that_pass(std::uint32_t first, std::uint32_t count, bool no_nulls, status& failure, const Rows&... rows) {
+INLINED inline std::uint32_t rows_with_good_arguments(std::uint32_t count, bool no_nulls, status& failure, const Rows&... rows) {
     status failures = BIFUN_OK;
     if (no_nulls) {
-        for (std::uint32_t k = first; k < first + count; ++k) {
+        for (std::uint32_t k = 0; k < count; ++k) {
             failures |= check(rows[k]...);
         }
     } else {
-        for (std::uint32_t k = first; k < first + count; ++k) {
+        for (std::uint32_t k = 0; k < count; ++k) {
             const status failure_of_value = check(rows[k]...);
             failures |= all_have_values(k, rows...) ? failure_of_value : BIFUN_OK;
         }
@@ -68,53 +95,115 @@ INLINED inline std::uint32_t rows_that_pass(std::uint32_t first, std::uint32_t c
         return count;
     }
     std::uint32_t passed = 0;
-    while (!all_have_values(first + passed, rows...) || check(rows[first + passed]...) == BIFUN_OK) {
+    while (!all_have_values(passed, rows...) || check(rows[passed]...) == BIFUN_OK) {
         ++passed;
     }
-    failure = check(rows[first + passed]...);
+    failure = check(rows[passed]...);
     return passed;
 }
 
-// Writes the null flags of a block.
+// How many of a block's results pass the check; `failure` gets the status of the next one.
+template <auto check, class Result>
+INLINED inline std::uint32_t rows_with_good_results(const Result* results, const std::uint8_t* flags, std::uint32_t count,
+                                                    status& failure) {
+    std::uint32_t not_finite = 0;
+    for (std::uint32_t k = 0; k < count; ++k) {
+        not_finite |= static_cast<std::uint32_t>(!(std::fabs(results[k]) <= std::numeric_limits<Result>::max()));
+    }
+    if (not_finite == 0) {
+        return count;
+    }
+    for (std::uint32_t k = 0; k < count; ++k) {
+        if (flags[k] != 0 && !std::isfinite(results[k])) {
+            const status found = check(results[k]);
+            if (found < BIFUN_OK) {
+                failure = found;
+                return k;
+            }
+        }
+    }
+    return count;
+}
+
 template <class... Rows>
-INLINED inline void write_null_flags(std::uint8_t* __restrict flags, std::uint32_t first, std::uint32_t count, const Rows&... rows) {
-    for (std::uint32_t k = first; k < first + count; ++k) {
+INLINED inline void write_null_flags(std::uint8_t* __restrict flags, std::uint32_t count, bool no_nulls, const Rows&... rows) {
+    if (no_nulls) {
+        std::memset(flags, 1, count);
+        return;
+    }
+    for (std::uint32_t k = 0; k < count; ++k) {
         flags[k] = static_cast<std::uint8_t>(all_have_values(k, rows...));
     }
 }
 
+// The results of a block, whose flags are written. The value of a NULL row is zero or as it was.
 template <rows evaluated, auto kernel, class Result, class... Rows>
-INLINED inline void store_values(Result* __restrict values, const std::uint8_t* flags, bool no_nulls, std::uint32_t first,
-                                 std::uint32_t count, const Rows&... rows) {
+INLINED inline void compute_block(Result* __restrict results, const std::uint8_t* flags, std::uint32_t count, bool no_nulls,
+                                  const Rows&... rows) {
     if (no_nulls) {
-        for (std::uint32_t k = first; k < first + count; ++k) {
-            values[k] = kernel(rows[k]...);
+        for (std::uint32_t k = 0; k < count; ++k) {
+            results[k] = kernel(rows[k]...);
         }
     } else if constexpr (evaluated == rows::all) {
-        for (std::uint32_t k = first; k < first + count; ++k) {
+        for (std::uint32_t k = 0; k < count; ++k) {
             const Result value = kernel(rows[k]...);
-            values[k] = flags[k] != 0 ? value : Result{};
+            results[k] = flags[k] != 0 ? value : Result{};
         }
     } else {
-        for (std::uint32_t k = first; k < first + count; ++k) {
+        for (std::uint32_t k = 0; k < count; ++k) {
             if (flags[k] != 0) {
-                values[k] = kernel(rows[k]...);
+                results[k] = kernel(rows[k]...);
             }
         }
     }
 }
 
-template <auto kernel, class... Rows>
-INLINED inline void set_values(const batch& batch, const std::uint8_t* flags, std::uint32_t first, std::uint32_t count,
-                               const Rows&... rows) {
-    for (std::uint32_t k = first; k < first + count; ++k) {
-        if (flags[k] != 0) {
-            set_value(batch, k, kernel(rows[k]...));
+// Evaluates a block, whose `rows` begin at row `first` of the batch, and returns how many passed; `failure` gets the status of the next
+// one.
+template <rows evaluated, auto kernel, class Checks, bool through_setters, class Result, class... Rows>
+INLINED inline std::uint32_t evaluate_block(const batch& batch, std::uint32_t first, std::uint32_t count, bool no_nulls, status& failure,
+                                            const Rows&... rows) {
+    std::uint8_t* const flags = null_flags(batch) + first;
+    std::uint32_t passed = count;
+    if constexpr (Checks::asks_arguments) {
+        passed = rows_with_good_arguments<Checks::arguments>(count, no_nulls, failure, rows...);
+    }
+    if constexpr (Checks::asks_result) {
+        // Results wait here until they are known to be good: a row behind the failing one must not be written.
+        Result results[rows_per_block];
+        std::uint8_t result_flags[rows_per_block];
+        write_null_flags(result_flags, passed, no_nulls, rows...);
+        if (evaluated == rows::present && !no_nulls) {
+            std::fill_n(results, passed, Result{});
+        }
+        compute_block<evaluated, kernel>(results, result_flags, passed, no_nulls, rows...);
+        passed = rows_with_good_results<Checks::result>(results, result_flags, passed, failure);
+        std::memcpy(flags, result_flags, passed);
+        if constexpr (through_setters) {
+            for (std::uint32_t k = 0; k < passed; ++k) {
+                if (flags[k] != 0) {
+                    set_value(batch, first + k, results[k]);
+                }
+            }
+        } else {
+            std::memcpy(values<Result>(batch) + first, results, passed * sizeof(Result));
+        }
+    } else {
+        write_null_flags(flags, passed, no_nulls, rows...);
+        if constexpr (through_setters) {
+            for (std::uint32_t k = 0; k < passed; ++k) {
+                if (flags[k] != 0) {
+                    set_value(batch, first + k, kernel(rows[k]...));
+                }
+            }
+        } else {
+            compute_block<evaluated, kernel>(values<Result>(batch) + first, flags, passed, no_nulls, rows...);
         }
     }
+    return passed;
 }
 
-template <rows evaluated, auto kernel, auto check, bool through_setters, class... Arguments>
+template <rows evaluated, auto kernel, class Checks, bool through_setters, class... Arguments>
 INLINED inline status evaluate_rows(const batch& batch, const Arguments&... arguments) {
     if ((is_null_constant(arguments) || ...)) {
         return null_rows(batch);
@@ -124,27 +213,18 @@ INLINED inline status evaluate_rows(const batch& batch, const Arguments&... argu
     return with_rows(
         [&](const auto&... rows) INLINED -> status {
             using result_type = std::decay_t<decltype(kernel(rows[0]...))>;
-            std::uint8_t* const flags = null_flags(batch);
             std::uint32_t count = 0;
             for (std::uint32_t first = 0; first < batch.row_count; first += count) {
                 count = std::min(rows_per_block, batch.row_count - first);
-                std::uint32_t passed = count;
                 status failure = BIFUN_OK;
-                if constexpr (!std::is_same_v<std::remove_cv_t<decltype(check)>, no_check>) {
-                    passed = rows_that_pass<check>(first, count, no_nulls, failure, rows...);
-                }
-                if (no_nulls) {
-                    std::memset(flags + first, 1, passed);
-                } else {
-                    write_null_flags(flags, first, passed, rows...);
-                }
-                if constexpr (through_setters) {
-                    set_values<kernel>(batch, flags, first, passed, rows...);
-                } else {
-                    store_values<evaluated, kernel>(values<result_type>(batch), flags, no_nulls, first, passed, rows...);
-                }
+                const std::uint32_t passed = evaluate_block<evaluated, kernel, Checks, through_setters, result_type>(
+                    batch, first, count, no_nulls, failure, rows.from(first)...);
                 if (failure != BIFUN_OK) {
                     batch.result->no_nulls = 0;
+                    if constexpr (Checks::on_failure == failing_row::zero) {
+                        null_flags(batch)[first + passed] = 1;
+                        write_value<through_setters>(batch, first + passed, result_type{});
+                    }
                     return failure;
                 }
             }
@@ -153,18 +233,18 @@ INLINED inline status evaluate_rows(const batch& batch, const Arguments&... argu
         arguments...);
 }
 
-template <rows evaluated, auto kernel, auto check = no_check{}, class... Arguments>
+template <rows evaluated, auto kernel, class Checks = no_checks, class... Arguments>
 INLINED inline status store_rows(const batch& batch, const Arguments&... arguments) {
-    return evaluate_rows<evaluated, kernel, check, false>(batch, arguments...);
+    return evaluate_rows<evaluated, kernel, Checks, false>(batch, arguments...);
 }
 
-template <rows evaluated, auto kernel, auto check = no_check{}, class... Arguments>
+template <rows evaluated, auto kernel, class Checks = no_checks, class... Arguments>
 INLINED inline status set_rows(const batch& batch, const Arguments&... arguments) {
     if (setters_are_plain_stores()) {
-        return evaluate_rows<evaluated, kernel, check, false>(batch, arguments...);
+        return evaluate_rows<evaluated, kernel, Checks, false>(batch, arguments...);
     }
     return out_of_line([](const bifun::batch& batch, const Arguments&... arguments)
-                           INLINED { return evaluate_rows<evaluated, kernel, check, true>(batch, arguments...); },
+                           INLINED { return evaluate_rows<evaluated, kernel, Checks, true>(batch, arguments...); },
                        batch, arguments...);
 }
 

@@ -67,7 +67,9 @@ template <class X, class Y> status remainders(const batch& batch, const X& x, co
 
 using namespace bifun;
 
-VECTORISED status babs_a_math_int(BATCH_OF(column x)) { return set_rows<rows::all, magnitude, check_magnitude>(BATCH, bigint(x)); }
+VECTORISED status babs_a_math_int(BATCH_OF(column x)) {
+    return set_rows<rows::all, magnitude, row_checks<check_magnitude, nullptr, failing_row::unwritten>>(BATCH, bigint(x));
+}
 
 VECTORISED status bceil_a_math_int(BATCH_OF(column x)) { return set_rows<rows::all, whole_integer>(BATCH, integer(x)); }
 VECTORISED status bfloor_a_math_int(BATCH_OF(column x)) { return set_rows<rows::all, whole_integer>(BATCH, integer(x)); }
