@@ -31,7 +31,40 @@ int32_t xdec_from_double(xdec* result, double value);
 /* The nearest double; halves to even. */
 double xdec_to_double(const xdec* value);
 
-/* Reads [blanks][sign]digits[.digits][E[sign]digits][blanks]. The scale is that of the text: 1.00 keeps two digits. More than 38
+/* Arithmetic. Results that need more than 38 digits are rounded half away from zero; the others are exact. The scale of a sum or
+ * difference is the larger one, that of a product the sum of both, as far as the digits allow. A result may be the place of an operand.
+ * Return 0; -6102 where the result is beyond the largest DECIMAL, and then it is untouched. */
+int32_t xdec_add(const xdec* a, const xdec* b, xdec* result);
+int32_t xdec_sub(const xdec* a, const xdec* b, xdec* result);
+int32_t xdec_mul(const xdec* a, const xdec* b, xdec* result);
+
+/* The magnitude, and the value with the other sign. `result` may be the place of `value`. Return 0. */
+int32_t xdec_abs(const xdec* value, xdec* result);
+int32_t xdec_neg(const xdec* value, xdec* result);
+
+/* Rounds half away from zero to `digits` digits after the point, or to a power of ten left of it when `digits` is negative. The result's
+ * scale is `digits`, 0 for negative ones; a value with no more digits is copied as it is. The flag is 0. `result` may be the place of
+ * `value`. Returns 0; -6102 where the result is beyond the largest DECIMAL. Any `digits` is allowed. */
+int32_t xdec_round(const xdec* value, int32_t flag, int32_t digits, xdec* result);
+
+/* The same toward zero. */
+int32_t xdec_trunc_scale_with_pos(const xdec* value, int32_t digits, xdec* result);
+
+/* Truncates toward zero to scale 0, in place. Returns 0. */
+int32_t xdec_trunc_scale(xdec* value);
+
+/* Whether the value is an integer from 0 to 2^64 - 1, whatever its scale; its conversion, which returns 0, or -6102 where it is not; and
+ * back, with scale 0. */
+int32_t xdec_in_ulint64(const xdec* value);
+int32_t xdec_get_ulint64(const xdec* value, uint64_t* result);
+int32_t xdec_from_ulint64(xdec* result, uint64_t value);
+
+/* Divides an integer that is not negative by 16. `quotient` may be the place of `value`. Returns 0; -6803 for a value that is negative or
+ * no integer. */
+int32_t xdec_div_get_quotient_int_by_16(const xdec* value, xdec* quotient, int32_t* remainder);
+
+/* Reads [blanks][sign]digits[.digits][E[sign]digits][blanks], with E in either case; digits may be missing before or behind the point,
+ * not both. The scale is that of the text: 1.00 keeps two digits. More than 38
  * significant digits are rounded half away from zero. Returns 0; 109 where the text is no number; -6102 where it is beyond the
  * largest DECIMAL. On failure the result is untouched. */
 int32_t xdec_from_char(const uint8_t* text, uint32_t length, xdec* result);

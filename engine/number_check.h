@@ -1,4 +1,4 @@
-/* Checks and conversions of numbers. */
+/* Checks of DOUBLE results and of digits. */
 #ifndef BIFUN_ENGINE_NUMBER_CHECK_H
 #define BIFUN_ENGINE_NUMBER_CHECK_H
 
@@ -8,10 +8,11 @@
 extern "C" {
 #endif
 
-/* -6102 for a value outside the finite range of DOUBLE, 0 otherwise. */
+/* -6102 for an infinity, else 0: NaN is no overflow. */
 int32_t ntype_is_double_overflow(double value);
 
-/* The number that a text of decimal digits with at most one point stands for. Negative where the text cannot be converted. */
+/* Reads digits with at most one point, which may come first or last, as the nearest double. Returns 0; -6803 where there is no digit
+ * or anything else, or where the number is beyond the largest double, and then the result is untouched. */
 int32_t utl_digit_from_char(const uint8_t* text, uint32_t length, double* result);
 
 #ifdef __cplusplus

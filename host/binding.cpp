@@ -92,7 +92,7 @@ std::size_t as_type(binder& state, const operand& given, value_type type) {
 
 std::size_t as_condition(binder& state, const operand& given) {
     if (given.type != sql_type::boolean && given.type != sql_type::null) {
-        fail_at(state.sql, given.offset, fmt::format("a condition is needed here, and this is a {}", sql_type_name(given.type)));
+        fail_at(state.sql, given.offset, fmt::format("a condition is needed here, and this is of type {}", sql_type_name(given.type)));
     }
     return as_type(state, given, value_type::BOOL);
 }
@@ -223,7 +223,7 @@ value_type comparison_type(const binder& state, const std::vector<operand>& oper
         }
         const std::optional<sql_type> type = datetime_type_of(*given.literal);
         if (!type || (*type == sql_type::time) != (*common == sql_type::time)) {
-            fail_at(state.sql, given.offset, fmt::format("this cannot be read as a {}", sql_type_name(*common)));
+            fail_at(state.sql, given.offset, fmt::format("this cannot be read as {}", sql_type_name(*common)));
         }
     }
     return common ? value_type_of(*common) : value_type::INT;

@@ -77,7 +77,7 @@ sql_type literal_type_of(const expression& literal, const std::string& sql) {
     const auto typed = [&](sql_type type) {
         zqtime value;
         if (!read_datetime(literal.text, type, value)) {
-            fail_at(sql, literal.offset, "the text is not a " + std::string(sql_type_name(type)));
+            fail_at(sql, literal.offset, "the text cannot be read as " + std::string(sql_type_name(type)));
         }
         return type;
     };
@@ -143,7 +143,7 @@ constant make_constant(const expression& literal, bifun::value_type type, const 
         break;
     }
     if (!read) {
-        fail_at(sql, literal.offset, "this cannot be read as a " + std::string(bifun::type_name(type)));
+        fail_at(sql, literal.offset, "this cannot be read as " + std::string(bifun::type_name(type)));
     }
     return made;
 }

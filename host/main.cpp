@@ -61,10 +61,13 @@ const std::string& file_of_table(const std::vector<std::string>& files, const ta
     const std::string hint = did_you_mean(from.name, names);
     fail_at(
         sql, from.offset,
-        fmt::format("there is no table {}{}", from.name, hint.empty() ? fmt::format("; the files are {}", fmt::join(names, ", ")) : hint));
+        fmt::format("there is no table {}{}", from.name, hint.empty() ? fmt::format("; the tables are {}", fmt::join(names, ", ")) : hint));
 }
 
 void run_query(const program_options& options) {
+    if (options.words.empty()) {
+        fail("there is no query; give one as in: bifun \"SELECT NVL(NULL, 7)\", or see bifun --help");
+    }
     const std::string& sql = options.words.back();
     const std::vector<std::string> files(options.words.begin(), options.words.end() - 1);
     const session_settings settings = read_settings(options.settings);
@@ -156,7 +159,7 @@ int run(int argument_count, char** arguments) {
     app.set_version_flag("--version", std::string("bifun ") + BIFUN_VERSION);
     app.footer(footer);
     program_options options;
-    app.add_option("WORDS", options.words, "CSV files, then the query")->required()->type_name("[FILE.csv ...] SQL");
+    app.add_option("FILES_AND_QUERY", options.words, "CSV files, and last the query")->type_name("TEXT");
     app.add_option("--format", options.format, "table, csv or json; table on a terminal, csv otherwise")
         ->check(CLI::IsMember({"table", "csv", "json"}))
         ->type_name("NAME");
@@ -169,10 +172,10 @@ int run(int argument_count, char** arguments) {
                    "compatible_mode=1|2|3 (2: functions such as NVL take empty strings for NULL), charset=utf-8|gb18030|euc-kr, "
                    "case_sensitive=0|1")
         ->type_name("NAME=VALUE")
-        ->expected(1)
-        ->take_all();
+        ->allow_extra_args(false);
     app.add_option("--batch-rows", options.batch_rows, "rows evaluated at a time, 1 to 65536")
         ->check(CLI::Range(1U, 65536U))
+        ->type_name("N")
         ->capture_default_str();
     app.add_option("--library", options.library, "another library with the functions")->type_name("PATH");
     try {

@@ -518,23 +518,19 @@ std::string literal_text(const expression& tree) {
     return {};
 }
 
-std::string joined(std::span<const expression> operands, std::string_view separator) {
+// Expressions one behind the other, in parentheses where `nested` says so.
+template <class Nested> std::string joined(std::span<const expression> operands, std::string_view separator, Nested nested) {
     std::string text;
     for (const expression& operand : operands) {
-        text += (text.empty() ? "" : std::string(separator)) + expression_text(operand);
+        const std::string part = expression_text(operand);
+        text += fmt::format("{}{}", text.empty() ? "" : separator, nested(operand.kind) ? "(" + part + ")" : part);
     }
     return text;
 }
 
-// An operand of AND, OR or NOT, in parentheses where it is itself made with AND or OR.
-std::string joined_conditions(std::span<const expression> operands, std::string_view separator) {
-    std::string text;
-    for (const expression& operand : operands) {
-        const bool nested = operand.kind == expression_kind::conjunction || operand.kind == expression_kind::disjunction;
-        text += (text.empty() ? "" : std::string(separator)) + (nested ? "(" : "") + expression_text(operand) + (nested ? ")" : "");
-    }
-    return text;
-}
+bool needs_nothing(expression_kind) { return false; }
+bool is_logic(expression_kind kind) { return kind == expression_kind::conjunction || kind == expression_kind::disjunction; }
+bool is_operator(expression_kind kind) { return kind >= expression_kind::comparison; }
 
 std::string upper(std::string text) {
     std::ranges::transform(text, text.begin(), [](char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; });
@@ -547,29 +543,30 @@ std::string expression_text(const expression& tree) {
     constexpr std::string_view truth_names[] = {"TRUE", "FALSE", "UNKNOWN"};
     const std::string_view negation = tree.negated ? "NOT " : "";
     const std::span<const expression> operands = tree.operands;
+    const std::string first = tree.kind >= expression_kind::between ? joined(operands.first(1), "", is_operator) : "";
     switch (tree.kind) {
     case expression_kind::literal:
         return literal_text(tree);
     case expression_kind::column:
         return tree.name;
     case expression_kind::call:
-        return fmt::format("{}({})", upper(tree.name), joined(operands, ", "));
+        return fmt::format("{}({})", upper(tree.name), joined(operands, ", ", needs_nothing));
     case expression_kind::comparison:
-        return joined(operands, fmt::format(" {} ", comparison_symbol(tree.comparison)));
+        return joined(operands, fmt::format(" {} ", comparison_symbol(tree.comparison)), is_operator);
     case expression_kind::conjunction:
-        return joined_conditions(operands, " AND ");
+        return joined(operands, " AND ", is_logic);
     case expression_kind::disjunction:
-        return joined_conditions(operands, " OR ");
+        return joined(operands, " OR ", is_logic);
     case expression_kind::negation:
-        return "NOT " + joined_conditions(operands, "");
+        return "NOT " + joined(operands, "", is_logic);
     case expression_kind::between:
-        return fmt::format("{} {}BETWEEN {}", expression_text(operands[0]), negation, joined(operands.subspan(1), " AND "));
+        return fmt::format("{} {}BETWEEN {}", first, negation, joined(operands.subspan(1), " AND ", is_operator));
     case expression_kind::in_list:
-        return fmt::format("{} {}IN ({})", expression_text(operands[0]), negation, joined(operands.subspan(1), ", "));
+        return fmt::format("{} {}IN ({})", first, negation, joined(operands.subspan(1), ", ", needs_nothing));
     case expression_kind::null_test:
-        return fmt::format("{} IS {}NULL", expression_text(operands[0]), negation);
+        return fmt::format("{} IS {}NULL", first, negation);
     case expression_kind::truth_test:
-        return fmt::format("{} IS {}{}", expression_text(operands[0]), negation, truth_names[static_cast<std::size_t>(tree.tested)]);
+        return fmt::format("{} IS {}{}", first, negation, truth_names[static_cast<std::size_t>(tree.tested)]);
     }
     return {};
 }

@@ -33,7 +33,7 @@ std::string shown_field(const charset& set, std::string_view text) {
     case field_fault::out_of_memory:
         fail("{}: out of memory", place);
     default:
-        fail("{}: \"{}\" is not a {}; give the column another type with --types, such as {}:VARCHAR", place,
+        fail("{}: \"{}\" is not of type {}; give the column another type with --types, such as {}:VARCHAR", place,
              shown_field(*source.text_charset, text), type, column.name);
     }
 }

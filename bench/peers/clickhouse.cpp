@@ -2,14 +2,11 @@
 
 #include <dlfcn.h>
 
-#include <chrono>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <stdexcept>
 #include <unistd.h>
-
-#include "engine/decimal_layout.h"
 
 namespace bifun::peers {
 namespace {
@@ -108,7 +105,7 @@ void put_value(std::string& bytes, const loaded_column& column, std::uint32_t ro
     } else if (from.type == value_type::DATETIME) {
         put(bytes, unix_microseconds(zqengine::values_of<zqtime>(from)[row]));
     } else if (from.type == value_type::DECIMAL) {
-        const decimal_layout::int128 value = decimal_layout::signed_coefficient(zqengine::values_of<xdec>(from)[row]);
+        const decimal_layout::int128 value = signed_coefficient(zqengine::values_of<xdec>(from)[row]);
         put(bytes, value, column.definition->precision <= most_digits_of_64_bits ? sizeof(std::int64_t) : sizeof value);
     } else {
         const std::size_t width = value_width(from.type);
@@ -186,9 +183,9 @@ void load_clickhouse(clickhouse_session& session, const table& table) {
 
 measurement run_clickhouse(clickhouse_session& session, const std::string& query) {
     const chdb_functions& api = session.api;
-    const auto start = std::chrono::steady_clock::now();
+    const double start = processor_seconds();
     chdb_handle const result = api.query(*session.connection, query.c_str(), "TabSeparated");
-    const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - start;
+    const double elapsed = processor_seconds() - start;
     if (result == nullptr) {
         throw std::runtime_error("ClickHouse: no result: " + query);
     }
@@ -200,7 +197,8 @@ measurement run_clickhouse(clickhouse_session& session, const std::string& query
     if (!message.empty()) {
         throw std::runtime_error("ClickHouse: " + message + ": " + query);
     }
-    return {elapsed.count(), text.substr(0, text.find_first_of("\t\n"))};
+    const std::string first_row = text.substr(0, text.find('\n'));
+    return {elapsed, first_row.substr(first_row.rfind('\t') + 1)};
 }
 
 } // namespace bifun::peers

@@ -23,7 +23,7 @@ clickhouse_pointer open_clickhouse(const std::string& path);
 std::string clickhouse_version(clickhouse_session& session);
 void load_clickhouse(clickhouse_session& session, const table& table);
 
-// Runs a query and takes the first value of its first row.
+// Runs a query and takes the last value of its first row.
 measurement run_clickhouse(clickhouse_session& session, const std::string& query);
 
 } // namespace bifun::peers

@@ -2,12 +2,9 @@
 
 #include <dlfcn.h>
 
-#include <chrono>
 #include <cstring>
 #include <stdexcept>
 #include <vector>
-
-#include "engine/decimal_layout.h"
 
 namespace bifun::peers {
 namespace {
@@ -32,6 +29,7 @@ struct duckdb_functions {
     std::int32_t (*query)(duckdb_handle connection, const char* query, duckdb_result* result);
     void (*destroy_result)(duckdb_result* result);
     const char* (*result_error)(duckdb_result* result);
+    row_index (*column_count)(duckdb_result* result);
     char* (*value_varchar)(duckdb_result* result, row_index column, row_index row);
     void (*free)(void* pointer);
     row_index (*vector_size)();
@@ -81,6 +79,7 @@ duckdb_functions find_functions(void* library) {
     FIND(query);
     FIND(destroy_result);
     FIND(result_error);
+    FIND(column_count);
     FIND(value_varchar);
     FIND(free);
     FIND(vector_size);
@@ -165,7 +164,7 @@ void fill_vector(const duckdb_functions& api, duckdb_handle vector, const loaded
             const std::int64_t value = unix_microseconds(zqengine::values_of<zqtime>(from)[row]);
             std::memcpy(to + k * sizeof value, &value, sizeof value);
         } else if (from.type == value_type::DECIMAL) {
-            const decimal_layout::int128 value = decimal_layout::signed_coefficient(zqengine::values_of<xdec>(from)[row]);
+            const decimal_layout::int128 value = signed_coefficient(zqengine::values_of<xdec>(from)[row]);
             const std::size_t width = column.definition->precision <= most_digits_of_64_bits ? sizeof(std::int64_t) : sizeof value;
             std::memcpy(to + k * width, &value, width);
         } else {
@@ -229,17 +228,17 @@ void load_duckdb(duckdb_session& session, const table& table) {
 measurement run_duckdb(duckdb_session& session, const std::string& query) {
     const duckdb_functions& api = session.api;
     duckdb_result result{};
-    const auto start = std::chrono::steady_clock::now();
+    const double start = processor_seconds();
     const std::int32_t state = api.query(session.connection, query.c_str(), &result);
-    const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - start;
+    const double elapsed = processor_seconds() - start;
     if (state != 0) {
         const char* const message = api.result_error(&result);
         const std::string text = std::string("DuckDB: ") + (message != nullptr ? message : "query failed") + ": " + query;
         api.destroy_result(&result);
         throw std::runtime_error(text);
     }
-    char* const value = api.value_varchar(&result, 0, 0);
-    measurement measured{elapsed.count(), value != nullptr ? value : ""};
+    char* const value = api.value_varchar(&result, api.column_count(&result) - 1, 0);
+    measurement measured{elapsed, value != nullptr ? value : ""};
     api.free(value);
     api.destroy_result(&result);
     return measured;

@@ -22,7 +22,7 @@ duckdb_pointer open_duckdb(const std::string& path);
 std::string duckdb_version(duckdb_session& session);
 void load_duckdb(duckdb_session& session, const table& table);
 
-// Runs a query and takes the first value of its first row.
+// Runs a query and takes the last value of its first row.
 measurement run_duckdb(duckdb_session& session, const std::string& query);
 
 } // namespace bifun::peers

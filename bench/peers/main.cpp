@@ -2,8 +2,8 @@
 //
 // What is measured. Each engine holds the table in memory. For every case it runs two queries over all rows:
 //
-//     measured   SELECT aggregate(expression), touch(c1), touch(c2), .. FROM t
-//     baseline   SELECT aggregate(r),          touch(c1), touch(c2), .. FROM t
+//     measured   SELECT touch(c1), touch(c2), .., aggregate(expression) FROM t
+//     baseline   SELECT touch(c1), touch(c2), .., aggregate(r)          FROM t
 //
 // c1, c2, .. are the columns that the expression reads, and r, which is one of them or stands among them, is a column without NULLs of
 // the expression's type. Both queries read the same columns and aggregate as many values of the same types, so their difference is what
@@ -11,13 +11,14 @@
 // for VARCHAR; `touch` is max, min or the greatest length.
 //
 // For bifun an executor's loop stands in for the query: it walks the table in batches (2,048 rows, DuckDB's vector size, and others
-// beside it), calls the entry point, aggregates the result column as above, and reads every value of c1, c2, .. once. Condition columns
+// beside it), calls the entry point, reads every value of c1, c2, .. once, and aggregates the result column as above. Condition columns
 // are the host's own: `d > 0` is evaluated for each batch by a plain loop within bifun's time. The embedded engine's setters are plain
 // stores and its decimals are packed, as engine/columns.h and engine/decimal.h let an engine say.
 //
-// The engines take turns, and so do the two queries; the figure is the median over the repetitions of measured minus baseline, per row.
-// Five rounds before that are not counted: ClickHouse compiles an expression at run time when it has seen it three times, its default.
-// The aggregates of all engines are compared; a difference fails the run.
+// The engines take turns, each beginning with a baseline that is not counted and fills the caches, then the two queries in alternating
+// order; the figure is the median over the repetitions of measured minus baseline, in processor time per row. Five rounds before that are
+// not counted: ClickHouse compiles an expression at run time when it has seen it three times, its default. The aggregates of all engines
+// are compared; a difference fails the run.
 //
 // Options: --rows=N --repetitions=N --filter=REGEX --peers=DIRECTORY --raw --explain
 
@@ -189,16 +190,14 @@ std::vector<timing> measure(const bench_case& bench_case, const std::vector<cont
     std::vector<timing> timings(contestants.size());
     for (std::uint32_t round = 0; round < warm_up_rounds + repetitions; ++round) {
         for (std::size_t i = 0; i < contestants.size(); ++i) {
+            const auto run = [&](part part) { return contestants[i].run(bench_case, part); };
+            // The engine before has taken the caches, and which of the two queries comes first must not matter.
+            (void)run(part::baseline);
             const bool baseline_first = round % 2 == 0;
-            measurement measured{};
-            measurement baseline{};
-            if (baseline_first) {
-                baseline = contestants[i].run(bench_case, part::baseline);
-            }
-            measured = contestants[i].run(bench_case, part::measured);
-            if (!baseline_first) {
-                baseline = contestants[i].run(bench_case, part::baseline);
-            }
+            const measurement first = run(baseline_first ? part::baseline : part::measured);
+            const measurement second = run(baseline_first ? part::measured : part::baseline);
+            const measurement& measured = baseline_first ? second : first;
+            const measurement& baseline = baseline_first ? first : second;
             timings[i].value = measured.value;
             if (round >= warm_up_rounds) {
                 timings[i].measured.push_back(measured.seconds);
@@ -263,8 +262,7 @@ int run(const options& options) {
     for (const bench_case& bench_case : cases) {
         if (options.explain && duckdb != nullptr) {
             std::fprintf(stderr, "%s\n%s\n", measured_query(bench_case, dialect::duckdb).c_str(),
-                         run_duckdb(*duckdb, "SELECT explain_value FROM (EXPLAIN " + measured_query(bench_case, dialect::duckdb) + ")")
-                             .value.c_str());
+                         run_duckdb(*duckdb, "EXPLAIN " + measured_query(bench_case, dialect::duckdb)).value.c_str());
         }
         const std::vector<timing> timings = measure(bench_case, contestants, options.repetitions);
         print_row(bench_case, timings, options.rows);

@@ -10,7 +10,7 @@ namespace bifun::peers {
 
 enum class dialect : std::uint8_t { duckdb, clickhouse };
 
-// Aggregates the expression of the case, and besides it every column that the case reads.
+// Aggregates every column that the case reads, and last the expression of the case.
 std::string measured_query(const bench_case& bench_case, dialect dialect);
 
 // The same with the column `like_result` in place of the expression.

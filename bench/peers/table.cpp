@@ -13,22 +13,25 @@
 namespace bifun::peers {
 namespace {
 
-// 19 random digits at a time; the first digits of a long coefficient may be zeros.
+// A sign, `high` random digits and a point among them. The first digits may be zeros.
 xdec random_decimal(const table_column& definition, std::uint64_t seed, std::uint32_t row) {
-    constexpr std::uint64_t nineteen_digits = 10'000'000'000'000'000'000U;
-    std::string digits;
-    for (std::uint64_t part = 0; digits.size() < static_cast<std::size_t>(definition.high); ++part) {
-        const std::string more = std::to_string(bench::random_at(seed + part, row) % nineteen_digits);
-        digits += std::string(19 - more.size(), '0') + more;
-    }
-    digits.resize(static_cast<std::size_t>(definition.high));
-    digits.insert(digits.size() - definition.scale, ".");
-    if ((bench::random_at(~seed, row) & 1) != 0) {
-        digits.insert(0, "-");
+    constexpr std::uint32_t digits_per_random = 16;
+    const auto digits = static_cast<std::uint32_t>(definition.high);
+    std::string text = (bench::random_at(~seed, row) & 1) != 0 ? "-" : "+";
+    std::uint64_t random = 0;
+    for (std::uint32_t i = 0; i < digits; ++i) {
+        if (i % digits_per_random == 0) {
+            random = bench::random_at(seed + i, row);
+        }
+        if (i == digits - definition.scale) {
+            text += '.';
+        }
+        text += static_cast<char>('0' + random % 10);
+        random /= 10;
     }
     xdec value{};
-    if (xdec_from_char(reinterpret_cast<const std::uint8_t*>(digits.data()), static_cast<std::uint32_t>(digits.size()), &value) != 0) {
-        throw std::runtime_error("not a decimal: " + digits);
+    if (xdec_from_char(reinterpret_cast<const std::uint8_t*>(text.data()), static_cast<std::uint32_t>(text.size()), &value) != 0) {
+        throw std::runtime_error("not a decimal: " + text);
     }
     return value;
 }
@@ -81,6 +84,11 @@ const loaded_column& column_of(const table& table, std::string_view name) {
         throw std::runtime_error("column is not in the table: " + std::string(name));
     }
     return *found;
+}
+
+decimal_layout::int128 signed_coefficient(const xdec& value) {
+    const auto magnitude = static_cast<decimal_layout::int128>(decimal_layout::coefficient(value));
+    return value.bytes[0] == XDEC_NEGATIVE ? -magnitude : magnitude;
 }
 
 std::int64_t unix_microseconds(const zqtime& value) {

@@ -8,6 +8,7 @@
 
 #include "bench/peers/cases.h"
 #include "embedded/columns/column_storage.h"
+#include "engine/decimal_layout.h"
 
 namespace bifun::peers {
 
@@ -26,6 +27,9 @@ struct table {
 table make_table(const std::vector<std::string_view>& names, std::uint32_t row_count);
 
 const loaded_column& column_of(const table& table, std::string_view name);
+
+// A decimal without its point. For values without an exponent.
+decimal_layout::int128 signed_coefficient(const xdec& value);
 
 // Microseconds since 1970-01-01 00:00:00. For years from 1583 on.
 std::int64_t unix_microseconds(const zqtime& value);

@@ -32,7 +32,8 @@ inline constexpr std::array<uint128, max_coefficient_digits + 1> powers_of_ten =
 
 // Digits of `value` without leading zeros, at most 39; 0 has none.
 inline std::uint32_t digit_count(uint128 value) {
-    const auto high = static_cast<std::uint64_t>(value >> 64);
+    // The analyzer overlooks the widening where `value` comes from 64 bits.
+    const auto high = static_cast<std::uint64_t>(value >> 64); // NOLINT(clang-analyzer-core.UndefinedBinaryOperatorResult)
     const auto low = static_cast<std::uint64_t>(value);
     const auto bits = static_cast<std::uint32_t>(high != 0 ? 64 + std::bit_width(high) : std::bit_width(low));
     const std::uint32_t digits = bits * 1233 >> 12; // the floor of bits x log10(2), for up to 128 bits

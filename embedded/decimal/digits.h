@@ -52,28 +52,28 @@ inline void write_19_digits(char* end, std::uint64_t number) {
     write_8_digits(end - 8, static_cast<std::uint32_t>(low % ten_to_8));
 }
 
-// Quotient and remainder by 10^19 of a number below 10^38. Multiplies by the reciprocal, after Moeller and Granlund, "Improved division
-// by invariant integers", algorithm 4: 10^19 has its top bit set, as that requires.
+constexpr std::uint64_t ten_to_19 = 10'000'000'000'000'000'000U;
+
 struct halves {
     std::uint64_t high;
     std::uint64_t low;
 };
 
+// Quotient and remainder by d = 10^19 of a number below 10^38. Multiplies by the reciprocal, after Moeller and Granlund, "Improved
+// division by invariant integers", algorithm 4; d has its top bit set, as that requires. The last step there, for a remainder still too
+// large, is left out: the remainder before the correction below is
+//     (high x k + low x (2^64 - d) + (estimate mod 2^64) x d) / 2^64 - d,    k = 2^128 - (2^64 + reciprocal) x d,
+// which for numbers below 10^38 is less than 0.95 d.
 inline halves split_at_19_digits(uint128 number) {
-    constexpr std::uint64_t divisor = 10'000'000'000'000'000'000U;
-    constexpr auto reciprocal = static_cast<std::uint64_t>(~uint128{0} / divisor); // less 2^64
+    constexpr auto reciprocal = static_cast<std::uint64_t>(~uint128{0} / ten_to_19); // less 2^64
     const auto high = static_cast<std::uint64_t>(number >> 64);
     const auto low = static_cast<std::uint64_t>(number);
     const uint128 estimate = uint128{reciprocal} * high + number;
     std::uint64_t quotient = static_cast<std::uint64_t>(estimate >> 64) + 1;
-    std::uint64_t remainder = low - quotient * divisor;
+    std::uint64_t remainder = low - quotient * ten_to_19;
     if (remainder > static_cast<std::uint64_t>(estimate)) {
         --quotient;
-        remainder += divisor;
-    }
-    if (remainder >= divisor) {
-        ++quotient;
-        remainder -= divisor;
+        remainder += ten_to_19;
     }
     return {.high = quotient, .low = remainder};
 }
@@ -83,7 +83,6 @@ constexpr std::size_t digit_room = 48;
 
 // Writes the digits of a coefficient so that the last stands before `end`, over zeros or garbage in the rest of the room.
 inline void write_coefficient(char* end, uint128 coefficient) {
-    constexpr std::uint64_t ten_to_19 = 10'000'000'000'000'000'000U;
     if (coefficient < ten_to_19) {
         write_19_digits(end, static_cast<std::uint64_t>(coefficient));
         return;

@@ -3,8 +3,11 @@
 #define BIFUN_EMBEDDED_SESSION_ENVIRONMENT_H
 
 #include "bop/frame/contract.h"
+#include "embedded/format/number_format.h"
 
-// One per session; a session runs one call at a time. The functions so far need nothing of a session.
-struct bifun_environment {};
+// One per session; a session runs one call at a time.
+struct bifun_environment {
+    zqengine::number_format_memory number_format;
+};
 
 #endif

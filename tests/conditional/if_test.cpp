@@ -35,7 +35,7 @@ TEST(If, ChoosesByTheValueOfTheCondition) {
          {"0 1", "1.0 2.0", "-99999999999999999999999999999999999999"},
          "[1] -99999999999999999999999999999999999999 2.0"},
         {"bifoperator_dec_avv", {"0 1 NULL=1", "0.10", "NULL"}, "[0] NULL 0.10 0.10"},
-        {"bifoperator_varchar_aaa", {"@0,1,1 1 0", "a b_ c", "c d"}, "[1] c b_ b_"},
+        {"bifoperator_varchar_aaa", {"@0,1,1 1 0", "@1,0,0 a b_", "c d_ e"}, "[1] b_ d_ e"},
         {"bifoperator_varchar_aav", {"0 1 0", "a b c", "i*48"}, "[1] i*48 b i*48"},
         {"bifoperator_varchar_aav", {"0 1", "a b_", "p*49__"}, "[1] p*49__ b_"},
         {"bifoperator_varchar_avv", {"0 1 2", "p*49", "''"}, "[1] '' p*49 ''"},

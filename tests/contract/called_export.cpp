@@ -109,7 +109,7 @@ outcome call(const bifun::entry_point& entry, const std::vector<call_argument>& 
     rt_memobj_destroy(&environment, memory);
 
     for (std::size_t i = 0; i < arguments.size(); ++i) {
-        EXPECT_EQ(images[i] == image_of(arguments[i]), true) << "argument " << i << " has changed";
+        EXPECT_TRUE(images[i] == image_of(arguments[i])) << "argument " << i << " has changed";
     }
     check_invariants(outcome);
     return outcome;
@@ -126,7 +126,7 @@ testing::AssertionResult same_rows(const outcome& a, std::uint32_t first_a, cons
         if (same && a.flag(row_a) == 1 && bifun::is_string(a.result->type)) {
             const bifun_string& x = zqengine::values_of<bifun_string>(*a.result)[row_a];
             const bifun_string& y = zqengine::values_of<bifun_string>(*b.result)[row_b];
-            same = x.length == y.length && x.trailing_blanks == y.trailing_blanks && std::memcmp(x.data, y.data, x.length) == 0;
+            same = x.length == y.length && x.trailing_blanks == y.trailing_blanks && std::equal(x.data, x.data + x.length, y.data);
         } else if (same && a.flag(row_a) == 1) {
             same = std::memcmp(values_a + row_a * width, values_b + row_b * width, width) == 0;
         }

@@ -1,5 +1,6 @@
 // What is true of every entry point, whatever it computes. Each property is written once, over the catalogue.
 
+#include <algorithm>
 #include <array>
 #include <cstring>
 #include <map>
@@ -28,28 +29,35 @@ constexpr double some_nulls = 0.2;
 
 std::int64_t& bigint_at(const column_storage& column, std::uint32_t row) { return static_cast<std::int64_t*>(column.data.values)[row]; }
 
-// A generated column in which no row makes the built-in fail, made once for all tests that ask for it.
-const column_storage& column_for(const entry_point& entry, value_type type, std::uint32_t row_count, double null_rate, std::uint64_t seed) {
+// A generated column in which no row makes the built-in fail.
+zqengine::column_pointer sound_column(const entry_point& entry, value_type type, std::uint32_t row_count, double null_rate,
+                                      std::uint64_t seed) {
+    zqengine::column_pointer column = generate_column(type, row_count, null_rate, seed);
     const failing_value* const failing = failing_value_of(entry.builtin);
-    static std::map<std::tuple<bool, value_type, std::uint32_t, double, std::uint64_t>, zqengine::column_pointer> columns;
-    auto& column = columns[{failing != nullptr, type, row_count, null_rate, seed}];
-    if (column == nullptr) {
-        column = generate_column(type, row_count, null_rate, seed);
-        for (std::uint32_t row = 0; failing != nullptr && row < row_count; ++row) {
-            if (column->data.null_flags[row] != 0 && bigint_at(*column, row) == failing->value) {
-                ++bigint_at(*column, row);
-            }
+    for (std::uint32_t row = 0; failing != nullptr && row < row_count; ++row) {
+        if (column->data.null_flags[row] != 0 && bigint_at(*column, row) == failing->value) {
+            ++bigint_at(*column, row);
         }
+    }
+    return column;
+}
+
+// The same, made once for all tests that ask for it.
+const column_storage& column_for(const entry_point& entry, value_type type, std::uint32_t row_count, double null_rate, std::uint64_t seed) {
+    static std::map<std::tuple<const failing_value*, value_type, std::uint32_t, double, std::uint64_t>, zqengine::column_pointer> columns;
+    auto& column = columns[{failing_value_of(entry.builtin), type, row_count, null_rate, seed}];
+    if (column == nullptr) {
+        column = sound_column(entry, type, row_count, null_rate, seed);
     }
     return *column;
 }
 
-const generated_constant& ordinary_constant(value_type type, std::size_t number) {
+const generated_constant& constant_for(value_type type, std::size_t position) {
     static std::map<std::pair<value_type, std::size_t>, generated_constant> constants;
-    const auto key = std::pair(type, number);
-    auto found = constants.find(key);
-    if (found == constants.end()) {
-        found = constants.emplace(key, generate_constant(type, boundary_count(type) + number)).first;
+    const auto [found, is_new] = constants.try_emplace({type, position});
+    if (is_new) {
+        const auto row = static_cast<std::uint32_t>(boundary_count(type) + position);
+        found->second = constant_of_row(*generate_column(type, row + 1, 0, 0), row);
     }
     return found->second;
 }
@@ -62,7 +70,7 @@ std::vector<call_argument> arguments_of(const entry_point& entry, std::uint32_t 
         if (argument.kind == argument_kind::column) {
             arguments.push_back({.column = &column_for(entry, argument.type, row_count, null_rate, position)});
         } else {
-            arguments.push_back({.constant = &ordinary_constant(argument.type, position)});
+            arguments.push_back({.constant = &constant_for(argument.type, position)});
         }
     }
     return arguments;
@@ -139,43 +147,57 @@ bool has_columns_for_constants(const entry_point& entry, const entry_point& othe
     return matches && differs;
 }
 
+// Every boundary value of a type, and a NULL.
+zqengine::column_pointer boundaries_and_null(value_type type) {
+    const auto count = static_cast<std::uint32_t>(boundary_count(type));
+    zqengine::column_pointer column = generate_column(type, count + 1, 0, 0);
+    column->data.null_flags[count] = 0;
+    std::memset(zqengine::values_of<std::uint8_t>(*column) + count * bifun::value_width(type), 0xFF, bifun::value_width(type));
+    return column;
+}
+
 TEST(Contract, AConstantIsTheColumnThatRepeatsIt) {
     constexpr std::uint32_t row_count = 1030;
-    std::size_t pairs = 0;
     for (const entry_point& entry : entry_points) {
+        bool has_other = std::ranges::count(entry.arguments(), argument_kind::constant, &bifun::argument::kind) == 0;
         for (const entry_point& other : entry_points) {
             if (!has_columns_for_constants(entry, other)) {
                 continue;
             }
-            ++pairs;
-            const std::size_t constant_count = boundary_count(entry.arguments().back().type) + 1;
-            for (std::size_t number = 0; number < (constant_count + 1) * (constant_count + 1); number += 3) {
+            has_other = true;
+            const zqengine::column_pointer pool = boundaries_and_null(entry.arguments().back().type);
+            for (std::uint32_t number = 0; number < pool->capacity * pool->capacity; ++number) {
                 std::vector<generated_constant> constants(entry.argument_count);
                 std::vector<zqengine::column_pointer> repeated(entry.argument_count);
                 std::vector<call_argument> with_constants = arguments_of(entry, row_count, number % 2 == 0 ? some_nulls : 0);
                 std::vector<call_argument> with_columns = with_constants;
-                for (std::size_t i = 0, index = number; i < entry.argument_count; ++i) {
-                    if (entry.argument_list[i].kind == argument_kind::constant) {
-                        const value_type type = entry.argument_list[i].type;
-                        const std::size_t chosen = index % (constant_count + 1);
-                        index /= constant_count + 1;
-                        constants[i] = chosen == constant_count ? null_constant(type) : generate_constant(type, chosen);
-                        with_constants[i].constant = &constants[i];
-                        with_columns[i].constant = &constants[i];
+                std::uint32_t rest = number; // names a pool row for each constant
+                for (std::size_t i = 0; i < entry.argument_count; ++i) {
+                    if (entry.argument_list[i].kind == argument_kind::column) {
+                        continue;
                     }
-                    if (entry.argument_list[i].kind != other.argument_list[i].kind) {
-                        repeated[i] = repeat_constant(entry.argument_list[i].type, constants[i], row_count);
+                    const std::uint32_t row = rest % pool->capacity;
+                    rest /= pool->capacity;
+                    constants[i] = constant_of_row(*pool, row);
+                    with_constants[i].constant = with_columns[i].constant = &constants[i];
+                    if (other.argument_list[i].kind == argument_kind::column) {
+                        repeated[i] = gather(*pool, std::vector(row_count, static_cast<std::uint16_t>(row)));
+                        repeated[i]->column.no_nulls = pool->data.null_flags[row];
                         with_columns[i] = {.column = repeated[i].get()};
                     }
                 }
+                if (rest > 0) {
+                    break; // fewer than two constants: all rows of the pool have been taken
+                }
                 const outcome a = call(entry, with_constants, row_count);
                 const outcome b = call(other, with_columns, row_count);
-                EXPECT_EQ(a.status, b.status) << entry.symbol << ", constant " << number;
+                EXPECT_EQ(a.status, b.status) << entry.symbol << ", constants " << number;
                 EXPECT_TRUE(same_rows(a, 0, b, 0, row_count)) << entry.symbol << " and " << other.symbol << ", constants " << number;
             }
         }
+        // NVL of VARBINARY exists with a constant only.
+        EXPECT_TRUE(has_other || entry.result == value_type::VARBINARY) << entry.symbol;
     }
-    EXPECT_GT(pairs, 30U);
 }
 
 // ---- batches ----------------------------------------------------------------------------------------------------------
@@ -265,17 +287,11 @@ TEST(Contract, NullFlagsFollowTheNullRule) {
                 const variant& variant = variants[rest % std::size(variants)];
                 const value_type type = entry.argument_list[i].type;
                 if (arguments[i].constant == nullptr) {
-                    columns[i] = gather(column_for(entry, type, row_count, variant.null_rate, i + 10), [] {
-                        std::vector<std::uint16_t> all(row_count);
-                        for (std::uint16_t row = 0; row < row_count; ++row) {
-                            all[row] = row;
-                        }
-                        return all;
-                    }());
+                    columns[i] = sound_column(entry, type, row_count, variant.null_rate, i);
                     columns[i]->column.no_nulls = variant.no_nulls;
                     arguments[i] = {.column = columns[i].get()};
                 } else if (variant.null_rate == 1) {
-                    constants[i] = null_constant(type);
+                    constants[i] = constant_of_row(*generate_column(type, 1, 1, 0), 0);
                     arguments[i].constant = &constants[i];
                 }
             }
@@ -347,17 +363,13 @@ TEST(Contract, TheFirstFailingRowEndsTheBatch) {
         ++failing_entries;
         for (const double null_rate : {0.0, some_nulls}) {
             for (const std::uint32_t failing_row : {0U, 1U, 7U, 1022U, 1023U, 1024U, 1025U, 2047U, 2048U, row_count - 1}) {
-                const zqengine::column_pointer column = generate_column(value_type::BIGINT, row_count, null_rate, 99);
+                const zqengine::column_pointer column = sound_column(entry, value_type::BIGINT, row_count, null_rate, 99);
                 std::vector<call_argument> arguments = arguments_of(entry, row_count, null_rate);
-                for (std::uint32_t row = 0; row < row_count; ++row) {
-                    bigint_at(*column, row) += column->data.null_flags[row] != 0 && bigint_at(*column, row) == failing->value ? 1 : 0;
-                }
                 arguments[0] = {.column = column.get()};
-                const bool was_null = column->data.null_flags[failing_row] == 0;
                 column->data.null_flags[failing_row] = 1;
                 bigint_at(*column, failing_row) = failing->value + 1;
                 const outcome sound = call(entry, arguments, row_count);
-                ASSERT_EQ(sound.status, 0) << entry.symbol << (was_null ? ", a value behind a NULL" : "");
+                ASSERT_EQ(sound.status, 0) << entry.symbol;
 
                 // Another failing value behind it, and one before it that is NULL.
                 bigint_at(*column, failing_row) = failing->value;

@@ -2,6 +2,7 @@
 
 #include <sys/mman.h>
 
+#include <algorithm>
 #include <array>
 #include <cstdio>
 #include <cstdlib>
@@ -221,15 +222,6 @@ void write_row(zqengine::column_storage& column, std::uint32_t row, const value&
     std::memcpy(values_of<std::uint8_t>(column) + row * width, value.bytes.data(), width);
 }
 
-zqengine::column_pointer make_column(value_type type, std::uint32_t row_count) {
-    zqengine::column_pointer column(zqengine::create_column(type, row_count));
-    require(column != nullptr, "no memory for a column");
-    return column;
-}
-
-// Where a constant's value lies in its record.
-std::size_t value_offset(value_type type) { return type == value_type::BIGINT || type == value_type::DOUBLE ? 8 : 4; }
-
 } // namespace
 
 std::size_t boundary_count(value_type type) {
@@ -245,7 +237,8 @@ std::size_t boundary_count(value_type type) {
 }
 
 zqengine::column_pointer generate_column(value_type type, std::uint32_t row_count, double null_rate, std::uint64_t seed) {
-    zqengine::column_pointer column = make_column(type, row_count);
+    zqengine::column_pointer column(zqengine::create_column(type, row_count));
+    require(column != nullptr, "no memory for a column");
     column->column.no_nulls = null_rate == 0 ? 1 : 0;
     random_source random(seed);
     const std::size_t boundaries = boundary_count(type);
@@ -266,72 +259,34 @@ zqengine::column_pointer generate_column(value_type type, std::uint32_t row_coun
 }
 
 generated_constant constant_of_row(const zqengine::column_storage& column, std::uint32_t row) {
-    if (column.data.null_flags[row] == 0) {
-        return null_constant(column.type);
-    }
     generated_constant constant{};
-    const std::size_t width = bifun::value_width(column.type);
+    std::memset(constant.record, 0xFF, sizeof constant.record);
+    const std::uint32_t not_null = column.data.null_flags[row];
+    std::memcpy(constant.record, &not_null, sizeof not_null);
+    if (not_null == 0) {
+        return constant;
+    }
     if (!bifun::is_string(column.type)) {
-        const std::uint32_t not_null = 1;
-        std::memcpy(constant.record, &not_null, sizeof not_null);
-        std::memcpy(constant.record + value_offset(column.type), zqengine::values_of<std::uint8_t>(column) + row * width, width);
+        const std::size_t width = bifun::value_width(column.type);
+        const std::size_t offset = column.type == value_type::BIGINT || column.type == value_type::DOUBLE ? 8 : 4;
+        std::memcpy(constant.record + offset, zqengine::values_of<std::uint8_t>(column) + row * width, width);
         return constant;
     }
     const bifun_string& value = zqengine::values_of<bifun_string>(column)[row];
-    // What the record does not use is garbage. A binary constant has no trailing blanks, whatever its third word holds.
-    bifun_string_constant record{1, value.length, column.type == value_type::VARBINARY ? 99 : value.trailing_blanks, {}, unreadable_page()};
-    std::memset(record.inline_bytes, '#', sizeof record.inline_bytes);
+    bifun_string_constant record;
+    std::memcpy(&record, constant.record, sizeof record);
+    record.length = value.length;
+    if (column.type == value_type::VARCHAR) { // a binary constant has no trailing blanks, whatever its third word holds
+        record.trailing_blanks = value.trailing_blanks;
+    }
     std::uint8_t* bytes = record.inline_bytes;
     if (value.length > BIFUN_INLINE_LENGTH) {
         constant.bytes = std::make_unique<std::uint8_t[]>(value.length);
         bytes = record.data = constant.bytes.get();
     }
-    std::memcpy(bytes, value.data, value.length);
+    std::copy_n(value.data, value.length, bytes);
     std::memcpy(constant.record, &record, sizeof record);
     return constant;
-}
-
-generated_constant generate_constant(value_type type, std::size_t index) {
-    random_source random(index);
-    const zqengine::column_pointer column = make_column(type, 1);
-    write_row(*column, 0, index < boundary_count(type) ? boundary_value(type, index) : ordinary_value(type, random));
-    return constant_of_row(*column, 0);
-}
-
-generated_constant null_constant(value_type type) {
-    generated_constant constant{};
-    if (bifun::is_string(type)) {
-        bifun_string_constant record{0, 1000, 5, {}, unreadable_page()};
-        std::memcpy(constant.record, &record, sizeof record);
-    } else {
-        write_garbage(type, constant.record + value_offset(type), 1);
-    }
-    return constant;
-}
-
-zqengine::column_pointer repeat_constant(value_type type, const generated_constant& constant, std::uint32_t row_count) {
-    zqengine::column_pointer column = make_column(type, row_count);
-    std::uint32_t not_null;
-    std::memcpy(&not_null, constant.record, sizeof not_null);
-    column->column.no_nulls = not_null != 0 ? 1 : 0;
-    value value{};
-    if (not_null != 0 && bifun::is_string(type)) {
-        bifun_string_constant record;
-        std::memcpy(&record, constant.record, sizeof record);
-        const std::uint8_t* const bytes = record.length > BIFUN_INLINE_LENGTH ? record.data : record.inline_bytes;
-        value.text.assign(reinterpret_cast<const char*>(bytes), record.length);
-        value.trailing_blanks = type == value_type::VARBINARY ? 0 : record.trailing_blanks;
-    } else if (!bifun::is_string(type)) {
-        std::memcpy(value.bytes.data(), constant.record + value_offset(type), bifun::value_width(type));
-    }
-    for (std::uint32_t row = 0; row < row_count; ++row) {
-        if (not_null != 0) {
-            write_row(*column, row, value);
-        } else {
-            write_garbage(type, values_of<std::uint8_t>(*column) + row * bifun::value_width(type), row);
-        }
-    }
-    return column;
 }
 
 } // namespace contract

@@ -27,17 +27,9 @@ struct generated_constant {
     std::unique_ptr<std::uint8_t[]> bytes;
 };
 
-// Row `row` of a column, which may be NULL, as a constant.
+// Row `row` of a column as a constant, which shares no bytes with it. What the constant does not use, all of a NULL but its flag, is
+// garbage.
 generated_constant constant_of_row(const zqengine::column_storage& column, std::uint32_t row);
-
-// Constant number `index` of a type: the boundary values, then ordinary ones. BOOL has no constants.
-generated_constant generate_constant(bifun::value_type type, std::size_t index);
-
-// A NULL constant with garbage in its value fields.
-generated_constant null_constant(bifun::value_type type);
-
-// A column that holds the constant, NULL or not, in each of its `row_count` rows.
-zqengine::column_pointer repeat_constant(bifun::value_type type, const generated_constant& constant, std::uint32_t row_count);
 
 } // namespace contract
 

@@ -101,7 +101,9 @@ text_column read_column(value_type type, std::string_view text) {
 std::string write_string(const bifun_string& value) {
     std::string text(reinterpret_cast<const char*>(value.data), value.length);
     if (text.size() > 20 && std::ranges::count(text, text.front()) == static_cast<std::ptrdiff_t>(text.size())) {
-        text = text.substr(0, 1) + "*" + std::to_string(text.size());
+        const std::size_t length = text.size();
+        text.resize(1);
+        text.append("*").append(std::to_string(length));
     }
     text.append(value.trailing_blanks, '_');
     return text.empty() ? "''" : text;
@@ -154,7 +156,9 @@ std::string evaluate(const text_case& text_case, const circumstances& circumstan
         }
     }
     const outcome outcome = call(*entry, arguments, row_count, circumstances);
-    std::string text = "[" + std::to_string(outcome.no_nulls()) + "]";
+    std::string text = "[";
+    text += std::to_string(outcome.no_nulls());
+    text += ']';
     for (std::uint32_t row = 0; row < row_count; ++row) {
         text += ' ';
         text += outcome.flag(row) == unwritten ? "?" : outcome.flag(row) == 0 ? "NULL" : write_value(*outcome.result, row);

@@ -96,35 +96,29 @@ TEST(Datetime, RejectsOtherText) {
 
 TEST(Datetime, EncodesWithinRangesOnly) {
     zqtime value{};
-    const auto encode = [&value](const std::array<std::int32_t, 8>& parts) {
+    const auto encode = [&value](std::size_t part, std::int32_t number) {
+        std::array<std::int32_t, 8> parts{-4712, 2, 29, 23, 59, 58, 999'999, 0};
+        parts[part] = number;
         std::array<std::uint32_t, 8> numbers;
         std::copy(parts.begin(), parts.end(), numbers.begin());
         return zqtime_encode(&value, parts[0], numbers[1], numbers[2], numbers[3], numbers[4], numbers[5], numbers[6], parts[7]);
     };
-    const auto rejects = [&](std::size_t part, std::initializer_list<std::int32_t> numbers) {
-        for (const std::int32_t number : numbers) {
-            std::array<std::int32_t, 8> parts{2024, 2, 29, 0, 0, 0, 0, 0};
-            parts[part] = number;
-            EXPECT_EQ(encode(parts), BIFUN_ARGUMENT_OUT_OF_DOMAIN) << part << ' ' << number;
-            EXPECT_EQ(value.bytes[0] + value.bytes[11], 0);
-        }
-    };
-    constexpr std::int32_t least = std::numeric_limits<std::int32_t>::min();
-    rejects(0, {-4713, 10'000, 2023, least});
-    rejects(1, {-1, 0, 13});
-    rejects(2, {-1, 0, 30});
-    rejects(3, {-1, 24});
-    rejects(4, {-1, 60});
-    rejects(5, {-1, 60});
-    rejects(6, {-1, 1'000'000});
-    rejects(7, {-841, 841, 999, 1001, least});
+    const std::array<std::int32_t, 8> beyond{10'000, 13, 30, 24, 60, 60, 1'000'000, 841};
+    for (std::size_t part = 0; part < beyond.size(); ++part) {
+        EXPECT_EQ(encode(part, beyond[part]), BIFUN_ARGUMENT_OUT_OF_DOMAIN) << part;
+        EXPECT_EQ(encode(part, std::numeric_limits<std::int32_t>::min()), BIFUN_ARGUMENT_OUT_OF_DOMAIN) << part;
+    }
+    for (const std::int32_t zone : {-841, 999, 1001}) {
+        EXPECT_EQ(encode(7, zone), BIFUN_ARGUMENT_OUT_OF_DOMAIN);
+    }
+    EXPECT_EQ(value.bytes[0] + value.bytes[11], 0);
 
     for (const std::int32_t zone : {-840, -1, 0, 840, int{ZQTIME_NO_ZONE}}) {
-        ASSERT_EQ(encode({-4712, 12, 31, 23, 59, 58, 999'999, zone}), 0);
+        ASSERT_EQ(encode(7, zone), 0);
         std::int32_t year;
         std::uint32_t month, day, hour, minute, second, microsecond;
         zqtime_decode(&value, &year, &month, &day, &hour, &minute, &second, &microsecond);
-        EXPECT_EQ(std::tuple(year, month, day, hour, minute, second, microsecond), std::tuple(-4712, 12U, 31U, 23U, 59U, 58U, 999'999U));
+        EXPECT_EQ(std::tuple(year, month, day, hour, minute, second, microsecond), std::tuple(-4712, 2U, 29U, 23U, 59U, 58U, 999'999U));
         EXPECT_EQ(zqtime_get_tz(&value), zone);
         zqtime_decode(&value, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr);
     }

@@ -84,7 +84,7 @@ def question(index):
     if kind == 8:
         number = generator.choice([struct.unpack("<d", generator.randbytes(8))[0], round(generator.uniform(-1e6, 1e6), 2),
                                    generator.uniform(-1, 1) * 2.0 ** generator.randint(-500, 500),
-                                   float(generator.randint(-2 ** 60, 2 ** 60)), 10.0 ** generator.randint(-130, 130)])
+                                   -0.0, float(generator.randint(-2 ** 60, 2 ** 60)), 10.0 ** generator.randint(-130, 130)])
         if number - number != 0:  # NaN and infinities
             return "D " + bits(number), "-6102"
         value = Decimal(repr(number))

@@ -1,11 +1,7 @@
 #include <gtest/gtest.h>
 
-#include <cinttypes>
-#include <cmath>
-#include <cstdio>
 #include <cstring>
 #include <iostream>
-#include <limits>
 #include <memory>
 #include <sstream>
 #include <string>
@@ -44,9 +40,7 @@ std::string written(const odd_decimal& value) {
 std::string bytes_of(const odd_decimal& value) {
     std::string hex;
     for (const std::uint8_t byte : value.value->bytes) {
-        char pair[3];
-        std::snprintf(pair, sizeof pair, "%02x", byte);
-        hex += pair;
+        hex += {"0123456789abcdef"[byte >> 4], "0123456789abcdef"[byte & 15]};
     }
     return hex;
 }
@@ -59,9 +53,9 @@ double double_of(std::uint64_t bits) {
 
 // For decimal_oracle.py: one operation a line, one answer a line.
 //     T <text>    status [bytes text double-bits]     the text without its blanks
-//     D <bits>    status [bytes]                      from a double
-//     I <number>  status bytes                        from an integer
-//     C <a> <b>   order of a and b, order of b and a
+//     D <bits>    the same, from a double
+//     I <number>  the same, from an integer
+//     C <a> <b>   0, order of a and b, order of b and a
 int answer_operations() {
     for (std::string line; std::getline(std::cin, line);) {
         std::istringstream words(line.substr(2));
@@ -78,7 +72,7 @@ int answer_operations() {
         const std::int32_t status = line[0] == 'T'   ? read(first, a)
                                     : line[0] == 'D' ? xdec_from_double(a.value, double_of(std::stoull(first, nullptr, 16)))
                                                      : xdec_from_int64(a.value, std::stoll(first), 255);
-        std::cout << status;
+        std::cout << status << (status != 0 && a.value->bytes[0] != 0x5A ? " touched" : "");
         if (status == 0) {
             const double number = xdec_to_double(a.value);
             std::uint64_t bits;
@@ -151,20 +145,6 @@ TEST(Decimal, FillsAndCopies) {
     xdec_copy(b.value, a.value);
     EXPECT_EQ(bytes_of(a), bytes_of(b));
     EXPECT_EQ(xdec_layout, XDEC_LAYOUT_PACKED_128);
-}
-
-TEST(Decimal, DoublesOutOfRange) {
-    for (const double number : {1e127, -1e308, HUGE_VAL, -HUGE_VAL, std::nan("")}) {
-        const odd_decimal value;
-        EXPECT_EQ(xdec_from_double(value.value, number), BIFUN_NUMERIC_OVERFLOW);
-        EXPECT_EQ(value.value->bytes[0], 0x5A);
-    }
-    for (const double number : {0.0, -0.0, 4e-128, -std::numeric_limits<double>::denorm_min()}) {
-        const odd_decimal value;
-        EXPECT_EQ(xdec_from_double(value.value, number), 0);
-        EXPECT_EQ(written(value), "0");
-        EXPECT_FALSE(std::signbit(xdec_to_double(value.value)));
-    }
 }
 
 // What only arithmetic hands to make_decimal: coefficients of 39 digits and halves behind any coefficient.

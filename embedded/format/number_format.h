@@ -1,0 +1,83 @@
+// Number formats, parsed. docs/number-formats.md describes the language.
+#ifndef BIFUN_EMBEDDED_FORMAT_NUMBER_FORMAT_H
+#define BIFUN_EMBEDDED_FORMAT_NUMBER_FORMAT_H
+
+#include <cstddef>
+#include <cstdint>
+
+#include "bop/frame/contract.h"
+
+namespace zqengine {
+
+struct nls_parameters;
+
+constexpr std::uint32_t max_format_length = 75;
+
+// TM and TM9 are `shortest`, TME is `shortest_scientific`.
+enum class format_kind : std::uint8_t { fixed, scientific, hexadecimal, roman, shortest, shortest_scientific };
+
+// How the sign is shown, beginning with what a format without MI, PR or S does: a minus or a blank before the number.
+enum class sign_style : std::uint8_t { minus_before, minus_behind, sign_before, sign_behind, brackets };
+
+// Digits without anything between them, then perhaps a character.
+struct digit_run {
+    std::uint8_t digits;   // 0 to 8
+    std::uint8_t followed; // 1 where `character` comes behind them, else 0
+    char character;
+};
+
+constexpr std::uint32_t max_run_digits = 8;
+
+// A number is written as: blanks, sign, leading symbol, body, exponent, trailing symbol, sign. The body is the digits with their separators
+// and the point; each digit of the format is one column of it, so that its layout does not depend on the value. Integer digits that are
+// not shown are left off at its beginning, together with the separators behind them.
+struct number_format {
+    format_kind kind;
+    sign_style sign;
+    bool fill_mode;  // FM: no padding, no trailing zeros where the format has 9
+    bool blank_zero; // B
+    bool lower_case; // of hexadecimal digits and Roman numerals
+    bool symbol_leads;
+    char decimal_point; // as TM writes it
+    std::uint8_t integer_digits;
+    std::uint8_t fraction_digits;
+    std::uint8_t multiplier_digits;     // of the integer digits, those behind V
+    std::uint8_t least_integer_digits;  // those shown in any case
+    std::uint8_t least_fraction_digits; // those shown in any case under FM
+    std::uint8_t body_columns;
+    std::uint8_t run_count;
+    std::uint8_t symbol_length;
+    std::uint16_t width;        // of the result without FM; an exponent of three digits makes it wider
+    std::uint64_t largest_body; // the largest number that all digits together can show; at most 2^64 - 1
+    digit_run runs[max_format_length + 1];
+    // The columns before the point of the last k integer digits, with the separators between and behind them.
+    std::uint8_t integer_columns[max_format_length + 1];
+    char symbol[128];
+};
+
+// Returns whether the text is a number format. Elements are of any case. On failure the result is garbage.
+[[nodiscard]] bool parse_number_format(const std::uint8_t* text, std::uint32_t length, const nls_parameters& nls, number_format& result);
+
+// The room that write_number needs.
+constexpr std::size_t formatted_number_room = 512;
+
+// Writes the value and a closing NUL. What lies behind the NUL is garbage.
+void write_number(const number_format& format, const xdec& value, char* buffer);
+
+// The last number format of a session, with the texts that it was parsed from.
+struct number_format_memory {
+    static constexpr std::uint32_t none = ~std::uint32_t{0};
+
+    std::uint32_t format_length = none;
+    std::uint32_t nls_length = 0;
+    std::uint8_t format_text[max_format_length];
+    std::uint8_t nls_text[128];
+    number_format format;
+};
+
+// What a status of this engine's own (engine/number_format.h) means, for a message; null where the status is none of those.
+const char* number_format_status_meaning(std::int32_t status);
+
+} // namespace zqengine
+
+#endif

@@ -1,0 +1,471 @@
+#include <algorithm>
+#include <cstring>
+#include <string_view>
+
+#include "embedded/decimal/decimal_parts.h"
+#include "embedded/decimal/digits.h"
+#include "embedded/format/nls_parameters.h"
+#include "embedded/format/number_format.h"
+#include "embedded/session/environment.h"
+#include "engine/number_format.h"
+
+namespace zqengine {
+
+namespace {
+
+// ---- digits of a rounded value -----------------------------------------------------------------------------------
+
+// The digits of a number, the last one before `digits_end`. A format reads `max_format_length` of them and runs are copied
+// `max_run_digits` at a time; write_coefficient needs its room before the last zero of a number.
+constexpr std::size_t digits_end = digit_room + 80;
+using digits_room = char[digits_end + max_run_digits];
+
+constexpr std::uint32_t too_many_digits = ~std::uint32_t{0};
+constexpr std::uint32_t word_digits = 24; // written for a 64-bit number, zeros before it
+
+void write_word(char* end, std::uint64_t number) {
+    constexpr std::uint64_t ten_to_16 = 10'000'000'000'000'000;
+    constexpr std::uint32_t ten_to_8 = 100'000'000;
+    const std::uint64_t low = number % ten_to_16;
+    write_8_digits(end - 24, static_cast<std::uint32_t>(number / ten_to_16));
+    write_8_digits(end - 16, static_cast<std::uint32_t>(low / ten_to_8));
+    write_8_digits(end - 8, static_cast<std::uint32_t>(low % ten_to_8));
+}
+
+// coefficient x 10^-dropped, rounded half away from zero. Returns whether it could be done in 64 bits.
+bool round_word(uint128 coefficient, std::int64_t dropped, std::uint64_t& rounded) {
+    const auto word = static_cast<std::uint64_t>(coefficient);
+    if (word != coefficient || dropped < -19 || dropped > 19) {
+        return false;
+    }
+    if (dropped < 0) {
+        return !__builtin_mul_overflow(word, static_cast<std::uint64_t>(powers_of_ten[static_cast<std::size_t>(-dropped)]), &rounded);
+    }
+    const auto unit = static_cast<std::uint64_t>(powers_of_ten[static_cast<std::size_t>(dropped)]);
+    const std::uint64_t remainder = word % unit;
+    rounded = word / unit + (remainder >= unit - remainder ? 1 : 0);
+    return true;
+}
+
+// The same in 128 bits for dropped >= 0.
+uint128 round_coefficient(uint128 coefficient, std::int64_t dropped) {
+    if (dropped > max_coefficient_digits) {
+        return 0;
+    }
+    const uint128 unit = powers_of_ten[static_cast<std::size_t>(dropped)];
+    const uint128 remainder = coefficient % unit;
+    return coefficient / unit + (remainder >= unit - remainder ? 1 : 0);
+}
+
+// Writes the digits of coefficient x 10^-dropped, rounded half away from zero, and zeros before them up to `columns` digits. Returns how
+// many there are without those zeros, or too_many_digits.
+std::uint32_t write_wide(char* end, uint128 coefficient, std::int64_t dropped, std::uint32_t columns) {
+    std::int64_t zeros = 0;
+    if (dropped > 0) {
+        coefficient = round_coefficient(coefficient, dropped);
+    } else if (coefficient != 0) {
+        zeros = -dropped;
+    }
+    const std::int64_t digits = digit_count(coefficient) + zeros;
+    if (digits > columns) {
+        return too_many_digits;
+    }
+    write_coefficient(end - zeros, coefficient);
+    std::memset(end - zeros, '0', static_cast<std::size_t>(zeros));
+    std::memset(end - columns, '0', static_cast<std::size_t>(columns - digits));
+    return static_cast<std::uint32_t>(digits);
+}
+
+std::uint32_t write_digits(char* end, uint128 coefficient, std::int64_t dropped, std::uint32_t columns, std::uint64_t largest) {
+    std::uint64_t rounded = 0;
+    if (!round_word(coefficient, dropped, rounded)) {
+        return write_wide(end, coefficient, dropped, columns);
+    }
+    if (rounded > largest) {
+        return too_many_digits;
+    }
+    if (columns > word_digits) {
+        std::memset(end - columns, '0', columns - word_digits);
+    }
+    write_word(end, rounded);
+    return digit_count(rounded);
+}
+
+// ---- numbers in columns ------------------------------------------------------------------------------------------
+
+constexpr std::size_t chunk = 16;
+
+// Both write whole chunks: as long as the layout of a format is the same for every row, no branch depends on the value.
+void copy_chunks(char* destination, const char* source, std::uint32_t count) {
+    for (std::uint32_t i = 0; i < count; i += chunk) {
+        std::memcpy(destination + i, source + i, chunk);
+    }
+}
+
+void blank_chunks(char* destination, std::uint32_t count) {
+    for (std::uint32_t i = 0; i < count; i += chunk) {
+        std::memset(destination + i, ' ', chunk);
+    }
+}
+
+void write_row_of(char character, std::uint32_t count, char* buffer) {
+    std::memset(buffer, character, count);
+    buffer[count] = '\0';
+}
+
+char* append(char* out, std::string_view text) {
+    std::memcpy(out, text.data(), text.size());
+    return out + text.size();
+}
+
+// E, the sign and at least two digits; the magnitude is below 1000.
+char* append_exponent(char* out, std::int64_t exponent) {
+    const auto magnitude = static_cast<std::uint32_t>(exponent < 0 ? -exponent : exponent);
+    *out++ = 'E';
+    *out++ = exponent < 0 ? '-' : '+';
+    if (magnitude >= 100) {
+        *out++ = static_cast<char>('0' + magnitude / 100);
+    }
+    *out++ = static_cast<char>('0' + magnitude / 10 % 10);
+    *out++ = static_cast<char>('0' + magnitude % 10);
+    return out;
+}
+
+// What stands where a sign may stand, or NUL for nothing, by style and whether the value is negative.
+struct sign_marks {
+    char before[2];
+    char behind[2];
+};
+
+constexpr sign_marks marks_of_styles[] = {
+    {.before = {' ', '-'}, .behind = {'\0', '\0'}}, // minus_before
+    {.before = {'\0', '\0'}, .behind = {' ', '-'}}, // minus_behind
+    {.before = {'+', '-'}, .behind = {'\0', '\0'}}, // sign_before
+    {.before = {'\0', '\0'}, .behind = {'+', '-'}}, // sign_behind
+    {.before = {' ', '<'}, .behind = {' ', '>'}},   // brackets
+};
+
+char* append_sign(char* out, char mark, bool fill_mode) {
+    *out = mark;
+    return out + (mark == '\0' || (mark == ' ' && fill_mode) ? 0 : 1);
+}
+
+// How much of the body is shown: from the `integer_digits` digits before the point to `columns` columns in all.
+struct extent {
+    std::uint32_t integer_digits;
+    std::uint32_t columns;
+};
+
+// Under FM: zeros at the end of the fraction go where the format has 9, but at least one digit of the number stays.
+extent without_trailing_zeros(const number_format& format, const char* body, extent shown) {
+    std::uint32_t fraction_digits = format.fraction_digits;
+    while (fraction_digits > format.least_fraction_digits && body[shown.columns - 1] == '0') {
+        --fraction_digits;
+        --shown.columns;
+    }
+    if (fraction_digits == 0 && shown.integer_digits == 0) {
+        if (format.integer_digits != 0) {
+            shown.integer_digits = 1;
+        } else {
+            ++shown.columns;
+        }
+    }
+    return shown;
+}
+
+// Writes the number whose digits, as many as the format has, end before `end`; `significant` of them are not leading zeros.
+[[gnu::always_inline]] inline void write_in_columns(const number_format& format, const char* end, std::uint32_t significant, bool negative,
+                                                    std::int64_t exponent, char* buffer) {
+    const std::uint32_t fraction_digits = format.fraction_digits;
+    std::uint32_t integer_digits = significant > fraction_digits ? significant - fraction_digits : 0;
+    if (integer_digits != 0 || !format.blank_zero) {
+        integer_digits = std::max<std::uint32_t>(integer_digits, format.least_integer_digits);
+    }
+
+    char body[192];
+    char* out = body;
+    const char* digits = end - format.integer_digits - fraction_digits;
+    for (std::uint32_t i = 0; i < format.run_count; ++i) {
+        const digit_run run = format.runs[i];
+        std::memcpy(out, digits, max_run_digits);
+        out += run.digits;
+        digits += run.digits;
+        *out = run.character;
+        out += run.followed;
+    }
+
+    const std::uint32_t all_integer_columns = format.integer_columns[format.integer_digits];
+    extent shown{.integer_digits = integer_digits, .columns = format.body_columns};
+    out = buffer;
+    if (format.fill_mode) {
+        shown = without_trailing_zeros(format, body, shown);
+    }
+    const std::uint32_t hidden = all_integer_columns - format.integer_columns[shown.integer_digits];
+    if (!format.fill_mode) {
+        blank_chunks(out, all_integer_columns);
+        out += hidden;
+    }
+
+    const sign_marks& marks = marks_of_styles[static_cast<std::size_t>(format.sign)];
+    out = append_sign(out, marks.before[negative], format.fill_mode);
+    const std::string_view symbol{format.symbol, format.symbol_length};
+    if (format.symbol_leads) {
+        out = append(out, symbol);
+    }
+    copy_chunks(out, body + hidden, format.body_columns);
+    out += shown.columns - hidden;
+    if (format.kind == format_kind::scientific) {
+        out = append_exponent(out, exponent);
+    }
+    if (!format.symbol_leads && format.symbol_length != 0) {
+        out = append(out, symbol);
+    }
+    out = append_sign(out, marks.behind[negative], format.fill_mode);
+    *out = '\0';
+}
+
+void write_blank_zero(const number_format& format, char* buffer) { write_row_of(' ', format.fill_mode ? 0 : format.width, buffer); }
+
+void write_fixed(const number_format& format, const decimal_parts& value, char* buffer) {
+    digits_room room;
+    char* const end = room + digits_end;
+    const std::int64_t dropped = value.scale - format.fraction_digits - format.multiplier_digits;
+    const std::uint32_t columns = std::uint32_t{format.integer_digits} + format.fraction_digits;
+    const std::uint32_t significant = write_digits(end, value.coefficient, dropped, columns, format.largest_body);
+    if (significant == too_many_digits) {
+        write_row_of('#', format.width, buffer);
+    } else if (significant == 0 && format.blank_zero) {
+        write_blank_zero(format, buffer);
+    } else {
+        write_in_columns(format, end, significant, value.negative && significant != 0, 0, buffer);
+    }
+}
+
+void write_scientific(const number_format& format, const decimal_parts& value, char* buffer) {
+    if (value.coefficient == 0 && format.blank_zero) {
+        write_blank_zero(format, buffer);
+        return;
+    }
+    digits_room room;
+    char* const end = room + digits_end;
+    const std::uint32_t columns = std::uint32_t{format.integer_digits} + format.fraction_digits;
+    const std::uint32_t mantissa_digits = std::uint32_t{format.fraction_digits} + 1;
+    // Zero is written as if it had one digit.
+    const std::uint32_t digits = std::max<std::uint32_t>(digit_count(value.coefficient), 1);
+    std::int64_t exponent = value.coefficient == 0 ? 0 : std::int64_t{digits} - 1 - value.scale;
+    std::int64_t dropped = std::int64_t{digits} - mantissa_digits;
+    if (dropped > 0 && round_coefficient(value.coefficient, dropped) == powers_of_ten[mantissa_digits]) {
+        ++dropped; // 9.99 became 10.0
+        ++exponent;
+    }
+    const std::uint32_t significant = write_wide(end, value.coefficient, dropped, columns);
+    write_in_columns(format, end, significant, value.negative, exponent, buffer);
+}
+
+// ---- numbers of other shapes -------------------------------------------------------------------------------------
+
+// Without FM, blanks before the text fill the width.
+void write_padded(const number_format& format, std::string_view text, char* buffer) {
+    const std::size_t blanks = format.fill_mode ? 0 : format.width - text.size();
+    std::memset(buffer, ' ', blanks);
+    *append(buffer + blanks, text) = '\0';
+}
+
+void write_hexadecimal(const number_format& format, const decimal_parts& value, char* buffer) {
+    // Room for the largest decimal, below 10^127.
+    constexpr std::size_t limbs = 14;
+    const uint128 rounded = value.scale > 0 ? round_coefficient(value.coefficient, value.scale) : value.coefficient;
+    std::uint32_t number[limbs] = {};
+    for (std::size_t i = 0; i < 4; ++i) {
+        number[i] = static_cast<std::uint32_t>(rounded >> 32 * i);
+    }
+    for (std::int64_t zeros = value.scale; zeros < 0; ++zeros) {
+        std::uint64_t carry = 0;
+        for (std::uint32_t& limb : number) {
+            carry += std::uint64_t{limb} * 10;
+            limb = static_cast<std::uint32_t>(carry);
+            carry >>= 32;
+        }
+    }
+
+    const char* const names = format.lower_case ? "0123456789abcdef" : "0123456789ABCDEF";
+    constexpr std::size_t nibbles = limbs * 8;
+    char digits[nibbles];
+    for (std::size_t i = 0; i < nibbles; ++i) {
+        digits[nibbles - 1 - i] = names[number[i / 8] >> i % 8 * 4 & 15];
+    }
+    const std::string_view all{digits, nibbles};
+    const std::size_t significant = nibbles - std::min(all.find_first_not_of('0'), nibbles);
+    if (significant > format.integer_digits || (value.negative && rounded != 0)) {
+        write_row_of('#', format.width, buffer);
+    } else {
+        write_padded(format, all.substr(nibbles - std::max<std::size_t>(significant, format.least_integer_digits)), buffer);
+    }
+}
+
+void write_roman(const number_format& format, const decimal_parts& value, char* buffer) {
+    constexpr struct {
+        std::uint32_t value;
+        std::string_view upper;
+        std::string_view lower;
+    } numerals[] = {{1000, "M", "m"}, {900, "CM", "cm"}, {500, "D", "d"}, {400, "CD", "cd"}, {100, "C", "c"}, {90, "XC", "xc"}, {50, "L", "l"},
+                    {40, "XL", "xl"}, {10, "X", "x"},    {9, "IX", "ix"}, {5, "V", "v"},     {4, "IV", "iv"}, {1, "I", "i"}};
+    uint128 number = value.coefficient;
+    if (value.scale > 0) {
+        number = round_coefficient(number, value.scale);
+    } else if (value.scale < 0) {
+        number = 0; // more than 38 digits
+    }
+    if (number == 0 || number > 3999 || value.negative) {
+        write_row_of('#', format.width, buffer);
+        return;
+    }
+    auto rest = static_cast<std::uint32_t>(number);
+    char text[16];
+    char* out = text;
+    for (const auto& numeral : numerals) {
+        for (; rest >= numeral.value; rest -= numeral.value) {
+            out = append(out, format.lower_case ? numeral.lower : numeral.upper);
+        }
+    }
+    write_padded(format, {text, static_cast<std::size_t>(out - text)}, buffer);
+}
+
+void write_shortest(const number_format& format, const decimal_parts& value, char* buffer) {
+    constexpr std::int64_t longest_plain_text = 64;
+    char room[digit_room];
+    write_coefficient(room + digit_room, value.coefficient);
+    std::int64_t scale = value.coefficient == 0 ? 0 : value.scale;
+    const std::size_t count = std::max<std::uint32_t>(digit_count(value.coefficient), 1);
+    std::string_view digits{room + digit_room - count, count};
+    while (digits.size() > 1 && digits.back() == '0') {
+        digits.remove_suffix(1);
+        --scale;
+    }
+
+    const auto significant = static_cast<std::int64_t>(digits.size());
+    const std::int64_t integer_digits = significant - scale; // below 1 for a number that begins behind the point
+    const std::int64_t plain_length =
+        (value.negative ? 1 : 0) + (scale <= 0 ? integer_digits : std::max(scale, significant) + 1);
+    char* out = buffer;
+    if (value.negative) {
+        *out++ = '-';
+    }
+    if (format.kind == format_kind::shortest_scientific || plain_length > longest_plain_text) {
+        *out++ = digits.front();
+        if (significant > 1) {
+            *out++ = format.decimal_point;
+            out = append(out, digits.substr(1));
+        }
+        out = append_exponent(out, integer_digits - 1);
+    } else if (scale <= 0) {
+        out = append(out, digits);
+        std::memset(out, '0', static_cast<std::size_t>(-scale));
+        out += -scale;
+    } else {
+        const std::int64_t before = std::max<std::int64_t>(integer_digits, 0);
+        const std::int64_t zeros = before - integer_digits;
+        out = append(out, digits.substr(0, static_cast<std::size_t>(before)));
+        *out++ = format.decimal_point;
+        std::memset(out, '0', static_cast<std::size_t>(zeros));
+        out = append(out + zeros, digits.substr(static_cast<std::size_t>(before)));
+    }
+    *out = '\0';
+}
+
+// ---- formats of a session ----------------------------------------------------------------------------------------
+
+bool same_bytes(const std::uint8_t* a, const std::uint8_t* b, std::uint32_t count) {
+    const auto word_at = [](const std::uint8_t* bytes) {
+        std::uint64_t word;
+        std::memcpy(&word, bytes, sizeof word);
+        return word;
+    };
+    if (count < 8) {
+        for (std::uint32_t i = 0; i < count; ++i) {
+            if (a[i] != b[i]) {
+                return false;
+            }
+        }
+        return true;
+    }
+    std::uint64_t differences = word_at(a + count - 8) ^ word_at(b + count - 8);
+    for (std::uint32_t i = 0; i + 8 < count; i += 8) {
+        differences |= word_at(a + i) ^ word_at(b + i);
+    }
+    return differences == 0;
+}
+
+std::int32_t parse(const std::uint8_t* format, std::uint32_t format_length, const std::uint8_t* nls, std::uint32_t nls_length,
+                   number_format& result) {
+    nls_parameters parameters;
+    if (!parse_nls_parameters(nls, nls_length, parameters)) {
+        return ZQ_INVALID_NLS_PARAMETERS;
+    }
+    return parse_number_format(format, format_length, parameters, result) ? 0 : ZQ_INVALID_NUMBER_FORMAT;
+}
+
+[[gnu::noinline]] std::int32_t remember(const std::uint8_t* format, std::uint32_t format_length, const std::uint8_t* nls,
+                                        std::uint32_t nls_length, number_format_memory& memory) {
+    memory.format_length = number_format_memory::none;
+    const std::int32_t status = parse(format, format_length, nls, nls_length, memory.format);
+    if (status == 0) {
+        memory.format_length = format_length;
+        memory.nls_length = nls_length;
+        std::memcpy(memory.format_text, format, format_length);
+        if (nls_length != 0) {
+            std::memcpy(memory.nls_text, nls, nls_length);
+        }
+    }
+    return status;
+}
+
+} // namespace
+
+void write_number(const number_format& format, const xdec& value, char* buffer) {
+    const decimal_parts parts = split_decimal(value);
+    switch (format.kind) {
+    case format_kind::fixed:
+        return write_fixed(format, parts, buffer);
+    case format_kind::scientific:
+        return write_scientific(format, parts, buffer);
+    case format_kind::hexadecimal:
+        return write_hexadecimal(format, parts, buffer);
+    case format_kind::roman:
+        return write_roman(format, parts, buffer);
+    case format_kind::shortest:
+    case format_kind::shortest_scientific:
+        return write_shortest(format, parts, buffer);
+    }
+}
+
+} // namespace zqengine
+
+using namespace zqengine;
+
+int32_t xdec_to_char_with_nls(bifun_environment* environment, const xdec* value, char* buffer, const uint8_t* format,
+                              uint32_t format_length, const uint8_t* nls, uint32_t nls_length) {
+    if (environment == nullptr) {
+        number_format parsed;
+        const std::int32_t status = parse(format, format_length, nls, nls_length, parsed);
+        if (status == 0) {
+            write_number(parsed, *value, buffer);
+        }
+        return status;
+    }
+    number_format_memory& memory = environment->number_format;
+    if (memory.format_length != format_length || memory.nls_length != nls_length ||
+        !same_bytes(memory.format_text, format, format_length) || !same_bytes(memory.nls_text, nls, nls_length)) {
+        const std::int32_t status = remember(format, format_length, nls, nls_length, memory);
+        if (status != 0) {
+            return status;
+        }
+    }
+    write_number(memory.format, *value, buffer);
+    return 0;
+}
+
+int32_t xdec_to_char_with_fmt(bifun_environment* environment, const xdec* value, char* buffer, const uint8_t* format,
+                              uint32_t format_length) {
+    return xdec_to_char_with_nls(environment, value, buffer, format, format_length, nullptr, 0);
+}

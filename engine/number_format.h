@@ -1,0 +1,42 @@
+/* Numbers as text under a number format.
+ *
+ * docs/number-formats.md describes the format language and the NLS parameters. Values are passed by pointer and may be unaligned.
+ * Formats and NLS texts are not NUL-terminated. */
+#ifndef BIFUN_ENGINE_NUMBER_FORMAT_H
+#define BIFUN_ENGINE_NUMBER_FORMAT_H
+
+#include "bop/frame/contract.h"
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* Statuses of this engine's own. */
+enum {
+    ZQ_INVALID_NUMBER_FORMAT = -6130, /* the text is no number format or longer than 75 bytes */
+    ZQ_INVALID_NLS_PARAMETERS = -6131 /* the text is no list of NLS parameters or longer than 128 bytes */
+};
+
+/* Writes the value under the format and a closing NUL. `buffer` has at least 1024 bytes; what lies behind the NUL is garbage. The
+ * value is rounded half away from zero to the digits of the format; one that does not fit gives a row of # as wide as the format.
+ *
+ * The environment keeps the format, so that rows with the same text do not parse it again; a null environment keeps nothing.
+ * Returns 0; ZQ_INVALID_NUMBER_FORMAT, and then the buffer is untouched. */
+int32_t xdec_to_char_with_fmt(bifun_environment* environment, const xdec* value, char* buffer, const uint8_t* format,
+                              uint32_t format_length);
+
+/* The same with separators and currency symbols from an NLS text such as NLS_NUMERIC_CHARACTERS=',.' NLS_CURRENCY='EUR'; what it
+ * does not set is as without one. Returns also ZQ_INVALID_NLS_PARAMETERS. */
+int32_t xdec_to_char_with_nls(bifun_environment* environment, const xdec* value, char* buffer, const uint8_t* format,
+                              uint32_t format_length, const uint8_t* nls, uint32_t nls_length);
+
+/* Writes the shortest text that reads back as the same double, and a closing NUL: in plain notation from 0.00001 up to but not
+ * including 1E+15, else as 1.5E+20, with at least two digits of exponent. The others are NaN, Infinity, -Infinity, 0 and -0.
+ * `length` gets the length without the NUL. Returns 0; -6803 where `buffer_size` is too small (32 always suffices). */
+int32_t zq_dou2char(double value, char* buffer, uint32_t buffer_size, uint32_t* length);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif

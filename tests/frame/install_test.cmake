@@ -1,0 +1,26 @@
+# Installs into a directory of its own and builds a consumer against that, by the CMake package and by pkg-config.
+#     cmake -DBUILD=build directory -DWORK=scratch directory -DCONSUMER=source -DCOMPILER=c++ -DPKG_CONFIG=pkg-config -P install_test.cmake
+function(run)
+  execute_process(COMMAND ${ARGN} RESULT_VARIABLE failed OUTPUT_VARIABLE output ERROR_VARIABLE output)
+  if(failed)
+    string(JOIN " " command ${ARGN})
+    message(FATAL_ERROR "${command}\n${output}")
+  endif()
+  set(output "${output}" PARENT_SCOPE)
+endfunction()
+
+file(REMOVE_RECURSE ${WORK})
+set(prefix ${WORK}/prefix)
+run(${CMAKE_COMMAND} --install ${BUILD} --prefix ${prefix})
+run(${CMAKE_COMMAND} -S ${CONSUMER} -B ${WORK}/build -DCMAKE_CXX_COMPILER=${COMPILER} -DCMAKE_PREFIX_PATH=${prefix} -DCMAKE_BUILD_TYPE=Release)
+run(${CMAKE_COMMAND} --build ${WORK}/build)
+run(${WORK}/build/consumer)
+
+file(GLOB package ${prefix}/lib*/pkgconfig ${prefix}/lib/*/pkgconfig)
+set(ENV{PKG_CONFIG_PATH} ${package})
+run(${PKG_CONFIG} --cflags --libs --define-variable=prefix=${prefix} bifun)
+separate_arguments(flags UNIX_COMMAND "${output}")
+file(GLOB library ${prefix}/lib*/libbifun.so ${prefix}/lib/*/libbifun.so)
+cmake_path(GET library PARENT_PATH libraries)
+run(${COMPILER} -std=c++20 ${CONSUMER}/consumer.cpp -o ${WORK}/by_pkg_config ${flags} -Wl,-rpath,${libraries})
+run(${WORK}/by_pkg_config)
