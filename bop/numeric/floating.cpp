@@ -33,7 +33,7 @@ double remainder(double x, double y) { return y == 0 ? x : std::fmod(x, y); }
 INLINED inline double remainder_of_small_quotient(double x, double y) {
     const double quotient = x / y;
     const double rest = std::fma(-std::trunc(quotient), y, x);
-    const bool too_far = (std::signbit(rest) != std::signbit(x)) & (rest != 0);
+    const bool too_far = ((rest < 0) != (x < 0)) & (rest != 0);
     const double mended = too_far ? rest + std::copysign(y, x) : rest;
     const bool known = (std::fabs(quotient) < 0x1p52) & (std::fabs(y) <= std::numeric_limits<double>::max());
     const double result = known ? std::copysign(mended, x) : std::numeric_limits<double>::quiet_NaN();
