@@ -1,0 +1,262 @@
+// BITAND of the integer parts of two decimals, negative ones in two's complement over 128 bits. A decimal cannot be combined bit by bit, so
+// it is taken apart into 32 hexadecimal digits, least significant first; values below 2^64 take a short way.
+
+#include <array>
+
+#include "bop/frame/row_loop.h"
+#include "engine/decimal.h"
+
+namespace bifun {
+namespace {
+
+using nibble_array = std::array<std::uint8_t, 32>;
+
+constexpr std::uint32_t nibble_count = 32;
+constexpr std::int32_t any_precision = 255;
+constexpr int most_integer_digits = 38;
+
+bool is_negative(std::uint8_t sign) { return sign == XDEC_NEGATIVE; }
+
+// ---- between decimals and nibbles ----
+
+// At least one nibble; the count is the result.
+std::uint32_t bbitand_ulint64_get_hex(nibble_array& nibbles, std::uint64_t value, std::uint32_t from = 0) {
+    std::uint32_t count = from;
+    do {
+        nibbles[count++] = static_cast<std::uint8_t>(value & 15);
+        value >>= 4;
+    } while (value != 0 && count < nibble_count);
+    return count;
+}
+
+// The magnitude of an integer that is not negative.
+status bbitand_dec_get_hex(nibble_array& nibbles, const xdec& value, std::uint32_t& count) {
+    xdec rest = value;
+    count = 0;
+    while (xdec_in_ulint64(&rest) == 0) {
+        std::int32_t nibble = 0;
+        const status divided = xdec_div_get_quotient_int_by_16(&rest, &rest, &nibble);
+        if (divided < BIFUN_OK) {
+            return divided;
+        }
+        if (count == nibble_count) {
+            return BIFUN_NUMERIC_OVERFLOW;
+        }
+        nibbles[count++] = static_cast<std::uint8_t>(nibble);
+        if (rest.bytes[0] == XDEC_ZERO) {
+            return BIFUN_OK;
+        }
+    }
+    std::uint64_t last = 0;
+    (void)xdec_get_ulint64(&rest, &last);
+    count = bbitand_ulint64_get_hex(nibbles, last, count);
+    return BIFUN_OK;
+}
+
+void bbitand_byte_complement(nibble_array& nibbles, std::uint32_t count) {
+    for (std::uint32_t i = 0; i < nibble_count; ++i) {
+        nibbles[i] = i < count ? static_cast<std::uint8_t>(15 - nibbles[i]) : std::uint8_t{15};
+    }
+    for (std::uint32_t i = 0; i < nibble_count; ++i) {
+        if (nibbles[i] != 15) {
+            ++nibbles[i];
+            break;
+        }
+        nibbles[i] = 0;
+    }
+}
+
+// The nibbles `first` to `last`, which are eight, as a number.
+void bbitand_xdec_from_hex(xdec& result, const nibble_array& nibbles, std::uint32_t first, std::uint32_t last) {
+    xdec_fill_zero(&result);
+    std::int64_t weight = 1;
+    for (std::uint32_t i = first; i <= last; ++i) {
+        xdec nibble;
+        xdec power;
+        (void)xdec_from_int64(&nibble, nibbles[i], any_precision);
+        (void)xdec_from_int64(&power, weight, any_precision);
+        (void)xdec_mul(&nibble, &power, &nibble);
+        (void)xdec_add(&result, &nibble, &result);
+        weight *= 16;
+    }
+}
+
+void subtract_one_and_complement(nibble_array& nibbles) {
+    for (std::uint32_t i = 0; i < nibble_count; ++i) {
+        if (nibbles[i] != 0) {
+            --nibbles[i];
+            break;
+        }
+        nibbles[i] = 15;
+    }
+    for (std::uint8_t& nibble : nibbles) {
+        nibble = static_cast<std::uint8_t>(15 - nibble);
+    }
+}
+
+// A nibble at or beyond a positive operand's count is 0, whatever stands there.
+void bbitanddec_process_low(const nibble_array& a, const nibble_array& b, std::uint32_t a_count, std::uint32_t b_count, std::uint8_t a_sign,
+                            std::uint8_t b_sign, xdec& result) {
+    const bool both_negative = is_negative(a_sign) && is_negative(b_sign);
+    nibble_array nibbles;
+    for (std::uint32_t i = 0; i < nibble_count; ++i) {
+        const bool beyond = (!is_negative(a_sign) && i >= a_count) || (!is_negative(b_sign) && i >= b_count);
+        nibbles[i] = beyond ? std::uint8_t{0} : static_cast<std::uint8_t>(a[i] & b[i]);
+    }
+    if (both_negative) {
+        subtract_one_and_complement(nibbles);
+    }
+    constexpr std::uint32_t group = 8;
+    xdec two_to_32;
+    xdec weight;
+    (void)xdec_from_ulint64(&two_to_32, std::uint64_t{1} << 32);
+    xdec_fill_one(&weight);
+    xdec_fill_zero(&result);
+    for (std::uint32_t first = 0; first < nibble_count; first += group) {
+        xdec part;
+        bbitand_xdec_from_hex(part, nibbles, first, first + group - 1);
+        (void)xdec_mul(&part, &weight, &part);
+        (void)xdec_add(&result, &part, &result);
+        if (first + group < nibble_count) {
+            (void)xdec_mul(&weight, &two_to_32, &weight);
+        }
+    }
+    if (both_negative) {
+        (void)xdec_neg(&result, &result);
+    }
+}
+
+// ---- operands ----
+
+// Cuts the fraction off. The digit count decides, before anything is known of the other operand.
+status make_integer(const xdec& operand, xdec& integer) {
+    if (int{operand.bytes[1]} - int{operand.bytes[2]} > most_integer_digits) {
+        return BIFUN_NUMERIC_OVERFLOW;
+    }
+    integer = operand;
+    (void)xdec_trunc_scale(&integer);
+    return BIFUN_OK;
+}
+
+// All 32 nibbles of an integer: zeros behind a positive one's, two's complement of a negative one's.
+status nibbles_of(const xdec& integer, nibble_array& nibbles, std::uint32_t& count) {
+    xdec magnitude = integer;
+    if (is_negative(integer.bytes[0])) {
+        (void)xdec_neg(&integer, &magnitude);
+    }
+    nibbles.fill(0);
+    const status taken = bbitand_dec_get_hex(nibbles, magnitude, count);
+    if (taken < BIFUN_OK) {
+        return taken;
+    }
+    if (is_negative(integer.bytes[0])) {
+        bbitand_byte_complement(nibbles, count);
+    }
+    return BIFUN_OK;
+}
+
+status bbitanddec_av_dec_process(const xdec& value, const nibble_array& constant_nibbles, std::uint32_t constant_count,
+                                 std::uint8_t constant_sign, xdec& result) {
+    xdec integer;
+    const status made = make_integer(value, integer);
+    if (made < BIFUN_OK) {
+        return made;
+    }
+    if (integer.bytes[0] == XDEC_ZERO || constant_sign == XDEC_ZERO) {
+        xdec_fill_zero(&result);
+        return BIFUN_OK;
+    }
+    nibble_array nibbles;
+    std::uint32_t count = 0;
+    const status taken = nibbles_of(integer, nibbles, count);
+    if (taken < BIFUN_OK) {
+        return taken;
+    }
+    bbitanddec_process_low(nibbles, constant_nibbles, count, constant_count, integer.bytes[0], constant_sign, result);
+    return BIFUN_OK;
+}
+
+status bbitanddec_av_ulint64_process(const xdec& value, std::uint64_t constant, const nibble_array& constant_nibbles,
+                                     std::uint32_t constant_count, xdec& result) {
+    xdec integer;
+    const status made = make_integer(value, integer);
+    if (made < BIFUN_OK) {
+        return made;
+    }
+    if (integer.bytes[0] == XDEC_ZERO) {
+        xdec_fill_zero(&result);
+        return BIFUN_OK;
+    }
+    if (xdec_in_ulint64(&integer) != 0) {
+        std::uint64_t bits = 0;
+        (void)xdec_get_ulint64(&integer, &bits);
+        return xdec_from_ulint64(&result, bits & constant);
+    }
+    return bbitanddec_av_dec_process(integer, constant_nibbles, constant_count, constant == 0 ? XDEC_ZERO : XDEC_POSITIVE, result);
+}
+
+// ---- batches ----
+
+// The constant has been prepared; it stands here for its part in the promise that no row is NULL.
+template <class Process> status bitand_rows(const batch& batch, column x, decimal_constant y, const Process& process) {
+    return try_rows<failing_row::null>(
+        batch,
+        [&](std::uint32_t row, const xdec& value, const xdec&) -> status {
+            xdec result;
+            const status processed = process(value, result);
+            if (processed >= BIFUN_OK) {
+                set_value(batch, row, result);
+            }
+            return processed;
+        },
+        decimal(x), decimal(y));
+}
+
+status bbit_and_dec_av_ulint64(const batch& batch, column x, decimal_constant y, std::uint64_t constant) {
+    nibble_array nibbles{};
+    const std::uint32_t count = bbitand_ulint64_get_hex(nibbles, constant);
+    return bitand_rows(batch, x, y, [&](const xdec& value, xdec& result) {
+        return bbitanddec_av_ulint64_process(value, constant, nibbles, count, result);
+    });
+}
+
+status bbit_and_for_dec_av_dec(const batch& batch, column x, decimal_constant y, const xdec& constant) {
+    nibble_array nibbles;
+    std::uint32_t count = 0;
+    const status taken = nibbles_of(constant, nibbles, count);
+    if (taken < BIFUN_OK) {
+        (void)null_rows(batch);
+        return taken;
+    }
+    return bitand_rows(batch, x, y, [&](const xdec& value, xdec& result) {
+        return bbitanddec_av_dec_process(value, nibbles, count, constant.bytes[0], result);
+    });
+}
+
+} // namespace
+} // namespace bifun
+
+using namespace bifun;
+
+status bbit_and_for_dec_av(BATCH_OF(column x, decimal_constant y)) {
+    const batch batch = BATCH;
+    if (y->not_null == 0) {
+        return null_rows(batch);
+    }
+    xdec constant;
+    const status made = make_integer(y->value, constant);
+    if (made < BIFUN_OK) {
+        (void)null_rows(batch);
+        return made;
+    }
+    if (xdec_in_ulint64(&constant) == 0) {
+        return bbit_and_for_dec_av_dec(batch, x, y, constant);
+    }
+    std::uint64_t bits = 0;
+    (void)xdec_get_ulint64(&constant, &bits);
+    return bbit_and_dec_av_ulint64(batch, x, y, bits);
+}
+
+status bbit_and_for_dec_va(BATCH_OF(decimal_constant x, column y)) {
+    return bbit_and_for_dec_av(environment, memory, y, x, result, row_count);
+}

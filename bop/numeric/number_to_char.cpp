@@ -1,0 +1,136 @@
+// TO_CHAR of numbers: as they are, under a number format, or under a format and NLS parameters. The result has the promise of the number
+// column alone; a row that cannot be rendered is NULL.
+
+#include <charconv>
+
+#include "bop/frame/row_loop.h"
+#include "engine/decimal.h"
+#include "engine/number_check.h"
+#include "engine/number_format.h"
+
+namespace bifun {
+namespace {
+
+constexpr std::size_t text_size = 1024;
+constexpr std::uint32_t longest_format = 75;
+constexpr std::uint32_t longest_nls = 128;
+
+// Calls `render(number, buffer, length)` for every number and assigns the text.
+template <class T, class Render> status render_rows(const batch& batch, const column_argument<T>& numbers, const Render& render) {
+    char buffer[text_size] = {};
+    return try_rows<failing_row::null>(
+        batch,
+        [&](std::uint32_t row, const T& number) -> status {
+            std::uint32_t length = 0;
+            const status rendered = render(number, buffer, length);
+            if (rendered < BIFUN_OK) {
+                return rendered;
+            }
+            (void)bdta3_col_assign_str(batch.environment, batch.memory, batch.result, row, reinterpret_cast<const std::uint8_t*>(buffer),
+                                       length, 0);
+            return BIFUN_OK;
+        },
+        numbers);
+}
+
+// ---- without a format ----
+
+template <class Integer> status render_integer(Integer number, char* buffer, std::uint32_t& length) {
+    length = static_cast<std::uint32_t>(std::to_chars(buffer, buffer + text_size, number).ptr - buffer);
+    return BIFUN_OK;
+}
+
+status render_decimal(const xdec& number, char* buffer, std::uint32_t& length) {
+    constexpr std::uint32_t room = 500;
+    return xdec_to_char_with_zero(&number, buffer, room, 0, 0, &length);
+}
+
+status render_double(double number, char* buffer, std::uint32_t& length) {
+    const status overflow = ntype_is_double_overflow(number);
+    return overflow < BIFUN_OK ? overflow : zq_dou2char(number, buffer, text_size, &length);
+}
+
+// ---- with a format ----
+
+status decimal_of(const xdec& number, xdec& result) {
+    result = number;
+    return BIFUN_OK;
+}
+
+status decimal_of(std::int64_t number, xdec& result) {
+    constexpr std::int32_t any_precision = 255;
+    return xdec_from_int64(&result, number, any_precision);
+}
+
+status decimal_of(double number, xdec& result) {
+    const status overflow = ntype_is_double_overflow(number);
+    return overflow < BIFUN_OK ? overflow : xdec_from_double(&result, number);
+}
+
+// Whether the format makes every row NULL. Only its length is asked: the record of a NULL constant has length 0 here.
+bool has_no_format(const bifun_string_constant& format) { return format.length < 1 || format.length > longest_format; }
+
+template <class T, class Write> status format_rows(const batch& batch, const column_argument<T>& numbers, const Write& write) {
+    return render_rows(batch, numbers, [&](const T& number, char* buffer, std::uint32_t& length) -> status {
+        xdec decimal;
+        const status converted = decimal_of(number, decimal);
+        if (converted < BIFUN_OK) {
+            return converted;
+        }
+        const status written = write(decimal, buffer);
+        length = static_cast<std::uint32_t>(strnlen(buffer, text_size));
+        return written;
+    });
+}
+
+template <class T> status to_char(const batch& batch, const column_argument<T>& numbers, string_constant format) {
+    if (has_no_format(*format)) {
+        return null_rows(batch);
+    }
+    const bifun_string text = string_of(*format, 0);
+    return format_rows(batch, numbers, [&](const xdec& number, char* buffer) {
+        return xdec_to_char_with_fmt(batch.environment, &number, buffer, text.data, text.length);
+    });
+}
+
+template <class T> status to_char(const batch& batch, const column_argument<T>& numbers, string_constant format, string_constant nls) {
+    if (has_no_format(*format)) {
+        return null_rows(batch);
+    }
+    if (nls->length < 1 || nls->length > longest_nls) {
+        (void)null_rows(batch);
+        return BIFUN_INVALID_NLS_PARAMETER;
+    }
+    const bifun_string text = string_of(*format, 0);
+    const bifun_string parameters = string_of(*nls, 0);
+    return format_rows(batch, numbers, [&](const xdec& number, char* buffer) {
+        return xdec_to_char_with_nls(batch.environment, &number, buffer, text.data, text.length, parameters.data, parameters.length);
+    });
+}
+
+} // namespace
+} // namespace bifun
+
+using namespace bifun;
+
+status bto_char_a_int_to_varchar(BATCH_OF(column x)) { return render_rows(BATCH, integer(x), render_integer<std::int32_t>); }
+status bto_char_a_int64_to_varchar(BATCH_OF(column x)) { return render_rows(BATCH, bigint(x), render_integer<std::int64_t>); }
+status bto_char_a_dec_to_varchar(BATCH_OF(column x)) { return render_rows(BATCH, decimal(x), render_decimal); }
+status bto_char_a_double_to_varchar(BATCH_OF(column x)) { return render_rows(BATCH, floating(x), render_double); }
+
+status bto_char_av_int_to_varchar_with_fmt(BATCH_OF(column x, string_constant format)) { return to_char(BATCH, integer(x), format); }
+status bto_char_av_int64_to_varchar_with_fmt(BATCH_OF(column x, string_constant format)) { return to_char(BATCH, bigint(x), format); }
+status bto_char_av_double_to_varchar_with_fmt(BATCH_OF(column x, string_constant format)) { return to_char(BATCH, floating(x), format); }
+
+status bto_char_avv_int_to_varchar_with_nls(BATCH_OF(column x, string_constant format, string_constant nls)) {
+    return to_char(BATCH, integer(x), format, nls);
+}
+status bto_char_avv_int64_to_varchar_with_nls(BATCH_OF(column x, string_constant format, string_constant nls)) {
+    return to_char(BATCH, bigint(x), format, nls);
+}
+status bto_char_avv_dec_to_varchar_with_nls(BATCH_OF(column x, string_constant format, string_constant nls)) {
+    return to_char(BATCH, decimal(x), format, nls);
+}
+status bto_char_avv_double_to_varchar_with_nls(BATCH_OF(column x, string_constant format, string_constant nls)) {
+    return to_char(BATCH, floating(x), format, nls);
+}
