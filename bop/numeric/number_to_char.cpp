@@ -62,6 +62,8 @@ status decimal_of(std::int64_t number, xdec& result) {
     return xdec_from_int64(&result, number, any_precision);
 }
 
+status decimal_of(std::int32_t number, xdec& result) { return decimal_of(std::int64_t{number}, result); }
+
 status decimal_of(double number, xdec& result) {
     const status overflow = ntype_is_double_overflow(number);
     return overflow < BIFUN_OK ? overflow : xdec_from_double(&result, number);
