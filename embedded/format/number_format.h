@@ -19,14 +19,14 @@ enum class format_kind : std::uint8_t { fixed, scientific, hexadecimal, roman, s
 // How the sign is shown, beginning with what a format without MI, PR or S does: a minus or a blank before the number.
 enum class sign_style : std::uint8_t { minus_before, minus_behind, sign_before, sign_behind, brackets };
 
-// Digits without anything between them, then perhaps a character.
+// Digits without anything between them and perhaps a separator or the point behind them: together at most 8 columns.
 struct digit_run {
-    std::uint8_t digits;   // 0 to 8
-    std::uint8_t followed; // 1 where `character` comes behind them, else 0
-    char character;
+    std::uint8_t digits;  // 0 to 7
+    std::uint8_t columns; // one more than digits where `mark` counts
+    std::uint8_t mark;    // ASCII
 };
 
-constexpr std::uint32_t max_run_digits = 8;
+constexpr std::uint32_t max_run_digits = 7;
 
 // A number is written as: blanks, sign, leading symbol, body, exponent, trailing symbol, sign. The body is the digits with their separators
 // and the point; each digit of the format is one column of it, so that its layout does not depend on the value. Integer digits that are

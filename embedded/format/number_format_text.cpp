@@ -1,4 +1,6 @@
 #include <algorithm>
+#include <array>
+#include <bit>
 #include <cstring>
 #include <string_view>
 
@@ -15,21 +17,43 @@ namespace {
 
 // ---- digits of a rounded value -----------------------------------------------------------------------------------
 
-// The digits of a number, the last one before `digits_end`. A format reads `max_format_length` of them and runs are copied
-// `max_run_digits` at a time; write_coefficient needs its room before the last zero of a number.
+// The digits of a number, the last one before `digits_end`. A format reads `max_format_length` of them, eight at a time; write_coefficient
+// needs its room before the last zero of a number.
 constexpr std::size_t digits_end = digit_room + 80;
-using digits_room = char[digits_end + max_run_digits];
+using digits_room = char[digits_end + 8];
 
 constexpr std::uint32_t too_many_digits = ~std::uint32_t{0};
 constexpr std::uint32_t word_digits = 24; // written for a 64-bit number, zeros before it
 
-void write_word(char* end, std::uint64_t number) {
-    constexpr std::uint64_t ten_to_16 = 10'000'000'000'000'000;
+constexpr std::array<std::uint64_t, 20> make_word_powers_of_ten() {
+    std::array<std::uint64_t, 20> powers{};
+    std::ranges::transform(powers_of_ten.begin(), powers_of_ten.begin() + powers.size(), powers.begin(),
+                           [](uint128 power) { return static_cast<std::uint64_t>(power); });
+    return powers;
+}
+
+// 10^0 to 10^19.
+constexpr std::array<std::uint64_t, 20> word_powers_of_ten = make_word_powers_of_ten();
+
+// Digits of `number` without leading zeros; 0 has none.
+std::uint32_t word_digit_count(std::uint64_t number) {
+    const auto digits = static_cast<std::uint32_t>(std::bit_width(number)) * 1233 >> 12; // the floor of bits x log10(2)
+    return digits + (number >= word_powers_of_ten[digits] ? 1 : 0);
+}
+
+// Writes the last 8, 16 or 24 digits of the number, enough for `columns`.
+void write_word(char* end, std::uint64_t number, std::uint32_t columns) {
     constexpr std::uint32_t ten_to_8 = 100'000'000;
-    const std::uint64_t low = number % ten_to_16;
-    write_8_digits(end - 24, static_cast<std::uint32_t>(number / ten_to_16));
-    write_8_digits(end - 16, static_cast<std::uint32_t>(low / ten_to_8));
-    write_8_digits(end - 8, static_cast<std::uint32_t>(low % ten_to_8));
+    if (columns > 8) {
+        std::uint64_t high = number / ten_to_8;
+        if (columns > 16) {
+            write_8_digits(end - 24, static_cast<std::uint32_t>(high / ten_to_8));
+            high %= ten_to_8;
+        }
+        write_8_digits(end - 16, static_cast<std::uint32_t>(high));
+        number %= ten_to_8;
+    }
+    write_8_digits(end - 8, static_cast<std::uint32_t>(number));
 }
 
 // coefficient x 10^-dropped, rounded half away from zero. Returns whether it could be done in 64 bits.
@@ -39,9 +63,9 @@ bool round_word(uint128 coefficient, std::int64_t dropped, std::uint64_t& rounde
         return false;
     }
     if (dropped < 0) {
-        return !__builtin_mul_overflow(word, static_cast<std::uint64_t>(powers_of_ten[static_cast<std::size_t>(-dropped)]), &rounded);
+        return !__builtin_mul_overflow(word, word_powers_of_ten[static_cast<std::size_t>(-dropped)], &rounded);
     }
-    const auto unit = static_cast<std::uint64_t>(powers_of_ten[static_cast<std::size_t>(dropped)]);
+    const std::uint64_t unit = word_powers_of_ten[static_cast<std::size_t>(dropped)];
     const std::uint64_t remainder = word % unit;
     rounded = word / unit + (remainder >= unit - remainder ? 1 : 0);
     return true;
@@ -87,26 +111,11 @@ std::uint32_t write_digits(char* end, uint128 coefficient, std::int64_t dropped,
     if (columns > word_digits) {
         std::memset(end - columns, '0', columns - word_digits);
     }
-    write_word(end, rounded);
-    return digit_count(rounded);
+    write_word(end, rounded, columns);
+    return word_digit_count(rounded);
 }
 
 // ---- numbers in columns ------------------------------------------------------------------------------------------
-
-constexpr std::size_t chunk = 16;
-
-// Both write whole chunks: as long as the layout of a format is the same for every row, no branch depends on the value.
-void copy_chunks(char* destination, const char* source, std::uint32_t count) {
-    for (std::uint32_t i = 0; i < count; i += chunk) {
-        std::memcpy(destination + i, source + i, chunk);
-    }
-}
-
-void blank_chunks(char* destination, std::uint32_t count) {
-    for (std::uint32_t i = 0; i < count; i += chunk) {
-        std::memset(destination + i, ' ', chunk);
-    }
-}
 
 void write_row_of(char character, std::uint32_t count, char* buffer) {
     std::memset(buffer, character, count);
@@ -131,96 +140,117 @@ char* append_exponent(char* out, std::int64_t exponent) {
     return out;
 }
 
-// What stands where a sign may stand, or NUL for nothing, by style and whether the value is negative.
-struct sign_marks {
-    char before[2];
-    char behind[2];
+// What stands where a sign may stand.
+struct sign_mark {
+    char character;
+    std::uint8_t length; // 0 for nothing
 };
 
-constexpr sign_marks marks_of_styles[] = {
-    {.before = {' ', '-'}, .behind = {'\0', '\0'}}, // minus_before
-    {.before = {'\0', '\0'}, .behind = {' ', '-'}}, // minus_behind
-    {.before = {'+', '-'}, .behind = {'\0', '\0'}}, // sign_before
-    {.before = {'\0', '\0'}, .behind = {'+', '-'}}, // sign_behind
-    {.before = {' ', '<'}, .behind = {' ', '>'}},   // brackets
+// By style, whether the value is negative, and whether FM leaves blanks out.
+constexpr sign_mark minus{'-', 1};
+constexpr sign_mark plus{'+', 1};
+constexpr sign_mark blank{' ', 1};
+constexpr sign_mark less{'<', 1};
+constexpr sign_mark greater{'>', 1};
+constexpr sign_mark nothing{'\0', 0};
+constexpr sign_mark marks_before[][2][2] = {
+    {{blank, nothing}, {minus, minus}},       // minus_before
+    {{nothing, nothing}, {nothing, nothing}}, // minus_behind
+    {{plus, plus}, {minus, minus}},           // sign_before
+    {{nothing, nothing}, {nothing, nothing}}, // sign_behind
+    {{blank, nothing}, {less, less}},         // brackets
+};
+constexpr sign_mark marks_behind[][2][2] = {
+    {{nothing, nothing}, {nothing, nothing}}, // minus_before
+    {{blank, nothing}, {minus, minus}},       // minus_behind
+    {{nothing, nothing}, {nothing, nothing}}, // sign_before
+    {{plus, plus}, {minus, minus}},           // sign_behind
+    {{blank, nothing}, {greater, greater}},   // brackets
 };
 
-char* append_sign(char* out, char mark, bool fill_mode) {
-    *out = mark;
-    return out + (mark == '\0' || (mark == ' ' && fill_mode) ? 0 : 1);
+// Without a branch on the value, for signs in a column are as good as random.
+char* append_sign(char* out, sign_mark mark) {
+    *out = mark.character;
+    return out + mark.length;
 }
 
-// How much of the body is shown: from the `integer_digits` digits before the point to `columns` columns in all.
-struct extent {
-    std::uint32_t integer_digits;
-    std::uint32_t columns;
-};
+// Under FM: zeros at the end of the fraction go where the format has 9. `end` is that of the fraction.
+const char* without_trailing_zeros(const number_format& format, const char* end, std::uint32_t least_fraction_digits) {
+    for (std::uint32_t i = format.fraction_digits; i > least_fraction_digits && end[-1] == '0'; --i) {
+        --end;
+    }
+    return end;
+}
 
-// Under FM: zeros at the end of the fraction go where the format has 9, but at least one digit of the number stays.
-extent without_trailing_zeros(const number_format& format, const char* body, extent shown) {
-    std::uint32_t fraction_digits = format.fraction_digits;
-    while (fraction_digits > format.least_fraction_digits && body[shown.columns - 1] == '0') {
-        --fraction_digits;
-        --shown.columns;
+// Writes all columns of the body, blanks in the first `hidden` of them. As the layout of a format is the same for every row, no branch
+// depends on the value. Up to 8 bytes behind the body are garbage.
+void write_body(const number_format& format, const char* digits, std::uint32_t hidden, char* out) {
+    constexpr std::uint64_t blanks = 0x2020202020202020;
+    const std::uint32_t run_count = format.run_count;
+    auto hidden_left = static_cast<std::int32_t>(hidden);
+    for (std::uint32_t i = 0; i < run_count; ++i) {
+        const digit_run run = format.runs[i];
+        std::uint64_t word;
+        std::memcpy(&word, digits, sizeof word);
+        word = (word & ~(std::uint64_t{0xFF} << 8 * run.digits)) | std::uint64_t{run.mark} << 8 * run.digits;
+        // All bits but those of the hidden columns: shifted in two steps, as there may be eight of them.
+        const auto half = static_cast<std::uint32_t>(std::clamp(hidden_left, 0, 8)) * 4;
+        word = blanks ^ ((word ^ blanks) & ~std::uint64_t{0} << half << half);
+        std::memcpy(out, &word, sizeof word);
+        out += run.columns;
+        digits += run.digits;
+        hidden_left -= run.columns;
     }
-    if (fraction_digits == 0 && shown.integer_digits == 0) {
-        if (format.integer_digits != 0) {
-            shown.integer_digits = 1;
-        } else {
-            ++shown.columns;
-        }
-    }
-    return shown;
+}
+
+// Writes the sign and a leading symbol.
+char* append_head(char* out, const number_format& format, sign_mark sign) {
+    out = append_sign(out, sign);
+    return format.symbol_leads ? append(out, {format.symbol, format.symbol_length}) : out;
 }
 
 // Writes the number whose digits, as many as the format has, end before `end`; `significant` of them are not leading zeros.
 [[gnu::always_inline]] inline void write_in_columns(const number_format& format, const char* end, std::uint32_t significant, bool negative,
                                                     std::int64_t exponent, char* buffer) {
     const std::uint32_t fraction_digits = format.fraction_digits;
-    std::uint32_t integer_digits = significant > fraction_digits ? significant - fraction_digits : 0;
-    if (integer_digits != 0 || !format.blank_zero) {
-        integer_digits = std::max<std::uint32_t>(integer_digits, format.least_integer_digits);
+    std::uint32_t integer_digits = std::max(significant, fraction_digits + format.least_integer_digits) - fraction_digits;
+    if (format.blank_zero && significant <= fraction_digits) {
+        integer_digits = 0;
     }
-
-    char body[192];
-    char* out = body;
-    const char* digits = end - format.integer_digits - fraction_digits;
-    for (std::uint32_t i = 0; i < format.run_count; ++i) {
-        const digit_run run = format.runs[i];
-        std::memcpy(out, digits, max_run_digits);
-        out += run.digits;
-        digits += run.digits;
-        *out = run.character;
-        out += run.followed;
-    }
-
+    const bool shows_minus = negative & (significant != 0);
+    const sign_mark sign = marks_before[static_cast<std::size_t>(format.sign)][shows_minus][format.fill_mode];
+    const char* const digits = end - format.integer_digits - fraction_digits;
     const std::uint32_t all_integer_columns = format.integer_columns[format.integer_digits];
-    extent shown{.integer_digits = integer_digits, .columns = format.body_columns};
-    out = buffer;
-    if (format.fill_mode) {
-        shown = without_trailing_zeros(format, body, shown);
-    }
-    const std::uint32_t hidden = all_integer_columns - format.integer_columns[shown.integer_digits];
+    char* out = buffer;
     if (!format.fill_mode) {
-        blank_chunks(out, all_integer_columns);
-        out += hidden;
+        const std::uint32_t hidden = all_integer_columns - format.integer_columns[integer_digits];
+        // The sign and the symbol go over the blanks before the first digit.
+        const std::uint32_t head_columns = sign.length + (format.symbol_leads ? std::uint32_t{format.symbol_length} : 0);
+        for (std::uint32_t i = 0; i < head_columns; ++i) {
+            buffer[i] = ' ';
+        }
+        write_body(format, digits, hidden, buffer + head_columns);
+        append_head(buffer + hidden, format, sign);
+        out += head_columns + format.body_columns;
+    } else {
+        std::uint32_t least_fraction_digits = format.least_fraction_digits;
+        if (significant == 0 && integer_digits + least_fraction_digits == 0) {
+            // At least one digit of the number stays.
+            (format.integer_digits != 0 ? integer_digits : least_fraction_digits) = 1;
+        }
+        char body[max_format_length + 8];
+        write_body(format, digits, 0, body);
+        const char* const first = body + all_integer_columns - format.integer_columns[integer_digits];
+        const char* const last = without_trailing_zeros(format, body + format.body_columns, least_fraction_digits);
+        out = append(append_head(out, format, sign), {first, static_cast<std::size_t>(last - first)});
     }
-
-    const sign_marks& marks = marks_of_styles[static_cast<std::size_t>(format.sign)];
-    out = append_sign(out, marks.before[negative], format.fill_mode);
-    const std::string_view symbol{format.symbol, format.symbol_length};
-    if (format.symbol_leads) {
-        out = append(out, symbol);
-    }
-    copy_chunks(out, body + hidden, format.body_columns);
-    out += shown.columns - hidden;
     if (format.kind == format_kind::scientific) {
         out = append_exponent(out, exponent);
     }
     if (!format.symbol_leads && format.symbol_length != 0) {
-        out = append(out, symbol);
+        out = append(out, {format.symbol, format.symbol_length});
     }
-    out = append_sign(out, marks.behind[negative], format.fill_mode);
+    out = append_sign(out, marks_behind[static_cast<std::size_t>(format.sign)][shows_minus][format.fill_mode]);
     *out = '\0';
 }
 
@@ -237,7 +267,7 @@ void write_fixed(const number_format& format, const decimal_parts& value, char* 
     } else if (significant == 0 && format.blank_zero) {
         write_blank_zero(format, buffer);
     } else {
-        write_in_columns(format, end, significant, value.negative && significant != 0, 0, buffer);
+        write_in_columns(format, end, significant, value.negative, 0, buffer);
     }
 }
 
@@ -308,8 +338,9 @@ void write_roman(const number_format& format, const decimal_parts& value, char* 
         std::uint32_t value;
         std::string_view upper;
         std::string_view lower;
-    } numerals[] = {{1000, "M", "m"}, {900, "CM", "cm"}, {500, "D", "d"}, {400, "CD", "cd"}, {100, "C", "c"}, {90, "XC", "xc"}, {50, "L", "l"},
-                    {40, "XL", "xl"}, {10, "X", "x"},    {9, "IX", "ix"}, {5, "V", "v"},     {4, "IV", "iv"}, {1, "I", "i"}};
+    } numerals[] = {{1000, "M", "m"}, {900, "CM", "cm"}, {500, "D", "d"},  {400, "CD", "cd"}, {100, "C", "c"},
+                    {90, "XC", "xc"}, {50, "L", "l"},    {40, "XL", "xl"}, {10, "X", "x"},    {9, "IX", "ix"},
+                    {5, "V", "v"},    {4, "IV", "iv"},   {1, "I", "i"}};
     uint128 number = value.coefficient;
     if (value.scale > 0) {
         number = round_coefficient(number, value.scale);
@@ -345,8 +376,7 @@ void write_shortest(const number_format& format, const decimal_parts& value, cha
 
     const auto significant = static_cast<std::int64_t>(digits.size());
     const std::int64_t integer_digits = significant - scale; // below 1 for a number that begins behind the point
-    const std::int64_t plain_length =
-        (value.negative ? 1 : 0) + (scale <= 0 ? integer_digits : std::max(scale, significant) + 1);
+    const std::int64_t plain_length = (value.negative ? 1 : 0) + (scale <= 0 ? integer_digits : std::max(scale, significant) + 1);
     char* out = buffer;
     if (value.negative) {
         *out++ = '-';
