@@ -47,8 +47,8 @@ struct batch {
 #define INLINED __attribute__((always_inline))
 
 // For the few loops whose best form differs with the instruction set: a function for 512-bit vectors, and whether it may be called.
-// Only these convert between 64-bit integers and doubles.
-#if defined(__x86_64__)
+// Only these convert between 64-bit integers and doubles. Sanitizer builds take the other way, so that both are tested.
+#if defined(__x86_64__) && !defined(BIFUN_SANITIZED)
 #define WITH_AVX512 __attribute__((target("avx512f,avx512dq,avx512vl,avx512bw")))
 inline bool has_avx512() {
     return __builtin_cpu_supports("avx512f") != 0 && __builtin_cpu_supports("avx512dq") != 0 && __builtin_cpu_supports("avx512vl") != 0 &&

@@ -18,7 +18,7 @@ const xdec& pick(bool first, const xdec& x, const xdec& y) {
     const auto address_of_x = reinterpret_cast<std::uintptr_t>(&x);
     const auto address_of_y = reinterpret_cast<std::uintptr_t>(&y);
     const auto difference = (address_of_x ^ address_of_y) & (std::uintptr_t{0} - static_cast<std::uintptr_t>(first));
-    return *reinterpret_cast<const xdec*>(address_of_y ^ difference);
+    return *reinterpret_cast<const xdec*>(address_of_y ^ difference); // NOLINT(performance-no-int-to-ptr): that is the point
 }
 
 const xdec& greater_decimal(const xdec& x, const xdec& y) { return pick(xdec_cmp(&x, &y) > 0, x, y); }
