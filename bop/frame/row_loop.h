@@ -12,32 +12,13 @@
 #include <type_traits>
 
 #include "bop/frame/arguments.h"
-#include "engine/columns.h"
+#include "bop/frame/setters.h"
 
 namespace bifun {
 
 // For which rows a kernel is evaluated. `all` is for a kernel that is cheap, has no side effects and is defined for any bits: it is
 // computed for NULL rows as well, whose results become zero, so that the loop has no branch and vectorises.
 enum class rows : std::uint8_t { all, present };
-
-// ---- the engine's setters by type ----
-
-inline void set_value(const batch& batch, std::uint32_t row, std::int32_t value) {
-    const bifun_int_constant record{1, value};
-    (void)bdta3_set_int(batch.environment, batch.memory, batch.result, row, &record);
-}
-
-inline void set_value(const batch& batch, std::uint32_t row, std::int64_t value) {
-    const bifun_bigint_constant record{1, value};
-    (void)bdta3_set_int64(batch.environment, batch.memory, batch.result, row, &record);
-}
-
-inline void set_value(const batch& batch, std::uint32_t row, double value) {
-    const bifun_double_constant record{1, value};
-    (void)bdta3_set_double(batch.environment, batch.memory, batch.result, row, &record);
-}
-
-inline bool setters_are_plain_stores() { return &bdta3_setters_are_plain_stores != nullptr && bdta3_setters_are_plain_stores != 0; }
 
 // A single column's promise is passed on as it stands; those of several arguments are joined to 0 or 1.
 template <class T> std::uint32_t joint_no_null_flag(const column_argument<T>& argument) { return argument.column->no_nulls; }
