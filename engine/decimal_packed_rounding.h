@@ -76,22 +76,20 @@ struct wide_number {
 
 inline wide_number multiply_wide(uint128 a, uint128 b) {
     const uint128 low = uint128{low_half(a)} * low_half(b);
-    const uint128 cross_a = uint128{high_half(a)} * low_half(b);
-    const uint128 cross_b = uint128{low_half(a)} * high_half(b);
-    const uint128 middle = cross_a + high_half(low) + low_half(cross_b);
-    return {.high = uint128{high_half(a)} * high_half(b) + high_half(middle) + high_half(cross_b),
-            .low = uint128{low_half(middle)} << 64 | low_half(low)};
+    const uint128 cross_a = uint128{high_half(a)} * low_half(b) + high_half(low);
+    const uint128 cross_b = uint128{low_half(a)} * high_half(b) + low_half(cross_a);
+    return {.high = uint128{high_half(a)} * high_half(b) + high_half(cross_a) + high_half(cross_b), .low = cross_b << 64 | low_half(low)};
 }
 
 // 2 x coefficient / 10^cut, rounded down: the quotient, and whether half a unit or more is cut off. `cut` is 1 to max_short_cut or
 // max_long_cut, the coefficient below 2^63 or 2^127.
-inline std::uint64_t halves_after_cut(std::uint64_t coefficient, std::int32_t cut) {
-    const reciprocal<std::uint64_t>& by = short_reciprocals[static_cast<std::size_t>(cut)];
+inline std::uint64_t halves_after_cut(std::uint64_t coefficient, std::uint32_t cut) {
+    const reciprocal<std::uint64_t>& by = short_reciprocals[cut];
     return high_half(uint128{coefficient} * by.multiplier) >> by.shift;
 }
 
-inline uint128 halves_after_cut(uint128 coefficient, std::int32_t cut) {
-    const reciprocal<uint128>& by = long_reciprocals[static_cast<std::size_t>(cut)];
+inline uint128 halves_after_cut(uint128 coefficient, std::uint32_t cut) {
+    const reciprocal<uint128>& by = long_reciprocals[cut];
     return multiply_wide(coefficient, by.multiplier).high >> by.shift;
 }
 
@@ -111,26 +109,29 @@ inline bool load_magnitude(const xdec& value, uint128* magnitude) {
 }
 
 template <rounding mode, class Word> inline bool set_digits(const xdec& value, std::int32_t digits, xdec* result) {
-    constexpr std::int32_t max_cut = sizeof(Word) == sizeof(std::uint64_t) ? max_short_cut : max_long_cut;
-    const std::int32_t scale = value.bytes[scale_at];
-    if (digits >= scale) {
-        *result = value;
-        return true;
-    }
-    // From here on the scale is above 0, so there is no exponent.
+    constexpr std::uint32_t max_cut = sizeof(Word) == sizeof(std::uint64_t) ? max_short_cut : max_long_cut;
+    const std::uint32_t scale = value.bytes[scale_at];
+    const std::uint32_t cut = scale - static_cast<std::uint32_t>(digits);
+    // One comparison: neither is `cut` outside 1 to max_cut nor `digits` negative. Then the scale is above 0, so there is no exponent.
+    const std::uint32_t all_if_negative = static_cast<std::uint32_t>(digits >> 31);
     Word magnitude;
-    if (digits < 0 || scale - digits > max_cut || !load_magnitude(value, &magnitude)) {
+    if (((cut - 1) | all_if_negative) >= max_cut || !load_magnitude(value, &magnitude)) {
+        if (digits >= static_cast<std::int32_t>(scale)) {
+            *result = value;
+            return true;
+        }
         return false;
     }
-    const std::int32_t cut = scale - digits;
     const Word halves = halves_after_cut(magnitude, cut);
     const Word rounded = mode == rounding::toward_zero ? halves >> 1 : (halves + 1) >> 1;
-    // The precision less the digits cut off, and one more where rounding up makes a power of ten.
-    const auto kept = static_cast<std::uint32_t>(std::max(value.bytes[precision_at] - cut, 0));
+    // One digit more where rounding up makes a power of ten. Of a value without a whole unit, 0 or 1 is left: one digit.
+    const auto kept = static_cast<std::uint64_t>(std::max<std::int64_t>(std::int64_t{value.bytes[precision_at]} - cut, 1));
     const bool one_more = mode != rounding::toward_zero && rounded >= static_cast<Word>(powers_of_ten[kept]);
-    const std::uint32_t precision = kept + (one_more ? 1 : 0);
-    const std::uint32_t mark_and_precision = rounded == 0 ? XDEC_ZERO | 1U << 8 : value.bytes[0] | precision << 8;
-    const std::uint64_t head = mark_and_precision | static_cast<std::uint32_t>(digits) << 16;
+    const std::uint64_t precision = kept + (one_more ? 1 : 0);
+    // The mark, or that of zero; in arithmetic, for compilers take a condition here for a rare case and branch.
+    const std::uint32_t unless_zero = std::uint32_t{0} - (rounded != 0 ? 1 : 0);
+    const std::uint32_t mark_change = (std::uint32_t{value.bytes[0]} ^ XDEC_ZERO) & unless_zero;
+    const std::uint64_t head = (mark_change | precision << 8) ^ (XDEC_ZERO | static_cast<std::uint32_t>(digits) << 16);
     std::memset(result->bytes + coefficient_at + sizeof rounded, 0, sizeof *result - coefficient_at - sizeof rounded);
     std::memcpy(result->bytes, &head, sizeof head);
     std::memcpy(result->bytes + coefficient_at, &rounded, sizeof rounded);

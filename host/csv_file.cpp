@@ -14,9 +14,9 @@
 namespace host {
 namespace {
 
-constexpr std::size_t buffer_size = 256 * 1024;
+constexpr std::size_t buffer_size = std::size_t{256} * 1024;
 // A row beyond this is a quote that somebody forgot to close.
-constexpr std::size_t longest_row = 64 * 1024 * 1024;
+constexpr std::size_t longest_row = std::size_t{64} * 1024 * 1024;
 
 } // namespace
 

@@ -56,7 +56,7 @@ bool take_dollar(format_reader& text, number_format& format) {
     return true;
 }
 
-void begin_run(number_format& format) { format.runs[format.run_count++] = {.digits = 0, .columns = 0, .mark = 0}; }
+void begin_run(number_format& format) { format.runs[format.run_count++] = {.digits = 0, .columns = 0, .mark = '\0'}; }
 
 void add_digit(number_format& format) {
     if (format.runs[format.run_count - 1].digits == max_run_digits) {
@@ -68,7 +68,7 @@ void add_digit(number_format& format) {
 
 void add_mark(number_format& format, char mark) {
     ++format.runs[format.run_count - 1].columns;
-    format.runs[format.run_count - 1].mark = static_cast<std::uint8_t>(mark);
+    format.runs[format.run_count - 1].mark = mark;
     begin_run(format);
 }
 

@@ -1,3 +1,5 @@
+#include <emmintrin.h>
+
 #include <algorithm>
 #include <array>
 #include <bit>
@@ -41,19 +43,35 @@ std::uint32_t word_digit_count(std::uint64_t number) {
     return digits + (number >= word_powers_of_ten[digits] ? 1 : 0);
 }
 
+constexpr std::uint32_t ten_to_8 = 100'000'000;
+
+// Writes 16 digits: two numbers below 10^8, one behind the other.
+void write_16_digits(char* destination, std::uint32_t first, std::uint32_t second) {
+    const auto lanes = [](std::uint32_t low, std::uint32_t high) {
+        return _mm_unpacklo_epi32(_mm_cvtsi32_si128(static_cast<int>(low)), _mm_cvtsi32_si128(static_cast<int>(high)));
+    };
+    const __m128i fours = _mm_unpacklo_epi64(lanes(first / 10000, first % 10000), lanes(second / 10000, second % 10000));
+    // Four numbers of four digits, eight of two, sixteen of one; each division is a multiplication that is exact for its range.
+    const __m128i hundreds = _mm_srli_epi16(_mm_mulhi_epu16(fours, _mm_set1_epi16(5243)), 3);
+    const __m128i twos = _mm_or_si128(hundreds, _mm_slli_epi32(_mm_sub_epi16(fours, _mm_mullo_epi16(hundreds, _mm_set1_epi16(100))), 16));
+    const __m128i tens = _mm_srli_epi16(_mm_mullo_epi16(twos, _mm_set1_epi16(103)), 10);
+    const __m128i ones = _mm_or_si128(tens, _mm_slli_epi16(_mm_sub_epi16(twos, _mm_mullo_epi16(tens, _mm_set1_epi16(10))), 8));
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(destination), _mm_or_si128(ones, _mm_set1_epi8('0')));
+}
+
 // Writes the last 8, 16 or 24 digits of the number, enough for `columns`.
 void write_word(char* end, std::uint64_t number, std::uint32_t columns) {
-    constexpr std::uint32_t ten_to_8 = 100'000'000;
-    if (columns > 8) {
-        std::uint64_t high = number / ten_to_8;
-        if (columns > 16) {
-            write_8_digits(end - 24, static_cast<std::uint32_t>(high / ten_to_8));
-            high %= ten_to_8;
-        }
-        write_8_digits(end - 16, static_cast<std::uint32_t>(high));
-        number %= ten_to_8;
+    if (columns <= 8) {
+        write_8_digits(end - 8, static_cast<std::uint32_t>(number));
+        return;
     }
-    write_8_digits(end - 8, static_cast<std::uint32_t>(number));
+    std::uint64_t high = number / ten_to_8;
+    const auto low = static_cast<std::uint32_t>(number % ten_to_8);
+    if (columns > 16) {
+        write_8_digits(end - 24, static_cast<std::uint32_t>(high / ten_to_8));
+        high %= ten_to_8;
+    }
+    write_16_digits(end - 16, static_cast<std::uint32_t>(high), low);
 }
 
 // coefficient x 10^-dropped, rounded half away from zero. Returns whether it could be done in 64 bits.
@@ -83,7 +101,7 @@ uint128 round_coefficient(uint128 coefficient, std::int64_t dropped) {
 
 // Writes the digits of coefficient x 10^-dropped, rounded half away from zero, and zeros before them up to `columns` digits. Returns how
 // many there are without those zeros, or too_many_digits.
-std::uint32_t write_wide(char* end, uint128 coefficient, std::int64_t dropped, std::uint32_t columns) {
+[[gnu::noinline]] std::uint32_t write_wide(char* end, uint128 coefficient, std::int64_t dropped, std::uint32_t columns) {
     std::int64_t zeros = 0;
     if (dropped > 0) {
         coefficient = round_coefficient(coefficient, dropped);
@@ -117,6 +135,21 @@ std::uint32_t write_digits(char* end, uint128 coefficient, std::int64_t dropped,
 
 // ---- numbers in columns ------------------------------------------------------------------------------------------
 
+constexpr std::size_t chunk = 16;
+
+// Both write whole chunks: as the layout of a format is the same for every row, no branch depends on the value.
+[[gnu::always_inline]] inline void copy_chunks(char* destination, const char* source, std::uint32_t count) {
+    for (std::uint32_t i = 0; i < count; i += chunk) {
+        std::memcpy(destination + i, source + i, chunk);
+    }
+}
+
+[[gnu::always_inline]] inline void blank_chunks(char* destination, std::uint32_t count) {
+    for (std::uint32_t i = 0; i < count; i += chunk) {
+        std::memset(destination + i, ' ', chunk);
+    }
+}
+
 void write_row_of(char character, std::uint32_t count, char* buffer) {
     std::memset(buffer, character, count);
     buffer[count] = '\0';
@@ -125,6 +158,11 @@ void write_row_of(char character, std::uint32_t count, char* buffer) {
 char* append(char* out, std::string_view text) {
     std::memcpy(out, text.data(), text.size());
     return out + text.size();
+}
+
+char* append_zeros(char* out, std::int64_t count) {
+    std::memset(out, '0', static_cast<std::size_t>(count));
+    return out + count;
 }
 
 // E, the sign and at least two digits; the magnitude is below 1000.
@@ -146,13 +184,14 @@ struct sign_mark {
     std::uint8_t length; // 0 for nothing
 };
 
-// By style, whether the value is negative, and whether FM leaves blanks out.
 constexpr sign_mark minus{'-', 1};
 constexpr sign_mark plus{'+', 1};
 constexpr sign_mark blank{' ', 1};
 constexpr sign_mark less{'<', 1};
 constexpr sign_mark greater{'>', 1};
 constexpr sign_mark nothing{'\0', 0};
+
+// By style, whether the value is negative, and whether FM leaves blanks out.
 constexpr sign_mark marks_before[][2][2] = {
     {{blank, nothing}, {minus, minus}},       // minus_before
     {{nothing, nothing}, {nothing, nothing}}, // minus_behind
@@ -182,29 +221,20 @@ const char* without_trailing_zeros(const number_format& format, const char* end,
     return end;
 }
 
-// Writes all columns of the body, blanks in the first `hidden` of them. As the layout of a format is the same for every row, no branch
-// depends on the value. Up to 8 bytes behind the body are garbage.
-void write_body(const number_format& format, const char* digits, std::uint32_t hidden, char* out) {
-    constexpr std::uint64_t blanks = 0x2020202020202020;
-    const std::uint32_t run_count = format.run_count;
-    auto hidden_left = static_cast<std::int32_t>(hidden);
-    for (std::uint32_t i = 0; i < run_count; ++i) {
-        const digit_run run = format.runs[i];
-        std::uint64_t word;
-        std::memcpy(&word, digits, sizeof word);
-        word = (word & ~(std::uint64_t{0xFF} << 8 * run.digits)) | std::uint64_t{run.mark} << 8 * run.digits;
-        // All bits but those of the hidden columns: shifted in two steps, as there may be eight of them.
-        const auto half = static_cast<std::uint32_t>(std::clamp(hidden_left, 0, 8)) * 4;
-        word = blanks ^ ((word ^ blanks) & ~std::uint64_t{0} << half << half);
-        std::memcpy(out, &word, sizeof word);
+// Writes all columns of the body. Up to 8 bytes behind it are garbage.
+[[gnu::always_inline]] inline void write_body(const number_format& format, const char* digits, char* out) {
+    const digit_run* const last = format.runs + format.run_count;
+    for (const digit_run* next = format.runs; next != last; ++next) {
+        const digit_run run = *next;
+        std::memcpy(out, digits, max_run_digits + 1); // in one piece
+        out[run.digits] = run.mark;
         out += run.columns;
         digits += run.digits;
-        hidden_left -= run.columns;
     }
 }
 
 // Writes the sign and a leading symbol.
-char* append_head(char* out, const number_format& format, sign_mark sign) {
+[[gnu::always_inline]] inline char* append_head(char* out, const number_format& format, sign_mark sign) {
     out = append_sign(out, sign);
     return format.symbol_leads ? append(out, {format.symbol, format.symbol_length}) : out;
 }
@@ -213,36 +243,35 @@ char* append_head(char* out, const number_format& format, sign_mark sign) {
 [[gnu::always_inline]] inline void write_in_columns(const number_format& format, const char* end, std::uint32_t significant, bool negative,
                                                     std::int64_t exponent, char* buffer) {
     const std::uint32_t fraction_digits = format.fraction_digits;
+    const std::uint32_t body_columns = format.body_columns;
     std::uint32_t integer_digits = std::max(significant, fraction_digits + format.least_integer_digits) - fraction_digits;
     if (format.blank_zero && significant <= fraction_digits) {
         integer_digits = 0;
     }
     const bool shows_minus = negative & (significant != 0);
-    const sign_mark sign = marks_before[static_cast<std::size_t>(format.sign)][shows_minus][format.fill_mode];
-    const char* const digits = end - format.integer_digits - fraction_digits;
+    const sign_mark(&before)[2] = marks_before[static_cast<std::size_t>(format.sign)][shows_minus];
     const std::uint32_t all_integer_columns = format.integer_columns[format.integer_digits];
+
+    char body[2 * max_format_length + chunk]; // whole chunks for all columns are read from the first one that is shown
+    write_body(format, end - format.integer_digits - fraction_digits, body);
     char* out = buffer;
     if (!format.fill_mode) {
         const std::uint32_t hidden = all_integer_columns - format.integer_columns[integer_digits];
-        // The sign and the symbol go over the blanks before the first digit.
-        const std::uint32_t head_columns = sign.length + (format.symbol_leads ? std::uint32_t{format.symbol_length} : 0);
-        for (std::uint32_t i = 0; i < head_columns; ++i) {
-            buffer[i] = ' ';
-        }
-        write_body(format, digits, hidden, buffer + head_columns);
-        append_head(buffer + hidden, format, sign);
-        out += head_columns + format.body_columns;
+        blank_chunks(out, all_integer_columns);
+        out = append_head(out + hidden, format, before[0]);
+        copy_chunks(out, body + hidden, body_columns);
+        out += body_columns - hidden;
     } else {
         std::uint32_t least_fraction_digits = format.least_fraction_digits;
         if (significant == 0 && integer_digits + least_fraction_digits == 0) {
             // At least one digit of the number stays.
             (format.integer_digits != 0 ? integer_digits : least_fraction_digits) = 1;
         }
-        char body[max_format_length + 8];
-        write_body(format, digits, 0, body);
-        const char* const first = body + all_integer_columns - format.integer_columns[integer_digits];
-        const char* const last = without_trailing_zeros(format, body + format.body_columns, least_fraction_digits);
-        out = append(append_head(out, format, sign), {first, static_cast<std::size_t>(last - first)});
+        const std::uint32_t hidden = all_integer_columns - format.integer_columns[integer_digits];
+        const char* const last = without_trailing_zeros(format, body + body_columns, least_fraction_digits);
+        out = append_head(out, format, before[1]);
+        copy_chunks(out, body + hidden, body_columns);
+        out += last - body - hidden;
     }
     if (format.kind == format_kind::scientific) {
         out = append_exponent(out, exponent);
@@ -324,12 +353,13 @@ void write_hexadecimal(const number_format& format, const decimal_parts& value, 
     for (std::size_t i = 0; i < nibbles; ++i) {
         digits[nibbles - 1 - i] = names[number[i / 8] >> i % 8 * 4 & 15];
     }
-    const std::string_view all{digits, nibbles};
-    const std::size_t significant = nibbles - std::min(all.find_first_not_of('0'), nibbles);
+    const std::size_t zeros = std::min(std::string_view{digits, nibbles}.find_first_not_of('0'), nibbles);
+    const std::size_t significant = nibbles - zeros;
     if (significant > format.integer_digits || (value.negative && rounded != 0)) {
         write_row_of('#', format.width, buffer);
     } else {
-        write_padded(format, all.substr(nibbles - std::max<std::size_t>(significant, format.least_integer_digits)), buffer);
+        const std::size_t shown = std::max<std::size_t>(significant, format.least_integer_digits);
+        write_padded(format, {digits + nibbles - shown, shown}, buffer);
     }
 }
 
@@ -383,22 +413,22 @@ void write_shortest(const number_format& format, const decimal_parts& value, cha
     }
     if (format.kind == format_kind::shortest_scientific || plain_length > longest_plain_text) {
         *out++ = digits.front();
-        if (significant > 1) {
+        digits.remove_prefix(1);
+        if (!digits.empty()) {
             *out++ = format.decimal_point;
-            out = append(out, digits.substr(1));
+            out = append(out, digits);
         }
         out = append_exponent(out, integer_digits - 1);
     } else if (scale <= 0) {
-        out = append(out, digits);
-        std::memset(out, '0', static_cast<std::size_t>(-scale));
-        out += -scale;
+        out = append_zeros(append(out, digits), -scale);
     } else {
-        const std::int64_t before = std::max<std::int64_t>(integer_digits, 0);
-        const std::int64_t zeros = before - integer_digits;
-        out = append(out, digits.substr(0, static_cast<std::size_t>(before)));
+        if (integer_digits > 0) {
+            const auto before_point = static_cast<std::size_t>(integer_digits);
+            out = append(out, {digits.data(), before_point});
+            digits.remove_prefix(before_point);
+        }
         *out++ = format.decimal_point;
-        std::memset(out, '0', static_cast<std::size_t>(zeros));
-        out = append(out + zeros, digits.substr(static_cast<std::size_t>(before)));
+        out = append(append_zeros(out, std::max<std::int64_t>(-integer_digits, 0)), digits);
     }
     *out = '\0';
 }
