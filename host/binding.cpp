@@ -248,6 +248,7 @@ std::size_t add_comparison(binder& state, comparison_operator operation, const o
 std::size_t bind_in_list(binder& state, const expression& tree, const std::vector<operand>& operands) {
     const value_type type = comparison_type(state, operands, tree.offset);
     std::vector<std::size_t> converted;
+    converted.reserve(operands.size());
     for (const operand& given : operands) {
         converted.push_back(as_type(state, given, type));
     }
@@ -256,6 +257,7 @@ std::size_t bind_in_list(binder& state, const expression& tree, const std::vecto
 
 std::size_t bind_logic(binder& state, step_kind kind, const std::vector<operand>& operands) {
     std::vector<std::size_t> conditions;
+    conditions.reserve(operands.size());
     for (const operand& given : operands) {
         conditions.push_back(as_condition(state, given));
     }

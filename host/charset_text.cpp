@@ -81,7 +81,7 @@ struct conversion {
 iconv_t open_conversion(conversion& cached, std::string_view name, const char* to, const char* from) {
     if (cached.descriptor == nullptr || cached.charset_name != name) {
         const iconv_t opened = iconv_open(to, from);
-        if (opened == reinterpret_cast<iconv_t>(-1)) {
+        if (reinterpret_cast<std::intptr_t>(opened) == -1) {
             fail("this system's iconv does not know the character set {}", name);
         }
         cached = {name, converter(opened)};

@@ -14,11 +14,9 @@
 namespace host {
 namespace {
 
-constexpr std::size_t buffer_size = 256 * 1024;
+constexpr std::size_t buffer_size = std::size_t{256} * 1024;
 // A row beyond this is a quote that somebody forgot to close.
-constexpr std::size_t longest_row = 64 * 1024 * 1024;
-
-bool is_never_space(int) { return false; }
+constexpr std::size_t longest_row = std::size_t{64} * 1024 * 1024;
 
 } // namespace
 
@@ -55,7 +53,7 @@ void csv_reader::begin() {
         fail("out of memory");
     }
     parser_ready_ = true;
-    csv_set_space_func(&parser_, [](unsigned char c) -> int { return is_never_space(c) ? 1 : 0; });
+    csv_set_space_func(&parser_, [](unsigned char) { return 0; }); // blanks are part of a field
     csv_set_blk_size(&parser_, std::size_t{64} * 1024);
     constexpr std::string_view byte_order_mark = "\xEF\xBB\xBF";
     while (filled_ < byte_order_mark.size() && refill()) {

@@ -2,9 +2,9 @@
 
 #include <csignal>
 #include <cstdio>
-#include <iostream>
 #include <memory>
 #include <new>
+#include <sstream>
 
 #include <CLI/CLI.hpp>
 #include <unistd.h>
@@ -191,15 +191,18 @@ int run(int argument_count, char** arguments) {
 } // namespace host
 
 int main(int argument_count, char** arguments) {
-    std::signal(SIGPIPE, SIG_IGN);
+    static_cast<void>(std::signal(SIGPIPE, SIG_IGN)); // a write says so itself
+    std::string message;
     try {
         return host::run(argument_count, arguments);
     } catch (const host::output_closed&) {
         return 0;
     } catch (const std::bad_alloc&) {
-        std::fputs("bifun: out of memory\n", stderr);
+        message = "out of memory";
     } catch (const std::exception& error) {
-        std::fputs(("bifun: " + host::one_line(error.what()) + "\n").c_str(), stderr);
+        message = host::one_line(error.what());
     }
+    // There is nowhere left to say that this cannot be written.
+    static_cast<void>(std::fputs(fmt::format("bifun: {}\n", message).c_str(), stderr));
     return 1;
 }

@@ -14,7 +14,7 @@ struct output_stream {
 
     void flush();
     void flush_if_large() {
-        constexpr std::size_t large = 256 * 1024;
+        constexpr std::size_t large = std::size_t{256} * 1024;
         if (text.size() >= large) {
             flush();
         }

@@ -9,6 +9,16 @@
 
 namespace host {
 
+namespace {
+
+// A bar that cannot be shown is no reason to stop.
+void write_to_terminal(const std::string& text) {
+    static_cast<void>(std::fputs(text.c_str(), stderr));
+    static_cast<void>(std::fflush(stderr));
+}
+
+} // namespace
+
 progress_bar::progress_bar() : on_terminal_(isatty(STDERR_FILENO) == 1), next_show_(clock::now() + std::chrono::seconds(1)) {}
 
 progress_bar::~progress_bar() { clear(); }
@@ -22,8 +32,7 @@ void progress_bar::begin(std::string_view activity, bool shares_terminal) {
 
 void progress_bar::clear() {
     if (shown_) {
-        std::fputs("\r\033[K", stderr);
-        std::fflush(stderr);
+        write_to_terminal("\r\033[K");
         shown_ = false;
     }
 }
@@ -45,8 +54,7 @@ void progress_bar::show(std::uint64_t bytes, std::uint64_t size, std::uint64_t r
     } else {
         line = fmt::format("\r{}, {} rows\033[K", activity_, rows);
     }
-    std::fputs(line.c_str(), stderr);
-    std::fflush(stderr);
+    write_to_terminal(line);
     shown_ = true;
 }
 

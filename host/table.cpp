@@ -87,7 +87,8 @@ given_types parse_types(std::string_view text) {
 void resolve_types(table& source, const given_types& given, progress_bar& progress) {
     std::vector<bool> unknown;
     std::ranges::transform(source.columns, std::back_inserter(unknown), &table_column::needed);
-    for (const auto& [name, type] : given) {
+    for (const auto& item : given) {
+        const std::string& name = item.first;
         auto found = std::ranges::find(source.columns, name, &table_column::name);
         if (found == source.columns.end()) {
             found = std::ranges::find_if(source.columns, [&](const table_column& c) { return equal_ignoring_case(c.name, name); });
@@ -95,7 +96,7 @@ void resolve_types(table& source, const given_types& given, progress_bar& progre
         if (found == source.columns.end()) {
             fail("--types: {} has no column {}{}", source.reader.path(), name, did_you_mean(name, column_names(source)));
         }
-        found->type = type;
+        found->type = item.second;
         unknown[static_cast<std::size_t>(found - source.columns.begin())] = false;
     }
     if (std::ranges::find(unknown, true) == unknown.end()) {

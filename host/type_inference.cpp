@@ -124,6 +124,7 @@ std::vector<sql_type> infer_types(csv_reader& reader, const std::vector<bool>& w
     }
     reader.rewind();
     std::vector<sql_type> types;
+    types.reserve(kinds.size());
     for (const field_kinds of_column : kinds) {
         types.push_back(type_of_fields(of_column));
     }

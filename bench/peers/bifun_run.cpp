@@ -8,6 +8,7 @@
 #include <stdexcept>
 
 #include "bench/bench_data.h"
+#include "bop/frame/batch.h"
 #include "engine/charset.h"
 #include "engine/datetime.h"
 #include "engine/decimal.h"
@@ -163,7 +164,8 @@ void move_to_row(view& view, std::uint32_t row) {
     view.column = {view.storage->column.no_nulls, nullptr, &view.data};
 }
 
-void evaluate_positive(std::int32_t* __restrict conditions, const double* __restrict values, std::uint32_t row_count) {
+// The host's comparison, built for the machine's vectors as the peers' are.
+VECTORISED void evaluate_positive(std::int32_t* __restrict conditions, const double* __restrict values, std::uint32_t row_count) {
     for (std::uint32_t k = 0; k < row_count; ++k) {
         conditions[k] = values[k] > 0 ? 1 : 0;
     }

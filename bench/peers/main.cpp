@@ -8,7 +8,7 @@
 // c1, c2, .. are the columns that the expression reads, and r, which is one of them or stands among them, is a column without NULLs of
 // the expression's type. Both queries read the same columns and aggregate as many values of the same types, so their difference is what
 // the expression costs. `aggregate` is exclusive or for BIGINT, sum for DOUBLE, max for DECIMAL and TIMESTAMP, the sum of the lengths
-// for VARCHAR; `touch` is max, min or the greatest length.
+// for VARCHAR; `touch` is max, min, avg or the greatest length.
 //
 // For bifun an executor's loop stands in for the query: it walks the table in batches (2,048 rows, DuckDB's vector size, and others
 // beside it), calls the entry point, reads every value of c1, c2, .. once, and aggregates the result column as above. Condition columns

@@ -6,15 +6,15 @@
 using namespace bifun;
 
 VECTORISED status blnnvl_a_bool(BATCH_OF(column condition)) {
-    const batch batch = BATCH;
     if (row_count > 0) {
-        std::memset(null_flags(batch), 1, row_count);
+        std::memset(result->data->null_flags, 1, row_count);
     }
     result->no_nulls = 1;
+    const batch batch = BATCH;
     return with_rows(
-        [&](const auto& holds) INLINED -> status {
-            auto* const results = values<std::int32_t>(batch);
-            for (std::uint32_t k = 0; k < row_count; ++k) {
+        [batch](const auto& holds) INLINED -> status {
+            auto* __restrict const results = values<std::int32_t>(batch);
+            for (std::uint32_t k = 0; k < batch.row_count; ++k) {
                 results[k] = is_true(holds[k]) ? 0 : 1;
             }
             return BIFUN_OK;

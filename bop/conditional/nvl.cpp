@@ -1,7 +1,8 @@
 // NVL(x, y): x where it is not NULL, otherwise y.
 
 #include "bop/frame/arguments.h"
-#include "engine/columns.h"
+#include "bop/frame/choose.h"
+#include "bop/frame/setters.h"
 
 namespace bifun {
 namespace {
@@ -12,38 +13,48 @@ bool counts_as_null(const bifun_string& value) {
     return global_bifun_var.compatible_mode == empty_strings_are_null && value.length == 0 && value.trailing_blanks == 0;
 }
 
+template <class Y> std::uint32_t joint_no_null_flag(column x, const Y& y) { return x->no_nulls != 0 && has_no_nulls(y); }
+
 // The result begins as a copy of x. An engine that has no memory for the copy has no result to complete.
-template <class Y> INLINED inline status begin_with(const batch& batch, column x, const Y& y) {
+template <class Y> status begin_with(const batch& batch, column x, const Y& y) {
     const status copied = bdta3_col_copy(batch.environment, batch.memory, batch.result, x, batch.row_count);
-    batch.result->no_nulls = x->no_nulls != 0 && has_no_nulls(y);
-    if (copied == BIFUN_OUT_OF_MEMORY) {
-        batch.result->no_nulls = 0;
-        return copied;
-    }
-    return BIFUN_OK;
+    batch.result->no_nulls = copied == BIFUN_OUT_OF_MEMORY ? 0 : joint_no_null_flag(x, y);
+    return copied == BIFUN_OUT_OF_MEMORY ? copied : BIFUN_OK;
 }
 
-template <class T, class Y> INLINED inline status nvl(const batch& batch, const column_argument<T>& x, const Y& y) {
+template <class T, class Y> status replace_nulls_in_copy(const batch& batch, const column_argument<T>& x, const Y& y) {
     const status begun = begin_with(batch, x.column, y);
     if (begun != BIFUN_OK || x.column->no_nulls != 0) {
         return begun;
     }
     return with_rows(
-        [&](const auto& x_rows, const auto& y_rows) INLINED -> status {
+        [batch](const auto& x_rows, const auto& y_rows) -> status {
+            for (std::uint32_t k = 0; k < batch.row_count; ++k) {
+                if (!x_rows.has_value(k)) {
+                    null_flags(batch)[k] = static_cast<std::uint8_t>(y_rows.has_value(k));
+                    values<T>(batch)[k] = y_rows[k];
+                }
+            }
+            return BIFUN_OK;
+        },
+        x, y);
+}
+
+template <class T, class Y> INLINED inline status nvl(const batch& batch, const column_argument<T>& x, const Y& y) {
+    if (!setters_are_plain_stores() || x.column->no_nulls != 0) {
+        return replace_nulls_in_copy(batch, x, y);
+    }
+    batch.result->no_nulls = 0;
+    return with_rows(
+        [batch](const auto& x_rows, const auto& y_rows) INLINED -> status {
             std::uint8_t* __restrict const flags = null_flags(batch);
             T* __restrict const results = values<T>(batch);
-            const std::uint32_t row_count = batch.row_count;
-            for (std::uint32_t k = 0; k < row_count; ++k) {
-                const bool replaced = y_rows.has_value(k); // read in every row, so that the loop has no branch
-                flags[k] = static_cast<std::uint8_t>(x_rows.has_value(k) ? true : replaced);
+            for (std::uint32_t k = 0; k < batch.row_count; ++k) {
+                flags[k] =
+                    static_cast<std::uint8_t>(static_cast<unsigned>(x_rows.has_value(k)) | static_cast<unsigned>(y_rows.has_value(k)));
             }
-            for (std::uint32_t k = 0; k < row_count; ++k) {
-                if constexpr (std::is_arithmetic_v<T>) {
-                    const T replacement = y_rows[k];
-                    results[k] = x_rows.has_value(k) ? results[k] : replacement;
-                } else if (!x_rows.has_value(k)) {
-                    results[k] = y_rows[k];
-                }
+            for (std::uint32_t k = 0; k < batch.row_count; ++k) {
+                results[k] = choose(x_rows.has_value(k), x_rows[k], y_rows[k]);
             }
             return BIFUN_OK;
         },
@@ -66,7 +77,7 @@ template <string_kind kind, class Y> status nvl_string(const batch& batch, const
         return begun;
     }
     return with_rows(
-        [&](const auto& x_rows, const auto& y_rows) -> status {
+        [batch](const auto& x_rows, const auto& y_rows) -> status {
             for (std::uint32_t k = 0; k < batch.row_count; ++k) {
                 if (x_rows.has_value(k) && !counts_as_null(x_rows[k])) {
                     continue;

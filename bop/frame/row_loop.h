@@ -15,7 +15,7 @@
 #include <type_traits>
 
 #include "bop/frame/arguments.h"
-#include "engine/columns.h"
+#include "bop/frame/setters.h"
 
 namespace bifun {
 
@@ -37,30 +37,6 @@ template <auto arguments_check, auto result_check, failing_row failing_row_holds
     static constexpr bool asks_result = !std::is_null_pointer_v<decltype(result_check)>;
 };
 using no_checks = row_checks<nullptr, nullptr, failing_row::unwritten>;
-
-// ---- the engine's setters by type ----
-
-inline void set_value(const batch& batch, std::uint32_t row, std::int32_t value) {
-    const bifun_int_constant record{1, value};
-    (void)bdta3_set_int(batch.environment, batch.memory, batch.result, row, &record);
-}
-
-inline void set_value(const batch& batch, std::uint32_t row, std::int64_t value) {
-    const bifun_bigint_constant record{1, value};
-    (void)bdta3_set_int64(batch.environment, batch.memory, batch.result, row, &record);
-}
-
-inline void set_value(const batch& batch, std::uint32_t row, double value) {
-    const bifun_double_constant record{1, value};
-    (void)bdta3_set_double(batch.environment, batch.memory, batch.result, row, &record);
-}
-
-inline void set_value(const batch& batch, std::uint32_t row, const xdec& value) {
-    const bifun_decimal_constant record{1, value};
-    (void)bdta3_set_dec(batch.environment, batch.memory, batch.result, row, &record);
-}
-
-inline bool setters_are_plain_stores() { return &bdta3_setters_are_plain_stores != nullptr && bdta3_setters_are_plain_stores != 0; }
 
 template <bool through_setters, class Result> void write_value(const batch& batch, std::uint32_t row, const Result& value) {
     if constexpr (through_setters) {

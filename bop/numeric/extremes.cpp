@@ -1,5 +1,6 @@
 // GREATEST and LEAST of two numbers. Where the two are equal the second is the result, which shows in the scale of a decimal.
 
+#include "bop/frame/choose.h"
 #include "bop/frame/row_loop.h"
 #include "engine/decimal.h"
 #include "engine/decimal_layout.h"
@@ -13,29 +14,21 @@ std::int64_t lesser_bigint(std::int64_t x, std::int64_t y) { return x < y ? x : 
 double greater_double(double x, double y) { return x > y ? x : y; }
 double lesser_double(double x, double y) { return x < y ? x : y; }
 
-// Picks by arithmetic on addresses: which of two decimals is greater cannot be predicted, and a wrong guess costs more than a copy.
-const xdec& pick(bool first, const xdec& x, const xdec& y) {
-    const auto address_of_x = reinterpret_cast<std::uintptr_t>(&x);
-    const auto address_of_y = reinterpret_cast<std::uintptr_t>(&y);
-    const auto difference = (address_of_x ^ address_of_y) & (std::uintptr_t{0} - static_cast<std::uintptr_t>(first));
-    return *reinterpret_cast<const xdec*>(address_of_y ^ difference);
-}
-
-const xdec& greater_decimal(const xdec& x, const xdec& y) { return pick(xdec_cmp(&x, &y) > 0, x, y); }
-const xdec& lesser_decimal(const xdec& x, const xdec& y) { return pick(xdec_cmp(&x, &y) < 0, x, y); }
+const xdec& greater_decimal(const xdec& x, const xdec& y) { return choose(xdec_cmp(&x, &y) > 0, x, y); }
+const xdec& lesser_decimal(const xdec& x, const xdec& y) { return choose(xdec_cmp(&x, &y) < 0, x, y); }
 
 // The same for an engine whose layout of decimals is known: a column mostly has one scale, and then no call is needed.
 const xdec& greater_packed(const xdec& x, const xdec& y) {
     if (!decimal_layout::same_unit(x, y)) [[unlikely]] {
         return greater_decimal(x, y);
     }
-    return pick(decimal_layout::is_less(y, x), x, y);
+    return choose(decimal_layout::is_less(y, x), x, y);
 }
 const xdec& lesser_packed(const xdec& x, const xdec& y) {
     if (!decimal_layout::same_unit(x, y)) [[unlikely]] {
         return lesser_decimal(x, y);
     }
-    return pick(decimal_layout::is_less(x, y), x, y);
+    return choose(decimal_layout::is_less(x, y), x, y);
 }
 
 bool decimals_are_packed() { return &xdec_layout != nullptr && xdec_layout == XDEC_LAYOUT_PACKED_128; }

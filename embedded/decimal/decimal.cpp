@@ -98,7 +98,7 @@ std::int32_t make_rounded_decimal(xdec* result, const decimal_parts& parts) {
 
     if (coefficient == 0) {
         const auto zero_scale = static_cast<std::uint32_t>(std::clamp<std::int64_t>(scale, 0, max_scale));
-        store_decimal(result, XDEC_ZERO, 1, zero_scale, 0, 0);
+        store_zero(result, zero_scale);
         return BIFUN_OK;
     }
     const std::uint8_t mark = parts.negative ? XDEC_NEGATIVE : XDEC_POSITIVE;
@@ -123,7 +123,7 @@ using namespace zqengine;
 
 void xdec_copy(xdec* destination, const xdec* source) { std::memcpy(destination, source, sizeof *destination); }
 
-void xdec_fill_zero(xdec* value) { store_decimal(value, XDEC_ZERO, 1, 0, 0, 0); }
+void xdec_fill_zero(xdec* value) { store_zero(value, 0); }
 
 void xdec_fill_one(xdec* value) { store_decimal(value, XDEC_POSITIVE, 1, 0, 0, 1); }
 

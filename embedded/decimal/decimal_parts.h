@@ -2,33 +2,21 @@
 #ifndef BIFUN_EMBEDDED_DECIMAL_DECIMAL_PARTS_H
 #define BIFUN_EMBEDDED_DECIMAL_DECIMAL_PARTS_H
 
-#include <array>
 #include <bit>
 #include <cstdint>
 #include <cstring>
 
 #include "bop/frame/contract.h"
-#include "engine/decimal_layout.h"
+#include "engine/decimal_packed_rounding.h"
 
 namespace zqengine {
 
+using bifun::decimal_layout::powers_of_ten;
 using bifun::decimal_layout::uint128;
 
-constexpr std::uint32_t max_coefficient_digits = 38;
+constexpr std::uint32_t max_coefficient_digits = bifun::decimal_layout::max_coefficient_digits;
 constexpr std::uint32_t max_scale = 127;
 constexpr std::uint32_t max_precision = 127;
-
-constexpr std::array<uint128, max_coefficient_digits + 1> make_powers_of_ten() {
-    std::array<uint128, max_coefficient_digits + 1> powers{};
-    powers[0] = 1;
-    for (std::size_t i = 1; i < powers.size(); ++i) {
-        powers[i] = powers[i - 1] * 10;
-    }
-    return powers;
-}
-
-// 10^0 to 10^38.
-inline constexpr std::array<uint128, max_coefficient_digits + 1> powers_of_ten = make_powers_of_ten();
 
 // Digits of `value` without leading zeros, at most 39; 0 has none.
 inline std::uint32_t digit_count(uint128 value) {
@@ -71,6 +59,8 @@ inline void store_decimal(xdec* result, std::uint8_t mark, std::uint32_t precisi
     std::memcpy(result->bytes + bifun::decimal_layout::coefficient_at, &coefficient, sizeof coefficient);
     std::memset(result->bytes + 24, 0, 6);
 }
+
+inline void store_zero(xdec* result, std::uint32_t scale) { store_decimal(result, XDEC_ZERO, 1, scale, 0, 0); }
 
 // The part of make_decimal for zero, rounding, and zeros behind the coefficient.
 [[nodiscard]] std::int32_t make_rounded_decimal(xdec* result, const decimal_parts& parts);

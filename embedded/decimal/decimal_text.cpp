@@ -163,17 +163,15 @@ int32_t xdec_from_char(const uint8_t* characters, uint32_t length, xdec* result)
 
     const std::uint8_t* const integer = read.next;
     read_digits(text, read);
-    if (read.next == integer) {
-        return BIFUN_UNUSABLE_TEXT;
-    }
+    const std::int64_t integer_digits = read.next - integer;
     std::int64_t fraction_digits = 0;
     if (read.next != text.end && *read.next == '.') {
         const std::uint8_t* const fraction = ++read.next;
         read_digits(text, read);
         fraction_digits = read.next - fraction;
-        if (fraction_digits == 0) {
-            return BIFUN_UNUSABLE_TEXT;
-        }
+    }
+    if (integer_digits + fraction_digits == 0) {
+        return BIFUN_UNUSABLE_TEXT;
     }
     const std::uint8_t* next = read.next;
     std::int64_t exponent = 0;

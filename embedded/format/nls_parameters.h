@@ -4,9 +4,9 @@
 
 #include <cstdint>
 
-namespace zqengine {
+#include "embedded/format/number_format.h"
 
-constexpr std::uint32_t max_nls_length = 128;
+namespace zqengine {
 
 struct currency_symbol {
     std::uint8_t length;

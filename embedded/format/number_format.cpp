@@ -56,18 +56,19 @@ bool take_dollar(format_reader& text, number_format& format) {
     return true;
 }
 
-void begin_run(number_format& format) { format.runs[format.run_count++] = {.digits = 0, .followed = 0, .character = '\0'}; }
+void begin_run(number_format& format) { format.runs[format.run_count++] = {.digits = 0, .columns = 0, .mark = '\0'}; }
 
 void add_digit(number_format& format) {
     if (format.runs[format.run_count - 1].digits == max_run_digits) {
         begin_run(format);
     }
     ++format.runs[format.run_count - 1].digits;
+    ++format.runs[format.run_count - 1].columns;
 }
 
 void add_mark(number_format& format, char mark) {
-    format.runs[format.run_count - 1].followed = 1;
-    format.runs[format.run_count - 1].character = mark;
+    ++format.runs[format.run_count - 1].columns;
+    format.runs[format.run_count - 1].mark = mark;
     begin_run(format);
 }
 
@@ -119,7 +120,7 @@ void count_integer_columns(number_format& format) {
     std::uint32_t digits = 0;
     format.integer_columns[0] = 0;
     for (std::uint32_t i = format.run_count; i-- > 0;) {
-        columns = static_cast<std::uint8_t>(columns + format.runs[i].followed);
+        columns = static_cast<std::uint8_t>(columns + format.runs[i].columns - format.runs[i].digits);
         for (std::uint32_t k = 0; k < format.runs[i].digits; ++k) {
             format.integer_columns[++digits] = ++columns;
         }
@@ -185,8 +186,8 @@ bool read_digits_format(format_reader& text, const nls_parameters& nls, number_f
     }
     const std::uint32_t digits = format.integer_digits + std::uint32_t{format.fraction_digits};
     format.largest_body = digits < 20 ? static_cast<std::uint64_t>(powers_of_ten[digits]) - 1 : ~std::uint64_t{0};
-    format.body_columns = static_cast<std::uint8_t>(format.integer_columns[format.integer_digits] + (point != '\0' ? 1 : 0) +
-                                                    format.fraction_digits);
+    format.body_columns =
+        static_cast<std::uint8_t>(format.integer_columns[format.integer_digits] + (point != '\0' ? 1 : 0) + format.fraction_digits);
     format.width = static_cast<std::uint16_t>(format.body_columns + (format.kind == format_kind::scientific ? 4 : 0) +
                                               format.symbol_length + (format.sign == sign_style::brackets ? 2 : 1));
     return true;

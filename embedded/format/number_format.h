@@ -2,7 +2,6 @@
 #ifndef BIFUN_EMBEDDED_FORMAT_NUMBER_FORMAT_H
 #define BIFUN_EMBEDDED_FORMAT_NUMBER_FORMAT_H
 
-#include <cstddef>
 #include <cstdint>
 
 #include "bop/frame/contract.h"
@@ -12,6 +11,7 @@ namespace zqengine {
 struct nls_parameters;
 
 constexpr std::uint32_t max_format_length = 75;
+constexpr std::uint32_t max_nls_length = 128;
 
 // TM and TM9 are `shortest`, TME is `shortest_scientific`.
 enum class format_kind : std::uint8_t { fixed, scientific, hexadecimal, roman, shortest, shortest_scientific };
@@ -19,14 +19,14 @@ enum class format_kind : std::uint8_t { fixed, scientific, hexadecimal, roman, s
 // How the sign is shown, beginning with what a format without MI, PR or S does: a minus or a blank before the number.
 enum class sign_style : std::uint8_t { minus_before, minus_behind, sign_before, sign_behind, brackets };
 
-// Digits without anything between them, then perhaps a character.
+// Digits without anything between them and perhaps a separator or the point behind them: together at most 8 columns.
 struct digit_run {
-    std::uint8_t digits;   // 0 to 8
-    std::uint8_t followed; // 1 where `character` comes behind them, else 0
-    char character;
+    std::uint8_t digits;  // 0 to 7
+    std::uint8_t columns; // one more than digits where `mark` counts
+    char mark;
 };
 
-constexpr std::uint32_t max_run_digits = 8;
+constexpr std::uint32_t max_run_digits = 7;
 
 // A number is written as: blanks, sign, leading symbol, body, exponent, trailing symbol, sign. The body is the digits with their separators
 // and the point; each digit of the format is one column of it, so that its layout does not depend on the value. Integer digits that are
@@ -52,16 +52,13 @@ struct number_format {
     digit_run runs[max_format_length + 1];
     // The columns before the point of the last k integer digits, with the separators between and behind them.
     std::uint8_t integer_columns[max_format_length + 1];
-    char symbol[128];
+    char symbol[max_nls_length];
 };
 
 // Returns whether the text is a number format. Elements are of any case. On failure the result is garbage.
 [[nodiscard]] bool parse_number_format(const std::uint8_t* text, std::uint32_t length, const nls_parameters& nls, number_format& result);
 
-// The room that write_number needs.
-constexpr std::size_t formatted_number_room = 512;
-
-// Writes the value and a closing NUL. What lies behind the NUL is garbage.
+// Writes the value and a closing NUL. `buffer` has at least 512 bytes; what lies behind the NUL is garbage.
 void write_number(const number_format& format, const xdec& value, char* buffer);
 
 // The last number format of a session, with the texts that it was parsed from.
@@ -71,7 +68,7 @@ struct number_format_memory {
     std::uint32_t format_length = none;
     std::uint32_t nls_length = 0;
     std::uint8_t format_text[max_format_length];
-    std::uint8_t nls_text[128];
+    std::uint8_t nls_text[max_nls_length];
     number_format format;
 };
 

@@ -1,4 +1,8 @@
+#include <emmintrin.h>
+
 #include <algorithm>
+#include <array>
+#include <bit>
 #include <cstring>
 #include <string_view>
 
@@ -15,21 +19,59 @@ namespace {
 
 // ---- digits of a rounded value -----------------------------------------------------------------------------------
 
-// The digits of a number, the last one before `digits_end`. A format reads `max_format_length` of them and runs are copied
-// `max_run_digits` at a time; write_coefficient needs its room before the last zero of a number.
+// The digits of a number, the last one before `digits_end`. A format reads `max_format_length` of them, eight at a time; write_coefficient
+// needs its room before the last zero of a number.
 constexpr std::size_t digits_end = digit_room + 80;
-using digits_room = char[digits_end + max_run_digits];
+using digits_room = char[digits_end + 8];
 
 constexpr std::uint32_t too_many_digits = ~std::uint32_t{0};
 constexpr std::uint32_t word_digits = 24; // written for a 64-bit number, zeros before it
 
-void write_word(char* end, std::uint64_t number) {
-    constexpr std::uint64_t ten_to_16 = 10'000'000'000'000'000;
-    constexpr std::uint32_t ten_to_8 = 100'000'000;
-    const std::uint64_t low = number % ten_to_16;
-    write_8_digits(end - 24, static_cast<std::uint32_t>(number / ten_to_16));
-    write_8_digits(end - 16, static_cast<std::uint32_t>(low / ten_to_8));
-    write_8_digits(end - 8, static_cast<std::uint32_t>(low % ten_to_8));
+constexpr std::array<std::uint64_t, 20> make_word_powers_of_ten() {
+    std::array<std::uint64_t, 20> powers{};
+    std::ranges::transform(powers_of_ten.begin(), powers_of_ten.begin() + powers.size(), powers.begin(),
+                           [](uint128 power) { return static_cast<std::uint64_t>(power); });
+    return powers;
+}
+
+// 10^0 to 10^19.
+constexpr std::array<std::uint64_t, 20> word_powers_of_ten = make_word_powers_of_ten();
+
+// Digits of `number` without leading zeros; 0 has none.
+std::uint32_t word_digit_count(std::uint64_t number) {
+    const auto digits = static_cast<std::uint32_t>(std::bit_width(number)) * 1233 >> 12; // the floor of bits x log10(2)
+    return digits + (number >= word_powers_of_ten[digits] ? 1 : 0);
+}
+
+constexpr std::uint32_t ten_to_8 = 100'000'000;
+
+// Writes 16 digits: two numbers below 10^8, one behind the other.
+void write_16_digits(char* destination, std::uint32_t first, std::uint32_t second) {
+    const auto lanes = [](std::uint32_t low, std::uint32_t high) {
+        return _mm_unpacklo_epi32(_mm_cvtsi32_si128(static_cast<int>(low)), _mm_cvtsi32_si128(static_cast<int>(high)));
+    };
+    const __m128i fours = _mm_unpacklo_epi64(lanes(first / 10000, first % 10000), lanes(second / 10000, second % 10000));
+    // Four numbers of four digits, eight of two, sixteen of one; each division is a multiplication that is exact for its range.
+    const __m128i hundreds = _mm_srli_epi16(_mm_mulhi_epu16(fours, _mm_set1_epi16(5243)), 3);
+    const __m128i twos = _mm_or_si128(hundreds, _mm_slli_epi32(_mm_sub_epi16(fours, _mm_mullo_epi16(hundreds, _mm_set1_epi16(100))), 16));
+    const __m128i tens = _mm_srli_epi16(_mm_mullo_epi16(twos, _mm_set1_epi16(103)), 10);
+    const __m128i ones = _mm_or_si128(tens, _mm_slli_epi16(_mm_sub_epi16(twos, _mm_mullo_epi16(tens, _mm_set1_epi16(10))), 8));
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(destination), _mm_or_si128(ones, _mm_set1_epi8('0')));
+}
+
+// Writes the last 8, 16 or 24 digits of the number, enough for `columns`.
+void write_word(char* end, std::uint64_t number, std::uint32_t columns) {
+    if (columns <= 8) {
+        write_8_digits(end - 8, static_cast<std::uint32_t>(number));
+        return;
+    }
+    std::uint64_t high = number / ten_to_8;
+    const auto low = static_cast<std::uint32_t>(number % ten_to_8);
+    if (columns > 16) {
+        write_8_digits(end - 24, static_cast<std::uint32_t>(high / ten_to_8));
+        high %= ten_to_8;
+    }
+    write_16_digits(end - 16, static_cast<std::uint32_t>(high), low);
 }
 
 // coefficient x 10^-dropped, rounded half away from zero. Returns whether it could be done in 64 bits.
@@ -39,9 +81,9 @@ bool round_word(uint128 coefficient, std::int64_t dropped, std::uint64_t& rounde
         return false;
     }
     if (dropped < 0) {
-        return !__builtin_mul_overflow(word, static_cast<std::uint64_t>(powers_of_ten[static_cast<std::size_t>(-dropped)]), &rounded);
+        return !__builtin_mul_overflow(word, word_powers_of_ten[static_cast<std::size_t>(-dropped)], &rounded);
     }
-    const auto unit = static_cast<std::uint64_t>(powers_of_ten[static_cast<std::size_t>(dropped)]);
+    const std::uint64_t unit = word_powers_of_ten[static_cast<std::size_t>(dropped)];
     const std::uint64_t remainder = word % unit;
     rounded = word / unit + (remainder >= unit - remainder ? 1 : 0);
     return true;
@@ -59,7 +101,7 @@ uint128 round_coefficient(uint128 coefficient, std::int64_t dropped) {
 
 // Writes the digits of coefficient x 10^-dropped, rounded half away from zero, and zeros before them up to `columns` digits. Returns how
 // many there are without those zeros, or too_many_digits.
-std::uint32_t write_wide(char* end, uint128 coefficient, std::int64_t dropped, std::uint32_t columns) {
+[[gnu::noinline]] std::uint32_t write_wide(char* end, uint128 coefficient, std::int64_t dropped, std::uint32_t columns) {
     std::int64_t zeros = 0;
     if (dropped > 0) {
         coefficient = round_coefficient(coefficient, dropped);
@@ -87,22 +129,22 @@ std::uint32_t write_digits(char* end, uint128 coefficient, std::int64_t dropped,
     if (columns > word_digits) {
         std::memset(end - columns, '0', columns - word_digits);
     }
-    write_word(end, rounded);
-    return digit_count(rounded);
+    write_word(end, rounded, columns);
+    return word_digit_count(rounded);
 }
 
 // ---- numbers in columns ------------------------------------------------------------------------------------------
 
 constexpr std::size_t chunk = 16;
 
-// Both write whole chunks: as long as the layout of a format is the same for every row, no branch depends on the value.
-void copy_chunks(char* destination, const char* source, std::uint32_t count) {
+// Both write whole chunks: as the layout of a format is the same for every row, no branch depends on the value.
+[[gnu::always_inline]] inline void copy_chunks(char* destination, const char* source, std::uint32_t count) {
     for (std::uint32_t i = 0; i < count; i += chunk) {
         std::memcpy(destination + i, source + i, chunk);
     }
 }
 
-void blank_chunks(char* destination, std::uint32_t count) {
+[[gnu::always_inline]] inline void blank_chunks(char* destination, std::uint32_t count) {
     for (std::uint32_t i = 0; i < count; i += chunk) {
         std::memset(destination + i, ' ', chunk);
     }
@@ -118,6 +160,11 @@ char* append(char* out, std::string_view text) {
     return out + text.size();
 }
 
+char* append_zeros(char* out, std::int64_t count) {
+    std::memset(out, '0', static_cast<std::size_t>(count));
+    return out + count;
+}
+
 // E, the sign and at least two digits; the magnitude is below 1000.
 char* append_exponent(char* out, std::int64_t exponent) {
     const auto magnitude = static_cast<std::uint32_t>(exponent < 0 ? -exponent : exponent);
@@ -131,96 +178,108 @@ char* append_exponent(char* out, std::int64_t exponent) {
     return out;
 }
 
-// What stands where a sign may stand, or NUL for nothing, by style and whether the value is negative.
-struct sign_marks {
-    char before[2];
-    char behind[2];
+// What stands where a sign may stand.
+struct sign_mark {
+    char character;
+    std::uint8_t length; // 0 for nothing
 };
 
-constexpr sign_marks marks_of_styles[] = {
-    {.before = {' ', '-'}, .behind = {'\0', '\0'}}, // minus_before
-    {.before = {'\0', '\0'}, .behind = {' ', '-'}}, // minus_behind
-    {.before = {'+', '-'}, .behind = {'\0', '\0'}}, // sign_before
-    {.before = {'\0', '\0'}, .behind = {'+', '-'}}, // sign_behind
-    {.before = {' ', '<'}, .behind = {' ', '>'}},   // brackets
+constexpr sign_mark minus{'-', 1};
+constexpr sign_mark plus{'+', 1};
+constexpr sign_mark blank{' ', 1};
+constexpr sign_mark less{'<', 1};
+constexpr sign_mark greater{'>', 1};
+constexpr sign_mark nothing{'\0', 0};
+
+// By style, whether the value is negative, and whether FM leaves blanks out.
+constexpr sign_mark marks_before[][2][2] = {
+    {{blank, nothing}, {minus, minus}},       // minus_before
+    {{nothing, nothing}, {nothing, nothing}}, // minus_behind
+    {{plus, plus}, {minus, minus}},           // sign_before
+    {{nothing, nothing}, {nothing, nothing}}, // sign_behind
+    {{blank, nothing}, {less, less}},         // brackets
+};
+constexpr sign_mark marks_behind[][2][2] = {
+    {{nothing, nothing}, {nothing, nothing}}, // minus_before
+    {{blank, nothing}, {minus, minus}},       // minus_behind
+    {{nothing, nothing}, {nothing, nothing}}, // sign_before
+    {{plus, plus}, {minus, minus}},           // sign_behind
+    {{blank, nothing}, {greater, greater}},   // brackets
 };
 
-char* append_sign(char* out, char mark, bool fill_mode) {
-    *out = mark;
-    return out + (mark == '\0' || (mark == ' ' && fill_mode) ? 0 : 1);
+// Without a branch on the value, for signs in a column are as good as random.
+char* append_sign(char* out, sign_mark mark) {
+    *out = mark.character;
+    return out + mark.length;
 }
 
-// How much of the body is shown: from the `integer_digits` digits before the point to `columns` columns in all.
-struct extent {
-    std::uint32_t integer_digits;
-    std::uint32_t columns;
-};
+// Under FM: zeros at the end of the fraction go where the format has 9. `end` is that of the fraction.
+const char* without_trailing_zeros(const number_format& format, const char* end, std::uint32_t least_fraction_digits) {
+    for (std::uint32_t i = format.fraction_digits; i > least_fraction_digits && end[-1] == '0'; --i) {
+        --end;
+    }
+    return end;
+}
 
-// Under FM: zeros at the end of the fraction go where the format has 9, but at least one digit of the number stays.
-extent without_trailing_zeros(const number_format& format, const char* body, extent shown) {
-    std::uint32_t fraction_digits = format.fraction_digits;
-    while (fraction_digits > format.least_fraction_digits && body[shown.columns - 1] == '0') {
-        --fraction_digits;
-        --shown.columns;
+// Writes all columns of the body. Up to 8 bytes behind it are garbage.
+[[gnu::always_inline]] inline void write_body(const number_format& format, const char* digits, char* out) {
+    const digit_run* const last = format.runs + format.run_count;
+    for (const digit_run* next = format.runs; next != last; ++next) {
+        const digit_run run = *next;
+        std::memcpy(out, digits, max_run_digits + 1); // in one piece
+        out[run.digits] = run.mark;
+        out += run.columns;
+        digits += run.digits;
     }
-    if (fraction_digits == 0 && shown.integer_digits == 0) {
-        if (format.integer_digits != 0) {
-            shown.integer_digits = 1;
-        } else {
-            ++shown.columns;
-        }
-    }
-    return shown;
+}
+
+// Writes the sign and a leading symbol.
+[[gnu::always_inline]] inline char* append_head(char* out, const number_format& format, sign_mark sign) {
+    out = append_sign(out, sign);
+    return format.symbol_leads ? append(out, {format.symbol, format.symbol_length}) : out;
 }
 
 // Writes the number whose digits, as many as the format has, end before `end`; `significant` of them are not leading zeros.
 [[gnu::always_inline]] inline void write_in_columns(const number_format& format, const char* end, std::uint32_t significant, bool negative,
                                                     std::int64_t exponent, char* buffer) {
     const std::uint32_t fraction_digits = format.fraction_digits;
-    std::uint32_t integer_digits = significant > fraction_digits ? significant - fraction_digits : 0;
-    if (integer_digits != 0 || !format.blank_zero) {
-        integer_digits = std::max<std::uint32_t>(integer_digits, format.least_integer_digits);
+    const std::uint32_t body_columns = format.body_columns;
+    std::uint32_t integer_digits = std::max(significant, fraction_digits + format.least_integer_digits) - fraction_digits;
+    if (format.blank_zero && significant <= fraction_digits) {
+        integer_digits = 0;
     }
-
-    char body[192];
-    char* out = body;
-    const char* digits = end - format.integer_digits - fraction_digits;
-    for (std::uint32_t i = 0; i < format.run_count; ++i) {
-        const digit_run run = format.runs[i];
-        std::memcpy(out, digits, max_run_digits);
-        out += run.digits;
-        digits += run.digits;
-        *out = run.character;
-        out += run.followed;
-    }
-
+    const bool shows_minus = negative & (significant != 0);
+    const sign_mark(&before)[2] = marks_before[static_cast<std::size_t>(format.sign)][shows_minus];
     const std::uint32_t all_integer_columns = format.integer_columns[format.integer_digits];
-    extent shown{.integer_digits = integer_digits, .columns = format.body_columns};
-    out = buffer;
-    if (format.fill_mode) {
-        shown = without_trailing_zeros(format, body, shown);
-    }
-    const std::uint32_t hidden = all_integer_columns - format.integer_columns[shown.integer_digits];
-    if (!format.fill_mode) {
-        blank_chunks(out, all_integer_columns);
-        out += hidden;
-    }
 
-    const sign_marks& marks = marks_of_styles[static_cast<std::size_t>(format.sign)];
-    out = append_sign(out, marks.before[negative], format.fill_mode);
-    const std::string_view symbol{format.symbol, format.symbol_length};
-    if (format.symbol_leads) {
-        out = append(out, symbol);
+    char body[2 * max_format_length + chunk]; // whole chunks for all columns are read from the first one that is shown
+    write_body(format, end - format.integer_digits - fraction_digits, body);
+    char* out = buffer;
+    if (!format.fill_mode) {
+        const std::uint32_t hidden = all_integer_columns - format.integer_columns[integer_digits];
+        blank_chunks(out, all_integer_columns);
+        out = append_head(out + hidden, format, before[0]);
+        copy_chunks(out, body + hidden, body_columns);
+        out += body_columns - hidden;
+    } else {
+        std::uint32_t least_fraction_digits = format.least_fraction_digits;
+        if (significant == 0 && integer_digits + least_fraction_digits == 0) {
+            // At least one digit of the number stays.
+            (format.integer_digits != 0 ? integer_digits : least_fraction_digits) = 1;
+        }
+        const std::uint32_t hidden = all_integer_columns - format.integer_columns[integer_digits];
+        const char* const last = without_trailing_zeros(format, body + body_columns, least_fraction_digits);
+        out = append_head(out, format, before[1]);
+        copy_chunks(out, body + hidden, body_columns);
+        out += last - body - hidden;
     }
-    copy_chunks(out, body + hidden, format.body_columns);
-    out += shown.columns - hidden;
     if (format.kind == format_kind::scientific) {
         out = append_exponent(out, exponent);
     }
     if (!format.symbol_leads && format.symbol_length != 0) {
-        out = append(out, symbol);
+        out = append(out, {format.symbol, format.symbol_length});
     }
-    out = append_sign(out, marks.behind[negative], format.fill_mode);
+    out = append_sign(out, marks_behind[static_cast<std::size_t>(format.sign)][shows_minus][format.fill_mode]);
     *out = '\0';
 }
 
@@ -237,7 +296,7 @@ void write_fixed(const number_format& format, const decimal_parts& value, char* 
     } else if (significant == 0 && format.blank_zero) {
         write_blank_zero(format, buffer);
     } else {
-        write_in_columns(format, end, significant, value.negative && significant != 0, 0, buffer);
+        write_in_columns(format, end, significant, value.negative, 0, buffer);
     }
 }
 
@@ -294,12 +353,13 @@ void write_hexadecimal(const number_format& format, const decimal_parts& value, 
     for (std::size_t i = 0; i < nibbles; ++i) {
         digits[nibbles - 1 - i] = names[number[i / 8] >> i % 8 * 4 & 15];
     }
-    const std::string_view all{digits, nibbles};
-    const std::size_t significant = nibbles - std::min(all.find_first_not_of('0'), nibbles);
+    const std::size_t zeros = std::min(std::string_view{digits, nibbles}.find_first_not_of('0'), nibbles);
+    const std::size_t significant = nibbles - zeros;
     if (significant > format.integer_digits || (value.negative && rounded != 0)) {
         write_row_of('#', format.width, buffer);
     } else {
-        write_padded(format, all.substr(nibbles - std::max<std::size_t>(significant, format.least_integer_digits)), buffer);
+        const std::size_t shown = std::max<std::size_t>(significant, format.least_integer_digits);
+        write_padded(format, {digits + nibbles - shown, shown}, buffer);
     }
 }
 
@@ -308,8 +368,9 @@ void write_roman(const number_format& format, const decimal_parts& value, char* 
         std::uint32_t value;
         std::string_view upper;
         std::string_view lower;
-    } numerals[] = {{1000, "M", "m"}, {900, "CM", "cm"}, {500, "D", "d"}, {400, "CD", "cd"}, {100, "C", "c"}, {90, "XC", "xc"}, {50, "L", "l"},
-                    {40, "XL", "xl"}, {10, "X", "x"},    {9, "IX", "ix"}, {5, "V", "v"},     {4, "IV", "iv"}, {1, "I", "i"}};
+    } numerals[] = {{1000, "M", "m"}, {900, "CM", "cm"}, {500, "D", "d"},  {400, "CD", "cd"}, {100, "C", "c"},
+                    {90, "XC", "xc"}, {50, "L", "l"},    {40, "XL", "xl"}, {10, "X", "x"},    {9, "IX", "ix"},
+                    {5, "V", "v"},    {4, "IV", "iv"},   {1, "I", "i"}};
     uint128 number = value.coefficient;
     if (value.scale > 0) {
         number = round_coefficient(number, value.scale);
@@ -345,30 +406,29 @@ void write_shortest(const number_format& format, const decimal_parts& value, cha
 
     const auto significant = static_cast<std::int64_t>(digits.size());
     const std::int64_t integer_digits = significant - scale; // below 1 for a number that begins behind the point
-    const std::int64_t plain_length =
-        (value.negative ? 1 : 0) + (scale <= 0 ? integer_digits : std::max(scale, significant) + 1);
+    const std::int64_t plain_length = (value.negative ? 1 : 0) + (scale <= 0 ? integer_digits : std::max(scale, significant) + 1);
     char* out = buffer;
     if (value.negative) {
         *out++ = '-';
     }
     if (format.kind == format_kind::shortest_scientific || plain_length > longest_plain_text) {
         *out++ = digits.front();
-        if (significant > 1) {
+        digits.remove_prefix(1);
+        if (!digits.empty()) {
             *out++ = format.decimal_point;
-            out = append(out, digits.substr(1));
+            out = append(out, digits);
         }
         out = append_exponent(out, integer_digits - 1);
     } else if (scale <= 0) {
-        out = append(out, digits);
-        std::memset(out, '0', static_cast<std::size_t>(-scale));
-        out += -scale;
+        out = append_zeros(append(out, digits), -scale);
     } else {
-        const std::int64_t before = std::max<std::int64_t>(integer_digits, 0);
-        const std::int64_t zeros = before - integer_digits;
-        out = append(out, digits.substr(0, static_cast<std::size_t>(before)));
+        if (integer_digits > 0) {
+            const auto before_point = static_cast<std::size_t>(integer_digits);
+            out = append(out, {digits.data(), before_point});
+            digits.remove_prefix(before_point);
+        }
         *out++ = format.decimal_point;
-        std::memset(out, '0', static_cast<std::size_t>(zeros));
-        out = append(out + zeros, digits.substr(static_cast<std::size_t>(before)));
+        out = append(append_zeros(out, std::max<std::int64_t>(-integer_digits, 0)), digits);
     }
     *out = '\0';
 }

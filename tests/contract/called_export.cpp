@@ -17,19 +17,22 @@ constexpr std::uint32_t guard_rows = 64;
 
 void append(std::string& image, const void* bytes, std::size_t size) { image.append(static_cast<const char*>(bytes), size); }
 
-// Everything that a call could see of an argument.
-std::string image_of(const call_argument& argument) {
+// Every byte of the rows that a call may read. Through a selection vector that is any row.
+std::string image_of(const call_argument& argument, std::uint32_t row_count) {
     std::string image;
     if (argument.constant != nullptr) {
         append(image, argument.constant->record, sizeof argument.constant->record);
+        append(image, argument.constant->bytes.get(), argument.constant->length);
         return image;
     }
     const zqengine::column_storage& column = *argument.column;
-    append(image, &column.column, sizeof column.column);
-    append(image, column.data.null_flags, column.capacity);
-    append(image, column.data.values, column.capacity * bifun::value_width(column.type));
+    const std::uint32_t first = argument.first_row;
+    const std::uint32_t count = argument.selection.empty() ? row_count : column.capacity;
+    const std::size_t width = bifun::value_width(column.type);
+    append(image, column.data.null_flags + first, count);
+    append(image, zqengine::values_of<std::uint8_t>(column) + first * width, count * width);
     append(image, argument.selection.data(), argument.selection.size_bytes());
-    for (std::uint32_t row = 0; bifun::is_string(column.type) && row < column.capacity; ++row) {
+    for (std::uint32_t row = first; bifun::is_string(column.type) && row < first + count; ++row) {
         if (column.data.null_flags[row] != 0) {
             const bifun_string& value = zqengine::values_of<bifun_string>(column)[row];
             append(image, value.data, value.length);
@@ -79,7 +82,7 @@ outcome call(const bifun::entry_point& entry, const std::vector<call_argument>& 
     std::vector<std::string> images(arguments.size());
     for (std::size_t i = 0; i < arguments.size(); ++i) {
         const call_argument& argument = arguments[i];
-        images[i] = image_of(argument);
+        images[i] = image_of(argument, row_count);
         if (argument.constant != nullptr) {
             pointers[i] = argument.constant->record;
             continue;
@@ -109,7 +112,10 @@ outcome call(const bifun::entry_point& entry, const std::vector<call_argument>& 
     rt_memobj_destroy(&environment, memory);
 
     for (std::size_t i = 0; i < arguments.size(); ++i) {
-        EXPECT_TRUE(images[i] == image_of(arguments[i])) << "argument " << i << " has changed";
+        EXPECT_TRUE(images[i] == image_of(arguments[i], row_count)) << "argument " << i << " has changed";
+        EXPECT_TRUE(arguments[i].column == nullptr ||
+                    (columns[i].data == &data[i] && columns[i].no_nulls == arguments[i].column->column.no_nulls))
+            << "the record of argument " << i << " has changed";
     }
     check_invariants(outcome);
     return outcome;

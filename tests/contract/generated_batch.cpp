@@ -282,6 +282,7 @@ generated_constant constant_of_row(const zqengine::column_storage& column, std::
     std::uint8_t* bytes = record.inline_bytes;
     if (value.length > BIFUN_INLINE_LENGTH) {
         constant.bytes = std::make_unique<std::uint8_t[]>(value.length);
+        constant.length = value.length;
         bytes = record.data = constant.bytes.get();
     }
     std::copy_n(value.data, value.length, bytes);

@@ -25,6 +25,7 @@ zqengine::column_pointer generate_column(bifun::value_type type, std::uint32_t r
 struct generated_constant {
     alignas(16) std::uint8_t record[sizeof(bifun_string_constant)];
     std::unique_ptr<std::uint8_t[]> bytes;
+    std::size_t length; // of `bytes`
 };
 
 // Row `row` of a column as a constant, which shares no bytes with it. What the constant does not use, all of a NULL but its flag, is

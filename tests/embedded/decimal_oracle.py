@@ -49,8 +49,8 @@ def number_text():
     length = generator.choice([1, 7, 8, 9, 15, 16, 17, 18, 19, 20, 37, 38, 39, 40, generator.randint(1, 60), generator.randint(1, 140)])
     text = digits(length)
     if generator.random() < 0.7:
-        point = generator.randrange(1, len(text) + 1)
-        text = text[:point] + "." + (text[point:] or "0")
+        point = generator.randrange(len(text) + 1)
+        text = text[:point] + "." + text[point:]
     if generator.random() < 0.4:
         size = generator.choice([3, 30, 130, 180])
         text += generator.choice("eE") + generator.choice(["", "+", "-"]) + str(generator.randint(0, size))
@@ -71,8 +71,70 @@ def neighbour(text):
     return "%s%dE%d" % ("-" if sign != (generator.random() < 0.1) else "", coefficient, exponent - shift)
 
 
+def stored(text):
+    """The operand as the engine holds it: with no exponent above 0."""
+    number = Decimal(text)
+    return number.quantize(Decimal(1)) if number.as_tuple().exponent > 0 else number
+
+
+def operand():
+    count = generator.choice([1, 9, 18, 19, 20, 37, 38, generator.randint(1, 38)])
+    power = generator.choice([0, -2, -count, -generator.randint(0, 40), -127, generator.randint(-127, 89)])
+    return "%s%sE%d" % (generator.choice(["", "-"]), digits(count)[:38], power)
+
+
+def at_last_digit(text):
+    """What is about half a unit, or some units, of the value's 38th digit."""
+    unit = Decimal(text).adjusted() - 37
+    coefficient = generator.choice(["5", "4", "6", "49", "05", "95", "5" + "0" * 20, "4" + "9" * 30, "5" + "0" * 30 + "1", digits(38)[:38]])
+    exponent = unit - len(coefficient) + generator.choice([0, -1, 1, generator.randint(-2, 38)])
+    return "%s%sE%d" % (generator.choice(["", "-"]), coefficient, max(-127, min(exponent, 89)))
+
+
+def rounded_to(number, to, mode):
+    if -number.as_tuple().exponent <= to:
+        return number
+    rounded = number.quantize(Decimal((0, (1,), -to)), mode) if to > -200 else Decimal(0)
+    return rounded.quantize(Decimal(1)) if to < 0 else rounded
+
+
+def calculation(kind):
+    a = operand()
+    number = stored(a)
+    if kind < 4:
+        b = generator.choice([operand, lambda: neighbour(a), lambda: at_last_digit(a)])()
+        operation = "+-"[kind % 2]
+        a, b = (a, b) if generator.random() < 0.5 else (b, a)
+        value = stored(a) + stored(b) if operation == "+" else stored(a) - stored(b)
+        return "%s %s %s" % (operation, a, b), answer_of(encoded(value))
+    if kind < 6:
+        b = operand() if kind == 4 else "%sE%d" % (generator.choice(["5", "15", "125", "5" + "0" * 20]), -generator.randint(0, 127))
+        return "* %s %s" % (a, b), answer_of(encoded(number * stored(b)))
+    if kind < 8:
+        near = -number.as_tuple().exponent - generator.randint(-1, 40)
+        to = generator.choice([near, near, 0, 2, generator.randint(-130, 130), -2 ** 31, 2 ** 31 - 1])
+        mode = decimal.ROUND_HALF_UP if kind == 6 else decimal.ROUND_DOWN
+        letter = "Z" if kind == 7 and to == 0 else "RX"[kind - 6]
+        return "%s %s %d" % (letter, a, to), answer_of(encoded(rounded_to(number, to, mode)))
+    if generator.random() < 0.2:
+        return "N " + a, answer_of(encoded(-number)) + " " + encoded(abs(number))[0]
+    integer = generator.choice([2 ** 64 + generator.randint(-2, 1), generator.randrange(10 ** generator.randint(1, 38)), 10 ** 38 - 1])
+    zeros = generator.randint(0, 38 - len(str(integer)))
+    text = "%s%dE%d" % (generator.choice(["", "", "-"]), integer * 10 ** zeros, generator.choice([-zeros, -zeros, 0, 3, -3, 89]))
+    number = stored(text)
+    whole = number == number.to_integral_value()
+    if kind == 8:
+        return "U " + text, answer_of(encoded(Decimal(int(number))) if whole and 0 <= number < 2 ** 64 else None)
+    if number < 0 or not whole:
+        return "/ " + text, "-6803 77"
+    quotient, remainder = divmod(int(number), 16)
+    return "/ " + text, answer_of(encoded(Decimal(quotient))) + " %d" % remainder
+
+
 def question(index):
-    kind = index % 10
+    kind = index % 20
+    if kind >= 10:
+        return calculation(kind - 10)
     if kind < 4:
         text = number_text()
         return "T " + text, answer_of(encoded(Decimal(text)))
@@ -95,7 +157,7 @@ def question(index):
 
 
 def main():
-    count = int(sys.argv[2]) if len(sys.argv) > 2 else 200000
+    count = int(sys.argv[2]) if len(sys.argv) > 2 else 400000
     questions = [question(index) for index in range(count)]
     lines = "".join(line + "\n" for line, _ in questions)
     answers = subprocess.run([sys.argv[1], "--answer"], input=lines, capture_output=True, text=True, check=True).stdout.splitlines()

@@ -51,35 +51,124 @@ double double_of(std::uint64_t bits) {
     return number;
 }
 
+// One operation of two operands, or of one and a number; its result goes beside its operands, and in their places.
+struct answer {
+    std::int32_t status;
+    odd_decimal result;
+    std::string further; // what else the operation gives, or what is wrong
+};
+
+template <class Operation> answer in_all_places(const odd_decimal& a, const odd_decimal& b, Operation operation) {
+    answer beside{.status = 0, .result = {}, .further = {}};
+    beside.status = operation(a.value, b.value, beside.result.value);
+    const odd_decimal place_a;
+    const odd_decimal place_b;
+    memcpy(place_a.value, a.value, sizeof *a.value);
+    memcpy(place_b.value, b.value, sizeof *b.value);
+    const std::int32_t status_a = operation(place_a.value, b.value, place_a.value);
+    const std::int32_t status_b = operation(a.value, place_b.value, place_b.value);
+    const bool done = beside.status == 0;
+    if (status_a != beside.status || status_b != beside.status || bytes_of(place_a) != bytes_of(done ? beside.result : a) ||
+        bytes_of(place_b) != bytes_of(done ? beside.result : b)) {
+        beside.further = " other in place";
+    }
+    return beside;
+}
+
+using bifun::decimal_layout::round_long;
+using bifun::decimal_layout::truncate_long;
+
+answer calculate(char operation, const std::string& first, const std::string& second) {
+    const odd_decimal a;
+    const odd_decimal b;
+    EXPECT_EQ(read(first, a) | read(second, b), 0) << first << ' ' << second;
+    const auto digits = static_cast<std::int32_t>(std::strtol(second.c_str(), nullptr, 10));
+    const auto of_one = [&](auto function) {
+        return in_all_places(a, a, [&](const xdec* value, const xdec*, xdec* result) { return function(value, result); });
+    };
+    // The operation takes the core for short coefficients first; the one for long ones has to agree with it.
+    const auto set_digits = [&](auto function, auto long_core) {
+        answer set = of_one([&](const xdec* value, xdec* result) { return function(value, digits, result); });
+        const odd_decimal result;
+        if (long_core(*a.value, digits, result.value) ? bytes_of(result) != bytes_of(set.result) : result.value->bytes[0] != 0x5A) {
+            set.further += " other core";
+        }
+        return set;
+    };
+    switch (operation) {
+    case '+':
+        return in_all_places(a, b, xdec_add);
+    case '-':
+        return in_all_places(a, b, xdec_sub);
+    case '*':
+        return in_all_places(a, b, xdec_mul);
+    case 'N': {
+        answer negated = of_one(xdec_neg);
+        negated.further += " " + bytes_of(of_one(xdec_abs).result);
+        return negated;
+    }
+    case 'R':
+        return set_digits([](const xdec* value, std::int32_t to, xdec* result) { return xdec_round(value, 0, to, result); }, round_long);
+    case 'X':
+        return set_digits(xdec_trunc_scale_with_pos, truncate_long);
+    case 'Z':
+        return of_one([](const xdec* value, xdec* result) {
+            memmove(result, value, sizeof *result);
+            return xdec_trunc_scale(result);
+        });
+    case 'U':
+        return of_one([](const xdec* value, xdec* result) {
+            std::uint64_t number = 77;
+            const std::int32_t status = xdec_get_ulint64(value, &number);
+            EXPECT_EQ(xdec_in_ulint64(value) != 0, status == 0);
+            return status == 0 ? xdec_from_ulint64(result, number) : number == 77 ? status : 1;
+        });
+    default: {
+        std::int32_t remainder = 77;
+        answer divided =
+            of_one([&](const xdec* value, xdec* result) { return xdec_div_get_quotient_int_by_16(value, result, &remainder); });
+        divided.further += " " + std::to_string(remainder);
+        return divided;
+    }
+    }
+}
+
 // For decimal_oracle.py: one operation a line, one answer a line.
 //     T <text>    status [bytes text double-bits]     the text without its blanks
 //     D <bits>    the same, from a double
 //     I <number>  the same, from an integer
 //     C <a> <b>   0, order of a and b, order of b and a
+// and those of `calculate`, with the same answer and what is further given.
 int answer_operations() {
     for (std::string line; std::getline(std::cin, line);) {
         std::istringstream words(line.substr(2));
         std::string first;
-        std::string second;
+        std::string second = "0";
         words >> first >> second;
-        const odd_decimal a;
-        const odd_decimal b;
+        answer given{.status = 0, .result = {}, .further = {}};
         if (line[0] == 'C') {
-            const std::int32_t status = read(first, a) | read(second, b);
-            std::cout << status << ' ' << xdec_cmp(a.value, b.value) << ' ' << xdec_cmp(b.value, a.value) << '\n';
+            const odd_decimal b;
+            const std::int32_t status = read(first, given.result) | read(second, b);
+            std::cout << status << ' ' << xdec_cmp(given.result.value, b.value) << ' ' << xdec_cmp(b.value, given.result.value) << '\n';
             continue;
         }
-        const std::int32_t status = line[0] == 'T'   ? read(first, a)
-                                    : line[0] == 'D' ? xdec_from_double(a.value, double_of(std::stoull(first, nullptr, 16)))
-                                                     : xdec_from_int64(a.value, std::stoll(first), 255);
-        std::cout << status << (status != 0 && a.value->bytes[0] != 0x5A ? " touched" : "");
-        if (status == 0) {
-            const double number = xdec_to_double(a.value);
+        if (line[0] == 'T') {
+            given.status = read(first, given.result);
+        } else if (line[0] == 'D') {
+            given.status = xdec_from_double(given.result.value, double_of(std::stoull(first, nullptr, 16)));
+        } else if (line[0] == 'I') {
+            given.status = xdec_from_int64(given.result.value, std::stoll(first), 255);
+        } else {
+            given = calculate(line[0], first, second);
+        }
+        std::cout << given.status << (given.status != 0 && given.result.value->bytes[0] != 0x5A ? " touched" : "");
+        if (given.status == 0) {
+            const double number = xdec_to_double(given.result.value);
             std::uint64_t bits;
             memcpy(&bits, &number, sizeof bits);
-            std::cout << ' ' << bytes_of(a) << ' ' << written(a) << ' ' << std::hex << bits << std::dec;
+            std::cout << ' ' << bytes_of(given.result) << ' ' << written(given.result) << ' ' << std::hex << bits << std::dec;
         }
-        std::cout << '\n';
+        std::cout << given.further << '\n';
     }
     return 0;
 }
@@ -87,7 +176,7 @@ int answer_operations() {
 } // namespace
 
 TEST(Decimal, RejectsWhatIsNoNumber) {
-    std::istringstream texts("| |+|-|.|.5|5.|-.5|1..2|1.2.3|--1|+-1|- 1|1 2|1,2|1E|1E+|1E 5|1E5.0|E5|1.E5|0x10|NaN|inf|1/|1:|12345678x|"
+    std::istringstream texts("| |+|-|.|-.|..5|.E5|1..2|1.2.3|--1|+-1|- 1|1 2|1,2|1E|1E+|1E 5|1E5.0|E5|0x10|NaN|inf|1/|1:|12345678x|"
                              "1234567812345678:|\t1|1\n|1\xCF|1234567\xFF|12345678\xE2\x82\xAC|1\xBA"
                              "23456789");
     const odd_decimal value;
@@ -108,6 +197,8 @@ TEST(Decimal, ReadsLongTexts) {
         EXPECT_EQ(status == 0 ? written(value) : std::to_string(status), expected) << text.substr(0, 30);
     };
     reads(blanks + "-0.50" + blanks, "-0.50");
+    reads(blanks + "-.50" + blanks, "-0.50");
+    reads("+5.e1", "50");
     reads(zeros + "7", "7");
     reads("0." + zeros + "7E+1000001", "7");
     reads("7" + zeros + "E-1000000", std::string("7.").append(37, '0'));
@@ -165,6 +256,67 @@ TEST(Decimal, RoundsPartsOnce) {
     makes(largest, 0, true, "1" + std::string(38, '0'));
     makes(largest, 38, true, std::string("1.").append(37, '0'));
     makes(powers_of_ten[38], 1, false, "1" + std::string(37, '0'));
+}
+
+TEST(Decimal, CalculatesAtItsBorders) {
+    const std::string nines(38, '9');
+    const std::string largest = nines + "E89";
+    const std::string smallest = "0." + std::string(126, '0') + "1";
+    const std::string no_unit = "0." + std::string(127, '0');
+    const auto zeros = [](std::size_t count) { return std::string(count, '0'); };
+    struct {
+        char operation;
+        std::string first, second, expected;
+    } const cases[] = {
+        {'+', nines, "1", "1" + zeros(38)},
+        {'+', nines, "0.4", nines},
+        {'+', nines, "0.5", "1" + zeros(38)},
+        {'-', "-" + nines, "0.5", "-1" + zeros(38)},
+        {'+', largest, largest, "-6102"},
+        {'-', "-" + largest, "1", "-" + nines + zeros(89)},
+        {'-', "1E37", "0.051", nines.substr(1) + ".9"},
+        {'-', "1E37", "0.05", "1" + zeros(37)},
+        {'-', "1E126", smallest, "1" + zeros(126)},
+        {'+', smallest, smallest, "0." + zeros(126) + "2"},
+        {'+', "0.00", "0", "0.00"},
+        {'-', "1.50", "1.5", "0.00"},
+        {'*', "0.00", "-1E50", "0.00"},
+        {'*', smallest, "0.5", smallest},
+        {'*', smallest, "-0.4", no_unit},
+        {'*', "1E63", "1E63", "1" + zeros(126)},
+        {'*', "1E64", "1E63", "-6102"},
+        {'*', nines, nines, nines.substr(1) + "8" + zeros(38)},
+        {'R', "0.5", "0", "1"},
+        {'R', "-0.5", "0", "-1"},
+        {'R', "-0.49", "0", "0"},
+        {'R', "2.345", "2", "2.35"},
+        {'R', "0.00", "1", "0.0"},
+        {'R', "9223372036854775807.5", "0", "9223372036854775808"},
+        {'R', nines.substr(1) + ".9", "0", "1" + zeros(37)},
+        {'R', "1.5", "2147483647", "1.5"},
+        {'R', largest, "-2147483648", "0"},
+        {'R', largest, "-89", nines + zeros(89)},
+        {'R', largest, "-90", "-6102"},
+        {'R', "150.0", "-2", "200"},
+        {'R', smallest, "126", "0." + zeros(126)},
+        {'X', largest, "-90", nines.substr(1) + zeros(90)},
+        {'X', "-99.99", "-1", "-90"},
+        {'X', "-0.09", "1", "0.0"},
+        {'Z', "-" + nines.substr(1) + ".9", "0", "-" + nines.substr(1)},
+        {'U', "18446744073709551615.000", "0", "18446744073709551615"},
+        {'U', "18446744073709551616", "0", "-6102"},
+        {'U', "0." + zeros(100), "0", "0"},
+        {'U', "-1", "0", "-6102"},
+        {'/', "33.0", "0", "2"},
+        {'/', "33.5", "0", "-6803"},
+        {'/', "-16", "0", "-6803"},
+        {'/', largest, "0", "624" + nines.substr(3) + zeros(88)},
+    };
+    for (const auto& [operation, first, second, expected] : cases) {
+        const answer given = calculate(operation, first, second);
+        EXPECT_EQ(given.status == 0 ? written(given.result) : std::to_string(given.status), expected)
+            << operation << ' ' << first << ' ' << second << given.further;
+    }
 }
 
 int main(int argument_count, char** arguments) {

@@ -15,6 +15,7 @@ struct bifun_environment {
     unsigned copies;
     unsigned strings;
     unsigned comparisons;
+    int out_of_memory;
     unsigned strangers; /* calls with another environment or memory object */
 };
 
@@ -67,6 +68,9 @@ int32_t bdta3_col_copy(bifun_environment* e, bifun_memory_object* m, bifun_colum
 int32_t bdta3_col_copy(bifun_environment* e, bifun_memory_object* m, bifun_column* destination, const bifun_column* source,
                        uint32_t row_count) {
     visit(e, m, &environment.copies);
+    if (e->out_of_memory) {
+        return -503;
+    }
     const size_t width = *(const size_t*)source->data->engine_word;
     destination->no_nulls = source->no_nulls;
     for (uint32_t k = 0; k < row_count; ++k) {
@@ -166,6 +170,12 @@ int main(int argument_count, char** arguments) {
            "GREATEST(x, 7), which takes the second of equal values");
     expect(environment.comparisons == 3, "GREATEST compares by the engine's operation, for rows that are not NULL");
 
+    expect(FIND(bleast_va_do_math_dec)(&environment, &memory, &seven, &decimals, &decimal_result, ROWS) == 0, "LEAST succeeds");
+    expect(environment.comparisons == 6, "LEAST compares for rows that are not NULL");
+    expect(FIND(bgreatest_av_do_math_bigint)(&environment, &memory, &bigints, &five, &bigint_result, ROWS) == 0, "GREATEST succeeds");
+    expect(bigint_result_values[0] == 5 && bigint_result_values[2] == 8 && bigint_result_values[3] == 5, "GREATEST(x, 5)");
+    expect(environment.setter_calls == 12, "GREATEST of BIGINT stores its results itself");
+
     expect(FIND(bnvl_dec_av)(&environment, &memory, &decimals, &seven, &decimal_result, ROWS) == 0, "NVL succeeds");
     expect(decimal_result_values[0].bytes[29] == 5 && decimal_result_values[1].bytes[28] == 'b' && decimal_result_flags[1] == 1,
            "NVL(x, 7)");
@@ -184,6 +194,16 @@ int main(int argument_count, char** arguments) {
     expect(bigint_result_flags[0] == 0 && bigint_result_flags[3] == 1 && bigint_result_values[3] == INT64_MIN, "IF(c, x, NULL)");
     expect(FIND(blnnvl_a_bool)(&environment, &memory, &condition, &int_result, ROWS) == 0, "LNNVL succeeds");
     expect(int_result_values[0] == 1 && int_result_values[3] == 0 && int_result.no_nulls == 1, "LNNVL(c)");
+
+    environment.out_of_memory = 1;
+    bigint_result.no_nulls = string_result.no_nulls = 1;
+    expect(FIND(bnvl_int64_aa)(&environment, &memory, &bigints, &bigints, &bigint_result, ROWS) == -503, "NVL without memory");
+    expect(FIND(bnvl_varchar_av)(&environment, &memory, &strings, &word, &string_result, ROWS) == -503, "NVL without memory for strings");
+    expect(bigint_result.no_nulls == 0 && string_result.no_nulls == 0, "NVL that failed promises nothing");
+    bigint_result.no_nulls = 1;
+    expect(FIND(bifoperator_int64_aav)(&environment, &memory, &condition, &bigints, &nothing, &bigint_result, ROWS) == -503,
+           "IF without memory");
+    expect(bigint_result.no_nulls == 0, "IF that failed promises nothing");
 
     expect(environment.strangers == 0, "every operation is given the environment, the memory object and a value that is not NULL");
     expect(dlclose(library) == 0, "the library can be unloaded");

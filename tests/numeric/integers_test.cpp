@@ -1,5 +1,9 @@
 // ABS, CEIL, FLOOR and MOD of integers.
 
+#include <algorithm>
+#include <cstring>
+#include <vector>
+
 #include <gtest/gtest.h>
 
 #include "engine/columns.h"
@@ -31,6 +35,47 @@ TEST(Integers, HaveTheseValues) {
     };
     for (const text_case& text_case : cases) {
         EXPECT_EQ(evaluate(text_case), text_case.result) << text_case.symbol;
+    }
+}
+
+// Every pair of numbers around powers of two, and multiples of each with their neighbours, against division in 128 bits.
+TEST(Mod, IsTheRemainderOfTruncatingDivision) {
+    __extension__ using int128 = __int128;
+    std::vector<std::int64_t> numbers;
+    for (std::uint32_t bit = 0; bit < 64; ++bit) {
+        for (const std::uint64_t offset : {0U, 1U, 2U}) {
+            numbers.push_back(static_cast<std::int64_t>((std::uint64_t{1} << bit) + offset));
+            numbers.push_back(static_cast<std::int64_t>(-(std::uint64_t{1} << bit) - offset));
+            numbers.push_back(static_cast<std::int64_t>((0x9E3779B97F4A7C15U >> bit) * (offset + 1)));
+        }
+    }
+    std::vector<std::int64_t> xs;
+    std::vector<std::int64_t> ys;
+    for (const std::int64_t x : numbers) {
+        for (const std::int64_t y : numbers) {
+            const std::int64_t multiple = y == 0 || y == -1 ? 0 : x / y * y;
+            for (const std::uint64_t offset : {std::uint64_t{0}, std::uint64_t{1}, ~std::uint64_t{0}}) {
+                xs.push_back(static_cast<std::int64_t>(static_cast<std::uint64_t>(multiple) + offset));
+                ys.push_back(y);
+            }
+            xs.push_back(x);
+            ys.push_back(y);
+        }
+    }
+    const auto row_count = static_cast<std::uint32_t>(xs.size());
+    const zqengine::column_pointer x(zqengine::create_column(bifun::value_type::BIGINT, row_count));
+    const zqengine::column_pointer y(zqengine::create_column(bifun::value_type::BIGINT, row_count));
+    x->column.no_nulls = y->column.no_nulls = 1;
+    std::memset(x->data.null_flags, 1, row_count);
+    std::memset(y->data.null_flags, 1, row_count);
+    std::ranges::copy(xs, zqengine::values_of<std::int64_t>(*x));
+    std::ranges::copy(ys, zqengine::values_of<std::int64_t>(*y));
+    const auto* const entry = std::ranges::find(bifun::entry_points, std::string_view("bmod_aa_math_int64"), &bifun::entry_point::symbol);
+    const contract::outcome outcome = contract::call(*entry, {{.column = x.get()}, {.column = y.get()}}, row_count);
+    for (std::uint32_t row = 0; row < row_count; ++row) {
+        const int128 expected = ys[row] == 0 ? xs[row] : int128{xs[row]} - int128{ys[row]} * (int128{xs[row]} / ys[row]);
+        ASSERT_EQ(zqengine::values_of<std::int64_t>(*outcome.result)[row], static_cast<std::int64_t>(expected))
+            << "MOD(" << xs[row] << ", " << ys[row] << ")";
     }
 }
 

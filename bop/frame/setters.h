@@ -1,0 +1,34 @@
+// Result values through the engine's setters, and whether the library may store them itself.
+#ifndef BIFUN_FRAME_SETTERS_H
+#define BIFUN_FRAME_SETTERS_H
+
+#include "bop/frame/batch.h"
+#include "engine/columns.h"
+
+namespace bifun {
+
+inline bool setters_are_plain_stores() { return &bdta3_setters_are_plain_stores != nullptr && bdta3_setters_are_plain_stores != 0; }
+
+inline void set_value(const batch& batch, std::uint32_t row, std::int32_t value) {
+    const bifun_int_constant record{1, value};
+    (void)bdta3_set_int(batch.environment, batch.memory, batch.result, row, &record);
+}
+
+inline void set_value(const batch& batch, std::uint32_t row, std::int64_t value) {
+    const bifun_bigint_constant record{1, value};
+    (void)bdta3_set_int64(batch.environment, batch.memory, batch.result, row, &record);
+}
+
+inline void set_value(const batch& batch, std::uint32_t row, double value) {
+    const bifun_double_constant record{1, value};
+    (void)bdta3_set_double(batch.environment, batch.memory, batch.result, row, &record);
+}
+
+inline void set_value(const batch& batch, std::uint32_t row, const xdec& value) {
+    const bifun_decimal_constant record{1, value};
+    (void)bdta3_set_dec(batch.environment, batch.memory, batch.result, row, &record);
+}
+
+} // namespace bifun
+
+#endif

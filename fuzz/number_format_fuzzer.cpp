@@ -1,0 +1,79 @@
+// Numbers, formats and NLS texts, separated by newlines. Any number under any format has a text of its width or a status, the same for a
+// session that has met other formats before.
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <string_view>
+
+#include "embedded/format/nls_parameters.h"
+#include "embedded/session/environment.h"
+#include "engine/decimal.h"
+#include "engine/number_format.h"
+
+namespace {
+
+// The bytes up to the next newline, in a block of exactly their size so that reading past them is caught.
+struct line {
+    std::unique_ptr<std::uint8_t[]> bytes;
+    std::uint32_t length;
+};
+
+line take_line(std::string_view& input) {
+    const std::size_t length = std::min(input.find('\n'), input.size());
+    line taken{std::make_unique<std::uint8_t[]>(length), static_cast<std::uint32_t>(length)};
+    if (length != 0) {
+        std::memcpy(taken.bytes.get(), input.data(), length);
+    }
+    input.remove_prefix(std::min(length + 1, input.size()));
+    return taken;
+}
+
+void require(bool condition) {
+    if (!condition) {
+        std::abort();
+    }
+}
+
+void check_width(const line& format, const line& nls, std::size_t length) {
+    zqengine::nls_parameters parameters;
+    zqengine::number_format parsed;
+    require(zqengine::parse_nls_parameters(nls.bytes.get(), nls.length, parameters));
+    require(zqengine::parse_number_format(format.bytes.get(), format.length, parameters, parsed));
+    const bool is_shortest = parsed.kind == zqengine::format_kind::shortest || parsed.kind == zqengine::format_kind::shortest_scientific;
+    if (is_shortest) {
+        require(length >= 1 && length <= 64);
+    } else {
+        require(length == parsed.width || (parsed.fill_mode && length < parsed.width) ||
+                (parsed.kind == zqengine::format_kind::scientific && length == parsed.width + 1U));
+    }
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    static bifun_environment session;
+    std::string_view input{reinterpret_cast<const char*>(data), size};
+    const line number = take_line(input);
+    const line format = take_line(input);
+    const line nls = take_line(input);
+
+    xdec value;
+    if (xdec_from_char(number.bytes.get(), number.length, &value) != 0) {
+        return 0;
+    }
+    const auto kept = std::make_unique<char[]>(1024);
+    const auto fresh = std::make_unique<char[]>(1024);
+    const std::int32_t status =
+        xdec_to_char_with_nls(nullptr, &value, fresh.get(), format.bytes.get(), format.length, nls.bytes.get(), nls.length);
+    for (int i = 0; i < 2; ++i) {
+        require(xdec_to_char_with_nls(&session, &value, kept.get(), format.bytes.get(), format.length, nls.bytes.get(), nls.length) ==
+                status);
+        require(status != 0 || std::strcmp(kept.get(), fresh.get()) == 0);
+    }
+    require(status == 0 || status == ZQ_INVALID_NUMBER_FORMAT || status == ZQ_INVALID_NLS_PARAMETERS);
+    if (status == 0) {
+        check_width(format, nls, std::strlen(fresh.get()));
+    }
+    return 0;
+}

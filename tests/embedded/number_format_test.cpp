@@ -1,0 +1,323 @@
+#include <gtest/gtest.h>
+
+#include <array>
+#include <bit>
+#include <cmath>
+#include <cstring>
+#include <fstream>
+#include <limits>
+#include <memory>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "bop/frame/status.h"
+#include "embedded/session/environment.h"
+#include "engine/decimal.h"
+#include "engine/number_check.h"
+#include "engine/number_format.h"
+
+namespace {
+
+std::unique_ptr<std::uint8_t[]> exact_copy(const std::string& text) {
+    std::unique_ptr<std::uint8_t[]> bytes(new std::uint8_t[text.size()]);
+    std::copy(text.begin(), text.end(), bytes.get());
+    return bytes;
+}
+
+std::uint32_t length_of(const std::string& text) { return static_cast<std::uint32_t>(text.size()); }
+
+// The text, or the status where the format or the NLS text is bad. All texts and the value lie in blocks of exactly their size.
+std::string formatted(bifun_environment* environment, const std::string& number, const std::string& format, const std::string& nls = "") {
+    const std::unique_ptr<std::uint8_t[]> block(new std::uint8_t[1 + sizeof(xdec)]);
+    auto* const value = reinterpret_cast<xdec*>(block.get() + 1);
+    EXPECT_EQ(xdec_from_char(exact_copy(number).get(), length_of(number), value), 0) << number;
+    const std::unique_ptr<char[]> buffer(new char[1024]);
+    buffer[0] = '~';
+    const std::int32_t status = nls.empty()
+                                    ? xdec_to_char_with_fmt(environment, value, buffer.get(), exact_copy(format).get(), length_of(format))
+                                    : xdec_to_char_with_nls(environment, value, buffer.get(), exact_copy(format).get(), length_of(format),
+                                                            exact_copy(nls).get(), length_of(nls));
+    if (status != 0) {
+        EXPECT_EQ(buffer[0], '~') << format;
+        return std::to_string(status);
+    }
+    return buffer.get();
+}
+
+struct format_case {
+    const char* number;
+    const char* format;
+    const char* text;
+    const char* nls = "";
+};
+
+const format_case cases[] = {
+    // digits, zeros, the point
+    {"0.7", ".9", " .7"},
+    {"-0.5", "0.0", "-0.5"},
+    {"0.001", "9.999", "  .001"},
+    // separators
+    {"-1234567", "9,999,999", "-1,234,567"},
+    {"123", "9,,9,9", " 1,,2,3"},
+    {"12", "99,", " 12,"},
+    {"1234567", "9G999G999D99", " 1,234,567.00"},
+    // rounding, half away from zero, once
+    {"0.5", "9", " 1"},
+    {"-0.5", "9", "-1"},
+    {"9.995", "99.99", " 10.00"},
+    {"-0.4", "S9", "+0"},
+    {"12345678901234567890123456789012345678E-38", "9.9999", "  .1235"},
+    {"5E-30", "9", " 0"},
+    {"6E37", "9", "##"},
+    {"0.18446744073709551616", "0.99999999999999999999", " 0.18446744073709551616"},
+    {"99999999999999999999E-20", "9.9", " 1.0"},
+    {"60000000000000000000000000000000000000E-38", "9", " 1"},
+    {"60000000000000000000000000000000000000E-39", "9.9", "  .1"},
+    {"9223372036854775807", "99999999999999999999", "  9223372036854775807"},
+    {"18446744073709551615", "9999999999999999999.9", "######################"},
+    {"1844674407370955162", "99999999999999999999.99", "  1844674407370955162.00"},
+    {"1E30", "9,999,999999999999999999999999999.9", " 1,000,000000000000000000000000000.0"},
+    // what does not fit
+    {"1", ".9", "###"},
+    {"12", "FM9", "##"},
+    {"10", "L9", "###"},
+    {"10", "9PR", "###"},
+    {"10", "9MI", "##"},
+    // signs
+    {"1234567890", "9999999999S", "1234567890+"},
+    {"-12", "FM9999PR", "<12>"},
+    {"12", "FMS9999", "+12"},
+    {"-0.001", "0.00PR", " 0.00 "},
+    // currency symbols
+    {"5", "SB$99", " +$5"},
+    {"5", "99U", "  5$"},
+    // B
+    {"0", "B9999", "     "},
+    {"0.004", "FMB0.00", ""},
+    {"0", "B9.9EEEE", "        "},
+    // FM
+    {"123.45", "FM999.009", "123.45"},
+    {"0", "FM.99", ".0"},
+    {"100", "FM9.9EEEE", "1.E+02"},
+    // V
+    {"12.345", "9V99", "####"},
+    {"1.234", "9V09", " 123"},
+    {"0.05", "99V0", "   1"},
+    {"0.7", "V9", " 7"},
+    {"1", "V9", "##"},
+    {"1234.5", "9,999V9", " 1,2345"},
+    // EEEE
+    {"-0.000123", "9.99eeee", "-1.23E-04"},
+    {"9.96", "9.9EEEE", " 1.0E+01"},
+    {"99.99999", "999EEEE", "   1E+02"},
+    {"12", "9.99999999999999999999999999999999999999999EEEE", " 1.20000000000000000000000000000000000000000E+01"},
+    {"-9.5E-127", "S9EEEE", "-1E-126"},
+    {"12", "$9.9EEEEMI", "$1.2E+01 "},
+    // Roman numerals
+    {"3888", "RN", "MMMDCCCLXXXVIII"},
+    {"0.4", "RN", "###############"},
+    {"1E40", "RN", "###############"},
+    {"-1", "RN", "###############"},
+    {"3999.4", "fmRn", "MMMCMXCIX"},
+    // hexadecimal digits
+    {"0", "XX", "  0"},
+    {"256", "XX", "###"},
+    {"15.5", "XX", " 10"},
+    {"-0.4", "FMXX", "0"},
+    {"1E40", "FMXXXXXXXXXXXXXXXXXXXXXXXXXXXXXXXXXX", "1D6329F1C35CA4BFABB9F5610000000000"},
+    {"99999999999999999999999999999999999999", "0XXXXXXXXXXXXXXXXXXXXXXXXXXXXXXXXX", " 004B3B4CA85A86C47A098A223FFFFFFFFF"},
+    // TM
+    {"0.00", "tm9", "0"},
+    {"-0.00007", "TMe", "-7E-05"},
+    {"0", "TME", "0E+00"},
+    {"1E63", "TM", "1000000000000000000000000000000000000000000000000000000000000000"},
+    {"1E-63", "TM", ".000000000000000000000000000000000000000000000000000000000000001"},
+    {"1E-64", "TM", "1E-64"},
+    // NLS parameters
+    {"1.5", "999.9", "   1.5", "nls_numeric_characters=',.'"},
+    {"15", "C99", " EUR15", "  NLS_ISO_CURRENCY =EUR  NLS_CURRENCY=x "},
+    {"15", "L99", " 15", "NLS_CURRENCY=''"},
+    {"15", "$99", " $15", "NLS_CURRENCY=x"},
+    {"15", "99", " 15", "  "},
+};
+
+TEST(NumberFormat, Cases) {
+    bifun_environment environment;
+    for (const format_case& the : cases) {
+        EXPECT_EQ(formatted(nullptr, the.number, the.format, the.nls), the.text) << the.number << " " << the.format << " " << the.nls;
+        EXPECT_EQ(formatted(&environment, the.number, the.format, the.nls), the.text) << the.number << " " << the.format << " " << the.nls;
+    }
+}
+
+TEST(NumberFormat, BadFormats) {
+    for (const char* const format :
+         {"FM",    "FM.",   ".",       "S",      "$",    ",9",      "9.9.9", "9.9,9",  "D9D", "9,9D9", "9.9G9", "9S9",  "S9S",  "S9MI",
+          "S9PR",  "9MIPR", "9PRMI",   "MI9",    "PR9",  "9$",      "$L9",   "$9L",    "L9C", "BB9",   "9B",    "9V",   "9V.9", "9.9V9",
+          "9V9,9", "9V9V9", "9,9EEEE", ".9EEEE", "9EEE", "9V9EEEE", "EEEE",  "9EEEEE", "9X",  "X9",    "X0",    "XX.X", "SX",   "XMI",
+          "RN9",   "9RN",   "R",       "TM99",   "TM9E", "STM",     "9TM",   "9 9",    " 9",  "9Q",    "9FM",   "LS9",  "$BS9", "9.9MIS"}) {
+        EXPECT_EQ(formatted(nullptr, "1", format), "-6130") << format;
+    }
+    EXPECT_EQ(formatted(nullptr, "1", ""), "-6130");
+    EXPECT_EQ(formatted(nullptr, "1", std::string("9\0", 2)), "-6130");
+    EXPECT_EQ(formatted(nullptr, "1", std::string(76, '9')), "-6130");
+    EXPECT_STREQ(zqengine::number_format_status_meaning(ZQ_INVALID_NUMBER_FORMAT), "invalid number format");
+    EXPECT_STREQ(zqengine::number_format_status_meaning(ZQ_INVALID_NLS_PARAMETERS), "invalid NLS parameters");
+    EXPECT_EQ(zqengine::number_format_status_meaning(-6102), nullptr);
+}
+
+TEST(NumberFormat, BadNlsTexts) {
+    for (const char* const nls : {"NLS_CURRENCY", "NLS_CURRENCY=", "NLS_CURRENCY='x", "NLS_CURRENCY=x'y", "NLS_CURRENCY='x'y",
+                                  "NLS_CURRENCY=x NLS_CURRENCY=x", "NLS_SORT=x", "NLS_CURRENCY='\t'", "=x", "NLS_NUMERIC_CHARACTERS='.'",
+                                  "NLS_NUMERIC_CHARACTERS='..'", "NLS_NUMERIC_CHARACTERS='.-'", "NLS_NUMERIC_CHARACTERS='.1'",
+                                  "NLS_NUMERIC_CHARACTERS='.,,'", "NLS_NUMERIC_CHARACTERS='\xC2\xA0'"}) {
+        EXPECT_EQ(formatted(nullptr, "1", "9", nls), "-6131") << nls;
+    }
+    EXPECT_EQ(formatted(nullptr, "1", "L9", "NLS_CURRENCY='" + std::string(114, 'x') + "'"), "-6131");
+}
+
+TEST(NumberFormat, LongestTexts) {
+    const std::string symbol(113, 'x');
+    const std::string nls = "NLS_CURRENCY='" + symbol + "'";
+    const std::string nines(38, '9');
+    EXPECT_EQ(formatted(nullptr, nines + "E37", std::string(75, '9')), " " + nines + std::string(37, '0'));
+    EXPECT_EQ(formatted(nullptr, nines + "E38", std::string(75, '9')), std::string(76, '#'));
+    EXPECT_EQ(formatted(nullptr, nines + "E-127", "." + std::string(74, '9')), " ." + std::string(74, '0'));
+    EXPECT_EQ(formatted(nullptr, "-1", "L." + std::string(71, '9') + "PR", nls), std::string(187, '#'));
+    EXPECT_EQ(formatted(nullptr, "-0.1", "L." + std::string(71, '9') + "PR", nls), "<" + symbol + ".1" + std::string(70, '0') + ">");
+    EXPECT_EQ(formatted(nullptr, "-9", std::string(70, '9') + "EEEEL", nls), std::string(69, ' ') + "-9E+00" + symbol);
+    EXPECT_EQ(formatted(nullptr, "1", "B" + std::string(72, '0') + "PR"), " " + std::string(71, '0') + "1 ");
+    EXPECT_EQ(formatted(nullptr, nines + "E89", std::string(75, 'X')), std::string(76, '#'));
+}
+
+// A session's next format takes the place of the last one only where it differs, in whichever byte, and is good.
+TEST(NumberFormat, SessionKeepsTheLastFormat) {
+    bifun_environment environment;
+    for (const auto& [format, nls, text] : std::vector<std::array<std::string, 3>>{{"9,999.99", "", " 1,234.50"},
+                                                                                   {"9,999.90", "", " 1,234.50"},
+                                                                                   {"FM,", "", "-6130"},
+                                                                                   {"9,999.90", "", " 1,234.50"},
+                                                                                   {"9G999D99", "NLS_NUMERIC_CHARACTERS=',.'", " 1.234,50"},
+                                                                                   {"9G999D99", "NLS_NUMERIC_CHARACTERS=', '", " 1 234,50"},
+                                                                                   {"9G999D99", "", " 1,234.50"},
+                                                                                   {"9G999D9", "", " 1,234.5"},
+                                                                                   {"0G999D9", "", " 1,234.5"},
+                                                                                   {"000999D99", "", " 001234.50"},
+                                                                                   {"0009990", "", " 0001235"},
+                                                                                   {"0009990", "NLS=", "-6131"},
+                                                                                   {"0009991", "", "-6130"}}) {
+        EXPECT_EQ(formatted(&environment, "1234.5", format, nls), text) << format << " " << nls;
+    }
+    EXPECT_EQ(formatted(&environment, "1", "999"), "   1");
+    environment.number_format.format.width = 2; // stays, for the same text is not parsed again
+    EXPECT_EQ(formatted(&environment, "1000", "999"), "##");
+}
+
+// The same number with more zeros behind its point has the same text, though it is rounded with wider arithmetic; and whatever the number,
+// a result without FM is as wide as its format.
+TEST(NumberFormat, TextDoesNotDependOnScale) {
+    std::mt19937_64 random(7);
+    const char* const formats[] = {
+        "9", "99.9", "999,999,990.00", "S0.999", "9999999999.9999999999", "9V99", "99,999,999,999,999,999,999.9MI"};
+    bifun_environment environment;
+    for (int i = 0; i < 20000; ++i) {
+        const std::uint64_t coefficient = random() >> random() % 64 >> 5;
+        const std::string scale = std::to_string(random() % 24);
+        const std::string format = formats[random() % std::size(formats)];
+        const std::string sign = random() % 2 == 0 ? "-" : "";
+        const std::string narrow = formatted(&environment, sign + std::to_string(coefficient) + "E-" + scale, format);
+        const std::string wide = sign + std::to_string(coefficient) + std::string(20, '0') + "E-" + std::to_string(std::stoi(scale) + 20);
+        ASSERT_EQ(narrow, formatted(&environment, wide, format)) << wide;
+        ASSERT_EQ(narrow.size(), formatted(nullptr, "1E50", format).size()) << narrow;
+    }
+}
+
+// Rows of the tables in the reference page: | `number` | `format` | `'result'` |, with the NLS text in a fourth column.
+TEST(NumberFormat, ReferencePage) {
+    std::ifstream page(NUMBER_FORMATS_PAGE);
+    int examples = 0;
+    for (std::string line; std::getline(page, line);) {
+        std::vector<std::string> cells;
+        for (std::size_t begin = line.find('`'); begin != std::string::npos; begin = line.find('`', begin)) {
+            const std::size_t end = line.find('`', begin + 1);
+            cells.push_back(line.substr(begin + 1, end - begin - 1));
+            begin = end + 1;
+        }
+        if (line.starts_with("| `") && cells.size() >= 3 && cells[2].starts_with('\'')) {
+            const std::string nls = cells.size() > 3 ? cells[3] : "";
+            EXPECT_EQ("'" + formatted(nullptr, cells[0], cells[1], nls) + "'", cells[2]) << line;
+            ++examples;
+        }
+    }
+    EXPECT_GT(examples, 60);
+}
+
+TEST(DoubleText, Cases) {
+    constexpr double infinity = std::numeric_limits<double>::infinity();
+    const std::pair<double, const char*> texts[] = {{0.0, "0"},
+                                                    {-0.0, "-0"},
+                                                    {0.1, "0.1"},
+                                                    {-1234.5, "-1234.5"},
+                                                    {1e-5, "0.00001"},
+                                                    {9.999999999999999e-6, "9.999999999999999E-06"},
+                                                    {999999999999999.9, "999999999999999.9"},
+                                                    {-1e15, "-1E+15"},
+                                                    {1.5e20, "1.5E+20"},
+                                                    {std::numeric_limits<double>::denorm_min(), "5E-324"},
+                                                    {-std::numeric_limits<double>::max(), "-1.7976931348623157E+308"},
+                                                    {-0.000012345678901234567, "-0.000012345678901234568"},
+                                                    {std::nan(""), "NaN"},
+                                                    {infinity, "Infinity"},
+                                                    {-infinity, "-Infinity"}};
+    for (const auto& [value, text] : texts) {
+        char buffer[32];
+        std::uint32_t length = 0;
+        ASSERT_EQ(zq_dou2char(value, buffer, sizeof buffer, &length), 0);
+        EXPECT_STREQ(buffer, text);
+        EXPECT_EQ(length, strlen(text));
+        EXPECT_EQ(zq_dou2char(value, buffer, length + 1, &length), 0);
+        EXPECT_EQ(zq_dou2char(value, buffer, length, &length), BIFUN_ARGUMENT_OUT_OF_DOMAIN);
+    }
+    std::mt19937_64 random(11);
+    for (int i = 0; i < 20000; ++i) {
+        const auto value = std::bit_cast<double>(random());
+        char buffer[32];
+        std::uint32_t length = 0;
+        ASSERT_EQ(zq_dou2char(value, buffer, sizeof buffer, &length), 0);
+        ASSERT_TRUE(std::isnan(value) || std::strtod(buffer, nullptr) == value) << buffer;
+    }
+}
+
+TEST(NumberCheck, Overflow) {
+    EXPECT_EQ(ntype_is_double_overflow(std::numeric_limits<double>::infinity()), BIFUN_NUMERIC_OVERFLOW);
+    EXPECT_EQ(ntype_is_double_overflow(-std::numeric_limits<double>::infinity()), BIFUN_NUMERIC_OVERFLOW);
+    EXPECT_EQ(ntype_is_double_overflow(-std::numeric_limits<double>::max()), 0);
+    EXPECT_EQ(ntype_is_double_overflow(std::nan("")), 0);
+}
+
+TEST(NumberCheck, Digits) {
+    const std::pair<std::string, double> readable[] = {{"0", 0},
+                                                       {"123.4", 123.4},
+                                                       {"5.", 5},
+                                                       {".5", 0.5},
+                                                       {"00012", 12},
+                                                       {"9007199254740993", 9007199254740992},
+                                                       {std::string(308, '9'), 1e308},
+                                                       {"0." + std::string(400, '0') + "1", 0}};
+    const auto read = [](const std::string& text, double& result) {
+        return utl_digit_from_char(exact_copy(text).get(), length_of(text), &result);
+    };
+    for (const auto& [text, number] : readable) {
+        double result = -1;
+        EXPECT_EQ(read(text, result), 0) << text;
+        EXPECT_EQ(result, number) << text;
+    }
+    for (const std::string& text : {std::string(), std::string("."), std::string("1.2.3"), std::string("-1"), std::string("1E5"),
+                                    std::string("inf"), std::string(" 1"), std::string(400, '9'), "00" + std::string(309, '9') + ".5"}) {
+        double result = -1;
+        EXPECT_EQ(read(text, result), BIFUN_ARGUMENT_OUT_OF_DOMAIN) << text;
+        EXPECT_EQ(result, -1) << text;
+    }
+}
+
+} // namespace
