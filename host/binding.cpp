@@ -1,6 +1,7 @@
 #include "host/binding.h"
 
 #include <algorithm>
+#include <deque>
 #include <set>
 
 #include "host/member_choice.h"
@@ -61,6 +62,7 @@ struct binder {
     const charset& text_charset;
     const function_library& library;
     std::vector<step> steps;
+    std::deque<expression> added_literals; // the default arguments of calls
 };
 
 std::size_t add_step(binder& state, step made) {
@@ -144,7 +146,14 @@ sql_type result_type(const binder& state, const bifun::entry_point& member, cons
     return types.size() == 1 ? *types.begin() : sql_type::datetime;
 }
 
-const bifun::entry_point& find_member(const binder& state, const expression& tree, const std::vector<operand>& arguments) {
+// The DOUBLEs that stand for most decimal fractions are a little off, so cutting digits would turn 0.3 into 0.2 now and then.
+std::string_view advice_for(std::string_view builtin, std::span<const offered_argument> arguments) {
+    const bool cuts_digits_of_double = builtin == "TRUNC" && arguments.size() == 2 && arguments[0].type == sql_type::double_precision;
+    return cuts_digits_of_double ? "; use ROUND(x, n) for a DOUBLE, or give its column the type DECIMAL with --types" : "";
+}
+
+// May add a default argument.
+const bifun::entry_point& find_member(binder& state, const expression& tree, std::vector<operand>& arguments) {
     const bifun::builtin* const builtin = find_builtin(tree.name);
     if (builtin == nullptr) {
         std::vector<std::string> names;
@@ -165,10 +174,18 @@ const bifun::entry_point& find_member(const binder& state, const expression& tre
         offered.push_back({argument.type, argument.literal != nullptr});
         types.push_back(sql_type_name(argument.type));
     }
+    if (const default_argument* const added = find_default_argument(builtin->name, offered)) {
+        expression& literal = state.added_literals.emplace_back(expression{.kind = expression_kind::literal, .offset = tree.offset});
+        literal.literal = added->kind;
+        literal.text = added->text;
+        arguments.push_back({&literal, 0, literal_type_of(literal, state.sql), tree.offset});
+        offered.push_back({arguments.back().type, true});
+    }
     const bifun::entry_point* const member = choose_member(builtin->name, offered);
     if (member == nullptr) {
         fail_at(state.sql, tree.offset,
-                fmt::format("{} does not take ({}); it takes {}", builtin->name, fmt::join(types, ", "), signatures(builtin->name)));
+                fmt::format("{} does not take ({}); it takes {}{}", builtin->name, fmt::join(types, ", "),
+                            signatures(builtin->name, types.size()), advice_for(builtin->name, offered)));
     }
     return *member;
 }
@@ -247,12 +264,18 @@ std::size_t add_comparison(binder& state, comparison_operator operation, const o
 
 std::size_t bind_in_list(binder& state, const expression& tree, const std::vector<operand>& operands) {
     const value_type type = comparison_type(state, operands, tree.offset);
-    std::vector<std::size_t> converted;
-    converted.reserve(operands.size());
-    for (const operand& given : operands) {
-        converted.push_back(as_type(state, given, type));
+    std::vector<std::size_t> compared{as_type(state, operands[0], type)};
+    std::vector<constant> items;
+    for (const operand& given : std::span(operands).subspan(1)) {
+        if (given.literal != nullptr && given.type != sql_type::null) {
+            items.push_back(make_constant(*given.literal, type, state.text_charset, state.sql));
+        } else {
+            compared.push_back(as_type(state, given, type));
+        }
     }
-    return negated_if(state, tree.negated, add_condition(state, step_kind::in_list, std::move(converted)));
+    const std::size_t made = add_condition(state, step_kind::in_list, std::move(compared));
+    state.steps[made].items = std::move(items);
+    return negated_if(state, tree.negated, made);
 }
 
 std::size_t bind_logic(binder& state, step_kind kind, const std::vector<operand>& operands) {
@@ -386,7 +409,8 @@ void mark_needed_columns(const select_statement& statement, const std::string& s
 
 plan bind_statement(const select_statement& statement, const std::string& sql, table* source, const charset& set,
                     const function_library& library) {
-    binder state{.sql = sql, .source = source, .table_names = {}, .text_charset = set, .library = library, .steps = {}};
+    binder state{
+        .sql = sql, .source = source, .table_names = {}, .text_charset = set, .library = library, .steps = {}, .added_literals = {}};
     if (statement.from) {
         state.table_names.push_back(statement.from->alias.empty() ? statement.from->name : statement.from->alias);
     }

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <compare>
 #include <cstring>
+#include <numeric>
+#include <utility>
 
 #include "engine/datetime.h"
 #include "engine/decimal.h"
@@ -88,46 +90,74 @@ void compare_by(comparison_operator operation, const bifun_column& left, const b
     }
 }
 
-template <class T>
-void compare_plain(comparison_operator operation, const bifun_column& left, const bifun_column& right, bifun_column& result,
-                   std::uint32_t row_count) {
-    compare_by(operation, left, right, result, row_count,
-               [&](std::uint32_t i, std::uint32_t j) { return value_at<T>(left, i) <=> value_at<T>(right, j); });
+// Calls `use` with what orders row i of one column against row j of the other.
+template <class Use>
+void with_order(bifun::value_type type, const bifun_column& left, const bifun_column& right, string_rules rules, const Use& use) {
+    using bifun::value_type;
+    const auto use_plain = [&]<class T>(T) {
+        const auto* const a = static_cast<const T*>(left.data->values);
+        const auto* const b = static_cast<const T*>(right.data->values);
+        use([=](std::uint32_t i, std::uint32_t j) { return a[i] <=> b[j]; });
+    };
+    switch (type) {
+    case value_type::BOOL:
+    case value_type::INT:
+        return use_plain(std::int32_t{});
+    case value_type::BIGINT:
+        return use_plain(std::int64_t{});
+    case value_type::DOUBLE:
+        return use_plain(double{});
+    case value_type::DECIMAL: {
+        const auto* const a = static_cast<const xdec*>(left.data->values);
+        const auto* const b = static_cast<const xdec*>(right.data->values);
+        return use([=](std::uint32_t i, std::uint32_t j) { return xdec_cmp(a + i, b + j) <=> 0; });
+    }
+    case value_type::DATETIME: {
+        const auto* const a = static_cast<const zqtime*>(left.data->values);
+        const auto* const b = static_cast<const zqtime*>(right.data->values);
+        return use([=](std::uint32_t i, std::uint32_t j) { return zqtime_cmp(a + i, b + j) <=> 0; });
+    }
+    case value_type::VARCHAR:
+    case value_type::VARBINARY: {
+        const auto* const a = static_cast<const bifun_string*>(left.data->values);
+        const auto* const b = static_cast<const bifun_string*>(right.data->values);
+        return use([=](std::uint32_t i, std::uint32_t j) { return compare_strings(a[i], b[j], rules); });
+    }
+    }
 }
 
 } // namespace
 
 void compare_columns(bifun::value_type type, comparison_operator operation, const bifun_column& left, const bifun_column& right,
                      string_rules rules, bifun_column& result, std::uint32_t row_count) {
-    using bifun::value_type;
-    switch (type) {
-    case value_type::BOOL:
-    case value_type::INT:
-        return compare_plain<std::int32_t>(operation, left, right, result, row_count);
-    case value_type::BIGINT:
-        return compare_plain<std::int64_t>(operation, left, right, result, row_count);
-    case value_type::DOUBLE:
-        return compare_plain<double>(operation, left, right, result, row_count);
-    case value_type::DECIMAL: {
-        const auto* const a = static_cast<const xdec*>(left.data->values);
-        const auto* const b = static_cast<const xdec*>(right.data->values);
-        return compare_by(operation, left, right, result, row_count,
-                          [&](std::uint32_t i, std::uint32_t j) { return xdec_cmp(a + i, b + j) <=> 0; });
-    }
-    case value_type::DATETIME: {
-        const auto* const a = static_cast<const zqtime*>(left.data->values);
-        const auto* const b = static_cast<const zqtime*>(right.data->values);
-        return compare_by(operation, left, right, result, row_count,
-                          [&](std::uint32_t i, std::uint32_t j) { return zqtime_cmp(a + i, b + j) <=> 0; });
-    }
-    case value_type::VARCHAR:
-    case value_type::VARBINARY: {
-        const auto* const a = static_cast<const bifun_string*>(left.data->values);
-        const auto* const b = static_cast<const bifun_string*>(right.data->values);
-        return compare_by(operation, left, right, result, row_count,
-                          [&](std::uint32_t i, std::uint32_t j) { return compare_strings(a[i], b[j], rules); });
-    }
-    }
+    with_order(type, left, right, rules, [&](auto order) { compare_by(operation, left, right, result, row_count, order); });
+}
+
+sorted_values sort_values(zqengine::column_pointer column, string_rules rules) {
+    sorted_values sorted{.column = std::move(column), .rows = {}};
+    const bifun_column& values = sorted.column->column;
+    sorted.rows.resize(sorted.column->capacity);
+    std::iota(sorted.rows.begin(), sorted.rows.end(), 0U);
+    with_order(sorted.column->type, values, values, rules,
+               [&](auto order) { std::ranges::sort(sorted.rows, [&](std::uint32_t a, std::uint32_t b) { return order(a, b) < 0; }); });
+    return sorted;
+}
+
+void find_values(const sorted_values& values, const bifun_column& tested, string_rules rules, bifun_column& result,
+                 std::uint32_t row_count) {
+    auto* const found = static_cast<std::int32_t*>(result.data->values);
+    with_order(values.column->type, tested, values.column->column, rules, [&](auto order) {
+        for (std::uint32_t k = 0; k < row_count; ++k) {
+            const std::uint32_t i = row_of(tested, k);
+            result.data->null_flags[k] = tested.data->null_flags[i];
+            found[k] = 0;
+            if (tested.data->null_flags[i] != 0) {
+                const auto place = std::ranges::partition_point(values.rows, [&](std::uint32_t j) { return order(i, j) > 0; });
+                found[k] = place != values.rows.end() && order(i, *place) == 0 ? 1 : 0;
+            }
+        }
+    });
+    result.no_nulls = tested.no_nulls;
 }
 
 void and_condition(bifun_column& result, const bifun_column& operand, std::uint32_t row_count) {

@@ -7,9 +7,11 @@
 
 #include <cstdint>
 #include <string_view>
+#include <vector>
 
 #include "bop/frame/contract.h"
 #include "bop/frame/value_type.h"
+#include "embedded/columns/column_storage.h"
 
 namespace host {
 
@@ -29,6 +31,18 @@ struct string_rules {
 // strings are not significant: the shorter text is compared as if filled with blanks. NaN equals nothing.
 void compare_columns(bifun::value_type type, comparison_operator operation, const bifun_column& left, const bifun_column& right,
                      string_rules rules, bifun_column& result, std::uint32_t row_count);
+
+// Values to look others up in: a column without NULLs and its rows in ascending order.
+struct sorted_values {
+    zqengine::column_pointer column;
+    std::vector<std::uint32_t> rows;
+};
+
+sorted_values sort_values(zqengine::column_pointer column, string_rules rules);
+
+// Whether each row of `tested`, whose type is that of the values, equals one of them, into `result`; unknown for NULL.
+void find_values(const sorted_values& values, const bifun_column& tested, string_rules rules, bifun_column& result,
+                 std::uint32_t row_count);
 
 // `result` AND `operand`, `result` OR `operand`, into `result`; its rows are dense.
 void and_condition(bifun_column& result, const bifun_column& operand, std::uint32_t row_count);

@@ -1,7 +1,5 @@
 #include "host/constant.h"
 
-#include <cstring>
-
 #include "engine/columns.h"
 #include "engine/decimal.h"
 #include "host/sql_text.h"
@@ -69,6 +67,37 @@ bifun_string_constant make_string(const expression& literal, const charset& set,
         made.data = bytes.data();
     }
     return made;
+}
+
+// Returns false when memory is exhausted.
+bool store_constant(const constant& value, zqengine::column_storage& column, std::uint32_t row) {
+    using bifun::value_type;
+    column.data.null_flags[row] = 1;
+    switch (column.type) {
+    case value_type::BOOL:
+    case value_type::INT:
+        zqengine::values_of<std::int32_t>(column)[row] = value.as_int.value;
+        break;
+    case value_type::BIGINT:
+        zqengine::values_of<std::int64_t>(column)[row] = value.as_bigint.value;
+        break;
+    case value_type::DOUBLE:
+        zqengine::values_of<double>(column)[row] = value.as_double.value;
+        break;
+    case value_type::DECIMAL:
+        zqengine::values_of<xdec>(column)[row] = value.as_decimal.value;
+        break;
+    case value_type::DATETIME:
+        zqengine::values_of<zqtime>(column)[row] = value.as_datetime.value;
+        break;
+    case value_type::VARCHAR:
+    case value_type::VARBINARY: {
+        const bifun_string_constant& text = value.as_string;
+        const std::uint8_t* const bytes = text.length <= BIFUN_INLINE_LENGTH ? text.inline_bytes : value.text.data();
+        return bdta3_col_assign_str(nullptr, nullptr, &column.column, row, bytes, text.length, text.trailing_blanks) == 0;
+    }
+    }
+    return true;
 }
 
 } // namespace
@@ -148,40 +177,18 @@ constant make_constant(const expression& literal, bifun::value_type type, const 
     return made;
 }
 
-zqengine::column_pointer make_constant_column(const constant& value, bifun::value_type type) {
-    zqengine::column_pointer made(zqengine::create_column(type, 1));
-    if (made == nullptr || value.as_int.not_null == 0) {
+zqengine::column_pointer make_constant_column(std::span<const constant> values, bifun::value_type type) {
+    zqengine::column_pointer made(zqengine::create_column(type, static_cast<std::uint32_t>(values.size())));
+    if (made == nullptr) {
         return made;
     }
     made->column.no_nulls = 1;
-    made->data.null_flags[0] = 1;
-    switch (type) {
-        using bifun::value_type;
-    case value_type::BOOL:
-    case value_type::INT:
-        *zqengine::values_of<std::int32_t>(*made) = value.as_int.value;
-        break;
-    case value_type::BIGINT:
-        *zqengine::values_of<std::int64_t>(*made) = value.as_bigint.value;
-        break;
-    case value_type::DOUBLE:
-        *zqengine::values_of<double>(*made) = value.as_double.value;
-        break;
-    case value_type::DECIMAL:
-        std::memcpy(made->data.values, &value.as_decimal.value, sizeof(xdec));
-        break;
-    case value_type::DATETIME:
-        std::memcpy(made->data.values, &value.as_datetime.value, sizeof(zqtime));
-        break;
-    case value_type::VARCHAR:
-    case value_type::VARBINARY: {
-        const bifun_string_constant& text = value.as_string;
-        const std::uint8_t* const bytes = text.length <= BIFUN_INLINE_LENGTH ? text.inline_bytes : value.text.data();
-        if (bdta3_col_assign_str(nullptr, nullptr, &made->column, 0, bytes, text.length, text.trailing_blanks) != 0) {
+    for (std::uint32_t row = 0; row < values.size(); ++row) {
+        if (values[row].as_int.not_null == 0) {
+            made->column.no_nulls = 0;
+        } else if (!store_constant(values[row], *made, row)) {
             return nullptr;
         }
-        break;
-    }
     }
     return made;
 }

@@ -3,6 +3,7 @@
 #define BIFUN_HOST_CONSTANT_H
 
 #include <cstdint>
+#include <span>
 #include <vector>
 
 #include "bop/frame/contract.h"
@@ -35,8 +36,8 @@ std::optional<sql_type> datetime_type_of(const expression& literal);
 // A literal as a value of a type that it has or widens to. Throws where the character set lacks one of its characters.
 constant make_constant(const expression& literal, bifun::value_type type, const charset& set, const std::string& sql);
 
-// A column of one row that holds the constant, or null when memory is exhausted. Its string bytes are its own.
-zqengine::column_pointer make_constant_column(const constant& value, bifun::value_type type);
+// A column of one row for each of the constants, or null when memory is exhausted. Its string bytes are its own.
+zqengine::column_pointer make_constant_column(std::span<const constant> values, bifun::value_type type);
 
 } // namespace host
 

@@ -5,6 +5,7 @@
 #include <memory>
 
 #include "bop/frame/status.h"
+#include "embedded/format/number_format.h"
 #include "embedded/session/environment.h"
 #include "engine/decimal.h"
 #include "engine/memory.h"
@@ -41,18 +42,25 @@ bifun_column& column_of(const execution& run, std::size_t index) {
 
 [[noreturn]] void fail_for_memory() { fail("out of memory; a smaller --batch-rows needs less"); }
 
-void create_results(plan& query, std::uint32_t batch_rows) {
+void create_results(plan& query, std::uint32_t batch_rows, string_rules rules) {
     for (step& made : query.steps) {
         if (made.kind == step_kind::table_column) {
             continue;
         }
         if (made.kind == step_kind::constant) {
-            made.result = make_constant_column(made.value, value_type_of(made.type));
+            made.result = make_constant_column({&made.value, 1}, value_type_of(made.type));
         } else {
             made.result.reset(zqengine::create_column(value_type_of(made.type), batch_rows));
         }
         if (made.kind == step_kind::in_list) {
             made.scratch.reset(zqengine::create_column(value_type::BOOL, batch_rows));
+        }
+        if (!made.items.empty()) {
+            zqengine::column_pointer values = make_constant_column(made.items, value_type_of(query.steps[made.operands[0]].type));
+            if (values == nullptr) {
+                fail_for_memory();
+            }
+            made.item_values = sort_values(std::move(values), rules);
         }
         if (made.result == nullptr || (made.kind == step_kind::in_list && made.scratch == nullptr)) {
             fail_for_memory();
@@ -72,8 +80,10 @@ const char* status_meaning(std::int32_t status) {
         return meaning;
 #include "bop/frame/statuses.def"
 #undef STATUS
-    default:
-        return "engine error";
+    default: {
+        const char* const meaning = zqengine::number_format_status_meaning(status);
+        return meaning != nullptr ? meaning : "engine error";
+    }
     }
 }
 
@@ -182,8 +192,12 @@ void evaluate_conversion(const execution& run, step& made, std::uint32_t row_cou
 
 void evaluate_in_list(const execution& run, step& made, std::uint32_t row_count) {
     bifun_column& result = made.result->column;
-    fill_condition(result, false, row_count);
     const bifun_column& tested = column_of(run, made.operands[0]);
+    if (made.items.empty()) {
+        fill_condition(result, false, row_count);
+    } else {
+        find_values(made.item_values, tested, run.rules, result, row_count);
+    }
     const value_type type = value_type_of(run.query.steps[made.operands[0]].type);
     for (std::size_t i = 1; i < made.operands.size(); ++i) {
         compare_columns(type, comparison_operator::equal, tested, column_of(run, made.operands[i]), run.rules, made.scratch->column,
@@ -317,7 +331,7 @@ void run_plan(plan& query, std::uint32_t batch_rows, string_rules rules, result_
     if (query.source != nullptr) {
         create_columns(*query.source, batch_rows);
     }
-    create_results(query, batch_rows);
+    create_results(query, batch_rows, rules);
 
     std::vector<const bifun_column*> columns;
     for (const result_column& result : query.results) {

@@ -2,6 +2,7 @@
 
 #include <csignal>
 #include <cstdio>
+#include <filesystem>
 #include <memory>
 #include <new>
 #include <sstream>
@@ -12,6 +13,7 @@
 #include "host/binding.h"
 #include "host/execution.h"
 #include "host/function_list.h"
+#include "host/function_reference.h"
 #include "host/near_names.h"
 #include "host/output.h"
 #include "host/program_error.h"
@@ -64,7 +66,17 @@ const std::string& file_of_table(const std::vector<std::string>& files, const ta
         fmt::format("there is no table {}{}", from.name, hint.empty() ? fmt::format("; the tables are {}", fmt::join(names, ", ")) : hint));
 }
 
+// The last word is a file where a query should be.
+bool is_file_name(const std::string& word) {
+    std::error_code unreadable;
+    return std::filesystem::is_regular_file(word, unreadable) || (word.ends_with(".csv") && word.find(' ') == std::string::npos);
+}
+
 void run_query(const program_options& options) {
+    if (!options.words.empty() && is_file_name(options.words.back())) {
+        const std::string& file = options.words.back();
+        fail("there is no query behind {0}; give one as in: bifun {0} \"SELECT * FROM {1}\"", file, table_name_of(file));
+    }
     if (options.words.empty()) {
         fail("there is no query; give one as in: bifun \"SELECT NVL(NULL, 7)\", or see bifun --help");
     }
@@ -141,13 +153,15 @@ int answer(const CLI::App& app, const CLI::ParseError& reason) {
 int list_functions(int argument_count, char** arguments) {
     CLI::App app("The built-in functions, or one of them in full", "bifun functions");
     std::string name;
-    app.add_option("NAME", name, "a built-in function");
+    bool markdown = false;
+    CLI::Option* const chosen = app.add_option("NAME", name, "a built-in function");
+    app.add_flag("--markdown", markdown, "the function reference, docs/functions.md")->excludes(chosen);
     try {
         app.parse(argument_count - 1, arguments + 1);
     } catch (const CLI::ParseError& reason) {
         return answer(app, reason);
     }
-    print(name.empty() ? function_list() : function_description(name));
+    print(markdown ? function_reference() : name.empty() ? function_list() : function_description(name));
     return 0;
 }
 

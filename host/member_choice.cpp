@@ -1,6 +1,7 @@
 #include "host/member_choice.h"
 
 #include <algorithm>
+#include <ranges>
 #include <set>
 #include <utility>
 #include <vector>
@@ -16,8 +17,42 @@ using bifun::argument_kind;
 using bifun::entry_point;
 using bifun::value_type;
 
-bool same_types(const entry_point& a, const entry_point& b) {
-    return std::ranges::equal(a.arguments(), b.arguments(), {}, &bifun::argument::type, &bifun::argument::type);
+// A neutral NLS text: it says what holds without one, so that the members with NLS parameters serve calls with a format alone.
+constexpr default_argument default_arguments[] = {
+    {"ROUND", {sql_type::double_precision, sql_type::null}, literal_kind::number, "0"},
+    {"TRUNC", {sql_type::varchar, sql_type::null}, literal_kind::number, "0"},
+    {"TO_CHAR", {sql_type::decimal, sql_type::varchar}, literal_kind::string, "NLS_NUMERIC_CHARACTERS='.,'"},
+};
+
+// A call's arguments have exactly the types that a default argument stands behind.
+template <class Types> bool stands_behind(const default_argument& known, const Types& types) {
+    const auto* const end = std::ranges::find(known.given, sql_type::null);
+    return std::equal(std::begin(known.given), end, types.begin(), types.end());
+}
+
+using parameters = std::span<const bifun::argument>;
+
+// The parameters of a call with so many arguments that the member serves, by itself or with a default argument.
+std::optional<parameters> parameters_of_call(const entry_point& member, std::size_t argument_count) {
+    if (member.argument_count == argument_count) {
+        return member.arguments();
+    }
+    if (member.argument_count != argument_count + 1) {
+        return std::nullopt;
+    }
+    const parameters given = member.arguments().first(argument_count);
+    const bool completed = std::ranges::any_of(default_arguments, [&](const default_argument& known) {
+        return known.builtin == member.builtin &&
+               stands_behind(known, given | std::views::transform([](const bifun::argument& a) { return sql_type_of(a.type); }));
+    });
+    return completed ? std::optional(given) : std::nullopt;
+}
+
+// Takes every call that the other one takes: the same types, and columns wherever the other has columns.
+bool covers(parameters wider, parameters other) {
+    return std::ranges::equal(wider, other, [](const bifun::argument& a, const bifun::argument& b) {
+        return a.type == b.type && (a.kind == argument_kind::column || b.kind == argument_kind::constant);
+    });
 }
 
 struct fit {
@@ -78,6 +113,13 @@ const entry_point* choose_member(std::string_view builtin, std::span<const offer
     return best;
 }
 
+const default_argument* find_default_argument(std::string_view builtin, std::span<const offered_argument> arguments) {
+    const auto* const found = std::ranges::find_if(default_arguments, [&](const default_argument& known) {
+        return known.builtin == builtin && stands_behind(known, arguments | std::views::transform(&offered_argument::type));
+    });
+    return found == std::end(default_arguments) ? nullptr : found;
+}
+
 std::string argument_counts(std::string_view builtin) {
     std::set<std::size_t> counts;
     for (const entry_point& member : bifun::entry_points) {
@@ -93,24 +135,25 @@ bool takes_argument_count(std::string_view builtin, std::size_t count) {
                                [&](const entry_point& member) { return member.builtin == builtin && member.argument_count == count; });
 }
 
-std::string signatures(std::string_view builtin) {
-    std::vector<const entry_point*> listed;
-    std::string text;
+std::string signatures(std::string_view builtin, std::size_t argument_count) {
+    std::vector<parameters> calls;
     for (const entry_point& member : bifun::entry_points) {
-        if (member.builtin != builtin ||
-            std::ranges::any_of(listed, [&](const entry_point* other) { return same_types(*other, member); })) {
+        const std::optional<parameters> call =
+            member.builtin == builtin ? parameters_of_call(member, argument_count) : std::optional<parameters>();
+        if (!call || std::ranges::any_of(calls, [&](parameters other) { return covers(other, *call); })) {
             continue;
         }
-        listed.push_back(&member);
-        std::string parameters;
-        for (std::size_t i = 0; i < member.argument_count; ++i) {
-            const bool always_constant = std::ranges::none_of(bifun::entry_points, [&](const entry_point& other) {
-                return other.builtin == builtin && same_types(other, member) && other.arguments()[i].kind == argument_kind::column;
-            });
-            parameters +=
-                fmt::format("{}{}{}", i == 0 ? "" : ", ", always_constant ? "constant " : "", bifun::type_name(member.arguments()[i].type));
+        std::erase_if(calls, [&](parameters other) { return covers(*call, other); });
+        calls.push_back(*call);
+    }
+    std::string text;
+    for (const parameters call : calls) {
+        std::string types;
+        for (const bifun::argument& parameter : call) {
+            types += fmt::format("{}{}{}", types.empty() ? "" : ", ", parameter.kind == argument_kind::constant ? "constant " : "",
+                                 bifun::type_name(parameter.type));
         }
-        text += fmt::format("{}({})", text.empty() ? "" : ", ", parameters);
+        text += fmt::format("{}({})", text.empty() ? "" : ", ", types);
     }
     return text;
 }

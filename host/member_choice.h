@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "bop/frame/catalogue.h"
+#include "host/sql_syntax.h"
 #include "host/sql_type.h"
 
 namespace host {
@@ -29,13 +30,23 @@ const bifun::builtin* find_builtin(std::string_view name);
 // Null where none fits.
 const bifun::entry_point* choose_member(std::string_view builtin, std::span<const offered_argument> arguments);
 
+// The last argument of a call that SQL lets people leave out while no member does without it.
+struct default_argument {
+    std::string_view builtin;
+    sql_type given[2]; // the types of the arguments before it; null for no argument
+    literal_kind kind;
+    std::string_view text;
+};
+
+// What to add to these arguments before a member is chosen, or null.
+const default_argument* find_default_argument(std::string_view builtin, std::span<const offered_argument> arguments);
+
 // How many arguments the members take: "2", or "2 or 3".
 std::string argument_counts(std::string_view builtin);
 bool takes_argument_count(std::string_view builtin, std::size_t count);
 
-// The members' parameter types, each list once: "(BIGINT), (DECIMAL, constant INT)". A parameter is called constant where all members
-// with these types want one there.
-std::string signatures(std::string_view builtin);
+// What calls with so many arguments may look like: "(BIGINT), (DECIMAL)". A parameter is called constant where it has to be a literal.
+std::string signatures(std::string_view builtin, std::size_t argument_count);
 
 } // namespace host
 

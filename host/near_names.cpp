@@ -30,6 +30,13 @@ std::size_t edit_distance(std::string_view a, std::string_view b) {
     return previous[b.size()];
 }
 
+// POW for POWER, CEILING for CEIL.
+bool begins_with_the_other(std::string_view a, std::string_view b) {
+    constexpr std::size_t shortest = 3;
+    const std::size_t shared = std::min(a.size(), b.size());
+    return shared >= shortest && equal_ignoring_case(a.substr(0, shared), b.substr(0, shared));
+}
+
 } // namespace
 
 bool equal_ignoring_case(std::string_view a, std::string_view b) {
@@ -44,7 +51,9 @@ std::string did_you_mean(std::string_view name, std::span<const std::string> can
     const std::size_t tolerance = name.size() < 4 ? 1 : name.size() < 8 ? 2 : 3;
     std::vector<std::pair<std::size_t, std::string_view>> near;
     for (const std::string& candidate : candidates) {
-        const std::size_t distance = candidate.size() > longest_name ? longest_name : edit_distance(name, candidate);
+        const std::size_t distance = candidate.size() > longest_name          ? longest_name
+                                     : begins_with_the_other(name, candidate) ? 1
+                                                                              : edit_distance(name, candidate);
         if (distance <= tolerance && distance < std::max(name.size(), candidate.size())) {
             near.emplace_back(distance, candidate);
         }
@@ -52,7 +61,7 @@ std::string did_you_mean(std::string_view name, std::span<const std::string> can
     std::stable_sort(near.begin(), near.end(), [](const auto& a, const auto& b) { return a.first < b.first; });
     constexpr std::size_t most_suggestions = 3;
     std::string text;
-    for (std::size_t i = 0; i < near.size() && i < most_suggestions; ++i) {
+    for (std::size_t i = 0; i < near.size() && i < most_suggestions && near[i].first == near[0].first; ++i) {
         text += i == 0 ? "; did you mean " : " or ";
         text += near[i].second;
     }

@@ -10,8 +10,8 @@ namespace host {
 
 bool equal_ignoring_case(std::string_view a, std::string_view b);
 
-// "; did you mean A or B?" with the candidates that differ from `name` by a typing error or two, ignoring the case of ASCII letters;
-// empty when there is none.
+// "; did you mean A or B?" with the candidates that differ least from `name`: by a typing error or two, or by what one has behind the
+// other, ignoring the case of ASCII letters; empty when there is none.
 std::string did_you_mean(std::string_view name, std::span<const std::string> candidates);
 
 } // namespace host

@@ -27,7 +27,7 @@ enum class step_kind : std::uint8_t {
     conversion,   // a number as a wider one
     call,         // `entry`
     comparison,   // operand `comparison` operand
-    in_list,      // whether the first operand equals one of the others
+    in_list,      // whether the first operand equals one of `items` or of the other operands
     conjunction,
     disjunction,
     negation,
@@ -46,8 +46,10 @@ struct step {
     comparison_operator comparison = comparison_operator::equal;
     truth_value tested = truth_value::true_value;
     bool negated = false;
+    std::vector<constant> items{};      // in_list: the literals, none of them NULL
     zqengine::column_pointer result{};  // not for table columns
     zqengine::column_pointer scratch{}; // in_list: one comparison
+    sorted_values item_values{};        // in_list: `items` as they are searched
 };
 
 struct result_column {

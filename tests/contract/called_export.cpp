@@ -3,6 +3,8 @@
 #include <dlfcn.h>
 
 #include <algorithm>
+#include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <string>
 
@@ -74,6 +76,15 @@ void* library_symbol(const char* name) {
     return dlsym(library, name);
 }
 
+const bifun::entry_point& entry_of(std::string_view symbol) {
+    const auto* const entry = std::ranges::find(bifun::entry_points, symbol, &bifun::entry_point::symbol);
+    if (entry == std::end(bifun::entry_points)) {
+        std::fprintf(stderr, "no entry point is called %.*s\n", static_cast<int>(symbol.size()), symbol.data());
+        std::abort();
+    }
+    return *entry;
+}
+
 outcome call(const bifun::entry_point& entry, const std::vector<call_argument>& arguments, std::uint32_t row_count,
              const circumstances& circumstances) {
     std::vector<bifun_column> columns(arguments.size());
@@ -105,10 +116,15 @@ outcome call(const bifun::entry_point& entry, const std::vector<call_argument>& 
         ADD_FAILURE() << entry.symbol << " cannot be called";
         return outcome;
     }
-    zqengine::fail_step(circumstances.failing_step);
+    // Only where it is asked for: it concerns all threads.
+    if (circumstances.failing_step != 0) {
+        zqengine::fail_step(circumstances.failing_step);
+    }
     outcome.status = entry.invoke(function, &environment, memory, pointers.data(), &outcome.result->column, row_count);
-    outcome.ran_out_of_memory = circumstances.failing_step != 0 && !zqengine::failure_is_pending();
-    zqengine::fail_step(0);
+    if (circumstances.failing_step != 0) {
+        outcome.ran_out_of_memory = !zqengine::failure_is_pending();
+        zqengine::fail_step(0);
+    }
     rt_memobj_destroy(&environment, memory);
 
     for (std::size_t i = 0; i < arguments.size(); ++i) {

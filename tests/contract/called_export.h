@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <span>
+#include <string_view>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -16,6 +17,9 @@ namespace contract {
 
 // The symbol of libbifun.so, or null.
 void* library_symbol(const char* name);
+
+// The entry point of a name. Fails the program where there is none.
+const bifun::entry_point& entry_of(std::string_view symbol);
 
 // Either a column, read from row `first_row` of its data on and through `selection` where that is not empty, or a constant.
 struct call_argument {

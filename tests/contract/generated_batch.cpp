@@ -165,7 +165,7 @@ value ordinary_value(value_type type, random_source& random) {
     case value_type::BOOL:
         return fixed(static_cast<std::int32_t>(bits % 2));
     case value_type::INT:
-        return fixed(static_cast<std::int32_t>(bits));
+        return fixed(static_cast<std::int32_t>(bits) >> (random() % 32));
     case value_type::BIGINT:
         return fixed(static_cast<std::int64_t>(bits) >> (bits % 64));
     case value_type::DOUBLE:

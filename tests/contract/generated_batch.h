@@ -4,7 +4,9 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <memory>
+#include <vector>
 
 #include "bop/frame/contract.h"
 #include "bop/frame/value_type.h"
@@ -20,6 +22,15 @@ std::size_t boundary_count(bifun::value_type type);
 // when it is touched: strings on a page that cannot be read, decimals of 0xFF bytes, the smallest BIGINT. The column's no-null flag is
 // 1 where `null_rate` is 0. Fails the program when memory is exhausted.
 zqengine::column_pointer generate_column(bifun::value_type type, std::uint32_t row_count, double null_rate, std::uint64_t seed);
+
+// A column of these values, none of them NULL.
+template <class T> zqengine::column_pointer column_of(bifun::value_type type, const std::vector<T>& values) {
+    zqengine::column_pointer column(zqengine::create_column(type, static_cast<std::uint32_t>(values.size())));
+    column->column.no_nulls = 1;
+    std::memset(column->data.null_flags, 1, values.size());
+    std::memcpy(column->data.values, values.data(), values.size() * sizeof(T));
+    return column;
+}
 
 // A constant record with the bytes that it points to.
 struct generated_constant {

@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <sstream>
+#include <utility>
 
 #include "embedded/datetime/text.h"
 #include "engine/columns.h"
@@ -24,11 +25,15 @@ void read_string(zqengine::column_storage& column, std::uint32_t row, std::strin
     }
     const auto blanks = static_cast<std::uint32_t>(text.size() - (text.find_last_not_of('_') + 1));
     text.resize(text.size() - blanks);
-    if (text.size() > 2 && text[1] == '*') {
-        text = std::string(std::strtoul(text.c_str() + 2, nullptr, 10), text[0]);
+    std::istringstream parts(std::exchange(text, {}));
+    for (std::string part; std::getline(parts, part, '&');) {
+        const bool is_repeated = part.size() > 2 && part[1] == '*';
+        text += is_repeated ? std::string(std::strtoul(part.c_str() + 2, nullptr, 10), part[0]) : part;
     }
     (void)bdta3_col_assign_str(nullptr, nullptr, &column.column, row, bytes_of(text), static_cast<std::uint32_t>(text.size()), blanks);
 }
+
+} // namespace
 
 void read_value(zqengine::column_storage& column, std::uint32_t row, const std::string& text) {
     using zqengine::values_of;
@@ -54,12 +59,6 @@ void read_value(zqengine::column_storage& column, std::uint32_t row, const std::
         read_string(column, row, text);
     }
 }
-
-struct text_column {
-    zqengine::column_pointer column;
-    std::vector<std::uint16_t> selection;
-    std::uint32_t row_count;
-};
 
 text_column read_column(value_type type, std::string_view text) {
     constexpr std::string_view null = "NULL";
@@ -97,6 +96,8 @@ text_column read_column(value_type type, std::string_view text) {
     result.row_count = static_cast<std::uint32_t>(result.selection.empty() ? rows.size() : result.selection.size());
     return result;
 }
+
+namespace {
 
 std::string write_string(const bifun_string& value) {
     std::string text(reinterpret_cast<const char*>(value.data), value.length);
@@ -137,17 +138,17 @@ std::string write_value(const zqengine::column_storage& column, std::uint32_t ro
 } // namespace
 
 std::string evaluate(const text_case& text_case, const circumstances& circumstances) {
-    const auto* const entry = std::ranges::find(bifun::entry_points, std::string_view(text_case.symbol), &bifun::entry_point::symbol);
-    if (entry == std::end(bifun::entry_points) || entry->argument_count != text_case.arguments.size()) {
+    const bifun::entry_point& entry = entry_of(text_case.symbol);
+    if (entry.argument_count != text_case.arguments.size()) {
         return std::string("no such call of ") + text_case.symbol;
     }
-    std::vector<text_column> columns(entry->argument_count);
-    std::vector<generated_constant> constants(entry->argument_count);
-    std::vector<call_argument> arguments(entry->argument_count);
+    std::vector<text_column> columns(entry.argument_count);
+    std::vector<generated_constant> constants(entry.argument_count);
+    std::vector<call_argument> arguments(entry.argument_count);
     std::uint32_t row_count = 0;
-    for (std::size_t i = entry->argument_count; i-- > 0;) {
-        columns[i] = read_column(entry->argument_list[i].type, text_case.arguments[i]);
-        if (entry->argument_list[i].kind == bifun::argument_kind::constant) {
+    for (std::size_t i = entry.argument_count; i-- > 0;) {
+        columns[i] = read_column(entry.argument_list[i].type, text_case.arguments[i]);
+        if (entry.argument_list[i].kind == bifun::argument_kind::constant) {
             constants[i] = constant_of_row(*columns[i].column, 0);
             arguments[i] = {.constant = &constants[i]};
         } else {
@@ -155,7 +156,7 @@ std::string evaluate(const text_case& text_case, const circumstances& circumstan
             arguments[i] = {.column = columns[i].column.get(), .selection = columns[i].selection};
         }
     }
-    const outcome outcome = call(*entry, arguments, row_count, circumstances);
+    const outcome outcome = call(entry, arguments, row_count, circumstances);
     std::string text = "[";
     text += std::to_string(outcome.no_nulls());
     text += ']';

@@ -3,10 +3,12 @@
 // A column is its rows, separated by blanks: `1 NULL 3`. Before them may stand its no-null flag in brackets, else 1 without and 0 with
 // a NULL among the rows, and a selection vector: `[7] @2,0,0 5 6 7`. `NULL=1` is a NULL with a 1 in its value slot. A constant is one
 // such row. Numbers, decimals and datetimes (2024-02-29T13:45:00) are written as usual; a string is its characters, then `_` for each
-// trailing blank; `''` is the empty string and `a*49` is 49 times a.
+// trailing blank; `''` is the empty string, `a*49` is 49 times a, and `&`
+// joins such parts: `a*49&b`.
 #ifndef BIFUN_TESTS_CONTRACT_TEXT_CASE_H
 #define BIFUN_TESTS_CONTRACT_TEXT_CASE_H
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -14,6 +16,17 @@
 #include "tests/contract/called_export.h"
 
 namespace contract {
+
+struct text_column {
+    zqengine::column_pointer column;
+    std::vector<std::uint16_t> selection;
+    std::uint32_t row_count;
+};
+
+text_column read_column(bifun::value_type type, std::string_view text);
+
+// One value, which is not NULL, into a row. Flags stay as they are.
+void read_value(zqengine::column_storage& column, std::uint32_t row, const std::string& text);
 
 struct text_case {
     const char* symbol;

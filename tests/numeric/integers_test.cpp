@@ -1,7 +1,5 @@
 // ABS, CEIL, FLOOR and MOD of integers.
 
-#include <algorithm>
-#include <cstring>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -63,15 +61,10 @@ TEST(Mod, IsTheRemainderOfTruncatingDivision) {
         }
     }
     const auto row_count = static_cast<std::uint32_t>(xs.size());
-    const zqengine::column_pointer x(zqengine::create_column(bifun::value_type::BIGINT, row_count));
-    const zqengine::column_pointer y(zqengine::create_column(bifun::value_type::BIGINT, row_count));
-    x->column.no_nulls = y->column.no_nulls = 1;
-    std::memset(x->data.null_flags, 1, row_count);
-    std::memset(y->data.null_flags, 1, row_count);
-    std::ranges::copy(xs, zqengine::values_of<std::int64_t>(*x));
-    std::ranges::copy(ys, zqengine::values_of<std::int64_t>(*y));
-    const auto* const entry = std::ranges::find(bifun::entry_points, std::string_view("bmod_aa_math_int64"), &bifun::entry_point::symbol);
-    const contract::outcome outcome = contract::call(*entry, {{.column = x.get()}, {.column = y.get()}}, row_count);
+    const zqengine::column_pointer x = contract::column_of(bifun::value_type::BIGINT, xs);
+    const zqengine::column_pointer y = contract::column_of(bifun::value_type::BIGINT, ys);
+    const contract::outcome outcome =
+        contract::call(contract::entry_of("bmod_aa_math_int64"), {{.column = x.get()}, {.column = y.get()}}, row_count);
     for (std::uint32_t row = 0; row < row_count; ++row) {
         const int128 expected = ys[row] == 0 ? xs[row] : int128{xs[row]} - int128{ys[row]} * (int128{xs[row]} / ys[row]);
         ASSERT_EQ(zqengine::values_of<std::int64_t>(*outcome.result)[row], static_cast<std::int64_t>(expected))
