@@ -27,7 +27,7 @@ constexpr std::array<uint128, max_coefficient_digits + 1> make_powers_of_ten() {
 // 10^0 to 10^38.
 [[gnu::visibility("hidden")]] inline constexpr std::array<uint128, max_coefficient_digits + 1> powers_of_ten = make_powers_of_ten();
 
-// Division of an N-bit word by d = 5 x 10^(k-1), that is, the number of halves of 10^k in it:
+// Division of an N-bit word by d = 5 x 10^(k-1), which gives the number of halves of 10^k in it:
 //     n / d = n x multiplier / 2^(N + shift), rounded down,    2^shift < d < 2^(shift + 1),    multiplier = 2^(N + shift) / d, rounded up
 // for every n below 2^(N-1). After Granlund and Montgomery, "Division by invariant integers using multiplication", theorem 4.2:
 // multiplier x d exceeds 2^(N + shift) by an e with 0 < e < d, so the product, divided, exceeds n / d by
@@ -95,7 +95,7 @@ inline uint128 halves_after_cut(uint128 coefficient, std::uint32_t cut) {
 
 enum class rounding { half_away_from_zero, toward_zero };
 
-// Whether the magnitude fits in the smaller or the larger word, with the top bit clear.
+// Loads the coefficient; false where it takes the top bit of the word or more.
 inline bool load_magnitude(const xdec& value, std::uint64_t* magnitude) {
     std::uint64_t high;
     std::memcpy(magnitude, value.bytes + coefficient_at, sizeof *magnitude);

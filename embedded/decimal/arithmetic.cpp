@@ -57,8 +57,8 @@ bool is_negative(const xdec& value, bool change_sign) { return (value.bytes[0] =
         const auto sum = add_magnitudes(coarse.coefficient, coarse.negative, fine.coefficient, fine.negative);
         return make_decimal(result, {.coefficient = sum.magnitude, .scale = fine.scale, .negative = sum.negative, .half = false});
     }
-    // Now it has 38 digits, and the fine value is less than a tenth of 10^38 of its units. The exact sum is rounded down to halves of the
-    // unit: that tells how make_decimal has to round.
+    // Now it has 38 digits and exceeds the fine value, whose unit is a tenth of its own or less. The exact sum, rounded down to halves of
+    // the coarse unit, tells how make_decimal has to round.
     uint128 halves;
     if (coarse.negative == fine.negative) {
         halves = coarse.coefficient * 2 + halves_after_any_cut(fine.coefficient, cut);
@@ -139,8 +139,7 @@ int32_t xdec_sub(const xdec* a, const xdec* b, xdec* result) { return add(*a, *b
 int32_t xdec_mul(const xdec* a, const xdec* b, xdec* result) {
     const std::uint32_t digits = coefficient_digits(*a) + coefficient_digits(*b);
     const std::uint32_t scale = std::uint32_t{a->bytes[layout::scale_at]} + b->bytes[layout::scale_at];
-    const std::uint32_t exponents = std::uint32_t{a->bytes[layout::exponent_at]} + b->bytes[layout::exponent_at];
-    if (digits > max_coefficient_digits || scale > max_scale || exponents != 0) {
+    if (digits > max_coefficient_digits || scale > max_scale) { // as with any exponent, which goes with 38 digits
         return multiply_long(*a, *b, result);
     }
     const uint128 product = layout::coefficient(*a) * layout::coefficient(*b);
@@ -156,8 +155,9 @@ int32_t xdec_mul(const xdec* a, const xdec* b, xdec* result) {
 }
 
 int32_t xdec_abs(const xdec* value, xdec* result) {
+    const std::uint8_t mark = value->bytes[0];
     *result = *value;
-    result->bytes[0] = value->bytes[0] == XDEC_ZERO ? XDEC_ZERO : XDEC_POSITIVE;
+    result->bytes[0] = mark == XDEC_ZERO ? mark : std::uint8_t{XDEC_POSITIVE};
     return BIFUN_OK;
 }
 

@@ -27,13 +27,10 @@ namespace {
     return make_decimal(result, {.coefficient = kept, .scale = digits, .negative = parts.negative, .half = false});
 }
 
-// Whether the magnitude is an integer below 2^128, and the integer.
+// Whether coefficient x 10^-scale is an integer, and the integer. With an exponent it is the coefficient, which is beyond 64 bits then.
 bool integer_magnitude(const xdec& value, uint128* integer) {
     const std::uint32_t scale = value.bytes[layout::scale_at];
     const uint128 coefficient = layout::coefficient(value);
-    if (value.bytes[layout::exponent_at] != 0) {
-        return false;
-    }
     const uint128 whole = halves_after_any_cut(coefficient, scale) >> 1;
     *integer = whole;
     return whole * powers_of_ten[scale > max_coefficient_digits ? 0 : scale] == coefficient;
@@ -91,8 +88,8 @@ int32_t xdec_from_ulint64(xdec* result, uint64_t value) {
 
 int32_t xdec_div_get_quotient_int_by_16(const xdec* value, xdec* quotient, int32_t* remainder) {
     const std::uint32_t exponent = value->bytes[layout::exponent_at];
-    uint128 integer = layout::coefficient(*value);
-    if (value->bytes[0] == XDEC_NEGATIVE || (exponent == 0 && !integer_magnitude(*value, &integer))) {
+    uint128 integer;
+    if (value->bytes[0] == XDEC_NEGATIVE || !integer_magnitude(*value, &integer)) {
         return BIFUN_ARGUMENT_OUT_OF_DOMAIN;
     }
     if (exponent == 0) {

@@ -10,7 +10,7 @@ namespace layout = bifun::decimal_layout;
 
 namespace {
 
-bool is_less(wide_number a, wide_number b) { return a.high != b.high ? a.high < b.high : a.low < b.low; }
+bool is_less(wide_number a, wide_number b) { return (a.high < b.high) | ((a.high == b.high) & (a.low < b.low)); }
 
 int leading_zeros(uint128 number) {
     const std::uint64_t high = layout::high_half(number);
@@ -26,7 +26,7 @@ std::int64_t wide_digit_count(wide_number number) {
     return digits + (is_less(number, power) ? 0 : 1);
 }
 
-// halves_after_cut for a number from 2^128 to 10^76, where the quotient is below 2^128; `cut` is 1 to 38.
+// halves_after_cut for a number from 2^128 to 10^76, where the quotient is at most 2 x 10^38; `cut` is 1 to 38.
 uint128 wide_halves_after_cut(wide_number number, std::int64_t cut) {
     const auto& by = layout::long_reciprocals[static_cast<std::size_t>(cut)];
     const uint128 divisor = powers_of_ten[static_cast<std::size_t>(cut)] / 2;
@@ -35,14 +35,12 @@ uint128 wide_halves_after_cut(wide_number number, std::int64_t cut) {
     const uint128 leading = number.high << zeros | number.low >> (128 - zeros);
     const wide_number product = multiply_wide(leading, by.multiplier - 1);
     const int places = 128 - zeros - static_cast<int>(by.shift);
-    uint128 quotient = places <= 0 ? product.high >> -places : product.high << places | product.low >> (128 - places);
-    // Too small by 4 at most: less than 2 for the bits left out, less than 2 for the rounding of the reciprocal, as the quotient is
-    // below 2^128, and less than 1 for its own. So the remainder is below 5 x divisor, less than 2^128.
+    const uint128 quotient = places <= 0 ? product.high >> -places : product.high << places | product.low >> (128 - places);
+    // Too small by 3 at most. The bits left out are less than 2^-127 of the quotient, the rounding of the reciprocal is too, and the
+    // quotient is at most 2 x 10^38: that makes less than 1.2 twice, and less than 1 for its own rounding. So the remainder is below
+    // 4 x divisor, less than 2^128.
     const uint128 remainder = number.low - quotient * divisor;
-    for (const uint128 multiple : {divisor, divisor * 2, divisor * 3, divisor * 4}) {
-        quotient += remainder >= multiple ? 1 : 0;
-    }
-    return quotient;
+    return quotient + (remainder >= divisor ? 1 : 0) + (remainder >= divisor * 2 ? 1 : 0) + (remainder >= divisor * 3 ? 1 : 0);
 }
 
 } // namespace

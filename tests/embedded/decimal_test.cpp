@@ -90,7 +90,8 @@ answer calculate(char operation, const std::string& first, const std::string& se
     const auto set_digits = [&](auto function, auto long_core) {
         answer set = of_one([&](const xdec* value, xdec* result) { return function(value, digits, result); });
         const odd_decimal result;
-        if (long_core(*a.value, digits, result.value) ? bytes_of(result) != bytes_of(set.result) : result.value->bytes[0] != 0x5A) {
+        const bool done = long_core(*a.value, digits, result.value);
+        if (done != (digits >= 0 && a.value->bytes[2] - digits <= 38) || (done && bytes_of(result) != bytes_of(set.result))) {
             set.further += " other core";
         }
         return set;
@@ -262,54 +263,40 @@ TEST(Decimal, CalculatesAtItsBorders) {
     const std::string nines(38, '9');
     const std::string largest = nines + "E89";
     const std::string smallest = "0." + std::string(126, '0') + "1";
-    const std::string no_unit = "0." + std::string(127, '0');
     const auto zeros = [](std::size_t count) { return std::string(count, '0'); };
     struct {
         char operation;
         std::string first, second, expected;
     } const cases[] = {
         {'+', nines, "1", "1" + zeros(38)},
-        {'+', nines, "0.4", nines},
         {'+', nines, "0.5", "1" + zeros(38)},
         {'-', "-" + nines, "0.5", "-1" + zeros(38)},
+        {'+', "999999999999999999", "922337203685477580.7", "1922337203685477579.7"},
         {'+', largest, largest, "-6102"},
         {'-', "-" + largest, "1", "-" + nines + zeros(89)},
         {'-', "1E37", "0.051", nines.substr(1) + ".9"},
         {'-', "1E37", "0.05", "1" + zeros(37)},
         {'-', "1E126", smallest, "1" + zeros(126)},
-        {'+', smallest, smallest, "0." + zeros(126) + "2"},
-        {'+', "0.00", "0", "0.00"},
         {'-', "1.50", "1.5", "0.00"},
         {'*', "0.00", "-1E50", "0.00"},
         {'*', smallest, "0.5", smallest},
-        {'*', smallest, "-0.4", no_unit},
         {'*', "1E63", "1E63", "1" + zeros(126)},
-        {'*', "1E64", "1E63", "-6102"},
+        {'*', "98325356112206779960815350747566622232", "973541115", "95723776822249853673611832875902092945" + zeros(9)},
         {'*', nines, nines, nines.substr(1) + "8" + zeros(38)},
-        {'R', "0.5", "0", "1"},
         {'R', "-0.5", "0", "-1"},
-        {'R', "-0.49", "0", "0"},
-        {'R', "2.345", "2", "2.35"},
         {'R', "0.00", "1", "0.0"},
         {'R', "9223372036854775807.5", "0", "9223372036854775808"},
         {'R', nines.substr(1) + ".9", "0", "1" + zeros(37)},
         {'R', "1.5", "2147483647", "1.5"},
         {'R', largest, "-2147483648", "0"},
-        {'R', largest, "-89", nines + zeros(89)},
         {'R', largest, "-90", "-6102"},
-        {'R', "150.0", "-2", "200"},
         {'R', smallest, "126", "0." + zeros(126)},
         {'X', largest, "-90", nines.substr(1) + zeros(90)},
-        {'X', "-99.99", "-1", "-90"},
-        {'X', "-0.09", "1", "0.0"},
         {'Z', "-" + nines.substr(1) + ".9", "0", "-" + nines.substr(1)},
         {'U', "18446744073709551615.000", "0", "18446744073709551615"},
         {'U', "18446744073709551616", "0", "-6102"},
         {'U', "0." + zeros(100), "0", "0"},
-        {'U', "-1", "0", "-6102"},
-        {'/', "33.0", "0", "2"},
         {'/', "33.5", "0", "-6803"},
-        {'/', "-16", "0", "-6803"},
         {'/', largest, "0", "624" + nines.substr(3) + zeros(88)},
     };
     for (const auto& [operation, first, second, expected] : cases) {
