@@ -337,6 +337,17 @@ operand bind(binder& state, const expression& tree) {
     return {nullptr, made, sql_type::boolean, tree.offset};
 }
 
+// ---- WHERE ---------------------------------------------------------------------------------------------------------
+
+void bind_where(binder& state, const expression& tree, plan& made) {
+    if (tree.kind == expression_kind::conjunction) {
+        std::ranges::for_each(tree.operands, [&](const expression& part) { bind_where(state, part, made); });
+        return;
+    }
+    const std::size_t step = as_condition(state, bind(state, tree));
+    made.conditions.push_back({.step = step, .steps_end = state.steps.size()});
+}
+
 // ---- the select list -----------------------------------------------------------------------------------------------
 
 void add_result(plan& made, std::string name, sql_type type, std::size_t step) {
@@ -418,8 +429,7 @@ plan bind_statement(const select_statement& statement, const std::string& sql, t
     made.source = source;
     made.limit = statement.limit;
     if (statement.where) {
-        made.condition = as_condition(state, bind(state, *statement.where));
-        made.condition_steps = state.steps.size();
+        bind_where(state, *statement.where, made);
     }
     for (const select_item& item : statement.items) {
         bind_item(state, item, made);

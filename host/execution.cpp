@@ -30,9 +30,9 @@ struct execution {
     string_rules rules;
     bifun_environment environment{};
     std::unique_ptr<bifun_memory_object, memory_destroyer> memory{nullptr, {&environment}};
-    std::vector<std::uint16_t> selection;
-    std::uint64_t rows_before = 0; // of the table, before the batch in hand
-    bool selected = false;         // whether the table's columns show the selection
+    std::vector<std::uint16_t> selection; // room for a batch; the rows in view where `selected`
+    std::uint64_t rows_before = 0;        // of the table, before the batch in hand
+    bool selected = false;                // whether the table's columns show the selection
 };
 
 bifun_column& column_of(const execution& run, std::size_t index) {
@@ -278,39 +278,44 @@ void set_selection(execution& run, const std::uint16_t* selection) {
     }
 }
 
-std::uint32_t select_rows(execution& run, std::uint32_t row_count) {
-    const bifun_column& condition = column_of(run, *run.query.condition);
+// Of the `row_count` rows in view, leaves those that pass in view and returns their number.
+std::uint32_t select_rows(execution& run, const row_condition& passing, std::uint32_t row_count) {
+    const bifun_column& condition = column_of(run, passing.step);
     const auto* const values = static_cast<const std::int32_t*>(condition.data->values);
-    run.selection.clear();
+    std::uint32_t passed = 0;
     for (std::uint32_t k = 0; k < row_count; ++k) {
         if (values[condition.selection == nullptr ? k : condition.selection[k]] == 1) {
-            run.selection.push_back(static_cast<std::uint16_t>(k));
+            run.selection[passed++] = run.selected ? run.selection[k] : static_cast<std::uint16_t>(k);
         }
     }
-    if (run.selection.size() < row_count) {
+    if (passed < row_count) {
         set_selection(run, run.selection.data());
     }
-    return static_cast<std::uint32_t>(run.selection.size());
+    return passed;
 }
 
 // Evaluates the batch in hand and returns the number of rows that pass, at most `most_rows`.
 std::uint32_t evaluate_batch(execution& run, std::uint32_t row_count, std::uint64_t most_rows) {
     std::vector<step>& steps = run.query.steps;
     set_selection(run, nullptr);
-    for (std::size_t i = 0; i < run.query.condition_steps; ++i) {
-        evaluate_step(run, steps[i], row_count);
+    std::uint32_t passed = row_count;
+    std::size_t next = 0;
+    for (const row_condition& condition : run.query.conditions) {
+        for (; next < condition.steps_end && passed > 0; ++next) {
+            evaluate_step(run, steps[next], passed);
+        }
+        passed = select_rows(run, condition, passed);
     }
-    std::uint32_t passed = run.query.condition ? select_rows(run, row_count) : row_count;
     passed = static_cast<std::uint32_t>(std::min<std::uint64_t>(passed, most_rows));
-    for (std::size_t i = run.query.condition_steps; i < steps.size() && passed > 0; ++i) {
-        evaluate_step(run, steps[i], passed);
+    for (; next < steps.size() && passed > 0; ++next) {
+        evaluate_step(run, steps[next], passed);
     }
     return passed;
 }
 
 std::uint32_t next_batch(const execution& run, std::uint32_t batch_rows, std::uint64_t rows_left) {
     // Without a condition every row read is a row written.
-    const std::uint64_t wanted = run.query.condition ? batch_rows : std::min<std::uint64_t>(batch_rows, rows_left);
+    const std::uint64_t wanted = !run.query.conditions.empty() ? batch_rows : std::min<std::uint64_t>(batch_rows, rows_left);
     if (run.query.source != nullptr) {
         return read_batch(*run.query.source, static_cast<std::uint32_t>(wanted));
     }
@@ -327,7 +332,7 @@ void run_plan(plan& query, std::uint32_t batch_rows, string_rules rules, result_
         fail_for_memory();
     }
     auto* const heap = static_cast<mem_heap*>(run.memory->heap);
-    run.selection.reserve(batch_rows);
+    run.selection.resize(batch_rows);
     if (query.source != nullptr) {
         create_columns(*query.source, batch_rows);
     }

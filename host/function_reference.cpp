@@ -33,7 +33,9 @@ everywhere. A number literal is the first of INT, BIGINT and DECIMAL that holds 
 - The formats of TO_CHAR are described in [number formats](number-formats.md).
 
 A NULL argument gives NULL, except in NVL, IF and LNNVL. A function that fails for a row ends the query with the status, its
-meaning and the row: `bifun: SQRT: -6803 an argument is outside the function's domain in row 3`.
+meaning and the row: `bifun: LN: -6803 an argument is outside the function's domain in row 15`. The conditions that AND joins in
+WHERE are applied from left to right, so that `WHERE x > 0 AND LN(x) > 3` does not fail; IF does evaluate both of its values for every
+row.
 )";
 
 // Text for a cell of a table.

@@ -1,8 +1,8 @@
 // A query as a list of steps over one batch, each with a column of its own for its result.
 //
-// Steps stand in the order in which they are executed; a step reads the results of earlier ones only. The steps of the condition come
-// first and see all rows of the batch; then the rows that pass become the selection vector of the table's columns, and the remaining
-// steps see those rows only. Their results are dense.
+// Steps stand in the order in which they are executed; a step reads the results of earlier ones only. The conditions come first, each
+// with the steps that only it needs: the rows that pass one become the selection vector of the table's columns, and all steps behind it
+// see those rows only. Their results are dense.
 #ifndef BIFUN_HOST_PLAN_H
 #define BIFUN_HOST_PLAN_H
 
@@ -52,6 +52,12 @@ struct step {
     sorted_values item_values{};        // in_list: `items` as they are searched
 };
 
+// What a row has to pass. WHERE x > 0 AND LN(x) > 1 is two conditions, so that LN sees no other x.
+struct row_condition {
+    std::size_t step;      // the one whose true rows pass
+    std::size_t steps_end; // behind the last step of this condition
+};
+
 struct result_column {
     std::string name;
     sql_type type;
@@ -61,8 +67,7 @@ struct result_column {
 struct plan {
     table* source = nullptr; // null: one row of nothing
     std::vector<step> steps;
-    std::size_t condition_steps = 0;      // how many steps belong to the condition
-    std::optional<std::size_t> condition; // the step whose true rows pass
+    std::vector<row_condition> conditions;
     std::optional<std::uint64_t> limit;
     std::vector<result_column> results;
 };

@@ -2,65 +2,109 @@
 // argument.
 
 #include "bop/frame/row_loop.h"
-#include "engine/decimal.h"
+#include "bop/numeric/packed_decimals.h"
+#include "engine/decimal_packed_rounding.h"
 
 namespace bifun {
 namespace {
 
 bool has_fraction(const xdec& value) { return value.bytes[2] != 0; }
 
-xdec truncate(const xdec& value) {
-    xdec result = value;
-    (void)xdec_trunc_scale(&result);
-    return result;
-}
+// ---- through the engine's operations ----
 
-xdec truncate_to(const xdec& value, std::int32_t digits) {
-    xdec result = value;
-    (void)xdec_trunc_scale_with_pos(&value, digits, &result);
-    return result;
-}
+struct engine_operations {
+    static xdec truncate(const xdec& value) {
+        xdec result = value;
+        (void)xdec_trunc_scale(&result);
+        return result;
+    }
 
-xdec round_to(const xdec& value, std::int32_t digits) {
-    constexpr std::int32_t no_flag = 0;
-    xdec result = value;
-    (void)xdec_round(&value, no_flag, digits, &result);
-    return result;
-}
+    static xdec truncate_to(const xdec& value, std::int32_t digits) {
+        xdec result = value;
+        (void)xdec_trunc_scale_with_pos(&value, digits, &result);
+        return result;
+    }
 
-xdec round_to_integer(const xdec& value) { return round_to(value, 0); }
+    static xdec round_to(const xdec& value, std::int32_t digits) {
+        constexpr std::int32_t no_flag = 0;
+        xdec result = value;
+        (void)xdec_round(&value, no_flag, digits, &result);
+        return result;
+    }
+
+    static xdec magnitude(const xdec& value) {
+        xdec result = value;
+        (void)xdec_abs(&value, &result);
+        return result;
+    }
+};
+
+// ---- in place, for an engine whose layout of decimals is known; what is rare is left to its operations ----
+
+struct packed_operations {
+    static xdec truncate(const xdec& value) { return truncate_to(value, 0); }
+
+    static xdec truncate_to(const xdec& value, std::int32_t digits) {
+        xdec result;
+        const bool done = decimal_layout::truncate_short(value, digits, &result) || decimal_layout::truncate_long(value, digits, &result);
+        return done ? result : engine_operations::truncate_to(value, digits);
+    }
+
+    static xdec round_to(const xdec& value, std::int32_t digits) {
+        xdec result;
+        const bool done = decimal_layout::round_short(value, digits, &result) || decimal_layout::round_long(value, digits, &result);
+        return done ? result : engine_operations::round_to(value, digits);
+    }
+
+    static xdec magnitude(const xdec& value) {
+        xdec result = value;
+        result.bytes[0] = value.bytes[0] == XDEC_ZERO ? XDEC_ZERO : XDEC_POSITIVE;
+        return result;
+    }
+};
+
+// ---- the functions, over either ----
+
+template <class Operations> xdec round_to_integer(const xdec& value) { return Operations::round_to(value, 0); }
 
 // The scale decides, not the digits: 2.00 has a fraction, and its ceiling is 3.
-xdec ceiling(const xdec& value) {
-    xdec result = value;
-    if (has_fraction(value)) {
-        (void)xdec_trunc_scale(&result);
-        if (value.bytes[0] == XDEC_POSITIVE) {
-            xdec one;
-            xdec_fill_one(&one);
-            (void)xdec_add(&result, &one, &result);
-        }
+template <class Operations> xdec ceiling(const xdec& value) {
+    if (!has_fraction(value)) {
+        return value;
+    }
+    xdec result = Operations::truncate(value);
+    if (value.bytes[0] == XDEC_POSITIVE) {
+        xdec one;
+        xdec_fill_one(&one);
+        (void)xdec_add(&result, &one, &result);
     }
     return result;
 }
 
-xdec floor_of(const xdec& value) {
-    xdec result = value;
-    if (has_fraction(value)) {
-        (void)xdec_trunc_scale(&result);
-        if (value.bytes[0] == XDEC_NEGATIVE) {
-            xdec one;
-            xdec_fill_one(&one);
-            (void)xdec_sub(&result, &one, &result);
-        }
+template <class Operations> xdec floor_of(const xdec& value) {
+    if (!has_fraction(value)) {
+        return value;
+    }
+    xdec result = Operations::truncate(value);
+    if (value.bytes[0] == XDEC_NEGATIVE) {
+        xdec one;
+        xdec_fill_one(&one);
+        (void)xdec_sub(&result, &one, &result);
     }
     return result;
 }
 
-xdec magnitude(const xdec& value) {
-    xdec result = value;
-    (void)xdec_abs(&value, &result);
-    return result;
+// Calls `set` with the operations that serve this engine.
+template <class Set> status with_operations(const Set& set) {
+    return decimals_are_packed() ? set(packed_operations{}) : set(engine_operations{});
+}
+
+template <class X, class Digits> status truncate_rows(const batch& batch, const X& x, const Digits& digits) {
+    return with_operations([&](auto by) { return set_rows<rows::present, decltype(by)::truncate_to>(batch, x, digits); });
+}
+
+template <class X, class Digits> status round_rows(const batch& batch, const X& x, const Digits& digits) {
+    return with_operations([&](auto by) { return set_rows<rows::present, decltype(by)::round_to>(batch, x, digits); });
 }
 
 } // namespace
@@ -68,28 +112,26 @@ xdec magnitude(const xdec& value) {
 
 using namespace bifun;
 
-status btrunc_dec_def_a_math(BATCH_OF(column x)) { return set_rows<rows::present, truncate>(BATCH, decimal(x)); }
-status btrunc_dec_va_de_math(BATCH_OF(decimal_constant x, column digits)) {
-    return set_rows<rows::present, truncate_to>(BATCH, decimal(x), integer(digits));
+status btrunc_dec_def_a_math(BATCH_OF(column x)) {
+    return with_operations([&](auto by) { return set_rows<rows::present, decltype(by)::truncate>(BATCH, decimal(x)); });
 }
-status btrunc_dec_av_li_math(BATCH_OF(column x, int_constant digits)) {
-    return set_rows<rows::present, truncate_to>(BATCH, decimal(x), integer(digits));
-}
-status btrunc_dec_aa_math(BATCH_OF(column x, column digits)) {
-    return set_rows<rows::present, truncate_to>(BATCH, decimal(x), integer(digits));
-}
+status btrunc_dec_va_de_math(BATCH_OF(decimal_constant x, column digits)) { return truncate_rows(BATCH, decimal(x), integer(digits)); }
+status btrunc_dec_av_li_math(BATCH_OF(column x, int_constant digits)) { return truncate_rows(BATCH, decimal(x), integer(digits)); }
+status btrunc_dec_aa_math(BATCH_OF(column x, column digits)) { return truncate_rows(BATCH, decimal(x), integer(digits)); }
 
-status bround_def_a_math_dbl(BATCH_OF(column x)) { return store_rows<rows::present, round_to_integer>(BATCH, decimal(x)); }
-status bround_dec_va_de_math_dbl(BATCH_OF(decimal_constant x, column digits)) {
-    return set_rows<rows::present, round_to>(BATCH, decimal(x), integer(digits));
+status bround_def_a_math_dbl(BATCH_OF(column x)) {
+    return with_operations([&](auto by) { return store_rows<rows::present, round_to_integer<decltype(by)>>(BATCH, decimal(x)); });
 }
-status bround_dec_av_li_math_dbl(BATCH_OF(column x, int_constant digits)) {
-    return set_rows<rows::present, round_to>(BATCH, decimal(x), integer(digits));
-}
-status bround_dec_aa_math_dbl(BATCH_OF(column x, column digits)) {
-    return set_rows<rows::present, round_to>(BATCH, decimal(x), integer(digits));
-}
+status bround_dec_va_de_math_dbl(BATCH_OF(decimal_constant x, column digits)) { return round_rows(BATCH, decimal(x), integer(digits)); }
+status bround_dec_av_li_math_dbl(BATCH_OF(column x, int_constant digits)) { return round_rows(BATCH, decimal(x), integer(digits)); }
+status bround_dec_aa_math_dbl(BATCH_OF(column x, column digits)) { return round_rows(BATCH, decimal(x), integer(digits)); }
 
-status bceil_a_math_dec(BATCH_OF(column x)) { return set_rows<rows::present, ceiling>(BATCH, decimal(x)); }
-status bfloor_a_math_dec(BATCH_OF(column x)) { return set_rows<rows::present, floor_of>(BATCH, decimal(x)); }
-status babs_a_math_dec(BATCH_OF(column x)) { return set_rows<rows::present, magnitude>(BATCH, decimal(x)); }
+status bceil_a_math_dec(BATCH_OF(column x)) {
+    return with_operations([&](auto by) { return set_rows<rows::present, ceiling<decltype(by)>>(BATCH, decimal(x)); });
+}
+status bfloor_a_math_dec(BATCH_OF(column x)) {
+    return with_operations([&](auto by) { return set_rows<rows::present, floor_of<decltype(by)>>(BATCH, decimal(x)); });
+}
+status babs_a_math_dec(BATCH_OF(column x)) {
+    return with_operations([&](auto by) { return set_rows<rows::present, decltype(by)::magnitude>(BATCH, decimal(x)); });
+}

@@ -2,7 +2,7 @@
 
 #include "bop/frame/choose.h"
 #include "bop/frame/row_loop.h"
-#include "engine/decimal.h"
+#include "bop/numeric/packed_decimals.h"
 #include "engine/decimal_layout.h"
 
 namespace bifun {
@@ -30,8 +30,6 @@ const xdec& lesser_packed(const xdec& x, const xdec& y) {
     }
     return choose(decimal_layout::is_less(x, y), x, y);
 }
-
-bool decimals_are_packed() { return &xdec_layout != nullptr && xdec_layout == XDEC_LAYOUT_PACKED_128; }
 
 template <class X, class Y> status greatest_decimals(const batch& batch, const X& x, const Y& y) {
     return decimals_are_packed() ? store_rows<rows::present, greater_packed>(batch, x, y)

@@ -99,13 +99,25 @@ text_column read_column(value_type type, std::string_view text) {
 
 namespace {
 
-std::string write_string(const bifun_string& value) {
-    std::string text(reinterpret_cast<const char*>(value.data), value.length);
-    if (text.size() > 20 && std::ranges::count(text, text.front()) == static_cast<std::ptrdiff_t>(text.size())) {
-        const std::size_t length = text.size();
-        text.resize(1);
-        text.append("*").append(std::to_string(length));
+// With runs of one character written as `a*49`.
+std::string fold(std::string_view text) {
+    constexpr std::size_t longest_run = 40;
+    std::string folded;
+    for (std::size_t first = 0; first < text.size();) {
+        const std::size_t end = std::min(text.find_first_not_of(text[first], first), text.size());
+        if (end - first > longest_run) {
+            folded += std::string(first == 0 ? "" : "&") + text[first] + "*" + std::to_string(end - first);
+            folded += end == text.size() ? "" : "&";
+        } else {
+            folded += text.substr(first, end - first);
+        }
+        first = end;
     }
+    return folded;
+}
+
+std::string write_string(const bifun_string& value) {
+    std::string text = fold({reinterpret_cast<const char*>(value.data), value.length});
     text.append(value.trailing_blanks, '_');
     return text.empty() ? "''" : text;
 }
@@ -124,7 +136,7 @@ std::string write_value(const zqengine::column_storage& column, std::uint32_t ro
         return {buffer, static_cast<std::size_t>(std::snprintf(buffer, sizeof buffer, "%.17g", values_of<double>(column)[row]))};
     case value_type::DECIMAL:
         EXPECT_EQ(xdec_to_char_with_zero(values_of<xdec>(column) + row, buffer, sizeof buffer, 0, 0, &length), 0);
-        return {buffer, length};
+        return fold({buffer, length});
     case value_type::DATETIME: {
         std::string text(buffer, zqengine::write_datetime(values_of<zqtime>(column)[row], zqengine::datetime_kind::datetime, buffer));
         std::ranges::replace(text, ' ', 'T');

@@ -25,14 +25,14 @@ TEST(Floating, HasTheseValues) {
         // The remainder has the sign of x; of 0 it is x, infinities and NaN included.
         {"bmod_aa_math_dbl", {"7.5 -7 7 -6 6 -0.0", "0 3 -3 3 -3 5"}, "[1] 7.5 -1 1 -0 0 -0"},
         {"bmod_aa_math_dbl", {"inf nan 5 5 nan 1", "-0.0 0 inf -inf 1 nan"}, "[1] inf nan 5 5 nan nan"},
-        {"bmod_aa_math_dbl", {"1e308 1 5.5 0.3", "3e-308 4.9e-324 -4.9e-324 0.1"}, "[1] 1.3230842071447953e-308 0 0 0.099999999999999978"},
+        {"bmod_aa_math_dbl", {"1e308 1 5.5 0.3", "3e-308 4.9e-324 -4.9e-324 0.1"}, "[1] 5.4761449005729127e-309 0 0 0.099999999999999978"},
         {"bmod_av_do_math_dbl", {"7.5 NULL -7.5", "2"}, "[0] 1.5 NULL -1.5"},
         {"bmod_va_do_math_dbl", {"7.5", "2 0 NULL -4"}, "[0] 1.5 7.5 NULL 3.5"},
         {"bmod_va_do_math_dbl", {"NULL", "2 0"}, "[0] NULL NULL"},
         // Pi has fifteen digits, and the multiplication comes first.
         {"bdegrees_a_math_dbl", {"3.14159265358979 0 -0.0 nan"}, "[1] 180 0 -0 nan"},
-        {"bdegrees_a_math_dbl", {"3.1415926535897931"}, "[1] 180.00000000000018"},
-        {"bdegrees_a_math_dbl", {"1e305 1e307 0"}, "[0] 5.7295779513082616e+306 0 ? status -6102"},
+        {"bdegrees_a_math_dbl", {"3.1415926535897931"}, "[1] 180.00000000000017"},
+        {"bdegrees_a_math_dbl", {"1e305 1e307 0"}, "[0] 5.7295779513082385e+306 0 ? status -6102"},
         {"bradians_a_math_dbl", {"180 -180 0 inf 1e308"}, "[1] 3.14159265358979 -3.14159265358979 0 inf inf"},
     };
     for (const text_case& text_case : cases) {
@@ -49,8 +49,8 @@ TEST(Floating, PiHasFifteenDigits) {
 // Pairs of any bits, of like exponents, of multiples and their neighbours, and with special values, against the library's function.
 TEST(Floating, ModIsTheLibrarysRemainderToTheBit) {
     using limits = std::numeric_limits<double>;
-    constexpr double special[] = {0.0, -0.0, limits::denorm_min(), -limits::min(), limits::max(), limits::infinity(), -limits::infinity(),
-                                  0x1p52, 0x1p53, 1.0, 3.0};
+    constexpr double special[] = {
+        0.0, -0.0, limits::denorm_min(), -limits::min(), limits::max(), limits::infinity(), -limits::infinity(), 0x1p52, 0x1p53, 1.0, 3.0};
     std::mt19937_64 random(1);
     const auto any_bits = [&] { return std::bit_cast<double>(random()); };
     const auto of_exponent = [&](int exponent) {
