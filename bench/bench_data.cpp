@@ -45,6 +45,24 @@ constexpr exception exceptions[] = {
     // Divisors of the dividends' size would make nearly every quotient 0.
     {"MOD", 1, value_type::BIGINT, {1, 1e6, "7"}},
     {"MOD", 0, value_type::BIGINT, {-1e15, 1e15, "123456789012345"}},
+    // What the functions are defined for.
+    {"ASIN", 0, value_type::DOUBLE, {-1, 1, "0.5"}},
+    {"ACOS", 0, value_type::DOUBLE, {-1, 1, "0.5"}},
+    {"SINH", 0, value_type::DOUBLE, {-10, 10, "0.5"}},
+    {"COSH", 0, value_type::DOUBLE, {-10, 10, "0.5"}},
+    {"EXP", 0, value_type::DOUBLE, {-10, 10, "0.5"}},
+    {"SQRT", 0, value_type::DOUBLE, {0, 1000, "2"}},
+    {"LN", 0, value_type::DOUBLE, {0.001, 1000, "2"}},
+    {"LOG10", 0, value_type::DOUBLE, {0.001, 1000, "2"}},
+    {"LOG", 0, value_type::DOUBLE, {1.5, 1000, "2"}},
+    {"LOG", 1, value_type::DOUBLE, {0.001, 1000, "2"}},
+    {"POWER", 0, value_type::DOUBLE, {0.001, 1000, "2"}},
+    {"POWER", 1, value_type::DOUBLE, {-10, 10, "2.5"}},
+    {"ROUND", 1, value_type::INT, {0, 6, "2"}},
+    {"TRUNC", 1, value_type::INT, {0, 6, "2"}},
+    {"TRUNC", 0, value_type::VARCHAR, {5, 18, "123.456", "0123456789"}},
+    {"TO_CHAR", 1, value_type::VARCHAR, {0, 0, "S999,999,999,999,990.00"}},
+    {"TO_CHAR", 2, value_type::VARCHAR, {0, 0, "NLS_NUMERIC_CHARACTERS='.,'"}},
 };
 
 // Uniform in [low, high).
@@ -93,7 +111,7 @@ bool assign_text(zqengine::column_storage& column, std::uint32_t row, const valu
     if (bytes == nullptr) {
         return false;
     }
-    constexpr std::string_view letters = "etaoinshrdlcumwfgypbvkjxqz  ";
+    const std::string_view letters = range.letters;
     for (std::uint32_t i = 0; i < length; ++i) {
         constexpr std::uint32_t letters_per_random = 8;
         if (i % letters_per_random == 0) {

@@ -22,11 +22,12 @@ constexpr std::uint64_t random_at(std::uint64_t seed, std::uint64_t n) {
 // What an argument's generated values are like. The meaning of the bounds depends on the type:
 //     BOOL 0 or 1, bounds unused | INT, BIGINT, DOUBLE uniform between the bounds
 //     DECIMAL uniform between the bounds with 4 digits behind the point | DATETIME the years, both included
-//     VARCHAR, VARBINARY the length in bytes, of lower case letters and blanks
+//     VARCHAR, VARBINARY the length in bytes, of the letters
 struct value_range {
     double low;
     double high;
     const char* constant; // the value where the argument is a constant, as text
+    std::string_view letters = "etaoinshrdlcumwfgypbvkjxqz  ";
 };
 
 // The values that suit an argument of an entry point: those of its type, or an exception where the function would reject them or take

@@ -1,7 +1,6 @@
 #include "host/member_choice.h"
 
 #include <algorithm>
-#include <ranges>
 #include <set>
 #include <utility>
 #include <vector>
@@ -24,10 +23,11 @@ constexpr default_argument default_arguments[] = {
     {"TO_CHAR", {sql_type::decimal, sql_type::varchar}, literal_kind::string, "NLS_NUMERIC_CHARACTERS='.,'"},
 };
 
-// A call's arguments have exactly the types that a default argument stands behind.
-template <class Types> bool stands_behind(const default_argument& known, const Types& types) {
+// Arguments, whose types `type_of` tells, have exactly the types that a default argument stands behind.
+template <class Argument, class TypeOf>
+bool stands_behind(const default_argument& known, std::span<const Argument> arguments, TypeOf type_of) {
     const auto* const end = std::ranges::find(known.given, sql_type::null);
-    return std::equal(std::begin(known.given), end, types.begin(), types.end());
+    return std::ranges::equal(std::span(known.given, end), arguments, {}, {}, type_of);
 }
 
 using parameters = std::span<const bifun::argument>;
@@ -43,7 +43,7 @@ std::optional<parameters> parameters_of_call(const entry_point& member, std::siz
     const parameters given = member.arguments().first(argument_count);
     const bool completed = std::ranges::any_of(default_arguments, [&](const default_argument& known) {
         return known.builtin == member.builtin &&
-               stands_behind(known, given | std::views::transform([](const bifun::argument& a) { return sql_type_of(a.type); }));
+               stands_behind(known, given, [](const bifun::argument& parameter) { return sql_type_of(parameter.type); });
     });
     return completed ? std::optional(given) : std::nullopt;
 }
@@ -115,7 +115,7 @@ const entry_point* choose_member(std::string_view builtin, std::span<const offer
 
 const default_argument* find_default_argument(std::string_view builtin, std::span<const offered_argument> arguments) {
     const auto* const found = std::ranges::find_if(default_arguments, [&](const default_argument& known) {
-        return known.builtin == builtin && stands_behind(known, arguments | std::views::transform(&offered_argument::type));
+        return known.builtin == builtin && stands_behind(known, arguments, &offered_argument::type);
     });
     return found == std::end(default_arguments) ? nullptr : found;
 }

@@ -4,7 +4,8 @@
 //     store_rows<evaluated, kernel, checks>(batch, arguments...)   results go straight into the value array
 //     try_rows<on_failure>(batch, attempt, arguments...)           `attempt` writes its result itself and may fail
 //
-// A kernel is a plain function from values to a value; `checks` says which rows fail, and is left out where none does. An attempt is
+// A kernel is a plain function from values to a value, or one that takes the place of its result as last argument, for results that are
+// longer than a register; `checks` says which rows fail, and is left out where none does. An attempt is
 // called for one row after the other, so it is for work that takes longer than a call.
 #ifndef BIFUN_FRAME_ROW_LOOP_H
 #define BIFUN_FRAME_ROW_LOOP_H
@@ -12,6 +13,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <tuple>
 #include <type_traits>
 
 #include "bop/frame/arguments.h"
@@ -49,6 +51,24 @@ template <bool through_setters, class Result> void write_value(const batch& batc
 // A single column's promise is passed on as it stands; those of several arguments are joined to 0 or 1.
 template <class T> std::uint32_t joint_no_null_flag(const column_argument<T>& argument) { return argument.column->no_nulls; }
 template <class... Arguments> std::uint32_t joint_no_null_flag(const Arguments&... arguments) { return (has_no_nulls(arguments) && ...); }
+
+// ---- kernels ----
+
+template <class Kernel> struct signature;
+template <class Result, class... Parameters> struct signature<Result (*)(Parameters...)> { using result = std::decay_t<Result>; };
+template <class First, class... Parameters> struct signature<void (*)(First, Parameters...)> {
+    using result = std::decay_t<std::tuple_element_t<sizeof...(Parameters), std::tuple<First, Parameters...>>>;
+};
+
+template <auto kernel> using result_of = typename signature<decltype(kernel)>::result;
+
+template <auto kernel, class... Values> INLINED inline void evaluate(result_of<kernel>& result, const Values&... values) {
+    if constexpr (std::is_invocable_v<decltype(kernel), const Values&...>) {
+        result = kernel(values...);
+    } else {
+        kernel(values..., result);
+    }
+}
 
 // ---- the loop ----
 
@@ -120,17 +140,18 @@ INLINED inline void compute_block(Result* __restrict results, const std::uint8_t
                                   const Rows&... rows) {
     if (no_nulls) {
         for (std::uint32_t k = 0; k < count; ++k) {
-            results[k] = kernel(rows[k]...);
+            evaluate<kernel>(results[k], rows[k]...);
         }
     } else if constexpr (evaluated == rows::all) {
         for (std::uint32_t k = 0; k < count; ++k) {
-            const Result value = kernel(rows[k]...);
+            Result value;
+            evaluate<kernel>(value, rows[k]...);
             results[k] = flags[k] != 0 ? value : Result{};
         }
     } else {
         for (std::uint32_t k = 0; k < count; ++k) {
             if (flags[k] != 0) {
-                results[k] = kernel(rows[k]...);
+                evaluate<kernel>(results[k], rows[k]...);
             }
         }
     }
@@ -171,7 +192,9 @@ INLINED inline std::uint32_t evaluate_block(const batch& batch, std::uint32_t fi
         if constexpr (through_setters) {
             for (std::uint32_t k = 0; k < passed; ++k) {
                 if (flags[k] != 0) {
-                    set_value(batch, first + k, kernel(rows[k]...));
+                    Result value;
+                    evaluate<kernel>(value, rows[k]...);
+                    set_value(batch, first + k, value);
                 }
             }
         } else {
@@ -190,7 +213,7 @@ INLINED inline status evaluate_rows(const batch& batch, const Arguments&... argu
     batch.result->no_nulls = joint_no_null_flag(arguments...);
     return with_rows(
         [&](const auto&... rows) INLINED -> status {
-            using result_type = std::decay_t<decltype(kernel(rows[0]...))>;
+            using result_type = result_of<kernel>;
             std::uint32_t count = 0;
             for (std::uint32_t first = 0; first < batch.row_count; first += count) {
                 count = std::min(rows_per_block, batch.row_count - first);

@@ -13,85 +13,72 @@ bool has_fraction(const xdec& value) { return value.bytes[2] != 0; }
 // ---- through the engine's operations ----
 
 struct engine_operations {
-    static xdec truncate(const xdec& value) {
-        xdec result = value;
+    static void truncate(const xdec& value, xdec& result) {
+        result = value;
         (void)xdec_trunc_scale(&result);
-        return result;
     }
 
-    static xdec truncate_to(const xdec& value, std::int32_t digits) {
-        xdec result = value;
+    static void truncate_to(const xdec& value, std::int32_t digits, xdec& result) {
+        result = value;
         (void)xdec_trunc_scale_with_pos(&value, digits, &result);
-        return result;
     }
 
-    static xdec round_to(const xdec& value, std::int32_t digits) {
+    static void round_to(const xdec& value, std::int32_t digits, xdec& result) {
         constexpr std::int32_t no_flag = 0;
-        xdec result = value;
+        result = value;
         (void)xdec_round(&value, no_flag, digits, &result);
-        return result;
     }
 
-    static xdec magnitude(const xdec& value) {
-        xdec result = value;
+    static void magnitude(const xdec& value, xdec& result) {
+        result = value;
         (void)xdec_abs(&value, &result);
-        return result;
     }
 };
 
 // ---- in place, for an engine whose layout of decimals is known; what is rare is left to its operations ----
 
 struct packed_operations {
-    static xdec truncate(const xdec& value) { return truncate_to(value, 0); }
+    static void truncate(const xdec& value, xdec& result) { truncate_to(value, 0, result); }
 
-    static xdec truncate_to(const xdec& value, std::int32_t digits) {
-        xdec result;
-        const bool done = decimal_layout::truncate_short(value, digits, &result) || decimal_layout::truncate_long(value, digits, &result);
-        return done ? result : engine_operations::truncate_to(value, digits);
+    static void truncate_to(const xdec& value, std::int32_t digits, xdec& result) {
+        if (!decimal_layout::truncate_short(value, digits, &result) && !decimal_layout::truncate_long(value, digits, &result)) {
+            engine_operations::truncate_to(value, digits, result);
+        }
     }
 
-    static xdec round_to(const xdec& value, std::int32_t digits) {
-        xdec result;
-        const bool done = decimal_layout::round_short(value, digits, &result) || decimal_layout::round_long(value, digits, &result);
-        return done ? result : engine_operations::round_to(value, digits);
+    static void round_to(const xdec& value, std::int32_t digits, xdec& result) {
+        if (!decimal_layout::round_short(value, digits, &result) && !decimal_layout::round_long(value, digits, &result)) {
+            engine_operations::round_to(value, digits, result);
+        }
     }
 
-    static xdec magnitude(const xdec& value) {
-        xdec result = value;
+    static void magnitude(const xdec& value, xdec& result) {
+        result = value;
         result.bytes[0] = value.bytes[0] == XDEC_ZERO ? XDEC_ZERO : XDEC_POSITIVE;
-        return result;
     }
 };
 
 // ---- the functions, over either ----
 
-template <class Operations> xdec round_to_integer(const xdec& value) { return Operations::round_to(value, 0); }
+template <class Operations> void round_to_integer(const xdec& value, xdec& result) { Operations::round_to(value, 0, result); }
 
 // The scale decides, not the digits: 2.00 has a fraction, and its ceiling is 3.
-template <class Operations> xdec ceiling(const xdec& value) {
-    if (!has_fraction(value)) {
-        return value;
-    }
-    xdec result = Operations::truncate(value);
-    if (value.bytes[0] == XDEC_POSITIVE) {
+template <class Operations> void ceiling(const xdec& value, xdec& result) {
+    Operations::truncate(value, result);
+    if (has_fraction(value) && value.bytes[0] == XDEC_POSITIVE) {
         xdec one;
         xdec_fill_one(&one);
         (void)xdec_add(&result, &one, &result);
     }
-    return result;
 }
 
-template <class Operations> xdec floor_of(const xdec& value) {
-    if (!has_fraction(value)) {
-        return value;
-    }
-    xdec result = Operations::truncate(value);
-    if (value.bytes[0] == XDEC_NEGATIVE) {
+template <class Operations> void floor_of(const xdec& value, xdec& result) {
+    Operations::truncate(value, result);
+    if (has_fraction(value) && value.bytes[0] == XDEC_NEGATIVE) {
         xdec one;
         xdec_fill_one(&one);
         (void)xdec_sub(&result, &one, &result);
     }
-    return result;
 }
 
 // Calls `set` with the operations that serve this engine.

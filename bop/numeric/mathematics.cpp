@@ -44,7 +44,7 @@ status check_logarithm(double base, double x) { return outside_domain_if((base <
 double logarithm(double base, double x) { return std::log(x) / std::log(base); }
 
 // Zero has no negative power, and a negative base no fractional one. A NaN exponent equals nothing, its ceiling included.
-status check_power(double x, double y) { return outside_domain_if(((x == 0) & (y < 0)) | ((x < 0) & (std::ceil(y) != y))); }
+status check_power(double x, double y) { return outside_domain_if((x == 0 && y < 0) || (x < 0 && std::ceil(y) != y)); }
 double power(double x, double y) { return std::pow(x, y); }
 using power_checks = row_checks<check_power, check_bounds, failing_row::zero>;
 

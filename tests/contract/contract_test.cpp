@@ -201,8 +201,8 @@ TEST(Contract, ABatchIsTheBatchesItIsCutInto) {
     struct slice {
         std::uint32_t first, count;
     };
-    constexpr slice slices[] = {{0, 0},     {0, 1}, {0, 7},    {0, 1023},    {0, 1024},    {0, 1025},     {0, 65536},
-                                {0, 65537}, {7, 1}, {1023, 2}, {1024, 1025}, {2049, 4093}, {6142, 63859}, {70000, 1}};
+    constexpr slice slices[] = {{0, 0}, {0, 1},    {0, 7},       {0, 1023},    {0, 1024},     {0, 1025}, {0, 65537},
+                                {7, 1}, {1023, 2}, {1024, 1025}, {2049, 4093}, {6142, 63859}, {70000, 1}};
     for (const entry_point& entry : entry_points) {
         for (const double null_rate : {0.0, some_nulls}) {
             const std::vector<call_argument> arguments = arguments_of(entry, row_count, null_rate);

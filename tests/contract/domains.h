@@ -42,29 +42,35 @@ inline constexpr std::string_view number_formats[] = {"9,999,990.00", "FM9999999
 inline constexpr std::string_view nls_texts[] = {"NLS_NUMERIC_CHARACTERS=',.'", "NLS_CURRENCY='&a*90&'", "nls_currency=EUR"};
 
 inline constexpr argument_domain argument_domains[] = {
-    {"ABS", 0, value_type::BIGINT, -9223372036854775807.0L, 9223372036854775807.0L}, // the smallest BIGINT has no magnitude
-    {"ACOS", 0, value_type::DOUBLE, -1, 1},                                          // no angle has another cosine
-    {"ASIN", 0, value_type::DOUBLE, -1, 1},                                          // nor another sine
-    {"ATAN2", 0, value_type::DOUBLE, above_zero, infinity},                          // the point (0, 0) has no direction
-    {"BITAND", 0, value_type::DECIMAL, -1e38L, 1e38L},                               // 38 digits before the point
+    // The smallest BIGINT has no magnitude.
+    {"ABS", 0, value_type::BIGINT, -9223372036854775807.0L, 9223372036854775807.0L},
+    // Beyond these, or at 0, the function has no value.
+    {"ACOS", 0, value_type::DOUBLE, -1, 1},
+    {"ASIN", 0, value_type::DOUBLE, -1, 1},
+    {"ATAN2", 0, value_type::DOUBLE, above_zero, infinity},
+    {"COT", 0, value_type::DOUBLE, above_zero, infinity},
+    {"LN", 0, value_type::DOUBLE, above_zero, infinity},
+    {"LOG10", 0, value_type::DOUBLE, above_zero, infinity},
+    {"LOG", 0, value_type::DOUBLE, above_one, infinity},
+    {"LOG", 1, value_type::DOUBLE, above_zero, infinity},
+    {"POWER", 0, value_type::DOUBLE, 1e-3L, 1e3L},
+    {"SQRT", 0, value_type::DOUBLE, 0, infinity},
+    // Beyond these the result overflows.
+    {"COSH", 0, value_type::DOUBLE, -710, 710},
+    {"DEGREES", 0, value_type::DOUBLE, -1e305L, 1e305L},
+    {"EXP", 0, value_type::DOUBLE, -800, 709},
+    {"POWER", 1, value_type::DOUBLE, -100, 100},
+    {"ROUND", 0, value_type::DOUBLE, -1e300L, 1e300L},
+    {"SINH", 0, value_type::DOUBLE, -710, 710},
+    // 38 digits before the point.
+    {"BITAND", 0, value_type::DECIMAL, -1e38L, 1e38L},
     {"BITAND", 1, value_type::DECIMAL, -1e38L, 1e38L},
-    {"COSH", 0, value_type::DOUBLE, -710, 710},                     // overflow
-    {"COT", 0, value_type::DOUBLE, above_zero, infinity},           // 0 has none
-    {"DEGREES", 0, value_type::DOUBLE, -1e305L, 1e305L},            // overflow
-    {"EXP", 0, value_type::DOUBLE, -800, 709},                      // overflow
-    {"LN", 0, value_type::DOUBLE, above_zero, infinity},            // logarithms are of positive numbers
-    {"LOG10", 0, value_type::DOUBLE, above_zero, infinity},         //
-    {"LOG", 0, value_type::DOUBLE, above_one, infinity},            // a base is positive and not 1
-    {"LOG", 1, value_type::DOUBLE, above_zero, infinity},           //
-    {"POWER", 0, value_type::DOUBLE, 1e-3L, 1e3L},                  // negative numbers have no fractional power, 0 no negative one
-    {"POWER", 1, value_type::DOUBLE, -100, 100},                    // overflow
-    {"ROUND", 0, value_type::DOUBLE, -1e300L, 1e300L},              // overflow
-    {"SINH", 0, value_type::DOUBLE, -710, 710},                     // overflow
-    {"SQRT", 0, value_type::DOUBLE, 0, infinity},                   // roots are real
-    {"TO_CHAR", 0, value_type::DOUBLE, -1e126L, 1e126L, {}, false}, // under a format it is a DECIMAL first
-    {"TO_CHAR", 1, value_type::VARCHAR, 0, 0, number_formats},      //
-    {"TO_CHAR", 2, value_type::VARCHAR, 0, 0, nls_texts},           //
-    {"TRUNC", 0, value_type::VARCHAR, 0, 0, digit_texts},           // digits with at most one point, not beyond DOUBLE
+    // Under a format a DOUBLE becomes a DECIMAL first.
+    {"TO_CHAR", 0, value_type::DOUBLE, -1e126L, 1e126L, {}, false},
+    // These texts have a grammar.
+    {"TO_CHAR", 1, value_type::VARCHAR, 0, 0, number_formats},
+    {"TO_CHAR", 2, value_type::VARCHAR, 0, 0, nls_texts},
+    {"TRUNC", 0, value_type::VARCHAR, 0, 0, digit_texts},
 };
 
 // Null where any value is allowed.

@@ -170,8 +170,46 @@ INSTANTIATE_TEST_SUITE_P(
                     value("Mode2ReplacesEmpty", "NVL('', 'x')", "x", {"--set", "compatible_mode=2"}),
                     value("Mode2KeepsBlanks", "NVL('   ', 'x')", "   ", {"--set", "compatible_mode=2"}),
                     value("FoldedCase", "'ABC' = 'abc '", "true", {"--set", "case_sensitive=0"}),
+                    value("FoldedList", "'Abc' IN ('B', 'aBC ', NULL)", "true", {"--set", "case_sensitive=0"}),
                     value("FoldingSparesSecondBytes", "'\xE4\xB8\x82' = '\xE4\xB8\xA2'", "false",
                           {"--set", "charset=gb18030", "--set", "case_sensitive=0"})),
+    named);
+
+INSTANTIATE_TEST_SUITE_P(
+    Numbers, Program,
+    testing::Values(
+        value("RoundOfInt", "ROUND(7, -1)", "10"), value("RoundOfDoubleToInteger", "ROUND(-2.5e0)", "-3"),
+        value("RoundOfCall", "ROUND(SQRT(2), 2)", "1.41"), value("RoundByNull", "ROUND(1e0, NULL)", ""),
+        value("TruncOfText", "TRUNC('12.57')", "12"), value("TruncOfTextToDigits", "TRUNC('12.57', 1)", "12.5"),
+        value("FloorOfBigint", "FLOOR(3000000000)", "3000000000"), value("CeilOfDecimal", "CEIL(-1.5)", "-1"),
+        value("PowerOfDecimal", "POWER(1.5, 2)", "2.25"),
+        value("NearestDoubleOfBigint", "GREATEST(9007199254740993, 0e0)", "9007199254740992"),
+        value("NearestDoubleOfDecimal", "MOD(9007199254740993.0, 10)", "2"),
+        value("AbsKeepsDigits", "ABS(-1234567890123456789012345678901234.5678)", "1234567890123456789012345678901234.5678"),
+        value("BitandOfLiterals", "BITAND(-4, NVL(NULL, 6))", "4"),
+        value("FormattedDecimalKeepsDigits",
+              joined({"TO_CHAR(-12345678901234567890123456789012345.678, 'FM", std::string(35, '9'), "D000')"}),
+              "-12345678901234567890123456789012345.678"),
+        value("FormattedBigint", "TO_CHAR(3000000000, 'FM9G999G999G999')", "\"3,000,000,000\""),
+        value("NlsParameters", "TO_CHAR(1234.5, 'FM9G999D00L', 'NLS_NUMERIC_CHARACTERS='',.'' NLS_CURRENCY=€')", "\"1.234,50€\""),
+        value("NullFormat", "TO_CHAR(1.5, NULL)", ""), value("TextOfDouble", "TO_CHAR(1e20)", "1E+20"),
+        program_case{
+            "ColumnsWithNulls",
+            "x,n,e\n2.345,2,1e2\n,1,\n-2.5,,-2.5e0\n1250,-2,25e-1\n",
+            {"t.csv", "SELECT ROUND(x, n) a, ROUND(2.55, n) b, ROUND(x) c, TRUNC(x, 1) d, ROUND(e) f, ROUND(e, n) g, SIGN(e) h FROM t"},
+            "a,b,c,d,f,g,h\n2.35,2.55,2,2.3,100,100,1\n,2.6,,,,,\n,,-3,-2.5,-3,,-1\n1300,0,1250,1250,3,0,1\n"},
+        failure("Domain", "x\n4\n\n-1\n", {"t.csv", "SELECT SQRT(x) FROM t"},
+                "SQRT: -6803 an argument is outside the function's domain in row 3"),
+        failure("Logarithm", "", {"SELECT LN(0)"}, "LN: -6803 an argument is outside the function's domain in row 1"),
+        failure("Angle", "", {"SELECT ASIN(2)"}, "ASIN: -6803 an argument is outside the function's domain in row 1"),
+        failure("PowerOfZero", "", {"SELECT POWER(0, -1)"}, "POWER: -6803 an argument is outside the function's domain in row 1"),
+        failure("Overflow", "x\n1\n1000\n", {"t.csv", "SELECT ROUND(EXP(x), 1) FROM t"}, "EXP: -6102 numeric overflow in row 2"),
+        failure("NotANumber", "x\n1\n1a\n", {"t.csv", "SELECT TRUNC(x) FROM t"},
+                "TRUNC: -6803 an argument is outside the function's domain in row 2"),
+        failure("InvalidFormat", "x\n\n1.5\n", {"t.csv", "SELECT TO_CHAR(x, '9.9.9') FROM t"},
+                "TO_CHAR: -6130 invalid number format in row 2"),
+        failure("InvalidNls", "", {"SELECT TO_CHAR(1, '9', 'x')"}, "TO_CHAR: -6131 invalid NLS parameters in row 1"),
+        failure("EmptyNls", "", {"SELECT TO_CHAR(1, '9', '')"}, "TO_CHAR: -4037 the NLS parameter is empty or longer than 128 bytes")),
     named);
 
 INSTANTIATE_TEST_SUITE_P(
@@ -183,6 +221,12 @@ INSTANTIATE_TEST_SUITE_P(
                     filter("DateAgainstDatetime", "day < moment", "1\n2\n4\n"), filter("Time", "clock > '10:00'", "2\n"),
                     filter("Between", "i BETWEEN 2 AND b", "2\n4\n"), filter("NotBetween", "i NOT BETWEEN 2 AND 3", "1\n4\n"),
                     filter("InList", "i IN (4, 1.0, NULL)", "1\n4\n"), filter("NotInWithNullIsUnknown", "i NOT IN (4, NULL)", ""),
+                    filter("InListOfTexts", "s IN ('b', 'abc ', 'ABC', 'a')", "1\n2\n4\n"),
+                    filter("InListOfDecimals", "d IN (7.0, 1.500, -0.25)", "1\n2\n"),
+                    filter("InListOfDoubles", "e IN (1e3, -1e-3)", "1\n4\n"),
+                    filter("InListOfDates", "day NOT IN ('2024-02-29', '1999-12-31')", "2\n"),
+                    filter("InListWithColumn", "i IN (3, b, 1)", "1\n3\n4\n"),
+                    filter("FirstConditionGuardsSecond", "e > 0 AND (LN(e) > 1 AND i <> 2)", "1\n"),
                     filter("NotOfUnknown", "NOT (b = 5)", "1\n4\n"), filter("UnknownOrTrue", "b = 5 OR i = 3", "2\n3\n"),
                     filter("FalseAndUnknown", "NOT (b = 5 AND i = 2)", "1\n3\n4\n"), filter("IsNull", "b IS NULL", "3\n"),
                     filter("IsNotNull", "d IS NOT NULL", "1\n2\n4\n"), filter("IsUnknown", "(b > 4) IS UNKNOWN", "3\n"),
@@ -256,6 +300,8 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(failure("RowOfTheBatch", overflowing, {"t.csv", "SELECT ABS(a) FROM t"}, "ABS: -6102 numeric overflow in row 4"),
                     failure("RowOfTheFileBehindWhere", overflowing, {"t.csv", "SELECT ABS(a) FROM t WHERE b <> 1 AND b <> 3"},
                             "ABS: -6102 numeric overflow in row 4"),
+                    failure("RowOfTheFileBehindTwoConditions", overflowing, {"t.csv", "SELECT ABS(a) FROM t WHERE a <> 1 AND b <> 3"},
+                            "ABS: -6102 numeric overflow in row 4"),
                     failure("RowInTheCondition", overflowing, {"t.csv", "SELECT a FROM t WHERE ABS(b) > 0"},
                             "ABS: -6102 numeric overflow in row 2"),
                     failure("NestedCall", overflowing, {"t.csv", "SELECT ABS(NVL(b, 0)) FROM t"}, "ABS: -6102 numeric overflow in row 2"),
@@ -281,7 +327,19 @@ INSTANTIATE_TEST_SUITE_P(
         sql_failure("WrongPrefix", "SELECT q.qty FROM t", "8, near q.qty: there is no table q in FROM"),
         sql_failure("UnknownFunction", "SELECT NVLL(1, 2)", "8, near NVLL: there is no function nvll; did you mean NVL?"),
         sql_failure("ArgumentCount", "SELECT GREATEST(1, 2, 3)", "8, near GREATEST: GREATEST takes 2 arguments, not 3: GREATEST(x, y)"),
-        sql_failure("ArgumentType", "SELECT FLOOR(1.5)", "8, near FLOOR: FLOOR does not take (DECIMAL); it takes (INT)"),
+        sql_failure("ArgumentType", "SELECT FLOOR('1')",
+                    "8, near FLOOR: FLOOR does not take (VARCHAR); it takes (INT), (DOUBLE), (DECIMAL)"),
+        sql_failure("RoundOfText", "SELECT ROUND(Name) FROM t",
+                    "8, near ROUND: ROUND does not take (VARCHAR); it takes (DECIMAL), (DOUBLE)"),
+        sql_failure("NoLiteralToCombine", "SELECT BITAND(qty, qty) FROM t",
+                    "8, near BITAND: BITAND does not take (INT, INT); it takes (DECIMAL, constant DECIMAL), (constant DECIMAL, DECIMAL)"),
+        sql_failure("FormatFromColumn", "SELECT TO_CHAR(qty, Name) FROM t",
+                    "8, near TO_CHAR: TO_CHAR does not take (INT, VARCHAR); it takes (INT, constant VARCHAR), (BIGINT, constant VARCHAR), "
+                    "(DOUBLE, constant VARCHAR), (DECIMAL, constant VARCHAR)"),
+        sql_failure("DigitsOfDouble", "SELECT TRUNC(1.5e0, 1)",
+                    "8, near TRUNC: TRUNC does not take (DOUBLE, INT); it takes (DECIMAL, INT), (VARCHAR, INT); use ROUND(x, n) for a "
+                    "DOUBLE, or give its column the type DECIMAL with --types"),
+        sql_failure("NameThatGoesOn", "SELECT CEILING(1)", "8, near CEILING: there is no function ceiling; did you mean CEIL?"),
         sql_failure("DoubleOutOfRange", "SELECT 1e999", "8, near 1e999: the number is beyond the range of DOUBLE"),
         sql_failure("NestedTooDeeply", nested_negations(500), "2008, near TRUE: the expression is nested more than 500 levels deep"),
         sql_failure("NoCondition", "SELECT 1 FROM t WHERE qty", "23, near qty: a condition is needed here, and this is of type INT"),
@@ -347,6 +405,8 @@ INSTANTIATE_TEST_SUITE_P(
 INSTANTIATE_TEST_SUITE_P(
     OptionErrors, Program,
     testing::Values(failure("NoQuery", "", {}, "there is no query; give one as in: bifun \"SELECT NVL(NULL, 7)\", or see bifun --help"),
+                    failure("FileWithoutQuery", "a\n", {"t.csv"},
+                            "there is no query behind t.csv; give one as in: bifun t.csv \"SELECT * FROM t\""),
                     failure("UnknownOption", "", {"--fromat", "csv", "SELECT 1"},
                             "The following argument was not expected: --fromat; see bifun --help"),
                     failure("UnknownSetting", "", {"--set", "mode=1", "SELECT 1"},
@@ -409,6 +469,8 @@ TEST(ProgramRuns, FunctionsAreDescribed) {
     EXPECT_NE(list.find("\nLNNVL(condition) "), std::string::npos);
     const std::string description = directory.run({"functions", "Nvl"}).out;
     EXPECT_NE(description.find("bifun \"SELECT NVL(NULL, 7)\"\n"), std::string::npos);
+    EXPECT_EQ(directory.run({"functions", "--markdown"}).out, read_file(BIFUN_FUNCTION_REFERENCE))
+        << "bifun functions --markdown > docs/functions.md";
     EXPECT_NE(description.find("    bnvl_dec_av        (DECIMAL column, DECIMAL constant) -> DECIMAL\n"), std::string::npos);
 }
 

@@ -69,9 +69,9 @@ TEST(Floating, ModIsTheLibrarysRemainderToTheBit) {
             x = of_exponent(exponent + static_cast<int>(random() % 60));
             y = of_exponent(exponent);
             break;
-        case 2: // a multiple or next to one, the quotient of up to 54 bits
+        case 2: // a multiple or next to one, the quotient of up to 60 bits
             y = of_exponent(exponent);
-            x = y * static_cast<double>(random() >> (10 + random() % 54));
+            x = y * static_cast<double>(random() >> (4 + random() % 60));
             x = std::nextafter(x, random() % 3 == 0 ? x : random() % 2 == 0 ? limits::infinity() : -limits::infinity());
             break;
         case 3: // subnormal

@@ -22,7 +22,7 @@ TEST(NumberToChar, HasTheseValues) {
         {"bto_char_a_double_to_varchar", {"1 inf 2"}, "[0] 1 NULL ? status -6102"},
         {"bto_char_av_int_to_varchar_with_fmt", {"1234 -5 NULL", "9,990.00"}, "[0]  1,234.00     -5.00 NULL"},
         {"bto_char_av_int64_to_varchar_with_fmt", {"-9223372036854775808", "S9999999999999999999"}, "[1] -9223372036854775808"},
-        {"bto_char_av_double_to_varchar_with_fmt", {"0.125 -2.5 NULL=inf", "FM990.099"}, "[0] 0.125 -2.50 NULL"},
+        {"bto_char_av_double_to_varchar_with_fmt", {"0.125 -2.5 NULL=inf", "FM990.099"}, "[0] 0.125 -2.5 NULL"},
         {"bto_char_av_double_to_varchar_with_fmt", {"1 -inf 2", "9"}, "[0]  1 NULL ? status -6102"},
         {"bto_char_av_double_to_varchar_with_fmt", {"1 nan", "9"}, "[0]  1 NULL status -6102"},
         {"bto_char_av_double_to_varchar_with_fmt", {"1e200", "9"}, "[0] NULL status -6102"}, // beyond DECIMAL
