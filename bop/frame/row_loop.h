@@ -49,7 +49,7 @@ INLINED inline std::uint32_t rows_that_pass(std::uint32_t first, std::uint32_t c
         return count;
     }
     std::uint32_t passed = 0;
-    while (!all_have_values(first + passed, rows...) || check(rows[first + passed]...) == BIFUN_OK) {
+    while ((!no_nulls && !all_have_values(first + passed, rows...)) || check(rows[first + passed]...) == BIFUN_OK) {
         ++passed;
     }
     failure = check(rows[first + passed]...);
