@@ -2,9 +2,12 @@
  *
  * An entry point evaluates one SQL built-in over a batch: it reads columns (`a` in its name) and constants (`v`) and writes row k of
  * the batch to row k of `result`. It returns 0, or a negative status of bop/frame/status.h after which the rows before the failing
- * one hold their results. A NULL argument makes the row NULL unless the built-in's meaning says otherwise. `result` and the
- * arguments must not overlap. Functions keep no state and may run in several threads, each with its own environment and memory
- * object. Look a function up by name with dlsym, or link the library.
+ * one hold their results; -503 from the copy of a whole column leaves nothing of use. A NULL argument makes the row NULL unless the
+ * built-in's meaning says otherwise. `result` and the arguments must not overlap. Functions keep no state and may run in several threads,
+ * each with its own environment and memory object. Look a function up by name with dlsym, or link the library.
+ *
+ * bceil_a_process_int64 is CEIL of one BIGINT: it stores the value in row `row` of `result` through bdta3_set_int64, leaves the row's
+ * null flag to the caller and returns 0.
  *
  * bifun_dll_var_init stores the three settings; call it once after loading the library and before anything else. It returns 0. */
 #ifndef BIFUN_BIFUN_H

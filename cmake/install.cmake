@@ -17,5 +17,7 @@ set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/bifun)
 install(EXPORT bifunTargets NAMESPACE bifun:: DESTINATION ${package_dir})
 write_basic_package_version_file(${PROJECT_BINARY_DIR}/bifunConfigVersion.cmake COMPATIBILITY SameMajorVersion)
 install(FILES cmake/bifunConfig.cmake ${PROJECT_BINARY_DIR}/bifunConfigVersion.cmake DESTINATION ${package_dir})
+# Relative to the file itself, so that the installed tree can be moved.
+file(RELATIVE_PATH prefix_from_package /prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig /prefix)
 configure_file(cmake/bifun.pc.in ${PROJECT_BINARY_DIR}/bifun.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/bifun.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

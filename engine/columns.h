@@ -13,7 +13,8 @@ extern "C" {
 
 /* Optional. Where an engine defines this symbol and it is non-zero, the five setters below do nothing but store the value in the
  * row's place of the value array, and bdta3_col_copy of a fixed-width column does nothing but copy flags, values and the no-null flag.
- * Then the library does that itself, in the same pass in which it computes. It is read once per call. */
+ * Then the library does that itself, in the same pass in which it computes. A replaced setter or
+ * copy is not called unless this is 0. It must not change during a call. */
 extern int32_t bdta3_setters_are_plain_stores __attribute__((weak));
 
 /* Store a value record, whose flag is 1, in a row. They do not fail for a row of the batch: callers ignore the status. */

@@ -13,8 +13,7 @@ typedef struct mem_heap mem_heap;
 
 /* A place in a heap; opaque. Marks nest: freeing to a mark invalidates the marks taken after it. */
 typedef struct mem_heap_mark {
-    void* block;
-    size_t used;
+    size_t taken;
 } mem_heap_mark;
 
 /* Makes a heap whose first block holds `initial_size` bytes. `context` is passed through and may be null; `file` and `line` name the

@@ -14,7 +14,8 @@ enum { NSTR_RESERVED_LENGTH = 64 };
  * to memory of its own where `owned` is set, else to bytes that belong to somebody else.
  *
  * The assignments below copy: afterwards the bytes belong to the nstr and may be changed. Those named `no_clear` take no notice of
- * what the nstr held before; the others release it first. They return 0 or -503, and then the nstr is empty. */
+ * what the nstr held before; the others release it first. They return 0 or -503, and then the nstr is empty. The source must not lie
+ * in what the target holds. */
 typedef struct nstr {
     uint8_t* data;
     uint32_t length;

@@ -62,9 +62,9 @@ INLINED inline void clear_promise_for_nulls(const batch& batch, const Condition&
 // x is a column: the result begins as its copy, NULLs included, and the rows whose condition does not hold are overwritten.
 template <class T, class Y>
 status overwrite_copy(const batch& batch, const condition_argument& condition, const column_argument<T>& x, const Y& y) {
-    if (bdta3_col_copy(batch.environment, batch.memory, batch.result, x.column, batch.row_count) == BIFUN_OUT_OF_MEMORY) {
-        batch.result->no_nulls = 0;
-        return BIFUN_OUT_OF_MEMORY;
+    const status copied = copy_column(batch, x.column);
+    if (copied != BIFUN_OK) {
+        return copied;
     }
     return with_rows(
         [batch, y](const auto& holds, const auto& y_rows) -> status {

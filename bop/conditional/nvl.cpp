@@ -13,17 +13,17 @@ bool counts_as_null(const bifun_string& value) {
     return global_bifun_var.compatible_mode == empty_strings_are_null && value.length == 0 && value.trailing_blanks == 0;
 }
 
-template <class Y> std::uint32_t joint_no_null_flag(column x, const Y& y) { return x->no_nulls != 0 && has_no_nulls(y); }
-
-// The result begins as a copy of x. An engine that has no memory for the copy has no result to complete.
-template <class Y> status begin_with(const batch& batch, column x, const Y& y) {
-    const status copied = bdta3_col_copy(batch.environment, batch.memory, batch.result, x, batch.row_count);
-    batch.result->no_nulls = copied == BIFUN_OUT_OF_MEMORY ? 0 : joint_no_null_flag(x, y);
-    return copied == BIFUN_OUT_OF_MEMORY ? copied : BIFUN_OK;
+// The result begins as a copy of x.
+template <class X, class Y> status begin_with(const batch& batch, const X& x, const Y& y) {
+    const status copied = copy_column(batch, x.column);
+    if (copied == BIFUN_OK) {
+        batch.result->no_nulls = has_no_nulls(x) && has_no_nulls(y);
+    }
+    return copied;
 }
 
 template <class T, class Y> status replace_nulls_in_copy(const batch& batch, const column_argument<T>& x, const Y& y) {
-    const status begun = begin_with(batch, x.column, y);
+    const status begun = begin_with(batch, x, y);
     if (begun != BIFUN_OK || x.column->no_nulls != 0) {
         return begun;
     }
@@ -72,7 +72,7 @@ template <string_kind kind> status assign(const batch& batch, std::uint32_t row,
 }
 
 template <string_kind kind, class Y> status nvl_string(const batch& batch, const column_argument<bifun_string>& x, const Y& y) {
-    const status begun = begin_with(batch, x.column, y);
+    const status begun = begin_with(batch, x, y);
     if (begun != BIFUN_OK) {
         return begun;
     }

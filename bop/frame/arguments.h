@@ -13,7 +13,7 @@ namespace bifun {
 
 template <class T> struct column_argument { bifun::column column; };
 
-// A NULL constant has the value zero: what its record holds is garbage.
+// A NULL constant has the value zero: what its record holds is garbage, and must not reach a result.
 template <class T> struct constant_argument {
     T value;
     bool present;

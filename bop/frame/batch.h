@@ -47,7 +47,8 @@ struct batch {
 #define INLINED __attribute__((always_inline))
 
 // For the few loops whose best form differs with the instruction set: how their function is compiled, and whether it may be called.
-// Only 512-bit vectors convert between 64-bit integers and doubles. Sanitizer builds take the other way, so that both are tested.
+// Only 512-bit vectors convert between 64-bit integers and doubles. Sanitizer builds take the other way, so that both are tested on a
+// machine that has them.
 #if defined(__x86_64__) && !defined(BIFUN_SANITIZED)
 #define WITH_FMA __attribute__((target("avx2,fma")))
 #define WITH_AVX512 __attribute__((target("avx512f,avx512dq,avx512vl,avx512bw")))

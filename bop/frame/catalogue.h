@@ -29,11 +29,12 @@ constexpr std::size_t most_arguments = 5;
 using entry_invoker = std::int32_t (*)(void* function, bifun_environment* environment, bifun_memory_object* memory,
                                        const void* const* arguments, bifun_column* result, std::uint32_t row_count);
 
+// One exported function. All text lives as long as the program.
 struct entry_point {
-    const char* symbol;
-    std::string_view builtin;
+    const char* symbol;       // what dlsym finds
+    std::string_view builtin; // the SQL name, in upper case
     value_type result;
-    std::array<argument, most_arguments> argument_list;
+    std::array<argument, most_arguments> argument_list; // read arguments(): only the first argument_count count
     std::size_t argument_count;
     entry_invoker invoke;
 
@@ -41,10 +42,10 @@ struct entry_point {
 };
 
 struct builtin {
-    std::string_view name;
-    std::string_view form;
-    std::string_view meaning;
-    std::string_view example;
+    std::string_view name;    // as in entry_point
+    std::string_view form;    // how it is called: MOD(x, y)
+    std::string_view meaning; // one line
+    std::string_view example; // a call that works without a table
 };
 
 namespace detail {

@@ -43,7 +43,10 @@ typedef struct bifun_string {
 
 /* ---- batch columns ----------------------------------------------------------------------------------------------- */
 
-/* Where the rows of a column are. `null_flags[i]` is 1 when row i holds a value and 0 when it is NULL; the value of a NULL row
+/* Arrays of numbers and of strings, and all records but the DECIMAL constant, are aligned as in C; decimals and datetimes have no
+ * alignment.
+ *
+ * Where the rows of a column are. `null_flags[i]` is 1 when row i holds a value and 0 when it is NULL; the value of a NULL row
  * is garbage. `values` holds the rows back to back:
  *     INT, BOOL i32 | BIGINT i64 | DOUBLE binary64 | DECIMAL xdec, 30 bytes | DATETIME zqtime, 12 bytes
  *     CHAR, VARCHAR, BINARY, VARBINARY bifun_string, 16 bytes */

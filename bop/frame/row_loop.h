@@ -93,7 +93,7 @@ INLINED inline std::uint32_t rows_with_good_arguments(std::uint32_t count, bool 
         return count;
     }
     std::uint32_t passed = 0;
-    while (!all_have_values(passed, rows...) || check(rows[passed]...) == BIFUN_OK) {
+    while ((!no_nulls && !all_have_values(passed, rows...)) || check(rows[passed]...) == BIFUN_OK) {
         ++passed;
     }
     failure = check(rows[passed]...);

@@ -29,6 +29,17 @@ inline void set_value(const batch& batch, std::uint32_t row, const xdec& value) 
     (void)bdta3_set_dec(batch.environment, batch.memory, batch.result, row, &record);
 }
 
+// Copies `source`, as seen through its selection vector, into the result. Only -503 counts as a failure: an engine's copy may have no
+// status to return.
+inline status copy_column(const batch& batch, column source) {
+    const status copied = bdta3_col_copy(batch.environment, batch.memory, batch.result, source, batch.row_count);
+    if (copied != BIFUN_OUT_OF_MEMORY) {
+        return BIFUN_OK;
+    }
+    batch.result->no_nulls = 0;
+    return copied;
+}
+
 } // namespace bifun
 
 #endif

@@ -77,8 +77,8 @@ VECTORISED status bceil_a_math_int(BATCH_OF(column x)) { return set_rows<rows::a
 VECTORISED status bfloor_a_math_int(BATCH_OF(column x)) { return set_rows<rows::all, whole_integer>(BATCH, integer(x)); }
 VECTORISED status bceil_a_math_int64(BATCH_OF(column x)) { return set_rows<rows::all, whole_bigint>(BATCH, bigint(x)); }
 
-status bceil_a_process_int64(bifun_environment* environment, bifun_memory_object* memory, std::int64_t value, std::uint32_t row,
-                             bifun_column* result) {
+status bceil_a_process_int64(bifun_environment* environment, bifun_memory_object* memory, std::int64_t value, bifun_column* result,
+                             std::uint32_t row) {
     set_value({environment, memory, result, 1}, row, whole_bigint(value));
     return BIFUN_OK;
 }

@@ -25,7 +25,8 @@ struct column_storage {
 [[nodiscard]] column_storage* create_column(bifun::value_type type, std::uint32_t capacity);
 void destroy_column(column_storage* column);
 
-// Forgets the string bytes and the status, so that the column can take the next batch. Flags and values stay as they are.
+// Forgets the string bytes and the status, so that the column can take the next batch. Flags and values stay as they are,
+// but string values point to bytes that are used again: they must not be read before they are assigned.
 void clear_column(column_storage& column);
 
 struct column_deleter {

@@ -19,7 +19,8 @@ constexpr std::size_t first_block_size = std::size_t{4} << 10;
 
 std::uint8_t* bytes_of(arena_block* block) { return reinterpret_cast<std::uint8_t*>(block + 1); }
 
-// Doubling without end: what arena_clear and arena_free_to keep is the largest block, and after a few rounds a whole round fits in it.
+// Doubling without end: what arena_clear and arena_free_to keep is the largest block while memory lasts, and after a few rounds a whole
+// round fits in it.
 std::size_t next_block_size(const arena_block* newest, std::size_t wanted) {
     return std::max(newest == nullptr ? first_block_size : newest->size * 2, wanted);
 }
@@ -29,8 +30,12 @@ void release_block(arena_block* block) { release(block, sizeof(arena_block) + bl
 } // namespace
 
 std::uint8_t* arena_grow(arena& target, std::size_t size, std::size_t /*alignment: a block begins aligned for any*/) {
-    const std::size_t block_size = next_block_size(target.newest, size);
-    void* const memory = allocate(sizeof(arena_block) + block_size);
+    std::size_t block_size = next_block_size(target.newest, size);
+    void* memory = allocate(sizeof(arena_block) + block_size);
+    if (memory == nullptr) {
+        block_size = std::max(first_block_size, size); // too much was asked for, perhaps
+        memory = allocate(sizeof(arena_block) + block_size);
+    }
     if (memory == nullptr) {
         return nullptr;
     }

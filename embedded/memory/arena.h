@@ -41,7 +41,7 @@ inline arena_mark arena_top(const arena& target) { return {target.newest, target
 // Frees what was taken after the mark. The arena may keep a block for later use.
 void arena_free_to(arena& target, arena_mark mark);
 
-// Forgets everything taken but keeps the newest block, which is the largest, so that a steady load stops allocating.
+// Forgets everything taken but keeps the newest block, mostly the largest, so that a steady load stops allocating.
 void arena_clear(arena& target);
 
 // Releases all memory; the arena is as at the beginning.

@@ -90,9 +90,9 @@ mem_heap* mem_heap_create_low(bifun_environment* /*environment*/, int32_t /*rese
 
 void mem_heap_free(bifun_environment* /*environment*/, mem_heap* heap) { destroy_heap(heap); }
 
-mem_heap_mark mem_heap_get_heap_top(mem_heap* heap) { return {heap, heap->taken}; }
+mem_heap_mark mem_heap_get_heap_top(mem_heap* heap) { return {heap->taken}; }
 
-void mem_heap_free_heap_top(bifun_environment* /*environment*/, mem_heap* heap, mem_heap_mark mark) { unstack(*heap, mark.used); }
+void mem_heap_free_heap_top(bifun_environment* /*environment*/, mem_heap* heap, mem_heap_mark mark) { unstack(*heap, mark.taken); }
 
 bifun_memory_object* rt_memobj_create_ex(bifun_environment* /*environment*/, int32_t /*reserved*/, uint32_t size, const char* /*file*/,
                                          uint32_t /*line*/) {

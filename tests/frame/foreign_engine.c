@@ -157,7 +157,7 @@ int main(int argument_count, char** arguments) {
     const bifun_bigint_constant five = {1, 5};
     expect(FIND(bmod_av_do_math_int64)(&environment, &memory, &bigints, &five, &bigint_result, ROWS) == 0, "MOD succeeds");
     expect(bigint_result_values[0] == -2 && bigint_result_values[2] == 3 && bigint_result_values[3] == -3, "MOD(x, 5)");
-    expect(FIND(bceil_a_process_int64)(&environment, &memory, -4, 1, &bigint_result) == 0 && bigint_result_values[1] == -4, "CEIL(-4)");
+    expect(FIND(bceil_a_process_int64)(&environment, &memory, -4, &bigint_result, 1) == 0 && bigint_result_values[1] == -4, "CEIL(-4)");
     expect(environment.setter_calls == 9, "MOD and the kernel of CEIL go through the setter");
 
     const bifun_double_constant zero = {1, 0.0};

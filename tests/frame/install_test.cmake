@@ -18,7 +18,7 @@ run(${WORK}/build/consumer)
 
 file(GLOB package ${prefix}/lib*/pkgconfig ${prefix}/lib/*/pkgconfig)
 set(ENV{PKG_CONFIG_PATH} ${package})
-run(${PKG_CONFIG} --cflags --libs --define-variable=prefix=${prefix} bifun)
+run(${PKG_CONFIG} --cflags --libs bifun)
 separate_arguments(flags UNIX_COMMAND "${output}")
 file(GLOB library ${prefix}/lib*/libbifun.so ${prefix}/lib/*/libbifun.so)
 cmake_path(GET library PARENT_PATH libraries)

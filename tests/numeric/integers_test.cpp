@@ -102,10 +102,10 @@ TEST(Abs, FailsForTheSmallestBigint) {
 }
 
 TEST(Ceil, OfOneBigintIsStoredInOneRow) {
-    using kernel = std::int32_t (*)(bifun_environment*, bifun_memory_object*, std::int64_t, std::uint32_t, bifun_column*);
+    using kernel = std::int32_t (*)(bifun_environment*, bifun_memory_object*, std::int64_t, bifun_column*, std::uint32_t);
     auto* const ceil = reinterpret_cast<kernel>(contract::library_symbol("bceil_a_process_int64"));
     const zqengine::column_pointer column(zqengine::create_column(bifun::value_type::BIGINT, 3));
-    EXPECT_EQ(ceil(nullptr, nullptr, -9223372036854775807, 1, &column->column), 0);
+    EXPECT_EQ(ceil(nullptr, nullptr, -9223372036854775807, &column->column, 1), 0);
     const std::int64_t* const values = zqengine::values_of<std::int64_t>(*column);
     EXPECT_EQ(values[0], 0);
     EXPECT_EQ(values[1], -9223372036854775807);
