@@ -93,7 +93,16 @@ inline uint128 halves_after_cut(uint128 coefficient, std::uint32_t cut) {
     return multiply_wide(coefficient, by.multiplier).high >> by.shift;
 }
 
-enum class rounding { half_away_from_zero, toward_zero };
+// The last two cut toward zero, and then add one unit to positive values, or take one from negative values, whatever was cut off.
+enum class rounding { half_away_from_zero, toward_zero, then_one_up, then_one_down };
+
+// What a mode adds to a magnitude that has been cut.
+template <rounding mode> inline std::uint32_t unit_added(std::uint8_t mark) {
+    if constexpr (mode == rounding::then_one_up) {
+        return mark == XDEC_POSITIVE ? 1 : 0;
+    }
+    return mode == rounding::then_one_down && mark == XDEC_NEGATIVE ? 1 : 0;
+}
 
 // Loads the coefficient; false where it takes the top bit of the word or more.
 inline bool load_magnitude(const xdec& value, std::uint64_t* magnitude) {
@@ -123,7 +132,7 @@ template <rounding mode, class Word> inline bool set_digits(const xdec& value, s
         return false;
     }
     const Word halves = halves_after_cut(magnitude, cut);
-    const Word rounded = mode == rounding::toward_zero ? halves >> 1 : (halves + 1) >> 1;
+    const Word rounded = mode == rounding::half_away_from_zero ? (halves + 1) >> 1 : (halves >> 1) + unit_added<mode>(value.bytes[0]);
     // One digit more where rounding up makes a power of ten. Of a value without a whole unit, 0 or 1 is left: one digit.
     const auto kept = static_cast<std::uint64_t>(std::max<std::int64_t>(std::int64_t{value.bytes[precision_at]} - cut, 1));
     const bool one_more = mode != rounding::toward_zero && rounded >= static_cast<Word>(powers_of_ten[kept]);
@@ -154,6 +163,16 @@ inline bool round_long(const xdec& value, std::int32_t digits, xdec* result) {
 }
 inline bool truncate_long(const xdec& value, std::int32_t digits, xdec* result) {
     return set_digits<rounding::toward_zero, uint128>(value, digits, result);
+}
+
+// Without digits behind the point: one unit up from a positive value and one down from a negative one, where there is a scale at all.
+inline bool step_up(const xdec& value, xdec* result) {
+    return set_digits<rounding::then_one_up, std::uint64_t>(value, 0, result) ||
+           set_digits<rounding::then_one_up, uint128>(value, 0, result);
+}
+inline bool step_down(const xdec& value, xdec* result) {
+    return set_digits<rounding::then_one_down, std::uint64_t>(value, 0, result) ||
+           set_digits<rounding::then_one_down, uint128>(value, 0, result);
 }
 
 } // namespace bifun::decimal_layout

@@ -8,8 +8,6 @@
 namespace bifun {
 namespace {
 
-bool has_fraction(const xdec& value) { return value.bytes[2] != 0; }
-
 // ---- through the engine's operations ----
 
 struct engine_operations {
@@ -27,6 +25,25 @@ struct engine_operations {
         constexpr std::int32_t no_flag = 0;
         result = value;
         (void)xdec_round(&value, no_flag, digits, &result);
+    }
+
+    // The scale decides, not the digits: 2.00 has a fraction, and its ceiling is 3.
+    static void ceiling(const xdec& value, xdec& result) {
+        truncate(value, result);
+        if (value.bytes[2] != 0 && value.bytes[0] == XDEC_POSITIVE) {
+            xdec one;
+            xdec_fill_one(&one);
+            (void)xdec_add(&result, &one, &result);
+        }
+    }
+
+    static void floor(const xdec& value, xdec& result) {
+        truncate(value, result);
+        if (value.bytes[2] != 0 && value.bytes[0] == XDEC_NEGATIVE) {
+            xdec one;
+            xdec_fill_one(&one);
+            (void)xdec_sub(&result, &one, &result);
+        }
     }
 
     static void magnitude(const xdec& value, xdec& result) {
@@ -52,6 +69,18 @@ struct packed_operations {
         }
     }
 
+    static void ceiling(const xdec& value, xdec& result) {
+        if (!decimal_layout::step_up(value, &result)) {
+            engine_operations::ceiling(value, result);
+        }
+    }
+
+    static void floor(const xdec& value, xdec& result) {
+        if (!decimal_layout::step_down(value, &result)) {
+            engine_operations::floor(value, result);
+        }
+    }
+
     static void magnitude(const xdec& value, xdec& result) {
         result = value;
         result.bytes[0] = value.bytes[0] == XDEC_ZERO ? XDEC_ZERO : XDEC_POSITIVE;
@@ -61,25 +90,6 @@ struct packed_operations {
 // ---- the functions, over either ----
 
 template <class Operations> void round_to_integer(const xdec& value, xdec& result) { Operations::round_to(value, 0, result); }
-
-// The scale decides, not the digits: 2.00 has a fraction, and its ceiling is 3.
-template <class Operations> void ceiling(const xdec& value, xdec& result) {
-    Operations::truncate(value, result);
-    if (has_fraction(value) && value.bytes[0] == XDEC_POSITIVE) {
-        xdec one;
-        xdec_fill_one(&one);
-        (void)xdec_add(&result, &one, &result);
-    }
-}
-
-template <class Operations> void floor_of(const xdec& value, xdec& result) {
-    Operations::truncate(value, result);
-    if (has_fraction(value) && value.bytes[0] == XDEC_NEGATIVE) {
-        xdec one;
-        xdec_fill_one(&one);
-        (void)xdec_sub(&result, &one, &result);
-    }
-}
 
 // Calls `set` with the operations that serve this engine.
 template <class Set> status with_operations(const Set& set) {
@@ -114,10 +124,10 @@ status bround_dec_av_li_math_dbl(BATCH_OF(column x, int_constant digits)) { retu
 status bround_dec_aa_math_dbl(BATCH_OF(column x, column digits)) { return round_rows(BATCH, decimal(x), integer(digits)); }
 
 status bceil_a_math_dec(BATCH_OF(column x)) {
-    return with_operations([&](auto by) { return set_rows<rows::present, ceiling<decltype(by)>>(BATCH, decimal(x)); });
+    return with_operations([&](auto by) { return set_rows<rows::present, decltype(by)::ceiling>(BATCH, decimal(x)); });
 }
 status bfloor_a_math_dec(BATCH_OF(column x)) {
-    return with_operations([&](auto by) { return set_rows<rows::present, floor_of<decltype(by)>>(BATCH, decimal(x)); });
+    return with_operations([&](auto by) { return set_rows<rows::present, decltype(by)::floor>(BATCH, decimal(x)); });
 }
 status babs_a_math_dec(BATCH_OF(column x)) {
     return with_operations([&](auto by) { return set_rows<rows::present, decltype(by)::magnitude>(BATCH, decimal(x)); });

@@ -44,17 +44,29 @@ template <class X, class Y> WITH_FMA status remainders_of_small_quotients(const 
     return set_rows<rows::all, remainder_of_small_quotient>(batch, x, y);
 }
 
+bool has_open_rows(const double* results, std::uint32_t row_count) {
+    std::uint32_t open = 0;
+    for (std::uint32_t k = 0; k < row_count; ++k) {
+        open |= static_cast<std::uint32_t>(std::isnan(results[k]));
+    }
+    return open != 0;
+}
+
 // Most quotients are small. The few rows that were left open get the library's remainder.
 template <class X, class Y> status remainders(const batch& batch, const X& x, const Y& y) {
     if (!setters_are_plain_stores() || !has_fma()) {
         return set_rows<rows::present, remainder>(batch, x, y);
     }
     (void)remainders_of_small_quotients(batch, x, y);
+    double* const results = values<double>(batch);
+    if (!has_open_rows(results, batch.row_count)) {
+        return BIFUN_OK;
+    }
     return with_rows(
-        [&](const auto& x_rows, const auto& y_rows) -> status {
+        [batch, results](const auto& x_rows, const auto& y_rows) -> status {
             for (std::uint32_t k = 0; k < batch.row_count; ++k) {
-                if (null_flags(batch)[k] != 0 && std::isnan(values<double>(batch)[k])) {
-                    set_value(batch, k, remainder(x_rows[k], y_rows[k]));
+                if (null_flags(batch)[k] != 0 && std::isnan(results[k])) {
+                    results[k] = remainder(x_rows[k], y_rows[k]);
                 }
             }
             return BIFUN_OK;

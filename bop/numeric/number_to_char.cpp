@@ -1,9 +1,8 @@
 // TO_CHAR of numbers: as they are, under a number format, or under a format and NLS parameters. The result has the promise of the number
 // column alone; a row that cannot be rendered is NULL.
 
-#include <charconv>
-
 #include "bop/frame/row_loop.h"
+#include "bop/numeric/integer_text.h"
 #include "engine/decimal.h"
 #include "engine/number_check.h"
 #include "engine/number_format.h"
@@ -35,9 +34,17 @@ template <class T, class Render> status render_rows(const batch& batch, const co
 
 // ---- without a format ----
 
-template <class Integer> status render_integer(Integer number, char* buffer, std::uint32_t& length) {
-    length = static_cast<std::uint32_t>(std::to_chars(buffer, buffer + text_size, number).ptr - buffer);
-    return BIFUN_OK;
+template <class Integer> status assign_integers(const batch& batch, const column_argument<Integer>& numbers) {
+    return try_rows<failing_row::null>(
+        batch,
+        [&](std::uint32_t row, Integer number) -> status {
+            char buffer[integer_text_size];
+            const char* const first = write_integer(number, buffer);
+            (void)bdta3_col_assign_str(batch.environment, batch.memory, batch.result, row, reinterpret_cast<const std::uint8_t*>(first),
+                                       static_cast<std::uint32_t>(buffer + integer_text_size - first), 0);
+            return BIFUN_OK;
+        },
+        numbers);
 }
 
 status render_decimal(const xdec& number, char* buffer, std::uint32_t& length) {
@@ -115,8 +122,8 @@ template <class T> status to_char(const batch& batch, const column_argument<T>& 
 
 using namespace bifun;
 
-status bto_char_a_int_to_varchar(BATCH_OF(column x)) { return render_rows(BATCH, integer(x), render_integer<std::int32_t>); }
-status bto_char_a_int64_to_varchar(BATCH_OF(column x)) { return render_rows(BATCH, bigint(x), render_integer<std::int64_t>); }
+status bto_char_a_int_to_varchar(BATCH_OF(column x)) { return assign_integers(BATCH, integer(x)); }
+status bto_char_a_int64_to_varchar(BATCH_OF(column x)) { return assign_integers(BATCH, bigint(x)); }
 status bto_char_a_dec_to_varchar(BATCH_OF(column x)) { return render_rows(BATCH, decimal(x), render_decimal); }
 status bto_char_a_double_to_varchar(BATCH_OF(column x)) { return render_rows(BATCH, floating(x), render_double); }
 
