@@ -24,8 +24,8 @@ rounding_scale scale_of(std::int32_t digits) { return {digits, std::pow(10.0, st
 INLINED inline double whole(double x, double scaled) {
     const double integral = std::trunc(scaled);
     const double fraction = scaled - integral;
-    const double up = (x > 0) & (fraction >= 0.5) ? integral + 1.0 : integral;
-    return (x < 0) & (fraction <= -0.5) ? integral - 1.0 : up;
+    const double up = ((x > 0) & (fraction >= 0.5)) ? integral + 1.0 : integral;
+    return ((x < 0) & (fraction <= -0.5)) ? integral - 1.0 : up;
 }
 
 // Digits right of the point. Where x has no place for them any more it is its own result.
