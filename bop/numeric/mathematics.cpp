@@ -57,8 +57,8 @@ unsigned seed_of(double x) {
 // The process-wide generator is seeded in every row, so equal seeds give equal numbers. It is not locked.
 double random_of(double seed) {
     std::srand(seed_of(seed));
-    return static_cast<double>(std::rand()) /
-           2147483647.0; // NOLINT(cert-msc30-c,cert-msc50-cpp): this generator's sequence is the contract
+    const int drawn = std::rand(); // NOLINT(cert-msc30-c,cert-msc50-cpp): this generator's sequence is the contract
+    return static_cast<double>(drawn) / 2147483647.0;
 }
 
 } // namespace

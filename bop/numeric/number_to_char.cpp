@@ -14,7 +14,7 @@ constexpr std::size_t text_size = 1024;
 constexpr std::uint32_t longest_format = 75;
 constexpr std::uint32_t longest_nls = 128;
 
-// Calls `render(number, buffer, length)` for every number and assigns the text.
+// Calls `render(number, buffer, length)` with a buffer of zeros for every number and assigns the text.
 template <class T, class Render> status render_rows(const batch& batch, const column_argument<T>& numbers, const Render& render) {
     char buffer[text_size] = {};
     return try_rows<failing_row::null>(
@@ -27,6 +27,7 @@ template <class T, class Render> status render_rows(const batch& batch, const co
             }
             (void)bdta3_col_assign_str(batch.environment, batch.memory, batch.result, row, reinterpret_cast<const std::uint8_t*>(buffer),
                                        length, 0);
+            std::memset(buffer, 0, length); // an engine may count on zeros behind its text
             return BIFUN_OK;
         },
         numbers);
