@@ -134,74 +134,93 @@ INLINED inline void write_null_flags(std::uint8_t* __restrict flags, std::uint32
     }
 }
 
-// The results of a block, whose flags are written. The value of a NULL row is zero or as it was.
-template <rows evaluated, auto kernel, class Result, class... Rows>
+// The results of a block, whose flags are written. The value of a NULL row becomes zero.
+template <auto kernel, class Result, class... Rows>
 INLINED inline void compute_block(Result* __restrict results, const std::uint8_t* flags, std::uint32_t count, bool no_nulls,
                                   const Rows&... rows) {
     if (no_nulls) {
         for (std::uint32_t k = 0; k < count; ++k) {
             evaluate<kernel>(results[k], rows[k]...);
         }
-    } else if constexpr (evaluated == rows::all) {
-        for (std::uint32_t k = 0; k < count; ++k) {
-            Result value;
-            evaluate<kernel>(value, rows[k]...);
-            results[k] = flags[k] != 0 ? value : Result{};
-        }
-    } else {
-        for (std::uint32_t k = 0; k < count; ++k) {
-            if (flags[k] != 0) {
-                evaluate<kernel>(results[k], rows[k]...);
-            }
-        }
+        return;
+    }
+    for (std::uint32_t k = 0; k < count; ++k) {
+        Result value;
+        evaluate<kernel>(value, rows[k]...);
+        results[k] = flags[k] != 0 ? value : Result{};
     }
 }
 
 // Evaluates a block, whose `rows` begin at row `first` of the batch, and returns how many passed; `failure` gets the status of the next
-// one.
-template <rows evaluated, auto kernel, class Checks, bool through_setters, class Result, class... Rows>
-INLINED inline std::uint32_t evaluate_block(const batch& batch, std::uint32_t first, std::uint32_t count, bool no_nulls, status& failure,
-                                            const Rows&... rows) {
+// one. In passes over the block, for kernels that vectorise.
+template <auto kernel, class Checks, class Result, class... Rows>
+INLINED inline std::uint32_t evaluate_in_passes(const batch& batch, std::uint32_t first, std::uint32_t count, bool no_nulls,
+                                                status& failure, const Rows&... rows) {
     std::uint8_t* const flags = null_flags(batch) + first;
+    Result* const results = values<Result>(batch) + first;
     std::uint32_t passed = count;
     if constexpr (Checks::asks_arguments) {
         passed = rows_with_good_arguments<Checks::arguments>(count, no_nulls, failure, rows...);
     }
-    if constexpr (Checks::asks_result) {
-        // Results wait here until they are known to be good: a row behind the failing one must not be written.
-        Result results[rows_per_block];
-        std::uint8_t result_flags[rows_per_block];
-        write_null_flags(result_flags, passed, no_nulls, rows...);
-        if (evaluated == rows::present && !no_nulls) {
-            std::fill_n(results, passed, Result{});
-        }
-        compute_block<evaluated, kernel>(results, result_flags, passed, no_nulls, rows...);
-        passed = rows_with_good_results<Checks::result>(results, result_flags, passed, failure);
-        std::memcpy(flags, result_flags, passed);
-        if constexpr (through_setters) {
-            for (std::uint32_t k = 0; k < passed; ++k) {
-                if (flags[k] != 0) {
-                    set_value(batch, first + k, results[k]);
-                }
-            }
-        } else {
-            std::memcpy(values<Result>(batch) + first, results, passed * sizeof(Result));
-        }
-    } else {
+    if constexpr (!Checks::asks_result) {
         write_null_flags(flags, passed, no_nulls, rows...);
-        if constexpr (through_setters) {
-            for (std::uint32_t k = 0; k < passed; ++k) {
-                if (flags[k] != 0) {
-                    Result value;
-                    evaluate<kernel>(value, rows[k]...);
-                    set_value(batch, first + k, value);
-                }
-            }
-        } else {
-            compute_block<evaluated, kernel>(values<Result>(batch) + first, flags, passed, no_nulls, rows...);
-        }
+        compute_block<kernel>(results, flags, passed, no_nulls, rows...);
+    } else {
+        // Results wait here until they are known to be good: a row behind the failing one must not be written.
+        Result waiting[rows_per_block];
+        std::uint8_t waiting_flags[rows_per_block];
+        write_null_flags(waiting_flags, passed, no_nulls, rows...);
+        compute_block<kernel>(waiting, waiting_flags, passed, no_nulls, rows...);
+        passed = rows_with_good_results<Checks::result>(waiting, waiting_flags, passed, failure);
+        std::memcpy(flags, waiting_flags, passed);
+        std::memcpy(results, waiting, passed * sizeof(Result));
     }
     return passed;
+}
+
+// The same row by row, for kernels and setters that take a call: its time hides that of the checks.
+template <auto kernel, class Checks, bool through_setters, class Result, class... Rows>
+INLINED inline std::uint32_t evaluate_one_by_one(const batch& batch, std::uint32_t first, std::uint32_t count, bool no_nulls,
+                                                 status& failure, const Rows&... rows) {
+    std::uint8_t* const flags = null_flags(batch) + first;
+    Result* const results = values<Result>(batch) + first;
+    for (std::uint32_t k = 0; k < count; ++k) {
+        const bool present = no_nulls || all_have_values(k, rows...);
+        if (present) {
+            if constexpr (Checks::asks_arguments) {
+                failure = Checks::arguments(rows[k]...);
+                if (failure < BIFUN_OK) {
+                    return k;
+                }
+            }
+            if constexpr (through_setters || Checks::asks_result) {
+                Result value;
+                evaluate<kernel>(value, rows[k]...);
+                if constexpr (Checks::asks_result) {
+                    failure = std::isfinite(value) ? BIFUN_OK : Checks::result(value);
+                    if (failure < BIFUN_OK) {
+                        return k;
+                    }
+                }
+                write_value<through_setters>(batch, first + k, value);
+            } else {
+                evaluate<kernel>(results[k], rows[k]...);
+            }
+        }
+        flags[k] = static_cast<std::uint8_t>(present);
+    }
+    failure = BIFUN_OK;
+    return count;
+}
+
+template <rows evaluated, auto kernel, class Checks, bool through_setters, class Result, class... Rows>
+INLINED inline std::uint32_t evaluate_block(const batch& batch, std::uint32_t first, std::uint32_t count, bool no_nulls, status& failure,
+                                            const Rows&... rows) {
+    if constexpr (evaluated == rows::all && !through_setters) {
+        return evaluate_in_passes<kernel, Checks, Result>(batch, first, count, no_nulls, failure, rows...);
+    } else {
+        return evaluate_one_by_one<kernel, Checks, through_setters, Result>(batch, first, count, no_nulls, failure, rows...);
+    }
 }
 
 template <rows evaluated, auto kernel, class Checks, bool through_setters, class... Arguments>
