@@ -110,7 +110,7 @@ status truncate_digits(const bifun_string& text, std::int32_t scale, double& res
     if (read != BIFUN_OK) {
         return read;
     }
-    std::uint32_t length = digits.length;
+    std::uint32_t length;
     if (scale >= 1) {
         const std::int64_t end = static_cast<std::int64_t>(digits.point) + 1 + scale;
         length = static_cast<std::uint32_t>(std::min<std::int64_t>(end, digits.length));
