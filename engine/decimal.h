@@ -22,7 +22,8 @@ void xdec_fill_one(xdec* value);
 /* Less than, equal to or greater than 0 as `a` is less than, equal to or greater than `b` by numeric value: 1.0 equals 1.00. */
 int32_t xdec_cmp(const xdec* a, const xdec* b);
 
-/* An integer as a DECIMAL of scale 0. `precision` is always 255: no limit. Returns 0. */
+/* An integer as a DECIMAL of scale 0. `precision` is always XDEC_ANY_PRECISION. Returns 0. */
+enum { XDEC_ANY_PRECISION = 255 };
 int32_t xdec_from_int64(xdec* result, int64_t value, int32_t precision);
 
 /* The shortest decimal that reads back as the same double. Returns 0; -6102 where it is NaN, infinite or beyond the largest

@@ -11,7 +11,8 @@ extern "C" {
 /* -6102 for an infinity, else 0: NaN is no overflow. */
 int32_t ntype_is_double_overflow(double value);
 
-/* Reads digits with at most one point, which may come first or last, as the nearest double. Returns 0; -6803 where there is no digit
+/* Reads digits with at most one point, which may come first or last, as the nearest double. A NUL
+ * stands behind the text. Returns 0; -6803 where there is no digit
  * or anything else, or where the number is beyond the largest double, and then the result is untouched. */
 int32_t utl_digit_from_char(const uint8_t* text, uint32_t length, double* result);
 

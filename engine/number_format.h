@@ -17,8 +17,9 @@ enum {
     ZQ_INVALID_NLS_PARAMETERS = -6131 /* the text is no list of NLS parameters or longer than 128 bytes */
 };
 
-/* Writes the value under the format and a closing NUL. `buffer` has at least 1024 bytes; what lies behind the NUL is garbage. The
- * value is rounded half away from zero to the digits of the format; one that does not fit gives a row of # as wide as the format.
+/* Writes the value under the format and a closing NUL. `buffer` has at least 1024 bytes; it is zero when the library calls, but for what
+ * earlier calls left behind their NUL. The value is rounded half away from zero to the digits of the format; one that does not fit gives a
+ * row of # as wide as the format.
  *
  * The environment keeps the format, so that rows with the same text do not parse it again; a null environment keeps nothing.
  * Returns 0; ZQ_INVALID_NUMBER_FORMAT, and then the buffer is untouched. */

@@ -5,8 +5,8 @@
 //     try_rows<on_failure>(batch, attempt, arguments...)           `attempt` writes its result itself and may fail
 //
 // A kernel is a plain function from values to a value, or one that takes the place of its result as last argument, for results that are
-// longer than a register; `checks` says which rows fail, and is left out where none does. An attempt is
-// called for one row after the other, so it is for work that takes longer than a call.
+// longer than a register. `checks` says which rows fail, and is left out where none does. An attempt is called for one row after the
+// other, so it is for work that takes longer than a call.
 #ifndef BIFUN_FRAME_ROW_LOOP_H
 #define BIFUN_FRAME_ROW_LOOP_H
 
@@ -28,9 +28,9 @@ enum class rows : std::uint8_t { all, present };
 // What the failing row holds when a batch stops. The rows after it are never written.
 enum class failing_row : std::uint8_t { unwritten, zero, null };
 
-// Which rows fail. `arguments` is a plain function from the kernel's arguments to a status, asked before the kernel is; `result` is one
-// from its result to a status, asked where the result is not finite. nullptr: not asked. The batch stops at the first row for which one
-// of them is negative.
+// Which rows fail. `arguments` is a plain function from the kernel's arguments to a status, asked before the kernel is, and defined for any
+// bits like a kernel for all rows; `result` is one from its result to a status, asked where the result is not finite. nullptr: not asked.
+// The batch stops at the first row for which one of them is negative.
 template <auto arguments_check, auto result_check, failing_row failing_row_holds> struct row_checks {
     static constexpr auto arguments = arguments_check;
     static constexpr auto result = result_check;

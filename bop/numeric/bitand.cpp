@@ -12,7 +12,7 @@ namespace {
 using nibble_array = std::array<std::uint8_t, 32>;
 
 constexpr std::uint32_t nibble_count = 32;
-constexpr std::int32_t any_precision = 255;
+constexpr std::uint32_t group = 8; // nibbles that make a 32-bit number
 constexpr int most_integer_digits = 38;
 
 bool is_negative(std::uint8_t sign) { return sign == XDEC_NEGATIVE; }
@@ -66,15 +66,15 @@ void bbitand_byte_complement(nibble_array& nibbles, std::uint32_t count) {
     }
 }
 
-// The nibbles `first` to `last`, which are eight, as a number.
+// The nibbles `first` to `last`, a group, as a number.
 void bbitand_xdec_from_hex(xdec& result, const nibble_array& nibbles, std::uint32_t first, std::uint32_t last) {
     xdec_fill_zero(&result);
     std::int64_t weight = 1;
     for (std::uint32_t i = first; i <= last; ++i) {
         xdec nibble;
         xdec power;
-        (void)xdec_from_int64(&nibble, nibbles[i], any_precision);
-        (void)xdec_from_int64(&power, weight, any_precision);
+        (void)xdec_from_int64(&nibble, nibbles[i], XDEC_ANY_PRECISION);
+        (void)xdec_from_int64(&power, weight, XDEC_ANY_PRECISION);
         (void)xdec_mul(&nibble, &power, &nibble);
         (void)xdec_add(&result, &nibble, &result);
         weight *= 16;
@@ -106,7 +106,6 @@ void bbitanddec_process_low(const nibble_array& a, const nibble_array& b, std::u
     if (both_negative) {
         subtract_one_and_complement(nibbles);
     }
-    constexpr std::uint32_t group = 8;
     xdec two_to_32;
     xdec weight;
     (void)xdec_from_ulint64(&two_to_32, std::uint64_t{1} << 32);

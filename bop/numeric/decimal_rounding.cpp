@@ -1,5 +1,5 @@
-// ROUND, TRUNC, CEIL, FLOOR and ABS of DECIMAL. The statuses of the engine's operations are ignored; where one fails, the row holds the
-// argument.
+// ROUND, TRUNC, CEIL, FLOOR and ABS of DECIMAL. The statuses of the engine's operations are ignored; where one fails, the row holds
+// what the last successful one left.
 
 #include "bop/frame/row_loop.h"
 #include "bop/numeric/packed_decimals.h"
@@ -16,9 +16,11 @@ struct engine_operations {
         (void)xdec_trunc_scale(&result);
     }
 
+    // On a copy: an engine may work in the place of its operand.
     static void truncate_to(const xdec& value, std::int32_t digits, xdec& result) {
+        xdec copy = value;
         result = value;
-        (void)xdec_trunc_scale_with_pos(&value, digits, &result);
+        (void)xdec_trunc_scale_with_pos(&copy, digits, &result);
     }
 
     static void round_to(const xdec& value, std::int32_t digits, xdec& result) {
@@ -27,24 +29,22 @@ struct engine_operations {
         (void)xdec_round(&value, no_flag, digits, &result);
     }
 
-    // The scale decides, not the digits: 2.00 has a fraction, and its ceiling is 3.
-    static void ceiling(const xdec& value, xdec& result) {
-        truncate(value, result);
-        if (value.bytes[2] != 0 && value.bytes[0] == XDEC_POSITIVE) {
+    // The scale decides, not the digits: 2.00 has a fraction, and its ceiling is 3. Values with the mark move one unit away from zero.
+    template <std::uint8_t moving_mark, auto move> static void step(const xdec& value, xdec& result) {
+        result = value;
+        if (value.bytes[2] == 0) {
+            return;
+        }
+        (void)xdec_trunc_scale(&result);
+        if (value.bytes[0] == moving_mark) {
             xdec one;
             xdec_fill_one(&one);
-            (void)xdec_add(&result, &one, &result);
+            (void)move(&result, &one, &result);
         }
     }
 
-    static void floor(const xdec& value, xdec& result) {
-        truncate(value, result);
-        if (value.bytes[2] != 0 && value.bytes[0] == XDEC_NEGATIVE) {
-            xdec one;
-            xdec_fill_one(&one);
-            (void)xdec_sub(&result, &one, &result);
-        }
-    }
+    static void ceiling(const xdec& value, xdec& result) { step<XDEC_POSITIVE, xdec_add>(value, result); }
+    static void floor(const xdec& value, xdec& result) { step<XDEC_NEGATIVE, xdec_sub>(value, result); }
 
     static void magnitude(const xdec& value, xdec& result) {
         result = value;

@@ -1,4 +1,4 @@
-// Arithmetic on DOUBLE that needs no mathematics library: ABS, SIGN, CEIL, FLOOR, MOD, DEGREES, RADIANS.
+// Arithmetic on DOUBLE in loops that vectorise: ABS, SIGN, CEIL, FLOOR, MOD, DEGREES, RADIANS.
 
 #include <bit>
 
@@ -16,8 +16,9 @@ double magnitude(double x) {
 
 std::int32_t sign(double x) { return static_cast<std::int32_t>(x > 0) - static_cast<std::int32_t>(0 > x); }
 
-double ceiling(double x) { return std::ceil(x); }
-double floor_of(double x) { return std::floor(x); }
+// The sum quiets a signalling NaN, which not every instruction set's rounding does.
+double ceiling(double x) { return std::isnan(x) ? x + x : std::ceil(x); }
+double floor_of(double x) { return std::isnan(x) ? x + x : std::floor(x); }
 
 // Pi to fifteen digits, as engines have it; not the double nearest to pi.
 constexpr double pi = 3.14159265358979;
@@ -27,9 +28,9 @@ double radians(double x) { return (x * pi) / 180.0; }
 
 double remainder(double x, double y) { return y == 0 ? x : std::fmod(x, y); }
 
-// The same where the quotient is below 2^52 and y is finite, and NaN elsewhere. The rounded quotient is never below the true one, so its
-// integral part q is right or one too large in magnitude; x - q y is exact in both cases, being a multiple of the smaller unit of x and y
-// and not above |y|.
+// The same where the quotient is below 2^52 and y is finite, and NaN elsewhere. Rounding is monotonic and integers below 2^52 are doubles,
+// so the integral part q of the rounded quotient is right or one too large in magnitude; x - q y is exact in both cases, being a multiple
+// of the smaller unit of x and y and not above |y|.
 INLINED inline double remainder_of_small_quotient(double x, double y) {
     const double quotient = x / y;
     const double rest = std::fma(-std::trunc(quotient), y, x);
@@ -54,6 +55,9 @@ bool has_open_rows(const double* results, std::uint32_t row_count) {
 
 // Most quotients are small. The few rows that were left open get the library's remainder.
 template <class X, class Y> status remainders(const batch& batch, const X& x, const Y& y) {
+    if (is_null_constant(x) || is_null_constant(y)) {
+        return null_rows(batch);
+    }
     if (!setters_are_plain_stores() || !has_fma()) {
         return set_rows<rows::present, remainder>(batch, x, y);
     }

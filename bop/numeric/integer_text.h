@@ -34,6 +34,7 @@ inline const char* write_integer(std::int64_t number, char* buffer) {
         const std::uint64_t characters = eight_digits(static_cast<std::uint32_t>(group));
         first -= sizeof characters;
         std::memcpy(first, &characters, sizeof characters);
+        return characters;
     };
     if (magnitude >= sixteen) {
         write_group(magnitude % eight);
@@ -43,9 +44,7 @@ inline const char* write_integer(std::int64_t number, char* buffer) {
         write_group(magnitude % eight);
         leading = magnitude / eight;
     }
-    const std::uint64_t characters = eight_digits(static_cast<std::uint32_t>(leading));
-    first -= sizeof characters;
-    std::memcpy(first, &characters, sizeof characters);
+    const std::uint64_t characters = write_group(leading);
     // Leading zeros go, but the last digit stays.
     const std::uint64_t digits = (characters ^ 0x3030303030303030) | std::uint64_t{1} << 56;
     first += std::countr_zero(digits) / 8;

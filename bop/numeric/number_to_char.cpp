@@ -14,20 +14,20 @@ constexpr std::size_t text_size = 1024;
 constexpr std::uint32_t longest_format = 75;
 constexpr std::uint32_t longest_nls = 128;
 
-// Calls `render(number, buffer, length)` with a buffer of zeros for every number and assigns the text.
+// Calls `render(number, buffer)` with a buffer of zeros for every number and assigns the text up to its NUL.
 template <class T, class Render> status render_rows(const batch& batch, const column_argument<T>& numbers, const Render& render) {
     char buffer[text_size] = {};
     return try_rows<failing_row::null>(
         batch,
         [&](std::uint32_t row, const T& number) -> status {
-            std::uint32_t length = 0;
-            const status rendered = render(number, buffer, length);
+            const status rendered = render(number, buffer);
             if (rendered < BIFUN_OK) {
                 return rendered;
             }
+            const auto length = static_cast<std::uint32_t>(strnlen(buffer, text_size));
             (void)bdta3_col_assign_str(batch.environment, batch.memory, batch.result, row, reinterpret_cast<const std::uint8_t*>(buffer),
                                        length, 0);
-            std::memset(buffer, 0, length); // an engine may count on zeros behind its text
+            std::memset(buffer, 0, length); // clearing it whole would take as long as rendering
             return BIFUN_OK;
         },
         numbers);
@@ -48,13 +48,15 @@ template <class Integer> status assign_integers(const batch& batch, const column
         numbers);
 }
 
-status render_decimal(const xdec& number, char* buffer, std::uint32_t& length) {
+status render_decimal(const xdec& number, char* buffer) {
     constexpr std::uint32_t room = 500;
+    std::uint32_t length = 0;
     return xdec_to_char_with_zero(&number, buffer, room, 0, 0, &length);
 }
 
-status render_double(double number, char* buffer, std::uint32_t& length) {
+status render_double(double number, char* buffer) {
     const status overflow = ntype_is_double_overflow(number);
+    std::uint32_t length = 0;
     return overflow < BIFUN_OK ? overflow : zq_dou2char(number, buffer, text_size, &length);
 }
 
@@ -65,10 +67,7 @@ status decimal_of(const xdec& number, xdec& result) {
     return BIFUN_OK;
 }
 
-status decimal_of(std::int64_t number, xdec& result) {
-    constexpr std::int32_t any_precision = 255;
-    return xdec_from_int64(&result, number, any_precision);
-}
+status decimal_of(std::int64_t number, xdec& result) { return xdec_from_int64(&result, number, XDEC_ANY_PRECISION); }
 
 status decimal_of(std::int32_t number, xdec& result) { return decimal_of(std::int64_t{number}, result); }
 
@@ -81,15 +80,13 @@ status decimal_of(double number, xdec& result) {
 bool has_no_format(const bifun_string_constant& format) { return format.length < 1 || format.length > longest_format; }
 
 template <class T, class Write> status format_rows(const batch& batch, const column_argument<T>& numbers, const Write& write) {
-    return render_rows(batch, numbers, [&](const T& number, char* buffer, std::uint32_t& length) -> status {
+    return render_rows(batch, numbers, [&](const T& number, char* buffer) -> status {
         xdec decimal;
         const status converted = decimal_of(number, decimal);
         if (converted < BIFUN_OK) {
             return converted;
         }
-        const status written = write(decimal, buffer);
-        length = static_cast<std::uint32_t>(strnlen(buffer, text_size));
-        return written;
+        return write(decimal, buffer);
     });
 }
 

@@ -48,10 +48,10 @@ double round_away(double x, const rounding_scale&) { return x == 0 ? x : 0.0; }
 double round_not_at_all(double x, const rounding_scale&) { return x; }
 
 double round_by(double x, std::int32_t digits) {
-    const rounding_scale scale = scale_of(digits);
     if (digits > most_digits) {
-        return round_not_at_all(x, scale);
+        return x;
     }
+    const rounding_scale scale = scale_of(digits);
     if (digits > 0) {
         return round_right(x, scale);
     }
@@ -83,14 +83,16 @@ std::int32_t whole_integer(std::int32_t x) { return x; }
 // ---- digit strings ----
 
 // Digits with at most one point, of which only the beginning counts.
+constexpr std::uint32_t most_digit_bytes = 319;
+
 struct digit_text {
-    std::array<std::uint8_t, 319> bytes;
+    std::array<std::uint8_t, most_digit_bytes + 1> bytes; // and a closing NUL
     std::uint32_t length;
     std::uint32_t point; // where the point is, or the length
 };
 
 status read_digits(const bifun_string& text, digit_text& digits) {
-    digits.length = std::min<std::uint32_t>(text.length, static_cast<std::uint32_t>(digits.bytes.size()));
+    digits.length = std::min(text.length, most_digit_bytes);
     digits.point = digits.length;
     for (std::uint32_t i = 0; i < digits.length; ++i) {
         const std::uint8_t byte = text.data[i];
@@ -123,6 +125,7 @@ status truncate_digits(const bifun_string& text, std::int32_t scale, double& res
         std::fill(digits.bytes.begin() + cut, digits.bytes.begin() + digits.point, std::uint8_t{'0'});
         length = digits.point;
     }
+    digits.bytes[length] = 0;
     return utl_digit_from_char(digits.bytes.data(), length, &result) < 0 ? BIFUN_ARGUMENT_OUT_OF_DOMAIN : BIFUN_OK;
 }
 
