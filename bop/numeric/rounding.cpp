@@ -42,6 +42,12 @@ INLINED inline double round_left(double x, const rounding_scale& scale) {
     return x == 0 ? x : rounded;
 }
 
+// The same with a factor of 1, which leaves x as it is.
+INLINED inline double round_to_integer(double x, const rounding_scale&) {
+    const double rounded = whole(x, x);
+    return x == 0 ? x : rounded;
+}
+
 // So many digits left of the point that nothing remains.
 double round_away(double x, const rounding_scale&) { return x == 0 ? x : 0.0; }
 
@@ -68,6 +74,9 @@ template <class X> INLINED inline status round_by_constant(const batch& batch, c
     }
     if (scale.digits > 0) {
         return set_rows<rows::all, round_right, round_checks>(batch, x, argument);
+    }
+    if (scale.digits == 0) {
+        return set_rows<rows::all, round_to_integer, round_checks>(batch, x, argument);
     }
     return std::isinf(scale.factor) ? set_rows<rows::all, round_away, round_checks>(batch, x, argument)
                                     : set_rows<rows::all, round_left, round_checks>(batch, x, argument);
