@@ -8,6 +8,8 @@
 #include <stdexcept>
 #include <unistd.h>
 
+#include "bench/peers/loaded_function.h"
+
 namespace bifun::peers {
 namespace {
 
@@ -33,14 +35,6 @@ struct clickhouse_session {
 };
 
 namespace {
-
-template <class Function> void find(void* library, const char* name, Function& function) {
-    void* const symbol = dlsym(library, name);
-    if (symbol == nullptr) {
-        throw std::runtime_error(dlerror());
-    }
-    function = reinterpret_cast<Function>(symbol);
-}
 
 chdb_functions find_functions(void* library) {
     chdb_functions api{};

@@ -6,6 +6,8 @@
 #include <stdexcept>
 #include <vector>
 
+#include "bench/peers/loaded_function.h"
+
 namespace bifun::peers {
 namespace {
 
@@ -60,14 +62,6 @@ struct duckdb_session {
 };
 
 namespace {
-
-template <class Function> void find(void* library, const char* name, Function& function) {
-    void* const symbol = dlsym(library, name);
-    if (symbol == nullptr) {
-        throw std::runtime_error(dlerror());
-    }
-    function = reinterpret_cast<Function>(symbol);
-}
 
 duckdb_functions find_functions(void* library) {
     duckdb_functions api{};

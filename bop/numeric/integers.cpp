@@ -1,4 +1,4 @@
-// ABS, CEIL, FLOOR and MOD of integers.
+// ABS, CEIL, FLOOR, TRUNC and MOD of integers.
 
 #include <limits>
 
@@ -15,7 +15,7 @@ std::int64_t magnitude(std::int64_t x) {
     return static_cast<std::int64_t>((static_cast<std::uint64_t>(x) ^ sign) - sign);
 }
 
-// An integer is its own ceiling and floor.
+// An integer is its own ceiling, floor and truncation.
 std::int32_t whole_integer(std::int32_t x) { return x; }
 std::int64_t whole_bigint(std::int64_t x) { return x; }
 
@@ -75,6 +75,7 @@ VECTORISED status babs_a_math_int(BATCH_OF(column x)) {
 
 VECTORISED status bceil_a_math_int(BATCH_OF(column x)) { return set_rows<rows::all, whole_integer>(BATCH, integer(x)); }
 VECTORISED status bfloor_a_math_int(BATCH_OF(column x)) { return set_rows<rows::all, whole_integer>(BATCH, integer(x)); }
+VECTORISED status btrunc_int_def_a_math_int(BATCH_OF(column x)) { return set_rows<rows::all, whole_integer>(BATCH, integer(x)); }
 VECTORISED status bceil_a_math_int64(BATCH_OF(column x)) { return set_rows<rows::all, whole_bigint>(BATCH, bigint(x)); }
 
 status bceil_a_process_int64(bifun_environment* environment, bifun_memory_object* memory, std::int64_t value, bifun_column* result,

@@ -76,7 +76,7 @@ status decimal_of(double number, xdec& result) {
     return overflow < BIFUN_OK ? overflow : xdec_from_double(&result, number);
 }
 
-// Whether the format makes every row NULL. Only its length is asked: the record of a NULL constant has length 0 here.
+// Whether the format makes every row NULL. Its length decides, whatever its null flag says.
 bool has_no_format(const bifun_string_constant& format) { return format.length < 1 || format.length > longest_format; }
 
 template <class T, class Write> status format_rows(const batch& batch, const column_argument<T>& numbers, const Write& write) {

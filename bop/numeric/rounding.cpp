@@ -1,4 +1,4 @@
-// ROUND and TRUNC of DOUBLE and of INT, and TRUNC of digit strings.
+// ROUND and TRUNC of DOUBLE, and TRUNC of digit strings.
 
 #include <array>
 
@@ -87,8 +87,6 @@ double truncate(double x) {
     return std::floor(x * sign) * sign;
 }
 
-std::int32_t whole_integer(std::int32_t x) { return x; }
-
 // ---- digit strings ----
 
 // Digits with at most one point, of which only the beginning counts.
@@ -153,7 +151,6 @@ template <class Text, class Scale> status truncate_texts(const batch& batch, con
 
 using namespace bifun;
 
-VECTORISED status btrunc_int_def_a_math_int(BATCH_OF(column x)) { return set_rows<rows::all, whole_integer>(BATCH, integer(x)); }
 VECTORISED status btrunc_def_a_math_dbl(BATCH_OF(column x)) { return store_rows<rows::all, truncate>(BATCH, floating(x)); }
 
 status bround_va_do_math_dbl(BATCH_OF(double_constant x, column digits)) {

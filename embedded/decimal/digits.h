@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <cstring>
 
+#include "bop/frame/eight_digits.h"
 #include "embedded/decimal/decimal_parts.h"
 
 namespace zqengine {
@@ -32,13 +33,7 @@ inline std::uint32_t number_of_digits(std::uint64_t characters, std::uint32_t co
 
 // Writes eight digits; `number` is below 10^8.
 inline void write_8_digits(char* destination, std::uint32_t number) {
-    // Two numbers of four digits, four of two, eight of one; each division is a multiplication that is exact for its range.
-    const std::uint64_t fours = number / 10000 | std::uint64_t{number % 10000} << 32;
-    const std::uint64_t hundreds = (fours * 10486 >> 20) & 0x0000007F0000007F;
-    const std::uint64_t twos = hundreds | (fours - hundreds * 100) << 16;
-    const std::uint64_t tens = (twos * 103 >> 10) & 0x000F000F000F000F;
-    const std::uint64_t ones = tens | (twos - tens * 10) << 8;
-    const std::uint64_t characters = ones | eight_zero_characters;
+    const std::uint64_t characters = bifun::eight_digits(number);
     std::memcpy(destination, &characters, sizeof characters);
 }
 
