@@ -13,12 +13,55 @@
 extern "C" {
 #endif
 
+/* Optional. ZQTIME_LAYOUT_PACKED where an engine's datetimes are laid out as engine/datetime_layout.h describes and its calendar is that of
+ * engine/calendar.h: then the library takes them apart and counts days in its own loops instead of calling an operation for every row. A
+ * replaced operation is not called unless this is 0. It must not change during a call. */
+enum { ZQTIME_LAYOUT_PRIVATE = 0, ZQTIME_LAYOUT_PACKED = 1 };
+extern int32_t zqtime_layout __attribute__((weak));
+
 enum { ZQTIME_NO_ZONE = 1000 };
+
+/* What a datetime is made of, for the operations that are told by a code which part is meant. */
+enum zqtime_field {
+    ZQTIME_YEAR = 1,
+    ZQTIME_MONTH = 2,
+    ZQTIME_DAY = 3,
+    ZQTIME_HOUR = 4,
+    ZQTIME_MINUTE = 5,
+    ZQTIME_SECOND = 6,
+    ZQTIME_SUBSECOND = 7, /* milliseconds; the fraction field of an interval */
+    ZQTIME_QUARTER = 8,
+    ZQTIME_DAY_OF_YEAR = 9,
+    ZQTIME_WEEK = 10,
+    ZQTIME_WEEKDAY = 11,
+    ZQTIME_ZONE_HOUR = 12,
+    ZQTIME_ZONE_MINUTE = 13
+};
 
 /* Returns 0; -6803 where a component is outside its range or the date does not exist, and then the result is untouched.
  * Month 1-12, day 1-31, hour 0-23, minute and second 0-59, microsecond 0-999999, zone -840..840 or ZQTIME_NO_ZONE. */
 int32_t zqtime_encode(zqtime* result, int32_t year, uint32_t month, uint32_t day, uint32_t hour, uint32_t minute, uint32_t second,
                       uint32_t microsecond, int32_t zone);
+
+/* One component. The year is a signed number in the bits of an unsigned one; zqtime_get_msec is the fraction in microseconds, 0-999999. */
+uint32_t zqtime_get_year(const zqtime* value);
+uint32_t zqtime_get_month(const zqtime* value);
+uint32_t zqtime_get_day(const zqtime* value);
+uint32_t zqtime_get_hour(const zqtime* value);
+uint32_t zqtime_get_min(const zqtime* value);
+uint32_t zqtime_get_sec(const zqtime* value);
+uint32_t zqtime_get_msec(const zqtime* value);
+
+/* Sets one component. Returns 0; -6803 where it is outside its range, or the date that results does not exist, and then the value is as it
+ * was. zqtime_set_msec takes microseconds. */
+int32_t zqtime_set_year(zqtime* value, int32_t year);
+int32_t zqtime_set_month(zqtime* value, uint32_t month);
+int32_t zqtime_set_day(zqtime* value, uint32_t day);
+int32_t zqtime_set_hour(zqtime* value, uint32_t hour);
+int32_t zqtime_set_min(zqtime* value, uint32_t minute);
+int32_t zqtime_set_sec(zqtime* value, uint32_t second);
+int32_t zqtime_set_msec(zqtime* value, uint32_t microsecond);
+int32_t zqtime_set_tz(zqtime* value, int32_t zone);
 
 /* The components of a value; any pointer may be null. */
 void zqtime_decode(const zqtime* value, int32_t* year, uint32_t* month, uint32_t* day, uint32_t* hour, uint32_t* minute, uint32_t* second,
@@ -27,10 +70,76 @@ void zqtime_decode(const zqtime* value, int32_t* year, uint32_t* month, uint32_t
 /* The zone displacement in minutes, or ZQTIME_NO_ZONE. */
 int32_t zqtime_get_tz(const zqtime* value);
 
+/* Its hours and its minutes, both with its sign: -210 is -3 and -30. 0 where there is no zone. */
+int32_t zqtime_get_zone_hour(const zqtime* value);
+int32_t zqtime_get_zone_min(const zqtime* value);
+
+/* 1-366, counting days that exist: 1582-10-15 follows 1582-10-04 in the count as well. */
+uint32_t zqtime_day_of_year(const zqtime* value);
+
+/* 0 Sunday to 6 Saturday. */
+uint32_t zqtime_day_of_week(const zqtime* value);
+
+/* The week of the year, 1-54: weeks begin on Sunday and 1 January lies in week 1. */
+uint32_t zqtime_week_for_datepart(const zqtime* value);
+
+/* The number of the last day of a month, 1-12. */
+uint32_t zqtime_month_end_day(int32_t year, uint32_t month);
+
 void zqtime_assign(zqtime* destination, const zqtime* source);
 
 /* -1, 0 or 1 by the order of time. Two values with zones are compared by the instants that they name; else the zones do not count. */
 int32_t zqtime_cmp(const zqtime* a, const zqtime* b);
+
+/* ---- differences -------------------------------------------------------------------------------------------------- */
+
+/* Gives a value before the changeover the date that the Gregorian calendar has for the same day, and marks it so that it is not adjusted
+ * again. For the two differences only: other operations do not know such dates. */
+void zqtime_glgl_adjust(zqtime* value);
+
+/* a - b in whole days by date; the time of day does not count. zqtime_diff_day counts the days that passed, with adjusted values or
+ * without. The other one takes dates as they are written for Gregorian ones, so that 1582-10-15 is 11 days after 1582-10-04. */
+int32_t zqtime_diff_day(const zqtime* a, const zqtime* b);
+int32_t zqtime_diff_day_without_glgl_adjust(const zqtime* a, const zqtime* b);
+
+/* How many boundaries of the field lie between two values, b - a: from 23:59 to 00:01 is one day, from 31 December to 1 January one year.
+ * Weeks begin on Sunday; day of year and weekday count days; sub-seconds are milliseconds. Zones do not count. Returns 0; -6803 for another
+ * field, -6102 where the count is beyond 32 bits, and then the result is untouched. */
+int32_t zqtime_parse_datediff(int32_t field, const zqtime* a, const zqtime* b, int32_t* result);
+
+/* The number of the day: 0000-01-01 is day 0, earlier days are negative. Returns 0. */
+int32_t zqtime_to_days(const zqtime* value, int64_t* days);
+
+/* ---- arithmetic --------------------------------------------------------------------------------------------------- */
+
+/* These return 0; -6803 for a field that cannot be added or a number that is no number; -6118 where the result would lie outside years
+ * -4712 to 9999; in both cases the result is untouched. `result` may be `value`. The zone stays.
+ *
+ * Where months are added, a day behind the end of the month becomes its last, and a day that the changeover left out 1582-10-15. Days and
+ * shorter units count time that passed. */
+
+/* Adds `amount` of a field: year, month, day, hour, minute, second, sub-second (milliseconds), quarter, day of year and weekday (days),
+ * week (7 days). */
+int32_t zqtime_add_by_fmt(const zqtime* value, int32_t field, int64_t amount, zqtime* result);
+
+/* Adds days, a fraction of which is a time rounded to microseconds. */
+int32_t zqtime_date_add_number(const zqtime* value, double days, zqtime* result);
+
+/* Adds months; the last day of a month stays the last. */
+int32_t zqtime_date_add_iv_ym(const zqtime* value, int32_t months, zqtime* result);
+
+/* ---- now and names ------------------------------------------------------------------------------------------------ */
+
+/* The current datetime in a zone given in minutes, with that zone, to `precision` digits of the second, 0-6. ZQTIME_NO_ZONE: the time of the
+ * process's own zone, without a zone. Returns 0; -6803 where the zone is none. */
+int32_t zqtime_tz_now(int32_t precision, int32_t zone, zqtime* now);
+
+/* An English day name, in any case, whole or its first three letters: 0 Sunday to 6 Saturday, 8 for another text. `charset_code` is that of
+ * bifun_settings. */
+enum { ZQTIME_UNKNOWN_WEEKDAY = 8 };
+uint32_t zqtime_convert_weekday(uint32_t charset_code, const char* name);
+
+/* ---- text --------------------------------------------------------------------------------------------------------- */
 
 /* Reads a date, a time or both, as people write them:
  *     dates   [-]YYYY-MM-DD with - / or . between, months and days of one or two digits; YYYYMMDD

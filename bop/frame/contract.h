@@ -32,6 +32,21 @@ typedef struct zqtime {
     uint8_t bytes[12];
 } zqtime;
 
+/* A span of months. The fields have one sign or none where the engine made them; the library takes them as they are. */
+typedef struct bifun_interval_ym {
+    int32_t years;
+    int32_t months;
+} bifun_interval_ym;
+
+/* A span of days and time; the fraction of the second is in microseconds. */
+typedef struct bifun_interval_dt {
+    int32_t days;
+    int32_t hours;
+    int32_t minutes;
+    int32_t seconds;
+    int32_t microseconds;
+} bifun_interval_dt;
+
 /* A CHAR, VARCHAR, BINARY or VARBINARY: `length` bytes at `data`, followed in meaning by `trailing_blanks` blanks (0x20) that
  * are not stored. Not NUL-terminated; `data` may be null when `length` is 0. Binary values have no trailing blanks.
  * The empty string has length 0 and no trailing blanks; length 0 with three trailing blanks is three blanks. */
@@ -49,6 +64,7 @@ typedef struct bifun_string {
  * Where the rows of a column are. `null_flags[i]` is 1 when row i holds a value and 0 when it is NULL; the value of a NULL row
  * is garbage. `values` holds the rows back to back:
  *     INT, BOOL i32 | BIGINT i64 | DOUBLE binary64 | DECIMAL xdec, 30 bytes | DATETIME zqtime, 12 bytes
+ *     INTERVAL_YM bifun_interval_ym, 8 bytes | INTERVAL_DT bifun_interval_dt, 20 bytes
  *     CHAR, VARCHAR, BINARY, VARBINARY bifun_string, 16 bytes */
 typedef struct bifun_column_data {
     void* engine_header[7]; /* the engine's own */
@@ -94,6 +110,16 @@ typedef struct bifun_datetime_constant {
     zqtime value;
 } bifun_datetime_constant;
 
+typedef struct bifun_interval_ym_constant {
+    uint32_t not_null;
+    bifun_interval_ym value;
+} bifun_interval_ym_constant;
+
+typedef struct bifun_interval_dt_constant {
+    uint32_t not_null;
+    bifun_interval_dt value;
+} bifun_interval_dt_constant;
+
 /* At most BIFUN_INLINE_LENGTH bytes lie in `inline_bytes`; a longer value lies behind `data`. For binary constants
  * `trailing_blanks` has no meaning. */
 typedef struct bifun_string_constant {
@@ -134,6 +160,13 @@ typedef struct bifun_settings {
 
 BIFUN_STATIC_ASSERT(sizeof(xdec) == 30);
 BIFUN_STATIC_ASSERT(sizeof(zqtime) == 12);
+BIFUN_STATIC_ASSERT(sizeof(bifun_interval_ym) == 8);
+BIFUN_STATIC_ASSERT(offsetof(bifun_interval_ym, months) == 4);
+BIFUN_STATIC_ASSERT(sizeof(bifun_interval_dt) == 20);
+BIFUN_STATIC_ASSERT(offsetof(bifun_interval_dt, hours) == 4);
+BIFUN_STATIC_ASSERT(offsetof(bifun_interval_dt, minutes) == 8);
+BIFUN_STATIC_ASSERT(offsetof(bifun_interval_dt, seconds) == 12);
+BIFUN_STATIC_ASSERT(offsetof(bifun_interval_dt, microseconds) == 16);
 BIFUN_STATIC_ASSERT(sizeof(bifun_string) == 16);
 BIFUN_STATIC_ASSERT(offsetof(bifun_string, length) == 0);
 BIFUN_STATIC_ASSERT(offsetof(bifun_string, trailing_blanks) == 4);
@@ -160,6 +193,10 @@ BIFUN_STATIC_ASSERT(offsetof(bifun_decimal_constant, value) == 4);
 BIFUN_STATIC_ASSERT(sizeof(bifun_datetime_constant) == 16);
 BIFUN_STATIC_ASSERT(offsetof(bifun_datetime_constant, not_null) == 0);
 BIFUN_STATIC_ASSERT(offsetof(bifun_datetime_constant, value) == 4);
+BIFUN_STATIC_ASSERT(sizeof(bifun_interval_ym_constant) == 12);
+BIFUN_STATIC_ASSERT(offsetof(bifun_interval_ym_constant, value) == 4);
+BIFUN_STATIC_ASSERT(sizeof(bifun_interval_dt_constant) == 24);
+BIFUN_STATIC_ASSERT(offsetof(bifun_interval_dt_constant, value) == 4);
 BIFUN_STATIC_ASSERT(sizeof(bifun_string_constant) == 72);
 BIFUN_STATIC_ASSERT(offsetof(bifun_string_constant, not_null) == 0);
 BIFUN_STATIC_ASSERT(offsetof(bifun_string_constant, length) == 4);

@@ -4,10 +4,11 @@
 #include <cstring>
 
 #include "bop/frame/status.h"
-#include "embedded/datetime/calendar.h"
-#include "embedded/datetime/layout.h"
+#include "engine/calendar.h"
+#include "engine/datetime_layout.h"
 
-namespace zqengine {
+using namespace bifun::calendar;
+using namespace bifun::datetime_layout;
 
 namespace {
 
@@ -23,10 +24,6 @@ std::int64_t instant_of(datetime_words words) {
 }
 
 } // namespace
-
-} // namespace zqengine
-
-using namespace zqengine;
 
 int32_t zqtime_encode(zqtime* result, int32_t year, uint32_t month, uint32_t day, uint32_t hour, uint32_t minute, uint32_t second,
                       uint32_t microsecond, int32_t zone) {

@@ -3,10 +3,12 @@
 #include <cstring>
 
 #include "bop/frame/status.h"
-#include "embedded/datetime/layout.h"
 #include "engine/datetime.h"
+#include "engine/datetime_layout.h"
 
 namespace zqengine {
+
+using namespace bifun::datetime_layout;
 
 namespace {
 

@@ -11,11 +11,13 @@
 #include <vector>
 
 #include "bop/frame/status.h"
-#include "embedded/datetime/calendar.h"
-#include "embedded/datetime/layout.h"
 #include "embedded/datetime/text.h"
+#include "engine/calendar.h"
 #include "engine/datetime.h"
+#include "engine/datetime_layout.h"
 
+using namespace bifun::calendar;
+using namespace bifun::datetime_layout;
 using namespace zqengine;
 
 namespace {
