@@ -1,5 +1,6 @@
-// The calendar of datetimes: Julian before 1582-10-15, Gregorian from then on, years astronomical. Closed formulas only, without branches, so
-// that loops over them vectorise; after E. G. Richards, "Calendars", in the Explanatory Supplement to the Astronomical Almanac (2013), 15.11.
+// The calendar of datetimes: Julian before 1582-10-15, Gregorian from then on, years astronomical. Closed formulas only, without branches,
+// so that loops over them vectorise; after E. G. Richards, "Calendars", in the Explanatory Supplement to the Astronomical Almanac
+// (2013), 15.11.
 #ifndef BIFUN_ENGINE_CALENDAR_H
 #define BIFUN_ENGINE_CALENDAR_H
 
@@ -17,10 +18,9 @@ constexpr std::uint32_t last_julian_day = 4;
 constexpr std::uint32_t first_gregorian_day = 15;
 
 constexpr bool is_leap_year(std::int32_t year) {
-    if (year % 4 != 0) {
-        return false;
-    }
-    return year < changeover_year || year % 100 != 0 || year % 400 == 0;
+    // A year that 25 divides is a century where 4 divides it, and then a leap year only where 16 does.
+    const bool may_be_common_century = year > changeover_year && year % 25 == 0;
+    return (year & (may_be_common_century ? 15 : 3)) == 0;
 }
 
 // The number of the last day of a month, 1 to 12. October 1582 has 31, as its missing days lie within.
@@ -76,8 +76,9 @@ struct calendar_date {
 // The date of a Julian day number from 0 on, by the given calendar.
 constexpr calendar_date date_of_julian_day(std::int32_t julian_day, bool gregorian) {
     const auto number = static_cast<std::uint32_t>(julian_day);
-    const std::uint32_t left_out = (4 * number + 274277) / 146097 * 3 / 4 - 38; // 38: what the Gregorian calendar caught up in 1582 and before
-    const std::uint32_t days = number + 1401 + (gregorian ? left_out : 0U);     // since 1 March -4716, as if all centuries had leap years
+    constexpr std::uint32_t left_out_at_origin = 38; // wraps for the centuries before
+    const std::uint32_t left_out = (4 * number + 274277) / 146097 * 3 / 4 - left_out_at_origin;
+    const std::uint32_t days = number + 1401 + (gregorian ? left_out : 0U); // since 1 March -4716, as if all centuries had leap years
     const std::uint32_t quarters = 4 * days + 3;
     const std::uint32_t day_of_year = quarters % 1461 / 4; // from 1 March
     const std::uint32_t fifths = 5 * day_of_year + 2;
@@ -90,6 +91,15 @@ constexpr calendar_date date_of_julian_day(std::int32_t julian_day, bool gregori
 
 constexpr calendar_date date_of_julian_day(std::int32_t julian_day) {
     return date_of_julian_day(julian_day, julian_day >= first_gregorian_julian_day);
+}
+
+// The number of the day in its year, 1 to 366; the missing days do not count.
+constexpr std::uint32_t day_of_year(std::int32_t year, std::uint32_t month, std::uint32_t day) {
+    const std::uint32_t before_month = (367 * month - 362) / 12; // as if February had 30 days
+    const std::uint32_t february = month <= 2 ? 0U : is_leap_year(year) ? 1U : 2U;
+    const std::uint32_t missing =
+        year == changeover_year && is_gregorian(year, month, day) ? first_gregorian_day - last_julian_day - 1 : 0U;
+    return before_month + day - february - missing;
 }
 
 // 0 Sunday to 6 Saturday.

@@ -1,7 +1,7 @@
 /* Text in the database character set, which is one for the whole process and is told to the library by bifun_dll_var_init.
  *
- * Offsets and lengths are in bytes, counted from 0; positions are in characters, counted from 1. Text may be malformed: a byte that begins no
- * valid character is a character of one byte, and so is every byte of a character that the text cuts off. No operation reads outside the
+ * Offsets and lengths are in bytes, counted from 0; positions are in characters, counted from 1. Text may be malformed: a byte that begins
+ * no valid character is a character of one byte, and so is every byte of a character that the text cuts off. No operation reads outside the
  * text that it is given, which may be null where its length is 0. Operations take no environment and allocate nothing. */
 #ifndef BIFUN_ENGINE_CHARSET_H
 #define BIFUN_ENGINE_CHARSET_H

@@ -83,7 +83,7 @@ uint32_t zqtime_day_of_week(const zqtime* value);
 /* The week of the year, 1-54: weeks begin on Sunday and 1 January lies in week 1. */
 uint32_t zqtime_week_for_datepart(const zqtime* value);
 
-/* The number of the last day of a month, 1-12. */
+/* The number of the last day of a month, 1-12; 31 for October 1582. */
 uint32_t zqtime_month_end_day(int32_t year, uint32_t month);
 
 void zqtime_assign(zqtime* destination, const zqtime* source);
@@ -112,17 +112,17 @@ int32_t zqtime_to_days(const zqtime* value, int64_t* days);
 
 /* ---- arithmetic --------------------------------------------------------------------------------------------------- */
 
-/* These return 0; -6803 for a field that cannot be added or a number that is no number; -6118 where the result would lie outside years
- * -4712 to 9999; in both cases the result is untouched. `result` may be `value`. The zone stays.
+/* These return 0; -6803 for a field that cannot be added or a number that is NaN or infinite; -6118 where the result would lie outside
+ * years -4712 to 9999; in both cases the result is untouched. `result` may be `value`. The zone stays.
  *
  * Where months are added, a day behind the end of the month becomes its last, and a day that the changeover left out 1582-10-15. Days and
- * shorter units count time that passed. */
+ * shorter units count time that passed, and what is more or less than a day moves the date. */
 
 /* Adds `amount` of a field: year, month, day, hour, minute, second, sub-second (milliseconds), quarter, day of year and weekday (days),
  * week (7 days). */
 int32_t zqtime_add_by_fmt(const zqtime* value, int32_t field, int64_t amount, zqtime* result);
 
-/* Adds days, a fraction of which is a time rounded to microseconds. */
+/* Adds days, a fraction of which is a time rounded to microseconds, halves away from zero. */
 int32_t zqtime_date_add_number(const zqtime* value, double days, zqtime* result);
 
 /* Adds months; the last day of a month stays the last. */
@@ -130,8 +130,8 @@ int32_t zqtime_date_add_iv_ym(const zqtime* value, int32_t months, zqtime* resul
 
 /* ---- now and names ------------------------------------------------------------------------------------------------ */
 
-/* The current datetime in a zone given in minutes, with that zone, to `precision` digits of the second, 0-6. ZQTIME_NO_ZONE: the time of the
- * process's own zone, without a zone. Returns 0; -6803 where the zone is none. */
+/* The current datetime in a zone given in minutes, with that zone, to `precision` digits of the second, 0-6. ZQTIME_NO_ZONE: the time of
+ * the process's own zone, without a zone. Returns 0; -6803 where the precision or the zone is outside its range. */
 int32_t zqtime_tz_now(int32_t precision, int32_t zone, zqtime* now);
 
 /* An English day name, in any case, whole or its first three letters: 0 Sunday to 6 Saturday, 8 for another text. `charset_code` is that of
@@ -143,11 +143,11 @@ uint32_t zqtime_convert_weekday(uint32_t charset_code, const char* name);
 
 /* Reads a date, a time or both, as people write them:
  *     dates   [-]YYYY-MM-DD with - / or . between, months and days of one or two digits; YYYYMMDD
- *     times   HH:MM[:SS[.fraction]] behind a date after blanks or T; HHMMSS behind a date run together after T; fraction 1-6 digits,
- *             more are cut
- *     zones   Z, +HH:MM, -HH:MM, +HHMM or +HH behind a time
- * Blanks around the text are skipped. A text with a time only gives date 1900-01-01. Returns 0; 109 where the text is no datetime,
- * and then the result is untouched. */
+ *     times   HH:MM[:SS[.fraction]], hours of one or two digits, behind a date after blanks or T; behind YYYYMMDD also HHMM[SS[.fraction]]
+ *             after blanks or T and HHMMSS[.fraction] after nothing; the fraction behind a point or a comma, digits beyond six are cut
+ *     zones   Z, +HH:MM, -HH:MM, +HHMM or +HH behind a time, after blanks or none
+ * T and Z are of any case. Blanks around the text are skipped. A text with a time only gives date 1900-01-01. Returns 0; 109 where the text
+ * is no datetime, and then the result is untouched. */
 int32_t zqtime_from_char_ex(const uint8_t* text, uint32_t length, zqtime* result);
 
 #ifdef __cplusplus

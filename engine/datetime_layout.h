@@ -52,6 +52,8 @@ constexpr int month_shift = 37;
 constexpr int day_shift = 32;
 constexpr std::uint64_t adjusted_bit = std::uint64_t{1} << 55;
 constexpr std::uint64_t time_mask = (std::uint64_t{1} << day_shift) - 1;
+constexpr int microsecond_shift = 12;
+constexpr std::uint32_t zone_mask = 0x7FF;
 
 constexpr std::int32_t year_of(datetime_words words) { return static_cast<std::int32_t>(words.civil >> year_shift & 0x3FFF) - year_bias; }
 constexpr std::uint32_t month_of(datetime_words words) { return static_cast<std::uint32_t>(words.civil >> month_shift & 0xF); }
@@ -59,19 +61,22 @@ constexpr std::uint32_t day_of(datetime_words words) { return static_cast<std::u
 constexpr std::uint32_t hour_of(datetime_words words) { return static_cast<std::uint32_t>(words.civil >> 12 & 0xFFFFF); }
 constexpr std::uint32_t minute_of(datetime_words words) { return static_cast<std::uint32_t>(words.civil >> 6 & 0x3F); }
 constexpr std::uint32_t second_of(datetime_words words) { return static_cast<std::uint32_t>(words.civil & 0x3F); }
-constexpr std::uint32_t microsecond_of(datetime_words words) { return words.fraction_and_zone >> 12; }
-constexpr std::int32_t zone_of(datetime_words words) { return static_cast<std::int32_t>(words.fraction_and_zone & 0x7FF) - zone_bias; }
+constexpr std::uint32_t microsecond_of(datetime_words words) { return words.fraction_and_zone >> microsecond_shift; }
+constexpr std::int32_t zone_of(datetime_words words) { return static_cast<std::int32_t>(words.fraction_and_zone & zone_mask) - zone_bias; }
 
 // The date in its place in the first word. The parts must fit their bits.
 constexpr std::uint64_t pack_date(std::int32_t year, std::uint32_t month, std::uint32_t day) {
-    return static_cast<std::uint64_t>(year + year_bias) << year_shift | std::uint64_t{month} << month_shift | std::uint64_t{day}
-                                                                                                                 << day_shift;
+    return static_cast<std::uint64_t>(year + year_bias) << year_shift | std::uint64_t{month} << month_shift |
+           std::uint64_t{day} << day_shift;
+}
+
+constexpr std::uint64_t pack_time(std::uint32_t hour, std::uint32_t minute, std::uint32_t second) {
+    return hour << 12 | minute << 6 | second;
 }
 
 constexpr datetime_words pack_datetime(const datetime_parts& parts) {
-    return {.civil = pack_date(parts.year, parts.month, parts.day) | std::uint64_t{parts.hour} << 12 | std::uint64_t{parts.minute} << 6 |
-                     parts.second,
-            .fraction_and_zone = parts.microsecond << 12 | static_cast<std::uint32_t>(parts.zone + zone_bias)};
+    return {.civil = pack_date(parts.year, parts.month, parts.day) | pack_time(parts.hour, parts.minute, parts.second),
+            .fraction_and_zone = parts.microsecond << microsecond_shift | static_cast<std::uint32_t>(parts.zone + zone_bias)};
 }
 
 } // namespace bifun::datetime_layout

@@ -25,6 +25,7 @@ typedef struct zq_pattern {
     const uint32_t* masks;          /* shift-or: ZQ_BYTE_VALUES masks; for patterns of at most ZQ_SHIFT_OR_LENGTH bytes */
 } zq_pattern;
 
+/* Fill the tables, which have as many entries as said above. */
 void preprocess_bmbc(const uint8_t* pattern, uint32_t length, uint32_t* bad_characters);
 void preprocess_bmgs(const uint8_t* pattern, uint32_t length, uint32_t* good_suffixes);
 void preshiftorprocess(const uint8_t* pattern, uint32_t length, uint32_t* masks);
@@ -37,14 +38,14 @@ uint32_t zq_mbshiftor_ncmp(const uint8_t* text, uint32_t length, uint32_t from, 
 uint32_t zq_strbmncmp_arr(const uint8_t* text, uint32_t length, uint32_t from, const zq_pattern* pattern, const uint32_t* positions);
 uint32_t zq_mbshiftor_ncmp_arr(const uint8_t* text, uint32_t length, uint32_t from, const zq_pattern* pattern, const uint32_t* positions);
 
-/* The offset of the `occurrence`-th one, from 1. `positions` is null for text of single-byte characters. */
+/* The offset of the `occurrence`-th one, counted from 1. `positions` is null for text of single-byte characters. */
 uint32_t zq_strbmncmp_arr_ex(const uint8_t* text, uint32_t length, uint32_t from, const zq_pattern* pattern, const uint32_t* positions,
                              uint32_t occurrence);
-uint32_t zq_mbshiftor_ncmp_arr_ex(const uint8_t* text, uint32_t length, uint32_t from, const zq_pattern* pattern,
-                                  const uint32_t* positions, uint32_t occurrence);
+uint32_t zq_mbshiftor_ncmp_arr_ex(const uint8_t* text, uint32_t length, uint32_t from, const zq_pattern* pattern, const uint32_t* positions,
+                                  uint32_t occurrence);
 
-/* Counts occurrences from `from` on, by the algorithm whose tables the pattern has, and stops at the `wanted`-th, whose offset `*offset`
- * gets. Returns how many were counted. `positions` as above. */
+/* Counts occurrences from `from` on, by the algorithm whose tables the pattern has, and stops at the `wanted`-th, from 1, whose offset
+ * `*offset` gets; it gets ZQ_NOT_FOUND where there are fewer. Returns how many were counted. `positions` as above. */
 uint32_t zq_get_occur_num(const uint8_t* text, uint32_t length, uint32_t from, const zq_pattern* pattern, const uint32_t* positions,
                           uint32_t wanted, uint32_t* offset);
 

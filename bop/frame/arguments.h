@@ -70,6 +70,10 @@ template <class T> bool has_no_nulls(const constant_argument<T>& argument) { ret
 template <class T> bool is_null_constant(const column_argument<T>&) { return false; }
 template <class T> bool is_null_constant(const constant_argument<T>& argument) { return !argument.present; }
 
+// A single column's promise is passed on as it stands; those of several arguments are joined to 0 or 1.
+template <class T> std::uint32_t joint_no_null_flag(const column_argument<T>& argument) { return argument.column->no_nulls; }
+template <class... Arguments> std::uint32_t joint_no_null_flag(const Arguments&... arguments) { return (has_no_nulls(arguments) && ...); }
+
 template <class T> dense_rows<T> rows_as_they_lie(const column_argument<T>& argument) {
     return {argument.column->data->null_flags, static_cast<const T*>(argument.column->data->values)};
 }
@@ -113,6 +117,13 @@ inline constant_argument<xdec> decimal(decimal_constant argument) { return const
 
 inline column_argument<zqtime> datetime(column argument) { return {argument}; }
 inline constant_argument<zqtime> datetime(datetime_constant argument) { return constant_of(*argument, zqtime{}); }
+
+inline column_argument<bifun_interval_ym> interval_ym(column argument) { return {argument}; }
+inline constant_argument<bifun_interval_ym> interval_ym(interval_ym_constant argument) {
+    return constant_of(*argument, bifun_interval_ym{});
+}
+
+inline column_argument<bifun_interval_dt> interval_dt(column argument) { return {argument}; }
 
 // The bytes of a constant lie in its record up to the inline length, else behind its pointer.
 inline bifun_string string_of(const bifun_string_constant& record, std::uint32_t trailing_blanks) {

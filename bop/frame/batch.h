@@ -22,6 +22,8 @@ using double_constant = const bifun_double_constant*;
 using decimal_constant = const bifun_decimal_constant*;
 using datetime_constant = const bifun_datetime_constant*;
 using string_constant = const bifun_string_constant*;
+using interval_ym_constant = const bifun_interval_ym_constant*;
+using interval_dt_constant = const bifun_interval_dt_constant*;
 
 struct batch {
     bifun_environment* environment;
@@ -47,11 +49,11 @@ struct batch {
 #define INLINED __attribute__((always_inline))
 
 // For the few loops whose best form differs with the instruction set: how their function is compiled, and whether it may be called.
-// Only 512-bit vectors convert between 64-bit integers and doubles. Sanitizer builds take the other way, so that both are tested on a
-// machine that has them.
+// Only 512-bit vectors convert between 64-bit integers and doubles, and load as many bytes as a text has. Sanitizer builds take the other
+// way, so that both are tested on a machine that has them.
 #if defined(__x86_64__) && !defined(BIFUN_SANITIZED)
 #define WITH_FMA __attribute__((target("avx2,fma")))
-#define WITH_AVX512 __attribute__((target("avx512f,avx512dq,avx512vl,avx512bw")))
+#define WITH_AVX512 __attribute__((target("avx512f,avx512dq,avx512vl,avx512bw,bmi,bmi2,lzcnt")))
 inline bool has_fma() { return __builtin_cpu_supports("avx2") != 0 && __builtin_cpu_supports("fma") != 0; }
 inline bool has_avx512() {
     return __builtin_cpu_supports("avx512f") != 0 && __builtin_cpu_supports("avx512dq") != 0 && __builtin_cpu_supports("avx512vl") != 0 &&
@@ -64,6 +66,9 @@ inline bool has_fma() { return false; }
 inline bool has_avx512() { return false; }
 #endif
 
+// What the failing row holds when a batch stops. The rows after it are never written.
+enum class failing_row : std::uint8_t { unwritten, zero, null };
+
 inline std::uint8_t* null_flags(const batch& batch) { return batch.result->data->null_flags; }
 
 template <class T> T* values(const batch& batch) { return static_cast<T*>(batch.result->data->values); }
@@ -75,6 +80,12 @@ inline status null_rows(const batch& batch) {
     }
     batch.result->no_nulls = 0;
     return BIFUN_OK;
+}
+
+// The result of a constant that is wrong: nothing is written but the flags.
+inline status fail_batch(const batch& batch, status failure) {
+    (void)null_rows(batch);
+    return failure;
 }
 
 } // namespace bifun

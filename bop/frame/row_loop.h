@@ -2,11 +2,10 @@
 //
 //     set_rows<evaluated, kernel, checks>(batch, arguments...)     results go through the engine's setters
 //     store_rows<evaluated, kernel, checks>(batch, arguments...)   results go straight into the value array
-//     try_rows<on_failure>(batch, attempt, arguments...)           `attempt` writes its result itself and may fail
 //
 // A kernel is a plain function from values to a value, or one that takes the place of its result as last argument, for results that are
-// longer than a register. `checks` says which rows fail, and is left out where none does. An attempt is called for one row after the
-// other, so it is for work that takes longer than a call.
+// longer than a register. `checks` says which rows fail, and is left out where none does. Functions with strings for results, or whose
+// rows are NULL or fail for reasons of their own, have their loop in bop/frame/attempt_rows.h.
 #ifndef BIFUN_FRAME_ROW_LOOP_H
 #define BIFUN_FRAME_ROW_LOOP_H
 
@@ -24,9 +23,6 @@ namespace bifun {
 // For which rows a kernel is evaluated. `all` is for a kernel that is cheap, has no side effects and is defined for any bits: it is
 // computed for NULL rows as well, whose results become zero, so that the loop has no branch and vectorises.
 enum class rows : std::uint8_t { all, present };
-
-// What the failing row holds when a batch stops. The rows after it are never written.
-enum class failing_row : std::uint8_t { unwritten, zero, null };
 
 // Which rows fail. `arguments` is a plain function from the kernel's arguments to a status, asked before the kernel is, and defined for any
 // bits like a kernel for all rows; `result` is one from its result to a status, asked where the result is not finite. nullptr: not asked.
@@ -47,10 +43,6 @@ template <bool through_setters, class Result> void write_value(const batch& batc
         values<Result>(batch)[row] = value;
     }
 }
-
-// A single column's promise is passed on as it stands; those of several arguments are joined to 0 or 1.
-template <class T> std::uint32_t joint_no_null_flag(const column_argument<T>& argument) { return argument.column->no_nulls; }
-template <class... Arguments> std::uint32_t joint_no_null_flag(const Arguments&... arguments) { return (has_no_nulls(arguments) && ...); }
 
 // ---- kernels ----
 
@@ -247,34 +239,6 @@ INLINED inline status evaluate_rows(const batch& batch, const Arguments&... argu
                     }
                     return failure;
                 }
-            }
-            return BIFUN_OK;
-        },
-        arguments...);
-}
-
-// Calls `attempt(row, values...)` for every row without a NULL; it writes the row's value and returns a status. Below 0 ends the batch.
-template <failing_row on_failure, class Attempt, class... Arguments>
-status try_rows(const batch& batch, const Attempt& attempt, const Arguments&... arguments) {
-    static_assert(on_failure != failing_row::zero, "an attempt writes its own results");
-    if ((is_null_constant(arguments) || ...)) {
-        return null_rows(batch);
-    }
-    batch.result->no_nulls = joint_no_null_flag(arguments...);
-    return with_rows(
-        [&](const auto&... rows) -> status {
-            std::uint8_t* const flags = null_flags(batch);
-            for (std::uint32_t k = 0; k < batch.row_count; ++k) {
-                const bool present = all_have_values(k, rows...);
-                const status outcome = present ? attempt(k, rows[k]...) : BIFUN_OK;
-                if (outcome < BIFUN_OK) {
-                    batch.result->no_nulls = 0;
-                    if constexpr (on_failure == failing_row::null) {
-                        flags[k] = 0;
-                    }
-                    return outcome;
-                }
-                flags[k] = static_cast<std::uint8_t>(present);
             }
             return BIFUN_OK;
         },

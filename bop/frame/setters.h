@@ -29,6 +29,11 @@ inline void set_value(const batch& batch, std::uint32_t row, const xdec& value) 
     (void)bdta3_set_dec(batch.environment, batch.memory, batch.result, row, &record);
 }
 
+inline void set_value(const batch& batch, std::uint32_t row, const zqtime& value) {
+    const bifun_datetime_constant record{1, value};
+    (void)bdta3_set_datetime(batch.environment, batch.memory, batch.result, row, &record);
+}
+
 // Copies `source`, as seen through its selection vector, into the result. Only -503 counts as a failure: an engine's copy may have no
 // status to return.
 inline status copy_column(const batch& batch, column source) {

@@ -21,9 +21,9 @@ constexpr std::string_view type_name(value_type type) {
 
 // Bytes per row in a column's value array.
 constexpr std::size_t value_width(value_type type) {
-    constexpr std::size_t widths[] = {sizeof(std::int32_t), sizeof(std::int32_t), sizeof(std::int64_t), sizeof(double),
-                                      sizeof(xdec),         sizeof(zqtime),       sizeof(bifun_string), sizeof(bifun_string),
-                                      sizeof(bifun_interval_ym), sizeof(bifun_interval_dt)};
+    constexpr std::size_t widths[] = {
+        sizeof(std::int32_t), sizeof(std::int32_t), sizeof(std::int64_t),      sizeof(double),           sizeof(xdec), sizeof(zqtime),
+        sizeof(bifun_string), sizeof(bifun_string), sizeof(bifun_interval_ym), sizeof(bifun_interval_dt)};
     return widths[static_cast<std::size_t>(type)];
 }
 

@@ -3,7 +3,7 @@
 
 #include <array>
 
-#include "bop/frame/row_loop.h"
+#include "bop/frame/attempt_rows.h"
 #include "engine/decimal.h"
 
 namespace bifun {
@@ -198,17 +198,8 @@ status bbitanddec_av_ulint64_process(const xdec& value, std::uint64_t constant, 
 
 // The constant has been prepared; it stands here for its part in the promise that no row is NULL.
 template <class Process> status bitand_rows(const batch& batch, column x, decimal_constant y, const Process& process) {
-    return try_rows<failing_row::null>(
-        batch,
-        [&](std::uint32_t row, const xdec& value, const xdec&) -> status {
-            xdec result;
-            const status processed = process(value, result);
-            if (processed >= BIFUN_OK) {
-                set_value(batch, row, result);
-            }
-            return processed;
-        },
-        decimal(x), decimal(y));
+    return attempt_set_rows<xdec, failing_row::null>(
+        batch, [&](xdec& result, const xdec& value, const xdec&) -> status { return process(value, result); }, decimal(x), decimal(y));
 }
 
 status bbit_and_dec_av_ulint64(const batch& batch, column x, decimal_constant y, std::uint64_t constant) {
@@ -224,8 +215,7 @@ status bbit_and_for_dec_av_dec(const batch& batch, column x, decimal_constant y,
     std::uint32_t count = 0;
     const status taken = nibbles_of(constant, nibbles, count);
     if (taken < BIFUN_OK) {
-        (void)null_rows(batch);
-        return taken;
+        return fail_batch(batch, taken);
     }
     return bitand_rows(batch, x, y, [&](const xdec& value, xdec& result) {
         return bbitanddec_av_dec_process(value, nibbles, count, constant.bytes[0], result);
@@ -245,8 +235,7 @@ status bbit_and_for_dec_av(BATCH_OF(column x, decimal_constant y)) {
     xdec constant;
     const status made = make_integer(y->value, constant);
     if (made < BIFUN_OK) {
-        (void)null_rows(batch);
-        return made;
+        return fail_batch(batch, made);
     }
     if (xdec_in_ulint64(&constant) == 0) {
         return bbit_and_for_dec_av_dec(batch, x, y, constant);

@@ -13,7 +13,7 @@ namespace bifun {
 constexpr std::size_t integer_text_size = 32;
 
 // Writes the number into `buffer`, of integer_text_size bytes, from its end, and returns where it begins; it ends with the buffer.
-inline const char* write_integer(std::int64_t number, char* buffer) {
+inline char* write_integer(std::int64_t number, char* buffer) {
     constexpr std::uint64_t eight = 100'000'000;
     constexpr std::uint64_t sixteen = eight * eight;
     const bool negative = number < 0;

@@ -1,7 +1,7 @@
 // TO_CHAR of numbers: as they are, under a number format, or under a format and NLS parameters. The result has the promise of the number
 // column alone; a row that cannot be rendered is NULL.
 
-#include "bop/frame/row_loop.h"
+#include "bop/frame/attempt_rows.h"
 #include "bop/numeric/integer_text.h"
 #include "engine/decimal.h"
 #include "engine/number_check.h"
@@ -14,21 +14,18 @@ constexpr std::size_t text_size = 1024;
 constexpr std::uint32_t longest_format = 75;
 constexpr std::uint32_t longest_nls = 128;
 
-// Calls `render(number, buffer)` with a buffer of zeros for every number and assigns the text up to its NUL.
+// Calls `render(number, buffer)` with a buffer of zeros for every number; the text is what it has written up to a NUL.
 template <class T, class Render> status render_rows(const batch& batch, const column_argument<T>& numbers, const Render& render) {
     char buffer[text_size] = {};
-    return try_rows<failing_row::null>(
-        batch,
-        [&](std::uint32_t row, const T& number) -> status {
-            const status rendered = render(number, buffer);
-            if (rendered < BIFUN_OK) {
-                return rendered;
-            }
-            const auto length = static_cast<std::uint32_t>(strnlen(buffer, text_size));
-            (void)bdta3_col_assign_str(batch.environment, batch.memory, batch.result, row, reinterpret_cast<const std::uint8_t*>(buffer),
-                                       length, 0);
+    std::uint32_t length = 0;
+    return attempt_string_rows<failing_row::null>(
+        batch, portable_bytes{},
+        [&](bifun_string& text, const T& number) -> status {
             std::memset(buffer, 0, length); // clearing it whole would take as long as rendering
-            return BIFUN_OK;
+            const status rendered = render(number, buffer);
+            length = static_cast<std::uint32_t>(strnlen(buffer, text_size));
+            text = {length, 0, reinterpret_cast<std::uint8_t*>(buffer)};
+            return rendered;
         },
         numbers);
 }
@@ -36,13 +33,12 @@ template <class T, class Render> status render_rows(const batch& batch, const co
 // ---- without a format ----
 
 template <class Integer> status assign_integers(const batch& batch, const column_argument<Integer>& numbers) {
-    return try_rows<failing_row::null>(
-        batch,
-        [&](std::uint32_t row, Integer number) -> status {
-            char buffer[integer_text_size];
-            const char* const first = write_integer(number, buffer);
-            (void)bdta3_col_assign_str(batch.environment, batch.memory, batch.result, row, reinterpret_cast<const std::uint8_t*>(first),
-                                       static_cast<std::uint32_t>(buffer + integer_text_size - first), 0);
+    char buffer[integer_text_size];
+    return attempt_string_rows<failing_row::null>(
+        batch, portable_bytes{},
+        [&buffer](bifun_string& text, Integer number) -> status {
+            char* const first = write_integer(number, buffer);
+            text = {static_cast<std::uint32_t>(buffer + integer_text_size - first), 0, reinterpret_cast<std::uint8_t*>(first)};
             return BIFUN_OK;
         },
         numbers);
@@ -105,8 +101,7 @@ template <class T> status to_char(const batch& batch, const column_argument<T>& 
         return null_rows(batch);
     }
     if (nls->length < 1 || nls->length > longest_nls) {
-        (void)null_rows(batch);
-        return BIFUN_INVALID_NLS_PARAMETER;
+        return fail_batch(batch, BIFUN_INVALID_NLS_PARAMETER);
     }
     const bifun_string text = string_of(*format, 0);
     const bifun_string parameters = string_of(*nls, 0);

@@ -2,6 +2,7 @@
 
 #include <array>
 
+#include "bop/frame/attempt_rows.h"
 #include "bop/numeric/overflow.h"
 
 namespace bifun {
@@ -137,13 +138,9 @@ status truncate_digits(const bifun_string& text, std::int32_t scale, double& res
 }
 
 template <class Text, class Scale> status truncate_texts(const batch& batch, const Text& text, const Scale& scale) {
-    auto* const results = values<double>(batch);
-    return try_rows<failing_row::null>(
-        batch,
-        [results](std::uint32_t row, const bifun_string& value, std::int32_t digits) {
-            return truncate_digits(value, digits, results[row]);
-        },
-        text, scale);
+    return attempt_store_rows<double, failing_row::null>(
+        batch, [](double& result, const bifun_string& value, std::int32_t digits) { return truncate_digits(value, digits, result); }, text,
+        scale);
 }
 
 } // namespace

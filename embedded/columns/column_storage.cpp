@@ -5,13 +5,6 @@
 
 #include "embedded/memory/allocation.h"
 
-// Declared in engine/columns.h, where it is weak because an engine may leave it out. Defined without sight of that declaration, which
-// would make the definition weak too. Tests and benchmarks set it to 0.
-extern "C" {
-extern int32_t bdta3_setters_are_plain_stores;
-int32_t bdta3_setters_are_plain_stores = 1;
-}
-
 namespace zqengine {
 namespace {
 
@@ -37,6 +30,7 @@ column_storage* create_column(bifun::value_type type, std::uint32_t capacity) {
     column->capacity = capacity;
     column->column.data = &column->data;
     column->data.engine_header[0] = column;
+    column->data.engine_header[1] = static_cast<bdta3_free_bytes*>(&column->string_bytes);
     column->data.null_flags = static_cast<std::uint8_t*>(allocate_zeroed(capacity));
     column->data.values = allocate_zeroed(value_bytes(type, capacity));
     if (column->data.null_flags == nullptr || column->data.values == nullptr) {

@@ -7,52 +7,16 @@
 #include "embedded/columns/column_storage.h"
 #include "embedded/memory/allocation.h"
 #include "embedded/memory/pending_failure.h"
+#include "engine/free_bytes.h"
 
+using bifun::free_bytes::copy_bytes;
+using bifun::free_bytes::copy_short;
+using bifun::free_bytes::longest_short;
 using zqengine::column_storage;
 
 namespace {
 
 column_storage& storage_of(const bifun_column_data* data) { return *static_cast<column_storage*>(data->engine_header[0]); }
-
-// ---- bytes ------------------------------------------------------------------------------------------------------------
-
-// Copies the first and the last `Width` bytes; Width <= length <= 2 * Width.
-template <std::size_t Width> void copy_both_ends(std::uint8_t* to, const std::uint8_t* from, std::size_t length) {
-    std::uint8_t first[Width];
-    std::uint8_t last[Width];
-    std::memcpy(first, from, Width);
-    std::memcpy(last, from + length - Width, Width);
-    std::memcpy(to, first, Width);
-    std::memcpy(to + length - Width, last, Width);
-}
-
-constexpr std::size_t longest_short = 64;
-
-// Copies at most `longest_short` bytes by moves of constant width, which overlap but never leave the value.
-inline void copy_short(std::uint8_t* to, const std::uint8_t* from, std::size_t length) {
-    if (length > 32) {
-        copy_both_ends<16>(to, from, 32);
-        copy_both_ends<16>(to + length - 32, from + length - 32, 32);
-    } else if (length >= 16) {
-        copy_both_ends<16>(to, from, length);
-    } else if (length >= 8) {
-        copy_both_ends<8>(to, from, length);
-    } else if (length >= 4) {
-        copy_both_ends<4>(to, from, length);
-    } else if (length >= 2) {
-        copy_both_ends<2>(to, from, length);
-    } else if (length == 1) {
-        *to = *from;
-    }
-}
-
-inline void copy_bytes(std::uint8_t* to, const std::uint8_t* from, std::size_t length) {
-    if (length > longest_short) {
-        std::memcpy(to, from, length);
-    } else {
-        copy_short(to, from, length);
-    }
-}
 
 // ---- strings ----------------------------------------------------------------------------------------------------------
 

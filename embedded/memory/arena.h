@@ -5,15 +5,16 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "engine/columns.h"
+
 namespace zqengine {
 
 struct arena_block;
 
-// Begin with all members zero. Bytes are taken from `top`; where they do not fit, a larger block is added in front of the list.
-struct arena {
+// Begin with all members zero. Bytes are taken from `top`, by the library itself where they become strings of a result; where they do not
+// fit, a larger block is added in front of the list.
+struct arena : bdta3_free_bytes {
     arena_block* newest;
-    std::uint8_t* top;
-    std::uint8_t* end;
 };
 
 struct arena_mark {

@@ -1,0 +1,212 @@
+// Searching texts for a pattern that was prepared once: its bytes, in the case and the direction of the search, and the tables of the
+// algorithm that is to find it.
+#ifndef BIFUN_STR_PATTERN_SEARCH_H
+#define BIFUN_STR_PATTERN_SEARCH_H
+
+#include "bop/bifun_str/text.h"
+#include "engine/search.h"
+
+namespace bifun {
+
+enum class folding : std::uint8_t { none, upper, lower };
+
+// Positions are in characters or in bytes. A negative `start` searches backwards, from that position from the end: occurrences lie at or
+// before it as a whole. Start 0 finds nothing.
+struct search_request {
+    folding fold;
+    bool in_bytes;
+    std::int32_t start;
+    std::uint32_t occurrence; // at least 1
+
+    [[nodiscard]] bool is_backward() const { return start < 0; }
+    [[nodiscard]] bool is_plain() const { return fold == folding::none && start == 1 && occurrence == 1; }
+};
+
+// What folding is asked for on this server.
+inline folding folding_unless_case_sensitive(folding fold) { return global_bifun_var.case_sensitive == 0 ? fold : folding::none; }
+
+enum class search_algorithm : std::uint8_t { boyer_moore, shift_or };
+
+struct pattern_tables {
+    std::uint32_t by_byte[ZQ_BYTE_VALUES];       // bad characters or masks
+    std::uint32_t good_suffixes[ZQ_BYTE_VALUES]; // of patterns that are not longer
+};
+
+struct pattern_search {
+    zq_pattern pattern; // as it is compared with texts: folded, and reversed for a backward search
+    std::uint32_t characters;
+    bool ends_in_blank; // before it is reversed: then it may be found among a value's trailing blanks
+    bool is_blank;      // blanks only
+    search_request request;
+};
+
+// Where a pattern was found: position 0 for nowhere.
+struct search_result {
+    std::int32_t position;
+    std::uint32_t offset; // of its first byte
+};
+
+inline void fold_case(std::uint8_t* text, std::uint32_t length, folding fold) {
+    if (fold == folding::upper) {
+        zq_mbsupper_ex(text, length);
+    } else if (fold == folding::lower) {
+        zq_mbslower_ex(text, length);
+    }
+}
+
+// Makes the tables in `tables` and, for good suffixes of a long pattern, in memory that the caller is given as `long_suffixes` and
+// releases. Returns 0 or -503.
+inline status make_tables(bifun_environment* environment, bifun_memory_object* memory, search_algorithm algorithm, zq_pattern& pattern,
+                          pattern_tables& tables, void*& long_suffixes) {
+    if (algorithm == search_algorithm::shift_or) {
+        preshiftorprocess(pattern.bytes, pattern.length, tables.by_byte);
+        pattern.masks = tables.by_byte;
+        return BIFUN_OK;
+    }
+    std::uint32_t* good_suffixes = tables.good_suffixes;
+    if (pattern.length > ZQ_BYTE_VALUES) {
+        long_suffixes = allocate(environment, memory, std::uint64_t{pattern.length} * sizeof(std::uint32_t), string_source_file, __LINE__);
+        if (long_suffixes == nullptr) {
+            return BIFUN_OUT_OF_MEMORY;
+        }
+        good_suffixes = static_cast<std::uint32_t*>(long_suffixes);
+    }
+    preprocess_bmbc(pattern.bytes, pattern.length, tables.by_byte);
+    preprocess_bmgs(pattern.bytes, pattern.length, good_suffixes);
+    pattern.bad_characters = tables.by_byte;
+    pattern.good_suffixes = good_suffixes;
+    return BIFUN_OK;
+}
+
+// Calls `body` with the search for `length` bytes at `bytes`, which are changed to the case and direction of the request; the tables live
+// as long as the call. Returns its status; where the search cannot be prepared, `failed` of -503, or of -6108 for a pattern that cannot be
+// reversed.
+template <class Failed, class Body>
+status with_search(bifun_environment* environment, bifun_memory_object* memory, std::uint8_t* bytes, std::uint32_t length,
+                   search_algorithm algorithm, const search_request& request, const Failed& failed, const Body& body) {
+    const bool is_blank = portable_bytes::leading(blank, bytes, length) == length;
+    pattern_search search{{bytes, length, nullptr, nullptr, nullptr}, 0, bytes[length - 1] == blank, is_blank, request};
+    if (is_blank) {
+        search.request.fold = folding::none; // a blank has no case
+    }
+    fold_case(bytes, length, search.request.fold);
+    search.characters = zq_mbstrlen_ex(bytes, length);
+    if (request.is_backward() && zq_mbsrev_ex(bytes, length) == nullptr) {
+        return failed(BIFUN_INVALID_CHARACTER_STRING);
+    }
+    pattern_tables tables;
+    void* long_suffixes = nullptr;
+    const status made = make_tables(environment, memory, algorithm, search.pattern, tables, long_suffixes);
+    const status outcome = made < BIFUN_OK ? failed(made) : body(search);
+    release(environment, memory, long_suffixes);
+    return outcome;
+}
+
+// The offset of the occurrence that is asked for, from `from` on, or ZQ_NOT_FOUND. `positions` is null for text of single-byte characters.
+inline std::uint32_t find_occurrence(const zq_pattern& pattern, const std::uint8_t* text, std::uint32_t length,
+                                     const std::uint32_t* positions, std::uint32_t from, std::uint32_t occurrence) {
+    if (occurrence > 1) {
+        std::uint32_t offset = ZQ_NOT_FOUND;
+        return zq_get_occur_num(text, length, from, &pattern, positions, occurrence, &offset) == occurrence ? offset : ZQ_NOT_FOUND;
+    }
+    if (pattern.masks != nullptr) {
+        return positions == nullptr ? zq_mbshiftor_ncmp(text, length, from, &pattern)
+                                    : zq_mbshiftor_ncmp_arr(text, length, from, &pattern, positions);
+    }
+    return positions == nullptr ? zq_strbmncmp(text, length, from, &pattern) : zq_strbmncmp_arr(text, length, from, &pattern, positions);
+}
+
+// Where the pattern is in a text in the case and direction of the search. `positions` has room for an entry per byte.
+inline search_result search_text(const pattern_search& search, const std::uint8_t* text, std::uint32_t length, std::uint32_t* positions) {
+    const search_request& request = search.request;
+    const std::uint32_t characters = zq_mbstrlen_ex(text, length);
+    const bool is_multibyte = characters != length;
+    if (is_multibyte) {
+        (void)zq_mbstrlen_cposition_ex(text, length, positions);
+    }
+    const std::uint32_t units = request.in_bytes ? length : characters;
+    // How many units lie before the first that may begin the occurrence, in the direction of the search.
+    const std::int64_t skipped = (request.is_backward() ? -std::int64_t{request.start} : std::int64_t{request.start}) - 1;
+    if (request.start == 0 || skipped >= units || length < search.pattern.length) {
+        return {0, 0};
+    }
+    const auto first = static_cast<std::uint32_t>(skipped);
+    const std::uint32_t from = is_multibyte && !request.in_bytes ? zq_mbsninc_ex(text, length, first) : first;
+    const std::uint32_t offset =
+        find_occurrence(search.pattern, text, length, is_multibyte ? positions : nullptr, from, request.occurrence);
+    if (offset == ZQ_NOT_FOUND) {
+        return {0, 0};
+    }
+    const std::uint32_t position = is_multibyte && !request.in_bytes ? positions[offset] : offset + 1;
+    if (!request.is_backward()) {
+        return {static_cast<std::int32_t>(position), offset};
+    }
+    const std::uint32_t pattern_units = request.in_bytes ? search.pattern.length : search.characters;
+    return {static_cast<std::int32_t>(units - position - pattern_units + 2), length - offset - search.pattern.length};
+}
+
+// The position of the pattern in the full text of a value: the text is copied where it has to be changed or its blanks written out. Returns
+// 0, -503, or -6108 where the text cannot be reversed.
+inline status search_value(const pattern_search& search, scratch& scratch, const bifun_string& value, std::int32_t& position) {
+    const search_request& request = search.request;
+    const bool may_end_in_blanks = value.trailing_blanks != 0 && (search.ends_in_blank || request.is_backward());
+    const bool is_copied = may_end_in_blanks || request.fold != folding::none || request.is_backward();
+    const std::uint64_t length = may_end_in_blanks ? full_length(value) : value.length;
+    const std::uint64_t positions_size = length * sizeof(std::uint32_t);
+    std::uint8_t* const memory = length > UINT32_MAX ? nullptr : reserve(scratch, positions_size + (is_copied ? length : 0));
+    if (memory == nullptr) {
+        return BIFUN_OUT_OF_MEMORY;
+    }
+    const auto text_length = static_cast<std::uint32_t>(length);
+    const std::uint8_t* text = value.data;
+    if (is_copied) {
+        std::uint8_t* const copy = memory + positions_size;
+        write_full_text(copy, {value.length, may_end_in_blanks ? value.trailing_blanks : 0, value.data});
+        fold_case(copy, text_length, request.fold);
+        if (request.is_backward() && text_length != 0 && zq_mbsrev_ex(copy, text_length) == nullptr) {
+            return BIFUN_INVALID_CHARACTER_STRING;
+        }
+        text = copy;
+    }
+    position = search_text(search, text, text_length, reinterpret_cast<std::uint32_t*>(memory)).position;
+    return BIFUN_OK;
+}
+
+// The same for a search that is_plain(). Most texts do not have the pattern's bytes, or are of single-byte characters, and need no more
+// than a look at their bytes.
+template <class Bytes>
+INLINED inline status binstr_def2_av_process_with_blank(Bytes bytes, bool ascii, const pattern_search& search, scratch& scratch,
+                                                        const bifun_string& value, std::int32_t& position) {
+    if (!ascii || (value.trailing_blanks != 0 && search.ends_in_blank)) {
+        return search_value(search, scratch, value, position);
+    }
+    const std::uint32_t offset = Bytes::find({search.pattern.bytes, search.pattern.length}, value.data, value.length);
+    if (offset != no_offset && !has_single_bytes(bytes, ascii, value)) {
+        return search_value(search, scratch, value, position);
+    }
+    position = static_cast<std::int32_t>(offset + 1); // no_offset becomes 0
+    return BIFUN_OK;
+}
+
+// The same for a pattern of blanks, without writing the value's blanks out.
+template <class Bytes>
+INLINED inline status binstr_def2_av_process_ignore_blank(Bytes bytes, bool ascii, const pattern_search& search, scratch& scratch,
+                                                          const bifun_string& value, std::int32_t& position) {
+    if (!has_single_bytes(bytes, ascii, value)) {
+        return search_value(search, scratch, value, position);
+    }
+    const std::uint32_t sought = search.pattern.length;
+    const std::uint32_t offset = Bytes::find({search.pattern.bytes, sought}, value.data, value.length);
+    if (offset != no_offset) {
+        position = static_cast<std::int32_t>(offset + 1);
+        return BIFUN_OK;
+    }
+    const std::uint32_t stored_blanks = Bytes::trailing(blank, value.data, value.length);
+    const bool is_found = std::uint64_t{stored_blanks} + value.trailing_blanks >= sought;
+    position = is_found ? static_cast<std::int32_t>(value.length - stored_blanks + 1) : 0;
+    return BIFUN_OK;
+}
+
+} // namespace bifun
+
+#endif

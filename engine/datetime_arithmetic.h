@@ -1,0 +1,252 @@
+// Arithmetic on datetimes of the packed layout, by the calendar of engine/calendar.h: what the operations of engine/datetime.h do, for
+// loops that call none. Closed formulas; nothing is read or written but the arguments. A function that returns a bool leaves `result`
+// without a meaning where it returns false.
+#ifndef BIFUN_ENGINE_DATETIME_ARITHMETIC_H
+#define BIFUN_ENGINE_DATETIME_ARITHMETIC_H
+
+#include <cstdint>
+
+#include "engine/calendar.h"
+#include "engine/datetime.h"
+#include "engine/datetime_layout.h"
+
+namespace bifun::datetime_arithmetic {
+
+using datetime_layout::datetime_words;
+
+// ---- days ---------------------------------------------------------------------------------------------------------
+
+constexpr std::uint64_t first_gregorian_date =
+    datetime_layout::pack_date(calendar::changeover_year, calendar::changeover_month, calendar::first_gregorian_day);
+
+// By which calendar the date is. The adjusted bit lies above the date, so that adjusted values are Gregorian ones too.
+constexpr bool is_gregorian(datetime_words words) { return words.civil >= first_gregorian_date; }
+
+// The Julian day number of the date, adjusted or not.
+constexpr std::int32_t day_number(datetime_words words) {
+    return calendar::julian_day(datetime_layout::year_of(words), datetime_layout::month_of(words), datetime_layout::day_of(words),
+                                is_gregorian(words));
+}
+
+// The same for a date that is taken for a Gregorian one.
+constexpr std::int32_t day_number_as_gregorian(datetime_words words) {
+    return calendar::julian_day(datetime_layout::year_of(words), datetime_layout::month_of(words), datetime_layout::day_of(words), true);
+}
+
+// zqtime_to_days: 0000-01-01 is day 0.
+constexpr std::int32_t days_from_year_0(datetime_words words) { return day_number(words) - calendar::julian_day(0, 1, 1, false); }
+
+// 0 Sunday to 6 Saturday.
+constexpr std::uint32_t day_of_week(datetime_words words) { return calendar::weekday_of_julian_day(day_number(words)); }
+
+// 1-366, counting days that exist.
+constexpr std::uint32_t day_of_year(datetime_words words) {
+    return calendar::day_of_year(datetime_layout::year_of(words), datetime_layout::month_of(words), datetime_layout::day_of(words));
+}
+
+// 1-54: weeks begin on Sunday and 1 January lies in week 1.
+constexpr std::uint32_t week_of_year(datetime_words words) {
+    const std::uint32_t days = day_of_year(words) - 1;
+    const auto first_day = static_cast<std::int32_t>(static_cast<std::uint32_t>(day_number(words)) - days);
+    return (days + calendar::weekday_of_julian_day(first_day)) / 7 + 1;
+}
+
+// The value with another date and without an adjusted bit.
+constexpr datetime_words with_date(datetime_words words, calendar::calendar_date date) {
+    return {.civil = (words.civil & datetime_layout::time_mask) | datetime_layout::pack_date(date.year, date.month, date.day),
+            .fraction_and_zone = words.fraction_and_zone};
+}
+
+// zqtime_glgl_adjust.
+constexpr datetime_words adjusted(datetime_words words) {
+    if (is_gregorian(words)) {
+        return words;
+    }
+    datetime_words result = with_date(words, calendar::date_of_julian_day(day_number(words), true));
+    result.civil |= datetime_layout::adjusted_bit;
+    return result;
+}
+
+// ---- sums ---------------------------------------------------------------------------------------------------------
+
+// Any number of days. Returns whether the result is within the range of years.
+constexpr bool add_days(datetime_words words, std::int64_t days, datetime_words& result) {
+    // A sum that wraps does not come back into the range.
+    const std::uint64_t number = static_cast<std::uint64_t>(day_number(words)) + static_cast<std::uint64_t>(days);
+    result = with_date(words, calendar::date_of_julian_day(static_cast<std::int32_t>(static_cast<std::uint32_t>(number))));
+    return number <= std::uint64_t{calendar::number_of_last_day};
+}
+
+// Any number of months. A day behind the end of the month becomes its last; with `keep_last_day` the last day of a month stays the last. A
+// day that the changeover left out becomes 1582-10-15. Returns whether the result is within the range of years.
+constexpr bool add_months(datetime_words words, std::int64_t months, bool keep_last_day, datetime_words& result) {
+    constexpr std::uint64_t month_count = (calendar::max_year - calendar::min_year + 1) * 12;
+    const std::int32_t old_year = datetime_layout::year_of(words);
+    const std::uint32_t old_month = datetime_layout::month_of(words);
+    const std::uint32_t old_day = datetime_layout::day_of(words);
+    // Months since the first one, wrapping as above.
+    const std::uint64_t count =
+        static_cast<std::uint64_t>(old_year - calendar::min_year) * 12 + (old_month - 1) + static_cast<std::uint64_t>(months);
+    const auto index = static_cast<std::uint32_t>(count);
+    const std::int32_t year = static_cast<std::int32_t>(index / 12) + calendar::min_year;
+    const std::uint32_t month = index % 12 + 1;
+    const std::uint32_t last_day = calendar::last_day_of_month(year, month);
+    const bool to_last = old_day > last_day || (keep_last_day && old_day == calendar::last_day_of_month(old_year, old_month));
+    const std::uint32_t day = to_last ? last_day : old_day;
+    result = with_date(
+        words, {.year = year, .month = month, .day = calendar::is_missing_day(year, month, day) ? calendar::first_gregorian_day : day});
+    return count < month_count;
+}
+
+constexpr std::int64_t microseconds_per_second = 1'000'000;
+constexpr std::int64_t microseconds_per_day = 86'400 * microseconds_per_second;
+
+// Any number of days, and microseconds within +-2^62. Returns whether the result is within the range of years; its hours are 0-23.
+constexpr bool add_time(datetime_words words, std::int64_t days, std::int64_t microseconds, datetime_words& result) {
+    const std::uint32_t seconds =
+        datetime_layout::hour_of(words) * 3600 + datetime_layout::minute_of(words) * 60 + datetime_layout::second_of(words);
+    const std::int64_t sum = std::int64_t{seconds} * microseconds_per_second + datetime_layout::microsecond_of(words) + microseconds;
+    const std::int64_t carry = sum / microseconds_per_day - (sum % microseconds_per_day < 0 ? 1 : 0);
+    const auto time = static_cast<std::uint64_t>(sum - carry * microseconds_per_day);
+    const auto second_of_day = static_cast<std::uint32_t>(time / microseconds_per_second);
+    const auto microsecond = static_cast<std::uint32_t>(time % microseconds_per_second);
+    const datetime_words moved{.civil = (words.civil & ~datetime_layout::time_mask) |
+                                        datetime_layout::pack_time(second_of_day / 3600, second_of_day / 60 % 60, second_of_day % 60),
+                               .fraction_and_zone = (words.fraction_and_zone & datetime_layout::zone_mask) |
+                                                    microsecond << datetime_layout::microsecond_shift};
+    return add_days(moved, static_cast<std::int64_t>(static_cast<std::uint64_t>(days) + static_cast<std::uint64_t>(carry)), result);
+}
+
+// Days and the microseconds beyond them, both with the sign of the number.
+struct day_span {
+    std::int64_t days;
+    std::int64_t microseconds;
+};
+
+// A number of days, its fraction rounded to microseconds, halves away from zero. Returns false where it is no number; a span longer than
+// the range of years stays too long for it.
+constexpr bool split_days(double days, day_span& result) {
+    constexpr double beyond_range = 1e9;
+    if (!(days > -beyond_range && days < beyond_range)) {
+        result = {.days = days < 0 ? -1'000'000'000 : 1'000'000'000, .microseconds = 0};
+        return days - days == 0; // neither infinite nor NaN
+    }
+    result.days = static_cast<std::int64_t>(days);
+    const double microseconds = (days - static_cast<double>(result.days)) * static_cast<double>(microseconds_per_day);
+    result.microseconds = static_cast<std::int64_t>(microseconds);
+    const double rest = microseconds - static_cast<double>(result.microseconds);
+    result.microseconds += (rest >= 0.5 ? 1 : 0) - (rest <= -0.5 ? 1 : 0);
+    return true;
+}
+
+// How a field of zqtime_add_by_fmt is added, so that a loop finds it out once.
+enum class step_kind : std::uint8_t { none, months, days, time };
+struct field_step {
+    step_kind kind;
+    std::int64_t size;    // months, days or microseconds of one
+    std::int64_t per_day; // how many are a day, for times
+};
+
+constexpr field_step step_of(std::int32_t field) {
+    const auto time = [](std::int64_t per_day) {
+        return field_step{.kind = step_kind::time, .size = microseconds_per_day / per_day, .per_day = per_day};
+    };
+    switch (field) {
+    case ZQTIME_YEAR:
+        return {.kind = step_kind::months, .size = 12, .per_day = 0};
+    case ZQTIME_QUARTER:
+        return {.kind = step_kind::months, .size = 3, .per_day = 0};
+    case ZQTIME_MONTH:
+        return {.kind = step_kind::months, .size = 1, .per_day = 0};
+    case ZQTIME_WEEK:
+        return {.kind = step_kind::days, .size = 7, .per_day = 0};
+    case ZQTIME_DAY:
+    case ZQTIME_DAY_OF_YEAR:
+    case ZQTIME_WEEKDAY:
+        return {.kind = step_kind::days, .size = 1, .per_day = 0};
+    case ZQTIME_HOUR:
+        return time(24);
+    case ZQTIME_MINUTE:
+        return time(24 * 60);
+    case ZQTIME_SECOND:
+        return time(24 * 60 * 60);
+    case ZQTIME_SUBSECOND:
+        return time(24 * 60 * 60 * 1000);
+    default:
+        return {.kind = step_kind::none, .size = 0, .per_day = 0};
+    }
+}
+
+// Any amount of a step that is not `none`. Returns whether the result is within the range of years.
+constexpr bool add_steps(datetime_words words, field_step step, std::int64_t amount, datetime_words& result) {
+    if (step.kind == step_kind::time) {
+        return add_time(words, amount / step.per_day, amount % step.per_day * step.size, result);
+    }
+    // More would leave the range anyway, and overflow on the way.
+    constexpr std::int64_t limit = std::int64_t{1} << 40;
+    const std::int64_t count = (amount > limit ? limit : amount < -limit ? -limit : amount) * step.size;
+    return step.kind == step_kind::months ? add_months(words, count, false, result) : add_days(words, count, result);
+}
+
+// ---- differences --------------------------------------------------------------------------------------------------
+
+constexpr std::int64_t months_of(datetime_words words) {
+    return std::int64_t{datetime_layout::year_of(words)} * 12 + datetime_layout::month_of(words) - 1;
+}
+
+constexpr std::int64_t quarters_of(datetime_words words) {
+    return std::int64_t{datetime_layout::year_of(words)} * 4 + (datetime_layout::month_of(words) - 1) / 3;
+}
+
+constexpr std::int64_t weeks_of(datetime_words words) { return (day_number(words) + 1) / 7; }
+
+constexpr std::int64_t hours_of(datetime_words words) { return std::int64_t{day_number(words)} * 24 + datetime_layout::hour_of(words); }
+
+constexpr std::int64_t minutes_of(datetime_words words) { return hours_of(words) * 60 + datetime_layout::minute_of(words); }
+
+constexpr std::int64_t seconds_of(datetime_words words) { return minutes_of(words) * 60 + datetime_layout::second_of(words); }
+
+constexpr std::int64_t milliseconds_of(datetime_words words) {
+    return seconds_of(words) * 1000 + datetime_layout::microsecond_of(words) / 1000;
+}
+
+// zqtime_parse_datediff, b - a, in 64 bits. Returns whether there is such a field.
+constexpr bool datediff(std::int32_t field, datetime_words a, datetime_words b, std::int64_t& result) {
+    switch (field) {
+    case ZQTIME_YEAR:
+        result = datetime_layout::year_of(b) - datetime_layout::year_of(a);
+        return true;
+    case ZQTIME_QUARTER:
+        result = quarters_of(b) - quarters_of(a);
+        return true;
+    case ZQTIME_MONTH:
+        result = months_of(b) - months_of(a);
+        return true;
+    case ZQTIME_WEEK:
+        result = weeks_of(b) - weeks_of(a);
+        return true;
+    case ZQTIME_DAY:
+    case ZQTIME_DAY_OF_YEAR:
+    case ZQTIME_WEEKDAY:
+        result = day_number(b) - day_number(a);
+        return true;
+    case ZQTIME_HOUR:
+        result = hours_of(b) - hours_of(a);
+        return true;
+    case ZQTIME_MINUTE:
+        result = minutes_of(b) - minutes_of(a);
+        return true;
+    case ZQTIME_SECOND:
+        result = seconds_of(b) - seconds_of(a);
+        return true;
+    case ZQTIME_SUBSECOND:
+        result = milliseconds_of(b) - milliseconds_of(a);
+        return true;
+    default:
+        return false;
+    }
+}
+
+} // namespace bifun::datetime_arithmetic
+
+#endif

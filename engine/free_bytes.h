@@ -1,0 +1,57 @@
+// C++: what bdta3_col_assign_str does where bdta3_free_bytes_are_open, for the engine that announces it and for the library that then does
+// it without a call.
+#ifndef BIFUN_ENGINE_FREE_BYTES_H
+#define BIFUN_ENGINE_FREE_BYTES_H
+
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+
+#include "engine/columns.h"
+
+namespace bifun::free_bytes {
+
+// Copies the first and the last `Width` bytes; Width <= length <= 2 * Width.
+template <std::size_t Width> inline void copy_both_ends(std::uint8_t* to, const std::uint8_t* from, std::size_t length) {
+    std::uint8_t first[Width];
+    std::uint8_t last[Width];
+    std::memcpy(first, from, Width);
+    std::memcpy(last, from + length - Width, Width);
+    std::memcpy(to, first, Width);
+    std::memcpy(to + length - Width, last, Width);
+}
+
+constexpr std::size_t longest_short = 64;
+
+// Copies at most `longest_short` bytes by moves of constant width, which overlap but never leave the value.
+inline void copy_short(std::uint8_t* to, const std::uint8_t* from, std::size_t length) {
+    if (length > 32) {
+        copy_both_ends<16>(to, from, 32);
+        copy_both_ends<16>(to + length - 32, from + length - 32, 32);
+    } else if (length >= 16) {
+        copy_both_ends<16>(to, from, length);
+    } else if (length >= 8) {
+        copy_both_ends<8>(to, from, length);
+    } else if (length >= 4) {
+        copy_both_ends<4>(to, from, length);
+    } else if (length >= 2) {
+        copy_both_ends<2>(to, from, length);
+    } else if (length == 1) {
+        *to = *from;
+    }
+}
+
+inline void copy_bytes(std::uint8_t* to, const std::uint8_t* from, std::size_t length) {
+    if (length > longest_short) {
+        std::memcpy(to, from, length);
+    } else {
+        copy_short(to, from, length);
+    }
+}
+
+// The free bytes of a string column that is written.
+inline bdta3_free_bytes& of_column(const bifun_column_data& column) { return *static_cast<bdta3_free_bytes*>(column.engine_header[1]); }
+
+} // namespace bifun::free_bytes
+
+#endif
