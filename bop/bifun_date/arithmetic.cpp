@@ -1,0 +1,172 @@
+// Datetimes moved by an amount: DATEADD, ADD_*, DATE_ADD, DATE_SUB, LAST_DAY, NEXT_DAY; and intervals made from numbers. A result outside
+// the range of years ends the batch.
+
+#include <array>
+
+#include "bop/bifun_date/weekday.h"
+#include "bop/frame/attempt_rows.h"
+#include "engine/interval.h"
+
+namespace bifun {
+namespace {
+
+// Calls `attempt(datetimes, result, values...)` for every row.
+template <class Attempt, class... Arguments> status moved_rows(const batch& batch, const Attempt& attempt, const Arguments&... arguments) {
+    return with_datetimes([&](auto datetimes) {
+        return attempt_set_rows<zqtime, failing_row::null>(
+            batch,
+            [datetimes, attempt](zqtime& result, const auto&... values) INLINED -> status { return attempt(datetimes, result, values...); },
+            arguments...);
+    });
+}
+
+template <class Amount, class Value> status dateadd(const batch& batch, int_constant field, Amount amount, Value value) {
+    return moved_rows(
+        batch,
+        [](auto datetimes, zqtime& result, std::int32_t code, std::int64_t count, const zqtime& moment)
+            INLINED { return datetimes.add_field(moment, code, count, result); },
+        integer(field), bigint(amount), datetime(value));
+}
+
+template <class Value, class Days> status add_days(const batch& batch, Value value, Days days) {
+    return moved_rows(
+        batch,
+        [](auto datetimes, zqtime& result, const zqtime& moment, double count)
+            INLINED { return datetimes.add_days(moment, count, result); },
+        datetime(value), floating(days));
+}
+
+template <class Value, class Weeks> status add_weeks(const batch& batch, Value value, Weeks weeks) {
+    return moved_rows(
+        batch,
+        [](auto datetimes, zqtime& result, const zqtime& moment, std::int32_t count) INLINED {
+            // The days wrap around in 32 bits.
+            const auto days = static_cast<std::int32_t>(static_cast<std::uint32_t>(count) * 7);
+            return datetimes.add_days(moment, static_cast<double>(days), result);
+        },
+        datetime(value), integer(weeks));
+}
+
+template <class Value, class Months> status add_months(const batch& batch, Value value, Months months) {
+    return moved_rows(
+        batch,
+        [](auto datetimes, zqtime& result, const zqtime& moment, std::int32_t count)
+            INLINED { return datetimes.add_months(moment, count, result); },
+        datetime(value), integer(months));
+}
+
+template <class Interval> status date_add(const batch& batch, column value, Interval interval) {
+    return moved_rows(
+        batch,
+        [](auto datetimes, zqtime& result, const zqtime& moment, const bifun_interval_ym& span)
+            INLINED { return datetimes.add_interval(moment, span, result); },
+        datetime(value), interval_ym(interval));
+}
+
+template <class Interval> status date_sub(const batch& batch, column value, Interval interval) {
+    return moved_rows(
+        batch,
+        [](auto datetimes, zqtime& result, const zqtime& moment, const bifun_interval_ym& span)
+            INLINED { return datetimes.subtract_interval(moment, span, result); },
+        datetime(value), interval_ym(interval));
+}
+
+constexpr auto ifun_parse_last_day = [](auto datetimes, zqtime& result, const zqtime& value)
+                                         INLINED { return datetimes.last_day_of_month(value, result); };
+
+// ---- NEXT_DAY ------------------------------------------------------------------------------------------------------------------
+
+constexpr std::uint32_t longest_day_name = 19;
+
+// The weekday, 0 Sunday to 6 Saturday, of a name.
+status parse_weekday(const bifun_string& name, std::int32_t& weekday) {
+    if (name.length > longest_day_name) {
+        return BIFUN_DAY_NAME_TOO_LONG;
+    }
+    std::array<char, longest_day_name + 1> text{};
+    std::copy_n(name.data, name.length, text.begin());
+    const std::uint32_t found = zqtime_convert_weekday(global_bifun_var.charset_code, text.data());
+    weekday = static_cast<std::int32_t>(found);
+    return found == ZQTIME_UNKNOWN_WEEKDAY ? BIFUN_UNKNOWN_DAY_NAME : BIFUN_OK;
+}
+
+// ---- intervals -------------------------------------------------------------------------------------------------------------------
+
+// `convert` is an engine operation from a number and a unit to an interval.
+template <class Interval, class Convert> status intervals_of(const batch& batch, column number, string_constant unit, Convert convert) {
+    return attempt_store_rows<Interval, failing_row::null>(
+        batch,
+        [convert](Interval& result, const xdec& count, const bifun_string& name) {
+            return convert(&count, name.data, name.length, &result);
+        },
+        decimal(number), string(unit));
+}
+
+} // namespace
+} // namespace bifun
+
+using namespace bifun;
+
+status bdateadd_vaa_date(BATCH_OF(int_constant field, column amount, column value)) { return dateadd(BATCH, field, amount, value); }
+status bdateadd_vav_date(BATCH_OF(int_constant field, column amount, datetime_constant value)) {
+    return dateadd(BATCH, field, amount, value);
+}
+status bdateadd_vva_date(BATCH_OF(int_constant field, bigint_constant amount, column value)) {
+    return dateadd(BATCH, field, amount, value);
+}
+
+status badd_days_aa_date(BATCH_OF(column value, column days)) { return add_days(BATCH, value, days); }
+status badd_days_av_date(BATCH_OF(column value, double_constant days)) { return add_days(BATCH, value, days); }
+status badd_days_va_date(BATCH_OF(datetime_constant value, column days)) { return add_days(BATCH, value, days); }
+
+status badd_weeks_aa_date(BATCH_OF(column value, column weeks)) { return add_weeks(BATCH, value, weeks); }
+status badd_weeks_av_date(BATCH_OF(column value, int_constant weeks)) { return add_weeks(BATCH, value, weeks); }
+status badd_weeks_va_date(BATCH_OF(datetime_constant value, column weeks)) { return add_weeks(BATCH, value, weeks); }
+
+status badd_months_aa_date(BATCH_OF(column value, column months)) { return add_months(BATCH, value, months); }
+status badd_months_av_date(BATCH_OF(column value, int_constant months)) { return add_months(BATCH, value, months); }
+status badd_months_va_date(BATCH_OF(datetime_constant value, column months)) { return add_months(BATCH, value, months); }
+
+status bdate_add_ym_aa(BATCH_OF(column value, column interval)) { return date_add(BATCH, value, interval); }
+status bdate_add_ym_av(BATCH_OF(column value, interval_ym_constant interval)) { return date_add(BATCH, value, interval); }
+status bdate_sub_ym_aa(BATCH_OF(column value, column interval)) { return date_sub(BATCH, value, interval); }
+status bdate_sub_ym_av(BATCH_OF(column value, interval_ym_constant interval)) { return date_sub(BATCH, value, interval); }
+
+status blast_day_a_date(BATCH_OF(column value)) { return moved_rows(BATCH, ifun_parse_last_day, datetime(value)); }
+
+status blast_day_str_a_date(BATCH_OF(column text)) {
+    return moved_rows(
+        BATCH,
+        [](auto datetimes, zqtime& result, const bifun_string& value) -> status {
+            zqtime converted;
+            const status outcome = zqtime_from_char_ex(value.data, value.length, &converted);
+            return outcome < BIFUN_OK || outcome == BIFUN_UNUSABLE_TEXT ? outcome : ifun_parse_last_day(datetimes, result, converted);
+        },
+        string(text));
+}
+
+status bnext_day_av_date(BATCH_OF(column value, string_constant name)) {
+    const batch batch = BATCH;
+    const constant_argument<bifun_string> day_name = string(name);
+    std::int32_t target = 0;
+    const status parsed = day_name.present ? parse_weekday(day_name.value, target) : BIFUN_OK;
+    if (parsed < BIFUN_OK) {
+        return fail_batch(batch, parsed);
+    }
+    return moved_rows(
+        batch,
+        [target](auto datetimes, zqtime& result, const zqtime& moment, const bifun_string&) INLINED -> status {
+            std::int32_t weekday;
+            const status counted = ifun_weekday_in(datetimes, moment, weekday);
+            const std::int32_t days = target <= weekday ? target + 7 - weekday : target - weekday;
+            return counted < BIFUN_OK ? counted : datetimes.add_field(moment, ZQTIME_DAY, days, result);
+        },
+        datetime(value), day_name);
+}
+
+status bnumtoivym_av_date(BATCH_OF(column number, string_constant unit)) {
+    return intervals_of<bifun_interval_ym>(BATCH, number, unit, xdec_to_ivym);
+}
+status bnumtoivdt_av_date(BATCH_OF(column number, string_constant unit)) {
+    return intervals_of<bifun_interval_dt>(BATCH, number, unit, xdec_to_ivdt);
+}

@@ -1,0 +1,189 @@
+// What the date families ask of a datetime, in two forms: worked out in place, for an engine whose datetimes have the packed layout, and by
+// the engine's operations. Both records have the same members with the same results; a family is written once, over one of them:
+//
+//     with_datetimes([&](auto datetimes) INLINED { return ...; })
+//
+// Components are signed: a year may be negative, and differences are taken of all of them.
+#ifndef BIFUN_DATE_DATETIME_OPERATIONS_H
+#define BIFUN_DATE_DATETIME_OPERATIONS_H
+
+#include "bop/frame/batch.h"
+#include "engine/datetime.h"
+#include "engine/datetime_arithmetic.h"
+#include "engine/interval.h"
+
+namespace bifun {
+
+// 2000-10-01 is a Sunday; weekdays are counted from there.
+struct weekday_reference {
+    static constexpr std::int32_t year = 2000;
+    static constexpr std::uint32_t month = 10;
+    static constexpr std::uint32_t day = 1;
+};
+
+struct packed_datetimes {
+    static datetime_layout::datetime_words words(const zqtime& value) { return datetime_layout::load_datetime(value); }
+
+    static std::int32_t year(const zqtime& value) { return datetime_layout::year_of(words(value)); }
+    static std::int32_t month(const zqtime& value) { return static_cast<std::int32_t>(datetime_layout::month_of(words(value))); }
+    static std::int32_t day(const zqtime& value) { return static_cast<std::int32_t>(datetime_layout::day_of(words(value))); }
+    static std::int32_t hour(const zqtime& value) { return static_cast<std::int32_t>(datetime_layout::hour_of(words(value))); }
+    static std::int32_t minute(const zqtime& value) { return static_cast<std::int32_t>(datetime_layout::minute_of(words(value))); }
+    static std::int32_t second(const zqtime& value) { return static_cast<std::int32_t>(datetime_layout::second_of(words(value))); }
+    static std::int32_t microsecond(const zqtime& value) {
+        return static_cast<std::int32_t>(datetime_layout::microsecond_of(words(value)));
+    }
+    static std::int32_t zone_hour(const zqtime& value) { return zone(value) / 60; }
+    static std::int32_t zone_minute(const zqtime& value) { return zone(value) % 60; }
+    static std::int32_t day_of_year(const zqtime& value) {
+        return static_cast<std::int32_t>(datetime_arithmetic::day_of_year(words(value)));
+    }
+    static std::int32_t day_of_week(const zqtime& value) {
+        return static_cast<std::int32_t>(datetime_arithmetic::day_of_week(words(value)));
+    }
+    static std::int32_t week(const zqtime& value) { return static_cast<std::int32_t>(datetime_arithmetic::week_of_year(words(value))); }
+
+    static std::int32_t diff_day(const zqtime& a, const zqtime& b) {
+        return datetime_arithmetic::day_number(words(a)) - datetime_arithmetic::day_number(words(b));
+    }
+    static std::int32_t diff_day_without_adjust(const zqtime& a, const zqtime& b) {
+        return datetime_arithmetic::day_number_as_gregorian(words(a)) - datetime_arithmetic::day_number_as_gregorian(words(b));
+    }
+    static status days_from_reference(const zqtime& value, std::int32_t& days) {
+        days = datetime_arithmetic::day_number(words(value)) -
+               calendar::julian_day(weekday_reference::year, weekday_reference::month, weekday_reference::day);
+        return BIFUN_OK;
+    }
+    static status datediff(std::int32_t field, const zqtime& a, const zqtime& b, std::int32_t& result) {
+        std::int64_t count;
+        if (!datetime_arithmetic::datediff(field, words(a), words(b), count)) {
+            return BIFUN_ARGUMENT_OUT_OF_DOMAIN;
+        }
+        result = static_cast<std::int32_t>(count);
+        return result == count ? BIFUN_OK : BIFUN_NUMERIC_OVERFLOW;
+    }
+
+    static status add_field(const zqtime& value, std::int32_t field, std::int64_t amount, zqtime& result) {
+        const datetime_arithmetic::field_step step = datetime_arithmetic::step_of(field);
+        if (step.kind == datetime_arithmetic::step_kind::none) {
+            return BIFUN_ARGUMENT_OUT_OF_DOMAIN;
+        }
+        datetime_layout::datetime_words sum;
+        return stored(datetime_arithmetic::add_steps(words(value), step, amount, sum), sum, result);
+    }
+    static status add_days(const zqtime& value, double days, zqtime& result) {
+        datetime_arithmetic::day_span span;
+        if (!datetime_arithmetic::split_days(days, span)) {
+            return BIFUN_ARGUMENT_OUT_OF_DOMAIN;
+        }
+        datetime_layout::datetime_words sum;
+        const bool in_range = span.microseconds == 0 ? datetime_arithmetic::add_days(words(value), span.days, sum)
+                                                     : datetime_arithmetic::add_time(words(value), span.days, span.microseconds, sum);
+        return stored(in_range, sum, result);
+    }
+    static status add_months(const zqtime& value, std::int32_t months, zqtime& result) {
+        datetime_layout::datetime_words sum;
+        return stored(datetime_arithmetic::add_months(words(value), months, true, sum), sum, result);
+    }
+    static status add_interval(const zqtime& value, const bifun_interval_ym& interval, zqtime& result) {
+        return add_months_of_interval(value, months_in(interval), result);
+    }
+    static status subtract_interval(const zqtime& value, const bifun_interval_ym& interval, zqtime& result) {
+        return add_months_of_interval(value, -months_in(interval), result);
+    }
+    static status last_day_of_month(const zqtime& value, zqtime& result) {
+        datetime_layout::datetime_words moved = words(value);
+        const std::uint32_t last = calendar::last_day_of_month(datetime_layout::year_of(moved), datetime_layout::month_of(moved));
+        constexpr std::uint64_t day_mask = std::uint64_t{0x1F} << datetime_layout::day_shift;
+        moved.civil = (moved.civil & ~day_mask) | std::uint64_t{last} << datetime_layout::day_shift;
+        return stored(true, moved, result);
+    }
+    static std::int32_t month_end_day(std::int32_t year, std::int32_t month) {
+        return static_cast<std::int32_t>(calendar::last_day_of_month(year, static_cast<std::uint32_t>(month)));
+    }
+
+  private:
+    static std::int32_t zone(const zqtime& value) {
+        const std::int32_t minutes = datetime_layout::zone_of(words(value));
+        return minutes == ZQTIME_NO_ZONE ? 0 : minutes;
+    }
+    static std::int64_t months_in(const bifun_interval_ym& interval) { return std::int64_t{interval.years} * 12 + interval.months; }
+    static status add_months_of_interval(const zqtime& value, std::int64_t months, zqtime& result) {
+        datetime_layout::datetime_words sum;
+        return stored(datetime_arithmetic::add_months(words(value), months, false, sum), sum, result);
+    }
+    static status stored(bool in_range, datetime_layout::datetime_words value, zqtime& result) {
+        if (!in_range) {
+            return BIFUN_INVALID_DATETIME;
+        }
+        datetime_layout::store_datetime(result, value);
+        return BIFUN_OK;
+    }
+};
+
+struct engine_datetimes {
+    static std::int32_t year(const zqtime& value) { return static_cast<std::int32_t>(zqtime_get_year(&value)); }
+    static std::int32_t month(const zqtime& value) { return static_cast<std::int32_t>(zqtime_get_month(&value)); }
+    static std::int32_t day(const zqtime& value) { return static_cast<std::int32_t>(zqtime_get_day(&value)); }
+    static std::int32_t hour(const zqtime& value) { return static_cast<std::int32_t>(zqtime_get_hour(&value)); }
+    static std::int32_t minute(const zqtime& value) { return static_cast<std::int32_t>(zqtime_get_min(&value)); }
+    static std::int32_t second(const zqtime& value) { return static_cast<std::int32_t>(zqtime_get_sec(&value)); }
+    static std::int32_t microsecond(const zqtime& value) { return static_cast<std::int32_t>(zqtime_get_msec(&value)); }
+    static std::int32_t zone_hour(const zqtime& value) { return zqtime_get_zone_hour(&value); }
+    static std::int32_t zone_minute(const zqtime& value) { return zqtime_get_zone_min(&value); }
+    static std::int32_t day_of_year(const zqtime& value) { return static_cast<std::int32_t>(zqtime_day_of_year(&value)); }
+    // An engine's weekdays and weeks count in their low 16 bits.
+    static std::int32_t day_of_week(const zqtime& value) { return static_cast<std::uint16_t>(zqtime_day_of_week(&value)); }
+    static std::int32_t week(const zqtime& value) { return static_cast<std::uint16_t>(zqtime_week_for_datepart(&value)); }
+
+    static std::int32_t diff_day(const zqtime& a, const zqtime& b) { return zqtime_diff_day(&a, &b); }
+    static std::int32_t diff_day_without_adjust(const zqtime& a, const zqtime& b) { return zqtime_diff_day_without_glgl_adjust(&a, &b); }
+    static status days_from_reference(const zqtime& value, std::int32_t& days) {
+        zqtime adjusted = value;
+        zqtime_glgl_adjust(&adjusted);
+        zqtime reference;
+        const status encoded = zqtime_encode(&reference, weekday_reference::year, weekday_reference::month, weekday_reference::day, 1, 1, 1,
+                                             1, ZQTIME_NO_ZONE);
+        if (encoded < BIFUN_OK) {
+            return encoded;
+        }
+        days = zqtime_diff_day(&adjusted, &reference);
+        return BIFUN_OK;
+    }
+    static status datediff(std::int32_t field, const zqtime& a, const zqtime& b, std::int32_t& result) {
+        return zqtime_parse_datediff(field, &a, &b, &result);
+    }
+
+    static status add_field(const zqtime& value, std::int32_t field, std::int64_t amount, zqtime& result) {
+        return zqtime_add_by_fmt(&value, field, amount, &result);
+    }
+    static status add_days(const zqtime& value, double days, zqtime& result) { return zqtime_date_add_number(&value, days, &result); }
+    static status add_months(const zqtime& value, std::int32_t months, zqtime& result) {
+        return zqtime_date_add_iv_ym(&value, months, &result);
+    }
+    static status add_interval(const zqtime& value, const bifun_interval_ym& interval, zqtime& result) {
+        return datetime_add_interval_ym(&value, &interval, &result);
+    }
+    static status subtract_interval(const zqtime& value, const bifun_interval_ym& interval, zqtime& result) {
+        return datetime_sub_interval_ym(&value, &interval, &result);
+    }
+    static status last_day_of_month(const zqtime& value, zqtime& result) {
+        zqtime_assign(&result, &value);
+        return zqtime_set_day(&result, zqtime_month_end_day(year(value), zqtime_get_month(&value)));
+    }
+    static std::int32_t month_end_day(std::int32_t year, std::int32_t month) {
+        return static_cast<std::int32_t>(zqtime_month_end_day(year, static_cast<std::uint32_t>(month)));
+    }
+};
+
+inline bool datetimes_are_packed() { return &zqtime_layout != nullptr && zqtime_layout == ZQTIME_LAYOUT_PACKED; }
+
+template <class Body> [[gnu::noinline]] status with_engine_datetimes(const Body& body) { return body(engine_datetimes{}); }
+
+template <class Body> INLINED inline status with_datetimes(const Body& body) {
+    return datetimes_are_packed() ? body(packed_datetimes{}) : with_engine_datetimes(body);
+}
+
+} // namespace bifun
+
+#endif
