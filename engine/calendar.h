@@ -1,6 +1,7 @@
 // The calendar of datetimes: Julian before 1582-10-15, Gregorian from then on, years astronomical. Closed formulas only, without branches,
 // so that loops over them vectorise; after E. G. Richards, "Calendars", in the Explanatory Supplement to the Astronomical Almanac
-// (2013), 15.11.
+// (2013), 15.11, with the months by C. Neri and L. Schneider, "Euclidean affine functions and their application to calendar algorithms"
+// (2022).
 #ifndef BIFUN_ENGINE_CALENDAR_H
 #define BIFUN_ENGINE_CALENDAR_H
 
@@ -24,7 +25,7 @@ constexpr bool is_leap_year(std::int32_t year) {
 }
 
 // The number of the last day of a month, 1 to 12. October 1582 has 31, as its missing days lie within.
-constexpr std::uint32_t last_day_of_month(std::int32_t year, std::uint32_t month) {
+[[gnu::always_inline]] constexpr std::uint32_t last_day_of_month(std::int32_t year, std::uint32_t month) {
     if (month == 2) {
         return is_leap_year(year) ? 29 : 28;
     }
@@ -47,14 +48,15 @@ constexpr bool is_gregorian(std::int32_t year, std::uint32_t month, std::uint32_
 
 // The Julian day number: -4712-01-01 is day 0. For years from -8000 on, month 1-12, and any day, counted on from the month's first. Years
 // are counted from March, so that the leap day is the last. `gregorian` says by which calendar the date is.
-constexpr std::int32_t julian_day(std::int32_t year, std::uint32_t month, std::uint32_t day, bool gregorian) {
+[[gnu::always_inline]] constexpr std::int32_t julian_day(std::int32_t year, std::uint32_t month, std::uint32_t day, bool gregorian) {
     constexpr std::int32_t year_origin = -8000; // a multiple of 400, before every year
     const bool before_march = month <= 2;
     const auto years = static_cast<std::uint32_t>(year - year_origin) - (before_march ? 1U : 0U);
-    const std::uint32_t months = before_march ? month + 9 : month - 3;         // 0 March to 11 February
-    const std::uint32_t days = (153 * months + 2) / 5 + day - 1;               // since 1 March
-    const std::uint32_t julian_days = days + 365 * years + years / 4;          // since 1 March of the origin, by the Julian calendar
-    const std::uint32_t left_out = gregorian ? years / 100 - years / 400 : 0U; // leap days that the Gregorian calendar leaves out
+    const std::uint32_t months = before_march ? month + 12 : month;            // 3 March to 14 February
+    const std::uint32_t days = (979 * months - 2919) / 32 + day - 1;           // since 1 March
+    const std::uint32_t julian_days = days + 1461 * years / 4;                 // since 1 March of the origin, by the Julian calendar
+    const std::uint32_t centuries = years * 5243 >> 19;                        // years / 100, for years below 43699
+    const std::uint32_t left_out = gregorian ? centuries - centuries / 4 : 0U; // leap days that the Gregorian calendar leaves out
     constexpr std::int32_t julian_origin = -1200882;                           // the day number of -8000-03-01, Julian
     constexpr std::int32_t gregorian_shift = 62;                               // Gregorian less Julian day number of that date
     return static_cast<std::int32_t>(julian_days - left_out) + julian_origin + (gregorian ? gregorian_shift : 0);
@@ -74,19 +76,18 @@ struct calendar_date {
 };
 
 // The date of a Julian day number from 0 on, by the given calendar.
-constexpr calendar_date date_of_julian_day(std::int32_t julian_day, bool gregorian) {
+[[gnu::always_inline]] constexpr calendar_date date_of_julian_day(std::int32_t julian_day, bool gregorian) {
     const auto number = static_cast<std::uint32_t>(julian_day);
     constexpr std::uint32_t left_out_at_origin = 38; // wraps for the centuries before
     const std::uint32_t left_out = (4 * number + 274277) / 146097 * 3 / 4 - left_out_at_origin;
     const std::uint32_t days = number + 1401 + (gregorian ? left_out : 0U); // since 1 March -4716, as if all centuries had leap years
     const std::uint32_t quarters = 4 * days + 3;
-    const std::uint32_t day_of_year = quarters % 1461 / 4; // from 1 March
-    const std::uint32_t fifths = 5 * day_of_year + 2;
-    const std::uint32_t months = fifths / 153; // 0 March to 11 February
-    const bool after_december = months >= 10;
+    const std::uint32_t day_of_year = quarters % 1461 / 4;    // from 1 March
+    const std::uint32_t months = 2141 * day_of_year + 197913; // 3 March to 14 February in the upper half
+    const bool after_december = day_of_year >= 306;
     return {.year = static_cast<std::int32_t>(quarters / 1461) - 4716 + (after_december ? 1 : 0),
-            .month = after_december ? months - 9 : months + 3,
-            .day = fifths % 153 / 5 + 1};
+            .month = (months >> 16) - (after_december ? 12U : 0U),
+            .day = (months & 0xFFFF) / 2141 + 1};
 }
 
 constexpr calendar_date date_of_julian_day(std::int32_t julian_day) {
@@ -94,7 +95,7 @@ constexpr calendar_date date_of_julian_day(std::int32_t julian_day) {
 }
 
 // The number of the day in its year, 1 to 366; the missing days do not count.
-constexpr std::uint32_t day_of_year(std::int32_t year, std::uint32_t month, std::uint32_t day) {
+[[gnu::always_inline]] constexpr std::uint32_t day_of_year(std::int32_t year, std::uint32_t month, std::uint32_t day) {
     const std::uint32_t before_month = (367 * month - 362) / 12; // as if February had 30 days
     const std::uint32_t february = month <= 2 ? 0U : is_leap_year(year) ? 1U : 2U;
     const std::uint32_t missing =

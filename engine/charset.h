@@ -1,8 +1,10 @@
 /* Text in the database character set, which is one for the whole process and is told to the library by bifun_dll_var_init.
  *
- * Offsets and lengths are in bytes, counted from 0; positions are in characters, counted from 1. Text may be malformed: a byte that begins
- * no valid character is a character of one byte, and so is every byte of a character that the text cuts off. No operation reads outside the
- * text that it is given, which may be null where its length is 0. Operations take no environment and allocate nothing. */
+ * Offsets and lengths are in bytes, counted from 0; positions are in characters, counted from 1. Text may be malformed: from the left on,
+ * the character at a place is the valid one that begins there, if the text has all its bytes, and else the one byte. So a byte that begins
+ * no valid character is a character, and so is every byte of one that the end of the text or a wrong byte cuts off. All operations tell the
+ * same characters. No operation reads outside the text that it is given, which may be null where its length is 0. Operations take no
+ * environment and allocate nothing. */
 #ifndef BIFUN_ENGINE_CHARSET_H
 #define BIFUN_ENGINE_CHARSET_H
 
@@ -15,17 +17,18 @@ extern "C" {
 /* The codes of bifun_settings.charset_code. */
 enum { ZQ_CHARSET_GB18030 = 0, ZQ_CHARSET_UTF8 = 1, ZQ_CHARSET_EUC_KR = 2 };
 
-/* Optional. Non-zero where in the database character set every text of bytes below 0x80 has a character for each byte, the operations below
- * see it so, and those that fold case change its letters A-Z and a-z only. Then the library does not call an operation for such text. */
+/* Optional. Non-zero where in the database character set bytes below 0x80 that only such bytes precede are a character each, and the
+ * operations below see it so. Then the library does not call an operation for text that has, or begins with, such bytes only. */
 extern int32_t zq_ascii_is_single_byte __attribute__((weak));
 
 /* ---- lengths and places -------------------------------------------------------------------------------------------- */
 
 /* The length of the character that begins at `character`, told by as few of its bytes as possible and without knowing where the text ends:
- * at least 1, and possibly more than the text has left. */
+ * at least 1, and possibly more than the text has left. For a valid and whole character it is that of zq_mb_char_get_len_ex. Where a lead
+ * byte does not tell the length, as in GB18030, the byte behind it is read too, and must be readable even where the text ends before it. */
 uint32_t zq_mb_char_get_len(const uint8_t* character);
 
-/* The length of the character, with `remaining` bytes left, at least 1. */
+/* The length of the character, with `remaining` bytes left: at least 1, and more than `remaining` only where that is 0. */
 uint32_t zq_mb_char_get_len_ex(const uint8_t* character, uint32_t remaining);
 
 /* The number of characters. */
@@ -41,10 +44,10 @@ uint32_t zq_mbsninc_count_ex(const uint8_t* text, uint32_t length, uint32_t char
 /* The offset behind the first character; 0 for an empty text. */
 uint32_t zq_mbsinc_ex(const uint8_t* text, uint32_t length);
 
-/* The offset of the character at `position`, from 1; `length` behind the last one. */
+/* The offset of the character at `position`, from 1 (0 is taken as 1); `length` behind the last one. */
 uint32_t zq_mbget_byte_offset(const uint8_t* text, uint32_t length, uint32_t position);
 
-/* The length of at most `characters` characters from position `start`, from 1, on. */
+/* The length of at most `characters` characters from position `start`, from 1 (0 is taken as 1), on. */
 uint32_t zq_mbget_bytelen(const uint8_t* text, uint32_t length, uint32_t start, uint32_t characters);
 
 /* Non-zero where the byte at `offset`, below `length`, is the first of a character. */
@@ -52,15 +55,17 @@ int32_t zq_char_start(const uint8_t* text, uint32_t length, uint32_t offset);
 
 /* ---- changing text in place ----------------------------------------------------------------------------------------- */
 
-/* Upper and lower case, character by character, where the other case has as many bytes. */
+/* Upper and lower case, character by character, by Unicode's simple mappings, where the other case has as many bytes. What is no valid
+ * character stays. */
 void zq_mbsupper_ex(uint8_t* text, uint32_t length);
 void zq_mbslower_ex(uint8_t* text, uint32_t length);
 
 /* The upper case of an ASCII character; other bytes as they are. */
 uint8_t zqupper(uint8_t character);
 
-/* Reverses the order of the characters, whose bytes keep theirs. Doing it twice gives the text back, malformed or not. Returns `text`, or
- * null where it cannot be done, and then the text is unchanged. */
+/* Reverses the order of the characters, whose bytes keep theirs. The reversed text is made of the same characters, so doing it twice gives
+ * the text back, malformed or not. Returns `text`, or null where a byte that is no valid character would join those that come to stand
+ * behind it, as a cut off lead byte does with the character before it in GB18030; then the text is unchanged. */
 uint8_t* zq_mbsrev_ex(uint8_t* text, uint32_t length);
 
 /* The same for compatible modes other than 2; in that one the bytes are reversed. */
@@ -74,9 +79,9 @@ void trim_left_space(const uint8_t** text, uint32_t* length);
 
 /* ---- conversions ---------------------------------------------------------------------------------------------------- */
 
-/* Copies the valid characters of a text in the engine's character set `number` (10 GB18030, 1 UTF-8, 6 EUC-KR, 0 single bytes), leaving out
- * the others, to `valid`, which has room for `length` bytes or is null. Returns how many bytes these are; `*characters`, unless null, gets
- * how many characters. */
+/* Copies the valid characters of a text in the engine's character set `number` (10 GB18030, 1 UTF-8, 6 EUC-KR, any other single bytes,
+ * which all are valid), leaving out the others, to `valid`, which has room for `length` bytes, may be `text`, or is null. Returns how many
+ * bytes these are; `*characters`, unless null, gets how many characters. */
 uint32_t zq_get_valid_chars(int32_t number, const uint8_t* text, uint32_t length, uint8_t* valid, uint32_t* characters);
 
 /* Writes the Unicode code point of every character, 0xFFFD for one that has none, and returns the number of characters. `code_points` has

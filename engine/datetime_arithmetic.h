@@ -16,22 +16,25 @@ using datetime_layout::datetime_words;
 
 // ---- days ---------------------------------------------------------------------------------------------------------
 
-constexpr std::uint64_t first_gregorian_date =
-    datetime_layout::pack_date(calendar::changeover_year, calendar::changeover_month, calendar::first_gregorian_day);
+constexpr auto first_gregorian_date = static_cast<std::uint32_t>(
+    datetime_layout::pack_date(calendar::changeover_year, calendar::changeover_month, calendar::first_gregorian_day) >>
+    datetime_layout::day_shift);
+
+constexpr std::uint32_t date_of(datetime_words words) { return static_cast<std::uint32_t>(words.civil >> datetime_layout::day_shift); }
 
 // By which calendar the date is. The adjusted bit lies above the date, so that adjusted values are Gregorian ones too.
-constexpr bool is_gregorian(datetime_words words) { return words.civil >= first_gregorian_date; }
+constexpr bool is_gregorian(datetime_words words) { return date_of(words) >= first_gregorian_date; }
 
-// The Julian day number of the date, adjusted or not.
-constexpr std::int32_t day_number(datetime_words words) {
-    return calendar::julian_day(datetime_layout::year_of(words), datetime_layout::month_of(words), datetime_layout::day_of(words),
-                                is_gregorian(words));
+// The Julian day number of a date, adjusted or not, or taken for a Gregorian one.
+[[gnu::always_inline]] constexpr std::int32_t day_number_of_date(std::uint32_t date, bool gregorian) {
+    return calendar::julian_day(datetime_layout::year_of_date(date), datetime_layout::month_of_date(date),
+                                datetime_layout::day_of_date(date), gregorian);
 }
-
-// The same for a date that is taken for a Gregorian one.
-constexpr std::int32_t day_number_as_gregorian(datetime_words words) {
-    return calendar::julian_day(datetime_layout::year_of(words), datetime_layout::month_of(words), datetime_layout::day_of(words), true);
+[[gnu::always_inline]] constexpr std::int32_t day_number_of_date(std::uint32_t date) {
+    return day_number_of_date(date, date >= first_gregorian_date);
 }
+constexpr std::int32_t day_number(datetime_words words) { return day_number_of_date(date_of(words)); }
+constexpr std::int32_t day_number_as_gregorian(datetime_words words) { return day_number_of_date(date_of(words), true); }
 
 // zqtime_to_days: 0000-01-01 is day 0.
 constexpr std::int32_t days_from_year_0(datetime_words words) { return day_number(words) - calendar::julian_day(0, 1, 1, false); }
@@ -71,6 +74,16 @@ constexpr datetime_words adjusted(datetime_words words) {
 
 // Any number of days. Returns whether the result is within the range of years.
 constexpr bool add_days(datetime_words words, std::int64_t days, datetime_words& result) {
+    // Within the first 28 days of a month that is whole, the day alone changes.
+    constexpr std::uint32_t month_bits = ~std::uint32_t{0x1F};
+    constexpr std::int64_t shortest_month = 28;
+    const std::uint32_t date = date_of(words);
+    const std::uint64_t day = datetime_layout::day_of(words) + static_cast<std::uint64_t>(days) - 1;
+    if (day < shortest_month && ((date ^ first_gregorian_date) & month_bits) != 0 && (words.civil & datetime_layout::adjusted_bit) == 0) {
+        result = {.civil = words.civil + (static_cast<std::uint64_t>(days) << datetime_layout::day_shift),
+                  .fraction_and_zone = words.fraction_and_zone};
+        return true;
+    }
     // A sum that wraps does not come back into the range.
     const std::uint64_t number = static_cast<std::uint64_t>(day_number(words)) + static_cast<std::uint64_t>(days);
     result = with_date(words, calendar::date_of_julian_day(static_cast<std::int32_t>(static_cast<std::uint32_t>(number))));

@@ -64,6 +64,24 @@ constexpr std::uint32_t second_of(datetime_words words) { return static_cast<std
 constexpr std::uint32_t microsecond_of(datetime_words words) { return words.fraction_and_zone >> microsecond_shift; }
 constexpr std::int32_t zone_of(datetime_words words) { return static_cast<std::int32_t>(words.fraction_and_zone & zone_mask) - zone_bias; }
 
+// Bytes 4-7, the upper half of the first word, alone: the date in 32 bits, of which loops over many values make vectors.
+inline std::uint32_t load_date(const zqtime& value) {
+    std::uint32_t date;
+    std::memcpy(&date, value.bytes + 4, sizeof date);
+    return date;
+}
+
+constexpr std::int32_t year_of_date(std::uint32_t date) { return static_cast<std::int32_t>(date >> 9 & 0x3FFF) - year_bias; }
+constexpr std::uint32_t month_of_date(std::uint32_t date) { return date >> 5 & 0xF; }
+constexpr std::uint32_t day_of_date(std::uint32_t date) { return date & 0x1F; }
+
+// Bytes 0-3, the lower half: the time.
+inline std::uint32_t load_time(const zqtime& value) {
+    std::uint32_t time;
+    std::memcpy(&time, value.bytes, sizeof time);
+    return time;
+}
+
 // The date in its place in the first word. The parts must fit their bits.
 constexpr std::uint64_t pack_date(std::int32_t year, std::uint32_t month, std::uint32_t day) {
     return static_cast<std::uint64_t>(year + year_bias) << year_shift | std::uint64_t{month} << month_shift |

@@ -20,19 +20,43 @@ template <class Attempt, class... Arguments> status moved_rows(const batch& batc
     });
 }
 
+// `field` is the same for all rows. One that cannot be added fails at the first of them.
 template <class Amount, class Value> status dateadd(const batch& batch, int_constant field, Amount amount, Value value) {
-    return moved_rows(
-        batch,
-        [](auto datetimes, zqtime& result, std::int32_t code, std::int64_t count, const zqtime& moment)
-            INLINED { return datetimes.add_field(moment, code, count, result); },
-        integer(field), bigint(amount), datetime(value));
+    return with_datetimes([&](auto datetimes) {
+        typename decltype(datetimes)::field_step step;
+        const status made = datetimes.make_step(field->value, step);
+        return attempt_set_rows<zqtime, failing_row::null>(
+            batch,
+            [datetimes, step, made](zqtime& result, std::int32_t, std::int64_t count, const zqtime& moment)
+                INLINED -> status { return made < BIFUN_OK ? made : datetimes.add_steps(moment, step, count, result); },
+            integer(field), bigint(amount), datetime(value));
+    });
 }
 
-template <class Value, class Days> status add_days(const batch& batch, Value value, Days days) {
+status add_days(const batch& batch, column value, double_constant days) {
+    return with_datetimes([&](auto datetimes) {
+        const constant_argument<double> count = floating(days);
+        typename decltype(datetimes)::day_span span;
+        const status made = datetimes.make_span(count.value, span);
+        return attempt_set_rows<zqtime, failing_row::null>(
+            batch,
+            [datetimes, span, made](zqtime& result, const zqtime& moment, double)
+                INLINED -> status { return made < BIFUN_OK ? made : datetimes.add_span(moment, span, result); },
+            datetime(value), count);
+    });
+}
+
+constexpr auto add_number_of_days = [](auto datetimes, const zqtime& moment, double days, zqtime& result) INLINED -> status {
+    typename decltype(datetimes)::day_span span;
+    const status made = datetimes.make_span(days, span);
+    return made < BIFUN_OK ? made : datetimes.add_span(moment, span, result);
+};
+
+template <class Value> status add_days(const batch& batch, Value value, column days) {
     return moved_rows(
         batch,
         [](auto datetimes, zqtime& result, const zqtime& moment, double count)
-            INLINED { return datetimes.add_days(moment, count, result); },
+            INLINED { return add_number_of_days(datetimes, moment, count, result); },
         datetime(value), floating(days));
 }
 
@@ -42,7 +66,7 @@ template <class Value, class Weeks> status add_weeks(const batch& batch, Value v
         [](auto datetimes, zqtime& result, const zqtime& moment, std::int32_t count) INLINED {
             // The days wrap around in 32 bits.
             const auto days = static_cast<std::int32_t>(static_cast<std::uint32_t>(count) * 7);
-            return datetimes.add_days(moment, static_cast<double>(days), result);
+            return add_number_of_days(datetimes, moment, static_cast<double>(days), result);
         },
         datetime(value), integer(weeks));
 }
@@ -153,15 +177,19 @@ status bnext_day_av_date(BATCH_OF(column value, string_constant name)) {
     if (parsed < BIFUN_OK) {
         return fail_batch(batch, parsed);
     }
-    return moved_rows(
-        batch,
-        [target](auto datetimes, zqtime& result, const zqtime& moment, const bifun_string&) INLINED -> status {
-            std::int32_t weekday;
-            const status counted = ifun_weekday_in(datetimes, moment, weekday);
-            const std::int32_t days = target <= weekday ? target + 7 - weekday : target - weekday;
-            return counted < BIFUN_OK ? counted : datetimes.add_field(moment, ZQTIME_DAY, days, result);
-        },
-        datetime(value), day_name);
+    return with_datetimes([&](auto datetimes) {
+        typename decltype(datetimes)::field_step day;
+        (void)datetimes.make_step(ZQTIME_DAY, day);
+        return attempt_set_rows<zqtime, failing_row::null>(
+            batch,
+            [datetimes, target, day](zqtime& result, const zqtime& moment, const bifun_string&) INLINED -> status {
+                std::int32_t weekday;
+                const status counted = ifun_weekday_in_for_glgl_special(datetimes, moment, weekday);
+                const std::int32_t days = target <= weekday ? target + 7 - weekday : target - weekday;
+                return counted < BIFUN_OK ? counted : datetimes.add_steps(moment, day, days, result);
+            },
+            datetime(value), day_name);
+    });
 }
 
 status bnumtoivym_av_date(BATCH_OF(column number, string_constant unit)) {

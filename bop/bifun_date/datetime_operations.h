@@ -24,12 +24,15 @@ struct weekday_reference {
 struct packed_datetimes {
     static datetime_layout::datetime_words words(const zqtime& value) { return datetime_layout::load_datetime(value); }
 
-    static std::int32_t year(const zqtime& value) { return datetime_layout::year_of(words(value)); }
-    static std::int32_t month(const zqtime& value) { return static_cast<std::int32_t>(datetime_layout::month_of(words(value))); }
-    static std::int32_t day(const zqtime& value) { return static_cast<std::int32_t>(datetime_layout::day_of(words(value))); }
-    static std::int32_t hour(const zqtime& value) { return static_cast<std::int32_t>(datetime_layout::hour_of(words(value))); }
-    static std::int32_t minute(const zqtime& value) { return static_cast<std::int32_t>(datetime_layout::minute_of(words(value))); }
-    static std::int32_t second(const zqtime& value) { return static_cast<std::int32_t>(datetime_layout::second_of(words(value))); }
+    static std::uint32_t date(const zqtime& value) { return datetime_layout::load_date(value); }
+    static std::int32_t number(std::uint32_t value) { return static_cast<std::int32_t>(value); }
+
+    static std::int32_t year(const zqtime& value) { return datetime_layout::year_of_date(date(value)); }
+    static std::int32_t month(const zqtime& value) { return number(datetime_layout::month_of_date(date(value))); }
+    static std::int32_t day(const zqtime& value) { return number(datetime_layout::day_of_date(date(value))); }
+    static std::int32_t hour(const zqtime& value) { return number(datetime_layout::load_time(value) >> 12); }
+    static std::int32_t minute(const zqtime& value) { return number(datetime_layout::load_time(value) >> 6 & 0x3F); }
+    static std::int32_t second(const zqtime& value) { return number(datetime_layout::load_time(value) & 0x3F); }
     static std::int32_t microsecond(const zqtime& value) {
         return static_cast<std::int32_t>(datetime_layout::microsecond_of(words(value)));
     }
@@ -44,13 +47,13 @@ struct packed_datetimes {
     static std::int32_t week(const zqtime& value) { return static_cast<std::int32_t>(datetime_arithmetic::week_of_year(words(value))); }
 
     static std::int32_t diff_day(const zqtime& a, const zqtime& b) {
-        return datetime_arithmetic::day_number(words(a)) - datetime_arithmetic::day_number(words(b));
+        return datetime_arithmetic::day_number_of_date(date(a)) - datetime_arithmetic::day_number_of_date(date(b));
     }
     static std::int32_t diff_day_without_adjust(const zqtime& a, const zqtime& b) {
-        return datetime_arithmetic::day_number_as_gregorian(words(a)) - datetime_arithmetic::day_number_as_gregorian(words(b));
+        return datetime_arithmetic::day_number_of_date(date(a), true) - datetime_arithmetic::day_number_of_date(date(b), true);
     }
     static status days_from_reference(const zqtime& value, std::int32_t& days) {
-        days = datetime_arithmetic::day_number(words(value)) -
+        days = datetime_arithmetic::day_number_of_date(date(value)) -
                calendar::julian_day(weekday_reference::year, weekday_reference::month, weekday_reference::day);
         return BIFUN_OK;
     }
@@ -63,19 +66,21 @@ struct packed_datetimes {
         return result == count ? BIFUN_OK : BIFUN_NUMERIC_OVERFLOW;
     }
 
-    static status add_field(const zqtime& value, std::int32_t field, std::int64_t amount, zqtime& result) {
-        const datetime_arithmetic::field_step step = datetime_arithmetic::step_of(field);
-        if (step.kind == datetime_arithmetic::step_kind::none) {
-            return BIFUN_ARGUMENT_OUT_OF_DOMAIN;
-        }
+    // What is added in one step of a field, and a number of days: what is known of them before a row is seen.
+    using field_step = datetime_arithmetic::field_step;
+    using day_span = datetime_arithmetic::day_span;
+    static status make_step(std::int32_t field, field_step& step) {
+        step = datetime_arithmetic::step_of(field);
+        return step.kind == datetime_arithmetic::step_kind::none ? BIFUN_ARGUMENT_OUT_OF_DOMAIN : BIFUN_OK;
+    }
+    static status make_span(double days, day_span& span) {
+        return datetime_arithmetic::split_days(days, span) ? BIFUN_OK : BIFUN_ARGUMENT_OUT_OF_DOMAIN;
+    }
+    static status add_steps(const zqtime& value, const field_step& step, std::int64_t amount, zqtime& result) {
         datetime_layout::datetime_words sum;
         return stored(datetime_arithmetic::add_steps(words(value), step, amount, sum), sum, result);
     }
-    static status add_days(const zqtime& value, double days, zqtime& result) {
-        datetime_arithmetic::day_span span;
-        if (!datetime_arithmetic::split_days(days, span)) {
-            return BIFUN_ARGUMENT_OUT_OF_DOMAIN;
-        }
+    static status add_span(const zqtime& value, const day_span& span, zqtime& result) {
         datetime_layout::datetime_words sum;
         const bool in_range = span.microseconds == 0 ? datetime_arithmetic::add_days(words(value), span.days, sum)
                                                      : datetime_arithmetic::add_time(words(value), span.days, span.microseconds, sum);
@@ -154,10 +159,20 @@ struct engine_datetimes {
         return zqtime_parse_datediff(field, &a, &b, &result);
     }
 
-    static status add_field(const zqtime& value, std::int32_t field, std::int64_t amount, zqtime& result) {
-        return zqtime_add_by_fmt(&value, field, amount, &result);
+    using field_step = std::int32_t;
+    using day_span = double;
+    static status make_step(std::int32_t field, field_step& step) {
+        step = field;
+        return BIFUN_OK;
     }
-    static status add_days(const zqtime& value, double days, zqtime& result) { return zqtime_date_add_number(&value, days, &result); }
+    static status make_span(double days, day_span& span) {
+        span = days;
+        return BIFUN_OK;
+    }
+    static status add_steps(const zqtime& value, field_step step, std::int64_t amount, zqtime& result) {
+        return zqtime_add_by_fmt(&value, step, amount, &result);
+    }
+    static status add_span(const zqtime& value, day_span span, zqtime& result) { return zqtime_date_add_number(&value, span, &result); }
     static status add_months(const zqtime& value, std::int32_t months, zqtime& result) {
         return zqtime_date_add_iv_ym(&value, months, &result);
     }

@@ -23,7 +23,15 @@ template <class Datetimes> std::int32_t quarter(const zqtime& value) {
 
 template <class Datetimes> std::int32_t quarter_for_datepart(const zqtime& value) { return (Datetimes::month(value) - 1) / 3 + 1; }
 
-template <class Datetimes> std::int32_t weekday_for_datepart(const zqtime& value) { return Datetimes::day_of_week(value) + 1; }
+template <class Datetimes> INLINED inline std::int32_t weekday_for_datepart(const zqtime& value) {
+    return Datetimes::day_of_week(value) + 1;
+}
+
+INLINED inline std::int32_t day_of_week_from_1(const zqtime& value) {
+    std::int32_t weekday;
+    (void)ifun_weekday_in(packed_datetimes{}, value, weekday); // which does not fail
+    return weekday + 1;
+}
 
 template <class Datetimes> double seconds(const zqtime& value) {
     return Datetimes::second(value) + Datetimes::microsecond(value) / 1000000.0;
@@ -41,7 +49,7 @@ double seconds_of_interval(const bifun_interval_dt& value) { return value.second
 
 // ---- columns of datetimes ----------------------------------------------------------------------------------------------------
 
-template <auto packed_kernel, auto engine_kernel> status rows_of(const batch& batch, const column_argument<zqtime>& value) {
+template <auto packed_kernel, auto engine_kernel> INLINED inline status rows_of(const batch& batch, const column_argument<zqtime>& value) {
     return datetimes_are_packed() ? store_rows<rows::all, packed_kernel>(batch, value)
                                   : store_rows<rows::present, engine_kernel>(batch, value);
 }
@@ -63,7 +71,7 @@ constexpr field_set datepart_fields =
 
 bool contains(field_set set, std::int32_t field) { return field > 0 && field < 32 && (set >> field & 1) != 0; }
 
-status field_rows(const batch& batch, std::int32_t field, field_set allowed, column argument) {
+VECTORISED status field_rows(const batch& batch, std::int32_t field, field_set allowed, column argument) {
     using packed = packed_datetimes;
     using engine = engine_datetimes;
     const column_argument<zqtime> value = datetime(argument);
@@ -275,22 +283,24 @@ status bhour_a_date(BATCH_OF(column value)) { return field_rows(BATCH, ZQTIME_HO
 status bmin_a_date(BATCH_OF(column value)) { return field_rows(BATCH, ZQTIME_MINUTE, datepart_fields, value); }
 status bsec_a_date(BATCH_OF(column value)) { return field_rows(BATCH, ZQTIME_SECOND, datepart_fields, value); }
 status bdayofyear_a_date(BATCH_OF(column value)) { return field_rows(BATCH, ZQTIME_DAY_OF_YEAR, datepart_fields, value); }
-status bquarter_zqtime_a_date(BATCH_OF(column value)) {
+VECTORISED status bquarter_zqtime_a_date(BATCH_OF(column value)) {
     return rows_of<quarter<packed_datetimes>, quarter<engine_datetimes>>(BATCH, datetime(value));
 }
 
-status bdayofweek_a_date(BATCH_OF(column value)) {
-    return with_datetimes([&](auto datetimes) {
-        return attempt_store_rows<std::int32_t, failing_row::null>(
-            BATCH,
-            [datetimes](std::int32_t& number, const zqtime& moment) {
-                std::int32_t weekday;
-                const status counted = ifun_weekday_in(datetimes, moment, weekday);
-                number = weekday + 1;
-                return counted;
-            },
-            datetime(value));
-    });
+VECTORISED status bdayofweek_a_date(BATCH_OF(column value)) {
+    const batch batch = BATCH;
+    if (datetimes_are_packed()) {
+        return store_rows<rows::all, day_of_week_from_1>(batch, datetime(value));
+    }
+    return attempt_store_rows<std::int32_t, failing_row::null>(
+        batch,
+        [](std::int32_t& number, const zqtime& moment) {
+            std::int32_t weekday;
+            const status counted = ifun_weekday_in(engine_datetimes{}, moment, weekday);
+            number = weekday + 1;
+            return counted;
+        },
+        datetime(value));
 }
 
 status bweekday_str_a_date(BATCH_OF(column value)) {

@@ -11,8 +11,14 @@ template <class Datetimes> INLINED inline status ifun_weekday_in(Datetimes /*how
     std::int32_t days = 0;
     const status counted = Datetimes::days_from_reference(value, days);
     const std::int32_t rest = days % 7;
-    weekday = rest < 0 ? rest + 7 : rest;
+    weekday = rest + (rest >> 31 & 7); // 7 where it is negative, without a branch
     return counted;
+}
+
+// The same rule, under the name that moves to a weekday know it by.
+template <class Datetimes>
+INLINED inline status ifun_weekday_in_for_glgl_special(Datetimes datetimes, const zqtime& value, std::int32_t& weekday) {
+    return ifun_weekday_in(datetimes, value, weekday);
 }
 
 } // namespace bifun

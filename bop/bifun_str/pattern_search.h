@@ -34,7 +34,6 @@ struct pattern_tables {
 
 struct pattern_search {
     zq_pattern pattern; // as it is compared with texts: folded, and reversed for a backward search
-    std::uint32_t characters;
     bool ends_in_blank; // before it is reversed: then it may be found among a value's trailing blanks
     bool is_blank;      // blanks only
     search_request request;
@@ -85,12 +84,11 @@ template <class Failed, class Body>
 status with_search(bifun_environment* environment, bifun_memory_object* memory, std::uint8_t* bytes, std::uint32_t length,
                    search_algorithm algorithm, const search_request& request, const Failed& failed, const Body& body) {
     const bool is_blank = portable_bytes::leading(blank, bytes, length) == length;
-    pattern_search search{{bytes, length, nullptr, nullptr, nullptr}, 0, bytes[length - 1] == blank, is_blank, request};
+    pattern_search search{{bytes, length, nullptr, nullptr, nullptr}, bytes[length - 1] == blank, is_blank, request};
     if (is_blank) {
         search.request.fold = folding::none; // a blank has no case
     }
     fold_case(bytes, length, search.request.fold);
-    search.characters = zq_mbstrlen_ex(bytes, length);
     if (request.is_backward() && zq_mbsrev_ex(bytes, length) == nullptr) {
         return failed(BIFUN_INVALID_CHARACTER_STRING);
     }
@@ -137,17 +135,24 @@ inline search_result search_text(const pattern_search& search, const std::uint8_
     if (offset == ZQ_NOT_FOUND) {
         return {0, 0};
     }
-    const std::uint32_t position = is_multibyte && !request.in_bytes ? positions[offset] : offset + 1;
+    const bool by_positions = is_multibyte && !request.in_bytes;
     if (!request.is_backward()) {
-        return {static_cast<std::int32_t>(position), offset};
+        return {static_cast<std::int32_t>(by_positions ? positions[offset] : offset + 1), offset};
     }
-    const std::uint32_t pattern_units = request.in_bytes ? search.pattern.length : search.characters;
-    return {static_cast<std::int32_t>(units - position - pattern_units + 2), length - offset - search.pattern.length};
+    // The last byte of the occurrence lies in the character that comes first in the text as it was.
+    const std::uint32_t last = offset + search.pattern.length - 1;
+    return {static_cast<std::int32_t>(units - (by_positions ? positions[last] : last + 1) + 1), length - last - 1};
 }
 
-// The position of the pattern in the full text of a value: the text is copied where it has to be changed or its blanks written out. Returns
-// 0, -503, or -6108 where the text cannot be reversed.
-inline status search_value(const pattern_search& search, scratch& scratch, const bifun_string& value, std::int32_t& position) {
+// The position of the pattern in a value, 0 where there is none. A record, not a reference: the loop's values stay in registers.
+struct located {
+    std::int32_t position;
+    status outcome;
+};
+
+// In the full text of a value, which is copied where it has to be changed or its blanks written out. -503, or -6108 where it cannot be
+// reversed.
+[[gnu::noinline]] inline located search_value(const pattern_search& search, scratch& scratch, bifun_string value) {
     const search_request& request = search.request;
     const bool may_end_in_blanks = value.trailing_blanks != 0 && (search.ends_in_blank || request.is_backward());
     const bool is_copied = may_end_in_blanks || request.fold != folding::none || request.is_backward();
@@ -155,7 +160,7 @@ inline status search_value(const pattern_search& search, scratch& scratch, const
     const std::uint64_t positions_size = length * sizeof(std::uint32_t);
     std::uint8_t* const memory = length > UINT32_MAX ? nullptr : reserve(scratch, positions_size + (is_copied ? length : 0));
     if (memory == nullptr) {
-        return BIFUN_OUT_OF_MEMORY;
+        return {0, BIFUN_OUT_OF_MEMORY};
     }
     const auto text_length = static_cast<std::uint32_t>(length);
     const std::uint8_t* text = value.data;
@@ -164,47 +169,42 @@ inline status search_value(const pattern_search& search, scratch& scratch, const
         write_full_text(copy, {value.length, may_end_in_blanks ? value.trailing_blanks : 0, value.data});
         fold_case(copy, text_length, request.fold);
         if (request.is_backward() && text_length != 0 && zq_mbsrev_ex(copy, text_length) == nullptr) {
-            return BIFUN_INVALID_CHARACTER_STRING;
+            return {0, BIFUN_INVALID_CHARACTER_STRING};
         }
         text = copy;
     }
-    position = search_text(search, text, text_length, reinterpret_cast<std::uint32_t*>(memory)).position;
-    return BIFUN_OK;
+    return {search_text(search, text, text_length, reinterpret_cast<std::uint32_t*>(memory)).position, BIFUN_OK};
 }
 
 // The same for a search that is_plain(). Most texts do not have the pattern's bytes, or are of single-byte characters, and need no more
 // than a look at their bytes.
 template <class Bytes>
-INLINED inline status binstr_def2_av_process_with_blank(Bytes bytes, bool ascii, const pattern_search& search, scratch& scratch,
-                                                        const bifun_string& value, std::int32_t& position) {
-    if (!ascii || (value.trailing_blanks != 0 && search.ends_in_blank)) {
-        return search_value(search, scratch, value, position);
+INLINED inline located binstr_def2_av_process_with_blank(Bytes bytes, bool ascii, needle sought, const pattern_search& search,
+                                                         scratch& scratch, const bifun_string& value) {
+    if (!ascii || (value.trailing_blanks != 0 && sought.last == blank)) {
+        return search_value(search, scratch, value);
     }
-    const std::uint32_t offset = Bytes::find({search.pattern.bytes, search.pattern.length}, value.data, value.length);
+    const std::uint32_t offset = Bytes::find(sought, value.data, value.length);
     if (offset != no_offset && !has_single_bytes(bytes, ascii, value)) {
-        return search_value(search, scratch, value, position);
+        return search_value(search, scratch, value);
     }
-    position = static_cast<std::int32_t>(offset + 1); // no_offset becomes 0
-    return BIFUN_OK;
+    return {static_cast<std::int32_t>(offset + 1), BIFUN_OK}; // no_offset becomes 0
 }
 
 // The same for a pattern of blanks, without writing the value's blanks out.
 template <class Bytes>
-INLINED inline status binstr_def2_av_process_ignore_blank(Bytes bytes, bool ascii, const pattern_search& search, scratch& scratch,
-                                                          const bifun_string& value, std::int32_t& position) {
+INLINED inline located binstr_def2_av_process_ignore_blank(Bytes bytes, bool ascii, needle sought, const pattern_search& search,
+                                                           scratch& scratch, const bifun_string& value) {
     if (!has_single_bytes(bytes, ascii, value)) {
-        return search_value(search, scratch, value, position);
+        return search_value(search, scratch, value);
     }
-    const std::uint32_t sought = search.pattern.length;
-    const std::uint32_t offset = Bytes::find({search.pattern.bytes, sought}, value.data, value.length);
+    const std::uint32_t offset = Bytes::find(sought, value.data, value.length);
     if (offset != no_offset) {
-        position = static_cast<std::int32_t>(offset + 1);
-        return BIFUN_OK;
+        return {static_cast<std::int32_t>(offset + 1), BIFUN_OK};
     }
     const std::uint32_t stored_blanks = Bytes::trailing(blank, value.data, value.length);
-    const bool is_found = std::uint64_t{stored_blanks} + value.trailing_blanks >= sought;
-    position = is_found ? static_cast<std::int32_t>(value.length - stored_blanks + 1) : 0;
-    return BIFUN_OK;
+    const bool is_found = std::uint64_t{stored_blanks} + value.trailing_blanks >= sought.length;
+    return {is_found ? static_cast<std::int32_t>(value.length - stored_blanks + 1) : 0, BIFUN_OK};
 }
 
 } // namespace bifun

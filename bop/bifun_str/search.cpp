@@ -23,19 +23,25 @@ status rows_of_search(const batch& batch, const pattern_search& search, const Te
         const auto rows_by = [&](auto process) INLINED {
             return attempt_set_rows<std::int32_t, failing_row::null>(
                 batch,
-                [process, &search, &scratch](std::int32_t& position, const bifun_string& value, const auto&...)
-                    INLINED -> status { return process(search, scratch, value, position); },
+                [process, &search, &scratch](std::int32_t& position, const bifun_string& value, const auto&...) INLINED -> status {
+                    const located found = process(search, scratch, value);
+                    position = found.position;
+                    return found.outcome;
+                },
                 text, constants...);
         };
         if (!search.request.is_plain()) {
             return rows_by(search_value);
         }
         const bool ascii = ascii_is_single_byte();
+        const needle sought = make_needle(search.pattern.bytes, search.pattern.length);
         return with_byte_operations([&](auto bytes) INLINED -> status {
             if (search.is_blank) {
-                return rows_by([bytes, ascii](auto&&... row) INLINED { return binstr_def2_av_process_ignore_blank(bytes, ascii, row...); });
+                return rows_by([bytes, ascii, sought](auto&&... row)
+                                   INLINED { return binstr_def2_av_process_ignore_blank(bytes, ascii, sought, row...); });
             }
-            return rows_by([bytes, ascii](auto&&... row) INLINED { return binstr_def2_av_process_with_blank(bytes, ascii, row...); });
+            return rows_by([bytes, ascii, sought](auto&&... row)
+                               INLINED { return binstr_def2_av_process_with_blank(bytes, ascii, sought, row...); });
         });
     });
 }
@@ -69,39 +75,42 @@ struct row_search {
     scratch& text_scratch;
 };
 
-[[gnu::noinline]] status search_row(const row_search& search, const bifun_string& pattern, const bifun_string& value,
-                                    std::int32_t& position) {
+[[gnu::noinline]] located search_row(const row_search& search, bifun_string pattern, bifun_string value) {
     const std::uint64_t length = full_length(pattern);
     std::uint8_t* const bytes = reserve(search.pattern_scratch, length);
     if (bytes == nullptr) {
-        return BIFUN_OUT_OF_MEMORY;
+        return {0, BIFUN_OUT_OF_MEMORY};
     }
     write_full_text(bytes, pattern);
     const search_algorithm algorithm = length <= ZQ_SHIFT_OR_LENGTH ? search.short_pattern_algorithm : search_algorithm::boyer_moore;
-    return with_search(
+    located found{};
+    const status searched = with_search(
         search.pattern_scratch.environment, search.pattern_scratch.memory, bytes, static_cast<std::uint32_t>(length), algorithm,
         search.request, [](status failure) { return failure; },
-        [&](const pattern_search& prepared) { return search_value(prepared, search.text_scratch, value, position); });
+        [&](const pattern_search& prepared) {
+            found = search_value(prepared, search.text_scratch, value);
+            return found.outcome;
+        });
+    return {found.position, searched};
 }
 
 // Without tables where a look at the bytes is enough, as for a constant pattern.
 template <class Bytes>
-INLINED inline status binstr_def2_aa_process(Bytes bytes, bool ascii, const row_search& search, const bifun_string& pattern,
-                                             const bifun_string& value, std::int32_t& position) {
+INLINED inline located binstr_def2_aa_process(Bytes bytes, bool ascii, const row_search& search, const bifun_string& pattern,
+                                              const bifun_string& value) {
     if (is_empty(pattern)) {
-        return null_row;
+        return {0, null_row};
     }
     const bool may_end_in_blanks =
         pattern.trailing_blanks != 0 || (value.trailing_blanks != 0 && pattern.data[pattern.length - 1] == blank);
     if (!ascii || !search.request.is_plain() || may_end_in_blanks) {
-        return search_row(search, pattern, value, position);
+        return search_row(search, pattern, value);
     }
-    const std::uint32_t offset = Bytes::find({pattern.data, pattern.length}, value.data, value.length);
+    const std::uint32_t offset = Bytes::find(make_needle(pattern.data, pattern.length), value.data, value.length);
     if (offset != no_offset && !has_single_bytes(bytes, ascii, value)) {
-        return search_row(search, pattern, value, position);
+        return search_row(search, pattern, value);
     }
-    position = static_cast<std::int32_t>(offset + 1);
-    return BIFUN_OK;
+    return {static_cast<std::int32_t>(offset + 1), BIFUN_OK};
 }
 
 template <class Pattern, class Text, class... Constants>
@@ -117,7 +126,11 @@ status search_for_column(const batch& batch, const Pattern& pattern, const searc
                 return attempt_set_rows<std::int32_t, failing_row::null>(
                     batch,
                     [bytes, ascii, &search](std::int32_t& position, const bifun_string& sought, const bifun_string& value, const auto&...)
-                        INLINED -> status { return binstr_def2_aa_process(bytes, ascii, search, sought, value, position); },
+                        INLINED -> status {
+                            const located found = binstr_def2_aa_process(bytes, ascii, search, sought, value);
+                            position = found.position;
+                            return found.outcome;
+                        },
                     pattern, text, constants...);
             });
         });
@@ -222,11 +235,11 @@ std::int32_t binstr_avvv_process_case_sencitive(bifun_environment* environment, 
                                     search_algorithm::shift_or,
                                     pattern_scratch,
                                     text_scratch};
-            std::int32_t found = 0;
-            const status searched = search_row(search, {pattern_length, 0, const_cast<std::uint8_t*>(pattern)}, // both are copied
-                                               {length, 0, const_cast<std::uint8_t*>(text)}, found);
-            *position = static_cast<std::uint32_t>(found);
-            return searched;
+            // Both texts are copied.
+            const located found =
+                search_row(search, {pattern_length, 0, const_cast<std::uint8_t*>(pattern)}, {length, 0, const_cast<std::uint8_t*>(text)});
+            *position = static_cast<std::uint32_t>(found.position);
+            return found.outcome;
         });
     });
 }

@@ -4,6 +4,15 @@
 
 using namespace bifun;
 
+namespace {
+
+// As its first bytes say, even where the text cuts it off. Of the last byte of a text nothing must be read behind it.
+std::uint32_t length_of_character(const std::uint8_t* character, std::uint32_t remaining) {
+    return std::max(remaining > 1 ? zq_mb_char_get_len(character) : zq_mb_char_get_len_ex(character, remaining), 1U);
+}
+
+} // namespace
+
 std::int32_t zq_gather_char_info(bifun_environment* environment, bifun_memory_object* memory, std::uint8_t* text, std::int32_t length,
                                  std::uint32_t* count, std::uint32_t** lengths, std::uint8_t*** starts) {
     const auto room = static_cast<std::uint64_t>(std::max(length, 0));
@@ -20,7 +29,7 @@ std::int32_t zq_gather_char_info(bifun_environment* environment, bifun_memory_ob
     std::uint32_t found = 0;
     // Signed: a character that the end cuts off takes it below zero.
     for (std::int64_t remaining = length; remaining > 0; ++found) {
-        const std::uint32_t bytes = std::max(zq_mb_char_get_len(text), 1U);
+        const std::uint32_t bytes = length_of_character(text, static_cast<std::uint32_t>(remaining));
         character_starts[found] = text;
         character_lengths[found] = bytes;
         remaining -= bytes;
@@ -55,8 +64,7 @@ std::uint32_t position_of_character(const std::uint8_t* text, std::uint32_t leng
 
 void bifun_search_char_in_str(const std::uint8_t* text, std::uint32_t length, const std::uint8_t* character, std::uint32_t character_length,
                               std::uint32_t* position) {
-    *position = position_of_character(text, length, character, character_length,
-                                      [](const std::uint8_t* at, std::uint32_t /*left*/) { return zq_mb_char_get_len(at); });
+    *position = position_of_character(text, length, character, character_length, length_of_character);
 }
 
 void bifun_search_char_in_str_ex(const std::uint8_t* text, std::uint32_t length, const std::uint8_t* character,

@@ -26,7 +26,8 @@ struct text_range {
 };
 
 // The range in a value of `stored` units and `blanks` blanks. Returns 0, or status_of_negative_length(failure) for a length below 0.
-inline status place_range(const wanted_range& wanted, std::int64_t stored, std::uint32_t blanks, status failure, text_range& range) {
+INLINED inline status place_range(const wanted_range& wanted, std::int64_t stored, std::uint32_t blanks, status failure,
+                                  text_range& range) {
     const std::int64_t total = stored + blanks;
     const std::int64_t position = wanted.begins_at_latest ? std::max(wanted.position, -total) : wanted.position;
     range = {1, 0, 0};
@@ -48,11 +49,16 @@ inline status place_range(const wanted_range& wanted, std::int64_t stored, std::
     return BIFUN_OK;
 }
 
-[[gnu::noinline]] status substring_of_any_text(bifun_string& part, const bifun_string& text, const wanted_range& wanted) {
+struct substring_result {
+    bifun_string part;
+    status outcome;
+};
+
+[[gnu::noinline]] substring_result substring_of_any_text(bifun_string text, wanted_range wanted) {
     const std::uint32_t characters = zq_mbstrlen_ex(text.data, text.length);
     text_range range;
     const status placed = place_range(wanted, characters, text.trailing_blanks, BIFUN_NEGATIVE_SUBSTRING_LENGTH, range);
-    part = {0, range.blanks, text.data};
+    bifun_string part{0, range.blanks, text.data};
     if (placed == BIFUN_OK && range.stored != 0) {
         const std::uint32_t first = zq_mbsninc_ex(text.data, text.length, static_cast<std::uint32_t>(range.start - 1));
         std::uint32_t stepped;
@@ -61,13 +67,22 @@ inline status place_range(const wanted_range& wanted, std::int64_t stored, std::
                           ? text.length - first
                           : zq_mbsninc_count_ex(part.data, text.length - first, static_cast<std::uint32_t>(range.stored), &stepped);
     }
-    return placed;
+    return {part, placed};
 }
 
 template <class Bytes>
 INLINED inline status substring(Bytes bytes, bool ascii, bifun_string& part, const bifun_string& text, const wanted_range& wanted) {
-    if (!has_single_bytes(bytes, ascii, text)) {
-        return substring_of_any_text(part, text, wanted);
+    // A range of stored bytes from the left needs no look at what follows.
+    if (ascii && wanted.position > 0 && wanted.length >= 0 &&
+        wanted.length <= static_cast<std::int64_t>(text.length) - wanted.position + 1 &&
+        Bytes::begins_with_ascii(text.data, static_cast<std::uint32_t>(wanted.position - 1 + wanted.length))) {
+        part = {static_cast<std::uint32_t>(wanted.length), 0, text.data + (wanted.position - 1)};
+        return BIFUN_OK;
+    }
+    if (!has_single_bytes(bytes, ascii, text)) [[unlikely]] {
+        const substring_result found = substring_of_any_text(text, wanted);
+        part = found.part;
+        return found.outcome;
     }
     text_range range;
     const status placed = place_range(wanted, text.length, text.trailing_blanks, BIFUN_NEGATIVE_SUBSTRING_LENGTH, range);
@@ -88,10 +103,10 @@ status substring_rows(const batch& batch, const RangeOf& range_of, column text, 
     });
 }
 
-wanted_range from_to(std::int32_t position, std::int32_t length) { return {position, length}; }
-wanted_range from(std::int32_t position) { return {position, to_the_end}; }
-wanted_range first(std::int32_t count) { return {1, count}; }
-wanted_range last(std::int32_t count) { return {count == 0 ? 1 : -std::int64_t{count}, count, true}; }
+constexpr auto from_to = [](std::int32_t position, std::int32_t length) INLINED { return wanted_range{position, length}; };
+constexpr auto from = [](std::int32_t position) INLINED { return wanted_range{position, to_the_end}; };
+constexpr auto first = [](std::int32_t count) INLINED { return wanted_range{1, count}; };
+constexpr auto last = [](std::int32_t count) INLINED { return wanted_range{count == 0 ? 1 : -std::int64_t{count}, count, true}; };
 
 template <class Position, class Length> status substr(const batch& batch, column text, Position position, Length length) {
     return substring_rows(batch, from_to, text, integer(position), integer(length));

@@ -50,16 +50,27 @@ void drop_first(bifun_string& text, std::uint32_t count) {
 }
 
 // ---- one side of the stored bytes --------------------------------------------------------------------------------------
+//
+// What asks the engine takes and returns values, so that those of the loop stay in registers.
 
-[[gnu::noinline]] void trim_left_of_any_text(bifun_string& text, const trim_set& set) {
+[[gnu::noinline]] bifun_string trim_left_of_any_text(bifun_string text, const trim_set& set) {
     const std::uint8_t* first = text.data;
     trim_left(set.characters.data, set.characters.length, &first, &text.length);
     text.data += first - text.data;
+    return text;
+}
+
+[[gnu::noinline]] bifun_string trim_left_blanks_of_any_text(bifun_string text) {
+    const std::uint8_t* first = text.data;
+    trim_left_space(&first, &text.length);
+    text.data += first - text.data;
+    return text;
 }
 
 template <class Bytes> INLINED inline void trim_stored_left(Bytes bytes, bool ascii, bifun_string& text, const trim_set& set) {
     if (!set.has_single_bytes || !has_single_bytes(bytes, ascii, text)) {
-        return trim_left_of_any_text(text, set);
+        text = trim_left_of_any_text(text, set);
+        return;
     }
     if (set.characters.length == 1) {
         return drop_first(text, Bytes::leading(set.characters.data[0], text.data, text.length));
@@ -69,27 +80,33 @@ template <class Bytes> INLINED inline void trim_stored_left(Bytes bytes, bool as
     }
 }
 
+struct right_trim_result {
+    std::uint32_t length;
+    status outcome;
+};
+
 // The bytes of the argument are reversed and put back. Nothing is to be done for an empty text.
-[[gnu::noinline]] status trim_right_of_any_text(bifun_string& text, const trim_set& set) {
+[[gnu::noinline]] right_trim_result trim_right_of_any_text(bifun_string text, const trim_set& set) {
     if (text.length == 0) {
-        return BIFUN_OK;
+        return {0, BIFUN_OK};
     }
     if (zq_mbsrev_ex(text.data, text.length) == nullptr) {
-        return BIFUN_INVALID_CHARACTER_STRING;
+        return {0, BIFUN_INVALID_CHARACTER_STRING};
     }
     const std::uint8_t* first = text.data;
     std::uint32_t rest = text.length;
     trim_left(set.characters.data, set.characters.length, &first, &rest);
     if (zq_mbsrev_ex(text.data, text.length) == nullptr) {
-        return BIFUN_INVALID_CHARACTER_STRING;
+        return {0, BIFUN_INVALID_CHARACTER_STRING};
     }
-    text.length = rest;
-    return BIFUN_OK;
+    return {rest, BIFUN_OK};
 }
 
 template <class Bytes> INLINED inline status trim_stored_right(Bytes bytes, bool ascii, bifun_string& text, const trim_set& set) {
     if (!set.has_single_bytes || !has_single_bytes(bytes, ascii, text)) {
-        return trim_right_of_any_text(text, set);
+        const right_trim_result trimmed = trim_right_of_any_text(text, set);
+        text.length = trimmed.length;
+        return trimmed.outcome;
     }
     if (set.characters.length == 1) {
         text.length -= Bytes::trailing(set.characters.data[0], text.data, text.length);
@@ -105,7 +122,9 @@ template <class Bytes> INLINED inline status trim_stored_right(Bytes bytes, bool
 
 struct btrim_process {
     template <class Bytes> INLINED status operator()(Bytes bytes, bool ascii, bifun_string& text, const trim_set& set) const {
-        const std::uint32_t whitespace = Bytes::leading_whitespace(text.data, text.length);
+        // Most texts begin with a letter.
+        const bool begins_with_letter = text.length != 0 && text.data[0] > blank;
+        const std::uint32_t whitespace = begins_with_letter ? 0 : Bytes::leading_whitespace(text.data, text.length);
         if (set.characters.trailing_blanks != 0) {
             drop_first(text, whitespace);
             text.trailing_blanks = 0;
@@ -131,10 +150,10 @@ struct bltrim_process {
         if (characters.length == 0) {
             if (text.length == 0) {
                 text.trailing_blanks = 0;
+            } else if (ascii) {
+                drop_first(text, Bytes::leading(blank, text.data, text.length));
             } else if (text.data[0] == blank) {
-                const std::uint8_t* first = text.data;
-                trim_left_space(&first, &text.length);
-                text.data += first - text.data;
+                text = trim_left_blanks_of_any_text(text);
             }
             return BIFUN_OK;
         }

@@ -27,11 +27,15 @@ constexpr bool is_whitespace(std::uint8_t byte) { return byte == blank || static
 
 constexpr std::uint32_t no_offset = UINT32_MAX;
 
-// Bytes to be found. Two of them tell most places that are none.
+// Bytes to be found, at least one. The first and the last tell most places that are none.
 struct needle {
     const std::uint8_t* bytes;
-    std::uint32_t length; // at least 1
+    std::uint32_t length;
+    std::uint8_t first;
+    std::uint8_t last;
 };
+
+inline needle make_needle(const std::uint8_t* bytes, std::uint32_t length) { return {bytes, length, bytes[0], bytes[length - 1]}; }
 
 // Room that a text must have behind `to` for copy_into_room.
 constexpr std::size_t copy_room = 64;
@@ -50,6 +54,9 @@ struct portable_bytes {
         }
         return (bits & 0x8080808080808080) == 0;
     }
+
+    // The same for a part of a text of which few bytes are looked at.
+    static bool begins_with_ascii(const std::uint8_t* text, std::uint32_t count) { return is_ascii(text, count); }
 
     // How many whitespace bytes, or bytes equal to `byte`, a text begins or ends with.
     static std::uint32_t leading_whitespace(const std::uint8_t* text, std::uint32_t length) {
@@ -83,7 +90,7 @@ struct portable_bytes {
         }
         const std::uint8_t* const end = text + (length - sought.length + 1);
         for (const std::uint8_t* at = text; at != end; ++at) {
-            at = static_cast<const std::uint8_t*>(std::memchr(at, sought.bytes[0], static_cast<std::size_t>(end - at)));
+            at = static_cast<const std::uint8_t*>(std::memchr(at, sought.first, static_cast<std::size_t>(end - at)));
             if (at == nullptr) {
                 return no_offset;
             }
@@ -116,48 +123,80 @@ struct avx512_bytes {
         return _mm512_movepi8_mask(load(text, length)) == 0;
     }
 
+    WITH_AVX512 static bool begins_with_ascii(const std::uint8_t* text, std::uint32_t count) {
+        if (count > 16) {
+            return is_ascii(text, count);
+        }
+        return _mm_movepi8_mask(_mm_maskz_loadu_epi8(static_cast<__mmask16>(first_bits(count)), text)) == 0;
+    }
+
+    // Runs are short: 16 bytes mostly hold their end, and lie in one cache line.
     WITH_AVX512 static std::uint32_t leading_whitespace(const std::uint8_t* text, std::uint32_t length) {
-        const std::uint32_t first = std::min(length, 64U);
-        const __m512i bytes = load(text, first);
-        const __mmask64 whitespace = _mm512_cmpeq_epi8_mask(bytes, _mm512_set1_epi8(blank)) |
-                                     _mm512_cmple_epu8_mask(_mm512_sub_epi8(bytes, _mm512_set1_epi8(9)), _mm512_set1_epi8(4));
+        const std::uint32_t first = std::min(length, 16U);
+        const __m128i bytes = _mm_maskz_loadu_epi8(static_cast<__mmask16>(first_bits(first)), text);
+        const __mmask16 whitespace =
+            _mm_cmpeq_epi8_mask(bytes, _mm_set1_epi8(blank)) | _mm_cmple_epu8_mask(_mm_sub_epi8(bytes, _mm_set1_epi8(9)), _mm_set1_epi8(4));
         const auto count = static_cast<std::uint32_t>(std::countr_one(whitespace)); // bytes behind the text are no whitespace
-        return count < 64 ? count : 64 + portable_bytes::leading_whitespace(text + 64, length - 64);
+        return count < 16 ? count : 16 + portable_bytes::leading_whitespace(text + 16, length - 16);
     }
 
     WITH_AVX512 static std::uint32_t leading(std::uint8_t byte, const std::uint8_t* text, std::uint32_t length) {
-        const std::uint32_t first = std::min(length, 64U);
-        const __mmask64 equal =
-            _mm512_mask_cmpeq_epi8_mask(first_bits(first), load(text, first), _mm512_set1_epi8(static_cast<char>(byte)));
+        const std::uint32_t first = std::min(length, 16U);
+        const auto here = static_cast<__mmask16>(first_bits(first));
+        const __mmask16 equal = _mm_mask_cmpeq_epi8_mask(here, _mm_maskz_loadu_epi8(here, text), _mm_set1_epi8(static_cast<char>(byte)));
         const auto count = static_cast<std::uint32_t>(std::countr_one(equal));
-        return count < 64 ? count : 64 + portable_bytes::leading(byte, text + 64, length - 64);
+        return count < 16 ? count : 16 + portable_bytes::leading(byte, text + 16, length - 16);
     }
 
     WITH_AVX512 static std::uint32_t trailing(std::uint8_t byte, const std::uint8_t* text, std::uint32_t length) {
-        const std::uint32_t last = std::min(length, 64U);
-        const std::uint8_t* const from = text + (length - last);
-        const __mmask64 differ =
-            _mm512_mask_cmpneq_epi8_mask(first_bits(last), load(from, last), _mm512_set1_epi8(static_cast<char>(byte)));
-        const auto count = last - 64 + static_cast<std::uint32_t>(std::countl_zero(differ));
+        const std::uint32_t last = std::min(length, 16U);
+        const auto here = static_cast<__mmask16>(first_bits(last));
+        const __mmask16 differ =
+            _mm_mask_cmpneq_epi8_mask(here, _mm_maskz_loadu_epi8(here, text + (length - last)), _mm_set1_epi8(static_cast<char>(byte)));
+        const std::uint32_t count = last - 16 + static_cast<std::uint32_t>(std::countl_zero(differ));
         return differ != 0 ? count : last + portable_bytes::trailing(byte, text, length - last);
     }
 
     WITH_AVX512 static std::uint32_t find(const needle& sought, const std::uint8_t* text, std::uint32_t length) {
         const std::uint32_t behind_first = sought.length - 1;
-        const __m512i first_byte = _mm512_set1_epi8(static_cast<char>(sought.bytes[0]));
-        const __m512i last_byte = _mm512_set1_epi8(static_cast<char>(sought.bytes[behind_first]));
+        if (length <= behind_first) {
+            return no_offset;
+        }
+        if (length > 64) [[unlikely]] {
+            return find_in_long_text(sought, text, length);
+        }
+        const __mmask64 here = first_bits(length);
+        const __m512i bytes = _mm512_maskz_loadu_epi8(here, text);
+        const __mmask64 firsts = _mm512_mask_cmpeq_epi8_mask(here, bytes, _mm512_set1_epi8(static_cast<char>(sought.first)));
+        const __mmask64 lasts = _mm512_mask_cmpeq_epi8_mask(here, bytes, _mm512_set1_epi8(static_cast<char>(sought.last)));
+        return first_match(sought, text, firsts & lasts >> behind_first);
+    }
+
+    // The first of the places, as bits, at which the whole needle is.
+    WITH_AVX512 static std::uint32_t first_match(const needle& sought, const std::uint8_t* text, __mmask64 places) {
+        for (; places != 0; places &= places - 1) {
+            const auto place = static_cast<std::uint32_t>(std::countr_zero(places));
+            if (sought.length <= 2 || std::memcmp(text + place + 1, sought.bytes + 1, sought.length - 2) == 0) {
+                return place;
+            }
+        }
+        return no_offset;
+    }
+
+    [[gnu::noinline]] WITH_AVX512 static std::uint32_t find_in_long_text(needle sought, const std::uint8_t* text, std::uint32_t length) {
+        const std::uint32_t behind_first = sought.length - 1;
+        const __m512i first_byte = _mm512_set1_epi8(static_cast<char>(sought.first));
+        const __m512i last_byte = _mm512_set1_epi8(static_cast<char>(sought.last));
         std::uint32_t offset = 0;
         while (length - offset > behind_first) {
             const std::uint32_t places = std::min(length - offset - behind_first, 64U);
             const __mmask64 here = first_bits(places);
-            __mmask64 candidates =
-                _mm512_cmpeq_epi8_mask(_mm512_maskz_loadu_epi8(here, text + offset), first_byte) &
-                _mm512_mask_cmpeq_epi8_mask(here, _mm512_maskz_loadu_epi8(here, text + offset + behind_first), last_byte);
-            for (; candidates != 0; candidates &= candidates - 1) {
-                const std::uint32_t place = offset + static_cast<std::uint32_t>(std::countr_zero(candidates));
-                if (behind_first < 2 || std::memcmp(text + place + 1, sought.bytes + 1, behind_first - 1) == 0) {
-                    return place;
-                }
+            const std::uint8_t* const at = text + offset;
+            const __mmask64 firsts = _mm512_mask_cmpeq_epi8_mask(here, _mm512_maskz_loadu_epi8(here, at), first_byte);
+            const __mmask64 lasts = _mm512_mask_cmpeq_epi8_mask(here, _mm512_maskz_loadu_epi8(here, at + behind_first), last_byte);
+            const std::uint32_t place = first_match(sought, at, firsts & lasts);
+            if (place != no_offset) {
+                return offset + place;
             }
             offset += places;
         }

@@ -233,6 +233,9 @@ INLINED inline status evaluate_rows(const batch& batch, const Arguments&... argu
                     batch, first, count, no_nulls, failure, rows.from(first)...);
                 if (failure != BIFUN_OK) {
                     batch.result->no_nulls = 0;
+                    if constexpr (Checks::on_failure == failing_row::null) {
+                        null_flags(batch)[first + passed] = 0;
+                    }
                     if constexpr (Checks::on_failure == failing_row::zero) {
                         null_flags(batch)[first + passed] = 1;
                         write_value<through_setters>(batch, first + passed, result_type{});
