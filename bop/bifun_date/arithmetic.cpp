@@ -116,13 +116,16 @@ status parse_weekday(const bifun_string& name, std::int32_t& weekday) {
 
 // ---- intervals -------------------------------------------------------------------------------------------------------------------
 
-// `convert` is an engine operation from a number and a unit to an interval.
-template <class Interval, class Convert> status intervals_of(const batch& batch, column number, string_constant unit, Convert convert) {
+// An operation of the engine is called, never passed on: its address would have to be known when the library is loaded.
+constexpr auto to_year_month = [](const xdec& number, const bifun_string& unit, bifun_interval_ym& result)
+                                   INLINED { return xdec_to_ivym(&number, unit.data, unit.length, &result); };
+constexpr auto to_day_time = [](const xdec& number, const bifun_string& unit, bifun_interval_dt& result)
+                                 INLINED { return xdec_to_ivdt(&number, unit.data, unit.length, &result); };
+
+template <class Interval, class Convert>
+status intervals_of(const batch& batch, column number, string_constant unit, const Convert& convert) {
     return attempt_store_rows<Interval, failing_row::null>(
-        batch,
-        [convert](Interval& result, const xdec& count, const bifun_string& name) {
-            return convert(&count, name.data, name.length, &result);
-        },
+        batch, [convert](Interval& result, const xdec& count, const bifun_string& name) INLINED { return convert(count, name, result); },
         decimal(number), string(unit));
 }
 
@@ -193,8 +196,8 @@ status bnext_day_av_date(BATCH_OF(column value, string_constant name)) {
 }
 
 status bnumtoivym_av_date(BATCH_OF(column number, string_constant unit)) {
-    return intervals_of<bifun_interval_ym>(BATCH, number, unit, xdec_to_ivym);
+    return intervals_of<bifun_interval_ym>(BATCH, number, unit, to_year_month);
 }
 status bnumtoivdt_av_date(BATCH_OF(column number, string_constant unit)) {
-    return intervals_of<bifun_interval_dt>(BATCH, number, unit, xdec_to_ivdt);
+    return intervals_of<bifun_interval_dt>(BATCH, number, unit, to_day_time);
 }

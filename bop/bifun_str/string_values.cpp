@@ -69,7 +69,8 @@ void bifun_search_char_in_str(const std::uint8_t* text, std::uint32_t length, co
 
 void bifun_search_char_in_str_ex(const std::uint8_t* text, std::uint32_t length, const std::uint8_t* character,
                                  std::uint32_t character_length, std::uint32_t* position) {
-    *position = position_of_character(text, length, character, character_length, zq_mb_char_get_len_ex);
+    *position = position_of_character(text, length, character, character_length,
+                                      [](const std::uint8_t* at, std::uint32_t left) { return zq_mb_char_get_len_ex(at, left); });
 }
 
 std::int32_t bifun_colstr_assign_with_blank(bifun_environment* environment, bifun_memory_object* memory, bifun_column* result,
