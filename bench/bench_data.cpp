@@ -1,6 +1,8 @@
 #include "bench/bench_data.h"
 
 #include <charconv>
+#include <chrono>
+#include <cstdio>
 #include <cstring>
 #include <stdexcept>
 #include <string>
@@ -26,6 +28,10 @@ constexpr value_range range_of_type(value_type type) {
         return {-1e9, 1e9, "12.5"};
     case value_type::DATETIME:
         return {1970, 2037, "2001-02-03 04:05:06"};
+    case value_type::INTERVAL_YM:
+        return {-240, 240, "14"};
+    case value_type::INTERVAL_DT:
+        return {-1e6, 1e6, "93784"};
     case value_type::VARCHAR:
     case value_type::VARBINARY:
         break;
@@ -33,9 +39,15 @@ constexpr value_range range_of_type(value_type type) {
     return {5, 40, "unknown"};
 }
 
-// Arguments for which the values of their type will not do.
+constexpr value_range padded_text = {5, 25, "unknown", value_range{}.letters, value_form::padded};
+constexpr value_range multilingual_text = {6, 16, "неизвестно", {}, value_form::multilingual};
+constexpr value_range datetime_text = {1970, 2037, "2001-02-03 04:05:06", {}, value_form::datetime_text};
+constexpr value_range searched_text = {5, 40, "What the pattern is looked for in: the quick brown fox jumps over the lazy dog"};
+constexpr value_range short_pattern = {2, 3, "ta"};
+
+// Arguments for which the values of their type will not do. The first line that fits counts.
 struct exception {
-    std::string_view builtin;
+    std::string_view name; // of the built-in or of one entry point
     std::size_t position;
     value_type type;
     value_range range;
@@ -63,6 +75,62 @@ constexpr exception exceptions[] = {
     {"TRUNC", 0, value_type::VARCHAR, {5, 18, "123.456", "0123456789"}},
     {"TO_CHAR", 1, value_type::VARCHAR, {0, 0, "S999,999,999,999,990.00"}},
     {"TO_CHAR", 2, value_type::VARCHAR, {0, 0, "NLS_NUMERIC_CHARACTERS='.,'"}},
+    // Which end to trim: 579 the beginning, 580 the end, any other both.
+    {"btrim_vva_str", 0, value_type::INT, {0, 0, "579"}},
+    {"btrim_vaa_str", 0, value_type::INT, {0, 0, "580"}},
+    {"TRIM", 0, value_type::INT, {0, 0, "0"}},
+    {"TRIM", 0, value_type::VARCHAR, padded_text},
+    {"btrim_vva_str", 1, value_type::VARCHAR, {0, 0, "eattaoe"}},
+    {"TRIM", 2, value_type::VARCHAR, {1, 1, "e"}},
+    {"bltrim_def_a_str", 0, value_type::VARCHAR, padded_text},
+    {"brtrim_def_a_str", 0, value_type::VARCHAR, padded_text},
+    {"LTRIM", 1, value_type::VARCHAR, {1, 5, "aeiou"}},
+    {"RTRIM", 1, value_type::VARCHAR, {1, 5, "aeiou"}},
+    {"bsubstr_aaa_str", 0, value_type::VARCHAR, multilingual_text},
+    {"SUBSTR", 1, value_type::INT, {-20, 20, "3"}},
+    {"SUBSTR", 2, value_type::INT, {0, 10, "5"}},
+    {"SUBSTRB", 0, value_type::VARCHAR, multilingual_text},
+    {"SUBSTRB", 1, value_type::INT, {0, 0, "3"}},
+    {"SUBSTRB", 2, value_type::INT, {0, 0, "5"}},
+    {"LEFT", 1, value_type::INT, {0, 0, "5"}},
+    {"RIGHT", 1, value_type::INT, {0, 0, "5"}},
+    {"SUBSTRING_INDEX", 1, value_type::VARCHAR, {1, 1, "e"}},
+    {"SUBSTRING_INDEX", 2, value_type::INT, {0, 0, "2"}},
+    {"INSTR", 1, value_type::VARCHAR, short_pattern},
+    {"INSTR", 2, value_type::INT, {0, 0, "2"}},
+    {"INSTR", 3, value_type::INT, {0, 0, "2"}},
+    {"INSTRB", 1, value_type::VARCHAR, short_pattern},
+    {"INSTRB", 2, value_type::INT, {0, 0, "2"}},
+    {"INSTRB", 3, value_type::INT, {0, 0, "2"}},
+    {"POSITION", 0, value_type::VARCHAR, short_pattern},
+    {"LOCATE", 0, value_type::VARCHAR, short_pattern},
+    {"LOCATE", 1, value_type::VARCHAR, searched_text},
+    {"LOCATE", 2, value_type::INT, {0, 0, "2"}},
+    // A field that the values of the type have: 1 year, 4 hour, 6 second, 10 week, 12 hour of the zone.
+    {"bextract_datetime_va_date", 0, value_type::INT, {0, 0, "1"}},
+    {"bextract_date_va_date", 0, value_type::INT, {0, 0, "1"}},
+    {"bextract_time_va_date", 0, value_type::INT, {0, 0, "4"}},
+    {"bextract_datetime_tz_va_date", 0, value_type::INT, {0, 0, "1"}},
+    {"bextract_time_tz_va_date", 0, value_type::INT, {0, 0, "12"}},
+    {"bextract_iv_ym_va_date", 0, value_type::INT, {0, 0, "1"}},
+    {"bextract_iv_dt_va_date", 0, value_type::INT, {0, 0, "4"}},
+    {"bextract_str_va_date", 0, value_type::INT, {0, 0, "1"}},
+    {"EXTRACT", 0, value_type::INT, {0, 0, "6"}},
+    {"EXTRACT", 1, value_type::VARCHAR, datetime_text},
+    {"WEEKDAY", 0, value_type::VARCHAR, datetime_text},
+    {"DATEPART", 0, value_type::INT, {0, 0, "10"}},
+    {"DATEPART", 1, value_type::VARCHAR, {0, 0, "WEEK"}},
+    {"DATEDIFF", 0, value_type::INT, {0, 0, "3"}},
+    {"BIGDATEDIFF", 0, value_type::INT, {0, 0, "6"}},
+    // Amounts that stay within the years there are.
+    {"DATEADD", 0, value_type::INT, {0, 0, "2"}},
+    {"DATEADD", 1, value_type::BIGINT, {-1000, 1000, "7"}},
+    {"ADD_WEEKS", 1, value_type::INT, {-1000, 1000, "7"}},
+    {"ADD_MONTHS", 1, value_type::INT, {-1000, 1000, "7"}},
+    {"LAST_DAY", 0, value_type::VARCHAR, datetime_text},
+    {"NEXT_DAY", 1, value_type::VARCHAR, {0, 0, "MONDAY"}},
+    {"NUMTOYMINTERVAL", 1, value_type::VARCHAR, {0, 0, "MONTH"}},
+    {"NUMTODSINTERVAL", 1, value_type::VARCHAR, {0, 0, "HOUR"}},
 };
 
 // Uniform in [low, high).
@@ -86,41 +154,127 @@ xdec decimal_between(double low, double high, std::uint64_t random) {
     return value;
 }
 
-zqtime datetime_between(double first_year, double last_year, std::uint64_t random) {
+struct civil_time {
+    std::chrono::year_month_day date;
+    std::uint32_t hour = 0;
+    std::uint32_t minute = 0;
+    std::uint32_t second = 0;
+    std::uint32_t microsecond = 0;
+};
+
+// Every day of the years is as likely as another.
+civil_time time_between(double first_year, double last_year, std::uint64_t random) {
+    using namespace std::chrono;
+    const auto first_day = sys_days(year(static_cast<int>(first_year)) / January / 1);
+    const auto last_day = sys_days(year(static_cast<int>(last_year)) / December / 31);
     const auto part = [&](std::uint64_t values) {
         const std::uint64_t value = random % values;
         random /= values;
         return static_cast<std::uint32_t>(value);
     };
-    const auto year =
-        static_cast<std::int32_t>(first_year) + static_cast<std::int32_t>(part(static_cast<std::uint64_t>(last_year - first_year) + 1));
+    civil_time time{};
+    time.date = first_day + days(part(static_cast<std::uint64_t>((last_day - first_day).count()) + 1));
+    time.hour = part(24);
+    time.minute = part(60);
+    time.second = part(60);
+    time.microsecond = part(1'000'000);
+    return time;
+}
+
+zqtime encode(const civil_time& time) {
     zqtime value{};
-    const std::uint32_t month = part(12) + 1;
-    const std::uint32_t day = part(28) + 1;
-    const std::uint32_t hour = part(24);
-    const std::uint32_t minute = part(60);
-    const std::uint32_t second = part(60);
-    (void)zqtime_encode(&value, year, month, day, hour, minute, second, part(1'000'000), ZQTIME_NO_ZONE);
+    (void)zqtime_encode(&value, int{time.date.year()}, unsigned{time.date.month()}, unsigned{time.date.day()}, time.hour, time.minute,
+                        time.second, time.microsecond, ZQTIME_NO_ZONE);
     return value;
 }
 
-bool assign_text(zqengine::column_storage& column, std::uint32_t row, const value_range& range, std::uint64_t seed) {
-    std::uint64_t random = random_at(seed, row);
-    const auto length = static_cast<std::uint32_t>(whole_between(range.low, range.high, random));
-    std::uint8_t* const bytes = bdta3_colstr_assign_without_value(nullptr, nullptr, &column.data, row, length, 0);
-    if (bytes == nullptr) {
-        return false;
-    }
-    const std::string_view letters = range.letters;
-    for (std::uint32_t i = 0; i < length; ++i) {
-        constexpr std::uint32_t letters_per_random = 8;
+std::string text_of(const civil_time& time) {
+    char text[64];
+    std::snprintf(text, sizeof text, "%04d-%02u-%02u %02u:%02u:%02u", int{time.date.year()}, unsigned{time.date.month()},
+                  unsigned{time.date.day()}, time.hour, time.minute, time.second);
+    return text;
+}
+
+bifun_interval_ym interval_of_months(std::int32_t months) { return {months / 12, months % 12}; }
+
+bifun_interval_dt interval_of_seconds(std::int32_t seconds) {
+    return {seconds / 86400, seconds / 3600 % 24, seconds / 60 % 60, seconds % 60, 0};
+}
+
+std::string letters_of(std::string_view letters, std::size_t length, std::uint64_t seed, std::uint32_t row) {
+    std::string text(length, '\0');
+    std::uint64_t random = 0;
+    for (std::size_t i = 0; i < length; ++i) {
+        constexpr std::size_t letters_per_random = 8;
         if (i % letters_per_random == 0) {
             random = random_at(~seed, std::uint64_t{row} << 8 | i);
         }
-        bytes[i] = static_cast<std::uint8_t>(letters[(random & 0xFF) % letters.size()]);
+        text[i] = letters[(random & 0xFF) % letters.size()];
         random >>= 8;
     }
-    return true;
+    return text;
+}
+
+// The code point is below 0x10000.
+void append_utf8(std::string& text, std::uint32_t code_point) {
+    const auto byte = [&](std::uint32_t value) { text += static_cast<char>(value); };
+    if (code_point < 0x80) {
+        byte(code_point);
+    } else if (code_point < 0x800) {
+        byte(0xC0 | code_point >> 6);
+        byte(0x80 | (code_point & 0x3F));
+    } else {
+        byte(0xE0 | code_point >> 12);
+        byte(0x80 | (code_point >> 6 & 0x3F));
+        byte(0x80 | (code_point & 0x3F));
+    }
+}
+
+std::string multilingual_of(std::size_t characters, std::uint64_t seed, std::uint32_t row) {
+    std::string text;
+    for (std::size_t i = 0; i < characters; ++i) {
+        const std::uint64_t random = random_at(~seed, std::uint64_t{row} << 8 | i);
+        const std::uint64_t percent = random % 100;
+        const std::uint64_t which = random / 100;
+        if (percent < 38) {
+            append_utf8(text, 'a' + static_cast<std::uint32_t>(which % 26));
+        } else if (percent < 80) {
+            append_utf8(text, 0x430 + static_cast<std::uint32_t>(which % 32)); // Cyrillic small letters
+        } else {
+            append_utf8(text, 0x4E00 + static_cast<std::uint32_t>(which % 20000)); // Chinese
+        }
+    }
+    return text;
+}
+
+bool assign_text(zqengine::column_storage& column, std::uint32_t row, const value_range& range, std::uint64_t seed) {
+    const std::uint64_t random = random_at(seed, row);
+    const auto length = [&] { return static_cast<std::size_t>(whole_between(range.low, range.high, random)); };
+    std::string text;
+    std::uint32_t trailing_blanks = 0;
+    switch (range.form) {
+    case value_form::padded: {
+        const std::uint64_t blanks = random >> 32;
+        trailing_blanks = blanks & 0xF;
+        text = std::string((blanks >> 4 & 3) == 0 ? (blanks >> 6 & 7) + 1 : 0, ' ') + letters_of(range.letters, length(), seed, row);
+        break;
+    }
+    case value_form::multilingual:
+        text = multilingual_of(length(), seed, row);
+        break;
+    case value_form::datetime_text:
+        text = text_of(time_between(range.low, range.high, random));
+        break;
+    default:
+        text = letters_of(range.letters, length(), seed, row);
+        break;
+    }
+    std::uint8_t* const bytes =
+        bdta3_colstr_assign_without_value(nullptr, nullptr, &column.data, row, static_cast<std::uint32_t>(text.size()), trailing_blanks);
+    if (bytes != nullptr) {
+        std::memcpy(bytes, text.data(), text.size());
+    }
+    return bytes != nullptr;
 }
 
 template <class T> T number_from(std::string_view text) {
@@ -139,7 +293,8 @@ const std::uint8_t* bytes_of(std::string_view text) { return reinterpret_cast<co
 value_range range_of_argument(const entry_point& entry, std::size_t position) {
     const value_type type = entry.argument_list[position].type;
     for (const exception& exception : exceptions) {
-        if (exception.builtin == entry.builtin && exception.position == position && exception.type == type) {
+        if ((exception.name == entry.symbol || exception.name == entry.builtin) && exception.position == position &&
+            exception.type == type) {
             return exception.range;
         }
     }
@@ -165,9 +320,21 @@ bool fill_column(zqengine::column_storage& column, const value_range& range, std
         case value_type::DECIMAL:
             zqengine::values_of<xdec>(column)[row] = decimal_between(range.low, range.high, random);
             break;
-        case value_type::DATETIME:
-            zqengine::values_of<zqtime>(column)[row] = datetime_between(range.low, range.high, random);
+        case value_type::DATETIME: {
+            const civil_time time = time_between(range.low, range.high, random);
+            zqengine::values_of<zqtime>(column)[row] = encode(range.form == value_form::date ? civil_time{.date = time.date} : time);
             break;
+        }
+        case value_type::INTERVAL_YM: {
+            const auto months = static_cast<std::int32_t>(whole_between(range.low, range.high, random));
+            zqengine::values_of<bifun_interval_ym>(column)[row] = interval_of_months(months);
+            break;
+        }
+        case value_type::INTERVAL_DT: {
+            const auto seconds = static_cast<std::int32_t>(whole_between(range.low, range.high, random));
+            zqengine::values_of<bifun_interval_dt>(column)[row] = interval_of_seconds(seconds);
+            break;
+        }
         case value_type::VARCHAR:
         case value_type::VARBINARY:
             if (!assign_text(column, row, range, seed)) {
@@ -210,6 +377,10 @@ constant_record make_constant(value_type type, std::string_view text) {
         }
         return record;
     }
+    case value_type::INTERVAL_YM:
+        return bifun_interval_ym_constant{1, interval_of_months(number_from<std::int32_t>(text))};
+    case value_type::INTERVAL_DT:
+        return bifun_interval_dt_constant{1, interval_of_seconds(number_from<std::int32_t>(text))};
     case value_type::VARCHAR:
     case value_type::VARBINARY:
         break;

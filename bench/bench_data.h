@@ -19,15 +19,26 @@ constexpr std::uint64_t random_at(std::uint64_t seed, std::uint64_t n) {
     return z ^ (z >> 31);
 }
 
+// Texts and datetimes that are made in another way than their type's usual one.
+enum class value_form : std::uint8_t {
+    usual,
+    padded,        // VARCHAR: the letters with 1 to 8 blanks in front in one row of four and 0 to 15 blanks behind, which are a count
+    multilingual,  // VARCHAR: Latin, Cyrillic and Chinese, 1.8 bytes to a character; the bounds are the length in characters
+    datetime_text, // VARCHAR: YYYY-MM-DD HH:MM:SS; the bounds are the years
+    date,          // DATETIME: without a time of day
+};
+
 // What an argument's generated values are like. The meaning of the bounds depends on the type:
 //     BOOL 0 or 1, bounds unused | INT, BIGINT, DOUBLE uniform between the bounds
-//     DECIMAL uniform between the bounds with 4 digits behind the point | DATETIME the years, both included
-//     VARCHAR, VARBINARY the length in bytes, of the letters
+//     DECIMAL uniform between the bounds with 4 digits behind the point | DATETIME the years, both included, from 1583 on
+//     VARCHAR, VARBINARY the length in bytes, of the letters | INTERVAL_YM months | INTERVAL_DT seconds
 struct value_range {
     double low;
     double high;
     const char* constant; // the value where the argument is a constant, as text
-    std::string_view letters = "etaoinshrdlcumwfgypbvkjxqz  ";
+    // As frequent as in English, roughly. No blanks, so that there is nothing to trim, and no q, so that there is something not to find.
+    std::string_view letters = "eeeeeettaaooiinnsshrrdlcumwfgypbvkxz";
+    value_form form = value_form::usual;
 };
 
 // The values that suit an argument of an entry point: those of its type, or an exception where the function would reject them or take
@@ -40,10 +51,12 @@ value_range range_of_argument(const entry_point& entry, std::size_t position);
 // Makes about one row in ten NULL; the values behind the NULLs stay.
 void make_nulls(zqengine::column_storage& column, std::uint64_t seed, std::uint32_t row_count);
 
-using constant_record = std::variant<bifun_int_constant, bifun_bigint_constant, bifun_double_constant, bifun_decimal_constant,
-                                     bifun_datetime_constant, bifun_string_constant>;
+using constant_record =
+    std::variant<bifun_int_constant, bifun_bigint_constant, bifun_double_constant, bifun_decimal_constant, bifun_datetime_constant,
+                 bifun_string_constant, bifun_interval_ym_constant, bifun_interval_dt_constant>;
 
-// A constant argument from its text: a number, a datetime, or the characters themselves. The text must outlive the record.
+// A constant argument from its text: a number, a datetime, an interval's months or seconds, or the characters themselves. The text must
+// outlive the record.
 // Throws std::runtime_error where the text is no value of the type.
 constant_record make_constant(value_type type, std::string_view text);
 

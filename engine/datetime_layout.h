@@ -75,6 +75,10 @@ constexpr std::int32_t year_of_date(std::uint32_t date) { return static_cast<std
 constexpr std::uint32_t month_of_date(std::uint32_t date) { return date >> 5 & 0xF; }
 constexpr std::uint32_t day_of_date(std::uint32_t date) { return date & 0x1F; }
 
+constexpr std::uint32_t pack_date_word(std::int32_t year, std::uint32_t month, std::uint32_t day) {
+    return static_cast<std::uint32_t>(year + year_bias) << 9 | month << 5 | day;
+}
+
 // Bytes 0-3, the lower half: the time.
 inline std::uint32_t load_time(const zqtime& value) {
     std::uint32_t time;
@@ -82,10 +86,23 @@ inline std::uint32_t load_time(const zqtime& value) {
     return time;
 }
 
+// Bytes 8-11.
+inline std::uint32_t load_fraction_and_zone(const zqtime& value) {
+    std::uint32_t word;
+    std::memcpy(&word, value.bytes + 8, sizeof word);
+    return word;
+}
+
+// All three in their places.
+inline void store_words(zqtime& value, std::uint32_t time, std::uint32_t date, std::uint32_t fraction_and_zone) {
+    std::memcpy(value.bytes, &time, sizeof time);
+    std::memcpy(value.bytes + 4, &date, sizeof date);
+    std::memcpy(value.bytes + 8, &fraction_and_zone, sizeof fraction_and_zone);
+}
+
 // The date in its place in the first word. The parts must fit their bits.
 constexpr std::uint64_t pack_date(std::int32_t year, std::uint32_t month, std::uint32_t day) {
-    return static_cast<std::uint64_t>(year + year_bias) << year_shift | std::uint64_t{month} << month_shift |
-           std::uint64_t{day} << day_shift;
+    return std::uint64_t{pack_date_word(year, month, day)} << day_shift;
 }
 
 constexpr std::uint64_t pack_time(std::uint32_t hour, std::uint32_t minute, std::uint32_t second) {

@@ -4,13 +4,16 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdio>
 #include <cstring>
+#include <memory>
 #include <stdexcept>
 
 #include "bench/bench_data.h"
+#include "bench/peers/sql.h"
 #include "bop/frame/batch.h"
 #include "engine/charset.h"
-#include "engine/datetime.h"
+#include "engine/datetime_layout.h"
 #include "engine/decimal.h"
 #include "engine/decimal_layout.h"
 #include "engine/memory.h"
@@ -67,6 +70,13 @@ void keep_greatest(aggregates& total, const bifun_column& column, std::uint32_t 
     total.greatest = any ? total.kept.data() : nullptr;
 }
 
+// Of values without zones. Not by the engine's operation: a call for every row would be a part of every baseline.
+bool is_later(const zqtime& a, const zqtime& b) {
+    const datetime_layout::datetime_words first = datetime_layout::load_datetime(a);
+    const datetime_layout::datetime_words second = datetime_layout::load_datetime(b);
+    return first.civil != second.civil ? first.civil > second.civil : first.fraction_and_zone > second.fraction_and_zone;
+}
+
 void add_column(aggregates& total, value_type type, const bifun_column& column, std::uint32_t row_count) {
     switch (type) {
     case value_type::BOOL:
@@ -90,7 +100,7 @@ void add_column(aggregates& total, value_type type, const bifun_column& column, 
         keep_greatest<xdec>(total, column, row_count, [](const xdec& a, const xdec& b) { return decimal_layout::is_less(b, a); });
         break;
     case value_type::DATETIME:
-        keep_greatest<zqtime>(total, column, row_count, [](const zqtime& a, const zqtime& b) { return zqtime_cmp(&a, &b) > 0; });
+        keep_greatest<zqtime>(total, column, row_count, [](const zqtime& a, const zqtime& b) { return is_later(a, b); });
         break;
     case value_type::VARCHAR:
     case value_type::VARBINARY: {
@@ -100,7 +110,19 @@ void add_column(aggregates& total, value_type type, const bifun_column& column, 
         total.length += length;
         break;
     }
+    case value_type::INTERVAL_YM:
+    case value_type::INTERVAL_DT:
+        throw std::runtime_error("no aggregate of intervals");
     }
+}
+
+std::string text_of(const xdec& value) {
+    std::array<char, 256> text{};
+    std::uint32_t length = 0;
+    if (xdec_to_char_with_zero(&value, text.data(), text.size(), 0, 0, &length) != 0) {
+        throw std::runtime_error("no decimal to print");
+    }
+    return {text.data(), length};
 }
 
 std::string text_of(const aggregates& total, value_type type) {
@@ -113,14 +135,9 @@ std::string text_of(const aggregates& total, value_type type) {
         return std::to_string(sum);
     }
     case value_type::DECIMAL: {
-        std::array<char, 256> text{};
-        std::uint32_t length = 0;
         xdec value;
         std::memcpy(&value, total.kept.data(), sizeof value);
-        if (total.greatest == nullptr || xdec_to_char_with_zero(&value, text.data(), text.size(), 0, 0, &length) != 0) {
-            throw std::runtime_error("no decimal to print");
-        }
-        return {text.data(), length};
+        return text_of(value);
     }
     case value_type::DATETIME: {
         zqtime value;
@@ -132,6 +149,30 @@ std::string text_of(const aggregates& total, value_type type) {
         return std::to_string(total.length);
     default:
         return std::to_string(static_cast<std::int64_t>(total.bits));
+    }
+}
+
+std::string value_text(const zqengine::column_storage& column, std::uint32_t row) {
+    if (column.column.no_nulls == 0 && column.data.null_flags[row] == 0) {
+        return "NULL";
+    }
+    switch (column.type) {
+    case value_type::BIGINT:
+        return std::to_string(zqengine::values_of<std::int64_t>(column)[row]);
+    case value_type::DOUBLE: {
+        std::array<char, 64> text{};
+        std::snprintf(text.data(), text.size(), "%.17g", zqengine::values_of<double>(column)[row]);
+        return text.data();
+    }
+    case value_type::DECIMAL:
+        return text_of(zqengine::values_of<xdec>(column)[row]);
+    case value_type::DATETIME:
+        return std::to_string(unix_microseconds(zqengine::values_of<zqtime>(column)[row]));
+    case value_type::VARCHAR:
+    case value_type::VARBINARY:
+        return text_with_blanks(zqengine::values_of<bifun_string>(column)[row]);
+    default:
+        return std::to_string(zqengine::values_of<std::int32_t>(column)[row]);
     }
 }
 
@@ -189,6 +230,75 @@ const entry_point& entry_named(std::string_view symbol) {
     return *found;
 }
 
+// ---- one expression ----------------------------------------------------------------------------------------------------
+
+struct expression {
+    const entry_point* entry;
+    void* function;
+    std::vector<view> views; // of the columns that are read; `like_result` is the last or one of the others
+    const view* like_result;
+    const view* condition_of; // the column that a condition is about, or null
+    std::array<bench::constant_record, most_arguments> constants;
+    std::array<const void*, most_arguments> arguments;
+    zqengine::column_pointer conditions;
+    zqengine::column_pointer result;
+};
+
+std::unique_ptr<expression> prepare(const bifun_library& library, const table& table, const bench_case& bench_case,
+                                    std::uint32_t batch_rows) {
+    auto made = std::make_unique<expression>();
+    made->entry = &entry_named(bench_case.symbol);
+    made->function = symbol_of(library.handle, bench_case.symbol);
+    if (bench_case.arguments.size() != made->entry->argument_count) {
+        throw std::runtime_error(std::string(bench_case.symbol) + " does not take the arguments of " + std::string(bench_case.name));
+    }
+    const std::vector<std::string_view> names = columns_read(bench_case);
+    made->views.resize(names.size());
+    for (std::size_t i = 0; i < names.size(); ++i) {
+        made->views[i].storage = column_of(table, names[i]).storage.get();
+    }
+    const auto view_of = [&](std::string_view name) -> const view& {
+        return made->views[static_cast<std::size_t>(std::ranges::find(names, name) - names.begin())];
+    };
+    made->like_result = &view_of(bench_case.like_result);
+    made->conditions = make_column(value_type::BOOL, batch_rows);
+    for (std::size_t i = 0; i < made->entry->argument_count; ++i) {
+        const case_argument& argument = bench_case.arguments[i];
+        switch (argument.source) {
+        case argument_source::column:
+            made->arguments[i] = &view_of(argument.text).column;
+            break;
+        case argument_source::constant:
+            made->constants[i] = bench::make_constant(made->entry->argument_list[i].type, argument.text);
+            made->arguments[i] = bench::record_address(made->constants[i]);
+            break;
+        case argument_source::positive:
+            made->condition_of = &view_of(argument.text);
+            made->arguments[i] = &made->conditions->column;
+            break;
+        }
+    }
+    made->result = make_column(made->entry->result, batch_rows);
+    return made;
+}
+
+// Of the rows that the views stand at.
+void evaluate(bifun_library& library, expression& expression, std::uint32_t rows) {
+    if (expression.condition_of != nullptr) {
+        evaluate_positive(zqengine::values_of<std::int32_t>(*expression.conditions),
+                          static_cast<const double*>(expression.condition_of->data.values), rows);
+    }
+    const entry_point& entry = *expression.entry;
+    if (is_string(entry.result)) {
+        zqengine::clear_column(*expression.result);
+    }
+    const std::int32_t status = entry.invoke(expression.function, &library.environment, library.memory, expression.arguments.data(),
+                                             &expression.result->column, rows);
+    if (status != BIFUN_OK) {
+        throw std::runtime_error(std::string(entry.symbol) + " returned " + std::to_string(status));
+    }
+}
+
 } // namespace
 
 bifun_library load_bifun(const char* path) {
@@ -211,74 +321,40 @@ void unload_bifun(bifun_library& library) {
 }
 
 measurement run_bifun(bifun_library& library, const table& table, const bench_case& bench_case, std::uint32_t batch_rows, part part) {
-    const entry_point& entry = entry_named(bench_case.symbol);
-    void* const function = symbol_of(library.handle, entry.symbol);
-    if (bench_case.arguments.size() != entry.argument_count) {
-        throw std::runtime_error(std::string(entry.symbol) + " does not take the arguments of " + std::string(bench_case.name));
-    }
-
-    // The views of the columns that are read; `like_result` is the last or one of the others.
-    const std::vector<std::string_view> names = columns_read(bench_case);
-    std::vector<view> views(names.size());
-    for (std::size_t i = 0; i < names.size(); ++i) {
-        views[i].storage = column_of(table, names[i]).storage.get();
-    }
-    const auto view_of = [&](std::string_view name) -> view& {
-        return views[static_cast<std::size_t>(std::ranges::find(names, name) - names.begin())];
-    };
-    const view& like_result = view_of(bench_case.like_result);
-
-    std::array<bench::constant_record, most_arguments> constants;
-    std::array<const void*, most_arguments> arguments{};
-    const zqengine::column_pointer conditions = make_column(value_type::BOOL, batch_rows);
-    const view* condition_of = nullptr;
-    for (std::size_t i = 0; i < entry.argument_count; ++i) {
-        const case_argument& argument = bench_case.arguments[i];
-        switch (argument.source) {
-        case argument_source::column:
-            arguments[i] = &view_of(argument.text).column;
-            break;
-        case argument_source::constant:
-            constants[i] = bench::make_constant(entry.argument_list[i].type, argument.text);
-            arguments[i] = bench::record_address(constants[i]);
-            break;
-        case argument_source::positive:
-            condition_of = &view_of(argument.text);
-            arguments[i] = &conditions->column;
-            break;
-        }
-    }
-    const zqengine::column_pointer result = make_column(entry.result, batch_rows);
-
+    const std::unique_ptr<expression> expression = prepare(library, table, bench_case, batch_rows);
+    const value_type type = expression->entry->result;
     aggregates total;
     const double start = processor_seconds();
     for (std::uint32_t row = 0; row < table.row_count; row += batch_rows) {
         const std::uint32_t rows = std::min(batch_rows, table.row_count - row);
-        for (view& view : views) {
+        for (view& view : expression->views) {
             move_to_row(view, row);
         }
         if (part == part::measured) {
-            if (condition_of != nullptr) {
-                evaluate_positive(zqengine::values_of<std::int32_t>(*conditions), static_cast<const double*>(condition_of->data.values),
-                                  rows);
-            }
-            if (is_string(entry.result)) {
-                zqengine::clear_column(*result);
-            }
-            const std::int32_t status =
-                entry.invoke(function, &library.environment, library.memory, arguments.data(), &result->column, rows);
-            if (status != BIFUN_OK) {
-                throw std::runtime_error(std::string(entry.symbol) + " returned " + std::to_string(status));
-            }
+            evaluate(library, *expression, rows);
         }
-        for (const view& view : views) {
+        for (const view& view : expression->views) {
             touch(total, view.storage->type, view.data, rows);
         }
-        add_column(total, entry.result, part == part::measured ? result->column : like_result.column, rows);
+        add_column(total, type, part == part::measured ? expression->result->column : expression->like_result->column, rows);
     }
     const double elapsed = processor_seconds() - start;
     asm volatile("" : : "r"(total.touched)); // the compiler must not leave the reading out
-    return {elapsed, text_of(total, entry.result)};
+    return {elapsed, text_of(total, type)};
+}
+
+std::string sample_bifun(bifun_library& library, const table& table, const bench_case& bench_case, std::uint32_t rows) {
+    const std::unique_ptr<expression> expression = prepare(library, table, bench_case, rows);
+    for (view& view : expression->views) {
+        move_to_row(view, 0);
+    }
+    evaluate(library, *expression, rows);
+    std::string text;
+    for (std::uint32_t row = 0; row < rows; ++row) {
+        text += value_text(*expression->result, row);
+        text += row + 1 < rows ? std::string(1, separator) : "";
+    }
+    return text;
 }
 
 } // namespace bifun::peers

@@ -3,6 +3,7 @@
 #define BIFUN_BENCH_PEERS_BIFUN_RUN_H
 
 #include <cstdint>
+#include <string>
 
 #include "bench/peers/cases.h"
 #include "bench/peers/measurement.h"
@@ -27,6 +28,9 @@ enum class part : std::uint8_t { measured, baseline };
 // entry point and aggregates its result column. Baseline: aggregates the column `like_result` instead. Both read every value of every
 // column that the case reads once. Columns are not copied: a batch is a view into the table.
 measurement run_bifun(bifun_library& library, const table& table, const bench_case& bench_case, std::uint32_t batch_rows, part part);
+
+// What sample_query asks the peers for.
+std::string sample_bifun(bifun_library& library, const table& table, const bench_case& bench_case, std::uint32_t rows);
 
 } // namespace bifun::peers
 

@@ -7,6 +7,7 @@
 #include <string_view>
 #include <vector>
 
+#include "bench/bench_data.h"
 #include "bop/frame/value_type.h"
 
 namespace bifun::peers {
@@ -16,7 +17,8 @@ enum class content : std::uint8_t {
     magnitude, // numbers whose magnitude lies between the bounds, either sign
 };
 
-// A column of the table. The bounds of decimals bound the coefficient, in digits: 38 gives coefficients below 10^38.
+// A column of the table. The bounds of decimals bound the coefficient, in digits: 38 gives coefficients below 10^38; those of other forms
+// than the usual one are as for bench::value_form.
 struct table_column {
     std::string_view name;
     value_type type;
@@ -26,6 +28,7 @@ struct table_column {
     bool nulls; // in one row of ten
     std::uint8_t precision = 0;
     std::uint8_t scale = 0;
+    bench::value_form form = bench::value_form::usual;
 };
 
 std::span<const table_column> table_columns();
@@ -44,13 +47,17 @@ struct case_argument {
     std::string_view text;
 };
 
+// Whose results must be bifun's. Where it is not both, a comment beside the case says why.
+enum class compared : std::uint8_t { both, duckdb, neither };
+
 struct bench_case {
     std::string_view name;
-    std::string_view duckdb;
-    std::string_view clickhouse;
+    std::string_view duckdb;      // empty where it has no such function
+    std::string_view clickhouse;  // the same
     std::string_view like_result; // a column without NULLs of the type of the result: what the baseline aggregates in its place
     const char* symbol;
     std::vector<case_argument> arguments;
+    compared compared_with = compared::both;
 };
 
 std::span<const bench_case> bench_cases();

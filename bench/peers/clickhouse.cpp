@@ -60,7 +60,7 @@ std::string sql_type(const table_column& column) {
         type = "Decimal(" + std::to_string(column.precision) + "," + std::to_string(column.scale) + ")";
         break;
     case value_type::DATETIME:
-        type = "DateTime64(6, 'UTC')";
+        type = is_date(column) ? "Date32" : "DateTime64(6, 'UTC')";
         break;
     case value_type::VARCHAR:
         type = "String";
@@ -93,9 +93,11 @@ void put_value(std::string& bytes, const loaded_column& column, std::uint32_t ro
         }
     }
     if (from.type == value_type::VARCHAR) {
-        const bifun_string& value = zqengine::values_of<bifun_string>(from)[row];
-        put(bytes, static_cast<std::uint8_t>(value.length));
-        bytes.append(reinterpret_cast<const char*>(value.data), value.length);
+        const std::string value = text_with_blanks(zqengine::values_of<bifun_string>(from)[row]);
+        put(bytes, static_cast<std::uint8_t>(value.size()));
+        bytes += value;
+    } else if (is_date(*column.definition)) {
+        put(bytes, unix_days(zqengine::values_of<zqtime>(from)[row]));
     } else if (from.type == value_type::DATETIME) {
         put(bytes, unix_microseconds(zqengine::values_of<zqtime>(from)[row]));
     } else if (from.type == value_type::DECIMAL) {

@@ -14,7 +14,14 @@ namespace {
 // The part of DuckDB's C interface that is used, declared here because the package with the library has no header.
 using duckdb_handle = void*;
 using row_index = std::uint64_t;
-enum duckdb_type : std::int32_t { duckdb_integer = 4, duckdb_bigint = 5, duckdb_double = 11, duckdb_timestamp = 12, duckdb_varchar = 17 };
+enum duckdb_type : std::int32_t {
+    duckdb_integer = 4,
+    duckdb_bigint = 5,
+    duckdb_double = 11,
+    duckdb_timestamp = 12,
+    duckdb_date = 13,
+    duckdb_varchar = 17
+};
 
 struct duckdb_result {
     row_index deprecated_counts[3];
@@ -109,7 +116,7 @@ std::string sql_type(const table_column& column) {
     case value_type::DECIMAL:
         return "DECIMAL(" + std::to_string(column.precision) + "," + std::to_string(column.scale) + ")";
     case value_type::DATETIME:
-        return "TIMESTAMP";
+        return is_date(column) ? "DATE" : "TIMESTAMP";
     case value_type::VARCHAR:
         return "VARCHAR";
     case value_type::INT:
@@ -128,7 +135,7 @@ duckdb_handle make_type(const duckdb_functions& api, const table_column& column)
     case value_type::DOUBLE:
         return api.create_logical_type(duckdb_double);
     case value_type::DATETIME:
-        return api.create_logical_type(duckdb_timestamp);
+        return api.create_logical_type(is_date(column) ? duckdb_date : duckdb_timestamp);
     case value_type::VARCHAR:
         return api.create_logical_type(duckdb_varchar);
     case value_type::INT:
@@ -152,8 +159,11 @@ void fill_vector(const duckdb_functions& api, duckdb_handle vector, const loaded
             continue;
         }
         if (from.type == value_type::VARCHAR) {
-            const bifun_string& value = zqengine::values_of<bifun_string>(from)[row];
-            api.vector_assign_string_element_len(vector, k, reinterpret_cast<const char*>(value.data), value.length);
+            const std::string value = text_with_blanks(zqengine::values_of<bifun_string>(from)[row]);
+            api.vector_assign_string_element_len(vector, k, value.data(), value.size());
+        } else if (is_date(*column.definition)) {
+            const std::int32_t value = unix_days(zqengine::values_of<zqtime>(from)[row]);
+            std::memcpy(to + k * sizeof value, &value, sizeof value);
         } else if (from.type == value_type::DATETIME) {
             const std::int64_t value = unix_microseconds(zqengine::values_of<zqtime>(from)[row]);
             std::memcpy(to + k * sizeof value, &value, sizeof value);

@@ -18,7 +18,7 @@
 // The engines take turns, each beginning with a baseline that is not counted and fills the caches, then the two queries in alternating
 // order; the figure is the median over the repetitions of measured minus baseline, in processor time per row. Five rounds before that are
 // not counted: ClickHouse compiles an expression at run time when it has seen it three times, its default. The aggregates of all engines
-// are compared; a difference fails the run.
+// are compared, and before that the values of the first 1,000 rows one by one; a difference fails the run.
 //
 // Options: --rows=N --repetitions=N --filter=REGEX --peers=DIRECTORY --raw --explain
 
@@ -31,6 +31,7 @@
 #include <functional>
 #include <optional>
 #include <regex>
+#include <sstream>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -55,14 +56,22 @@ struct options {
 };
 
 constexpr std::uint32_t warm_up_rounds = 5;
+constexpr std::uint32_t sampled_rows = 1000;
 constexpr std::uint32_t batch_sizes[] = {2048, 1024, 65536};
 
 // A column of the report: one engine in one configuration.
 struct contestant {
     std::string name;
     std::function<measurement(const bench_case&, part)> run;
+    std::optional<dialect> peer = std::nullopt;                     // unless it is bifun
+    std::function<std::string(const bench_case&)> sample = nullptr; // the values in the first rows
 };
 
+bool takes_part(const contestant& contestant, const bench_case& bench_case) {
+    return !contestant.peer || !expression_of(bench_case, *contestant.peer).empty();
+}
+
+// Empty where the engine does not take part.
 struct timing {
     std::vector<double> measured; // seconds
     std::vector<double> baseline;
@@ -163,11 +172,11 @@ void print_row(const bench_case& bench_case, const std::vector<timing>& timings,
     std::printf("| %s |", std::string(bench_case.name).c_str());
     std::vector<double> nanoseconds;
     for (const timing& timing : timings) {
-        nanoseconds.push_back(cost(timing) * 1e9 / rows);
-        std::printf(" %.2f |", nanoseconds.back());
+        nanoseconds.push_back(timing.measured.empty() ? std::nan("") : cost(timing) * 1e9 / rows);
+        std::printf(timing.measured.empty() ? " - |" : " %.2f |", nanoseconds.back());
     }
     for (std::size_t i = std::size(batch_sizes); i < timings.size(); ++i) {
-        std::printf(" %.1f |", nanoseconds[i] / nanoseconds[0]);
+        std::printf(timings[i].measured.empty() ? " - |" : " %.1f |", nanoseconds[i] / nanoseconds[0]);
     }
     std::printf("\n");
     std::fflush(stdout);
@@ -177,6 +186,9 @@ void print_raw(const bench_case& bench_case, const std::vector<contestant>& cont
                std::uint32_t rows) {
     for (std::size_t i = 0; i < timings.size(); ++i) {
         const auto [measured, baseline, value] = timings[i];
+        if (measured.empty()) {
+            continue;
+        }
         std::fprintf(stderr, "%-34s %-14s measured %8.3f least %8.3f, baseline %8.3f least %8.3f ns per row; result %s\n",
                      std::string(bench_case.name).c_str(), contestants[i].name.c_str(), median(measured) * 1e9 / rows,
                      *std::ranges::min_element(measured) * 1e9 / rows, median(baseline) * 1e9 / rows,
@@ -190,6 +202,9 @@ std::vector<timing> measure(const bench_case& bench_case, const std::vector<cont
     std::vector<timing> timings(contestants.size());
     for (std::uint32_t round = 0; round < warm_up_rounds + repetitions; ++round) {
         for (std::size_t i = 0; i < contestants.size(); ++i) {
+            if (!takes_part(contestants[i], bench_case)) {
+                continue;
+            }
             const auto run = [&](part part) { return contestants[i].run(bench_case, part); };
             // The engine before has taken the caches, and which of the two queries comes first must not matter.
             (void)run(part::baseline);
@@ -206,6 +221,55 @@ std::vector<timing> measure(const bench_case& bench_case, const std::vector<cont
         }
     }
     return timings;
+}
+
+// ---- comparing results ----
+
+bool is_compared(const contestant& contestant, const bench_case& bench_case) {
+    return takes_part(contestant, bench_case) && (!contestant.peer || bench_case.compared_with == compared::both ||
+                                                  (bench_case.compared_with == compared::duckdb && contestant.peer == dialect::duckdb));
+}
+
+std::vector<std::string> rows_of(const std::string& sample) {
+    std::vector<std::string> rows;
+    std::istringstream stream(sample);
+    for (std::string row; std::getline(stream, row, separator);) {
+        rows.push_back(row);
+    }
+    return rows;
+}
+
+// Prints the first row in which a peer's value is not bifun's, and returns whether there was one.
+bool samples_differ(const bench_case& bench_case, const std::vector<contestant>& contestants) {
+    const std::vector<std::string> expected = rows_of(contestants[0].sample(bench_case));
+    bool differ = false;
+    for (const contestant& contestant : contestants) {
+        if (!contestant.peer || !is_compared(contestant, bench_case)) {
+            continue;
+        }
+        const std::vector<std::string> found = rows_of(contestant.sample(bench_case));
+        const auto [mine, theirs] = std::ranges::mismatch(expected, found, agree);
+        if (mine != expected.end() || theirs != found.end()) {
+            const std::string none = "nothing";
+            std::fprintf(stderr, "bifun_peers: %s: in row %td %s gives %s, bifun %s\n", std::string(bench_case.name).c_str(),
+                         mine - expected.begin(), contestant.name.c_str(), (theirs != found.end() ? *theirs : none).c_str(),
+                         (mine != expected.end() ? *mine : none).c_str());
+            differ = true;
+        }
+    }
+    return differ;
+}
+
+bool totals_differ(const bench_case& bench_case, const std::vector<contestant>& contestants, const std::vector<timing>& timings) {
+    bool differ = false;
+    for (std::size_t i = 1; i < timings.size(); ++i) {
+        if (is_compared(contestants[i], bench_case) && !agree(timings[i].value, timings[0].value)) {
+            std::fprintf(stderr, "bifun_peers: %s: %s gives %s, bifun %s\n", std::string(bench_case.name).c_str(),
+                         contestants[i].name.c_str(), timings[i].value.c_str(), timings[0].value.c_str());
+            differ = true;
+        }
+    }
+    return differ;
 }
 
 int run(const options& options) {
@@ -230,25 +294,28 @@ int run(const options& options) {
                                    return run_bifun(library, table, bench_case, batch_rows, part);
                                }});
     }
+    const std::uint32_t sampled = std::min(sampled_rows, options.rows);
+    contestants[0].sample = [&](const bench_case& bench_case) { return sample_bifun(library, table, bench_case, sampled); };
     const duckdb_pointer duckdb = open_duckdb(options.peers + "/libduckdb.so");
     const clickhouse_pointer clickhouse = open_clickhouse(options.peers + "/libchdb.so");
+    const auto add_peer = [&](const char* name, dialect dialect, const std::function<measurement(const std::string&)>& run_query) {
+        contestants.push_back(
+            {name,
+             [=](const bench_case& bench_case, part part) {
+                 return run_query(part == part::measured ? measured_query(bench_case, dialect) : baseline_query(bench_case, dialect));
+             },
+             dialect, [=](const bench_case& bench_case) { return run_query(sample_query(bench_case, dialect, sampled)).value; }});
+    };
     std::string versions;
     if (duckdb != nullptr) {
         load_duckdb(*duckdb, table);
         versions += ", DuckDB " + duckdb_version(*duckdb);
-        contestants.push_back({"DuckDB", [&](const bench_case& bench_case, part part) {
-                                   return run_duckdb(*duckdb, part == part::measured ? measured_query(bench_case, dialect::duckdb)
-                                                                                     : baseline_query(bench_case, dialect::duckdb));
-                               }});
+        add_peer("DuckDB", dialect::duckdb, [&](const std::string& query) { return run_duckdb(*duckdb, query); });
     }
     if (clickhouse != nullptr) {
         load_clickhouse(*clickhouse, table);
         versions += ", ClickHouse " + clickhouse_version(*clickhouse);
-        contestants.push_back({"ClickHouse", [&](const bench_case& bench_case, part part) {
-                                   return run_clickhouse(*clickhouse, part == part::measured
-                                                                          ? measured_query(bench_case, dialect::clickhouse)
-                                                                          : baseline_query(bench_case, dialect::clickhouse));
-                               }});
+        add_peer("ClickHouse", dialect::clickhouse, [&](const std::string& query) { return run_clickhouse(*clickhouse, query); });
     }
     if (duckdb == nullptr || clickhouse == nullptr) {
         std::fprintf(stderr, "bifun_peers: %s%s not found in %s; bench/peers/fetch.sh gets both\n",
@@ -264,17 +331,16 @@ int run(const options& options) {
             std::fprintf(stderr, "%s\n%s\n", measured_query(bench_case, dialect::duckdb).c_str(),
                          run_duckdb(*duckdb, "EXPLAIN " + measured_query(bench_case, dialect::duckdb)).value.c_str());
         }
+        if (samples_differ(bench_case, contestants)) {
+            exit_status = EXIT_FAILURE;
+        }
         const std::vector<timing> timings = measure(bench_case, contestants, options.repetitions);
         print_row(bench_case, timings, options.rows);
         if (options.raw) {
             print_raw(bench_case, contestants, timings, options.rows);
         }
-        for (std::size_t i = 1; i < timings.size(); ++i) {
-            if (!agree(timings[i].value, timings[0].value)) {
-                std::fprintf(stderr, "bifun_peers: %s: %s gives %s, bifun %s\n", std::string(bench_case.name).c_str(),
-                             contestants[i].name.c_str(), timings[i].value.c_str(), timings[0].value.c_str());
-                exit_status = EXIT_FAILURE;
-            }
+        if (totals_differ(bench_case, contestants, timings)) {
+            exit_status = EXIT_FAILURE;
         }
     }
     unload_bifun(library);

@@ -5,6 +5,12 @@ namespace {
 
 std::string call(std::string_view function, std::string_view argument) { return std::string(function) + "(" + std::string(argument) + ")"; }
 
+// Of a timestamp or a date.
+std::string microseconds_of(std::string_view expression, dialect dialect) {
+    return dialect == dialect::duckdb ? "epoch_us(CAST(" + std::string(expression) + " AS TIMESTAMP))"
+                                      : "toUnixTimestamp64Micro(toDateTime64(" + std::string(expression) + ", 6, 'UTC'))";
+}
+
 // Aggregates whose time does not depend on the values, as far as there are: DuckDB's sum of BIGINT is 128 bits wide and branches.
 std::string total_of(value_type type, std::string_view expression, dialect dialect) {
     const bool duckdb = dialect == dialect::duckdb;
@@ -14,7 +20,7 @@ std::string total_of(value_type type, std::string_view expression, dialect diale
     case value_type::DECIMAL:
         return call("max", expression);
     case value_type::DATETIME:
-        return call(duckdb ? "epoch_us" : "toUnixTimestamp64Micro", call("max", expression));
+        return microseconds_of(call("max", expression), dialect);
     case value_type::VARCHAR:
     case value_type::VARBINARY:
         return call("sum", call(duckdb ? "strlen" : "length", expression));
@@ -44,10 +50,26 @@ std::string query(const bench_case& bench_case, std::string_view expression, dia
 
 } // namespace
 
+std::string_view expression_of(const bench_case& bench_case, dialect dialect) {
+    return dialect == dialect::duckdb ? bench_case.duckdb : bench_case.clickhouse;
+}
+
 std::string measured_query(const bench_case& bench_case, dialect dialect) {
-    return query(bench_case, dialect == dialect::duckdb ? bench_case.duckdb : bench_case.clickhouse, dialect);
+    return query(bench_case, expression_of(bench_case, dialect), dialect);
 }
 
 std::string baseline_query(const bench_case& bench_case, dialect dialect) { return query(bench_case, bench_case.like_result, dialect); }
+
+std::string sample_query(const bench_case& bench_case, dialect dialect, std::uint32_t rows) {
+    std::string value(expression_of(bench_case, dialect));
+    if (column_named(bench_case.like_result).type == value_type::DATETIME) {
+        value = microseconds_of(value, dialect);
+    }
+    const std::string from = " FROM (SELECT * FROM t LIMIT " + std::to_string(rows) + ")";
+    const std::string between = std::string("'") + separator + "'";
+    return dialect == dialect::duckdb
+               ? "SELECT string_agg(coalesce(CAST(" + value + " AS VARCHAR), 'NULL'), " + between + ")" + from
+               : "SELECT arrayStringConcat(groupArray(ifNull(toString(" + value + "), 'NULL')), " + between + ")" + from;
+}
 
 } // namespace bifun::peers

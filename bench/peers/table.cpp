@@ -67,7 +67,9 @@ table make_table(const std::vector<std::string_view>& names, std::uint32_t row_c
         }
         if (definition.values == content::magnitude) {
             fill_by_magnitude(*storage, definition, seed);
-        } else if (!bench::fill_column(*storage, {definition.low, definition.high, nullptr}, seed, row_count)) {
+        } else if (!bench::fill_column(*storage,
+                                       {.low = definition.low, .high = definition.high, .constant = nullptr, .form = definition.form}, seed,
+                                       row_count)) {
             throw std::runtime_error("out of memory");
         }
         if (definition.nulls) {
@@ -104,6 +106,17 @@ std::int64_t unix_microseconds(const zqtime& value) {
     const auto date = sys_days(std::chrono::year(year) / std::chrono::month(month) / std::chrono::day(day));
     const auto time = hours(hour) + minutes(minute) + seconds(second) + microseconds(microsecond);
     return (date.time_since_epoch() + time) / microseconds(1);
+}
+
+std::int32_t unix_days(const zqtime& value) {
+    using namespace std::chrono;
+    return static_cast<std::int32_t>(floor<days>(microseconds(unix_microseconds(value))).count());
+}
+
+std::string text_with_blanks(const bifun_string& value) {
+    std::string text(reinterpret_cast<const char*>(value.data), value.length);
+    text.append(value.trailing_blanks, ' ');
+    return text;
 }
 
 } // namespace bifun::peers

@@ -3,6 +3,7 @@
 #define BIFUN_BENCH_PEERS_TABLE_H
 
 #include <cstdint>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -33,6 +34,14 @@ decimal_layout::int128 signed_coefficient(const xdec& value);
 
 // Microseconds since 1970-01-01 00:00:00. For years from 1583 on.
 std::int64_t unix_microseconds(const zqtime& value);
+
+// Days since 1970-01-01, under the same condition.
+std::int32_t unix_days(const zqtime& value);
+
+// The value as an engine sees it that stores trailing blanks.
+std::string text_with_blanks(const bifun_string& value);
+
+inline bool is_date(const table_column& column) { return column.type == value_type::DATETIME && column.form == bench::value_form::date; }
 
 } // namespace bifun::peers
 

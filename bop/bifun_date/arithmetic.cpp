@@ -5,6 +5,7 @@
 
 #include "bop/bifun_date/weekday.h"
 #include "bop/frame/attempt_rows.h"
+#include "bop/frame/row_loop.h"
 #include "engine/interval.h"
 
 namespace bifun {
@@ -20,8 +21,22 @@ template <class Attempt, class... Arguments> status moved_rows(const batch& batc
     });
 }
 
+// Many rows at once, where datetimes are packed.
+template <class Value, class Count>
+INLINED inline status add_days_at_once(const batch& batch, const Value& value, const Count& count, std::int64_t days_per_count) {
+    using checks = row_checks<check_add_days_packed, nullptr, failing_row::null>;
+    return set_rows<rows::all, add_days_packed, checks>(batch, value, count, constant_argument<std::int64_t>{days_per_count, true});
+}
+
 // `field` is the same for all rows. One that cannot be added fails at the first of them.
-template <class Amount, class Value> status dateadd(const batch& batch, int_constant field, Amount amount, Value value) {
+template <class Amount, class Value> INLINED inline status dateadd(const batch& batch, int_constant field, Amount amount, Value value) {
+    if (field->not_null == 0) {
+        return null_rows(batch);
+    }
+    const datetime_arithmetic::field_step by = datetime_arithmetic::step_of(field->value);
+    if (datetimes_are_packed() && by.kind == datetime_arithmetic::step_kind::days) {
+        return add_days_at_once(batch, datetime(value), bigint(amount), by.size);
+    }
     return with_datetimes([&](auto datetimes) {
         typename decltype(datetimes)::field_step step;
         const status made = datetimes.make_step(field->value, step);
@@ -33,9 +48,13 @@ template <class Amount, class Value> status dateadd(const batch& batch, int_cons
     });
 }
 
-status add_days(const batch& batch, column value, double_constant days) {
+INLINED inline status add_days(const batch& batch, column value, double_constant days) {
+    const constant_argument<double> count = floating(days);
+    datetime_arithmetic::day_span whole;
+    if (datetimes_are_packed() && datetime_arithmetic::split_days(count.value, whole) && whole.microseconds == 0) {
+        return add_days_at_once(batch, datetime(value), constant_argument<std::int64_t>{whole.days, count.present}, 1);
+    }
     return with_datetimes([&](auto datetimes) {
-        const constant_argument<double> count = floating(days);
         typename decltype(datetimes)::day_span span;
         const status made = datetimes.make_span(count.value, span);
         return attempt_set_rows<zqtime, failing_row::null>(
@@ -134,16 +153,18 @@ status intervals_of(const batch& batch, column number, string_constant unit, con
 
 using namespace bifun;
 
-status bdateadd_vaa_date(BATCH_OF(int_constant field, column amount, column value)) { return dateadd(BATCH, field, amount, value); }
-status bdateadd_vav_date(BATCH_OF(int_constant field, column amount, datetime_constant value)) {
+VECTORISED status bdateadd_vaa_date(BATCH_OF(int_constant field, column amount, column value)) {
     return dateadd(BATCH, field, amount, value);
 }
-status bdateadd_vva_date(BATCH_OF(int_constant field, bigint_constant amount, column value)) {
+VECTORISED status bdateadd_vav_date(BATCH_OF(int_constant field, column amount, datetime_constant value)) {
+    return dateadd(BATCH, field, amount, value);
+}
+VECTORISED status bdateadd_vva_date(BATCH_OF(int_constant field, bigint_constant amount, column value)) {
     return dateadd(BATCH, field, amount, value);
 }
 
 status badd_days_aa_date(BATCH_OF(column value, column days)) { return add_days(BATCH, value, days); }
-status badd_days_av_date(BATCH_OF(column value, double_constant days)) { return add_days(BATCH, value, days); }
+VECTORISED status badd_days_av_date(BATCH_OF(column value, double_constant days)) { return add_days(BATCH, value, days); }
 status badd_days_va_date(BATCH_OF(datetime_constant value, column days)) { return add_days(BATCH, value, days); }
 
 status badd_weeks_aa_date(BATCH_OF(column value, column weeks)) { return add_weeks(BATCH, value, weeks); }
@@ -159,7 +180,11 @@ status bdate_add_ym_av(BATCH_OF(column value, interval_ym_constant interval)) { 
 status bdate_sub_ym_aa(BATCH_OF(column value, column interval)) { return date_sub(BATCH, value, interval); }
 status bdate_sub_ym_av(BATCH_OF(column value, interval_ym_constant interval)) { return date_sub(BATCH, value, interval); }
 
-status blast_day_a_date(BATCH_OF(column value)) { return moved_rows(BATCH, ifun_parse_last_day, datetime(value)); }
+VECTORISED status blast_day_a_date(BATCH_OF(column value)) {
+    const batch batch = BATCH;
+    return datetimes_are_packed() ? set_rows<rows::all, set_last_day_packed>(batch, datetime(value))
+                                  : moved_rows(batch, ifun_parse_last_day, datetime(value));
+}
 
 status blast_day_str_a_date(BATCH_OF(column text)) {
     return moved_rows(

@@ -21,6 +21,36 @@ struct weekday_reference {
     static constexpr std::uint32_t day = 1;
 };
 
+// ---- kernels without a branch, for loops over many rows --------------------------------------------------------------------
+
+INLINED inline void set_last_day_packed(const zqtime& value, zqtime& result) {
+    const std::uint32_t date = datetime_layout::load_date(value);
+    const std::uint32_t last = calendar::last_day_of_month(datetime_layout::year_of_date(date), datetime_layout::month_of_date(date));
+    constexpr std::uint32_t day_bits = 0x1F;
+    datetime_layout::store_words(result, datetime_layout::load_time(value), (date & ~day_bits) | last,
+                                 datetime_layout::load_fraction_and_zone(value));
+}
+
+// Adds days; the check tells whether the result is within the range of years.
+INLINED inline void add_days_packed(const zqtime& value, std::int64_t count, std::int64_t days_per_count, zqtime& result) {
+    // Unsigned: what does not fit is not used.
+    const std::uint32_t days = static_cast<std::uint32_t>(count) * static_cast<std::uint32_t>(days_per_count);
+    const std::uint32_t number =
+        static_cast<std::uint32_t>(datetime_arithmetic::day_number_of_date(datetime_layout::load_date(value))) + days;
+    const calendar::calendar_date moved = calendar::date_of_julian_day(static_cast<std::int32_t>(number));
+    datetime_layout::store_words(result, datetime_layout::load_time(value),
+                                 datetime_layout::pack_date_word(moved.year, moved.month, moved.day),
+                                 datetime_layout::load_fraction_and_zone(value));
+}
+INLINED inline status check_add_days_packed(const zqtime& value, std::int64_t count, std::int64_t days_per_count) {
+    constexpr std::int64_t most_days = 10'000'000; // more would leave the range anyway
+    const std::int64_t limited = count < -most_days ? -most_days : count > most_days ? most_days : count;
+    const std::int64_t number = datetime_arithmetic::day_number_of_date(datetime_layout::load_date(value)) + limited * days_per_count;
+    return number >= 0 && number <= calendar::number_of_last_day ? BIFUN_OK : BIFUN_INVALID_DATETIME;
+}
+
+// ---- the two forms -----------------------------------------------------------------------------------------------------------
+
 struct packed_datetimes {
     static datetime_layout::datetime_words words(const zqtime& value) { return datetime_layout::load_datetime(value); }
 
@@ -97,11 +127,8 @@ struct packed_datetimes {
         return add_months_of_interval(value, -months_in(interval), result);
     }
     static status last_day_of_month(const zqtime& value, zqtime& result) {
-        datetime_layout::datetime_words moved = words(value);
-        const std::uint32_t last = calendar::last_day_of_month(datetime_layout::year_of(moved), datetime_layout::month_of(moved));
-        constexpr std::uint64_t day_mask = std::uint64_t{0x1F} << datetime_layout::day_shift;
-        moved.civil = (moved.civil & ~day_mask) | std::uint64_t{last} << datetime_layout::day_shift;
-        return stored(true, moved, result);
+        set_last_day_packed(value, result);
+        return BIFUN_OK;
     }
     static std::int32_t month_end_day(std::int32_t year, std::int32_t month) {
         return static_cast<std::int32_t>(calendar::last_day_of_month(year, static_cast<std::uint32_t>(month)));

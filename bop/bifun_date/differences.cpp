@@ -22,47 +22,39 @@ status counted_rows(const batch& batch, const Attempt& attempt, const Arguments&
 
 // ---- DATEDIFF and BIGDATEDIFF ----------------------------------------------------------------------------------------------------
 
+// The fields that are asked for most are counted for many rows at once, where datetimes are packed.
+
 // What is counted from a fixed moment to a date; the difference of two such counts always fits.
 INLINED inline std::int32_t years_to(std::uint32_t date) { return datetime_layout::year_of_date(date); }
 INLINED inline std::int32_t months_to(std::uint32_t date) {
     return datetime_layout::year_of_date(date) * 12 + static_cast<std::int32_t>(datetime_layout::month_of_date(date));
 }
-INLINED inline std::int32_t quarters_to(std::uint32_t date) {
-    return datetime_layout::year_of_date(date) * 4 + static_cast<std::int32_t>((datetime_layout::month_of_date(date) - 1) / 3);
-}
 INLINED inline std::int32_t days_to(std::uint32_t date) { return datetime_arithmetic::day_number_of_date(date); }
-INLINED inline std::int32_t weeks_to(std::uint32_t date) {
-    return static_cast<std::int32_t>(static_cast<std::uint32_t>(days_to(date) + 1) / 7);
-}
 
 template <auto count_to> INLINED inline std::int32_t packed_datediff(const zqtime& start, const zqtime& end) {
     return count_to(datetime_layout::load_date(end)) - count_to(datetime_layout::load_date(start));
 }
 
-// Units of time from start to end. Those that do not fit 32 bits fail before they are counted.
-template <std::int32_t per_day> INLINED inline std::int64_t time_units(const zqtime& value) {
-    using packed = packed_datetimes;
-    constexpr std::int32_t milliseconds_per_day = 24 * 60 * 60 * 1000;
-    const std::int32_t minute_of_day = packed::hour(value) * 60 + packed::minute(value);
-    const std::int32_t unit_of_day = per_day == 24        ? packed::hour(value)
-                                     : per_day == 24 * 60 ? minute_of_day
-                                     : per_day == 24 * 60 * 60
-                                         ? minute_of_day * 60 + packed::second(value)
-                                         : (minute_of_day * 60 + packed::second(value)) * 1000 + packed::microsecond(value) / 1000;
-    static_assert(per_day <= milliseconds_per_day);
-    return std::int64_t{days_to(datetime_layout::load_date(value))} * per_day + unit_of_day;
+INLINED inline std::int64_t seconds_to(const zqtime& value) {
+    // Unsigned: the bits of a NULL row may hold any hour.
+    const std::uint32_t time = datetime_layout::load_time(value);
+    const std::uint32_t second_of_day = ((time >> 12) * 60 + (time >> 6 & 0x3F)) * 60 + (time & 0x3F);
+    constexpr std::int64_t seconds_per_day = 24 * 60 * 60;
+    return days_to(datetime_layout::load_date(value)) * seconds_per_day + second_of_day;
 }
 
-template <std::int32_t per_day> INLINED inline std::int32_t packed_time_diff(const zqtime& start, const zqtime& end) {
-    return static_cast<std::int32_t>(time_units<per_day>(end) - time_units<per_day>(start));
+INLINED inline std::int32_t packed_seconds(const zqtime& start, const zqtime& end) {
+    return static_cast<std::int32_t>(seconds_to(end) - seconds_to(start));
 }
 
-template <std::int32_t per_day> INLINED inline status check_time_diff(const zqtime& start, const zqtime& end) {
-    const std::int64_t count = time_units<per_day>(end) - time_units<per_day>(start);
+INLINED inline status check_seconds(const zqtime& start, const zqtime& end) {
+    const std::int64_t count = seconds_to(end) - seconds_to(start);
     return count == static_cast<std::int32_t>(count) ? BIFUN_OK : BIFUN_NUMERIC_OVERFLOW;
 }
 
-template <std::int32_t per_day> using time_diff_checks = row_checks<check_time_diff<per_day>, nullptr, failing_row::null>;
+using checks_of_seconds = row_checks<check_seconds, nullptr, failing_row::null>;
+
+INLINED inline std::int64_t packed_big_seconds(const zqtime& start, const zqtime& end) { return seconds_to(end) - seconds_to(start); }
 
 template <class Start, class End> INLINED inline status datediff(const batch& batch, int_constant field, Start start, End end) {
     const auto counts = [&](const auto&... arguments) INLINED -> status {
@@ -70,20 +62,12 @@ template <class Start, class End> INLINED inline status datediff(const batch& ba
             switch (field->value) {
             case ZQTIME_YEAR:
                 return set_rows<rows::all, packed_datediff<years_to>>(batch, arguments...);
-            case ZQTIME_QUARTER:
-                return set_rows<rows::all, packed_datediff<quarters_to>>(batch, arguments...);
             case ZQTIME_MONTH:
                 return set_rows<rows::all, packed_datediff<months_to>>(batch, arguments...);
-            case ZQTIME_WEEK:
-                return set_rows<rows::all, packed_datediff<weeks_to>>(batch, arguments...);
             case ZQTIME_DAY:
                 return set_rows<rows::all, packed_datediff<days_to>>(batch, arguments...);
-            case ZQTIME_HOUR:
-                return set_rows<rows::all, packed_time_diff<24>>(batch, arguments...);
-            case ZQTIME_MINUTE:
-                return set_rows<rows::all, packed_time_diff<24 * 60>, time_diff_checks<24 * 60>>(batch, arguments...);
             case ZQTIME_SECOND:
-                return set_rows<rows::all, packed_time_diff<24 * 60 * 60>, time_diff_checks<24 * 60 * 60>>(batch, arguments...);
+                return set_rows<rows::all, packed_seconds, checks_of_seconds>(batch, arguments...);
             default:
                 break;
             }
@@ -146,7 +130,10 @@ constexpr auto ifun_parse_bigdatediff = [](auto datetimes, std::int64_t& result,
     }
 };
 
-template <class Start, class End> status bigdatediff(const batch& batch, int_constant field, Start start, End end) {
+template <class Start, class End> INLINED inline status bigdatediff(const batch& batch, int_constant field, Start start, End end) {
+    if (datetimes_are_packed() && field->not_null != 0 && field->value == ZQTIME_SECOND) {
+        return set_rows<rows::all, packed_big_seconds>(batch, datetime(start), datetime(end));
+    }
     return counted_rows<std::int64_t>(batch, ifun_parse_bigdatediff, integer(field), datetime(start), datetime(end));
 }
 
@@ -250,11 +237,13 @@ VECTORISED status bdatediff_vva_date(BATCH_OF(int_constant field, datetime_const
     return datediff(BATCH, field, start, end);
 }
 
-status bbigdatediff_vaa_date(BATCH_OF(int_constant field, column start, column end)) { return bigdatediff(BATCH, field, start, end); }
-status bbigdatediff_vav_date(BATCH_OF(int_constant field, column start, datetime_constant end)) {
+VECTORISED status bbigdatediff_vaa_date(BATCH_OF(int_constant field, column start, column end)) {
     return bigdatediff(BATCH, field, start, end);
 }
-status bbigdatediff_vva_date(BATCH_OF(int_constant field, datetime_constant start, column end)) {
+VECTORISED status bbigdatediff_vav_date(BATCH_OF(int_constant field, column start, datetime_constant end)) {
+    return bigdatediff(BATCH, field, start, end);
+}
+VECTORISED status bbigdatediff_vva_date(BATCH_OF(int_constant field, datetime_constant start, column end)) {
     return bigdatediff(BATCH, field, start, end);
 }
 

@@ -186,7 +186,10 @@ INLINED inline located binstr_def2_av_process_with_blank(Bytes bytes, bool ascii
     }
     const std::uint32_t offset = Bytes::find(sought, value.data, value.length);
     if (offset != no_offset && !has_single_bytes(bytes, ascii, value)) {
-        return search_value(search, scratch, value);
+        // Most places of the bytes begin with a character.
+        const bool is_place = zq_char_start(value.data, value.length, offset) != 0;
+        return is_place ? located{static_cast<std::int32_t>(zq_mbstrlen_ex(value.data, offset) + 1), BIFUN_OK}
+                        : search_value(search, scratch, value);
     }
     return {static_cast<std::int32_t>(offset + 1), BIFUN_OK}; // no_offset becomes 0
 }

@@ -6,9 +6,11 @@ using namespace bifun;
 
 namespace {
 
-// As its first bytes say, even where the text cuts it off. Of the last byte of a text nothing must be read behind it.
+// As its first bytes say, even where the text cuts it off. The length may hang on a second byte, which the last one of a text does not
+// have.
 std::uint32_t length_of_character(const std::uint8_t* character, std::uint32_t remaining) {
-    return std::max(remaining > 1 ? zq_mb_char_get_len(character) : zq_mb_char_get_len_ex(character, remaining), 1U);
+    const std::uint8_t last_byte[4] = {*character};
+    return std::max(zq_mb_char_get_len(remaining > 1 ? character : last_byte), 1U);
 }
 
 } // namespace

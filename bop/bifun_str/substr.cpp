@@ -49,12 +49,17 @@ INLINED inline status place_range(const wanted_range& wanted, std::int64_t store
     return BIFUN_OK;
 }
 
-struct substring_result {
-    bifun_string part;
-    status outcome;
-};
-
-[[gnu::noinline]] substring_result substring_of_any_text(bifun_string text, wanted_range wanted) {
+[[gnu::noinline]] string_outcome substring_of_any_text(bifun_string text, wanted_range wanted) {
+    // A range of stored characters from the left needs no count of all of them.
+    if (wanted.position > 0 && wanted.length >= 0 && wanted.length <= text.length) {
+        const std::uint32_t first = zq_mbsninc_ex(text.data, text.length, static_cast<std::uint32_t>(wanted.position - 1));
+        std::uint32_t stepped = 0;
+        const std::uint32_t length =
+            zq_mbsninc_count_ex(text.data + first, text.length - first, static_cast<std::uint32_t>(wanted.length), &stepped);
+        if (stepped == wanted.length && first < text.length) {
+            return {{length, 0, text.data + first}, BIFUN_OK};
+        }
+    }
     const std::uint32_t characters = zq_mbstrlen_ex(text.data, text.length);
     text_range range;
     const status placed = place_range(wanted, characters, text.trailing_blanks, BIFUN_NEGATIVE_SUBSTRING_LENGTH, range);
@@ -80,8 +85,8 @@ INLINED inline status substring(Bytes bytes, bool ascii, bifun_string& part, con
         return BIFUN_OK;
     }
     if (!has_single_bytes(bytes, ascii, text)) [[unlikely]] {
-        const substring_result found = substring_of_any_text(text, wanted);
-        part = found.part;
+        const string_outcome found = substring_of_any_text(text, wanted);
+        part = found.value;
         return found.outcome;
     }
     text_range range;
@@ -120,6 +125,10 @@ template <class Position> status substr(const batch& batch, column text, Positio
 
 // Copies bytes `first` to `end` of the stored ones; those of characters that the range cuts become blanks.
 void copy_whole_characters(std::uint8_t* target, const bifun_string& text, std::uint32_t first, std::uint32_t end) {
+    if (portable_bytes::is_ascii(text.data, text.length) && ascii_is_single_byte()) {
+        std::memcpy(target, text.data + first, end - first);
+        return;
+    }
     const auto begins_character = [&](std::uint32_t offset) {
         return offset == text.length || zq_char_start(text.data, text.length, offset) != 0;
     };

@@ -31,28 +31,83 @@ status ifun_substring_index_low(bifun_environment* environment, bifun_memory_obj
     return BIFUN_OK;
 }
 
+[[gnu::noinline]] string_outcome part_of_any_text(const batch& batch, scratch& scratch, bifun_string value, bifun_string separator,
+                                                  std::int32_t n) {
+    const std::uint64_t length = full_length(value);
+    const std::uint64_t separator_length = full_length(separator);
+    bifun_string part{0, 0, reserve(scratch, length + separator_length)};
+    if (part.data == nullptr) {
+        return {part, BIFUN_OUT_OF_MEMORY};
+    }
+    std::uint8_t* const delimiter = part.data + length;
+    write_full_text(part.data, value);
+    write_full_text(delimiter, separator);
+    const status found = ifun_substring_index_low(batch.environment, batch.memory, part.data, static_cast<std::uint32_t>(length), delimiter,
+                                                  static_cast<std::uint32_t>(separator_length), n, &part.length);
+    return {part, found};
+}
+
+// Whether the n-th place of the delimiter, in a text of single-byte characters, is found, and the offset of it. Places may overlap.
+struct delimiter_place {
+    bool is_found;
+    std::uint32_t offset;
+};
+
+template <class Bytes>
+INLINED inline delimiter_place find_from_left(Bytes /*how*/, const bifun_string& text, const needle& delimiter, std::uint32_t n) {
+    std::uint32_t offset = 0;
+    for (;;) {
+        const std::uint32_t place = Bytes::find(delimiter, text.data + offset, text.length - offset);
+        if (place == no_offset || --n == 0) {
+            return {place != no_offset, offset + place};
+        }
+        offset += place + 1;
+    }
+}
+
+inline delimiter_place find_from_right(const bifun_string& text, const needle& delimiter, std::uint32_t n) {
+    for (std::int64_t offset = std::int64_t{text.length} - delimiter.length; offset >= 0; --offset) {
+        if (text.data[offset] == delimiter.first && std::memcmp(text.data + offset, delimiter.bytes, delimiter.length) == 0 && --n == 0) {
+            return {true, static_cast<std::uint32_t>(offset)};
+        }
+    }
+    return {false, 0};
+}
+
+// The part where it lies, of a text of single-byte characters.
+template <class Bytes>
+INLINED inline bifun_string part_of_single_bytes(Bytes bytes, const bifun_string& text, const bifun_string& separator, std::int32_t n) {
+    const needle delimiter = make_needle(separator.data, separator.length);
+    if (n > 0) {
+        const delimiter_place place = find_from_left(bytes, text, delimiter, static_cast<std::uint32_t>(n));
+        return {place.is_found ? place.offset : text.length, 0, text.data};
+    }
+    const delimiter_place place = find_from_right(text, delimiter, 0U - static_cast<std::uint32_t>(n));
+    const std::uint32_t first = place.is_found ? place.offset + delimiter.length : 0;
+    return {text.length - first, 0, text.data + first};
+}
+
 template <class Delimiter> status substring_index(const batch& batch, column text, Delimiter delimiter, int_constant count) {
     return with_scratch(batch.environment, batch.memory, string_source_file, [&](scratch& scratch) {
-        return attempt_string_rows<failing_row::null>(
-            batch, portable_bytes{},
-            [&](bifun_string& part, const bifun_string& value, const bifun_string& separator, std::int32_t n) -> status {
-                part = {0, 0, nullptr};
-                if (n == 0 || is_empty(separator)) {
-                    return BIFUN_OK;
-                }
-                const std::uint64_t length = full_length(value);
-                const std::uint64_t separator_length = full_length(separator);
-                std::uint8_t* const copy = reserve(scratch, length + separator_length);
-                if (copy == nullptr) {
-                    return BIFUN_OUT_OF_MEMORY;
-                }
-                write_full_text(copy, value);
-                write_full_text(copy + length, separator);
-                part.data = copy;
-                return ifun_substring_index_low(batch.environment, batch.memory, copy, static_cast<std::uint32_t>(length), copy + length,
-                                                static_cast<std::uint32_t>(separator_length), n, &part.length);
-            },
-            string(text), string(delimiter), integer(count));
+        return with_byte_operations([&](auto bytes) INLINED -> status {
+            const bool ascii = ascii_is_single_byte();
+            return attempt_string_rows<failing_row::null>(
+                batch, bytes,
+                [&](bifun_string& part, const bifun_string& value, const bifun_string& separator, std::int32_t n) INLINED -> status {
+                    part = {0, 0, value.data};
+                    if (n == 0 || is_empty(separator)) {
+                        return BIFUN_OK;
+                    }
+                    if (value.trailing_blanks == 0 && separator.trailing_blanks == 0 && has_single_bytes(bytes, ascii, value)) {
+                        part = part_of_single_bytes(bytes, value, separator, n);
+                        return BIFUN_OK;
+                    }
+                    const string_outcome found = part_of_any_text(batch, scratch, value, separator, n);
+                    part = found.value;
+                    return found.outcome;
+                },
+                string(text), string(delimiter), integer(count));
+        });
     });
 }
 

@@ -18,6 +18,12 @@ template <class Bytes> bool has_single_bytes(Bytes /*how*/, bool ascii, const bi
     return ascii && Bytes::is_ascii(value.data, value.length);
 }
 
+// What a call gives for a row. A record, not a reference to the loop's result: that stays in registers then.
+struct string_outcome {
+    bifun_string value;
+    status outcome;
+};
+
 inline bool is_empty(const bifun_string& value) { return value.length == 0 && value.trailing_blanks == 0; }
 
 inline std::uint64_t full_length(const bifun_string& value) { return std::uint64_t{value.length} + value.trailing_blanks; }

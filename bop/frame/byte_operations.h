@@ -209,7 +209,7 @@ struct avx512_bytes {
 };
 
 // The loops of `body` are inlined here and its byte operations into them: only then are both compiled for these instructions.
-template <class Body> WITH_AVX512 status run_with_avx512(const Body& body) { return body(avx512_bytes{}); }
+template <class Body> [[gnu::flatten]] WITH_AVX512 status run_with_avx512(const Body& body) { return body(avx512_bytes{}); }
 
 template <class Body> status with_byte_operations(const Body& body) {
     return has_avx512() ? run_with_avx512(body) : body(portable_bytes{});

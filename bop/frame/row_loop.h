@@ -126,20 +126,23 @@ INLINED inline void write_null_flags(std::uint8_t* __restrict flags, std::uint32
     }
 }
 
-// The results of a block, whose flags are written. The value of a NULL row becomes zero.
+// The results of a block, whose flags are written. The value of a NULL row becomes zero, or is whatever the kernel makes of it where it is
+// longer than a register: choosing between two of those would take a branch.
 template <auto kernel, class Result, class... Rows>
 INLINED inline void compute_block(Result* __restrict results, const std::uint8_t* flags, std::uint32_t count, bool no_nulls,
                                   const Rows&... rows) {
-    if (no_nulls) {
+    if (no_nulls || !std::is_arithmetic_v<Result>) {
         for (std::uint32_t k = 0; k < count; ++k) {
             evaluate<kernel>(results[k], rows[k]...);
         }
         return;
     }
-    for (std::uint32_t k = 0; k < count; ++k) {
-        Result value;
-        evaluate<kernel>(value, rows[k]...);
-        results[k] = flags[k] != 0 ? value : Result{};
+    if constexpr (std::is_arithmetic_v<Result>) {
+        for (std::uint32_t k = 0; k < count; ++k) {
+            Result value;
+            evaluate<kernel>(value, rows[k]...);
+            results[k] = flags[k] != 0 ? value : Result{};
+        }
     }
 }
 
