@@ -186,10 +186,11 @@ INLINED inline located binstr_def2_av_process_with_blank(Bytes bytes, bool ascii
     }
     const std::uint32_t offset = Bytes::find(sought, value.data, value.length);
     if (offset != no_offset && !has_single_bytes(bytes, ascii, value)) {
-        // Most places of the bytes begin with a character.
-        const bool is_place = zq_char_start(value.data, value.length, offset) != 0;
-        return is_place ? located{static_cast<std::int32_t>(zq_mbstrlen_ex(value.data, offset) + 1), BIFUN_OK}
-                        : search_value(search, scratch, value);
+        if (zq_char_start(value.data, value.length, offset) == 0) {
+            return search_value(search, scratch, value); // the bytes lie within a character
+        }
+        const std::uint32_t before = search.request.in_bytes ? offset : zq_mbstrlen_ex(value.data, offset);
+        return {static_cast<std::int32_t>(before + 1), BIFUN_OK};
     }
     return {static_cast<std::int32_t>(offset + 1), BIFUN_OK}; // no_offset becomes 0
 }
