@@ -4,6 +4,7 @@
 #include <deque>
 #include <set>
 
+#include "host/datetime_call.h"
 #include "host/member_choice.h"
 #include "host/near_names.h"
 #include "host/program_error.h"
@@ -59,10 +60,10 @@ struct binder {
     const std::string& sql;
     table* source;
     std::vector<std::string> table_names; // that may stand before a column
-    const charset& text_charset;
+    const session_settings& settings;
     const function_library& library;
     std::vector<step> steps;
-    std::deque<expression> added_literals; // the default arguments of calls
+    std::deque<expression> added_literals; // the default arguments of calls and the codes of keywords
 };
 
 std::size_t add_step(binder& state, step made) {
@@ -74,29 +75,33 @@ operand bind(binder& state, const expression& tree);
 
 // ---- literals and conversions --------------------------------------------------------------------------------------
 
-std::size_t add_constant(binder& state, const operand& literal, value_type type) {
-    return add_step(state, {.kind = step_kind::constant,
-                            .type = sql_type_of(type),
-                            .operands = {},
-                            .value = make_constant(*literal.literal, type, state.text_charset, state.sql)});
+constant constant_of_type(const binder& state, const expression& literal, sql_type type) {
+    constant made = make_constant(literal, value_type_of(type), state.settings, state.sql);
+    if (has_zone(type) && literal.literal != literal_kind::null) {
+        add_zone(made.as_datetime.value, state.settings.time_zone());
+    }
+    return made;
 }
 
-// A step whose result has exactly the type asked for.
-std::size_t as_type(binder& state, const operand& given, value_type type) {
+// A step whose values have exactly the type asked for. Any datetime is one without a zone; where one with a zone is asked for, a value
+// without gets the session's.
+std::size_t as_type(binder& state, const operand& given, sql_type type) {
     if (given.literal != nullptr) {
-        return add_constant(state, given, type);
+        return add_step(
+            state, {.kind = step_kind::constant, .type = type, .operands = {}, .value = constant_of_type(state, *given.literal, type)});
     }
-    if (value_type_of(given.type) == type) {
+    const bool lacks_zone = has_zone(type) && !has_zone(given.type);
+    if (value_type_of(given.type) == value_type_of(type) && !lacks_zone) {
         return given.step;
     }
-    return add_step(state, {.kind = step_kind::conversion, .type = sql_type_of(type), .operands = {given.step}});
+    return add_step(state, {.kind = step_kind::conversion, .type = type, .operands = {given.step}});
 }
 
 std::size_t as_condition(binder& state, const operand& given) {
     if (given.type != sql_type::boolean && given.type != sql_type::null) {
         fail_at(state.sql, given.offset, fmt::format("a condition is needed here, and this is of type {}", sql_type_name(given.type)));
     }
-    return as_type(state, given, value_type::BOOL);
+    return as_type(state, given, sql_type::boolean);
 }
 
 // ---- columns -------------------------------------------------------------------------------------------------------
@@ -124,36 +129,93 @@ operand bind_column(binder& state, const expression& tree) {
 
 // ---- calls ---------------------------------------------------------------------------------------------------------
 
-// The catalogue knows one datetime type; the result keeps the finer one that the datetime arguments have in common.
-sql_type result_type(const binder& state, const bifun::entry_point& member, const std::vector<operand>& arguments) {
-    const sql_type coarse = sql_type_of(member.result);
-    if (coarse != sql_type::datetime) {
-        return coarse;
+operand add_literal(binder& state, literal_kind kind, std::string text, std::size_t offset) {
+    expression& literal = state.added_literals.emplace_back(expression{.kind = expression_kind::literal, .offset = offset});
+    literal.literal = kind;
+    literal.text = std::move(text);
+    return {&literal, 0, literal_type_of(literal, state.sql), offset};
+}
+
+std::int32_t code_of_keyword(const binder& state, const expression& keyword, std::string_view builtin) {
+    const std::optional<std::int32_t> code = keyword_code(builtin, keyword.text);
+    if (!code) {
+        const std::vector<std::string> names = keyword_names(builtin);
+        const std::string hint = did_you_mean(keyword.text, names);
+        fail_at(state.sql, keyword.offset,
+                fmt::format("{} has no {} {}{}", builtin, keyword_role(builtin), expression_text(keyword),
+                            hint.empty() ? fmt::format("; there are {}", fmt::join(names, ", ")) : hint));
     }
-    std::set<sql_type> types;
+    return *code;
+}
+
+// The arguments of a call. A keyword becomes its code; for DATEPART one in quotes becomes the text behind the date that its member takes.
+struct bound_arguments {
+    std::vector<operand> operands;
+    std::int32_t keyword = 0; // its code
+    bool has_keyword = false; // as the first operand
+};
+
+bound_arguments bind_arguments(binder& state, const expression& tree, std::string_view builtin) {
+    bound_arguments made;
+    for (const expression& argument : tree.operands) {
+        if (argument.kind == expression_kind::keyword) {
+            made.keyword = code_of_keyword(state, argument, builtin);
+            made.has_keyword = builtin != "DATEPART" || argument.literal != literal_kind::string;
+            made.operands.push_back(made.has_keyword
+                                        ? add_literal(state, literal_kind::number, std::to_string(made.keyword), argument.offset)
+                                        : add_literal(state, literal_kind::string, argument.text, argument.offset));
+        } else {
+            made.operands.push_back(bind(state, argument));
+        }
+    }
+    if (builtin == "DATEPART" && !made.has_keyword) {
+        std::ranges::reverse(made.operands);
+    }
+    return made;
+}
+
+// The types of a call's datetime arguments. The catalogue knows one type for all of them; a text may stand for any.
+struct datetime_arguments {
+    std::vector<sql_type> types;
+    std::vector<std::size_t> offsets;
+};
+
+datetime_arguments datetimes_of(const binder& state, const bifun::entry_point& member, const std::vector<operand>& arguments) {
+    datetime_arguments found;
     for (std::size_t i = 0; i < arguments.size(); ++i) {
         const operand& argument = arguments[i];
         if (member.arguments()[i].type != value_type::DATETIME || argument.type == sql_type::null) {
             continue;
         }
-        const bool is_text = argument.type == sql_type::varchar;
-        const std::optional<sql_type> type = is_text ? datetime_type_of(*argument.literal) : argument.type;
+        const std::optional<sql_type> type = argument.type == sql_type::varchar ? datetime_type_of(*argument.literal) : argument.type;
         if (!type) {
-            fail_at(state.sql, argument.offset, "a date, time or datetime is needed here");
+            fail_at(state.sql, argument.offset, "this text cannot be read as a date, time or timestamp");
         }
-        types.insert(*type);
+        found.types.push_back(*type);
+        found.offsets.push_back(argument.offset);
     }
-    return types.size() == 1 ? *types.begin() : sql_type::datetime;
+    return found;
 }
 
-// The DOUBLEs that stand for most decimal fractions are a little off, so cutting digits would turn 0.3 into 0.2 now and then.
-std::string_view advice_for(std::string_view builtin, std::span<const offered_argument> arguments) {
-    const bool cuts_digits_of_double = builtin == "TRUNC" && arguments.size() == 2 && arguments[0].type == sql_type::double_precision;
-    return cuts_digits_of_double ? "; use ROUND(x, n) for a DOUBLE, or give its column the type DECIMAL with --types" : "";
+// The catalogue knows one datetime type; the result keeps the finer one of the datetime arguments.
+sql_type result_type(const binder& state, const bifun::entry_point& member, const bound_arguments& arguments) {
+    datetime_arguments datetimes = datetimes_of(state, member, arguments.operands);
+    const std::int32_t field = keyword_role(member.builtin) == "field" ? arguments.keyword : 0;
+    const auto refusal = find_datetime_refusal(member.builtin, field, datetimes.types);
+    if (refusal) {
+        fail_at(state.sql, datetimes.offsets[refusal->argument], refusal->message);
+    }
+    if (member.result != value_type::DATETIME) {
+        return sql_type_of(member.result);
+    }
+    const operand& first = arguments.operands.front();
+    if (first.type == sql_type::varchar && first.literal != nullptr && datetimes.types.empty()) {
+        datetimes.types.push_back(datetime_type_of(*first.literal).value_or(sql_type::timestamp)); // LAST_DAY of a text
+    }
+    return datetime_result(member.builtin, field, datetimes.types, arguments.operands.back().type);
 }
 
-// May add a default argument.
-const bifun::entry_point& find_member(binder& state, const expression& tree, std::vector<operand>& arguments) {
+const bifun::builtin& builtin_named(const binder& state, const expression& tree) {
     const bifun::builtin* const builtin = find_builtin(tree.name);
     if (builtin == nullptr) {
         std::vector<std::string> names;
@@ -163,67 +225,93 @@ const bifun::entry_point& find_member(binder& state, const expression& tree, std
         fail_at(state.sql, tree.offset,
                 fmt::format("there is no function {}{}", tree.name, hint.empty() ? "; \"bifun functions\" lists what there is" : hint));
     }
-    if (!takes_argument_count(builtin->name, arguments.size())) {
+    if (!takes_argument_count(builtin->name, tree.operands.size())) {
         fail_at(state.sql, tree.offset,
                 fmt::format("{} takes {} argument{}, not {}: {}", builtin->name, argument_counts(builtin->name),
-                            argument_counts(builtin->name) == "1" ? "" : "s", arguments.size(), builtin->form));
+                            argument_counts(builtin->name) == "1" ? "" : "s", tree.operands.size(), builtin->form));
     }
+    return *builtin;
+}
+
+const bifun::entry_point& find_extract(const binder& state, const expression& tree, const bound_arguments& arguments) {
+    const operand& value = arguments.operands.back();
+    const extract_member found = find_extract_member(arguments.keyword, value.type);
+    if (found.symbol == nullptr) {
+        const std::string_view type = sql_type_name(value.type);
+        fail_at(state.sql, found.field_names.empty() ? value.offset : tree.operands.front().offset,
+                found.field_names.empty()
+                    ? fmt::format("EXTRACT takes dates, times, timestamps, intervals and text, not {}", type)
+                    : fmt::format("{} has no field {}; it has {}", type, expression_text(tree.operands.front()), found.field_names));
+    }
+    return member_named(found.symbol);
+}
+
+// May add a default argument.
+const bifun::entry_point& find_member(binder& state, const expression& tree, const bifun::builtin& builtin, bound_arguments& bound) {
+    if (builtin.name == "EXTRACT") {
+        return find_extract(state, tree, bound);
+    }
+    std::vector<operand>& arguments = bound.operands;
     std::vector<offered_argument> offered;
     std::vector<std::string_view> types;
     for (const operand& argument : arguments) {
         offered.push_back({argument.type, argument.literal != nullptr});
         types.push_back(sql_type_name(argument.type));
     }
-    if (const default_argument* const added = find_default_argument(builtin->name, offered)) {
-        expression& literal = state.added_literals.emplace_back(expression{.kind = expression_kind::literal, .offset = tree.offset});
-        literal.literal = added->kind;
-        literal.text = added->text;
-        arguments.push_back({&literal, 0, literal_type_of(literal, state.sql), tree.offset});
+    if (const default_argument* const added = find_default_argument(builtin.name, offered)) {
+        arguments.push_back(add_literal(state, added->kind, std::string(added->text), tree.offset));
         offered.push_back({arguments.back().type, true});
     }
-    const bifun::entry_point* const member = choose_member(builtin->name, offered);
-    if (member == nullptr) {
+    const bifun::entry_point* const member = choose_member(builtin.name, offered);
+    const std::string_view role = keyword_role(builtin.name);
+    const bool takes_keyword =
+        member != nullptr && (role.empty() || bound.has_keyword == (member->arguments()[0].kind == bifun::argument_kind::constant));
+    if (!takes_keyword) {
+        if (bound.has_keyword) {
+            types.front() = role;
+        } else if (!role.empty() && types.size() > 1) {
+            std::ranges::reverse(types); // as they were written
+            types.front() = role;
+        }
         fail_at(state.sql, tree.offset,
-                fmt::format("{} does not take ({}); it takes {}{}", builtin->name, fmt::join(types, ", "),
-                            signatures(builtin->name, types.size()), advice_for(builtin->name, offered)));
+                fmt::format("{} does not take ({}); it takes {}{}", builtin.name, fmt::join(types, ", "),
+                            signatures(builtin.name, types.size(), role), advice_for(builtin.name, offered)));
     }
     return *member;
 }
 
 operand bind_call(binder& state, const expression& tree) {
-    std::vector<operand> arguments;
-    for (const expression& argument : tree.operands) {
-        arguments.push_back(bind(state, argument));
-    }
-    const bifun::entry_point& member = find_member(state, tree, arguments);
+    const bifun::builtin& builtin = builtin_named(state, tree);
+    bound_arguments arguments = bind_arguments(state, tree, builtin.name);
+    const bifun::entry_point& member = find_member(state, tree, builtin, arguments);
     step call{.kind = step_kind::call, .type = result_type(state, member, arguments), .operands = {}};
     call.entry = &member;
     call.function = state.library.find(member.symbol);
-    for (std::size_t i = 0; i < arguments.size(); ++i) {
-        call.operands.push_back(as_type(state, arguments[i], member.arguments()[i].type));
-    }
     const sql_type type = call.type;
+    for (std::size_t i = 0; i < arguments.operands.size(); ++i) {
+        const value_type parameter = member.arguments()[i].type;
+        const bool is_zoned = parameter == value_type::DATETIME && has_zone(type);
+        call.operands.push_back(as_type(state, arguments.operands[i], is_zoned ? type : sql_type_of(parameter)));
+    }
     return {nullptr, add_step(state, std::move(call)), type, tree.offset};
 }
 
 // ---- comparisons and conditions ------------------------------------------------------------------------------------
 
 // The type in which values are compared: the widest of numbers, or the one type that all of them have. A string literal may stand for
-// a datetime.
-value_type comparison_type(const binder& state, const std::vector<operand>& operands, std::size_t offset) {
+// a datetime. A datetime without a zone is compared with one that has a zone as if it were in the session's.
+sql_type comparison_type(const binder& state, const std::vector<operand>& operands, std::size_t offset) {
     std::optional<sql_type> common;
     for (const operand& given : operands) {
         if (given.type == sql_type::null || (given.literal != nullptr && given.type == sql_type::varchar)) {
             continue;
         }
-        if (!common || (is_number(*common) && is_number(given.type))) {
-            common = std::max(common.value_or(given.type), given.type);
-            continue;
-        }
-        const bool both_dates = is_datetime(*common) && is_datetime(given.type);
-        const bool time_with_date = both_dates && (*common == sql_type::time) != (given.type == sql_type::time);
-        if (time_with_date || (!both_dates && *common != given.type)) {
-            fail_at(state.sql, offset, fmt::format("{} and {} cannot be compared", sql_type_name(*common), sql_type_name(given.type)));
+        const sql_type known = common.value_or(given.type);
+        const bool both_numbers = is_number(known) && is_number(given.type);
+        const bool both_dates = is_datetime(known) && is_datetime(given.type) && has_date(known) == has_date(given.type);
+        common = std::max(known, given.type);
+        if (!both_numbers && !both_dates && known != given.type) {
+            fail_at(state.sql, offset, fmt::format("{} and {} cannot be compared", sql_type_name(known), sql_type_name(given.type)));
         }
     }
     for (const operand& given : operands) {
@@ -231,19 +319,22 @@ value_type comparison_type(const binder& state, const std::vector<operand>& oper
             continue;
         }
         if (!common) {
-            return value_type::VARCHAR;
+            return sql_type::varchar;
         }
         if (!is_datetime(*common)) {
             fail_at(state.sql, offset,
                     fmt::format("{} and VARCHAR cannot be compared{}", sql_type_name(*common),
-                                is_number(*common) ? "; write the number without quotes" : ""));
+                                is_number(*common)     ? "; write the number without quotes"
+                                : is_interval(*common) ? "; write the interval with its type, such as INTERVAL '3' DAY"
+                                                       : ""));
         }
         const std::optional<sql_type> type = datetime_type_of(*given.literal);
-        if (!type || (*type == sql_type::time) != (*common == sql_type::time)) {
+        if (!type || has_date(*type) != has_date(*common)) {
             fail_at(state.sql, given.offset, fmt::format("this cannot be read as {}", sql_type_name(*common)));
         }
+        common = std::max(*common, *type);
     }
-    return common ? value_type_of(*common) : value_type::INT;
+    return common.value_or(sql_type::integer);
 }
 
 std::size_t add_condition(binder& state, step_kind kind, std::vector<std::size_t> operands, bool negated = false) {
@@ -255,7 +346,7 @@ std::size_t negated_if(binder& state, bool negated, std::size_t condition) {
 }
 
 std::size_t add_comparison(binder& state, comparison_operator operation, const operand& left, const operand& right, std::size_t offset) {
-    const value_type type = comparison_type(state, {left, right}, offset);
+    const sql_type type = comparison_type(state, {left, right}, offset);
     const std::size_t first = as_type(state, left, type);
     const std::size_t made = add_condition(state, step_kind::comparison, {first, as_type(state, right, type)});
     state.steps[made].comparison = operation;
@@ -263,12 +354,12 @@ std::size_t add_comparison(binder& state, comparison_operator operation, const o
 }
 
 std::size_t bind_in_list(binder& state, const expression& tree, const std::vector<operand>& operands) {
-    const value_type type = comparison_type(state, operands, tree.offset);
+    const sql_type type = comparison_type(state, operands, tree.offset);
     std::vector<std::size_t> compared{as_type(state, operands[0], type)};
     std::vector<constant> items;
     for (const operand& given : std::span(operands).subspan(1)) {
         if (given.literal != nullptr && given.type != sql_type::null) {
-            items.push_back(make_constant(*given.literal, type, state.text_charset, state.sql));
+            items.push_back(constant_of_type(state, *given.literal, type));
         } else {
             compared.push_back(as_type(state, given, type));
         }
@@ -325,7 +416,7 @@ operand bind(binder& state, const expression& tree) {
         made = bind_in_list(state, tree, operands);
         break;
     case expression_kind::null_test: {
-        const std::size_t tested = as_type(state, operands[0], value_type_of(operands[0].type));
+        const std::size_t tested = as_type(state, operands[0], operands[0].type);
         made = add_condition(state, step_kind::null_test, {tested}, tree.negated);
         break;
     }
@@ -372,7 +463,7 @@ void bind_item(binder& state, const select_item& item, plan& made) {
         return bind_all_columns(state, item.value, made);
     }
     const operand bound = bind(state, item.value);
-    const std::size_t step = as_type(state, bound, value_type_of(bound.type));
+    const std::size_t step = as_type(state, bound, bound.type);
     std::string name = item.alias;
     if (name.empty()) {
         const bool is_column = state.steps[step].kind == step_kind::table_column;
@@ -418,10 +509,10 @@ void mark_needed_columns(const select_statement& statement, const std::string& s
     }
 }
 
-plan bind_statement(const select_statement& statement, const std::string& sql, table* source, const charset& set,
+plan bind_statement(const select_statement& statement, const std::string& sql, table* source, const session_settings& settings,
                     const function_library& library) {
     binder state{
-        .sql = sql, .source = source, .table_names = {}, .text_charset = set, .library = library, .steps = {}, .added_literals = {}};
+        .sql = sql, .source = source, .table_names = {}, .settings = settings, .library = library, .steps = {}, .added_literals = {}};
     if (statement.from) {
         state.table_names.push_back(statement.from->alias.empty() ? statement.from->name : statement.from->alias);
     }

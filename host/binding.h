@@ -4,9 +4,9 @@
 
 #include <string>
 
-#include "host/charset_text.h"
 #include "host/library.h"
 #include "host/plan.h"
+#include "host/settings.h"
 #include "host/sql_syntax.h"
 
 namespace host {
@@ -16,7 +16,7 @@ void mark_needed_columns(const select_statement& statement, const std::string& s
 
 // The table's columns have their types. The plan refers to the table and to nothing else of what it is made from. Throws program_error
 // with the place in the text for what does not exist or does not fit.
-plan bind_statement(const select_statement& statement, const std::string& sql, table* source, const charset& set,
+plan bind_statement(const select_statement& statement, const std::string& sql, table* source, const session_settings& settings,
                     const function_library& library);
 
 } // namespace host

@@ -138,20 +138,6 @@ bool is_valid_text(const charset& set, std::string_view text) {
     return text.empty();
 }
 
-std::size_t character_count(const charset& set, std::string_view text) {
-    if (set.code == ZQ_CHARSET_UTF8) {
-        return static_cast<std::size_t>(
-            std::count_if(text.begin(), text.end(), [](char c) { return (static_cast<unsigned char>(c) & 0xC0U) != 0x80U; }));
-    }
-    std::size_t count = 0;
-    for (std::size_t i = 0; i < text.size(); ++count) {
-        const bool single = static_cast<unsigned char>(text[i]) < 0x80;
-        const bool four = set.code == ZQ_CHARSET_GB18030 && i + 1 < text.size() && text[i + 1] >= '0' && text[i + 1] <= '9';
-        i += single ? 1 : four ? 4 : 2;
-    }
-    return count;
-}
-
 std::optional<std::string> from_utf8(const charset& set, std::string_view text) {
     if (set.code == ZQ_CHARSET_UTF8 || is_ascii(text)) {
         return is_valid_text(charsets[0], text) ? std::optional(std::string(text)) : std::nullopt;

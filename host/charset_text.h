@@ -26,9 +26,6 @@ std::vector<std::string> charset_names();
 // Whether every character of the text is one of the character set, and whole.
 bool is_valid_text(const charset& set, std::string_view text);
 
-// The number of characters of a valid text.
-std::size_t character_count(const charset& set, std::string_view text);
-
 // Nothing where the text is not valid or holds a character that the target does not have.
 std::optional<std::string> from_utf8(const charset& set, std::string_view text);
 std::optional<std::string> to_utf8(const charset& set, std::string_view text);

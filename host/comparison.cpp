@@ -8,6 +8,7 @@
 
 #include "engine/datetime.h"
 #include "engine/decimal.h"
+#include "host/interval_text.h"
 
 namespace host {
 namespace {
@@ -116,6 +117,16 @@ void with_order(bifun::value_type type, const bifun_column& left, const bifun_co
         const auto* const a = static_cast<const zqtime*>(left.data->values);
         const auto* const b = static_cast<const zqtime*>(right.data->values);
         return use([=](std::uint32_t i, std::uint32_t j) { return zqtime_cmp(a + i, b + j) <=> 0; });
+    }
+    case value_type::INTERVAL_YM: {
+        const auto* const a = static_cast<const bifun_interval_ym*>(left.data->values);
+        const auto* const b = static_cast<const bifun_interval_ym*>(right.data->values);
+        return use([=](std::uint32_t i, std::uint32_t j) { return total_months(a[i]) <=> total_months(b[j]); });
+    }
+    case value_type::INTERVAL_DT: {
+        const auto* const a = static_cast<const bifun_interval_dt*>(left.data->values);
+        const auto* const b = static_cast<const bifun_interval_dt*>(right.data->values);
+        return use([=](std::uint32_t i, std::uint32_t j) { return total_time(a[i]) <=> total_time(b[j]); });
     }
     case value_type::VARCHAR:
     case value_type::VARBINARY: {

@@ -1,5 +1,9 @@
 #include "host/constant.h"
 
+#include <initializer_list>
+
+#include <fmt/format.h>
+
 #include "engine/columns.h"
 #include "engine/decimal.h"
 #include "host/sql_text.h"
@@ -41,13 +45,30 @@ sql_type type_of_number(const expression& literal, const std::string& sql) {
     return sql_type::decimal;
 }
 
-std::optional<sql_type> read_any_datetime(const expression& literal, zqtime& value) {
-    for (const sql_type type : {sql_type::date, sql_type::time, sql_type::datetime}) {
-        if (read_datetime(literal.text, type, value)) {
-            return type;
+// The type of a datetime literal, which has a zone where its text or its keyword has one; nothing where it cannot be read.
+std::optional<sql_type> read_datetime_literal(const expression& literal, std::int32_t time_zone, zqtime& value) {
+    const auto first_of = [&](std::initializer_list<sql_type> types) -> std::optional<sql_type> {
+        for (const sql_type type : types) {
+            if (read_datetime(literal.text, type, time_zone, value)) {
+                return type;
+            }
         }
+        return std::nullopt;
+    };
+    switch (literal.literal) {
+    case literal_kind::date:
+        return first_of({sql_type::date});
+    case literal_kind::time:
+        return first_of({sql_type::time, sql_type::time_with_zone});
+    case literal_kind::timestamp:
+        return first_of({sql_type::timestamp, sql_type::timestamp_with_zone});
+    case literal_kind::time_with_zone:
+        return first_of({sql_type::time_with_zone});
+    case literal_kind::timestamp_with_zone:
+        return first_of({sql_type::timestamp_with_zone});
+    default:
+        return read_any_datetime(literal.text, value);
     }
-    return std::nullopt;
 }
 
 bifun_string_constant make_string(const expression& literal, const charset& set, const std::string& sql, std::vector<std::uint8_t>& bytes) {
@@ -90,6 +111,12 @@ bool store_constant(const constant& value, zqengine::column_storage& column, std
     case value_type::DATETIME:
         zqengine::values_of<zqtime>(column)[row] = value.as_datetime.value;
         break;
+    case value_type::INTERVAL_YM:
+        zqengine::values_of<bifun_interval_ym>(column)[row] = value.as_interval_ym.value;
+        break;
+    case value_type::INTERVAL_DT:
+        zqengine::values_of<bifun_interval_dt>(column)[row] = value.as_interval_dt.value;
+        break;
     case value_type::VARCHAR:
     case value_type::VARBINARY: {
         const bifun_string_constant& text = value.as_string;
@@ -103,13 +130,6 @@ bool store_constant(const constant& value, zqengine::column_storage& column, std
 } // namespace
 
 sql_type literal_type_of(const expression& literal, const std::string& sql) {
-    const auto typed = [&](sql_type type) {
-        zqtime value;
-        if (!read_datetime(literal.text, type, value)) {
-            fail_at(sql, literal.offset, "the text cannot be read as " + std::string(sql_type_name(type)));
-        }
-        return type;
-    };
     switch (literal.literal) {
     case literal_kind::null:
         return sql_type::null;
@@ -119,22 +139,38 @@ sql_type literal_type_of(const expression& literal, const std::string& sql) {
         return type_of_number(literal, sql);
     case literal_kind::string:
         return sql_type::varchar;
-    case literal_kind::date:
-        return typed(sql_type::date);
-    case literal_kind::time:
-        return typed(sql_type::time);
-    case literal_kind::timestamp:
-        return typed(sql_type::datetime);
+    case literal_kind::interval: {
+        const sql_type type = type_of_qualifier(literal.fields);
+        bifun_interval_ym months;
+        bifun_interval_dt time;
+        const bool read = type == sql_type::interval_ym ? read_interval(literal.text, literal.fields, months)
+                                                        : read_interval(literal.text, literal.fields, time);
+        if (!read) {
+            fail_at(sql, literal.offset, "the text cannot be read as INTERVAL " + qualifier_name(literal.fields));
+        }
+        return type;
     }
-    return sql_type::null;
+    case literal_kind::date:
+    case literal_kind::time:
+    case literal_kind::timestamp:
+    case literal_kind::time_with_zone:
+    case literal_kind::timestamp_with_zone:
+        break;
+    }
+    zqtime value;
+    const std::optional<sql_type> type = read_datetime_literal(literal, 0, value);
+    if (!type) {
+        fail_at(sql, literal.offset, fmt::format("the text cannot be read as {}", literal_type_name(literal.literal)));
+    }
+    return *type;
 }
 
 std::optional<sql_type> datetime_type_of(const expression& literal) {
     zqtime value;
-    return read_any_datetime(literal, value);
+    return read_any_datetime(literal.text, value);
 }
 
-constant make_constant(const expression& literal, bifun::value_type type, const charset& set, const std::string& sql) {
+constant make_constant(const expression& literal, bifun::value_type type, const session_settings& settings, const std::string& sql) {
     using bifun::value_type;
     constant made{.as_string = {}, .text = {}};
     if (literal.literal == literal_kind::null) {
@@ -163,16 +199,23 @@ constant make_constant(const expression& literal, bifun::value_type type, const 
         break;
     case value_type::DATETIME:
         made.as_datetime.not_null = 1;
-        read = literal.literal == literal_kind::timestamp ? read_datetime(literal.text, sql_type::datetime, made.as_datetime.value)
-                                                          : read_any_datetime(literal, made.as_datetime.value).has_value();
+        read = read_datetime_literal(literal, settings.time_zone(), made.as_datetime.value).has_value();
+        break;
+    case value_type::INTERVAL_YM:
+        made.as_interval_ym.not_null = 1;
+        read = read_interval(literal.text, literal.fields, made.as_interval_ym.value);
+        break;
+    case value_type::INTERVAL_DT:
+        made.as_interval_dt.not_null = 1;
+        read = read_interval(literal.text, literal.fields, made.as_interval_dt.value);
         break;
     case value_type::VARCHAR:
     case value_type::VARBINARY:
-        made.as_string = make_string(literal, set, sql, made.text);
+        made.as_string = make_string(literal, *settings.text_charset, sql, made.text);
         break;
     }
     if (!read) {
-        fail_at(sql, literal.offset, "this cannot be read as " + std::string(bifun::type_name(type)));
+        fail_at(sql, literal.offset, fmt::format("this cannot be read as {}", parameter_type_name(type)));
     }
     return made;
 }

@@ -21,6 +21,8 @@ struct constant {
         bifun_double_constant as_double;
         bifun_decimal_constant as_decimal;
         bifun_datetime_constant as_datetime;
+        bifun_interval_ym_constant as_interval_ym;
+        bifun_interval_dt_constant as_interval_dt;
         bifun_string_constant as_string;
     };
     std::vector<std::uint8_t> text;
@@ -30,11 +32,11 @@ struct constant {
 // Throws where the text cannot be read as what it is said to be.
 sql_type literal_type_of(const expression& literal, const std::string& sql);
 
-// Whether a string literal can be read as a datetime, and the kind of it.
+// Whether a string literal can be read as a datetime, and the type of it.
 std::optional<sql_type> datetime_type_of(const expression& literal);
 
 // A literal as a value of a type that it has or widens to. Throws where the character set lacks one of its characters.
-constant make_constant(const expression& literal, bifun::value_type type, const charset& set, const std::string& sql);
+constant make_constant(const expression& literal, bifun::value_type type, const session_settings& settings, const std::string& sql);
 
 // A column of one row for each of the constants, or null when memory is exhausted. Its string bytes are its own.
 zqengine::column_pointer make_constant_column(std::span<const constant> values, bifun::value_type type);

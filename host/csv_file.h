@@ -41,6 +41,9 @@ class csv_reader {
     // The number of rows read, which is the number of the current row counted from 1 behind the header.
     [[nodiscard]] std::uint64_t row_number() const { return row_number_; }
 
+    // The line in which that row begins.
+    [[nodiscard]] std::uint64_t row_line() const { return row_line_; }
+
     // Whether the file can be read more than once, unlike a pipe.
     [[nodiscard]] bool can_rewind() const { return can_rewind_; }
 

@@ -96,6 +96,10 @@ std::int32_t call_entry(execution& run, step& call, const std::array<const bifun
         arguments[i] = is_constant ? static_cast<const void*>(&run.query.steps[call.operands[i]].value.as_int) : columns[i];
     }
     zqengine::clear_column(*call.result);
+    // LTRIM leaves some rows as they are, whose bytes have just gone: they are empty texts.
+    if (bifun::is_string(call.entry->result)) {
+        std::fill_n(static_cast<bifun_string*>(call.result->column.data->values), row_count, bifun_string{});
+    }
     // The IF operator only ever clears this flag; all other functions set it.
     call.result->column.no_nulls = 1;
     const std::int32_t status =
@@ -175,7 +179,12 @@ void evaluate_conversion(const execution& run, step& made, std::uint32_t row_cou
     const auto to_number = [](auto value, auto& number) { number = static_cast<std::remove_reference_t<decltype(number)>>(value); };
     const value_type source = value_type_of(run.query.steps[made.operands[0]].type);
     const value_type target = value_type_of(made.type);
-    if (source == value_type::INT && target == value_type::BIGINT) {
+    if (source == value_type::DATETIME) {
+        convert_rows<zqtime, zqtime>(from, to, row_count, [&](const zqtime& value, zqtime& zoned) {
+            zoned = value;
+            add_zone(zoned, run.environment.time_zone);
+        });
+    } else if (source == value_type::INT && target == value_type::BIGINT) {
         convert_rows<std::int32_t, std::int64_t>(from, to, row_count, to_number);
     } else if (source == value_type::INT && target == value_type::DECIMAL) {
         convert_rows<std::int32_t, xdec>(from, to, row_count, to_decimal);
@@ -324,8 +333,11 @@ std::uint32_t next_batch(const execution& run, std::uint32_t batch_rows, std::ui
 
 } // namespace
 
-void run_plan(plan& query, std::uint32_t batch_rows, string_rules rules, result_output& output, progress_bar& progress) {
+void run_plan(plan& query, std::uint32_t batch_rows, const session_settings& settings, result_output& output, progress_bar& progress) {
+    const string_rules rules{.fold_case = settings.library.case_sensitive == 0,
+                             .two_byte_trailers = settings.text_charset->code == ZQ_CHARSET_GB18030};
     execution run{.query = query, .rules = rules, .environment = {}, .selection = {}};
+    run.environment.time_zone = settings.time_zone();
     constexpr std::uint32_t scratch_size = 64 * 1024;
     run.memory.reset(rt_memobj_create_ex(&run.environment, 0, scratch_size, __FILE__, __LINE__));
     if (run.memory == nullptr) {

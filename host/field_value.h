@@ -10,22 +10,26 @@
 
 #include "embedded/columns/column_storage.h"
 #include "embedded/datetime/text.h"
-#include "host/charset_text.h"
+#include "host/interval_text.h"
+#include "host/settings.h"
 #include "host/sql_type.h"
 
 namespace host {
 
-// The type of a table's column. CHAR(n) is a VARCHAR whose values are padded to n characters.
+// The type of a table's column. CHAR(n) is a VARCHAR whose values are padded to n characters. `fields` are those of an interval's text.
 struct column_type {
     sql_type type = sql_type::varchar;
-    std::optional<std::uint32_t> characters;
+    std::optional<std::uint32_t> characters{};
+    interval_qualifier fields{};
 };
 
 std::string column_type_name(const column_type& type);
 
 // The type with that name, as in --types: CHAR(10), DATE; nothing where there is none.
 std::optional<column_type> find_column_type(std::string_view name);
-constexpr std::string_view column_type_names = "INT, BIGINT, DECIMAL, DOUBLE, DATE, TIME, DATETIME (or TIMESTAMP), CHAR(n) and VARCHAR";
+constexpr std::string_view column_type_names = "INT, BIGINT, DECIMAL, DOUBLE, DATE, TIME and TIMESTAMP (or DATETIME), these two also WITH "
+                                               "TIME ZONE, INTERVAL with its fields (such as "
+                                               "INTERVAL DAY TO SECOND), CHAR(n) and VARCHAR";
 
 // Text without the blanks (0x20) at both ends.
 std::string_view without_blanks_around(std::string_view text);
@@ -48,19 +52,20 @@ template <class Number> bool read_number(std::string_view text, Number& value) {
 }
 bool read_decimal(std::string_view text, xdec& value);
 
-// Reads a text that names a value of a datetime type: a datetime may also be a date.
-bool read_datetime(std::string_view text, sql_type type, zqtime& value);
+// Reads a text that names a value of a datetime type: a timestamp may also be a date. Where the type has a zone and the text has none,
+// the value gets `time_zone`, minutes.
+bool read_datetime(std::string_view text, sql_type type, std::int32_t time_zone, zqtime& value);
 
-constexpr sql_type type_of_kind(zqengine::datetime_kind kind) {
-    return kind == zqengine::datetime_kind::date   ? sql_type::date
-           : kind == zqengine::datetime_kind::time ? sql_type::time
-                                                   : sql_type::datetime;
-}
+// Gives a value without a zone this one, in minutes.
+void add_zone(zqtime& value, std::int32_t time_zone);
+
+// Reads any datetime and returns its type, which has a zone where the text has one.
+std::optional<sql_type> read_any_datetime(std::string_view text, zqtime& value);
 
 enum class field_fault : std::uint8_t { none, not_of_type, too_long, invalid_text, out_of_memory };
 
 // Stores a field that is not NULL as row `row` of a column of its type.
-field_fault store_field(const column_type& type, const charset& set, std::string_view text, zqengine::column_storage& column,
+field_fault store_field(const column_type& type, const session_settings& settings, std::string_view text, zqengine::column_storage& column,
                         std::uint32_t row);
 
 } // namespace host

@@ -32,10 +32,36 @@ everywhere. A number literal is the first of INT, BIGINT and DECIMAL that holds 
 - TRUNC of text takes digits and a point, no sign, and gives a DOUBLE.
 - The formats of TO_CHAR are described in [number formats](number-formats.md).
 
-A NULL argument gives NULL, except in NVL, IF and LNNVL. A function that fails for a row ends the query with the status, its
+A NULL argument gives NULL, except in NVL, IF, LNNVL and TO_DAYS. A function that fails for a row ends the query with the status, its
 meaning and the row: `bifun: LN: -6803 an argument is outside the function's domain in row 15`. The conditions that AND joins in
 WHERE are applied from left to right, so that `WHERE x > 0 AND LN(x) > 3` does not fail; IF does evaluate both of its values for every
 row.
+
+## Text
+
+Blanks at the end are part of a text. They are kept as a count beside it, whether they come from a literal, a file or the padding of a CHAR(n)
+column, and printed in full. Functions see them (`RIGHT('ab  ', 3)` is `'b  '`); comparisons do not (`'ab' = 'ab  '`). `TRIM(s)` is
+`TRIM(BOTH ' ' FROM s)`; `SUBSTRING(s FROM p FOR n)` and `SUBSTRING(s, p, n)` are SUBSTR. [Strings](strings.md) says what the functions do
+in detail.
+
+## Dates
+
+DATE, TIME, TIMESTAMP, and the last two WITH TIME ZONE, are called DATETIME where any of them fits. A text literal stands for the type that
+it can be read as: `YEAR('2024-02-29')`. Functions that work on the date take no TIME. [Dates](dates.md) says what the functions do in
+detail.
+
+- EXTRACT takes the fields YEAR, MONTH, DAY, HOUR, MINUTE, SECOND (with its fraction), TIMEZONE_HOUR, TIMEZONE_MINUTE, and MICROSECOND of an
+  interval, as far as the type has them. A text that is no date gives NULL.
+- The other functions with a field know it by these names, bare or in quotes, in any case: year (yyyy, yy), quarter (qq, q), month (mm, m),
+  week (wk, ww), day (dd, d), dayofyear (dy, y), weekday (dw), hour (hh), minute (mi, n), second (ss, s), millisecond (ms).
+- A result has the type of the date that it was made from, with these exceptions: DATEADD of hours or less to a DATE is a TIMESTAMP, and so is
+  ADD_DAYS of a DECIMAL or DOUBLE to a DATE; LAST_DAY of text is a TIMESTAMP, unless a literal names a date only; DATE and TIMESTAMP
+  together, as in NVL, make a TIMESTAMP.
+- Intervals are of months or of time: `INTERVAL '1-2' YEAR TO MONTH`, `INTERVAL '14' MONTH`, `INTERVAL '-1 02:03:04.5' DAY TO SECOND`,
+  `INTERVAL '90' MINUTE` and so on for all fields. They print as `1-02` and `-1 02:03:04.5`. Two intervals of one kind can be compared.
+  DATE_ADD and DATE_SUB take those of months; days and times are added with DATEADD.
+- Values with zones are compared by the instants that they name. A value without one is taken to be in the session's zone (`--set time_zone`)
+  where it is compared with one that has one, and where NVL has both. In differences of dates zones do not count.
 )";
 
 // Text for a cell of a table.
@@ -49,11 +75,11 @@ std::string in_cell(std::string_view text) {
 
 std::string example_result(const bifun::builtin& known, const session_settings& settings, const function_library& library) {
     const std::string sql = fmt::format("SELECT {} AS v", known.example);
-    plan query = bind_statement(parse_select(sql), sql, nullptr, *settings.text_charset, library);
+    plan query = bind_statement(parse_select(sql), sql, nullptr, settings, library);
     output_stream stream{.file = STDOUT_FILENO, .text = {}}; // never flushed
     result_output output(output_format::json, stream, query.results, *settings.text_charset);
     progress_bar progress;
-    run_plan(query, 1, {.fold_case = false, .two_byte_trailers = false}, output, progress);
+    run_plan(query, 1, settings, output, progress);
     const std::size_t begin = stream.text.find(": ") + 2;
     return stream.text.substr(begin, stream.text.rfind('}') - begin);
 }
@@ -71,6 +97,7 @@ std::string argument_list(const bifun::entry_point& member) {
 
 std::string function_reference() {
     const session_settings settings = read_settings({});
+    begin_session(settings);
     const function_library library(default_library, settings.library);
     std::string text(introduction);
     text += "\n## Built-ins\n\n| Function | Meaning | Example | Result |\n|---|---|---|---|\n";

@@ -83,6 +83,7 @@ void run_query(const program_options& options) {
     const std::string& sql = options.words.back();
     const std::vector<std::string> files(options.words.begin(), options.words.end() - 1);
     const session_settings settings = read_settings(options.settings);
+    begin_session(settings);
     const given_types types = parse_types(options.types);
     const select_statement statement = parse_select(sql);
     const function_library library(options.library, settings.library);
@@ -91,19 +92,17 @@ void run_query(const program_options& options) {
     progress_bar progress;
     std::unique_ptr<table> source;
     if (statement.from) {
-        source = open_table(file_of_table(files, *statement.from, sql), *settings.text_charset);
+        source = open_table(file_of_table(files, *statement.from, sql), settings);
         mark_needed_columns(statement, sql, *source);
         resolve_types(*source, types, progress);
     }
-    plan query = bind_statement(statement, sql, source.get(), *settings.text_charset, library);
+    plan query = bind_statement(statement, sql, source.get(), settings, library);
 
     output_stream stream{.file = STDOUT_FILENO, .text = {}};
     result_output output(format, stream, query.results, *settings.text_charset);
-    const string_rules rules{.fold_case = settings.library.case_sensitive == 0,
-                             .two_byte_trailers = settings.text_charset->code == ZQ_CHARSET_GB18030};
     progress.begin("running", isatty(STDOUT_FILENO) == 1);
     try {
-        run_plan(query, options.batch_rows, rules, output, progress);
+        run_plan(query, options.batch_rows, settings, output, progress);
     } catch (const program_error&) {
         progress.clear();
         output.abandon();
@@ -182,9 +181,14 @@ int run(int argument_count, char** arguments) {
                                "There are ") +
                        std::string(column_type_names))
         ->type_name("NAME:TYPE,...");
-    app.add_option("--set", options.settings,
-                   "compatible_mode=1|2|3 (2: functions such as NVL take empty strings for NULL), charset=utf-8|gb18030|euc-kr, "
-                   "case_sensitive=0|1")
+    app.add_option(
+           "--set", options.settings,
+           "compatible_mode=1|2|3 (1, the default: a negative length in SUBSTR is an error and not NULL; 2: functions such as NVL take "
+           "empty "
+           "strings for NULL), charset=utf-8|gb18030|euc-kr (of files and of "
+           "CSV output), "
+           "case_sensitive=0|1 (0: comparisons and searches fold case), time_zone=+08:00 (of zoned values that name no zone, and of "
+           "the current date), param.650=480 (the zone of the current date alone, in minutes)")
         ->type_name("NAME=VALUE")
         ->allow_extra_args(false);
     app.add_option("--batch-rows", options.batch_rows, "rows evaluated at a time, 1 to 65536")

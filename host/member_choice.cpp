@@ -135,12 +135,15 @@ bool takes_argument_count(std::string_view builtin, std::size_t count) {
                                [&](const entry_point& member) { return member.builtin == builtin && member.argument_count == count; });
 }
 
-std::string signatures(std::string_view builtin, std::size_t argument_count) {
+std::string signatures(std::string_view builtin, std::size_t argument_count, std::string_view role) {
     std::vector<parameters> calls;
+    const bool has_keyword = !role.empty() && argument_count > 1;
     for (const entry_point& member : bifun::entry_points) {
         const std::optional<parameters> call =
             member.builtin == builtin ? parameters_of_call(member, argument_count) : std::optional<parameters>();
-        if (!call || std::ranges::any_of(calls, [&](parameters other) { return covers(other, *call); })) {
+        // DATEPART also has a member that takes the field last, as text; calls with a text are turned round.
+        const bool is_turned = call && has_keyword && call->front().type != value_type::INT;
+        if (!call || is_turned || std::ranges::any_of(calls, [&](parameters other) { return covers(other, *call); })) {
             continue;
         }
         std::erase_if(calls, [&](parameters other) { return covers(*call, other); });
@@ -148,14 +151,51 @@ std::string signatures(std::string_view builtin, std::size_t argument_count) {
     }
     std::string text;
     for (const parameters call : calls) {
-        std::string types;
-        for (const bifun::argument& parameter : call) {
+        std::string types(has_keyword ? role : "");
+        for (const bifun::argument& parameter : call.subspan(has_keyword ? 1 : 0)) {
             types += fmt::format("{}{}{}", types.empty() ? "" : ", ", parameter.kind == argument_kind::constant ? "constant " : "",
-                                 bifun::type_name(parameter.type));
+                                 parameter_type_name(parameter.type));
         }
         text += fmt::format("{}({})", text.empty() ? "" : ", ", types);
     }
     return text;
+}
+
+const entry_point& member_named(std::string_view symbol) {
+    return *std::ranges::find_if(bifun::entry_points, [&](const entry_point& member) { return member.symbol == symbol; });
+}
+
+std::string_view advice_for(std::string_view builtin, std::span<const offered_argument> arguments) {
+    const auto has = [&](std::size_t i, auto matches) { return i < arguments.size() && matches(arguments[i].type); };
+    const auto is_text = [](sql_type type) { return type == sql_type::varchar; };
+    // The DOUBLEs that stand for most decimal fractions are a little off, so cutting digits would turn 0.3 into 0.2 now and then.
+    if (builtin == "TRUNC" && has(1, is_number) && has(0, [](sql_type type) { return type == sql_type::double_precision; })) {
+        return "; use ROUND(x, n) for a DOUBLE, or give its column the type DECIMAL with --types";
+    }
+    if ((builtin == "DATE_ADD" || builtin == "DATE_SUB") && has(1, [](sql_type type) { return type == sql_type::interval_dt; })) {
+        return "; use DATEADD(field, n, d) for days and times, such as DATEADD(DAY, 1, d)";
+    }
+    if (builtin == "WEEKDAY" && has(0, is_datetime)) {
+        return "; use DAYOFWEEK(d), which counts from 1";
+    }
+    if (builtin == "MIN" && has(0, is_number)) {
+        return "; it is the minute of a time, and there are no aggregates";
+    }
+    if (builtin == "POSITION" && has(0, is_text) && has(1, is_text)) {
+        return "; use LOCATE(pattern, s)";
+    }
+    const auto needs_datetime = [&](std::size_t i) {
+        return is_text(arguments[i].type) && !arguments[i].is_literal &&
+               std::ranges::any_of(bifun::entry_points, [&](const entry_point& member) {
+                   return member.builtin == builtin && i < member.argument_count && member.arguments()[i].type == value_type::DATETIME;
+               });
+    };
+    for (std::size_t i = 0; i < arguments.size(); ++i) {
+        if (needs_datetime(i)) {
+            return "; give the column of a date a type such as DATE with --types";
+        }
+    }
+    return "";
 }
 
 } // namespace host

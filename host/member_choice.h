@@ -27,7 +27,7 @@ std::optional<unsigned> widening(offered_argument argument, bifun::value_type pa
 const bifun::builtin* find_builtin(std::string_view name);
 
 // The member that needs the least widening; among equals the one that takes the most literals as constants; among those the first.
-// Null where none fits.
+// Null where none fits. Not for EXTRACT, whose members take the same arguments.
 const bifun::entry_point* choose_member(std::string_view builtin, std::span<const offered_argument> arguments);
 
 // The last argument of a call that SQL lets people leave out while no member does without it.
@@ -41,12 +41,19 @@ struct default_argument {
 // What to add to these arguments before a member is chosen, or null.
 const default_argument* find_default_argument(std::string_view builtin, std::span<const offered_argument> arguments);
 
+// The member of that name in the library.
+const bifun::entry_point& member_named(std::string_view symbol);
+
 // How many arguments the members take: "2", or "2 or 3".
 std::string argument_counts(std::string_view builtin);
 bool takes_argument_count(std::string_view builtin, std::size_t count);
 
-// What calls with so many arguments may look like: "(BIGINT), (DECIMAL)". A parameter is called constant where it has to be a literal.
-std::string signatures(std::string_view builtin, std::size_t argument_count);
+// What calls with so many arguments may look like: "(BIGINT), (DECIMAL)". A parameter is called constant where it has to be a literal; the
+// first one of built-ins that take a keyword there is called `role`, which is empty for others.
+std::string signatures(std::string_view builtin, std::size_t argument_count, std::string_view role);
+
+// What to do instead where no member takes the arguments: "; use ..."; may be empty.
+std::string_view advice_for(std::string_view builtin, std::span<const offered_argument> arguments);
 
 } // namespace host
 

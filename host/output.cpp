@@ -7,6 +7,7 @@
 #include "embedded/datetime/text.h"
 #include "engine/decimal.h"
 #include "host/display_width.h"
+#include "host/interval_text.h"
 #include "host/program_error.h"
 
 namespace host {
@@ -144,14 +145,22 @@ void append_value(std::string& text, const bifun_column& column, sql_type type, 
     }
     case sql_type::date:
     case sql_type::time:
-    case sql_type::datetime: {
+    case sql_type::timestamp:
+    case sql_type::time_with_zone:
+    case sql_type::timestamp_with_zone: {
         char characters[zqengine::datetime_text_size];
-        const auto kind = type == sql_type::date   ? zqengine::datetime_kind::date
-                          : type == sql_type::time ? zqengine::datetime_kind::time
-                                                   : zqengine::datetime_kind::datetime;
+        const auto kind = type == sql_type::date ? zqengine::datetime_kind::date
+                          : has_date(type)       ? zqengine::datetime_kind::datetime
+                                                 : zqengine::datetime_kind::time;
         text.append(characters, zqengine::write_datetime(value_at<zqtime>(column, row), kind, characters));
         break;
     }
+    case sql_type::interval_ym:
+        append_interval(text, value_at<bifun_interval_ym>(column, row));
+        break;
+    case sql_type::interval_dt:
+        append_interval(text, value_at<bifun_interval_dt>(column, row));
+        break;
     default:
         append_number(text, value_at<std::int32_t>(column, row));
         break;
@@ -199,8 +208,9 @@ void result_output::write_json_row(std::span<const bifun_column* const> columns,
         } else if (is_text(type)) {
             append_json_text(out, utf8_text(charset_, value_at<bifun_string>(column, at)));
         } else {
-            // JSON has no number for NaN and infinities, so they are strings, as dates are.
-            const bool quoted = is_datetime(type) || (type == sql_type::double_precision && !std::isfinite(value_at<double>(column, at)));
+            // JSON has no number for NaN and infinities, so they are strings, as dates and intervals are.
+            const bool quoted = is_datetime(type) || is_interval(type) ||
+                                (type == sql_type::double_precision && !std::isfinite(value_at<double>(column, at)));
             out.append(quoted ? "\"" : "");
             append_value(out, column, type, at);
             out.append(quoted ? "\"" : "");

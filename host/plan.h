@@ -24,7 +24,7 @@ namespace host {
 enum class step_kind : std::uint8_t {
     table_column, // column `table_column` of the table
     constant,     // `value`, as the argument of a call or as a column that shows its one row again and again
-    conversion,   // a number as a wider one
+    conversion,   // a number as a wider one, a datetime as one with a zone
     call,         // `entry`
     comparison,   // operand `comparison` operand
     in_list,      // whether the first operand equals one of `items` or of the other operands

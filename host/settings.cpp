@@ -3,6 +3,12 @@
 #include <algorithm>
 #include <iterator>
 
+#include "embedded/charset/database_charset.h"
+#include "embedded/datetime/text.h"
+#include "embedded/session/parameters.h"
+#include "engine/datetime.h"
+#include "engine/session.h"
+#include "host/field_value.h"
 #include "host/near_names.h"
 #include "host/program_error.h"
 
@@ -11,41 +17,65 @@ namespace {
 
 struct setting {
     std::string_view name;
-    std::vector<std::string> values;
-    void (*assign)(session_settings& settings, const std::string& value);
+    std::string values;                                                   // as an error lists them
+    bool (*assign)(session_settings& settings, const std::string& value); // false for a value that it cannot have
 };
+
+// A number in text of one digit from `least` to `most`.
+bool read_digit(const std::string& text, char least, char most, std::uint32_t& number) {
+    number = text.empty() ? 0 : static_cast<std::uint32_t>(text[0] - '0');
+    return text.size() == 1 && text[0] >= least && text[0] <= most;
+}
 
 const std::vector<setting>& all_settings() {
     static const std::vector<setting> settings = {
-        {"compatible_mode",
-         {"1", "2", "3"},
-         [](session_settings& s, const std::string& value) { s.library.compatible_mode = static_cast<std::uint32_t>(value[0] - '0'); }},
-        {"charset", charset_names(),
+        {"compatible_mode", "1, 2, 3",
+         [](session_settings& s, const std::string& value) { return read_digit(value, '1', '3', s.library.compatible_mode); }},
+        {"charset", fmt::format("{}", fmt::join(charset_names(), ", ")),
          [](session_settings& s, const std::string& value) {
-             s.text_charset = find_charset(value);
+             const charset* const set = find_charset(value);
+             s.text_charset = set == nullptr ? s.text_charset : set;
              s.library.charset_code = s.text_charset->code;
+             return set != nullptr;
          }},
-        {"case_sensitive",
-         {"0", "1"},
-         [](session_settings& s, const std::string& value) { s.library.case_sensitive = static_cast<std::uint32_t>(value[0] - '0'); }},
+        {"case_sensitive", "0, 1",
+         [](session_settings& s, const std::string& value) { return read_digit(value, '0', '1', s.library.case_sensitive); }},
+        {"time_zone", "Z and what lies between -14:00 and +14:00",
+         [](session_settings& s, const std::string& value) {
+             zqtime midnight;
+             const bool read = read_any_datetime("00:00" + value, midnight) == sql_type::time_with_zone;
+             s.given_zone = read ? zqtime_get_tz(&midnight) : 0;
+             return read;
+         }},
     };
     return settings;
 }
 
-void assign(session_settings& settings, std::string_view name, std::string value) {
+constexpr std::string_view parameter_prefix = "param.";
+
+void assign_parameter(session_settings& settings, std::string_view name, const std::string& value) {
+    std::int32_t number = 0;
+    std::int64_t assigned = 0;
+    if (!read_number(name.substr(parameter_prefix.size()), number) || !read_number(value, assigned)) {
+        fail("--set: \"{}={}\" is not of the form param.NUMBER=NUMBER", name, value);
+    }
+    settings.parameters.emplace_back(number, assigned);
+}
+
+void assign(session_settings& settings, std::string_view name, const std::string& value) {
+    if (equal_ignoring_case(name.substr(0, parameter_prefix.size()), parameter_prefix)) {
+        return assign_parameter(settings, name, value);
+    }
     const auto& known = all_settings();
     const auto found = std::ranges::find_if(known, [&](const setting& s) { return equal_ignoring_case(s.name, name); });
     if (found == known.end()) {
         std::vector<std::string_view> names;
         std::ranges::transform(known, std::back_inserter(names), &setting::name);
-        fail("--set: there is no setting {}; there are {}", name, fmt::join(names, ", "));
+        fail("--set: there is no setting {}; there are {} and param.NUMBER", name, fmt::join(names, ", "));
     }
-    const charset* const set = found->name == "charset" ? find_charset(value) : nullptr;
-    value = set == nullptr ? value : std::string(set->name);
-    if (std::ranges::find(found->values, value) == found->values.end()) {
-        fail("--set: {} cannot be \"{}\"; it can be {}", found->name, value, fmt::join(found->values, ", "));
+    if (!found->assign(settings, value)) {
+        fail("--set: {} cannot be \"{}\"; it can be {}", found->name, value, found->values);
     }
-    found->assign(settings, value);
 }
 
 } // namespace
@@ -55,6 +85,8 @@ session_settings read_settings(const std::vector<std::string>& assignments) {
     session_settings settings{
         .library = {.compatible_mode = 1, .charset_code = standard->code, .case_sensitive = 1},
         .text_charset = standard,
+        .given_zone = std::nullopt,
+        .parameters = {},
     };
     for (const std::string& assignment : assignments) {
         const std::size_t sign = assignment.find('=');
@@ -64,6 +96,20 @@ session_settings read_settings(const std::vector<std::string>& assignments) {
         assign(settings, std::string_view(assignment).substr(0, sign), assignment.substr(sign + 1));
     }
     return settings;
+}
+
+void begin_session(const session_settings& settings) {
+    zqengine::set_database_charset(settings.library.charset_code);
+    std::vector<std::pair<std::int32_t, std::int64_t>> parameters;
+    if (settings.given_zone) {
+        parameters.emplace_back(INI_NOW_TIME_ZONE, *settings.given_zone);
+    }
+    parameters.insert(parameters.end(), settings.parameters.begin(), settings.parameters.end());
+    for (const auto& [number, value] : parameters) {
+        if (zqengine::set_parameter(number, value) != 0) {
+            fail("--set: there is no parameter {}, or it cannot be {}", number, value);
+        }
+    }
 }
 
 } // namespace host

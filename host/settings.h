@@ -1,8 +1,11 @@
-// The library's settings, as given with --set.
+// The settings of a run, as given with --set.
 #ifndef BIFUN_HOST_SETTINGS_H
 #define BIFUN_HOST_SETTINGS_H
 
+#include <cstdint>
+#include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "bop/frame/contract.h"
@@ -13,10 +16,19 @@ namespace host {
 struct session_settings {
     bifun_settings library;
     const charset* text_charset;
+    std::optional<std::int32_t> given_zone;                        // in minutes east of UTC
+    std::vector<std::pair<std::int32_t, std::int64_t>> parameters; // of the engine: number and value
+
+    // The session's zone, which also zoned values have that name none.
+    [[nodiscard]] std::int32_t time_zone() const { return given_zone.value_or(0); }
 };
 
-// Reads "NAME=VALUE" texts over the defaults: compatible_mode=1, charset=utf-8, case_sensitive=1.
+// Reads "NAME=VALUE" texts over the defaults: compatible_mode=1, charset=utf-8, case_sensitive=1 and no more.
 session_settings read_settings(const std::vector<std::string>& assignments);
+
+// Tells the engine those that hold for the whole process. A time zone given is also that of the current datetime, unless its parameter says
+// otherwise. Throws where there is no such parameter or value.
+void begin_session(const session_settings& settings);
 
 } // namespace host
 

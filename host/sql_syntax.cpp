@@ -145,12 +145,39 @@ struct literal_type {
 };
 
 constexpr literal_type literal_types[] = {
-    {"date", literal_kind::date},
-    {"time", literal_kind::time},
-    {"timetz", literal_kind::time},
-    {"timestamp", literal_kind::timestamp},
-    {"timestamptz", literal_kind::timestamp},
+    {"date", literal_kind::date},           {"time", literal_kind::time},          {"timetz", literal_kind::time_with_zone},
+    {"timestamp", literal_kind::timestamp}, {"datetime", literal_kind::timestamp}, {"timestamptz", literal_kind::timestamp_with_zone},
+    {"interval", literal_kind::interval},
 };
+
+// The parser gives the fields of an interval as a set of bits, then the fraction digits of its seconds.
+interval_qualifier translate_qualifier(const json& type, const translation_context& context) {
+    constexpr int field_bits[] = {1 << 2, 1 << 1, 1 << 3, 1 << 10, 1 << 11, 1 << 12}; // year to second
+    constexpr int all_bits = 0x7FFF;                                                  // where there are none
+    const json modifiers = type.value("typmods", json::array());
+    const auto number = [&](std::size_t i) {
+        const json& modifier = modifiers[i];
+        return modifier.contains("A_Const") && modifier["A_Const"].contains("ival") ? modifier["A_Const"]["ival"].value("ival", 0) : 0;
+    };
+    const int fields = modifiers.empty() ? 0 : number(0);
+    interval_qualifier made{.first = interval_field::second, .last = interval_field::year};
+    for (int i = 0; i < 6; ++i) {
+        if ((fields & field_bits[i]) != 0) {
+            made.first = std::min(made.first, static_cast<interval_field>(i));
+            made.last = static_cast<interval_field>(i);
+        }
+    }
+    if (fields == all_bits || !find_qualifier(qualifier_name(made))) {
+        refuse(type, context, "an interval names its fields behind its text: INTERVAL '3' DAY, INTERVAL '1-2' YEAR TO MONTH");
+    }
+    if (modifiers.size() > 1) {
+        made.fraction_digits = number(1);
+        if (made.fraction_digits < 0 || made.fraction_digits > 6) {
+            refuse(modifiers[1], context, "the seconds of an interval have 0 to 6 fraction digits");
+        }
+    }
+    return made;
+}
 
 // DATE '2024-02-29' and the like. The parser makes no difference between this and a cast of a constant.
 expression translate_cast(const json& body, translation_context context) {
@@ -158,11 +185,16 @@ expression translate_cast(const json& body, translation_context context) {
     const std::string name = type["names"].back()["String"].value("sval", "");
     const auto* const known = std::ranges::find(literal_types, name, &literal_type::name);
     const bool is_text = body["arg"].contains("A_Const") && body["arg"]["A_Const"].contains("sval");
-    if (known == std::end(literal_types) || !is_text || type.contains("typmods")) {
-        refuse(body, context, "casts are not supported; literals with a type are DATE '...', TIME '...' and TIMESTAMP '...'");
+    const bool is_interval = known != std::end(literal_types) && known->kind == literal_kind::interval;
+    if (known == std::end(literal_types) || !is_text || (type.contains("typmods") && !is_interval)) {
+        refuse(body, context,
+               "casts are not supported; literals with a type are DATE '...', TIME '...', TIMESTAMP '...' and INTERVAL '...' DAY");
     }
     expression made = translate_constant(body["arg"]["A_Const"], context);
     made.literal = known->kind;
+    if (is_interval) {
+        made.fields = translate_qualifier(type, context);
+    }
     made.offset = std::min(made.offset, offset_of(type));
     return made;
 }
@@ -246,17 +278,81 @@ expression translate_truth_test(const json& body, translation_context context) {
 
 // ---- calls ---------------------------------------------------------------------------------------------------------
 
-// The functions that the parser puts in place of SQL's own call syntax, by the names people write. The arguments keep the parser's
-// order, with keywords such as the field of EXTRACT as string literals.
+// ---- calls with a syntax of their own
+
+expression make_keyword(std::string_view word, std::size_t offset) {
+    expression made{.kind = expression_kind::keyword, .offset = offset};
+    made.text = word;
+    return made;
+}
+
+// TRIM(BOTH c FROM s): the parser has s, then c where there is one. Without a mode and a character it is TRIM(s).
+void order_trim(expression& call, std::string_view mode) {
+    std::vector<expression>& operands = call.operands;
+    const bool has_set = operands.size() > 1;
+    if (mode == "BOTH" && !has_set) {
+        return;
+    }
+    if (!has_set) {
+        expression& blank = operands.emplace_back(expression{.kind = expression_kind::literal, .offset = call.offset});
+        blank.literal = literal_kind::string;
+        blank.text = " ";
+    }
+    operands.insert(operands.begin(), make_keyword(mode, call.offset));
+}
+
+// SUBSTRING(s FOR n): the parser adds the position 1 and a cast around n.
+expression translate_substring_length(const json& argument, const translation_context& context) {
+    const bool added_cast = argument.contains("TypeCast") && argument["TypeCast"].value("location", 0) < 0 &&
+                            argument["TypeCast"]["typeName"].value("location", 0) < 0;
+    return translate(added_cast ? argument["TypeCast"]["arg"] : argument, context);
+}
+
+// The functions that the parser puts in place of SQL's own call syntax, by the names people write.
 struct syntax_call {
     std::string_view parser_name;
     std::string_view name;
+    std::string_view trim_mode{};
 };
 
 constexpr syntax_call syntax_calls[] = {
-    {"btrim", "trim"},        {"ltrim", "trim"},          {"rtrim", "trim"},        {"extract", "extract"},       {"overlay", "overlay"},
-    {"position", "position"}, {"substring", "substring"}, {"overlaps", "overlaps"}, {"timezone", "at time zone"},
+    {"btrim", "trim", "BOTH"},
+    {"ltrim", "trim", "LEADING"},
+    {"rtrim", "trim", "TRAILING"},
+    {"timezone", "at time zone"},
 };
+
+// Those whose first argument is the field of a date: a bare word, which the parser takes for a column, or a text.
+constexpr std::string_view calls_with_field[] = {"extract", "datepart", "dateadd", "datediff", "bigdatediff"};
+
+expression translate_field(const json& argument, const std::string& call, const translation_context& context) {
+    if (argument.contains("A_Const") && argument["A_Const"].contains("sval")) {
+        expression made = translate_constant(argument["A_Const"], context);
+        // The parser does not tell EXTRACT(YEAR FROM d) from EXTRACT('year' FROM d).
+        made.kind = expression_kind::keyword;
+        made.literal = call == "extract" ? literal_kind::null : literal_kind::string;
+        return made;
+    }
+    const bool bare = argument.contains("ColumnRef") && argument["ColumnRef"]["fields"].size() == 1 &&
+                      argument["ColumnRef"]["fields"][0].contains("String");
+    if (!bare) {
+        refuse(argument, context, "the first argument names a field, such as DAY");
+    }
+    const json& column = argument["ColumnRef"];
+    return make_keyword(column["fields"][0]["String"].value("sval", ""), offset_of(column));
+}
+
+std::vector<expression> translate_arguments(const json& arguments, const std::string& call, const translation_context& context) {
+    const bool has_field = std::ranges::find(calls_with_field, call) != std::end(calls_with_field);
+    std::vector<expression> all;
+    for (const json& argument : arguments) {
+        const bool is_length = call == "substring" && all.size() == 2;
+        all.push_back(has_field && all.empty() ? translate_field(argument, call, context)
+                      : is_length              ? translate_substring_length(argument, context)
+                                               : translate(argument, context));
+    }
+    return all;
+}
 
 struct refused_call_part {
     const char* key;
@@ -282,14 +378,23 @@ expression translate_call(const json& body, translation_context context) {
     }
     const json& names = body["funcname"];
     made.name = names.back()["String"].value("sval", "");
-    if (body.value("funcformat", "") == "COERCE_SQL_SYNTAX") {
-        const auto* const known = std::ranges::find(syntax_calls, made.name, &syntax_call::parser_name);
-        made.name = known == std::end(syntax_calls) ? made.name : known->name;
-    } else if (names.size() > 1) {
+    const bool has_own_syntax = body.value("funcformat", "") == "COERCE_SQL_SYNTAX";
+    if (!has_own_syntax && names.size() > 1) {
         fail_at(context.sql, made.offset, "functions have no schema; write the name alone");
     }
     if (body.contains("args")) {
-        made.operands = translate_all(body["args"], context);
+        made.operands = translate_arguments(body["args"], made.name, context);
+    }
+    const auto* const known = std::ranges::find(syntax_calls, made.name, &syntax_call::parser_name);
+    if (has_own_syntax && known != std::end(syntax_calls)) {
+        made.name = known->name;
+        if (!known->trim_mode.empty()) {
+            order_trim(made, known->trim_mode);
+        }
+    } else if (has_own_syntax && made.name == "position") {
+        std::ranges::reverse(made.operands); // the parser has the text first
+    } else if (made.name == "substring") {
+        made.name = "substr";
     }
     return made;
 }
@@ -484,91 +589,6 @@ select_statement parse_select(const std::string& sql) {
         fail_at(sql, std::min(sql.find_first_not_of(" \t\r\n"), sql.size()), "only SELECT is supported");
     }
     return translate_statement(statement["SelectStmt"], context);
-}
-
-// ---- text again ----------------------------------------------------------------------------------------------------
-
-namespace {
-
-std::string in_quotes(std::string_view text) {
-    std::string made = "'";
-    for (const char c : text) {
-        made.append(c == '\'' ? 2 : 1, c);
-    }
-    return made + "'";
-}
-
-std::string literal_text(const expression& tree) {
-    switch (tree.literal) {
-    case literal_kind::null:
-        return "NULL";
-    case literal_kind::boolean:
-        return tree.truth ? "TRUE" : "FALSE";
-    case literal_kind::number:
-        return tree.text;
-    case literal_kind::string:
-        return in_quotes(tree.text);
-    case literal_kind::date:
-        return "DATE " + in_quotes(tree.text);
-    case literal_kind::time:
-        return "TIME " + in_quotes(tree.text);
-    case literal_kind::timestamp:
-        return "TIMESTAMP " + in_quotes(tree.text);
-    }
-    return {};
-}
-
-// Expressions one behind the other, in parentheses where `nested` says so.
-template <class Nested> std::string joined(std::span<const expression> operands, std::string_view separator, Nested nested) {
-    std::string text;
-    for (const expression& operand : operands) {
-        const std::string part = expression_text(operand);
-        text += fmt::format("{}{}", text.empty() ? "" : separator, nested(operand.kind) ? "(" + part + ")" : part);
-    }
-    return text;
-}
-
-bool needs_nothing(expression_kind) { return false; }
-bool is_logic(expression_kind kind) { return kind == expression_kind::conjunction || kind == expression_kind::disjunction; }
-bool is_operator(expression_kind kind) { return kind >= expression_kind::comparison; }
-
-std::string upper(std::string text) {
-    std::ranges::transform(text, text.begin(), [](char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; });
-    return text;
-}
-
-} // namespace
-
-std::string expression_text(const expression& tree) {
-    constexpr std::string_view truth_names[] = {"TRUE", "FALSE", "UNKNOWN"};
-    const std::string_view negation = tree.negated ? "NOT " : "";
-    const std::span<const expression> operands = tree.operands;
-    const std::string first = tree.kind >= expression_kind::between ? joined(operands.first(1), "", is_operator) : "";
-    switch (tree.kind) {
-    case expression_kind::literal:
-        return literal_text(tree);
-    case expression_kind::column:
-        return tree.name;
-    case expression_kind::call:
-        return fmt::format("{}({})", upper(tree.name), joined(operands, ", ", needs_nothing));
-    case expression_kind::comparison:
-        return joined(operands, fmt::format(" {} ", comparison_symbol(tree.comparison)), is_operator);
-    case expression_kind::conjunction:
-        return joined(operands, " AND ", is_logic);
-    case expression_kind::disjunction:
-        return joined(operands, " OR ", is_logic);
-    case expression_kind::negation:
-        return "NOT " + joined(operands, "", is_logic);
-    case expression_kind::between:
-        return fmt::format("{} {}BETWEEN {}", first, negation, joined(operands.subspan(1), " AND ", is_operator));
-    case expression_kind::in_list:
-        return fmt::format("{} {}IN ({})", first, negation, joined(operands.subspan(1), ", ", needs_nothing));
-    case expression_kind::null_test:
-        return fmt::format("{} IS {}NULL", first, negation);
-    case expression_kind::truth_test:
-        return fmt::format("{} IS {}{}", first, negation, truth_names[static_cast<std::size_t>(tree.tested)]);
-    }
-    return {};
 }
 
 } // namespace host

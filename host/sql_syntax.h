@@ -9,11 +9,13 @@
 #include <vector>
 
 #include "host/comparison.h"
+#include "host/interval_text.h"
 
 namespace host {
 
 enum class expression_kind : std::uint8_t {
     literal,     //
+    keyword,     // `text`: a word that the syntax of a call puts into the first operand, such as a field of a date or LEADING
     column,      // `table`.`name`
     call,        // `name` (operands)
     comparison,  // operand `comparison` operand
@@ -26,18 +28,37 @@ enum class expression_kind : std::uint8_t {
     truth_test,  // operand IS TRUE, FALSE or UNKNOWN
 };
 
-// `date`, `time` and `timestamp` are string literals with a type before or behind them.
-enum class literal_kind : std::uint8_t { null, boolean, number, string, date, time, timestamp };
+// Those behind `string` are string literals with a type before or behind them.
+enum class literal_kind : std::uint8_t {
+    null,
+    boolean,
+    number,
+    string,
+    date,
+    time,
+    timestamp,
+    time_with_zone,
+    timestamp_with_zone,
+    interval
+};
+
+// What stands before the text: "TIME WITH TIME ZONE"; nothing where the text stands alone.
+constexpr std::string_view literal_type_name(literal_kind kind) {
+    constexpr std::string_view names[] = {
+        "", "", "", "", "DATE", "TIME", "TIMESTAMP", "TIME WITH TIME ZONE", "TIMESTAMP WITH TIME ZONE", "INTERVAL"};
+    return names[static_cast<std::size_t>(kind)];
+}
 
 enum class truth_value : std::uint8_t { true_value, false_value, unknown };
 
 struct expression {
     expression_kind kind;
-    std::size_t offset = 0; // of its characteristic word or symbol in the SQL text, in bytes
-    std::string table{};    // column: the name before the point, may be empty
-    std::string name{};     // column, call: as written; unquoted names in lower case
-    literal_kind literal = literal_kind::null;
-    std::string text{}; // literal: the digits of a number, the characters of a string in UTF-8
+    std::size_t offset = 0;                    // of its characteristic word or symbol in the SQL text, in bytes
+    std::string table{};                       // column: the name before the point, may be empty
+    std::string name{};                        // column, call: as written; unquoted names in lower case
+    literal_kind literal = literal_kind::null; // keyword: `string` where it stood in quotes
+    std::string text{};          // literal: the digits of a number, the characters of a string in UTF-8; keyword: the word as written
+    interval_qualifier fields{}; // interval literal
     bool truth = false;
     comparison_operator comparison = comparison_operator::equal;
     truth_value tested = truth_value::true_value;

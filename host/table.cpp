@@ -21,20 +21,19 @@ std::string shown_field(const charset& set, std::string_view text) {
 }
 
 [[noreturn]] void fail_in_field(const table& source, const table_column& column, std::string_view text, field_fault fault) {
-    const std::string place = fmt::format("{}, row {}, column {}", source.reader.path(), source.reader.row_number(), column.name);
+    const std::string place = fmt::format("{}, line {}, column {}", source.reader.path(), source.reader.row_line(), column.name);
     const std::string type = column_type_name(column.type);
+    const charset& set = *source.settings->text_charset;
     switch (fault) {
     case field_fault::invalid_text:
-        fail("{}: \"{}\" is not valid {}; name the file's character set with --set charset=NAME", place,
-             shown_field(*source.text_charset, text), source.text_charset->name);
+        fail("{}: \"{}\" is not valid {}; name the file's character set with --set charset=NAME", place, shown_field(set, text), set.name);
     case field_fault::too_long:
-        fail("{}: \"{}\" does not fit {}; give the column a longer type with --types", place, shown_field(*source.text_charset, text),
-             type);
+        fail("{}: \"{}\" does not fit {}; give the column a longer type with --types", place, shown_field(set, text), type);
     case field_fault::out_of_memory:
         fail("{}: out of memory", place);
     default:
-        fail("{}: \"{}\" is not of type {}; give the column another type with --types, such as {}:VARCHAR", place,
-             shown_field(*source.text_charset, text), type, column.name);
+        fail("{}: \"{}\" is not of type {}; give the column another type with --types, such as {}:VARCHAR", place, shown_field(set, text),
+             type, column.name);
     }
 }
 
@@ -50,8 +49,9 @@ std::string table_name_of(std::string_view path) {
     return std::string(name);
 }
 
-std::unique_ptr<table> open_table(const std::string& path, const charset& set) {
-    std::unique_ptr<table> opened(new table{.reader = csv_reader(path), .text_charset = &set, .columns = {}});
+std::unique_ptr<table> open_table(const std::string& path, const session_settings& settings) {
+    std::unique_ptr<table> opened(new table{.reader = csv_reader(path), .settings = &settings, .columns = {}});
+    const charset& set = *settings.text_charset;
     for (const std::string& name : opened->reader.header()) {
         const std::optional<std::string> converted = to_utf8(set, name);
         if (!converted) {
@@ -110,7 +110,7 @@ void resolve_types(table& source, const given_types& given, progress_bar& progre
     progress.clear();
     for (std::size_t i = 0; i < source.columns.size(); ++i) {
         if (unknown[i]) {
-            source.columns[i].type = {.type = inferred[i], .characters = std::nullopt};
+            source.columns[i].type = {.type = inferred[i]};
         }
     }
 }
@@ -145,7 +145,7 @@ std::uint32_t read_batch(table& source, std::uint32_t most_rows) {
                 values.column.no_nulls = 0;
                 continue;
             }
-            const field_fault fault = store_field(source.columns[i].type, *source.text_charset, field.text, values, row);
+            const field_fault fault = store_field(source.columns[i].type, *source.settings, field.text, values, row);
             if (fault != field_fault::none) {
                 fail_in_field(source, source.columns[i], field.text, fault);
             }

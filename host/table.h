@@ -9,10 +9,10 @@
 #include <utility>
 #include <vector>
 
-#include "host/charset_text.h"
 #include "host/csv_file.h"
 #include "host/field_value.h"
 #include "host/progress_bar.h"
+#include "host/settings.h"
 #include "host/type_inference.h"
 
 namespace host {
@@ -26,15 +26,15 @@ struct table_column {
 
 struct table {
     csv_reader reader;
-    const charset* text_charset;
+    const session_settings* settings;
     std::vector<table_column> columns;
 };
 
 // The name of a file's table: its base name without the extension .csv.
 std::string table_name_of(std::string_view path);
 
-// Opens the file and reads its header.
-std::unique_ptr<table> open_table(const std::string& path, const charset& set);
+// Opens the file and reads its header. The table refers to the settings.
+std::unique_ptr<table> open_table(const std::string& path, const session_settings& settings);
 
 // The types that a user gives: column name and type.
 using given_types = std::vector<std::pair<std::string, column_type>>;

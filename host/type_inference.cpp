@@ -2,7 +2,6 @@
 
 #include <charconv>
 
-#include "embedded/datetime/text.h"
 #include "engine/decimal.h"
 #include "host/field_value.h"
 
@@ -77,17 +76,24 @@ field_kind classify_field(std::string_view text) {
         return shape.has_leading_zero ? text_field : classify_number(trimmed, shape);
     }
     constexpr std::size_t shortest_time = 4; // 1:23
-    constexpr std::size_t longest_datetime = 64;
-    if (trimmed.size() < shortest_time || trimmed.size() > longest_datetime || (!is_digit(trimmed[0]) && trimmed[0] != '-')) {
+    if (trimmed.size() < shortest_time || (!is_digit(trimmed[0]) && trimmed[0] != '-')) {
         return text_field;
     }
     zqtime value;
-    auto kind = zqengine::datetime_kind::datetime;
-    const auto* const bytes = reinterpret_cast<const std::uint8_t*>(trimmed.data());
-    if (zqengine::read_datetime(bytes, static_cast<std::uint32_t>(trimmed.size()), &value, &kind) != 0) {
+    switch (read_any_datetime(trimmed, value).value_or(sql_type::varchar)) {
+    case sql_type::date:
+        return date_field;
+    case sql_type::time:
+        return time_field;
+    case sql_type::timestamp:
+        return timestamp_field;
+    case sql_type::time_with_zone:
+        return time_with_zone_field;
+    case sql_type::timestamp_with_zone:
+        return timestamp_with_zone_field;
+    default:
         return text_field;
     }
-    return kind == zqengine::datetime_kind::date ? date_field : kind == zqengine::datetime_kind::time ? time_field : datetime_field;
 }
 
 sql_type type_of_fields(field_kinds kinds) {
@@ -103,9 +109,13 @@ sql_type type_of_fields(field_kinds kinds) {
         return sql_type::date;
     case time_field:
         return sql_type::time;
-    case datetime_field:
-    case date_field | datetime_field:
-        return sql_type::datetime;
+    case timestamp_field:
+    case date_field | timestamp_field:
+        return sql_type::timestamp;
+    case time_with_zone_field:
+        return sql_type::time_with_zone;
+    case timestamp_with_zone_field:
+        return sql_type::timestamp_with_zone;
     default:
         return sql_type::varchar;
     }

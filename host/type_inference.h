@@ -22,16 +22,18 @@ enum field_kind : field_kinds {
     double_field = 8,
     date_field = 16,
     time_field = 32,
-    datetime_field = 64,
-    text_field = 128,
+    timestamp_field = 64,
+    time_with_zone_field = 128,
+    timestamp_with_zone_field = 256,
+    text_field = 512,
 };
 
 // The kind of one field that is not NULL. Numbers may have blanks around them. A number with a leading zero, such as 007, is text: as a
 // number it would lose its zeros. A number with more than 38 digits is a decimal, which rounds it, or a double where it is too large.
 field_kind classify_field(std::string_view text);
 
-// The type that holds every field of a column: the widest of its numbers (a double wherever an exponent stands), DATETIME for dates
-// and datetimes together, VARCHAR for any other mixture and where every field is NULL.
+// The type that holds every field of a column: the widest of its numbers (a double wherever an exponent stands), TIMESTAMP for dates
+// and timestamps together, VARCHAR for any other mixture, such as values with and without zones, and where every field is NULL.
 sql_type type_of_fields(field_kinds kinds);
 
 // Reads a whole file and rewinds it. One type per column; columns that are not `wanted` are VARCHAR.

@@ -29,6 +29,8 @@ struct call_argument {
     std::span<const std::uint16_t> selection = {};
 };
 
+constexpr std::uint8_t unwritten = 0xA5;
+
 // What a call returned and left behind. Rows that it did not write hold `unwritten` in every byte, the flag too.
 struct outcome {
     std::int32_t status;
@@ -38,22 +40,28 @@ struct outcome {
 
     [[nodiscard]] std::uint32_t no_nulls() const { return result->column.no_nulls; }
     [[nodiscard]] std::uint8_t flag(std::uint32_t row) const { return result->data.null_flags[row]; }
+    [[nodiscard]] bool holds_value(std::uint32_t row) const; // whether the value has been written, be the flag what it may
 };
 
-constexpr std::uint8_t unwritten = 0xA5;
-
-// How a call is made: the result's no-null flag before it, and the step of it that is to run out of memory (1 is the first, 0 none).
+// How a call is made: the result's no-null flag before it, the step of it that is to run out of memory (1 is the first, 0 none), and
+// whether the memory object has a release function.
 struct circumstances {
     std::uint32_t no_nulls_before = 1;
     std::int64_t failing_step = 0;
+    bool memory_is_released = true;
 };
 
-// Calls the entry point. Whatever the entry point, it is a failure of the test that arguments change, that rows behind the batch are
-// written, that a flag is neither 0 nor 1, that the no-null flag promises what is not so, or that it is set although the call failed.
+// Calls the entry point. Whatever the entry point, it is a failure of the test that arguments change, that scratch memory
+// is kept, that rows behind the batch are written, that a flag is neither 0 nor 1 or says that there is a value where none has been
+// written, that the no-null flag promises what is not so, or that it is set although the call failed.
 outcome call(const bifun::entry_point& entry, const std::vector<call_argument>& arguments, std::uint32_t row_count,
              const circumstances& circumstances = {});
 
-// Whether `count` rows of a, from `first_a` on, are those of b from `first_b` on: flags, and to the bit the values of rows not NULL.
+// Calls bifun_dll_var_init, and tells the engine of the character set.
+void set_up(const bifun_settings& settings);
+
+// Whether `count` rows of a, from `first_a` on, are those of b from `first_b` on: flags, and to the bit the values of rows not NULL. A
+// value that has not been written is like another such only.
 testing::AssertionResult same_rows(const outcome& a, std::uint32_t first_a, const outcome& b, std::uint32_t first_b, std::uint32_t count);
 
 // The same of all rows, the statuses and the no-null flags.

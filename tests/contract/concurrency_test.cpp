@@ -14,9 +14,9 @@
 namespace contract {
 namespace {
 
-constexpr std::uint32_t row_count = 2500;
+constexpr std::uint32_t row_count = 1500;
 constexpr int thread_count = 4;
-constexpr int rounds = 3;
+constexpr int rounds = 2;
 
 // RAND takes the process-wide generator without a lock: its calls are made, but another thread may have seeded it in between.
 bool depends_on_other_threads(const bifun::entry_point& entry) { return entry.builtin == "RAND"; }

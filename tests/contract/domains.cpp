@@ -4,7 +4,7 @@
 #include <cmath>
 #include <string>
 
-#include "engine/columns.h"
+#include "engine/datetime.h"
 #include "engine/decimal.h"
 #include "tests/contract/text_case.h"
 
@@ -25,13 +25,46 @@ template <class T> void move_into(const argument_domain& domain, T& value) {
     }
 }
 
+// A datetime with such a year, which is a leap year where the old one is.
+void move_into(const argument_domain& domain, zqtime& value) {
+    auto year = static_cast<std::int32_t>(zqtime_get_year(&value));
+    if (!contains(domain, year)) {
+        constexpr std::int32_t calendar_cycle = 400;
+        const std::int32_t step = year < domain.low ? calendar_cycle : -calendar_cycle;
+        while (!contains(domain, year)) {
+            year += step;
+        }
+        EXPECT_EQ(zqtime_set_year(&value, year), 0);
+    }
+}
+
+void move_into(const argument_domain& domain, xdec& value) {
+    if (!contains(domain, xdec_to_double(&value))) {
+        xdec_fill_one(&value);
+    }
+}
+
+template <class T> void move_rows_into(const argument_domain& domain, zqengine::column_storage& column) {
+    for (std::uint32_t row = 0; row < column.capacity; ++row) {
+        if (column.data.null_flags[row] != 0) {
+            move_into(domain, zqengine::values_of<T>(column)[row]);
+        }
+    }
+}
+
 } // namespace
 
 const argument_domain* domain_of(const bifun::entry_point& entry, std::size_t position) {
     const auto* const found = std::ranges::find_if(argument_domains, [&](const argument_domain& domain) {
-        return domain.builtin == entry.builtin && domain.position == position && domain.type == entry.argument_list[position].type;
+        return (domain.name == entry.builtin || domain.name == entry.symbol) && domain.position == position &&
+               domain.type == entry.argument_list[position].type;
     });
     return found == std::end(argument_domains) ? nullptr : found;
+}
+
+std::size_t value_count(const bifun::entry_point& entry, std::size_t position) {
+    const argument_domain* const domain = domain_of(entry, position);
+    return domain != nullptr && !domain->texts.empty() ? domain->texts.size() : boundary_count(entry.argument_list[position].type);
 }
 
 zqengine::column_pointer sound_column(const bifun::entry_point& entry, std::size_t position, std::uint32_t row_count, double null_rate,
@@ -39,19 +72,20 @@ zqengine::column_pointer sound_column(const bifun::entry_point& entry, std::size
     const value_type type = entry.argument_list[position].type;
     zqengine::column_pointer column = generate_column(type, row_count, null_rate, seed);
     const argument_domain* const domain = domain_of(entry, position);
-    for (std::uint32_t row = 0; domain != nullptr && row < row_count; ++row) {
-        if (column->data.null_flags[row] == 0) {
-            continue;
-        }
-        if (type == value_type::VARCHAR) {
+    if (domain == nullptr) {
+        return column;
+    }
+    for (std::uint32_t row = 0; row < row_count && !domain->texts.empty(); ++row) {
+        if (column->data.null_flags[row] != 0) {
             read_value(*column, row, std::string(domain->texts[(row + seed) % domain->texts.size()]));
-        } else if (type == value_type::DOUBLE) {
-            move_into(*domain, zqengine::values_of<double>(*column)[row]);
-        } else if (type == value_type::BIGINT) {
-            move_into(*domain, zqengine::values_of<std::int64_t>(*column)[row]);
-        } else if (xdec& value = zqengine::values_of<xdec>(*column)[row]; !contains(*domain, xdec_to_double(&value))) {
-            xdec_fill_one(&value);
         }
+    }
+    if (domain->texts.empty()) {
+        type == value_type::INT        ? move_rows_into<std::int32_t>(*domain, *column)
+        : type == value_type::BIGINT   ? move_rows_into<std::int64_t>(*domain, *column)
+        : type == value_type::DOUBLE   ? move_rows_into<double>(*domain, *column)
+        : type == value_type::DATETIME ? move_rows_into<zqtime>(*domain, *column)
+                                       : move_rows_into<xdec>(*domain, *column);
     }
     return column;
 }

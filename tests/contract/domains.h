@@ -1,8 +1,9 @@
-// Which values arguments may take, and calls that fail because one takes another. A built-in's argument of a type that is not named here
-// takes any value.
+// Which values arguments may take, and calls that fail because one takes another. An argument that is not named here takes any value of its
+// type.
 #ifndef BIFUN_TESTS_CONTRACT_DOMAINS_H
 #define BIFUN_TESTS_CONTRACT_DOMAINS_H
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -21,14 +22,16 @@ namespace contract {
 
 using bifun::value_type;
 
-// Numbers lie from `low` to `high`, or are NaN; texts are some of `texts`. A range need not be all that is allowed.
+// Numbers and the years of datetimes lie from `low` to `high`, or are NaN; where there are texts, values are some of these, written as in
+// a text_case. A range need not be all that is allowed.
 struct argument_domain {
-    std::string_view builtin;
+    std::string_view name; // of a built-in, or of one of its entry points, which comes first
     std::size_t position;
     value_type type;
     long double low, high; // of 64 bits, so that every BIGINT is one
     std::span<const std::string_view> texts = {};
     bool takes_nan = true;
+    bool others_fail = true; // not where others are allowed and these are only the ones that tell
 };
 
 inline constexpr long double infinity = std::numeric_limits<long double>::infinity();
@@ -40,6 +43,39 @@ inline constexpr std::string_view digit_texts[] = {
     "1*300", "0*319", "0*500", "8__"};
 inline constexpr std::string_view number_formats[] = {"9,999,990.00", "FM999999999990.099", "S9.99EEEE", "TM", "L99G999D99MI", "9*75"};
 inline constexpr std::string_view nls_texts[] = {"NLS_NUMERIC_CHARACTERS=',.'", "NLS_CURRENCY='&a*90&'", "nls_currency=EUR"};
+
+inline constexpr std::string_view trim_modes[] = {"579", "580", "0", "-1"};
+inline constexpr std::string_view characters[] = {"x", "_", "z", "a", "日", "\t"};
+inline constexpr std::string_view characters_or_none[] = {"x", "''", "_", "z", "a", "日", "\t"};
+inline constexpr std::string_view character_sets[] = {"xy", "''", "xy_", "_", "__", "z日", "aeiou", " x", "\tx", "b*60"};
+inline constexpr std::string_view patterns[] = {"a", "''", "z", "_", "x", "__", "zz", "z_", "日", "Z", "z*31", "z*32", "z*300&_", "本語"};
+inline constexpr std::string_view occurrences[] = {"1", "2", "3", "2147483647"};
+inline constexpr std::string_view counts[] = {"1", "-1", "0", "2", "-2", "2147483647", "-2147483648"};
+
+inline constexpr std::string_view datetime_texts[] = {"2024-02-29",
+                                                      "2024-02-29T01:02:03.000004-14:00",
+                                                      "1582-10-15",
+                                                      "1582-10-04T23:59:59",
+                                                      "-4712-01-01",
+                                                      "x",
+                                                      "9999-12-31T23:59:59.999999",
+                                                      "13:45:06.5",
+                                                      "''",
+                                                      "2023-02-29",
+                                                      "a*49"};
+inline constexpr std::string_view field_names[] = {"DAYOFYEAR", "d", "YY", "week", "ms", "Q", "y", "n", "WEEKDAY", "hour"};
+inline constexpr std::string_view day_names[] = {"MONDAY", "sun", "Saturday"};
+inline constexpr std::string_view month_units[] = {"YEAR", "month"};
+inline constexpr std::string_view day_units[] = {"DAY", "hour", "MINUTE", "second"};
+inline constexpr std::string_view spans_of_months[] = {"1/1", "-1/-1", "0/0", "1000/11", "-1000/-11", "0/1", "3/-4", "0/-11999"};
+
+// Codes of fields, and those that some kinds of values have.
+inline constexpr std::string_view fields[] = {"1", "2", "3", "4", "5", "6", "7", "8", "9", "10", "11"};
+inline constexpr std::span all_fields(fields);
+inline constexpr std::string_view fields_of_zoned_datetimes[] = {"1", "2", "3", "4", "5", "12", "13"};
+inline constexpr std::string_view fields_counted_in_32_bits[] = {"1", "2", "3", "4", "8", "9", "10", "11"};
+
+inline constexpr long double first_year = -3000, last_year = 8000; // 1000 years can be added or taken away
 
 inline constexpr argument_domain argument_domains[] = {
     // The smallest BIGINT has no magnitude.
@@ -71,6 +107,62 @@ inline constexpr argument_domain argument_domains[] = {
     {"TO_CHAR", 1, value_type::VARCHAR, 0, 0, number_formats},
     {"TO_CHAR", 2, value_type::VARCHAR, 0, 0, nls_texts},
     {"TRUNC", 0, value_type::VARCHAR, 0, 0, digit_texts},
+    // Exactly one character, or where it comes from a column none.
+    {"TRIM", 0, value_type::INT, 0, 0, trim_modes, true, false},
+    {"btrim_vav_str", 2, value_type::VARCHAR, 0, 0, characters},
+    {"TRIM", 2, value_type::VARCHAR, 0, 0, characters_or_none},
+    {"LTRIM", 1, value_type::VARCHAR, 0, 0, character_sets, true, false},
+    {"RTRIM", 1, value_type::VARCHAR, 0, 0, character_sets, true, false},
+    {"LEFT", 1, value_type::INT, 0, INT32_MAX},
+    {"RIGHT", 1, value_type::INT, 0, INT32_MAX},
+    {"SUBSTRING_INDEX", 1, value_type::VARCHAR, 0, 0, patterns, true, false},
+    {"SUBSTRING_INDEX", 2, value_type::INT, 0, 0, counts, true, false},
+    {"INSTR", 1, value_type::VARCHAR, 0, 0, patterns, true, false},
+    {"INSTR", 3, value_type::INT, 0, 0, occurrences},
+    {"INSTRB", 1, value_type::VARCHAR, 0, 0, patterns, true, false},
+    {"INSTRB", 3, value_type::INT, 0, 0, occurrences},
+    {"POSITION", 0, value_type::VARCHAR, 0, 0, patterns, true, false},
+    {"LOCATE", 0, value_type::VARCHAR, 0, 0, patterns, true, false},
+    // The fields that the kind of value has.
+    {"bextract_date_va_date", 0, value_type::INT, 0, 0, all_fields.first(3)},
+    {"bextract_time_va_date", 0, value_type::INT, 0, 0, all_fields.subspan(3, 2)},
+    {"bextract_time_ex_va_date", 0, value_type::INT, 0, 0, all_fields.subspan(5, 1)},
+    {"bextract_datetime_tz_va_date", 0, value_type::INT, 0, 0, fields_of_zoned_datetimes},
+    {"bextract_time_tz_va_date", 0, value_type::INT, 0, 0, std::span(fields_of_zoned_datetimes).subspan(3)},
+    {"bextract_iv_ym_va_date", 0, value_type::INT, 0, 0, all_fields.first(2)},
+    {"bextract_iv_dt_va_date", 0, value_type::INT, 0, 0, all_fields.subspan(2, 5)},
+    {"bextract_iv_dt_ex_va_date", 0, value_type::INT, 0, 0, all_fields.subspan(5, 1)},
+    {"bextract_str_ex_va_date", 0, value_type::INT, 0, 0, all_fields.subspan(5, 1)},
+    {"EXTRACT", 0, value_type::INT, 0, 0, all_fields.first(5)},
+    {"DATEPART", 0, value_type::INT, 0, 0, fields},
+    {"DATEPART", 1, value_type::VARCHAR, 0, 0, field_names},
+    {"DATEDIFF", 0, value_type::INT, 0, 0, fields_counted_in_32_bits},
+    {"BIGDATEDIFF", 0, value_type::INT, 0, 0, all_fields.first(10)},
+    {"DATEADD", 0, value_type::INT, 0, 0, fields},
+    // Results stay within the years -4712 to 9999.
+    {"DATEADD", 1, value_type::BIGINT, -1000, 1000},
+    {"DATEADD", 2, value_type::DATETIME, first_year, last_year},
+    {"ADD_DAYS", 0, value_type::DATETIME, first_year, last_year},
+    {"ADD_DAYS", 1, value_type::DOUBLE, -3e5L, 3e5L, {}, false},
+    {"ADD_WEEKS", 0, value_type::DATETIME, first_year, last_year},
+    {"ADD_WEEKS", 1, value_type::INT, -50000, 50000},
+    {"ADD_MONTHS", 0, value_type::DATETIME, first_year, last_year},
+    {"ADD_MONTHS", 1, value_type::INT, -12000, 12000},
+    {"DATE_ADD", 0, value_type::DATETIME, first_year, last_year},
+    {"DATE_ADD", 1, value_type::INTERVAL_YM, 0, 0, spans_of_months},
+    {"DATE_SUB", 0, value_type::DATETIME, first_year, last_year},
+    {"DATE_SUB", 1, value_type::INTERVAL_YM, 0, 0, spans_of_months},
+    {"NEXT_DAY", 0, value_type::DATETIME, first_year, last_year},
+    {"NEXT_DAY", 1, value_type::VARCHAR, 0, 0, day_names},
+    // Years or days of 32 bits.
+    {"NUMTOYMINTERVAL", 0, value_type::DECIMAL, -2e9L, 2e9L},
+    {"NUMTOYMINTERVAL", 1, value_type::VARCHAR, 0, 0, month_units},
+    {"NUMTODSINTERVAL", 0, value_type::DECIMAL, -2e9L, 2e9L},
+    {"NUMTODSINTERVAL", 1, value_type::VARCHAR, 0, 0, day_units},
+    // Texts of datetimes among others.
+    {"EXTRACT", 1, value_type::VARCHAR, 0, 0, datetime_texts, true, false},
+    {"WEEKDAY", 0, value_type::VARCHAR, 0, 0, datetime_texts, true, false},
+    {"LAST_DAY", 0, value_type::VARCHAR, 0, 0, datetime_texts, true, false},
 };
 
 // Null where any value is allowed.
@@ -80,6 +172,10 @@ const argument_domain* domain_of(const bifun::entry_point& entry, std::size_t po
 zqengine::column_pointer sound_column(const bifun::entry_point& entry, std::size_t position, std::uint32_t row_count, double null_rate,
                                       std::uint64_t seed);
 
+// How many values of an argument are worth a test of their own: the texts of its domain, or else its type's boundary values. They come
+// first in a sound_column with seed 0.
+std::size_t value_count(const bifun::entry_point& entry, std::size_t position);
+
 // What the row at which a batch has stopped holds: nothing new, a 0 that is not NULL, or a NULL.
 enum class failing_row : std::uint8_t { unwritten, zero, null };
 
@@ -88,22 +184,26 @@ inline constexpr std::size_t in_no_position = bifun::most_arguments;
 // Arguments are written as in a text_case. Where the one in position `seen_before_rows` is a constant, the batch fails as a whole: every
 // row is NULL.
 struct failing_call {
-    std::string_view builtin;
+    std::string_view name;                // of a built-in or an entry point
     std::optional<value_type> first_type; // any without
-    std::array<std::string_view, 3> arguments;
+    std::array<std::string_view, 4> arguments;
     std::int32_t status;
     failing_row row;
     std::size_t seen_before_rows = in_no_position;
+    std::uint32_t compatible_mode = 0;
 
-    [[nodiscard]] constexpr std::size_t argument_count() const { return arguments[1].empty() ? 1U : arguments[2].empty() ? 2U : 3U; }
+    [[nodiscard]] constexpr std::size_t argument_count() const {
+        return static_cast<std::size_t>(std::ranges::count_if(arguments, [](std::string_view text) { return !text.empty(); }));
+    }
     [[nodiscard]] constexpr bool is_of(const bifun::entry_point& entry) const {
-        return entry.builtin == builtin && entry.argument_count == argument_count() &&
+        return (entry.builtin == name || entry.symbol == name) && entry.argument_count == argument_count() &&
                (!first_type || entry.argument_list[0].type == *first_type);
     }
 };
 
 inline constexpr std::int32_t domain_error = BIFUN_ARGUMENT_OUT_OF_DOMAIN;
 inline constexpr std::int32_t overflow = BIFUN_NUMERIC_OVERFLOW;
+inline constexpr std::int32_t not_a_datetime = BIFUN_INVALID_DATETIME;
 
 // One for each check of each built-in.
 inline constexpr failing_call failing_calls[] = {
@@ -145,6 +245,57 @@ inline constexpr failing_call failing_calls[] = {
     {"TRUNC", value_type::VARCHAR, {"12a", "0"}, domain_error, failing_row::null},
     {"TRUNC", value_type::VARCHAR, {"1.2.3", "-5"}, domain_error, failing_row::null},
     {"TRUNC", value_type::VARCHAR, {"9*319", "1"}, domain_error, failing_row::null}, // beyond DOUBLE
+    {"TRIM", {}, {"0", "abc", "xy"}, BIFUN_TRIM_SET_NOT_ONE_CHARACTER, failing_row::null, 2},
+    {"TRIM", {}, {"579", "abc", "x_"}, BIFUN_TRIM_SET_NOT_ONE_CHARACTER, failing_row::null, 2},
+    {"TRIM", {}, {"580", "_", "__"}, BIFUN_TRIM_SET_NOT_ONE_CHARACTER, failing_row::null, 2},
+    {"btrim_vav_str", {}, {"0", "abc", "''"}, BIFUN_TRIM_SET_NOT_ONE_CHARACTER, failing_row::null, 2},
+    {"SUBSTR", {}, {"abc", "1", "-1"}, BIFUN_NEGATIVE_SUBSTRING_LENGTH, failing_row::null, in_no_position, 1},
+    {"SUBSTRB", {}, {"abc", "-3", "-2147483648"}, domain_error, failing_row::null, in_no_position, 1},
+    {"LEFT", {}, {"abc", "-1"}, domain_error, failing_row::null, 1},
+    {"RIGHT", {}, {"abc", "-2147483648"}, domain_error, failing_row::null, 1},
+    {"INSTR", {}, {"abc", "b", "1", "0"}, domain_error, failing_row::null, 3},
+    {"INSTRB", {}, {"abc", "b", "-1", "-2147483648"}, domain_error, failing_row::null, 3},
+    {"bextract_datetime_va_date", {}, {"6", "2024-02-29T13:45:06"}, domain_error, failing_row::null},
+    {"bextract_datetime_va_date", {}, {"0", "2024-02-29T13:45:06"}, domain_error, failing_row::null},
+    {"bextract_date_va_date", {}, {"4", "2024-02-29T13:45:06"}, domain_error, failing_row::null},
+    {"bextract_time_va_date", {}, {"3", "2024-02-29T13:45:06"}, domain_error, failing_row::null},
+    {"bextract_time_ex_va_date", {}, {"5", "2024-02-29T13:45:06"}, domain_error, failing_row::null},
+    {"bextract_datetime_tz_va_date", {}, {"6", "2024-02-29T13:45:06"}, domain_error, failing_row::null},
+    {"bextract_datetime_tz_va_date", {}, {"14", "2024-02-29T13:45:06"}, domain_error, failing_row::null},
+    {"bextract_time_tz_va_date", {}, {"3", "2024-02-29T13:45:06"}, domain_error, failing_row::null},
+    {"bextract_time_tz_va_date", {}, {"11", "2024-02-29T13:45:06"}, domain_error, failing_row::null},
+    {"bextract_iv_ym_va_date", {}, {"3", "1/2"}, domain_error, failing_row::null},
+    {"bextract_iv_dt_va_date", {}, {"2", "1/2/3/4/5"}, domain_error, failing_row::null},
+    {"bextract_iv_dt_va_date", {}, {"8", "1/2/3/4/5"}, domain_error, failing_row::null},
+    {"bextract_iv_dt_ex_va_date", {}, {"7", "1/2/3/4/5"}, domain_error, failing_row::null},
+    {"bextract_str_va_date", {}, {"6", "2024-02-29T13:45:06"}, domain_error, failing_row::null},
+    {"bextract_str_ex_va_date", {}, {"5", "2024-02-29T13:45:06"}, domain_error, failing_row::null},
+    {"bdatepart1_va_date", {}, {"0", "2024-02-29T13:45:06"}, domain_error, failing_row::null},
+    {"bdatepart1_va_date", {}, {"12", "2024-02-29T13:45:06"}, domain_error, failing_row::null},
+    {"bdatepart_av_date", {}, {"2024-02-29T13:45:06", "x"}, domain_error, failing_row::null, 1},
+    {"bdatepart_av_date", {}, {"2024-02-29T13:45:06", "WEEK_"}, domain_error, failing_row::null, 1},
+    {"bdatepart_av_date", {}, {"2024-02-29T13:45:06", "a*49"}, domain_error, failing_row::null, 1},
+    {"DATEDIFF", {}, {"12", "2024-02-29T13:45:06", "2024-02-29T13:45:06"}, domain_error, failing_row::null},
+    {"DATEDIFF", {}, {"6", "1900-01-01", "2024-02-29"}, overflow, failing_row::null},
+    {"BIGDATEDIFF", {}, {"0", "2024-02-29T13:45:06", "2024-02-29T13:45:06"}, domain_error, failing_row::null},
+    {"BIGDATEDIFF", {}, {"11", "2024-02-29T13:45:06", "2024-02-29T13:45:06"}, domain_error, failing_row::null},
+    {"DATEADD", {}, {"12", "1", "2024-02-29T13:45:06"}, domain_error, failing_row::null},
+    {"DATEADD", {}, {"1", "8000", "2024-02-29T13:45:06"}, not_a_datetime, failing_row::null},
+    {"DATEADD", {}, {"6", "-9223372036854775808", "2024-02-29T13:45:06"}, not_a_datetime, failing_row::null},
+    {"ADD_DAYS", {}, {"9999-12-31", "1"}, not_a_datetime, failing_row::null},
+    {"ADD_DAYS", {}, {"2024-02-29T13:45:06", "nan"}, domain_error, failing_row::null},
+    {"ADD_WEEKS", {}, {"-4712-01-01", "-1"}, not_a_datetime, failing_row::null},
+    {"ADD_MONTHS", {}, {"9999-12-31", "1"}, not_a_datetime, failing_row::null},
+    {"DATE_ADD", {}, {"9999-12-31", "0/1"}, not_a_datetime, failing_row::null},
+    {"DATE_SUB", {}, {"-4712-01-01", "0/1"}, not_a_datetime, failing_row::null},
+    {"NEXT_DAY", {}, {"9999-12-31", "MONDAY"}, not_a_datetime, failing_row::null},
+    {"NEXT_DAY", {}, {"2024-02-29T13:45:06", "m*20"}, BIFUN_DAY_NAME_TOO_LONG, failing_row::null, 1},
+    {"NEXT_DAY", {}, {"2024-02-29T13:45:06", "''"}, BIFUN_UNKNOWN_DAY_NAME, failing_row::null, 1},
+    {"NEXT_DAY", {}, {"2024-02-29T13:45:06", "Montag"}, BIFUN_UNKNOWN_DAY_NAME, failing_row::null, 1},
+    {"NUMTOYMINTERVAL", {}, {"1", "DAY"}, domain_error, failing_row::null},
+    {"NUMTOYMINTERVAL", {}, {"3000000000", "YEAR"}, overflow, failing_row::null},
+    {"NUMTODSINTERVAL", {}, {"1", "MONTH"}, domain_error, failing_row::null},
+    {"NUMTODSINTERVAL", {}, {"-3000000000", "DAY"}, overflow, failing_row::null},
 };
 
 } // namespace contract

@@ -8,6 +8,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <limits>
+#include <optional>
 #include <random>
 #include <string>
 #include <string_view>
@@ -21,10 +22,10 @@ using bifun::value_type;
 namespace contract {
 namespace {
 
-// Fixed-width values lie in `bytes` as they do in a column.
+// As it lies in a column, or the text of a string.
 struct value {
     std::array<std::uint8_t, sizeof(xdec)> bytes;
-    std::string text;
+    std::optional<std::string> text;
     std::uint32_t trailing_blanks;
 };
 
@@ -101,24 +102,57 @@ constexpr moment moments[] = {{-4712, 1, 1, 0, 0, 0, 0, ZQTIME_NO_ZONE},
                               {2024, 2, 29, 1, 2, 3, 4, -840},
                               {1970, 1, 1, 0, 0, 0, 0, 0}};
 
-constexpr std::size_t string_count = 14;
-value boundary_string(std::size_t index, bool binary) {
-    using namespace std::string_literals;
-    static const std::array<std::pair<std::string, std::uint32_t>, string_count> strings = {{{"", 0},
-                                                                                             {"", 3},
-                                                                                             {"x", 0},
-                                                                                             {"x", 1},
-                                                                                             {"x ", 2},
-                                                                                             {std::string(48, 'i'), 0},
-                                                                                             {std::string(49, 'p'), 0},
-                                                                                             {std::string(48, 'b'), 5},
-                                                                                             {std::string(52, 'a'), 1},
-                                                                                             {std::string(65, 'l'), 0},
-                                                                                             {"日本語", 0},
-                                                                                             {"naïve 🙂", 7},
-                                                                                             {"\0\xFF\0"s, 0},
-                                                                                             {std::string(5000, 'z'), 9}}};
-    return {{}, strings[index].first, binary ? 0 : strings[index].second};
+constexpr std::int32_t lowest = std::numeric_limits<std::int32_t>::min();
+constexpr std::int32_t highest = std::numeric_limits<std::int32_t>::max();
+constexpr bifun_interval_ym months[] = {{0, 0}, {1, 11}, {-1, -11}, {lowest, lowest}, {highest, highest}, {3, -4}, {-178000000, -11}};
+constexpr bifun_interval_dt spans[] = {{0, 0, 0, 0, 0},
+                                       {0, 0, 0, 0, -1},
+                                       {1, 23, 59, 59, 999999},
+                                       {-3, -4, -5, -6, -7},
+                                       {7, -6, 5, -4, 3},
+                                       {lowest, lowest, lowest, lowest, lowest},
+                                       {highest, highest, highest, highest, highest}};
+
+struct text {
+    std::string_view bytes;
+    std::uint32_t trailing_blanks;
+};
+const std::string letters(5000, 'z');
+const text strings[] = {{"", 0},
+                        {"", 3},
+                        {"x", 0},
+                        {"x", 1},
+                        {"x ", 2},
+                        {"\t xyx", 2}, // begins with white space that is stored
+                        {"xxyx\t", 0},
+                        {{letters.data(), 48}, 0}, // as long as a constant may be to lie in its record
+                        {{letters.data(), 49}, 0},
+                        {{letters.data(), 48}, 5},
+                        {{letters.data(), 52}, 1},
+                        {"日本語", 0},
+                        {"naïve 🙂", 7},
+                        {"\xE6\x97\xA5x\xE6\x97", 1}, // the last character is cut off
+                        {{"\0\xFF\0", 3}, 0},
+                        {letters, 9}};
+
+// Copies of the texts, each before a page that cannot be read. Four of each for a thread, because a trim reverses its arguments for a
+// moment: columns of other seeds have others.
+const bifun_string& guarded_text(std::size_t index, std::uint64_t seed) {
+    constexpr std::size_t page = 4096;
+    constexpr std::size_t copies = 4;
+    thread_local std::array<bifun_string, std::size(strings) * copies> texts{};
+    bifun_string& text = texts[index * copies + seed % copies];
+    const std::string_view bytes = strings[index].bytes;
+    if (text.data == nullptr && !bytes.empty()) {
+        const std::size_t room = (bytes.size() + page - 1) / page * page;
+        void* const pages = mmap(nullptr, room + page, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+        require(pages != MAP_FAILED && mprotect(static_cast<std::uint8_t*>(pages) + room, page, PROT_NONE) == 0, "no pages");
+        text.data = static_cast<std::uint8_t*>(pages) + room - bytes.size();
+        std::ranges::copy(bytes, text.data);
+    }
+    text.length = static_cast<std::uint32_t>(bytes.size());
+    text.trailing_blanks = strings[index].trailing_blanks;
+    return text;
 }
 
 value encode(const moment& m) {
@@ -134,7 +168,7 @@ value read_decimal(std::string_view text) {
     return fixed(decimal);
 }
 
-value boundary_value(value_type type, std::size_t index) {
+value boundary_value(value_type type, std::size_t index, std::uint64_t seed) {
     switch (type) {
     case value_type::BOOL:
         return fixed(conditions[index]);
@@ -148,8 +182,15 @@ value boundary_value(value_type type, std::size_t index) {
         return read_decimal(decimals[index]);
     case value_type::DATETIME:
         return encode(moments[index]);
-    default:
-        return boundary_string(index, type == value_type::VARBINARY);
+    case value_type::INTERVAL_YM:
+        return fixed(months[index]);
+    case value_type::INTERVAL_DT:
+        return fixed(spans[index]);
+    default: {
+        bifun_string text = guarded_text(index, seed);
+        text.trailing_blanks = type == value_type::VARCHAR ? text.trailing_blanks : 0;
+        return fixed(text);
+    }
     }
 }
 
@@ -161,6 +202,7 @@ using random_source = std::mt19937_64;
 value ordinary_value(value_type type, random_source& random) {
     const std::uint64_t bits = random();
     const auto below = [&](std::uint32_t limit) { return static_cast<std::uint32_t>(random() % limit); };
+    const auto signed_below = [&](std::uint32_t limit) { return static_cast<std::int32_t>(below(limit)) * (bits % 2 == 0 ? 1 : -1); };
     switch (type) {
     case value_type::BOOL:
         return fixed(static_cast<std::int32_t>(bits % 2));
@@ -178,9 +220,13 @@ value ordinary_value(value_type type, random_source& random) {
     case value_type::DATETIME:
         return encode({static_cast<std::int32_t>(1900 + below(200)), 1 + below(12), 1 + below(28), below(24), below(60), below(60), 0,
                        ZQTIME_NO_ZONE});
+    case value_type::INTERVAL_YM:
+        return fixed(bifun_interval_ym{signed_below(5000), signed_below(12)});
+    case value_type::INTERVAL_DT:
+        return fixed(bifun_interval_dt{signed_below(100000), signed_below(24), signed_below(60), signed_below(60), signed_below(1000000)});
     default: {
         value result{{}, std::string(below(24), ' '), type == value_type::VARCHAR && bits % 4 == 0 ? below(12) : 0};
-        for (char& character : result.text) {
+        for (char& character : *result.text) {
             character = static_cast<char>('a' + below(26));
         }
         return result;
@@ -203,6 +249,10 @@ void write_garbage(value_type type, std::uint8_t* slot, std::uint64_t bits) {
         std::memcpy(slot, &condition, sizeof condition);
     } else if (type == value_type::BIGINT) {
         std::memcpy(slot, &integers<std::int64_t>[0], sizeof(std::int64_t));
+    } else if (type == value_type::INTERVAL_YM) {
+        std::memcpy(slot, &months[3], sizeof months[3]);
+    } else if (type == value_type::INTERVAL_DT) {
+        std::memcpy(slot, &spans[5], sizeof spans[5]);
     } else if (bifun::is_string(type)) {
         const bifun_string garbage{1000, 0, unreadable_page()};
         std::memcpy(slot, &garbage, sizeof garbage);
@@ -211,9 +261,9 @@ void write_garbage(value_type type, std::uint8_t* slot, std::uint64_t bits) {
 
 void write_row(zqengine::column_storage& column, std::uint32_t row, const value& value) {
     column.data.null_flags[row] = 1;
-    if (bifun::is_string(column.type)) {
-        const auto* const bytes = reinterpret_cast<const std::uint8_t*>(value.text.data());
-        require(bdta3_col_assign_str(nullptr, nullptr, &column.column, row, bytes, static_cast<std::uint32_t>(value.text.size()),
+    if (value.text) {
+        const auto* const bytes = reinterpret_cast<const std::uint8_t*>(value.text->data());
+        require(bdta3_col_assign_str(nullptr, nullptr, &column.column, row, bytes, static_cast<std::uint32_t>(value.text->size()),
                                      value.trailing_blanks) == 0,
                 "no memory for a string");
         return;
@@ -231,8 +281,10 @@ std::size_t boundary_count(value_type type) {
                                       std::size(floating),
                                       std::size(decimals),
                                       std::size(moments),
-                                      string_count,
-                                      string_count};
+                                      std::size(strings),
+                                      std::size(strings),
+                                      std::size(months),
+                                      std::size(spans)};
     return counts[static_cast<std::size_t>(type)];
 }
 
@@ -248,9 +300,9 @@ zqengine::column_pointer generate_column(value_type type, std::uint32_t row_coun
             column->data.null_flags[row] = 0;
             write_garbage(type, values_of<std::uint8_t>(*column) + row * bifun::value_width(type), random());
         } else if (row < boundaries) {
-            write_row(*column, row, boundary_value(type, (row + seed) % boundaries));
+            write_row(*column, row, boundary_value(type, (row + seed) % boundaries, seed));
         } else if (random() % 8 == 0) {
-            write_row(*column, row, boundary_value(type, random() % boundaries));
+            write_row(*column, row, boundary_value(type, random() % boundaries, seed));
         } else {
             write_row(*column, row, ordinary_value(type, random));
         }

@@ -3,6 +3,7 @@
 #include <elf.h>
 
 #include <cstring>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <set>
@@ -68,6 +69,33 @@ TEST_F(BuiltLibrary, ExportsTheCatalogueAndNothingElse) {
         }
     }
     EXPECT_EQ(exported, expected);
+}
+
+// The loader finds an operation by its name alone: one that no header declares is a misspelling, or an engine would not know of it.
+TEST_F(BuiltLibrary, AsksTheEngineForWhatItsHeadersDeclare) {
+#ifdef BIFUN_SANITIZED
+    GTEST_SKIP() << "a sanitizer's functions of the C library have no versions";
+#endif
+    std::string headers;
+    for (const auto& file : std::filesystem::directory_iterator(BIFUN_ENGINE_HEADERS)) {
+        std::ifstream input(file.path());
+        headers.append(std::istreambuf_iterator<char>(input), {});
+    }
+    const std::vector<Elf64_Versym> versions = records<Elf64_Versym>(SHT_GNU_versym);
+    const std::vector<Elf64_Sym> symbols = records<Elf64_Sym>(SHT_DYNSYM);
+    ASSERT_EQ(versions.size(), symbols.size());
+    std::size_t operations = 0;
+    for (std::size_t i = 0; i < symbols.size(); ++i) {
+        const std::string name = texts + symbols[i].st_name;
+        // What the platform supplies has a version, or is the compiler's.
+        if (symbols[i].st_shndx != SHN_UNDEF || versions[i] > VER_NDX_GLOBAL || name.empty() || name[0] == '_') {
+            continue;
+        }
+        ++operations;
+        EXPECT_TRUE(headers.find(' ' + name + '(') != std::string::npos || headers.find(' ' + name + " __attribute__") != std::string::npos)
+            << name;
+    }
+    EXPECT_GT(operations, 0U);
 }
 
 TEST_F(BuiltLibrary, HasTheSettingsAsAWritableRecord) {

@@ -33,6 +33,30 @@ void read_string(zqengine::column_storage& column, std::uint32_t row, std::strin
     (void)bdta3_col_assign_str(nullptr, nullptr, &column.column, row, bytes_of(text), static_cast<std::uint32_t>(text.size()), blanks);
 }
 
+// An interval's fields, with a slash between.
+template <class Interval> void read_interval(const std::string& text, Interval& interval) {
+    constexpr std::size_t fields = sizeof(Interval) / sizeof(std::int32_t);
+    std::int32_t numbers[fields]{};
+    std::istringstream parts(text);
+    char slash;
+    for (std::size_t i = 0; i < fields && (i == 0 || parts >> slash); ++i) {
+        parts >> numbers[i];
+    }
+    EXPECT_TRUE(!parts.fail() && parts.peek() == std::istringstream::traits_type::eof()) << text;
+    std::memcpy(&interval, numbers, sizeof interval);
+}
+
+template <class Interval> std::string write_interval(const Interval& interval) {
+    constexpr std::size_t fields = sizeof(Interval) / sizeof(std::int32_t);
+    std::int32_t numbers[fields];
+    std::memcpy(numbers, &interval, sizeof interval);
+    std::string text = std::to_string(numbers[0]);
+    for (std::size_t i = 1; i < fields; ++i) {
+        text += '/' + std::to_string(numbers[i]);
+    }
+    return text;
+}
+
 } // namespace
 
 void read_value(zqengine::column_storage& column, std::uint32_t row, const std::string& text) {
@@ -54,6 +78,12 @@ void read_value(zqengine::column_storage& column, std::uint32_t row, const std::
         break;
     case value_type::DATETIME:
         EXPECT_EQ(zqtime_from_char_ex(bytes_of(text), length, values_of<zqtime>(column) + row), 0) << text;
+        break;
+    case value_type::INTERVAL_YM:
+        read_interval(text, values_of<bifun_interval_ym>(column)[row]);
+        break;
+    case value_type::INTERVAL_DT:
+        read_interval(text, values_of<bifun_interval_dt>(column)[row]);
         break;
     default:
         read_string(column, row, text);
@@ -142,6 +172,10 @@ std::string write_value(const zqengine::column_storage& column, std::uint32_t ro
         std::ranges::replace(text, ' ', 'T');
         return text;
     }
+    case value_type::INTERVAL_YM:
+        return write_interval(values_of<bifun_interval_ym>(column)[row]);
+    case value_type::INTERVAL_DT:
+        return write_interval(values_of<bifun_interval_dt>(column)[row]);
     default:
         return write_string(values_of<bifun_string>(column)[row]);
     }
@@ -174,7 +208,10 @@ std::string evaluate(const text_case& text_case, const circumstances& circumstan
     text += ']';
     for (std::uint32_t row = 0; row < row_count; ++row) {
         text += ' ';
-        text += outcome.flag(row) == unwritten ? "?" : outcome.flag(row) == 0 ? "NULL" : write_value(*outcome.result, row);
+        text += outcome.flag(row) == unwritten ? "?"
+                : outcome.flag(row) == 0       ? "NULL"
+                : outcome.holds_value(row)     ? write_value(*outcome.result, row)
+                                               : "=?";
     }
     return outcome.status == 0 ? text : text + " status " + std::to_string(outcome.status);
 }

@@ -2,8 +2,8 @@
 //
 // A column is its rows, separated by blanks: `1 NULL 3`. Before them may stand its no-null flag in brackets, else 1 without and 0 with
 // a NULL among the rows, and a selection vector: `[7] @2,0,0 5 6 7`. `NULL=1` is a NULL with a 1 in its value slot. A constant is one
-// such row. Numbers, decimals and datetimes (2024-02-29T13:45:00) are written as usual; a string is its characters, then `_` for each
-// trailing blank; `''` is the empty string, `a*49` is 49 times a, and `&`
+// such row. Numbers, decimals and datetimes (2024-02-29T13:45:00) are written as usual; an interval is its fields, `-1/-6` or
+// `1/2/3/4/500000`; a string is its characters, then `_` for each trailing blank; `''` is the empty string, `a*49` is 49 times a, and `&`
 // joins such parts: `a*49&b`.
 #ifndef BIFUN_TESTS_CONTRACT_TEXT_CASE_H
 #define BIFUN_TESTS_CONTRACT_TEXT_CASE_H
@@ -34,8 +34,8 @@ struct text_case {
     std::string_view result; // as `evaluate` writes it
 };
 
-// Calls the entry point and writes the result as a column, its no-null flag always, rows not written as `?`, and a status other than 0
-// behind them.
+// Calls the entry point and writes the result as a column, its no-null flag always, rows not written as `?`, rows that are not NULL
+// but have been given no value as `=?`, and a status other than 0 behind them.
 std::string evaluate(const text_case& text_case, const circumstances& circumstances = {});
 
 } // namespace contract

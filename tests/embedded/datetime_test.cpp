@@ -1,8 +1,8 @@
 #include <gtest/gtest.h>
 
-#include <unicode/gregocal.h>
-
 #include <array>
+#include <cstring>
+#include <ctime>
 #include <limits>
 #include <memory>
 #include <sstream>
@@ -12,11 +12,11 @@
 
 #include "bop/frame/status.h"
 #include "embedded/datetime/text.h"
-#include "engine/calendar.h"
+#include "embedded/session/parameters.h"
 #include "engine/datetime.h"
 #include "engine/datetime_layout.h"
+#include "engine/session.h"
 
-using namespace bifun::calendar;
 using namespace bifun::datetime_layout;
 using namespace zqengine;
 
@@ -58,15 +58,21 @@ std::string reread(const std::string& text, zqtime& value) {
 TEST(Datetime, ReadsAndWritesText) {
     const std::string blanks(100'000, ' ');
     // Each text is followed by what it names.
-    std::vector<std::string> cases =
-        split("2024-02-29|date 2024-02-29|  2024/2/9  |date 2024-02-09|2024.12.31|date 2024-12-31|20240229|date 2024-02-29|"
-              "-4712-01-01|date -4712-01-01|0000-02-29|date 0000-02-29|-0004-02-29|date -0004-02-29|1500-02-29|date 1500-02-29|"
-              "1582-10-04|date 1582-10-04|1582-10-15|date 1582-10-15|9999-12-31T23:59:59.999999|datetime 9999-12-31 23:59:59.999999|"
-              "2024-01-02   03:04|datetime 2024-01-02 03:04:00|20240102 03:04:05|datetime 2024-01-02 03:04:05|"
-              "20240102T03:04|datetime 2024-01-02 03:04:00|20240102T030405Z|datetime 2024-01-02 03:04:05+00:00|"
-              "13:45|time 13:45:00|00:00:00.100|time 00:00:00.1|23:59:59.0000019|time 23:59:59.000001|13:45Z|time 13:45:00+00:00|"
-              "13:45:10+14:00|time 13:45:10+14:00|13:45:10.5-1400|time 13:45:10.5-14:00|13:45-00:30|time 13:45:00-00:30|"
-              "2024-01-02 13:45-08|datetime 2024-01-02 13:45:00-08:00");
+    std::vector<std::string> cases = split(
+        "2024-02-29|date 2024-02-29|  2024/2/9  |date 2024-02-09|2024.12.31|date 2024-12-31|20240229|date 2024-02-29|"
+        "-4712-01-01|date -4712-01-01|0000-02-29|date 0000-02-29|-0004-02-29|date -0004-02-29|1500-02-29|date 1500-02-29|"
+        "1582-10-04|date 1582-10-04|1582-10-15|date 1582-10-15|9999-12-31T23:59:59.999999|datetime 9999-12-31 23:59:59.999999|"
+        "2024-01-02   03:04|datetime 2024-01-02 03:04:00|20240102 03:04:05|datetime 2024-01-02 03:04:05|"
+        "20240102T03:04|datetime 2024-01-02 03:04:00|20240102T030405Z|datetime 2024-01-02 03:04:05+00:00|"
+        "13:45|time 13:45:00|00:00:00.100|time 00:00:00.1|23:59:59.0000019|time 23:59:59.000001|13:45Z|time 13:45:00+00:00|"
+        "13:45:10+14:00|time 13:45:10+14:00|13:45:10.5-1400|time 13:45:10.5-14:00|13:45-00:30|time 13:45:00-00:30|"
+        "2024-01-02 13:45-08|datetime 2024-01-02 13:45:00-08:00|2024-01-02t03:04z|datetime 2024-01-02 03:04:00+00:00|"
+        "2024-01-02 3:04|datetime 2024-01-02 03:04:00|2024-01-02 03:04:05 +0100|datetime 2024-01-02 03:04:05+01:00|"
+        "20240229134506|datetime 2024-02-29 13:45:06|20240229134506.5z|datetime 2024-02-29 13:45:06.5+00:00|"
+        "20240102 030405|datetime 2024-01-02 03:04:05|20240102T030405,678-01|datetime 2024-01-02 03:04:05.678-01:00|"
+        "20240102T0304|datetime 2024-01-02 03:04:00|20240102 3:04|datetime 2024-01-02 03:04:00|3:04|time 03:04:00|"
+        "3:04:05,1|time 03:04:05.1|23:59:59.1234567|time 23:59:59.123456|23:59:59.12345678+01|time 23:59:59.123456+01:00|"
+        "2024-02-29 13:45:06.123456|datetime 2024-02-29 13:45:06.123456|2024-02-29 13:45:06.12Z|datetime 2024-02-29 13:45:06.12+00:00");
     cases.insert(cases.end(),
                  {"23:59:59." + std::string(100'000, '9'), "time 23:59:59.999999", blanks + "13:45" + blanks, "time 13:45:00"});
     for (std::size_t i = 0; i < cases.size(); i += 2) {
@@ -81,13 +87,16 @@ TEST(Datetime, ReadsAndWritesText) {
 }
 
 TEST(Datetime, RejectsOtherText) {
-    std::vector<std::string> cases =
-        split("| |-|x|2024|2024-|2024-01|2024-01-|2024-00-01|2024-13-01|2024-01-00|2024-01-32|2023-02-29|1900-02-29|1582-10-05|1582-10-14|"
-              "-4713-12-31|10000-01-01|024-01-01|+2024-01-01|-20240101|2024-01/02|2024 -01-01|2024-001-01|2024-01-011|2024010|202401011|"
-              "20241301|2024-01-02T|2024-01-02 T03:04|2024-01-02t03:04|2024-01-02T 03:04|2024-01-02T030405|20240102 030405|20240102T0304|"
-              "20240102T030405.5|20240102T03:0405|T03:04|030405|3:04|03:4|03:04:|03:04:5|03:04:05.|03:04:05.x|03:04.5|24:00|23:60|23:59:60|"
-              "13:45z|13:45 Z|13:45ZZ|13:45+|13:45+8|13:45+08:|13:45+08:6|13:45+08:60|13:45+080|13:45+14:01|13:45-15|13:45+08:000|"
-              "2024-01-02Z|2024-01-02+08:00|2024-01-02 03:04 x|2024-01-02\t03:04|\xD9\xA2\xD9\xA0\xD9\xA2\xD9\xA4-01-01|12|1:|12:");
+    std::vector<std::string> cases = split(
+        "| |-|x|2024|2024-|2024-01|2024-01-|2024-00-01|2024-13-01|2024-01-00|2024-01-32|2023-02-29|1900-02-29|1582-10-05|1582-10-14|"
+        "-4713-12-31|10000-01-01|024-01-01|+2024-01-01|-20240101|2024-01/02|2024 "
+        "-01-01|2024-001-01|2024-01-011|2024-0:-01|2024-02-1:|0::04:05|2024010|202401011|"
+        "20241301|2024-01-02T|2024-01-02 T03:04|2024-01-02T 03:04|2024-01-02T030405|20240102T03:0405|202401020304|2024010203|"
+        "20240102T030|20240102T03040|20240102T0304.5|20240102T030405.|2024010203:04|2024/01-02|T03:04|030405|:04|3:4|03:4|2024-01-02 3:|"
+        "2024-01:02|2024-01-02 03:04:0x|2024-01-02 03:04;05|2024-01-02 03:04:05. 5|2024-01-02 03:04:05.1234567x|\xB2"
+        "024-01-02|03:04:05.,1|03:04:|03:04:5|03:04:05.|03:04:05.x|03:04.5|24:00|23:60|23:59:60|"
+        "13:45 Zx|13:45ZZ|13:45+|13:45+8|13:45+08:|13:45+08:6|13:45+08:60|13:45+080|13:45+14:01|13:45-15|13:45+08:000|"
+        "2024-01-02Z|2024-01-02+08:00|2024-01-02 03:04 x|2024-01-02\t03:04|\xD9\xA2\xD9\xA0\xD9\xA2\xD9\xA4-01-01|12|1:|12:");
     cases.insert(cases.end(), {std::string("2024-01-02\0", 11), std::string(100'000, '1'), "13:45:00+" + std::string(99, '0')});
     zqtime value;
     for (const std::string& text : cases) {
@@ -154,33 +163,104 @@ TEST(Datetime, ComparesByTimeOrInstant) {
     }
 }
 
-// Every day that ICU's calendar has is accepted, with its day number; and no others, because there are as many.
-TEST(Datetime, DaysAreThoseOfIcu) {
-    constexpr std::int32_t last_day_number = 5'373'484; // 9999-12-31
-#ifdef BIFUN_SANITIZED
-    constexpr std::int32_t stride = 29;
-#else
-    constexpr std::int32_t stride = 1;
-#endif
-    UErrorCode status = U_ZERO_ERROR;
-    icu::GregorianCalendar calendar(*icu::TimeZone::getGMT(), status);
-    for (std::int32_t day_number = 0; day_number <= last_day_number; day_number += stride) {
-        calendar.setTime((day_number - 2'440'588) * 86'400'000.0, status);
-        const std::int32_t year = calendar.get(UCAL_EXTENDED_YEAR, status);
-        const auto month = static_cast<std::uint32_t>(calendar.get(UCAL_MONTH, status) + 1);
-        const auto day = static_cast<std::uint32_t>(calendar.get(UCAL_DATE, status));
-        ASSERT_TRUE(U_SUCCESS(status));
-        ASSERT_TRUE(date_exists(year, month, day)) << year << '-' << month << '-' << day;
-        ASSERT_EQ(julian_day(year, month, day), day_number) << year << '-' << month << '-' << day;
-    }
-    std::int32_t days = 0;
-    zqtime value;
-    for (std::int32_t year = -4720; year <= 10'010; ++year) {
-        for (std::uint32_t month = 0; month <= 13; ++month) {
-            for (std::uint32_t day = 0; day <= 32; ++day) {
-                days += zqtime_encode(&value, year, month, day, 0, 0, 0, 0, 0) == 0 ? 1 : 0;
-            }
+TEST(Datetime, SetsOneComponentWithinItsRange) {
+    using setter = std::int32_t (*)(zqtime*, std::uint32_t);
+    const setter year = [](zqtime* value, std::uint32_t number) { return zqtime_set_year(value, static_cast<std::int32_t>(number)); };
+    const setter zone = [](zqtime* value, std::uint32_t number) { return zqtime_set_tz(value, static_cast<std::int32_t>(number)); };
+    // Per component: a number and what it makes of 2024-02-29 13:45:06.5+01:00.
+    const std::vector<std::pair<setter, const char*>> settings{
+        {year, "-4712|-4712-02-29 13:45:06.5+01:00|-4716|none|2023|none|10000|none"},
+        {zqtime_set_month, "12|2024-12-29 13:45:06.5+01:00|0|none|13|none"},
+        {zqtime_set_day, "1|2024-02-01 13:45:06.5+01:00|0|none|30|none"},
+        {zqtime_set_hour, "23|2024-02-29 23:45:06.5+01:00|24|none"},
+        {zqtime_set_min, "59|2024-02-29 13:59:06.5+01:00|60|none"},
+        {zqtime_set_sec, "0|2024-02-29 13:45:00.5+01:00|60|none"},
+        {zqtime_set_msec, "0|2024-02-29 13:45:06+01:00|999999|2024-02-29 13:45:06.999999+01:00|1000000|none"},
+        {zone, "1000|2024-02-29 13:45:06.5|-840|2024-02-29 13:45:06.5-14:00|-841|none|999|none"}};
+    zqtime before;
+    reread("2024-02-29 13:45:06.5+01:00", before);
+    for (const auto& [set, list] : settings) {
+        const std::vector<std::string> cases = split(list);
+        for (std::size_t i = 0; i < cases.size(); i += 2) {
+            zqtime value = before;
+            const std::int32_t status = set(&value, static_cast<std::uint32_t>(std::stoi(cases[i])));
+            char buffer[datetime_text_size];
+            const std::string written(buffer, write_datetime(value, datetime_kind::datetime, buffer));
+            EXPECT_EQ(status == 0 ? written : "none", cases[i + 1]) << cases[i];
+            EXPECT_TRUE(status == 0 || (status == BIFUN_ARGUMENT_OUT_OF_DOMAIN && memcmp(&value, &before, sizeof value) == 0)) << cases[i];
         }
     }
-    EXPECT_EQ(days, last_day_number + 1);
+    zqtime value;
+    reread("1582-10-15", value);
+    EXPECT_EQ(zqtime_set_day(&value, 14), BIFUN_ARGUMENT_OUT_OF_DOMAIN);
+    EXPECT_EQ(zqtime_set_day(&value, 4), 0);
+}
+
+TEST(Datetime, TellsOneComponent) {
+    zqtime value;
+    reread("-4712-02-29 13:45:06.000123", value);
+    EXPECT_EQ(static_cast<std::int32_t>(zqtime_get_year(&value)), -4712);
+    EXPECT_EQ((std::array{zqtime_get_month(&value), zqtime_get_day(&value), zqtime_get_hour(&value), zqtime_get_min(&value),
+                          zqtime_get_sec(&value), zqtime_get_msec(&value)}),
+              (std::array{2U, 29U, 13U, 45U, 6U, 123U}));
+    for (const auto& [zone, hours, minutes] :
+         {std::tuple(-210, -3, -30), {-30, 0, -30}, {840, 14, 0}, {330, 5, 30}, {int{ZQTIME_NO_ZONE}, 0, 0}}) {
+        ASSERT_EQ(zqtime_set_tz(&value, zone), 0);
+        EXPECT_EQ(std::pair(zqtime_get_zone_hour(&value), zqtime_get_zone_min(&value)), std::pair(hours, minutes));
+    }
+}
+
+TEST(Datetime, KnowsWeekdayNames) {
+    const std::vector<std::string> names = split("SUNDAY|monday|Tue|wEdNeSdAy|THU|fri|Saturday");
+    for (std::size_t i = 0; i < names.size(); ++i) {
+        EXPECT_EQ(zqtime_convert_weekday(0, names[i].c_str()), i) << names[i];
+    }
+    for (const std::string& name : split("|S|SU|SUND|SUNDAYS| SUN|SUN |TUES|\xF3UN|[UN|S\xDCN")) {
+        EXPECT_EQ(zqtime_convert_weekday(0, name.c_str()), ZQTIME_UNKNOWN_WEEKDAY) << name;
+    }
+}
+
+TEST(Datetime, TellsTheTimeOfAZone) {
+    for (const auto& [zone, suffix] : {std::pair(-840, "-14:00"), {0, "+00:00"}, {330, "+05:30"}, {int{ZQTIME_NO_ZONE}, ""}}) {
+        const auto expected = [zone = zone, suffix = suffix](std::time_t moment) {
+            moment += zone == ZQTIME_NO_ZONE ? 0 : zone * 60;
+            std::tm parts{};
+            zone == ZQTIME_NO_ZONE ? localtime_r(&moment, &parts) : gmtime_r(&moment, &parts);
+            char buffer[32];
+            return std::string(buffer, std::strftime(buffer, sizeof buffer, "%Y-%m-%d %H:%M:%S", &parts)) + suffix;
+        };
+        zqtime now;
+        char buffer[datetime_text_size];
+        const std::string earliest = expected(std::time(nullptr));
+        EXPECT_EQ(zqtime_tz_now(0, zone, &now), 0);
+        const std::string latest = expected(std::time(nullptr));
+        const std::string text(buffer, write_datetime(now, datetime_kind::datetime, buffer));
+        EXPECT_TRUE(earliest <= text && text <= latest) << text << " is not from " << earliest << " to " << latest;
+    }
+    bool any_microseconds = false;
+    for (int i = 0; i < 1'000'000 && !any_microseconds; ++i) {
+        zqtime now;
+        EXPECT_EQ(zqtime_tz_now(3, 0, &now), 0);
+        EXPECT_EQ(zqtime_get_msec(&now) % 1000, 0);
+        EXPECT_EQ(zqtime_tz_now(6, 0, &now), 0);
+        any_microseconds = zqtime_get_msec(&now) > 1000 && zqtime_get_msec(&now) % 1000 != 0;
+    }
+    EXPECT_TRUE(any_microseconds);
+    for (const auto& [precision, zone] : {std::pair(6, 841), {6, -841}, {6, 999}, {-1, 0}, {7, 0}}) {
+        zqtime now{};
+        EXPECT_EQ(zqtime_tz_now(precision, zone, &now), BIFUN_ARGUMENT_OUT_OF_DOMAIN);
+        EXPECT_EQ(now.bytes[4], 0);
+    }
+}
+
+TEST(Session, KeepsParametersWithinTheirRange) {
+    EXPECT_EQ(ini_get_value(0, INI_NOW_TIME_ZONE), ZQTIME_NO_ZONE);
+    EXPECT_EQ(set_parameter(INI_NOW_TIME_ZONE, -210), 0);
+    for (const std::int64_t zone : {-841LL, 841LL, 999LL, 0x1'0000'0000LL}) {
+        EXPECT_EQ(set_parameter(INI_NOW_TIME_ZONE, zone), BIFUN_ARGUMENT_OUT_OF_DOMAIN) << zone;
+    }
+    EXPECT_EQ(ini_get_value(0, INI_NOW_TIME_ZONE), -210);
+    EXPECT_EQ(set_parameter(INI_NOW_TIME_ZONE, ZQTIME_NO_ZONE), 0);
+    EXPECT_EQ(set_parameter(0, 0), BIFUN_ARGUMENT_OUT_OF_DOMAIN);
+    EXPECT_EQ(ini_get_value(0, 0), 0);
 }

@@ -15,7 +15,9 @@ struct bifun_environment {
     unsigned copies;
     unsigned strings;
     unsigned comparisons;
+    unsigned texts;
     int out_of_memory;
+    int cannot_reverse;
     unsigned strangers; /* calls with another environment or memory object */
 };
 
@@ -88,6 +90,35 @@ int32_t xdec_cmp(const xdec* a, const xdec* b) {
     return a->bytes[29] - b->bytes[29];
 }
 
+/* Every character of this engine has two bytes. */
+uint32_t zq_mbstrlen_ex(const uint8_t* text, uint32_t length);
+uint32_t zq_mbstrlen_ex(const uint8_t* text, uint32_t length) {
+    environment.texts += text != NULL;
+    return length / 2;
+}
+
+void trim_left(const uint8_t* set, uint32_t set_length, const uint8_t** text, uint32_t* length);
+void trim_left(const uint8_t* set, uint32_t set_length, const uint8_t** text, uint32_t* length) {
+    for (environment.strangers += set_length != 2; *length > 0 && memcmp(*text, set, 2) == 0; *length -= 2) {
+        *text += 2;
+    }
+}
+
+uint8_t* zq_mbsrev_ex(uint8_t* text, uint32_t length);
+uint8_t* zq_mbsrev_ex(uint8_t* text, uint32_t length) {
+    for (uint32_t first = 0, last = length - 2; first < last; first += 2, last -= 2) {
+        uint8_t character[2];
+        memcpy(character, text + first, 2);
+        memcpy(text + first, text + last, 2);
+        memcpy(text + last, character, 2);
+    }
+    return environment.cannot_reverse ? NULL : text;
+}
+
+/* A datetime of this engine is a year after 2000, in its last byte. */
+uint32_t zqtime_get_year(const zqtime* value);
+uint32_t zqtime_get_year(const zqtime* value) { return 2000U + value->bytes[11]; }
+
 /* ---- the calls ---- */
 
 static int failures;
@@ -122,6 +153,9 @@ MAKE_COLUMN(doubles, double, {1.5, 99, -0.0, -2});
 MAKE_COLUMN(decimals, xdec, {{{[28] = 'a', [29] = 5}}, {{0}}, {{[28] = 'a', [29] = 7}}, {{[28] = 'a', [29] = 9}}});
 static uint8_t text[] = "ab";
 MAKE_COLUMN(strings, bifun_string, {{2, 1, text}, {0}, {0, 0, NULL}, {1, 0, text}});
+static uint8_t pairs[3][6] = {"abcdab", "abxyzw", "ab"};
+MAKE_COLUMN(texts, bifun_string, {{6, 0, pairs[0]}, {0}, {6, 1, pairs[1]}, {2, 2, pairs[2]}});
+MAKE_COLUMN(datetimes, zqtime, {{{[11] = 24}}, {{0}}, {{[11] = 0}}, {{[11] = 99}}});
 
 MAKE_COLUMN(int_result, int32_t, {0});
 MAKE_COLUMN(bigint_result, int64_t, {0});
@@ -196,6 +230,20 @@ int main(int argument_count, char** arguments) {
     expect(bigint_result_flags[0] == 0 && bigint_result_flags[3] == 1 && bigint_result_values[3] == INT64_MIN, "IF(c, x, NULL)");
     expect(FIND(blnnvl_a_bool)(&environment, &memory, &condition, &int_result, ROWS) == 0, "LNNVL succeeds");
     expect(int_result_values[0] == 1 && int_result_values[3] == 0 && int_result.no_nulls == 1, "LNNVL(c)");
+
+    const bifun_int_constant both = {1, 0};
+    const bifun_string_constant set = {1, 2, 0, "ab", NULL};
+    expect(FIND(btrim_vav_str)(&environment, &memory, &both, &texts, &set, &string_result, ROWS) == 0, "TRIM succeeds");
+    expect(string_is(0, "cd", 2, 0) && string_is(2, "xyzw", 4, 1) && string_is(3, "", 0, 2), "TRIM(BOTH 'ab' FROM s)");
+    expect(string_result_flags[0] == 1 && string_result_flags[1] == 0 && string_result.no_nulls == 0, "NULL flags of TRIM");
+    expect(memcmp(pairs[0], "abcdab", 6) == 0, "TRIM puts its argument back");
+    expect(environment.strings == 5 && environment.texts > 0, "TRIM assigns its rows, and asks how many characters the set has");
+    environment.cannot_reverse = 1;
+    expect(FIND(btrim_vav_str)(&environment, &memory, &both, &texts, &set, &string_result, ROWS) == -6108, "TRIM that cannot reverse");
+    expect(string_result_flags[0] == 0, "TRIM that failed has a NULL for the row");
+
+    expect(FIND(byear_a_date)(&environment, &memory, &datetimes, &int_result, ROWS) == 0, "YEAR succeeds");
+    expect(int_result_values[0] == 2024 && int_result_flags[1] == 0 && int_result_values[3] == 2099, "YEAR(d)");
 
     environment.out_of_memory = 1;
     bigint_result.no_nulls = string_result.no_nulls = 1;

@@ -1,0 +1,275 @@
+// Every day of the range against ICU's calendar, whose changeover is ours.
+#include <gtest/gtest.h>
+
+#include <unicode/gregocal.h>
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <limits>
+#include <random>
+#include <vector>
+
+#include "bop/frame/status.h"
+#include "engine/calendar.h"
+#include "engine/datetime.h"
+#include "engine/interval.h"
+
+using bifun::calendar::calendar_date;
+
+namespace {
+
+constexpr std::int32_t last_day_number = 5'373'484;      // 9999-12-31
+constexpr std::int32_t number_of_changeover = 2'299'161; // 1582-10-15
+constexpr std::int32_t day_number_of_1970 = 2'440'588;
+#ifdef BIFUN_SANITIZED
+constexpr std::int32_t stride = 29;
+#else
+constexpr std::int32_t stride = 1;
+#endif
+
+struct icu_day {
+    std::int16_t year;
+    std::uint8_t month;
+    std::uint8_t day;
+};
+
+struct icu_calendar {
+    std::vector<icu_day> days;           // by Julian day number
+    std::vector<std::int32_t> month_end; // the number of the last day of each month, from January -4712
+};
+
+calendar_date read_date(icu::GregorianCalendar& calendar, std::int32_t day_number) {
+    UErrorCode status = U_ZERO_ERROR;
+    calendar.setTime((day_number - day_number_of_1970) * 86'400'000.0, status);
+    const calendar_date date{.year = calendar.get(UCAL_EXTENDED_YEAR, status),
+                             .month = static_cast<std::uint32_t>(calendar.get(UCAL_MONTH, status) + 1),
+                             .day = static_cast<std::uint32_t>(calendar.get(UCAL_DATE, status))};
+    EXPECT_TRUE(U_SUCCESS(status));
+    return date;
+}
+
+icu::GregorianCalendar make_calendar() {
+    UErrorCode status = U_ZERO_ERROR;
+    return {*icu::TimeZone::getGMT(), status};
+}
+
+const icu_calendar& calendar() {
+    static const icu_calendar whole = [] {
+        icu_calendar result;
+        icu::GregorianCalendar calendar = make_calendar();
+        for (std::int32_t number = 0; number <= last_day_number; ++number) {
+            const calendar_date date = read_date(calendar, number);
+            if (number > 0 && date.day == 1) {
+                result.month_end.push_back(number - 1);
+            }
+            result.days.push_back(
+                {static_cast<std::int16_t>(date.year), static_cast<std::uint8_t>(date.month), static_cast<std::uint8_t>(date.day)});
+        }
+        result.month_end.push_back(last_day_number);
+        return result;
+    }();
+    return whole;
+}
+
+zqtime make(icu_day date, std::uint32_t hour = 0, std::uint32_t minute = 0, std::uint32_t second = 0, std::uint32_t microsecond = 0) {
+    zqtime value;
+    if (zqtime_encode(&value, date.year, date.month, date.day, hour, minute, second, microsecond, 60) != 0) {
+        ADD_FAILURE() << date.year << '-' << int{date.month} << '-' << int{date.day};
+    }
+    return value;
+}
+
+bool same(const zqtime& a, const zqtime& b) { return std::memcmp(&a, &b, sizeof a) == 0; }
+
+// Whether a status and a sum, which was `before`, are those of day `number`, in the range or beyond it.
+bool is_day(std::int64_t number, std::int32_t status, const zqtime& sum, const zqtime& before) {
+    if (number < 0 || number > last_day_number) {
+        return status == BIFUN_INVALID_DATETIME && same(sum, before);
+    }
+    return status == 0 && same(sum, make(calendar().days[static_cast<std::size_t>(number)]));
+}
+
+} // namespace
+
+TEST(Calendar, PlacesAreThoseOfIcu) {
+    icu::GregorianCalendar calendar = make_calendar();
+    icu::GregorianCalendar gregorian = make_calendar();
+    UErrorCode status = U_ZERO_ERROR;
+    gregorian.setGregorianChange(std::numeric_limits<double>::lowest(), status);
+    const zqtime year_0 = make({0, 1, 1});
+    const zqtime day_1970 = make({1970, 1, 1});
+    std::uint32_t week = 0;
+    for (std::int32_t number = 0; number <= last_day_number; ++number) {
+        const calendar_date date = read_date(calendar, number);
+        const auto weekday = static_cast<std::uint32_t>(calendar.get(UCAL_DAY_OF_WEEK, status) - UCAL_SUNDAY);
+        const zqtime value = make(
+            {static_cast<std::int16_t>(date.year), static_cast<std::uint8_t>(date.month), static_cast<std::uint8_t>(date.day)}, 23, 59, 59);
+        if (date.month == 1 && date.day == 1) {
+            week = 1;
+        } else if (weekday == 0) {
+            ++week;
+        }
+        ASSERT_EQ(bifun::calendar::julian_day(date.year, date.month, date.day), number);
+        ASSERT_EQ(zqtime_day_of_week(&value), weekday) << number;
+        ASSERT_EQ(zqtime_day_of_year(&value), static_cast<std::uint32_t>(calendar.get(UCAL_DAY_OF_YEAR, status))) << number;
+        ASSERT_EQ(zqtime_week_for_datepart(&value), week) << number;
+        std::int64_t days;
+        ASSERT_EQ(zqtime_to_days(&value, &days), 0);
+        ASSERT_EQ(days, zqtime_diff_day(&value, &year_0));
+        ASSERT_EQ(zqtime_diff_day(&year_0, &value), 1'721'058 - number);
+
+        zqtime adjusted = value;
+        zqtime_glgl_adjust(&adjusted);
+        const calendar_date gregorian_date = number < number_of_changeover ? read_date(gregorian, number) : date;
+        std::int32_t year;
+        std::uint32_t month, day;
+        zqtime_decode(&adjusted, &year, &month, &day, nullptr, nullptr, nullptr, nullptr);
+        ASSERT_TRUE(year == gregorian_date.year && month == gregorian_date.month && day == gregorian_date.day) << number;
+        ASSERT_EQ(zqtime_diff_day(&adjusted, &year_0), days) << number;
+        zqtime_glgl_adjust(&adjusted);
+        ASSERT_EQ(zqtime_diff_day(&year_0, &adjusted), -days) << number;
+        if (number < number_of_changeover && (date.day == 1 || date.day == 29)) {
+            gregorian.clear();
+            gregorian.set(UCAL_EXTENDED_YEAR, date.year);
+            gregorian.set(UCAL_MONTH, static_cast<std::int32_t>(date.month) - 1);
+            gregorian.set(UCAL_DATE, static_cast<std::int32_t>(date.day));
+            const auto since_1970 = static_cast<std::int32_t>(gregorian.getTime(status) / 86'400'000);
+            ASSERT_EQ(zqtime_diff_day_without_glgl_adjust(&value, &day_1970), since_1970) << number;
+        }
+    }
+    ASSERT_TRUE(U_SUCCESS(status));
+}
+
+TEST(Calendar, AddsDaysAndWeeks) {
+    const auto& days = calendar().days;
+    for (const std::int32_t amount : {1, -1, 365, -146'097}) {
+        for (std::int32_t number = 0; number <= last_day_number; number += stride) {
+            const zqtime value = make(days[static_cast<std::size_t>(number)]);
+            zqtime sum = value;
+            const std::int32_t status = zqtime_add_by_fmt(&sum, ZQTIME_DAY, amount, &sum);
+            ASSERT_TRUE(is_day(number + amount, status, sum, value)) << "day " << number << ' ' << amount;
+        }
+    }
+    for (std::int32_t number = 0; number <= last_day_number; number += 11) {
+        const zqtime value = make(days[static_cast<std::size_t>(number)]);
+        for (const std::int32_t amount : {1, -150, 767'640}) {
+            zqtime sum = value;
+            std::int32_t status = zqtime_add_by_fmt(&value, ZQTIME_WEEK, amount, &sum);
+            ASSERT_TRUE(is_day(number + amount * 7, status, sum, value)) << "week " << number << ' ' << amount;
+            sum = value;
+            status = zqtime_date_add_number(&value, amount, &sum);
+            ASSERT_TRUE(is_day(number + amount, status, sum, value)) << "days " << number << ' ' << amount;
+        }
+    }
+}
+
+TEST(Calendar, AddsMonths) {
+    const auto& [days, month_end] = calendar();
+    const auto months = static_cast<std::int64_t>(month_end.size());
+    for (const std::int32_t amount : {1, -1, 132, -2401}) {
+        const bifun_interval_ym interval{.years = amount / 12, .months = amount % 12};
+        std::int64_t month = 0;
+        for (std::int32_t number = 0; number <= last_day_number; number += stride) {
+            while (number > month_end[static_cast<std::size_t>(month)]) {
+                ++month;
+            }
+            const icu_day date = days[static_cast<std::size_t>(number)];
+            const bool is_last = number == month_end[static_cast<std::size_t>(month)];
+            std::int64_t clamped = -1;
+            std::int64_t kept_last = -1;
+            if (month + amount >= 0 && month + amount < months) {
+                // The first day that is not before the wanted one, or the last of the month.
+                const std::int64_t target = month + amount;
+                const std::int64_t first = target == 0 ? 0 : month_end[static_cast<std::size_t>(target - 1)] + 1;
+                const auto day_at = [&days = days](std::int64_t at) { return days[static_cast<std::size_t>(at)].day; };
+                clamped = std::min<std::int64_t>(first + date.day - 1, month_end[static_cast<std::size_t>(target)]);
+                while (clamped > first && day_at(clamped - 1) >= date.day) {
+                    --clamped;
+                }
+                kept_last = is_last ? month_end[static_cast<std::size_t>(target)] : clamped;
+            }
+            const zqtime value = make(date);
+            zqtime sum = value;
+            std::int32_t status = zqtime_add_by_fmt(&value, ZQTIME_MONTH, amount, &sum);
+            ASSERT_TRUE(is_day(clamped, status, sum, value)) << "month " << number << ' ' << amount;
+            sum = value;
+            status = zqtime_date_add_iv_ym(&sum, amount, &sum);
+            ASSERT_TRUE(is_day(kept_last, status, sum, value)) << "last day kept " << number << ' ' << amount;
+            sum = value;
+            status = datetime_add_interval_ym(&sum, &interval, &sum);
+            ASSERT_TRUE(is_day(clamped, status, sum, value)) << "interval " << number << ' ' << amount;
+        }
+    }
+}
+
+// Times as microseconds since day 0: sums and differences of random datetimes in plain arithmetic.
+TEST(Calendar, CountsTimesAndBoundaries) {
+    constexpr std::int64_t day_length = 86'400'000'000;
+    struct time_unit {
+        std::int32_t field;
+        std::int64_t length;
+    };
+    constexpr std::array<time_unit, 5> units{{{ZQTIME_DAY, day_length},
+                                              {ZQTIME_HOUR, day_length / 24},
+                                              {ZQTIME_MINUTE, 60'000'000},
+                                              {ZQTIME_SECOND, 1'000'000},
+                                              {ZQTIME_SUBSECOND, 1000}}};
+    // How many years, quarters, months and weeks have begun by each day.
+    struct counts {
+        std::int32_t year, quarter, month, week;
+    };
+    const auto& days = calendar().days;
+    std::vector<counts> begun(days.size());
+    counts so_far{};
+    for (std::size_t number = 1; number < days.size(); ++number) {
+        const icu_day date = days[number];
+        const bool new_month = date.month != days[number - 1].month;
+        so_far.year += new_month && date.month == 1 ? 1 : 0;
+        so_far.quarter += new_month && date.month % 3 == 1 ? 1 : 0;
+        so_far.month += new_month ? 1 : 0;
+        so_far.week += number % 7 == 6 ? 1 : 0; // day 0 is a Monday
+        begun[number] = so_far;
+    }
+    std::mt19937_64 random(1582);
+    const auto any_time = [&random] {
+        return std::uniform_int_distribution<std::int64_t>(0, (last_day_number + 1) * day_length - 1)(random);
+    };
+    const auto make_time = [&days](std::int64_t time) {
+        const auto second = static_cast<std::uint32_t>(time % day_length / 1'000'000);
+        return make(days[static_cast<std::size_t>(time / day_length)], second / 3600, second / 60 % 60, second % 60,
+                    static_cast<std::uint32_t>(time % 1'000'000));
+    };
+    for (int i = 0; i < 300'000; ++i) {
+        const std::int64_t start = any_time();
+        // Far apart, close by, and around the changeover.
+        const std::int64_t end =
+            i % 3 == 0   ? any_time()
+            : i % 3 == 1 ? std::clamp<std::int64_t>(start + any_time() / 100'000 - 2'000'000'000, 0, last_day_number * day_length)
+                         : number_of_changeover * day_length + any_time() / 500'000;
+        const zqtime a = make_time(start);
+        const zqtime b = make_time(end);
+        const auto require_difference = [&a, &b](std::int32_t field, std::int64_t expected) {
+            std::int32_t difference = 4711;
+            const std::int32_t status = zqtime_parse_datediff(field, &a, &b, &difference);
+            const bool fits = expected == static_cast<std::int32_t>(expected);
+            ASSERT_EQ(status, fits ? 0 : BIFUN_NUMERIC_OVERFLOW) << field << ' ' << expected;
+            ASSERT_EQ(difference, fits ? expected : 4711) << field;
+        };
+        for (const auto& [field, length] : units) {
+            ASSERT_NO_FATAL_FAILURE(require_difference(field, end / length - start / length));
+            const std::int64_t amount = (end - start) / length;
+            zqtime sum;
+            ASSERT_EQ(zqtime_add_by_fmt(&a, field, amount, &sum), 0);
+            ASSERT_TRUE(same(sum, make_time(start + amount * length))) << field << ' ' << amount;
+        }
+        const counts& from = begun[static_cast<std::size_t>(start / day_length)];
+        const counts& to = begun[static_cast<std::size_t>(end / day_length)];
+        ASSERT_NO_FATAL_FAILURE(require_difference(ZQTIME_YEAR, to.year - from.year));
+        ASSERT_NO_FATAL_FAILURE(require_difference(ZQTIME_QUARTER, to.quarter - from.quarter));
+        ASSERT_NO_FATAL_FAILURE(require_difference(ZQTIME_MONTH, to.month - from.month));
+        ASSERT_NO_FATAL_FAILURE(require_difference(ZQTIME_WEEK, to.week - from.week));
+        ASSERT_NO_FATAL_FAILURE(require_difference(ZQTIME_DAY_OF_YEAR, end / day_length - start / day_length));
+        ASSERT_NO_FATAL_FAILURE(require_difference(ZQTIME_WEEKDAY, end / day_length - start / day_length));
+    }
+}

@@ -1,0 +1,56 @@
+// Runs the program as people do: files and arguments in, output, message and exit status out.
+#ifndef BIFUN_TESTS_HOST_PROGRAM_RUN_H
+#define BIFUN_TESTS_HOST_PROGRAM_RUN_H
+
+#include <filesystem>
+#include <initializer_list>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace program_run {
+
+using arguments = std::vector<std::string>;
+
+// gcc 12 takes operator+ of a literal and a string for an overlapping copy.
+std::string joined(std::initializer_list<std::string_view> parts);
+
+std::string read_file(const std::string& path);
+
+struct run_result {
+    std::string out;
+    std::string err;
+    int status = -1;
+};
+
+// A directory of its own for every test, which is the program's working directory too.
+struct scratch_directory {
+    std::filesystem::path path;
+
+    scratch_directory();
+    ~scratch_directory();
+    scratch_directory(const scratch_directory&) = delete;
+    scratch_directory& operator=(const scratch_directory&) = delete;
+
+    void write(const std::string& name, const std::string& text) const;
+
+    // `output` is the standard output of the program, or -1 for a file whose text is returned.
+    [[nodiscard]] run_result run(arguments words, int output = -1) const;
+};
+
+// The value of an expression as JSON shows it, or the message without "bifun: " where there is an error.
+std::string shown(const std::string& expression, arguments options = {});
+
+// An expression and what `shown` makes of it.
+struct shown_case {
+    std::string expression;
+    std::string result;
+    arguments options = {};
+};
+
+// Expects that of every case.
+void expect_shown(std::initializer_list<shown_case> cases);
+
+} // namespace program_run
+
+#endif
