@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "bop/frame/status.h"
+#include "embedded/decimal/digits.h"
 #include "engine/datetime.h"
 #include "engine/datetime_layout.h"
 
@@ -67,7 +68,83 @@ bool take_one_or_two_digits(reader& text, std::uint32_t& number) {
     return true;
 }
 
+// ---- forms of fixed width: eight characters at a time, the first in the lowest byte --------------------------------
+
+std::uint64_t eight_characters(const std::uint8_t* first) {
+    std::uint64_t characters;
+    std::memcpy(&characters, first, sizeof characters);
+    return characters;
+}
+
+constexpr std::uint64_t eight_characters(const char (&pattern)[9]) {
+    std::uint64_t characters = 0;
+    for (int i = 7; i >= 0; --i) {
+        characters = characters << 8 | static_cast<std::uint8_t>(pattern[i]);
+    }
+    return characters;
+}
+
+// Digits joined with the digit behind them: a byte at which two of them begin holds their number. What is in other bytes, and what a last
+// digit without a neighbour gives, has no meaning.
+struct joined_digits {
+    std::uint64_t pairs;
+
+    std::uint32_t at(int index) const { return static_cast<std::uint32_t>(pairs >> 8 * index & 0xFF); }
+};
+
+// Whether the characters are those of the pattern, with any digits where it has zeros.
+template <std::uint64_t pattern> bool match(std::uint64_t characters, joined_digits& digits) {
+    // Added to a byte that may be there, this leaves its top bit clear: 0x76 allows 0 to 9, and 0x7F 0 only.
+    constexpr std::uint64_t allowance = [] {
+        std::uint64_t bytes = 0;
+        for (int i = 0; i < 64; i += 8) {
+            bytes |= std::uint64_t{(pattern >> i & 0xFF) == '0' ? 0x76U : 0x7FU} << i;
+        }
+        return bytes;
+    }();
+    const std::uint64_t values = characters ^ pattern;
+    digits.pairs = values * 10 + (values >> 8);
+    // Carries reach only bytes behind one that has its top bit set itself.
+    return (((values + allowance) | values) & 0x8080808080808080) == 0;
+}
+
+std::ptrdiff_t left(const reader& text) { return text.end - text.next; }
+
+// YYYY-MM-DD.
+bool take_iso_date(reader& text, datetime_parts& parts) {
+    joined_digits year_and_month;
+    joined_digits day;
+    if (left(text) < 10 || !match<eight_characters("0000-00-")>(eight_characters(text.next), year_and_month) ||
+        !match<eight_characters("00-00-00")>(eight_characters(text.next + 2), day)) {
+        return false;
+    }
+    parts.year = static_cast<std::int32_t>(year_and_month.at(0) * 100 + year_and_month.at(2));
+    parts.month = year_and_month.at(5);
+    parts.day = day.at(6);
+    text.next += 10;
+    return true;
+}
+
+// HH:MM:SS.
+bool take_iso_time(reader& text, datetime_parts& parts) {
+    joined_digits time;
+    if (left(text) < 8 || !match<eight_characters("00:00:00")>(eight_characters(text.next), time)) {
+        return false;
+    }
+    parts.hour = time.at(0);
+    parts.minute = time.at(3);
+    parts.second = time.at(6);
+    text.next += 8;
+    return true;
+}
+
+// ---- parts of a text ----------------------------------------------------------------------------------------------
+
 bool take_date(reader& text, datetime_parts& parts, bool& run_together) {
+    run_together = false;
+    if (take_iso_date(text, parts)) {
+        return true;
+    }
     const bool negative = take(text, '-');
     std::uint32_t century;
     std::uint32_t year_of_century;
@@ -87,39 +164,53 @@ bool take_date(reader& text, datetime_parts& parts, bool& run_together) {
     return take_one_or_two_digits(text, parts.month) && take(text, separator) && take_one_or_two_digits(text, parts.day);
 }
 
+// Nothing or a fraction, behind a text of eight characters at least.
 bool take_fraction(reader& text, datetime_parts& parts) {
-    if (!at_digit(text)) {
+    if (!take(text, '.') && !take(text, ',')) {
+        return true;
+    }
+    const std::ptrdiff_t length = left(text);
+    const std::uint64_t characters = length >= 8 ? eight_characters(text.next) : eight_characters(text.end - 8) >> 1 >> (63 - 8 * length);
+    const std::uint32_t digits = leading_digits(characters);
+    if (digits == 0) {
         return false;
     }
-    for (std::uint32_t unit = 100'000; at_digit(text); unit /= 10) {
-        parts.microsecond += take_digit(text) * unit;
+    const std::uint64_t keep = ~std::uint64_t{0} >> (64 - 8 * digits);
+    constexpr std::uint32_t units_per_microsecond = 100;
+    parts.microsecond = number_of_digits((characters & keep) | (eight_zero_characters & ~keep), 8) / units_per_microsecond;
+    text.next += digits;
+    while (at_digit(text)) {
+        ++text.next;
     }
     return true;
 }
 
-// HH:MM[:SS[.fraction]], or where `may_run_together` also HHMMSS.
-bool take_time(reader& text, datetime_parts& parts, bool may_run_together) {
-    if (!take_two_digits(text, parts.hour)) {
+// H:MM or HH:MM, [:SS[.fraction]].
+bool take_time(reader& text, datetime_parts& parts) {
+    if (take_iso_time(text, parts)) {
+        return take_fraction(text, parts);
+    }
+    if (!take_one_or_two_digits(text, parts.hour) || !take(text, ':') || !take_two_digits(text, parts.minute)) {
         return false;
     }
-    if (may_run_together && at_digit(text)) {
-        return take_two_digits(text, parts.minute) && take_two_digits(text, parts.second);
-    }
-    if (!take(text, ':') || !take_two_digits(text, parts.minute)) {
-        return false;
-    }
-    if (!take(text, ':')) {
-        return true;
-    }
-    return take_two_digits(text, parts.second) && (!take(text, '.') || take_fraction(text, parts));
+    return !take(text, ':') || (take_two_digits(text, parts.second) && take_fraction(text, parts));
 }
 
-// Nothing or a zone.
+// HHMM[SS[.fraction]].
+bool take_time_run_together(reader& text, datetime_parts& parts) {
+    if (!take_two_digits(text, parts.hour) || !take_two_digits(text, parts.minute)) {
+        return false;
+    }
+    return !at_digit(text) || (take_two_digits(text, parts.second) && take_fraction(text, parts));
+}
+
+// Nothing or a zone, after blanks or none.
 bool take_zone(reader& text, datetime_parts& parts) {
     if (at_end(text)) {
         return true;
     }
-    if (take(text, 'Z')) {
+    take_blanks(text);
+    if (take(text, 'Z') || take(text, 'z')) {
         parts.zone = 0;
         return true;
     }
@@ -144,13 +235,26 @@ bool take_zone(reader& text, datetime_parts& parts) {
     return true;
 }
 
+// HHMMSS without a separator behind a date, or either form of time behind one.
+bool take_time_behind_date(reader& text, datetime_parts& parts, bool date_run_together) {
+    if (date_run_together && at_digit(text)) {
+        constexpr std::ptrdiff_t shortest = 6; // YYYYMMDDHHMM would be a two-digit year to some
+        return left(text) >= shortest && text.next[4] - unsigned{'0'} < 10 && take_time_run_together(text, parts);
+    }
+    if (!take(text, 'T') && !take(text, 't') && !take_blanks(text)) {
+        return false;
+    }
+    const bool time_run_together = date_run_together && left(text) > 2 && text.next[1] != ':' && text.next[2] != ':';
+    return time_run_together ? take_time_run_together(text, parts) : take_time(text, parts);
+}
+
 bool take_datetime(reader& text, datetime_parts& parts, datetime_kind& kind) {
-    const bool time_only = text.end - text.next > 2 && text.next[2] == ':';
-    bool run_together = false;
+    const bool time_only = left(text) > 2 && (text.next[2] == ':' || text.next[1] == ':');
     if (time_only) {
         kind = datetime_kind::time;
-        return take_time(text, parts, false) && take_zone(text, parts);
+        return take_time(text, parts) && take_zone(text, parts);
     }
+    bool run_together;
     if (!take_date(text, parts, run_together)) {
         return false;
     }
@@ -159,8 +263,7 @@ bool take_datetime(reader& text, datetime_parts& parts, datetime_kind& kind) {
         return true;
     }
     kind = datetime_kind::datetime;
-    const bool after_t = take(text, 'T');
-    return (after_t || take_blanks(text)) && take_time(text, parts, after_t && run_together) && take_zone(text, parts);
+    return take_time_behind_date(text, parts, run_together) && take_zone(text, parts);
 }
 
 // ---- text out ----------------------------------------------------------------------------------------------------

@@ -1,0 +1,51 @@
+#include <algorithm>
+#include <cstdint>
+#include <ctime>
+
+#include "bop/frame/status.h"
+#include "engine/calendar.h"
+#include "engine/datetime.h"
+
+namespace {
+
+constexpr std::int64_t seconds_per_day = 86'400;
+constexpr std::int64_t julian_day_of_1970 = bifun::calendar::julian_day(1970, 1, 1);
+
+// The microseconds without the digits of the second behind `precision`, 0-6.
+std::uint32_t cut_fraction(std::uint32_t microseconds, std::int32_t precision) {
+    std::uint32_t unit = 1;
+    for (std::int32_t digits = precision; digits < 6; ++digits) {
+        unit *= 10;
+    }
+    return microseconds - microseconds % unit;
+}
+
+std::int32_t process_time(std::time_t seconds, std::uint32_t microseconds, zqtime* now) {
+    std::tm local;
+    if (localtime_r(&seconds, &local) == nullptr) {
+        return BIFUN_INVALID_DATETIME;
+    }
+    const auto part = [](int number) { return static_cast<std::uint32_t>(number); };
+    // Some zones count leap seconds.
+    return zqtime_encode(now, local.tm_year + 1900, part(local.tm_mon + 1), part(local.tm_mday), part(local.tm_hour), part(local.tm_min),
+                         part(std::min(local.tm_sec, 59)), microseconds, ZQTIME_NO_ZONE);
+}
+
+} // namespace
+
+int32_t zqtime_tz_now(int32_t precision, int32_t zone, zqtime* now) {
+    if (precision < 0 || precision > 6) {
+        return BIFUN_ARGUMENT_OUT_OF_DOMAIN;
+    }
+    std::timespec time;
+    clock_gettime(CLOCK_REALTIME, &time);
+    const std::uint32_t microseconds = cut_fraction(static_cast<std::uint32_t>(time.tv_nsec / 1000), precision);
+    if (zone == ZQTIME_NO_ZONE) {
+        return process_time(time.tv_sec, microseconds, now);
+    }
+    const std::int64_t seconds = time.tv_sec + std::int64_t{zone} * 60 + julian_day_of_1970 * seconds_per_day;
+    const auto date = bifun::calendar::date_of_julian_day(static_cast<std::int32_t>(seconds / seconds_per_day));
+    const auto second_of_day = static_cast<std::uint32_t>(seconds % seconds_per_day);
+    return zqtime_encode(now, date.year, date.month, date.day, second_of_day / 3600, second_of_day / 60 % 60, second_of_day % 60,
+                         microseconds, zone);
+}

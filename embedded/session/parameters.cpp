@@ -1,0 +1,48 @@
+#include "embedded/session/parameters.h"
+
+#include <array>
+#include <atomic>
+
+#include "bop/frame/status.h"
+#include "engine/datetime.h"
+#include "engine/session.h"
+
+namespace zqengine {
+namespace {
+
+struct parameter {
+    std::int32_t number;
+    bool (*allows)(std::int64_t value);
+    std::atomic<std::int64_t> value;
+};
+
+bool is_zone(std::int64_t value) { return value == ZQTIME_NO_ZONE || (value >= -840 && value <= 840); }
+
+constinit std::array<parameter, 1> parameters{{{INI_NOW_TIME_ZONE, is_zone, ZQTIME_NO_ZONE}}};
+
+parameter* find_parameter(std::int32_t number) {
+    for (parameter& candidate : parameters) {
+        if (candidate.number == number) {
+            return &candidate;
+        }
+    }
+    return nullptr;
+}
+
+} // namespace
+
+std::int32_t set_parameter(std::int32_t number, std::int64_t value) {
+    parameter* const found = find_parameter(number);
+    if (found == nullptr || !found->allows(value)) {
+        return BIFUN_ARGUMENT_OUT_OF_DOMAIN;
+    }
+    found->value.store(value, std::memory_order_relaxed);
+    return BIFUN_OK;
+}
+
+} // namespace zqengine
+
+int64_t ini_get_value(int32_t /*reserved*/, int32_t parameter) {
+    const zqengine::parameter* const found = zqengine::find_parameter(parameter);
+    return found != nullptr ? found->value.load(std::memory_order_relaxed) : 0;
+}

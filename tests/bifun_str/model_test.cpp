@@ -1,0 +1,141 @@
+// The string functions against the model, on random batches of every entry point.
+
+#include <algorithm>
+#include <limits>
+#include <random>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "tests/bifun_str/optional_symbols.h"
+#include "tests/bifun_str/string_calls.h"
+
+namespace {
+
+using bifun::argument_kind;
+using bifun::entry_point;
+using bifun::value_type;
+using string_model::call_strings;
+using string_model::shown;
+using string_model::string_call;
+using string_model::text;
+using string_model::value;
+
+constexpr std::string_view builtins[] = {"TRIM",  "LTRIM",           "RTRIM", "SUBSTR", "SUBSTRB",  "LEFT",
+                                         "RIGHT", "SUBSTRING_INDEX", "INSTR", "INSTRB", "POSITION", "LOCATE"};
+constexpr std::uint32_t row_count = 37;
+
+std::mt19937 random_numbers(57); // NOLINT(cert-msc51-cpp): every run is the same
+
+std::int32_t between(std::int32_t low, std::int32_t high) { return std::uniform_int_distribution<std::int32_t>(low, high)(random_numbers); }
+bool once_in(std::int32_t n) { return between(1, n) == 1; }
+
+template <class Value> const Value& one_of(const std::vector<Value>& values) {
+    return values[static_cast<std::size_t>(between(0, static_cast<std::int32_t>(values.size()) - 1))];
+}
+
+// A few characters, so that patterns are found in texts, again and again.
+using theme = std::vector<std::string>;
+
+theme make_theme(std::uint32_t charset) {
+    const std::vector<std::string> alphabet = string_model::alphabet(charset);
+    theme characters(static_cast<std::size_t>(between(1, 4)));
+    std::ranges::generate(characters, [&] { return one_of(alphabet); });
+    return characters;
+}
+
+text make_text(const theme& theme, std::int32_t least, std::int32_t most) {
+    text result;
+    for (std::int32_t i = between(least, most); i > 0; --i) {
+        result.stored += one_of(theme);
+    }
+    result.blanks = once_in(2) ? static_cast<std::uint32_t>(between(0, 3)) : 0;
+    return result;
+}
+
+// For an argument of the entry point: a text or number for which its batch does not fail.
+value make_value(const entry_point& entry, std::size_t position, const theme& theme) {
+    value result;
+    result.is_null = once_in(12);
+    const std::string_view builtin = entry.builtin;
+    if (entry.argument_list[position].type == value_type::VARCHAR) {
+        const bool is_pattern = position == (builtin == "POSITION" || builtin == "LOCATE" ? 0U : builtin == "TRIM" ? 2U : 1U);
+        if (is_pattern && builtin == "TRIM") {
+            result.string = once_in(3) ? text{"", 1} : text{one_of(theme), 0};
+            if (entry.argument_list[position].kind == argument_kind::column && once_in(6)) {
+                result.string = {};
+            }
+        } else if (is_pattern) {
+            result.string = once_in(12) ? make_text(theme, 28, 36) : make_text(theme, 0, 3);
+        } else {
+            result.string = once_in(10) ? make_text(theme, 20, 70) : make_text(theme, 0, 9);
+        }
+    } else if (builtin == "TRIM") {
+        result.number = between(578, 581);
+    } else if (builtin == "INSTR" || builtin == "INSTRB" || builtin == "LOCATE") {
+        result.number = position == 3 ? between(1, 4) : between(-12, 12);
+    } else if (builtin == "SUBSTRING_INDEX") {
+        result.number = between(-4, 4);
+    } else if (builtin == "LEFT" || builtin == "RIGHT") {
+        result.number = between(0, 14);
+    } else {
+        result.number = position == 2 ? between(0, 12) : between(-15, 15);
+    }
+    if (once_in(20) && builtin != "TRIM") {
+        using limits = std::numeric_limits<std::int32_t>;
+        const bool is_length = builtin.starts_with("SUBSTR") && builtin.size() < 8 && position == 2;
+        result.number = result.number < 0 && !is_length ? limits::min() : limits::max();
+    }
+    return result;
+}
+
+void expect_model(const bifun_settings& settings, const entry_point& entry) {
+    const theme theme = make_theme(settings.charset_code);
+    std::vector<std::vector<value>> rows(row_count);
+    for (std::vector<value>& row : rows) {
+        for (std::size_t i = 0; i < entry.argument_count; ++i) {
+            const bool is_constant = entry.argument_list[i].kind == argument_kind::constant;
+            row.push_back(is_constant && &row != &rows[0] ? rows[0][i] : make_value(entry, i, theme));
+        }
+    }
+    for (const bool said : {true, false}) {
+        const optional_symbols symbols(said);
+        const string_call call = call_strings(entry, rows);
+        ASSERT_EQ(call.status, 0) << entry.symbol;
+        for (std::uint32_t row = 0; row < row_count; ++row) {
+            const std::vector<value>& arguments = rows[row];
+            // LTRIM of a constant without characters looks at nothing else.
+            const bool is_settled = std::string_view(entry.symbol) == "bltrim_va_str" && shown(entry, 0, arguments[0]) == "''";
+            const std::string expected = is_settled ? "''" : string_model::row_of(settings, entry.builtin, arguments);
+            EXPECT_EQ(call.rows[row], expected) << shown(entry, arguments) << ", charset " << settings.charset_code << ", case "
+                                                << settings.case_sensitive << ", symbols " << said;
+        }
+    }
+}
+
+class StringModel : public testing::TestWithParam<std::string_view> {};
+
+TEST_P(StringModel, AgreesWithTheLibrary) {
+    std::size_t tested = 0;
+    for (const entry_point& entry : bifun::entry_points) {
+        if (entry.builtin != GetParam()) {
+            continue;
+        }
+        ++tested;
+        for (std::uint32_t variant = 0; variant < 3 * 2 * 2; ++variant) {
+            const bifun_settings settings = {
+                .compatible_mode = variant / 6, .charset_code = variant % 3, .case_sensitive = variant / 3 % 2};
+            contract::set_up(settings);
+            for (int batch = 0; batch < 30 && !HasFailure(); ++batch) {
+                expect_model(settings, entry);
+            }
+        }
+    }
+    EXPECT_GT(tested, 0U);
+}
+
+INSTANTIATE_TEST_SUITE_P(Builtins, StringModel, testing::ValuesIn(builtins),
+                         [](const auto& builtin) { return std::string(builtin.param); });
+
+} // namespace

@@ -1,0 +1,339 @@
+#include "tests/bifun_str/string_model.h"
+
+#include <algorithm>
+#include <cctype>
+#include <cstdio>
+#include <cstdlib>
+#include <iterator>
+#include <limits>
+
+#include "engine/charset.h"
+
+namespace string_model {
+namespace {
+
+using characters = std::vector<std::string>;
+
+constexpr std::int64_t everything = std::numeric_limits<std::int64_t>::max();
+
+bool lies_in(unsigned char byte, unsigned low, unsigned high) { return byte >= low && byte <= high; }
+
+bool is_whitespace(char byte) { return byte == ' ' || lies_in(static_cast<unsigned char>(byte), 9, 13); }
+
+// 0 where no character of more than one byte begins.
+std::size_t multibyte_length(std::uint32_t charset, std::string_view bytes) {
+    const auto at = [&](std::size_t i) { return i < bytes.size() ? static_cast<unsigned char>(bytes[i]) : 0U; };
+    const auto byte_lies_in = [&](std::size_t i, unsigned low, unsigned high) { return at(i) >= low && at(i) <= high; };
+    if (charset == ZQ_CHARSET_EUC_KR) {
+        return byte_lies_in(0, 0xA1, 0xFE) && byte_lies_in(1, 0xA1, 0xFE) ? 2 : 0;
+    }
+    if (charset == ZQ_CHARSET_GB18030) {
+        if (!byte_lies_in(0, 0x81, 0xFE)) {
+            return 0;
+        }
+        if (byte_lies_in(1, '0', '9')) {
+            return byte_lies_in(2, 0x81, 0xFE) && byte_lies_in(3, '0', '9') ? 4 : 0;
+        }
+        return byte_lies_in(1, 0x40, 0xFE) && at(1) != 0x7F ? 2 : 0;
+    }
+    const std::size_t length = byte_lies_in(0, 0xC2, 0xDF) ? 2 : byte_lies_in(0, 0xE1, 0xEC) ? 3 : byte_lies_in(0, 0xF1, 0xF3) ? 4 : 0;
+    for (std::size_t i = 1; i < length; ++i) {
+        if (!byte_lies_in(i, 0x80, 0xBF)) {
+            return 0;
+        }
+    }
+    return length;
+}
+
+characters full_text(std::uint32_t charset, const text& value) {
+    characters all = characters_of(charset, value.stored);
+    all.insert(all.end(), value.blanks, " ");
+    return all;
+}
+
+std::string joined(characters::const_iterator begin, characters::const_iterator end) {
+    std::string bytes;
+    std::for_each(begin, end, [&](const std::string& character) { bytes += character; });
+    return bytes;
+}
+
+// ---- trimming ---------------------------------------------------------------------------------------------------------
+
+bool is_empty(const text& value) { return value.stored.empty() && value.blanks == 0; }
+bool is_blank_set(const text& set) { return set.stored.empty() && set.blanks != 0; }
+bool has_whitespace(const text& set) { return std::ranges::any_of(set.stored, is_whitespace); }
+
+std::string without_leading(std::uint32_t charset, const std::string& bytes, const characters& set) {
+    const characters all = characters_of(charset, bytes);
+    return joined(std::ranges::find_if(all, [&](const auto& c) { return std::ranges::count(set, c) == 0; }), all.end());
+}
+
+std::string without_trailing(std::uint32_t charset, const std::string& bytes, const characters& set) {
+    characters all = characters_of(charset, bytes);
+    while (!all.empty() && std::ranges::count(set, all.back()) != 0) {
+        all.pop_back();
+    }
+    return joined(all.begin(), all.end());
+}
+
+std::string without_leading_whitespace(const std::string& bytes) { return {std::ranges::find_if_not(bytes, is_whitespace), bytes.end()}; }
+
+std::string trimmed_on_the_left(std::uint32_t charset, const text& value, const text& set) {
+    const characters members = characters_of(charset, set.stored);
+    if (is_empty(value) || is_empty(set)) {
+        return shown(value);
+    }
+    if (is_blank_set(set)) {
+        // The count is kept where there is a text before it.
+        return shown({without_leading(charset, value.stored, {" "}), value.stored.empty() ? 0 : value.blanks});
+    }
+    if (set.blanks != 0 || has_whitespace(set)) {
+        const std::string rest = without_leading(charset, without_leading_whitespace(value.stored), members);
+        return shown({rest, rest.empty() ? 0 : value.blanks});
+    }
+    if (!value.stored.empty() && is_whitespace(value.stored[0])) {
+        return "=?";
+    }
+    return shown({without_leading(charset, value.stored, members), value.blanks});
+}
+
+std::string trimmed_on_the_right(std::uint32_t charset, const text& value, const text& set) {
+    if (is_blank_set(set)) {
+        return shown({value.stored, 0});
+    }
+    if (is_empty(value) || is_empty(set) || (set.blanks == 0 && !has_whitespace(set) && value.blanks != 0)) {
+        return shown(value);
+    }
+    return shown({without_trailing(charset, value.stored, characters_of(charset, set.stored)), 0});
+}
+
+std::string trimmed_on_both_sides(std::uint32_t charset, const text& value, const text& set) {
+    if (set.blanks != 0) {
+        return shown({without_leading_whitespace(value.stored), 0});
+    }
+    const characters members = characters_of(charset, set.stored);
+    const bool begins_with_whitespace = !value.stored.empty() && is_whitespace(value.stored[0]);
+    const std::string rest = begins_with_whitespace ? value.stored : without_leading(charset, value.stored, members);
+    return shown({value.blanks != 0 ? rest : without_trailing(charset, rest, members), value.blanks});
+}
+
+std::string trim(std::uint32_t charset, std::int32_t mode, const text& value, const text& set) {
+    if (is_empty(value) || is_empty(set)) {
+        return shown(value);
+    }
+    if (characters_of(charset, set.stored).size() + set.blanks != 1) {
+        return "";
+    }
+    return (mode == 579 ? trimmed_on_the_left : mode == 580 ? trimmed_on_the_right : trimmed_on_both_sides)(charset, value, set);
+}
+
+// ---- parts ------------------------------------------------------------------------------------------------------------
+
+struct range {
+    std::size_t begin, end;
+};
+
+// Units `position` to `position + length - 1` of `total`, counted from the end where the position is negative.
+range part(std::size_t total, std::int64_t position, std::int64_t length) {
+    const auto size = static_cast<std::int64_t>(total);
+    const std::int64_t begin = position > 0 ? position - 1 : position == 0 ? 0 : size + position;
+    if (begin < 0 || begin >= size) {
+        return {0, 0};
+    }
+    return {static_cast<std::size_t>(begin), static_cast<std::size_t>(begin + std::min(length, size - begin))};
+}
+
+// Whether the length makes the row NULL: it does not matter where nothing is there to take.
+bool refuses(std::size_t total, std::int64_t position, std::int64_t length) {
+    const auto size = static_cast<std::int64_t>(total);
+    return length < 0 && position <= size && size + position >= 0;
+}
+
+std::string substring(std::uint32_t charset, const text& value, std::int64_t position, std::int64_t length) {
+    const characters all = full_text(charset, value);
+    if (refuses(all.size(), position, length)) {
+        return "NULL";
+    }
+    const range taken = part(all.size(), position, length);
+    const std::size_t stored = all.size() - value.blanks;
+    const auto at = [&](std::size_t index) { return all.begin() + static_cast<std::ptrdiff_t>(std::min(index, stored)); };
+    return shown(
+        {joined(at(taken.begin), at(taken.end)), static_cast<std::uint32_t>(taken.end - std::clamp(stored, taken.begin, taken.end))});
+}
+
+std::string substring_of_bytes(std::uint32_t charset, const text& value, std::int64_t position, std::int64_t length) {
+    const std::size_t total = value.stored.size() + value.blanks;
+    if (refuses(total, position, length)) {
+        return "NULL";
+    }
+    const range taken = part(total, position, length);
+    if (taken.begin >= value.stored.size() || taken.begin == taken.end) {
+        return shown({"", static_cast<std::uint32_t>(taken.end - taken.begin)});
+    }
+    std::string uncut;
+    for (const std::string& character : characters_of(charset, value.stored)) {
+        const bool is_cut = uncut.size() < taken.begin || uncut.size() + character.size() > taken.end;
+        uncut += is_cut ? std::string(character.size(), ' ') : character;
+    }
+    return shown({uncut.substr(taken.begin, taken.end - taken.begin), value.blanks});
+}
+
+// ---- searching --------------------------------------------------------------------------------------------------------
+
+// The indexes of the characters with which an occurrence begins.
+std::vector<std::size_t> occurrences(const characters& all, const characters& pattern) {
+    std::vector<std::size_t> found;
+    for (std::size_t i = 0; i + pattern.size() <= all.size(); ++i) {
+        if (std::equal(pattern.begin(), pattern.end(), all.begin() + static_cast<std::ptrdiff_t>(i))) {
+            found.push_back(i);
+        }
+    }
+    return found;
+}
+
+enum class unit : std::uint8_t { character, byte };
+
+std::int64_t place_of(const characters& all, const characters& pattern, unit unit, std::int64_t start, std::int64_t occurrence) {
+    const auto size = [&](std::size_t begin, std::size_t end) {
+        const auto at = [&](std::size_t i) { return all.begin() + static_cast<std::ptrdiff_t>(i); };
+        return static_cast<std::int64_t>(unit == unit::byte ? joined(at(begin), at(end)).size() : end - begin);
+    };
+    std::vector<std::int64_t> places;
+    for (const std::size_t index : occurrences(all, pattern)) {
+        const std::int64_t place = size(0, index) + 1;
+        const std::int64_t last = place + size(index, index + pattern.size()) - 1;
+        if (start > 0 ? place >= start : start < 0 && last <= size(0, all.size()) + start + 1) {
+            places.push_back(place);
+        }
+    }
+    if (start < 0) {
+        std::ranges::reverse(places);
+    }
+    return occurrence <= static_cast<std::int64_t>(places.size()) ? places[static_cast<std::size_t>(occurrence - 1)] : 0;
+}
+
+// Case pairs of the alphabets.
+text folded(std::uint32_t charset, const text& value) {
+    constexpr std::string_view pairs[][2] = {{"\xA6\xA1", "\xA6\xC1"}, {"\xC3\x89", "\xC3\xA9"}, {"\xA5\xC1", "\xA5\xE1"}};
+    text result = {"", value.blanks};
+    for (std::string character : characters_of(charset, value.stored)) {
+        if (character.size() == 1) {
+            character[0] = static_cast<char>(std::toupper(static_cast<unsigned char>(character[0])));
+        } else if (character == pairs[charset][1]) {
+            character = pairs[charset][0];
+        }
+        result.stored += character;
+    }
+    return result;
+}
+
+std::string search(const bifun_settings& settings, bool folds, unit unit, text value, text pattern, std::int64_t start,
+                   std::int64_t occurrence) {
+    if (is_empty(pattern)) {
+        return "NULL";
+    }
+    if (folds && settings.case_sensitive == 0) {
+        value = folded(settings.charset_code, value);
+        pattern = folded(settings.charset_code, pattern);
+    }
+    return std::to_string(
+        place_of(full_text(settings.charset_code, value), full_text(settings.charset_code, pattern), unit, start, occurrence));
+}
+
+std::string substring_index(std::uint32_t charset, const text& value, const text& delimiter, std::int64_t count) {
+    const characters all = full_text(charset, value);
+    const characters sought = full_text(charset, delimiter);
+    if (count == 0 || sought.empty()) {
+        return shown({});
+    }
+    const std::vector<std::size_t> found = occurrences(all, sought);
+    const auto wanted = static_cast<std::size_t>(std::abs(count));
+    if (wanted > found.size()) {
+        return shown({joined(all.begin(), all.end()), 0});
+    }
+    if (count > 0) {
+        return shown({joined(all.begin(), all.begin() + static_cast<std::ptrdiff_t>(found[wanted - 1])), 0});
+    }
+    return shown({joined(all.begin() + static_cast<std::ptrdiff_t>(found[found.size() - wanted] + sought.size()), all.end()), 0});
+}
+
+} // namespace
+
+std::vector<std::string> alphabet(std::uint32_t charset) {
+    const std::vector<std::string> of_charsets[] = {{"\201a", "\201A", "\x81\x81", "\2010\2010", "\xA6\xA1", "\xA6\xC1"},
+                                                    {"\xC3\x89", "\xC3\xA9", "\xE4\xB8\x80", "\xE9\x80\x80", "\xF1\x80\x80\x80"},
+                                                    {"\xA5\xC1", "\xA5\xE1", "\xA5\xA5", "\xC1\xA5", "\xB0\xA1"}};
+    std::vector<std::string> all = {"a", "b", "A", "0", " ", "\t", "\xFF"}; // the last is a character of none of them
+    all.insert(all.end(), of_charsets[charset].begin(), of_charsets[charset].end());
+    return all;
+}
+
+std::vector<std::string> characters_of(std::uint32_t charset, std::string_view bytes) {
+    characters all;
+    for (; !bytes.empty(); bytes.remove_prefix(all.back().size())) {
+        all.emplace_back(bytes.substr(0, std::max<std::size_t>(multibyte_length(charset, bytes), 1)));
+    }
+    return all;
+}
+
+std::string shown(const text& value) {
+    std::string print = "'";
+    for (const char byte : value.stored) {
+        char code[8];
+        std::snprintf(code, sizeof code, lies_in(static_cast<unsigned char>(byte), ' ', '~') ? "%c" : "\\x%02X",
+                      static_cast<unsigned char>(byte));
+        print += code;
+    }
+    print += "'";
+    if (value.blanks != 0) {
+        print.append("+").append(std::to_string(value.blanks));
+    }
+    return print;
+}
+
+std::string row_of(const bifun_settings& settings, std::string_view builtin, const std::vector<value>& arguments) {
+    const std::uint32_t charset = settings.charset_code;
+    const std::size_t count = arguments.size();
+    const auto number = [&](std::size_t position, std::int64_t otherwise) {
+        return position < count ? arguments[position].number : otherwise;
+    };
+    const text& first = arguments[0].string;
+    const text blank = {"", 1};
+    if (std::ranges::any_of(arguments, &value::is_null)) {
+        return "NULL";
+    }
+    if (builtin == "TRIM") {
+        return count == 1 ? trimmed_on_both_sides(charset, first, blank)
+                          : trim(charset, arguments[0].number, arguments[1].string, arguments[2].string);
+    }
+    const text& second = count > 1 ? arguments[1].string : blank;
+    if (builtin == "LTRIM") {
+        return trimmed_on_the_left(charset, first, second);
+    }
+    if (builtin == "RTRIM") {
+        return trimmed_on_the_right(charset, first, second);
+    }
+    if (builtin == "SUBSTR") {
+        return substring(charset, first, number(1, 1), number(2, everything));
+    }
+    if (builtin == "SUBSTRB") {
+        return substring_of_bytes(charset, first, number(1, 1), number(2, everything));
+    }
+    if (builtin == "LEFT") {
+        return substring(charset, first, 1, number(1, 0));
+    }
+    if (builtin == "RIGHT") {
+        const auto total = static_cast<std::int64_t>(full_text(charset, first).size());
+        return substring(charset, first, number(1, 0) >= total ? 1 : total - number(1, 0) + 1, everything);
+    }
+    if (builtin == "SUBSTRING_INDEX") {
+        return substring_index(charset, first, second, number(2, 0));
+    }
+    if (builtin == "POSITION" || builtin == "LOCATE") {
+        return search(settings, builtin == "POSITION", unit::character, second, first, std::max<std::int64_t>(number(2, 1), 0), 1);
+    }
+    const unit unit = builtin == "INSTRB" ? unit::byte : unit::character;
+    return search(settings, true, unit, first, second, number(2, 1), number(3, 1));
+}
+
+} // namespace string_model
