@@ -136,7 +136,7 @@ TEST(DateCalls, Arithmetic) {
         {"NUMTOYMINTERVAL(-1.5, 'YEAR')", "\"-1-06\""},
         {"NUMTODSINTERVAL(1.5, 'day')", "\"1 12:00:00\""},
         {"DATE_ADD(DATE '2024-02-29', NUMTOYMINTERVAL(1, 'month'))", "\"2024-03-29\""},
-        {"ADD_MONTHS(DATE '9999-12-01', 1)", "ADD_MONTHS: -6118 the datetime cannot be formatted or read in row 1"},
+        {"ADD_MONTHS(DATE '9999-12-01', 1)", "ADD_MONTHS: -6118 the datetime is outside years -4712 to 9999, or cannot be formatted or read in row 1"},
         {"NEXT_DAY(DATE '2024-02-29', 'FUNDAY')", "NEXT_DAY: -6145 unknown day name"},
         {"NEXT_DAY(DATE '2024-02-29', 'twenty bytes of text')", "NEXT_DAY: -6112 the day name is longer than 19 bytes"},
         {"NUMTODSINTERVAL(1, 'MONTH')", "NUMTODSINTERVAL: -6803 an argument is outside the function's domain in row 1"},
