@@ -13,7 +13,8 @@
  * The two arrays come from the memory object and live as long as its heap; they have room for as many entries as the text has bytes.
  *
  * bifun_search_char_in_str gives the position, from 1, of the first character of a text that is the sought one, or 0. Only characters of the
- * same length are compared. The `_ex` form never looks beyond the end of a text that cuts its last character off.
+ * same length are compared. A character that the
+ * end of the text cuts off has the length that its first bytes say, in the `_ex` form that of what is left of it.
  *
  * bifun_colstr_assign_with_blank gives row `row` of `result` the full text of `source`, its trailing blanks as bytes, and sets the row's null
  * flag. bifun_colstr_assign_with_blank_no_clear does so for a value of its own, whose bytes come from the memory object; it takes no notice

@@ -73,7 +73,8 @@ uint8_t* zq_mbsrev_with_compatible_mode(uint8_t* text, uint32_t length, uint32_t
 
 /* ---- trimming ------------------------------------------------------------------------------------------------------- */
 
-/* Advance `*text` behind the leading characters that are characters of the set, or blanks (0x20), and shorten `*length`. */
+/* Advance `*text` and shorten `*length`: trim_left behind the leading characters that are characters of the set, trim_left_space behind the
+ * leading blanks (0x20). */
 void trim_left(const uint8_t* set, uint32_t set_length, const uint8_t** text, uint32_t* length);
 void trim_left_space(const uint8_t** text, uint32_t* length);
 

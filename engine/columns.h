@@ -18,9 +18,9 @@ extern "C" {
 extern int32_t bdta3_setters_are_plain_stores __attribute__((weak));
 
 /* Optional. Where an engine defines this symbol and it is non-zero, `engine_header[1]` of a string column that is written points to the
- * column's free bytes, which may be overwritten at will, and bdta3_col_assign_str does nothing but copy the bytes to `top`, set `top`
- * behind them and store the string record, with data pointing to the copy. Then the library does that itself as long as the bytes fit, and
- * calls the operation where they do not. It must not change during a call. */
+ * column's free bytes, all of which may be overwritten at will, and bdta3_col_assign_str does nothing but copy the bytes to `top`, set
+ * `top` behind them and store the string record, with data pointing to the copy. Then the library does that itself for short values as long
+ * as there is room, and calls the operation for the others. It must not change during a call. */
 extern int32_t bdta3_free_bytes_are_open __attribute__((weak));
 typedef struct bdta3_free_bytes {
     uint8_t* top;

@@ -43,7 +43,8 @@ enum zqtime_field {
 int32_t zqtime_encode(zqtime* result, int32_t year, uint32_t month, uint32_t day, uint32_t hour, uint32_t minute, uint32_t second,
                       uint32_t microsecond, int32_t zone);
 
-/* One component. The year is a signed number in the bits of an unsigned one; zqtime_get_msec is the fraction in microseconds, 0-999999. */
+/* One component. The year is a signed number in the bits of an unsigned one; zqtime_get_msec is the fraction in microseconds, 0-999999. The
+ * hour of a time that was made from seconds may be above 23. */
 uint32_t zqtime_get_year(const zqtime* value);
 uint32_t zqtime_get_month(const zqtime* value);
 uint32_t zqtime_get_day(const zqtime* value);
@@ -122,7 +123,7 @@ int32_t zqtime_to_days(const zqtime* value, int64_t* days);
  * week (7 days). */
 int32_t zqtime_add_by_fmt(const zqtime* value, int32_t field, int64_t amount, zqtime* result);
 
-/* Adds days, a fraction of which is a time rounded to microseconds, halves away from zero. */
+/* Adds days, a fraction of which is a time rounded to microseconds, halves away from zero. Whole days leave the time as it is. */
 int32_t zqtime_date_add_number(const zqtime* value, double days, zqtime* result);
 
 /* Adds months; the last day of a month stays the last. */

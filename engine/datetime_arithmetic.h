@@ -136,8 +136,8 @@ struct day_span {
     std::int64_t microseconds;
 };
 
-// A number of days, its fraction rounded to microseconds, halves away from zero. Returns false where it is no number; a span longer than
-// the range of years stays too long for it.
+// A number of days, its fraction rounded to microseconds as a double, halves away from zero. Returns false where it is no number; a span
+// longer than the range of years stays too long for it.
 constexpr bool split_days(double days, day_span& result) {
     constexpr double beyond_range = 1e9;
     if (!(days > -beyond_range && days < beyond_range)) {
@@ -150,6 +150,11 @@ constexpr bool split_days(double days, day_span& result) {
     const double rest = microseconds - static_cast<double>(result.microseconds);
     result.microseconds += (rest >= 0.5 ? 1 : 0) - (rest <= -0.5 ? 1 : 0);
     return true;
+}
+
+// Whole days leave the time as it is, also one of more than a day.
+constexpr bool add_span(datetime_words words, day_span span, datetime_words& result) {
+    return span.microseconds == 0 ? add_days(words, span.days, result) : add_time(words, span.days, span.microseconds, result);
 }
 
 // How a field of zqtime_add_by_fmt is added, so that a loop finds it out once.

@@ -25,7 +25,7 @@ struct datetime_parts {
     std::int32_t year;
     std::uint32_t month;
     std::uint32_t day;
-    std::uint32_t hour; // up to 20 bits: arithmetic on times may pass 24 hours
+    std::uint32_t hour; // up to 20 bits: a time made from seconds may have more than 24
     std::uint32_t minute;
     std::uint32_t second;
     std::uint32_t microsecond;

@@ -14,21 +14,22 @@ namespace {
 // Calls `attempt(datetimes, result, values...)` for every row.
 template <class Attempt, class... Arguments> status moved_rows(const batch& batch, const Attempt& attempt, const Arguments&... arguments) {
     return with_datetimes([&](auto datetimes) {
-        return attempt_set_rows<zqtime, failing_row::null>(
+        return attempt_set_rows<zqtime>(
             batch,
             [datetimes, attempt](zqtime& result, const auto&... values) INLINED -> status { return attempt(datetimes, result, values...); },
             arguments...);
     });
 }
 
-// Many rows at once, where datetimes are packed.
+// Many rows at once, where datetimes are packed. How many days a count stands for is one more constant to the kernel.
 template <class Value, class Count>
 INLINED inline status add_days_at_once(const batch& batch, const Value& value, const Count& count, std::int64_t days_per_count) {
     using checks = row_checks<check_add_days_packed, nullptr, failing_row::null>;
     return set_rows<rows::all, add_days_packed, checks>(batch, value, count, constant_argument<std::int64_t>{days_per_count, true});
 }
 
-// `field` is the same for all rows. One that cannot be added fails at the first of them.
+// `field` is the same for all rows, so attempts know it already; as an argument it only takes part in what the flags promise. One that
+// cannot be added fails at the first row.
 template <class Amount, class Value> INLINED inline status dateadd(const batch& batch, int_constant field, Amount amount, Value value) {
     if (field->not_null == 0) {
         return null_rows(batch);
@@ -40,7 +41,7 @@ template <class Amount, class Value> INLINED inline status dateadd(const batch& 
     return with_datetimes([&](auto datetimes) {
         typename decltype(datetimes)::field_step step;
         const status made = datetimes.make_step(field->value, step);
-        return attempt_set_rows<zqtime, failing_row::null>(
+        return attempt_set_rows<zqtime>(
             batch,
             [datetimes, step, made](zqtime& result, std::int32_t, std::int64_t count, const zqtime& moment)
                 INLINED -> status { return made < BIFUN_OK ? made : datetimes.add_steps(moment, step, count, result); },
@@ -57,7 +58,7 @@ INLINED inline status add_days(const batch& batch, column value, double_constant
     return with_datetimes([&](auto datetimes) {
         typename decltype(datetimes)::day_span span;
         const status made = datetimes.make_span(count.value, span);
-        return attempt_set_rows<zqtime, failing_row::null>(
+        return attempt_set_rows<zqtime>(
             batch,
             [datetimes, span, made](zqtime& result, const zqtime& moment, double)
                 INLINED -> status { return made < BIFUN_OK ? made : datetimes.add_span(moment, span, result); },
@@ -137,13 +138,13 @@ status parse_weekday(const bifun_string& name, std::int32_t& weekday) {
 
 // An operation of the engine is called, never passed on: its address would have to be known when the library is loaded.
 constexpr auto to_year_month = [](const xdec& number, const bifun_string& unit, bifun_interval_ym& result)
-                                   INLINED { return xdec_to_ivym(&number, unit.data, unit.length, &result); };
+                                   INLINED { return failure_of(xdec_to_ivym(&number, unit.data, unit.length, &result)); };
 constexpr auto to_day_time = [](const xdec& number, const bifun_string& unit, bifun_interval_dt& result)
-                                 INLINED { return xdec_to_ivdt(&number, unit.data, unit.length, &result); };
+                                 INLINED { return failure_of(xdec_to_ivdt(&number, unit.data, unit.length, &result)); };
 
 template <class Interval, class Convert>
 status intervals_of(const batch& batch, column number, string_constant unit, const Convert& convert) {
-    return attempt_store_rows<Interval, failing_row::null>(
+    return attempt_store_rows<Interval>(
         batch, [convert](Interval& result, const xdec& count, const bifun_string& name) INLINED { return convert(count, name, result); },
         decimal(number), string(unit));
 }
@@ -187,14 +188,16 @@ VECTORISED status blast_day_a_date(BATCH_OF(column value)) {
 }
 
 status blast_day_str_a_date(BATCH_OF(column text)) {
-    return moved_rows(
-        BATCH,
-        [](auto datetimes, zqtime& result, const bifun_string& value) -> status {
-            zqtime converted;
-            const status outcome = zqtime_from_char_ex(value.data, value.length, &converted);
-            return outcome < BIFUN_OK || outcome == BIFUN_UNUSABLE_TEXT ? outcome : ifun_parse_last_day(datetimes, result, converted);
-        },
-        string(text));
+    return with_datetimes([&](auto datetimes) {
+        return attempt_set_rows<zqtime, nulls::of_attempts>(
+            BATCH,
+            [datetimes](zqtime& result, const bifun_string& value) -> status {
+                zqtime converted;
+                const status outcome = zqtime_from_char_ex(value.data, value.length, &converted);
+                return outcome < BIFUN_OK || outcome == BIFUN_UNUSABLE_TEXT ? outcome : ifun_parse_last_day(datetimes, result, converted);
+            },
+            string(text));
+    });
 }
 
 status bnext_day_av_date(BATCH_OF(column value, string_constant name)) {
@@ -208,7 +211,7 @@ status bnext_day_av_date(BATCH_OF(column value, string_constant name)) {
     return with_datetimes([&](auto datetimes) {
         typename decltype(datetimes)::field_step day;
         (void)datetimes.make_step(ZQTIME_DAY, day);
-        return attempt_set_rows<zqtime, failing_row::null>(
+        return attempt_set_rows<zqtime>(
             batch,
             [datetimes, target, day](zqtime& result, const zqtime& moment, const bifun_string&) INLINED -> status {
                 std::int32_t weekday;

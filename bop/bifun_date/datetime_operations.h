@@ -1,5 +1,5 @@
 // What the date families ask of a datetime, in two forms: worked out in place, for an engine whose datetimes have the packed layout, and by
-// the engine's operations. Both records have the same members with the same results; a family is written once, over one of them:
+// the engine's operations. What both records have gives the same results; a family is written once, over one of them:
 //
 //     with_datetimes([&](auto datetimes) INLINED { return ...; })
 //
@@ -92,8 +92,12 @@ struct packed_datetimes {
         if (!datetime_arithmetic::datediff(field, words(a), words(b), count)) {
             return BIFUN_ARGUMENT_OUT_OF_DOMAIN;
         }
-        result = static_cast<std::int32_t>(count);
-        return result == count ? BIFUN_OK : BIFUN_NUMERIC_OVERFLOW;
+        const auto fitting = static_cast<std::int32_t>(count);
+        if (fitting != count) {
+            return BIFUN_NUMERIC_OVERFLOW;
+        }
+        result = fitting;
+        return BIFUN_OK;
     }
 
     // What is added in one step of a field, and a number of days: what is known of them before a row is seen.
@@ -112,9 +116,7 @@ struct packed_datetimes {
     }
     static status add_span(const zqtime& value, const day_span& span, zqtime& result) {
         datetime_layout::datetime_words sum;
-        const bool in_range = span.microseconds == 0 ? datetime_arithmetic::add_days(words(value), span.days, sum)
-                                                     : datetime_arithmetic::add_time(words(value), span.days, span.microseconds, sum);
-        return stored(in_range, sum, result);
+        return stored(datetime_arithmetic::add_span(words(value), span, sum), sum, result);
     }
     static status add_months(const zqtime& value, std::int32_t months, zqtime& result) {
         datetime_layout::datetime_words sum;
@@ -153,6 +155,9 @@ struct packed_datetimes {
     }
 };
 
+inline status failure_of(status outcome) { return outcome < BIFUN_OK ? outcome : BIFUN_OK; }
+
+// Of the statuses of operations only the negative ones count.
 struct engine_datetimes {
     static std::int32_t year(const zqtime& value) { return static_cast<std::int32_t>(zqtime_get_year(&value)); }
     static std::int32_t month(const zqtime& value) { return static_cast<std::int32_t>(zqtime_get_month(&value)); }
@@ -183,7 +188,7 @@ struct engine_datetimes {
         return BIFUN_OK;
     }
     static status datediff(std::int32_t field, const zqtime& a, const zqtime& b, std::int32_t& result) {
-        return zqtime_parse_datediff(field, &a, &b, &result);
+        return failure_of(zqtime_parse_datediff(field, &a, &b, &result));
     }
 
     using field_step = std::int32_t;
@@ -197,21 +202,24 @@ struct engine_datetimes {
         return BIFUN_OK;
     }
     static status add_steps(const zqtime& value, field_step step, std::int64_t amount, zqtime& result) {
-        return zqtime_add_by_fmt(&value, step, amount, &result);
+        return failure_of(zqtime_add_by_fmt(&value, step, amount, &result));
     }
-    static status add_span(const zqtime& value, day_span span, zqtime& result) { return zqtime_date_add_number(&value, span, &result); }
+    static status add_span(const zqtime& value, day_span span, zqtime& result) {
+        return failure_of(zqtime_date_add_number(&value, span, &result));
+    }
     static status add_months(const zqtime& value, std::int32_t months, zqtime& result) {
-        return zqtime_date_add_iv_ym(&value, months, &result);
+        return failure_of(zqtime_date_add_iv_ym(&value, months, &result));
     }
     static status add_interval(const zqtime& value, const bifun_interval_ym& interval, zqtime& result) {
-        return datetime_add_interval_ym(&value, &interval, &result);
+        return failure_of(datetime_add_interval_ym(&value, &interval, &result));
     }
     static status subtract_interval(const zqtime& value, const bifun_interval_ym& interval, zqtime& result) {
-        return datetime_sub_interval_ym(&value, &interval, &result);
+        return failure_of(datetime_sub_interval_ym(&value, &interval, &result));
     }
     static status last_day_of_month(const zqtime& value, zqtime& result) {
         zqtime_assign(&result, &value);
-        return zqtime_set_day(&result, zqtime_month_end_day(year(value), zqtime_get_month(&value)));
+        (void)zqtime_set_day(&result, zqtime_month_end_day(year(value), zqtime_get_month(&value)));
+        return BIFUN_OK;
     }
     static std::int32_t month_end_day(std::int32_t year, std::int32_t month) {
         return static_cast<std::int32_t>(zqtime_month_end_day(year, static_cast<std::uint32_t>(month)));

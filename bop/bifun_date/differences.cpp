@@ -13,7 +13,7 @@ namespace {
 template <class Result, class Attempt, class... Arguments>
 status counted_rows(const batch& batch, const Attempt& attempt, const Arguments&... arguments) {
     return with_datetimes([&](auto datetimes) {
-        return attempt_set_rows<Result, failing_row::null>(
+        return attempt_set_rows<Result>(
             batch,
             [datetimes, attempt](Result& result, const auto&... values) INLINED -> status { return attempt(datetimes, result, values...); },
             arguments...);
@@ -205,7 +205,7 @@ bool number_of_day(const zqtime& value, std::int64_t& number) {
     if (zqtime_to_days(&date, &number) < BIFUN_OK || number > INT32_MAX) {
         return false;
     }
-    // The engine counts the days of the Julian calendar's first centuries; after the changeover there are two fewer.
+    // The numbers that SQL users know are two lower; up to 1600 they are those of the engine.
     constexpr std::int32_t last_year_as_counted = 1600;
     number -= engine_datetimes::year(date) > last_year_as_counted ? 2 : 0;
     return true;
@@ -263,15 +263,20 @@ VECTORISED status byears_between_aa_date(BATCH_OF(column a, column b)) { return 
 VECTORISED status byears_between_av_date(BATCH_OF(column a, datetime_constant b)) { return years_between_rows(BATCH, a, b); }
 VECTORISED status byears_between_va_date(BATCH_OF(datetime_constant a, column b)) { return years_between_rows(BATCH, a, b); }
 
-// A NULL stands for today.
+// A NULL stands for today, which is asked for once.
 status bto_days_a_date(BATCH_OF(column value)) {
     const batch batch = BATCH;
-    const current_day now = today();
     result->no_nulls = value->no_nulls;
     return with_rows(
         [&](const auto& rows) -> status {
+            current_day now{};
+            bool is_asked = false;
             for (std::uint32_t k = 0; k < row_count; ++k) {
                 const bool is_today = !rows.has_value(k);
+                if (is_today && !is_asked) {
+                    now = today();
+                    is_asked = true;
+                }
                 std::int64_t number = 0;
                 const bool is_known = (!is_today || now.is_known) && number_of_day(is_today ? now.moment : rows[k], number);
                 null_flags(batch)[k] = static_cast<std::uint8_t>(is_known);

@@ -54,8 +54,9 @@ template <auto packed_kernel, auto engine_kernel> INLINED inline status rows_of(
                                   : store_rows<rows::present, engine_kernel>(batch, value);
 }
 
+// Writes no value, so the type of the result does not matter.
 template <class T> status refuse_rows(const batch& batch, const column_argument<T>& value) {
-    return attempt_store_rows<std::int32_t, failing_row::null>(
+    return attempt_store_rows<std::int32_t>(
         batch, [](std::int32_t&, const T&) -> status { return BIFUN_ARGUMENT_OUT_OF_DOMAIN; }, value);
 }
 
@@ -123,18 +124,20 @@ status extract(const batch& batch, int_constant field, field_set allowed, column
 
 // ---- columns of text -----------------------------------------------------------------------------------------------------------
 
-// Calls `attempt(result, value)` for every text that is a datetime; the others make NULL rows.
+// Calls `attempt(datetimes, result, value, constants...)` for every text that is a datetime; the others make NULL rows.
 template <class Result, class Attempt, class... Constants>
 status rows_of_text(const batch& batch, column text, const Attempt& attempt, const Constants&... constants) {
     return with_datetimes([&](auto datetimes) {
-        return attempt_set_rows<Result, failing_row::null>(
-            batch,
-            [datetimes, attempt](Result& result, const bifun_string& value, const auto&... settings) -> status {
-                zqtime converted;
-                const status outcome = zqtime_from_char_ex(value.data, value.length, &converted);
-                return outcome < BIFUN_OK || outcome == BIFUN_UNUSABLE_TEXT ? outcome : attempt(datetimes, result, converted, settings...);
-            },
-            string(text), constants...);
+        const auto convert = [datetimes, attempt](Result& result, const bifun_string& value, const auto&... settings) -> status {
+            zqtime converted;
+            const status outcome = zqtime_from_char_ex(value.data, value.length, &converted);
+            return outcome < BIFUN_OK || outcome == BIFUN_UNUSABLE_TEXT ? outcome : attempt(datetimes, result, converted, settings...);
+        };
+        if constexpr (std::is_integral_v<Result>) {
+            return attempt_store_rows<Result, nulls::of_attempts>(batch, convert, string(text), constants...);
+        } else {
+            return attempt_set_rows<Result, nulls::of_attempts>(batch, convert, string(text), constants...);
+        }
     });
 }
 
@@ -162,8 +165,11 @@ constexpr auto ifun_parse_extract_datetime = [](auto datetimes, std::int32_t& co
 };
 
 constexpr auto ifun_parse_extract_msec = [](auto datetimes, double& component, const zqtime& value, std::int32_t field) -> status {
+    if (field != ZQTIME_SECOND) {
+        return BIFUN_ARGUMENT_OUT_OF_DOMAIN;
+    }
     component = seconds<decltype(datetimes)>(value);
-    return field == ZQTIME_SECOND ? BIFUN_OK : BIFUN_ARGUMENT_OUT_OF_DOMAIN;
+    return BIFUN_OK;
 };
 
 // ---- names -----------------------------------------------------------------------------------------------------------------------
@@ -182,7 +188,7 @@ template <std::size_t count> bifun_string name_at(const std::string_view (&names
 template <class Name> status name_rows(const batch& batch, column value, const Name& name) {
     return with_byte_operations([&](auto bytes) INLINED -> status {
         return with_datetimes([&](auto datetimes) INLINED -> status {
-            return attempt_string_rows<failing_row::null>(
+            return attempt_string_rows(
                 batch, bytes,
                 [datetimes, name](bifun_string& text, const zqtime& moment) INLINED -> status {
                     text = name(datetimes, moment);
@@ -292,7 +298,7 @@ VECTORISED status bdayofweek_a_date(BATCH_OF(column value)) {
     if (datetimes_are_packed()) {
         return store_rows<rows::all, day_of_week_from_1>(batch, datetime(value));
     }
-    return attempt_store_rows<std::int32_t, failing_row::null>(
+    return attempt_store_rows<std::int32_t>(
         batch,
         [](std::int32_t& number, const zqtime& moment) {
             std::int32_t weekday;

@@ -22,6 +22,9 @@ struct search_request {
     [[nodiscard]] bool is_plain() const { return fold == folding::none && start == 1 && occurrence == 1; }
 };
 
+// Longer patterns are searched with tables: comparing one at every place that looks like it would take too long.
+constexpr std::uint32_t longest_plain_pattern = 64;
+
 // What folding is asked for on this server.
 inline folding folding_unless_case_sensitive(folding fold) { return global_bifun_var.case_sensitive == 0 ? fold : folding::none; }
 
@@ -154,9 +157,12 @@ struct located {
 // reversed.
 [[gnu::noinline]] inline located search_value(const pattern_search& search, scratch& scratch, bifun_string value) {
     const search_request& request = search.request;
-    const bool may_end_in_blanks = value.trailing_blanks != 0 && (search.ends_in_blank || request.is_backward());
-    const bool is_copied = may_end_in_blanks || request.fold != folding::none || request.is_backward();
-    const std::uint64_t length = may_end_in_blanks ? full_length(value) : value.length;
+    // Of the blanks a place that begins before them has at most what lies behind the pattern's first byte.
+    const std::uint32_t reached = search.is_blank || request.is_backward() ? value.trailing_blanks
+                                  : search.ends_in_blank                   ? std::min(value.trailing_blanks, search.pattern.length - 1)
+                                                                           : 0;
+    const bool is_copied = reached != 0 || request.fold != folding::none || request.is_backward();
+    const std::uint64_t length = std::uint64_t{value.length} + reached;
     const std::uint64_t positions_size = length * sizeof(std::uint32_t);
     std::uint8_t* const memory = length > UINT32_MAX ? nullptr : reserve(scratch, positions_size + (is_copied ? length : 0));
     if (memory == nullptr) {
@@ -166,7 +172,7 @@ struct located {
     const std::uint8_t* text = value.data;
     if (is_copied) {
         std::uint8_t* const copy = memory + positions_size;
-        write_full_text(copy, {value.length, may_end_in_blanks ? value.trailing_blanks : 0, value.data});
+        write_full_text(copy, {value.length, reached, value.data});
         fold_case(copy, text_length, request.fold);
         if (request.is_backward() && text_length != 0 && zq_mbsrev_ex(copy, text_length) == nullptr) {
             return {0, BIFUN_INVALID_CHARACTER_STRING};
@@ -199,16 +205,25 @@ INLINED inline located binstr_def2_av_process_with_blank(Bytes bytes, bool ascii
 template <class Bytes>
 INLINED inline located binstr_def2_av_process_ignore_blank(Bytes bytes, bool ascii, needle sought, const pattern_search& search,
                                                            scratch& scratch, const bifun_string& value) {
-    if (!has_single_bytes(bytes, ascii, value)) {
-        return search_value(search, scratch, value);
-    }
-    const std::uint32_t offset = Bytes::find(sought, value.data, value.length);
-    if (offset != no_offset) {
-        return {static_cast<std::int32_t>(offset + 1), BIFUN_OK};
+    const bool is_single_byte = has_single_bytes(bytes, ascii, value);
+    if (is_single_byte) {
+        const std::uint32_t offset = Bytes::find(sought, value.data, value.length);
+        if (offset != no_offset) {
+            return {static_cast<std::int32_t>(offset + 1), BIFUN_OK};
+        }
+    } else {
+        const located found = search_value(search, scratch, {value.length, 0, value.data});
+        if (found.outcome < BIFUN_OK || found.position != 0) {
+            return found;
+        }
     }
     const std::uint32_t stored_blanks = Bytes::trailing(blank, value.data, value.length);
-    const bool is_found = std::uint64_t{stored_blanks} + value.trailing_blanks >= sought.length;
-    return {is_found ? static_cast<std::int32_t>(value.length - stored_blanks + 1) : 0, BIFUN_OK};
+    if (std::uint64_t{stored_blanks} + value.trailing_blanks < sought.length) {
+        return {0, BIFUN_OK};
+    }
+    const std::uint32_t before = value.length - stored_blanks;
+    return {static_cast<std::int32_t>((is_single_byte || search.request.in_bytes ? before : zq_mbstrlen_ex(value.data, before)) + 1),
+            BIFUN_OK};
 }
 
 } // namespace bifun

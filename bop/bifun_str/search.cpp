@@ -1,5 +1,6 @@
 // INSTR, INSTRB, POSITION and LOCATE: where a pattern is in a text. A constant pattern is prepared once per batch, a column's for every row
-// that needs it. An empty pattern makes the row NULL; 0 says that the pattern is nowhere.
+// that needs it. An empty pattern makes the row NULL, so no call promises a result without NULLs; 0 says that the
+// pattern is nowhere.
 
 #include "bop/bifun_str/pattern_search.h"
 
@@ -21,7 +22,7 @@ template <class Text, class... Constants>
 status rows_of_search(const batch& batch, const pattern_search& search, const Text& text, const Constants&... constants) {
     return with_scratch(batch.environment, batch.memory, string_source_file, [&](scratch& scratch) INLINED -> status {
         const auto rows_by = [&](auto process) INLINED {
-            return attempt_set_rows<std::int32_t, failing_row::null>(
+            return attempt_set_rows<std::int32_t, nulls::of_attempts>(
                 batch,
                 [process, &search, &scratch](std::int32_t& position, const bifun_string& value, const auto&...) INLINED -> status {
                     const located found = process(search, scratch, value);
@@ -30,7 +31,7 @@ status rows_of_search(const batch& batch, const pattern_search& search, const Te
                 },
                 text, constants...);
         };
-        if (!search.request.is_plain()) {
+        if (!search.request.is_plain() || search.pattern.length > longest_plain_pattern) {
             return rows_by(search_value);
         }
         const bool ascii = ascii_is_single_byte();
@@ -103,7 +104,7 @@ INLINED inline located binstr_def2_aa_process(Bytes bytes, bool ascii, const row
     }
     const bool may_end_in_blanks =
         pattern.trailing_blanks != 0 || (value.trailing_blanks != 0 && pattern.data[pattern.length - 1] == blank);
-    if (!ascii || !search.request.is_plain() || may_end_in_blanks) {
+    if (!ascii || !search.request.is_plain() || may_end_in_blanks || pattern.length > longest_plain_pattern) {
         return search_row(search, pattern, value);
     }
     const std::uint32_t offset = Bytes::find(make_needle(pattern.data, pattern.length), value.data, value.length);
@@ -123,7 +124,7 @@ status search_for_column(const batch& batch, const Pattern& pattern, const searc
             const row_search search{request, short_pattern_algorithm, pattern_scratch, text_scratch};
             return with_byte_operations([&](auto bytes) INLINED -> status {
                 const bool ascii = ascii_is_single_byte();
-                return attempt_set_rows<std::int32_t, failing_row::null>(
+                return attempt_set_rows<std::int32_t, nulls::of_attempts>(
                     batch,
                     [bytes, ascii, &search](std::int32_t& position, const bifun_string& sought, const bifun_string& value, const auto&...)
                         INLINED -> status {
@@ -249,26 +250,32 @@ std::int32_t ifun_instr_low(bifun_environment* environment, bifun_memory_object*
                             std::uint32_t* position, std::uint32_t* match_offset) {
     *position = 0;
     *match_offset = 0;
-    if (pattern_length == 0 || occurrence == 0) {
-        return BIFUN_OK;
-    }
     const search_request request{folding::none, false, start, occurrence};
     const search_algorithm algorithm = pattern_length <= ZQ_SHIFT_OR_LENGTH ? search_algorithm::shift_or : search_algorithm::boyer_moore;
-    if (request.is_backward() && length != 0 && zq_mbsrev_ex(text, length) == nullptr) {
-        return BIFUN_INVALID_CHARACTER_STRING;
+    void* const positions = allocate(environment, memory, std::uint64_t{length} * sizeof(std::uint32_t), string_source_file, __LINE__);
+    if (positions == nullptr) {
+        return BIFUN_OUT_OF_MEMORY;
     }
-    return with_search(
-        environment, memory, pattern, pattern_length, algorithm, request, [](status failure) { return failure; },
-        [&](const pattern_search& search) -> status {
-            void* const positions =
-                allocate(environment, memory, std::uint64_t{length} * sizeof(std::uint32_t), string_source_file, __LINE__);
-            if (positions == nullptr) {
-                return BIFUN_OUT_OF_MEMORY;
-            }
-            const search_result found = search_text(search, text, length, static_cast<std::uint32_t*>(positions));
-            *position = static_cast<std::uint32_t>(found.position);
-            *match_offset = found.offset;
-            release(environment, memory, positions);
-            return BIFUN_OK;
-        });
+    const bool reverses = request.is_backward() && length != 0;
+    status outcome = reverses && zq_mbsrev_ex(text, length) == nullptr ? BIFUN_INVALID_CHARACTER_STRING : BIFUN_OK;
+    if (outcome == BIFUN_OK && pattern_length != 0) {
+        outcome = with_search(
+            environment, memory, pattern, pattern_length, algorithm, request,
+            [&](status failure) {
+                if (reverses) {
+                    (void)zq_mbsrev_ex(text, length); // the text as it was
+                }
+                return failure;
+            },
+            [&](const pattern_search& search) -> status {
+                if (occurrence != 0) {
+                    const search_result found = search_text(search, text, length, static_cast<std::uint32_t*>(positions));
+                    *position = static_cast<std::uint32_t>(found.position);
+                    *match_offset = found.offset;
+                }
+                return BIFUN_OK;
+            });
+    }
+    release(environment, memory, positions);
+    return outcome;
 }

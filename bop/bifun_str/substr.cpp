@@ -95,12 +95,12 @@ INLINED inline status substring(Bytes bytes, bool ascii, bifun_string& part, con
     return placed;
 }
 
-// `range_of(values...)` is what is wanted of a row.
-template <class RangeOf, class... Arguments>
+// `range_of(values...)` is what is wanted of a row. A length makes NULLs where it is negative.
+template <nulls made, class RangeOf, class... Arguments>
 status substring_rows(const batch& batch, const RangeOf& range_of, column text, const Arguments&... arguments) {
     return with_byte_operations([&](auto bytes) INLINED -> status {
         const bool ascii = ascii_is_single_byte();
-        return attempt_string_rows<failing_row::null>(
+        return attempt_string_rows<made>(
             batch, bytes,
             [bytes, ascii, range_of](bifun_string& part, const bifun_string& value, const auto&... values)
                 INLINED -> status { return substring(bytes, ascii, part, value, range_of(values...)); },
@@ -114,11 +114,11 @@ constexpr auto first = [](std::int32_t count) INLINED { return wanted_range{1, c
 constexpr auto last = [](std::int32_t count) INLINED { return wanted_range{count == 0 ? 1 : -std::int64_t{count}, count, true}; };
 
 template <class Position, class Length> status substr(const batch& batch, column text, Position position, Length length) {
-    return substring_rows(batch, from_to, text, integer(position), integer(length));
+    return substring_rows<nulls::of_attempts>(batch, from_to, text, integer(position), integer(length));
 }
 
 template <class Position> status substr(const batch& batch, column text, Position position) {
-    return substring_rows(batch, from, text, integer(position));
+    return substring_rows<nulls::of_arguments>(batch, from, text, integer(position));
 }
 
 // ---- SUBSTRB -----------------------------------------------------------------------------------------------------------
@@ -166,9 +166,9 @@ status substring_in_bytes(const batch& batch, bifun_string& part, const bifun_st
     return BIFUN_OK;
 }
 
-template <class RangeOf, class... Arguments>
+template <nulls made, class RangeOf, class... Arguments>
 status substring_rows_in_bytes(const batch& batch, const RangeOf& range_of, column text, const Arguments&... arguments) {
-    return attempt_store_rows<bifun_string, failing_row::null>(
+    return attempt_store_rows<bifun_string, made>(
         batch,
         [batch, range_of](bifun_string& part, const bifun_string& value, const auto&... values) {
             return substring_in_bytes(batch, part, value, range_of(values...));
@@ -182,7 +182,7 @@ template <class RangeOf> status end_of_text(const batch& batch, const RangeOf& r
     if (count->not_null != 0 && count->value < 0) {
         return fail_batch(batch, BIFUN_ARGUMENT_OUT_OF_DOMAIN);
     }
-    return substring_rows(batch, range_of, text, integer(count));
+    return substring_rows<nulls::of_arguments>(batch, range_of, text, integer(count));
 }
 
 } // namespace
@@ -199,7 +199,7 @@ status bsubstr_def1_av_str(BATCH_OF(column text, int_constant position)) { retur
 
 status bsubstr_def2_a_str(BATCH_OF(column text)) {
     return with_byte_operations([&](auto bytes) INLINED -> status {
-        return attempt_string_rows<failing_row::null>(
+        return attempt_string_rows(
             BATCH, bytes,
             [](bifun_string& copy, const bifun_string& value) INLINED -> status {
                 copy = value;
@@ -210,10 +210,10 @@ status bsubstr_def2_a_str(BATCH_OF(column text)) {
 }
 
 status bsubstrb_avv_str(BATCH_OF(column text, int_constant position, int_constant length)) {
-    return substring_rows_in_bytes(BATCH, from_to, text, integer(position), integer(length));
+    return substring_rows_in_bytes<nulls::of_attempts>(BATCH, from_to, text, integer(position), integer(length));
 }
 status bsubstrb_def_av_str(BATCH_OF(column text, int_constant position)) {
-    return substring_rows_in_bytes(BATCH, from, text, integer(position));
+    return substring_rows_in_bytes<nulls::of_arguments>(BATCH, from, text, integer(position));
 }
 
 status bleftstr_av_str(BATCH_OF(column text, int_constant count)) { return end_of_text(BATCH, first, text, count); }

@@ -1,7 +1,7 @@
 // SUBSTRING_INDEX: the text before the n-th delimiter, or behind the n-th from the end. The search reverses what it searches backwards, so
 // both texts are scratch copies with their blanks written out, made afresh for every row.
 
-#include "bop/bifun_str/text.h"
+#include "bop/bifun_str/pattern_search.h"
 
 namespace bifun {
 namespace {
@@ -91,14 +91,15 @@ template <class Delimiter> status substring_index(const batch& batch, column tex
     return with_scratch(batch.environment, batch.memory, string_source_file, [&](scratch& scratch) {
         return with_byte_operations([&](auto bytes) INLINED -> status {
             const bool ascii = ascii_is_single_byte();
-            return attempt_string_rows<failing_row::null>(
+            return attempt_string_rows(
                 batch, bytes,
                 [&](bifun_string& part, const bifun_string& value, const bifun_string& separator, std::int32_t n) INLINED -> status {
                     part = {0, 0, value.data};
                     if (n == 0 || is_empty(separator)) {
                         return BIFUN_OK;
                     }
-                    if (value.trailing_blanks == 0 && separator.trailing_blanks == 0 && has_single_bytes(bytes, ascii, value)) {
+                    if (value.trailing_blanks == 0 && separator.trailing_blanks == 0 && separator.length <= longest_plain_pattern &&
+                        has_single_bytes(bytes, ascii, value)) {
                         part = part_of_single_bytes(bytes, value, separator, n);
                         return BIFUN_OK;
                     }

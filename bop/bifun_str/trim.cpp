@@ -200,7 +200,7 @@ template <class Kernel, class... Constants>
 status trim_rows(const batch& batch, const Kernel& kernel, const trim_set& set, column text, const Constants&... constants) {
     return with_byte_operations([&](auto bytes) INLINED -> status {
         const bool ascii = ascii_is_single_byte();
-        return attempt_string_rows<failing_row::null>(
+        return attempt_string_rows(
             batch, bytes,
             [bytes, ascii, &kernel, &set](bifun_string& rest, const bifun_string& value, const auto&...) INLINED -> status {
                 rest = value;
@@ -213,7 +213,7 @@ status trim_rows(const batch& batch, const Kernel& kernel, const trim_set& set, 
 template <class Kernel, class Text, class Set> status trim_rows_by_column(const batch& batch, const Kernel& kernel, Text text, Set set) {
     return with_byte_operations([&](auto bytes) INLINED -> status {
         const bool ascii = ascii_is_single_byte();
-        return attempt_string_rows<failing_row::null>(
+        return attempt_string_rows(
             batch, bytes,
             [bytes, ascii, &kernel](bifun_string& rest, const bifun_string& value, const bifun_string& characters) -> status {
                 rest = value;
@@ -244,7 +244,7 @@ template <class Text> status trim_by_column(const batch& batch, int_constant mod
     return with_trim_kernel(integer(mode), [&](const auto& kernel) {
         return with_byte_operations([&](auto bytes) INLINED -> status {
             const bool ascii = ascii_is_single_byte();
-            return attempt_string_rows<failing_row::null>(
+            return attempt_string_rows(
                 batch, bytes,
                 [bytes, ascii, &kernel](bifun_string& rest, std::int32_t, const bifun_string& value,
                                         const bifun_string& characters) -> status {

@@ -1,13 +1,13 @@
 // The row loop of the functions whose rows are evaluated one after the other: because the result is a string, or because a row may fail or
 // be NULL though no argument is.
 //
-//     attempt_set_rows<result type, on_failure>(batch, attempt, arguments...)      results go through the engine's setters
-//     attempt_store_rows<result type, on_failure>(batch, attempt, arguments...)    results go straight into the value array
-//     attempt_string_rows<on_failure>(batch, bytes, attempt, arguments...)         `bytes` from with_byte_operations, or portable_bytes
+//     attempt_set_rows<result type>(batch, attempt, arguments...)      results go through the engine's setters
+//     attempt_store_rows<result type>(batch, attempt, arguments...)    results go straight into the value array
+//     attempt_string_rows(batch, bytes, attempt, arguments...)         `bytes` from with_byte_operations, or portable_bytes
 //
 // `attempt(result, values...)` is called for the rows without a NULL and says with its status what becomes of the row: 0 that it has put a
-// value into `result`, above 0 that the row is NULL, below 0 that the batch stops. A string result may point to bytes of the arguments or
-// of the caller: they are copied.
+// value into `result`, above 0 that the row is NULL, below 0 that the batch stops and leaves the row NULL. A string result may point to
+// bytes of the arguments or of the caller: they are copied.
 #ifndef BIFUN_FRAME_ATTEMPT_ROWS_H
 #define BIFUN_FRAME_ATTEMPT_ROWS_H
 
@@ -17,9 +17,12 @@
 
 namespace bifun {
 
-// Outcomes of an attempt besides 0 and the negative statuses; so is an engine's BIFUN_UNUSABLE_TEXT.
+// Outcomes of an attempt besides 0 and the negative statuses. BIFUN_UNUSABLE_TEXT makes the row NULL as well.
 constexpr status null_row = 1;
 constexpr status row_as_it_was = INT32_MAX; // present, but its value is not written
+
+// Whose NULLs make rows NULL. Where an attempt makes some of its own, no promise is given that no row is NULL.
+enum class nulls : std::uint8_t { of_arguments, of_attempts };
 
 // ---- where results go ----
 
@@ -92,9 +95,8 @@ inline bool free_bytes_are_open() { return &bdta3_free_bytes_are_open != nullptr
 
 // ---- the loop ----
 
-template <failing_row on_failure, class Results, class Attempt, class... Rows>
+template <class Results, class Attempt, class... Rows>
 INLINED inline status attempt_each(const batch& batch, Results results, bool no_nulls, const Attempt& attempt, const Rows&... rows) {
-    static_assert(on_failure != failing_row::zero, "an attempt that fails has no value");
     std::uint8_t* const flags = null_flags(batch);
     for (std::uint32_t k = 0; k < batch.row_count; ++k) {
         if (!no_nulls && !all_have_values(k, rows...)) {
@@ -106,9 +108,7 @@ INLINED inline status attempt_each(const batch& batch, Results results, bool no_
             if (outcome < BIFUN_OK) {
                 results.finish();
                 batch.result->no_nulls = 0;
-                if constexpr (on_failure == failing_row::null) {
-                    flags[k] = 0;
-                }
+                flags[k] = 0;
                 return outcome;
             }
             if (outcome != row_as_it_was) {
@@ -123,49 +123,49 @@ INLINED inline status attempt_each(const batch& batch, Results results, bool no_
     return BIFUN_OK;
 }
 
-template <failing_row on_failure, class MakeResults, class Attempt, class... Arguments>
+template <nulls made, class MakeResults, class Attempt, class... Arguments>
 INLINED inline status attempt_all(const batch& batch, MakeResults make_results, const Attempt& attempt, const Arguments&... arguments) {
     const bool no_nulls = (has_no_nulls(arguments) && ...);
-    batch.result->no_nulls = joint_no_null_flag(arguments...);
+    batch.result->no_nulls = made == nulls::of_attempts ? 0 : joint_no_null_flag(arguments...);
     return with_rows([batch, make_results, no_nulls, attempt](const auto&... rows)
-                         INLINED -> status { return attempt_each<on_failure>(batch, make_results(batch), no_nulls, attempt, rows...); },
+                         INLINED -> status { return attempt_each(batch, make_results(batch), no_nulls, attempt, rows...); },
                      arguments...);
 }
 
-template <class Result, failing_row on_failure, class Attempt, class... Arguments>
+template <class Result, nulls made = nulls::of_arguments, class Attempt, class... Arguments>
 INLINED inline status attempt_store_rows(const batch& batch, const Attempt& attempt, const Arguments&... arguments) {
     if ((is_null_constant(arguments) || ...)) {
         return null_rows(batch);
     }
-    return attempt_all<on_failure>(
+    return attempt_all<made>(
         batch, [](const bifun::batch& batch) INLINED { return stored_results<Result>{values<Result>(batch)}; }, attempt, arguments...);
 }
 
 // Through the engine, where it has to be asked for every row.
-template <failing_row on_failure, class Results, class Attempt, class... Arguments>
+template <nulls made, class Results, class Attempt, class... Arguments>
 status attempt_through_engine(const batch& batch, const Attempt& attempt, const Arguments&... arguments) {
-    return attempt_all<on_failure>(
+    return attempt_all<made>(
         batch, [](const bifun::batch& batch) INLINED { return Results{batch}; }, attempt, arguments...);
 }
 
-template <class Result, failing_row on_failure, class Attempt, class... Arguments>
+template <class Result, nulls made = nulls::of_arguments, class Attempt, class... Arguments>
 INLINED inline status attempt_set_rows(const batch& batch, const Attempt& attempt, const Arguments&... arguments) {
     if (setters_are_plain_stores() || (is_null_constant(arguments) || ...)) {
-        return attempt_store_rows<Result, on_failure>(batch, attempt, arguments...);
+        return attempt_store_rows<Result, made>(batch, attempt, arguments...);
     }
-    return attempt_through_engine<on_failure, set_results<Result>>(batch, attempt, arguments...);
+    return attempt_through_engine<made, set_results<Result>>(batch, attempt, arguments...);
 }
 
-template <failing_row on_failure, class Bytes, class Attempt, class... Arguments>
+template <nulls made = nulls::of_arguments, class Bytes, class Attempt, class... Arguments>
 INLINED inline status attempt_string_rows(const batch& batch, Bytes /*how bytes are copied*/, const Attempt& attempt,
                                           const Arguments&... arguments) {
     if ((is_null_constant(arguments) || ...)) {
         return null_rows(batch);
     }
     if (!free_bytes_are_open()) {
-        return attempt_through_engine<on_failure, assigned_strings>(batch, attempt, arguments...);
+        return attempt_through_engine<made, assigned_strings>(batch, attempt, arguments...);
     }
-    return attempt_all<on_failure>(
+    return attempt_all<made>(
         batch, [](const bifun::batch& batch) INLINED { return copied_strings<Bytes>(batch); }, attempt, arguments...);
 }
 

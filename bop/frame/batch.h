@@ -57,7 +57,8 @@ struct batch {
 inline bool has_fma() { return __builtin_cpu_supports("avx2") != 0 && __builtin_cpu_supports("fma") != 0; }
 inline bool has_avx512() {
     return __builtin_cpu_supports("avx512f") != 0 && __builtin_cpu_supports("avx512dq") != 0 && __builtin_cpu_supports("avx512vl") != 0 &&
-           __builtin_cpu_supports("avx512bw") != 0;
+           __builtin_cpu_supports("avx512bw") != 0 && __builtin_cpu_supports("bmi") != 0 && __builtin_cpu_supports("bmi2") != 0 &&
+           __builtin_cpu_supports("lzcnt") != 0;
 }
 #else
 #define WITH_FMA

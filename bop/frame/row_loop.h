@@ -126,23 +126,36 @@ INLINED inline void write_null_flags(std::uint8_t* __restrict flags, std::uint32
     }
 }
 
-// The results of a block, whose flags are written. The value of a NULL row becomes zero, or is whatever the kernel makes of it where it is
-// longer than a register: choosing between two of those would take a branch.
+// Zero where the flag is 0. Longer values are masked word by word: choosing between two of them would take a branch.
+template <class Result> INLINED inline void zero_unless(std::uint8_t flag, Result& value) {
+    if constexpr (std::is_arithmetic_v<Result>) {
+        value = flag != 0 ? value : Result{};
+    } else {
+        static_assert(sizeof(Result) % sizeof(std::uint32_t) == 0);
+        std::uint32_t words[sizeof(Result) / sizeof(std::uint32_t)];
+        std::memcpy(words, &value, sizeof words);
+        for (std::uint32_t& word : words) {
+            word &= 0U - flag;
+        }
+        std::memcpy(&value, words, sizeof words);
+    }
+}
+
+// The results of a block, whose flags are written. The value of a NULL row becomes zero.
 template <auto kernel, class Result, class... Rows>
 INLINED inline void compute_block(Result* __restrict results, const std::uint8_t* flags, std::uint32_t count, bool no_nulls,
                                   const Rows&... rows) {
-    if (no_nulls || !std::is_arithmetic_v<Result>) {
+    if (no_nulls) {
         for (std::uint32_t k = 0; k < count; ++k) {
             evaluate<kernel>(results[k], rows[k]...);
         }
         return;
     }
-    if constexpr (std::is_arithmetic_v<Result>) {
-        for (std::uint32_t k = 0; k < count; ++k) {
-            Result value;
-            evaluate<kernel>(value, rows[k]...);
-            results[k] = flags[k] != 0 ? value : Result{};
-        }
+    for (std::uint32_t k = 0; k < count; ++k) {
+        Result value;
+        evaluate<kernel>(value, rows[k]...);
+        zero_unless(flags[k], value);
+        results[k] = value;
     }
 }
 

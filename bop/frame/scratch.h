@@ -1,6 +1,6 @@
 // Scratch memory of a batch, from the memory object of the call.
 //
-//     return with_scratch(batch, source_file, [&](scratch& scratch) { ... reserve(scratch, size) ... });
+//     return with_scratch(environment, memory, source_file, [&](scratch& scratch) { ... reserve(scratch, size) ... });
 #ifndef BIFUN_FRAME_SCRATCH_H
 #define BIFUN_FRAME_SCRATCH_H
 

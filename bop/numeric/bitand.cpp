@@ -198,7 +198,7 @@ status bbitanddec_av_ulint64_process(const xdec& value, std::uint64_t constant, 
 
 // The constant has been prepared; it stands here for its part in the promise that no row is NULL.
 template <class Process> status bitand_rows(const batch& batch, column x, decimal_constant y, const Process& process) {
-    return attempt_set_rows<xdec, failing_row::null>(
+    return attempt_set_rows<xdec>(
         batch, [&](xdec& result, const xdec& value, const xdec&) -> status { return process(value, result); }, decimal(x), decimal(y));
 }
 

@@ -18,7 +18,7 @@ constexpr std::uint32_t longest_nls = 128;
 template <class T, class Render> status render_rows(const batch& batch, const column_argument<T>& numbers, const Render& render) {
     char buffer[text_size] = {};
     std::uint32_t length = 0;
-    return attempt_string_rows<failing_row::null>(
+    return attempt_string_rows(
         batch, portable_bytes{},
         [&](bifun_string& text, const T& number) -> status {
             std::memset(buffer, 0, length); // clearing it whole would take as long as rendering
@@ -34,7 +34,7 @@ template <class T, class Render> status render_rows(const batch& batch, const co
 
 template <class Integer> status assign_integers(const batch& batch, const column_argument<Integer>& numbers) {
     char buffer[integer_text_size];
-    return attempt_string_rows<failing_row::null>(
+    return attempt_string_rows(
         batch, portable_bytes{},
         [&buffer](bifun_string& text, Integer number) -> status {
             char* const first = write_integer(number, buffer);

@@ -138,7 +138,7 @@ status truncate_digits(const bifun_string& text, std::int32_t scale, double& res
 }
 
 template <class Text, class Scale> status truncate_texts(const batch& batch, const Text& text, const Scale& scale) {
-    return attempt_store_rows<double, failing_row::null>(
+    return attempt_store_rows<double>(
         batch, [](double& result, const bifun_string& value, std::int32_t digits) { return truncate_digits(value, digits, result); }, text,
         scale);
 }

@@ -77,7 +77,7 @@ int32_t zqtime_date_add_number(const zqtime* value, double days, zqtime* result)
         return BIFUN_ARGUMENT_OUT_OF_DOMAIN;
     }
     datetime_words sum;
-    const bool in_range = add_time(load_datetime(*value), span.days, span.microseconds, sum);
+    const bool in_range = add_span(load_datetime(*value), span, sum);
     return store_sum(in_range, sum, result);
 }
 

@@ -227,10 +227,11 @@ bool take_zone(reader& text, datetime_parts& parts) {
     if ((colon || !at_end(text)) && !take_two_digits(text, minutes)) {
         return false;
     }
-    if (minutes > 59) {
+    constexpr std::int32_t longest_displacement = 840;
+    const auto displacement = static_cast<std::int32_t>(hours * 60 + minutes);
+    if (minutes > 59 || displacement > longest_displacement) {
         return false;
     }
-    const auto displacement = static_cast<std::int32_t>(hours * 60 + minutes);
     parts.zone = west ? -displacement : displacement;
     return true;
 }

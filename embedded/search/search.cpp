@@ -1,5 +1,5 @@
 // Searches for a pattern: a filter that looks for its first and last byte at 16 places at once, and behind it, for long patterns and for
-// texts that are full of candidates, Boyer-Moore or shift-or, which are linear in the text.
+// texts that are full of candidates, Boyer-Moore or shift-or, which are linear in the text (Boyer-Moore for patterns below 64 KB).
 #include "engine/search.h"
 
 #include <algorithm>
