@@ -53,12 +53,11 @@ struct batch {
 // way, so that both are tested on a machine that has them.
 #if defined(__x86_64__) && !defined(BIFUN_SANITIZED)
 #define WITH_FMA __attribute__((target("avx2,fma")))
-#define WITH_AVX512 __attribute__((target("avx512f,avx512dq,avx512vl,avx512bw,bmi,bmi2,lzcnt")))
+#define WITH_AVX512 __attribute__((target("avx512f,avx512dq,avx512vl,avx512bw,bmi,bmi2")))
 inline bool has_fma() { return __builtin_cpu_supports("avx2") != 0 && __builtin_cpu_supports("fma") != 0; }
 inline bool has_avx512() {
     return __builtin_cpu_supports("avx512f") != 0 && __builtin_cpu_supports("avx512dq") != 0 && __builtin_cpu_supports("avx512vl") != 0 &&
-           __builtin_cpu_supports("avx512bw") != 0 && __builtin_cpu_supports("bmi") != 0 && __builtin_cpu_supports("bmi2") != 0 &&
-           __builtin_cpu_supports("lzcnt") != 0;
+           __builtin_cpu_supports("avx512bw") != 0 && __builtin_cpu_supports("bmi") != 0 && __builtin_cpu_supports("bmi2") != 0;
 }
 #else
 #define WITH_FMA
