@@ -99,21 +99,10 @@ template <class Value, class Months> status add_months(const batch& batch, Value
         datetime(value), integer(months));
 }
 
-template <class Interval> status date_add(const batch& batch, column value, Interval interval) {
-    return moved_rows(
-        batch,
-        [](auto datetimes, zqtime& result, const zqtime& moment, const bifun_interval_ym& span)
-            INLINED { return datetimes.add_interval(moment, span, result); },
-        datetime(value), interval_ym(interval));
-}
-
-template <class Interval> status date_sub(const batch& batch, column value, Interval interval) {
-    return moved_rows(
-        batch,
-        [](auto datetimes, zqtime& result, const zqtime& moment, const bifun_interval_ym& span)
-            INLINED { return datetimes.subtract_interval(moment, span, result); },
-        datetime(value), interval_ym(interval));
-}
+constexpr auto add_interval = [](auto datetimes, zqtime& result, const zqtime& value, const bifun_interval_ym& span)
+                                  INLINED { return datetimes.add_interval(value, span, result); };
+constexpr auto subtract_interval = [](auto datetimes, zqtime& result, const zqtime& value, const bifun_interval_ym& span)
+                                       INLINED { return datetimes.subtract_interval(value, span, result); };
 
 constexpr auto ifun_parse_last_day = [](auto datetimes, zqtime& result, const zqtime& value)
                                          INLINED { return datetimes.last_day_of_month(value, result); };
@@ -176,10 +165,18 @@ status badd_months_aa_date(BATCH_OF(column value, column months)) { return add_m
 status badd_months_av_date(BATCH_OF(column value, int_constant months)) { return add_months(BATCH, value, months); }
 status badd_months_va_date(BATCH_OF(datetime_constant value, column months)) { return add_months(BATCH, value, months); }
 
-status bdate_add_ym_aa(BATCH_OF(column value, column interval)) { return date_add(BATCH, value, interval); }
-status bdate_add_ym_av(BATCH_OF(column value, interval_ym_constant interval)) { return date_add(BATCH, value, interval); }
-status bdate_sub_ym_aa(BATCH_OF(column value, column interval)) { return date_sub(BATCH, value, interval); }
-status bdate_sub_ym_av(BATCH_OF(column value, interval_ym_constant interval)) { return date_sub(BATCH, value, interval); }
+status bdate_add_ym_aa(BATCH_OF(column value, column interval)) {
+    return moved_rows(BATCH, add_interval, datetime(value), interval_ym(interval));
+}
+status bdate_add_ym_av(BATCH_OF(column value, interval_ym_constant interval)) {
+    return moved_rows(BATCH, add_interval, datetime(value), interval_ym(interval));
+}
+status bdate_sub_ym_aa(BATCH_OF(column value, column interval)) {
+    return moved_rows(BATCH, subtract_interval, datetime(value), interval_ym(interval));
+}
+status bdate_sub_ym_av(BATCH_OF(column value, interval_ym_constant interval)) {
+    return moved_rows(BATCH, subtract_interval, datetime(value), interval_ym(interval));
+}
 
 VECTORISED status blast_day_a_date(BATCH_OF(column value)) {
     const batch batch = BATCH;
