@@ -1,31 +1,21 @@
 // Texts of datetimes. What is read is written as text that reads back as the same value to the byte; reading does not go past the end.
 #include <cstdint>
-#include <cstdlib>
 #include <cstring>
-#include <memory>
 
 #include "bop/bifun.h"
 #include "embedded/datetime/text.h"
 #include "engine/datetime.h"
+#include "fuzz/exact_block.h"
 
 namespace {
 
-void require(bool condition) {
-    if (!condition) {
-        std::abort();
-    }
-}
-
-// Reads from a block of exactly the text's size. A failure leaves the value alone.
-bool read(const char* text, std::size_t size, zqtime& value, zqengine::datetime_kind& kind) {
-    const auto block = std::make_unique<std::uint8_t[]>(size);
-    if (size != 0) {
-        std::memcpy(block.get(), text, size);
-    }
+// A failure leaves the value alone.
+bool read(std::string_view text, zqtime& value, zqengine::datetime_kind& kind) {
+    const exact_block block(text);
     zqtime untouched;
     std::memset(&untouched, 0xA5, sizeof untouched);
     value = untouched;
-    const std::int32_t status = zqengine::read_datetime(block.get(), static_cast<std::uint32_t>(size), &value, &kind);
+    const std::int32_t status = zqengine::read_datetime(block.bytes.get(), block.length, &value, &kind);
     require(status == 0 || status == BIFUN_UNUSABLE_TEXT);
     require(status == 0 || std::memcmp(&value, &untouched, sizeof value) == 0);
     return status == 0;
@@ -36,7 +26,7 @@ bool read(const char* text, std::size_t size, zqtime& value, zqengine::datetime_
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     zqtime value;
     zqengine::datetime_kind kind;
-    if (!read(reinterpret_cast<const char*>(data), size, value, kind)) {
+    if (!read({reinterpret_cast<const char*>(data), size}, value, kind)) {
         return 0;
     }
     // Encoding takes its parts, so they are in their ranges.
@@ -51,7 +41,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const std::size_t length = zqengine::write_datetime(value, kind, text);
     zqtime again;
     zqengine::datetime_kind kind_again;
-    require(read(text, length, again, kind_again));
+    require(read({text, length}, again, kind_again));
     require(std::memcmp(&again, &value, sizeof value) == 0 && kind_again == kind);
     return 0;
 }

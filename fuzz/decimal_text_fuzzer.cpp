@@ -1,31 +1,22 @@
 // Texts of decimals. What is read prints as plain digits, which read back as the same value to the byte, in a buffer of just their size.
 #include <cstdint>
-#include <cstdlib>
 #include <cstring>
 #include <memory>
 #include <string_view>
 
 #include "bop/bifun.h"
 #include "engine/decimal.h"
+#include "fuzz/exact_block.h"
 
 namespace {
 
-void require(bool condition) {
-    if (!condition) {
-        std::abort();
-    }
-}
-
-// Reads from a block of exactly the text's size, so that reading past it is caught. A failure leaves the value alone.
+// A failure leaves the value alone.
 std::int32_t read(std::string_view text, xdec& value) {
-    const auto block = std::make_unique<std::uint8_t[]>(text.size());
-    if (!text.empty()) {
-        std::memcpy(block.get(), text.data(), text.size());
-    }
+    const exact_block block(text);
     xdec untouched;
     std::memset(&untouched, 0xA5, sizeof untouched);
     value = untouched;
-    const std::int32_t status = xdec_from_char(block.get(), static_cast<std::uint32_t>(text.size()), &value);
+    const std::int32_t status = xdec_from_char(block.bytes.get(), block.length, &value);
     require(status == 0 || status == BIFUN_UNUSABLE_TEXT || status == BIFUN_NUMERIC_OVERFLOW);
     require(status == 0 || std::memcmp(&value, &untouched, sizeof value) == 0);
     return status;

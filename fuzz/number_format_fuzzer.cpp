@@ -1,7 +1,7 @@
 // Numbers, formats and NLS texts, separated by newlines. Any number under any format has a text of its width or a status, the same for a
 // session that has met other formats before.
+#include <algorithm>
 #include <cstdint>
-#include <cstdlib>
 #include <cstring>
 #include <memory>
 #include <string_view>
@@ -10,32 +10,17 @@
 #include "embedded/session/environment.h"
 #include "engine/decimal.h"
 #include "engine/number_format.h"
+#include "fuzz/exact_block.h"
 
 namespace {
 
-// The bytes up to the next newline, in a block of exactly their size so that reading past them is caught.
-struct line {
-    std::unique_ptr<std::uint8_t[]> bytes;
-    std::uint32_t length;
-};
-
-line take_line(std::string_view& input) {
-    const std::size_t length = std::min(input.find('\n'), input.size());
-    line taken{std::make_unique<std::uint8_t[]>(length), static_cast<std::uint32_t>(length)};
-    if (length != 0) {
-        std::memcpy(taken.bytes.get(), input.data(), length);
-    }
-    input.remove_prefix(std::min(length + 1, input.size()));
-    return taken;
+exact_block take_line(std::string_view& input) {
+    const std::string_view line = input.substr(0, input.find('\n'));
+    input.remove_prefix(std::min(line.size() + 1, input.size()));
+    return exact_block(line);
 }
 
-void require(bool condition) {
-    if (!condition) {
-        std::abort();
-    }
-}
-
-void check_width(const line& format, const line& nls, std::size_t length) {
+void check_width(const exact_block& format, const exact_block& nls, std::size_t length) {
     zqengine::nls_parameters parameters;
     zqengine::number_format parsed;
     require(zqengine::parse_nls_parameters(nls.bytes.get(), nls.length, parameters));
@@ -54,9 +39,9 @@ void check_width(const line& format, const line& nls, std::size_t length) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     static bifun_environment session;
     std::string_view input{reinterpret_cast<const char*>(data), size};
-    const line number = take_line(input);
-    const line format = take_line(input);
-    const line nls = take_line(input);
+    const exact_block number = take_line(input);
+    const exact_block format = take_line(input);
+    const exact_block nls = take_line(input);
 
     xdec value;
     if (xdec_from_char(number.bytes.get(), number.length, &value) != 0) {

@@ -3,48 +3,49 @@
 #ifndef BIFUN_TESTS_BIFUN_DATE_EACH_ENGINE_H
 #define BIFUN_TESTS_BIFUN_DATE_EACH_ENGINE_H
 
-#include <algorithm>
 #include <cstdint>
+#include <initializer_list>
 #include <string>
 #include <string_view>
-#include <vector>
 
+#include "engine/charset.h"
 #include "engine/columns.h"
 #include "engine/datetime.h"
 #include "tests/contract/text_case.h"
 
-namespace bifun_date {
+namespace each_engine {
+
+inline void say(std::int32_t layout, std::int32_t said) {
+    zqtime_layout = layout;
+    zq_ascii_is_single_byte = bdta3_setters_are_plain_stores = bdta3_free_bytes_are_open = said;
+}
 
 template <class Body> void with_each_engine(const Body& body) {
     for (const std::int32_t layout : {ZQTIME_LAYOUT_PACKED, ZQTIME_LAYOUT_PRIVATE}) {
-        for (const std::int32_t plain_stores : {1, 0}) {
-            SCOPED_TRACE(testing::Message() << "layout " << layout << ", plain stores " << plain_stores);
-            zqtime_layout = layout;
-            bdta3_setters_are_plain_stores = bdta3_free_bytes_are_open = plain_stores;
+        for (const std::int32_t said : {1, 0}) {
+            SCOPED_TRACE(testing::Message() << "layout " << layout << ", optional symbols " << said);
+            say(layout, said);
             body();
         }
     }
-    zqtime_layout = ZQTIME_LAYOUT_PACKED;
-    bdta3_setters_are_plain_stores = bdta3_free_bytes_are_open = 1;
+    say(ZQTIME_LAYOUT_PACKED, 1);
 }
 
-// Evaluates cases, each written as `entry point | arguments... | result`.
-inline void expect_results(const std::vector<std::string_view>& cases) {
-    with_each_engine([&cases] {
-        for (const std::string_view text : cases) {
-            std::vector<std::string_view> parts;
-            for (std::string_view rest = text; !rest.empty();) {
-                const std::size_t end = std::min(rest.find(" | "), rest.size());
-                parts.push_back(rest.substr(0, end));
-                rest.remove_prefix(std::min(end + 3, rest.size()));
-            }
-            const std::string symbol(parts.front());
-            const std::string_view result = parts.back();
-            EXPECT_EQ(contract::evaluate({symbol.c_str(), {parts.begin() + 1, parts.end() - 1}, {}}), result) << text;
-        }
-    });
+inline void expect_results(std::initializer_list<std::string_view> cases) {
+    with_each_engine([cases] { contract::expect_results(cases); });
 }
 
-} // namespace bifun_date
+// Of a row and a constant text with blanks that are stored, which a case written as text cannot have.
+inline contract::outcome call_with_name(const char* symbol, bifun::value_type type, const char* value, const std::string& name) {
+    const zqengine::column_pointer row = contract::read_column(type, value).column;
+    const zqengine::column_pointer names(zqengine::create_column(bifun::value_type::VARCHAR, 1));
+    names->data.null_flags[0] = 1;
+    const auto length = static_cast<std::uint32_t>(name.size());
+    EXPECT_EQ(bdta3_col_assign_str(nullptr, nullptr, &names->column, 0, reinterpret_cast<const std::uint8_t*>(name.data()), length, 0), 0);
+    const contract::generated_constant constant = contract::constant_of_row(*names, 0);
+    return contract::call(contract::entry_of(symbol), {{.column = row.get()}, {.constant = &constant}}, 1);
+}
+
+} // namespace each_engine
 
 #endif

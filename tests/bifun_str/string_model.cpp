@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <iterator>
 #include <limits>
+#include <memory>
 
 #include "engine/charset.h"
 
@@ -161,6 +162,11 @@ std::string substring(std::uint32_t charset, const text& value, std::int64_t pos
         {joined(at(taken.begin), at(taken.end)), static_cast<std::uint32_t>(taken.end - std::clamp(stored, taken.begin, taken.end))});
 }
 
+std::string right(std::uint32_t charset, const text& value, std::int64_t length) {
+    const auto total = static_cast<std::int64_t>(full_text(charset, value).size());
+    return substring(charset, value, length >= total ? 1 : total - length + 1, everything);
+}
+
 std::string substring_of_bytes(std::uint32_t charset, const text& value, std::int64_t position, std::int64_t length) {
     const std::size_t total = value.stored.size() + value.blanks;
     if (refuses(total, position, length)) {
@@ -263,7 +269,7 @@ std::vector<std::string> alphabet(std::uint32_t charset) {
     const std::vector<std::string> of_charsets[] = {{"\201a", "\201A", "\x81\x81", "\2010\2010", "\xA6\xA1", "\xA6\xC1"},
                                                     {"\xC3\x89", "\xC3\xA9", "\xE4\xB8\x80", "\xE9\x80\x80", "\xF1\x80\x80\x80"},
                                                     {"\xA5\xC1", "\xA5\xE1", "\xA5\xA5", "\xC1\xA5", "\xB0\xA1"}};
-    std::vector<std::string> all = {"a", "b", "A", "0", " ", "\t", "\xFF"}; // the last is a character of none of them
+    std::vector<std::string> all = {"a", "b", "A", "0", " ", "\t", "\r", "\x08", "\x0E", "\xFF"}; // the last is a character of none of them
     all.insert(all.end(), of_charsets[charset].begin(), of_charsets[charset].end());
     return all;
 }
@@ -302,38 +308,107 @@ std::string row_of(const bifun_settings& settings, std::string_view builtin, con
     if (std::ranges::any_of(arguments, &value::is_null)) {
         return "NULL";
     }
-    if (builtin == "TRIM") {
-        return count == 1 ? trimmed_on_both_sides(charset, first, blank)
-                          : trim(charset, arguments[0].number, arguments[1].string, arguments[2].string);
-    }
     const text& second = count > 1 ? arguments[1].string : blank;
-    if (builtin == "LTRIM") {
-        return trimmed_on_the_left(charset, first, second);
+    // clang-format off
+    return builtin == "TRIM" && count == 1 ? trimmed_on_both_sides(charset, first, blank)
+         : builtin == "TRIM"            ? trim(charset, arguments[0].number, second, arguments[2].string)
+         : builtin == "LTRIM"           ? trimmed_on_the_left(charset, first, second)
+         : builtin == "RTRIM"           ? trimmed_on_the_right(charset, first, second)
+         : builtin == "SUBSTR"          ? substring(charset, first, number(1, 1), number(2, everything))
+         : builtin == "SUBSTRB"         ? substring_of_bytes(charset, first, number(1, 1), number(2, everything))
+         : builtin == "LEFT"            ? substring(charset, first, 1, number(1, 0))
+         : builtin == "RIGHT"           ? right(charset, first, number(1, 0))
+         : builtin == "SUBSTRING_INDEX" ? substring_index(charset, first, second, number(2, 0))
+         : builtin == "INSTR"           ? search(settings, true, unit::character, first, second, number(2, 1), number(3, 1))
+         : builtin == "INSTRB"          ? search(settings, true, unit::byte, first, second, number(2, 1), number(3, 1))
+         : search(settings, builtin == "POSITION", unit::character, second, first, std::max<std::int64_t>(number(2, 1), 0), 1);
+    // clang-format on
+}
+
+// ---- calls ------------------------------------------------------------------------------------------------------------
+
+namespace {
+
+using bifun::argument_kind;
+using bifun::entry_point;
+using bifun::value_type;
+
+// A column whose texts lie in blocks of exactly their size.
+struct argument_column {
+    argument_column(value_type type, const std::vector<std::vector<value>>& rows, std::size_t position)
+        : column(zqengine::create_column(type, static_cast<std::uint32_t>(rows.size()))), no_nulls(1) {
+        for (std::uint32_t row = 0; row < rows.size(); ++row) {
+            const value& value = rows[row][position];
+            column->data.null_flags[row] = value.is_null ? 0 : 1;
+            no_nulls &= value.is_null ? 0U : 1U;
+            if (type == value_type::INT) {
+                zqengine::values_of<std::int32_t>(*column)[row] = value.number;
+                continue;
+            }
+            const std::string& stored = value.string.stored;
+            blocks.push_back(std::make_unique<std::uint8_t[]>(stored.size()));
+            std::ranges::copy(stored, blocks.back().get());
+            zqengine::values_of<bifun_string>(*column)[row] = {static_cast<std::uint32_t>(stored.size()), value.string.blanks,
+                                                               stored.empty() && row % 2 == 0 ? nullptr : blocks.back().get()};
+        }
+        column->column.no_nulls = no_nulls;
     }
-    if (builtin == "RTRIM") {
-        return trimmed_on_the_right(charset, first, second);
+
+    std::vector<std::unique_ptr<std::uint8_t[]>> blocks;
+    zqengine::column_pointer column;
+    std::uint32_t no_nulls;
+};
+
+// A row of a result as the model prints it.
+std::string shown(const contract::outcome& outcome, std::uint32_t row) {
+    if (outcome.flag(row) != 1) {
+        return outcome.flag(row) == 0 ? "NULL" : "?";
     }
-    if (builtin == "SUBSTR") {
-        return substring(charset, first, number(1, 1), number(2, everything));
+    if (!outcome.holds_value(row)) {
+        return "=?";
     }
-    if (builtin == "SUBSTRB") {
-        return substring_of_bytes(charset, first, number(1, 1), number(2, everything));
+    if (outcome.result->type == value_type::INT) {
+        return std::to_string(zqengine::values_of<std::int32_t>(*outcome.result)[row]);
     }
-    if (builtin == "LEFT") {
-        return substring(charset, first, 1, number(1, 0));
+    const bifun_string& value = zqengine::values_of<bifun_string>(*outcome.result)[row];
+    return shown(text{std::string(reinterpret_cast<const char*>(value.data), value.length), value.trailing_blanks});
+}
+
+} // namespace
+
+string_call call_strings(const entry_point& entry, const std::vector<std::vector<value>>& rows) {
+    std::vector<argument_column> columns;
+    std::vector<contract::generated_constant> constants(entry.argument_count);
+    std::vector<contract::call_argument> arguments(entry.argument_count);
+    columns.reserve(entry.argument_count);
+    for (std::size_t i = 0; i < entry.argument_count; ++i) {
+        columns.emplace_back(entry.argument_list[i].type, rows, i);
+        if (entry.argument_list[i].kind == argument_kind::constant) {
+            constants[i] = contract::constant_of_row(*columns[i].column, 0);
+            arguments[i] = {.constant = &constants[i]};
+        } else {
+            arguments[i] = {.column = columns[i].column.get()};
+        }
     }
-    if (builtin == "RIGHT") {
-        const auto total = static_cast<std::int64_t>(full_text(charset, first).size());
-        return substring(charset, first, number(1, 0) >= total ? 1 : total - number(1, 0) + 1, everything);
+    string_call call{contract::call(entry, arguments, static_cast<std::uint32_t>(rows.size())), {}};
+    for (std::uint32_t row = 0; row < rows.size(); ++row) {
+        call.rows.push_back(shown(call.outcome, row));
     }
-    if (builtin == "SUBSTRING_INDEX") {
-        return substring_index(charset, first, second, number(2, 0));
+    return call;
+}
+
+std::string shown(const entry_point& entry, std::size_t position, const value& argument) {
+    return argument.is_null                                        ? "NULL"
+           : entry.argument_list[position].type == value_type::INT ? std::to_string(argument.number)
+                                                                   : shown(argument.string);
+}
+
+std::string shown(const entry_point& entry, const std::vector<value>& arguments) {
+    std::string call = entry.symbol;
+    for (std::size_t i = 0; i < arguments.size(); ++i) {
+        call += (i == 0 ? "(" : ", ") + shown(entry, i, arguments[i]);
     }
-    if (builtin == "POSITION" || builtin == "LOCATE") {
-        return search(settings, builtin == "POSITION", unit::character, second, first, std::max<std::int64_t>(number(2, 1), 0), 1);
-    }
-    const unit unit = builtin == "INSTRB" ? unit::byte : unit::character;
-    return search(settings, true, unit, first, second, number(2, 1), number(3, 1));
+    return call + ")";
 }
 
 } // namespace string_model

@@ -57,6 +57,18 @@ struct circumstances {
 outcome call(const bifun::entry_point& entry, const std::vector<call_argument>& arguments, std::uint32_t row_count,
              const circumstances& circumstances = {});
 
+// Calls it with columns of these values, none of them NULL.
+template <class... T> outcome call_with(const char* symbol, const std::vector<T>&... values) {
+    const bifun::entry_point& entry = entry_of(symbol);
+    std::vector<zqengine::column_pointer> columns;
+    (columns.push_back(column_of(entry.argument_list[columns.size()].type, values)), ...);
+    std::vector<call_argument> arguments;
+    for (const zqengine::column_pointer& column : columns) {
+        arguments.push_back({.column = column.get()});
+    }
+    return call(entry, arguments, columns[0]->capacity);
+}
+
 // Calls bifun_dll_var_init, and tells the engine of the character set.
 void set_up(const bifun_settings& settings);
 

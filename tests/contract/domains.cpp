@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <sstream>
 #include <string>
 
 #include "engine/datetime.h"
@@ -56,15 +57,15 @@ template <class T> void move_rows_into(const argument_domain& domain, zqengine::
 
 const argument_domain* domain_of(const bifun::entry_point& entry, std::size_t position) {
     const auto* const found = std::ranges::find_if(argument_domains, [&](const argument_domain& domain) {
-        return (domain.name == entry.builtin || domain.name == entry.symbol) && domain.position == position &&
-               domain.type == entry.argument_list[position].type;
+        return is_named(entry, domain.names) && domain.position == position && domain.type == entry.argument_list[position].type;
     });
     return found == std::end(argument_domains) ? nullptr : found;
 }
 
 std::size_t value_count(const bifun::entry_point& entry, std::size_t position) {
     const argument_domain* const domain = domain_of(entry, position);
-    return domain != nullptr && !domain->texts.empty() ? domain->texts.size() : boundary_count(entry.argument_list[position].type);
+    return domain != nullptr && !domain->texts.empty() ? parts_of(domain->texts).size()
+                                                       : boundary_count(entry.argument_list[position].type);
 }
 
 zqengine::column_pointer sound_column(const bifun::entry_point& entry, std::size_t position, std::uint32_t row_count, double null_rate,
@@ -75,11 +76,6 @@ zqengine::column_pointer sound_column(const bifun::entry_point& entry, std::size
     if (domain == nullptr) {
         return column;
     }
-    for (std::uint32_t row = 0; row < row_count && !domain->texts.empty(); ++row) {
-        if (column->data.null_flags[row] != 0) {
-            read_value(*column, row, std::string(domain->texts[(row + seed) % domain->texts.size()]));
-        }
-    }
     if (domain->texts.empty()) {
         type == value_type::INT        ? move_rows_into<std::int32_t>(*domain, *column)
         : type == value_type::BIGINT   ? move_rows_into<std::int64_t>(*domain, *column)
@@ -87,7 +83,25 @@ zqengine::column_pointer sound_column(const bifun::entry_point& entry, std::size
         : type == value_type::DATETIME ? move_rows_into<zqtime>(*domain, *column)
                                        : move_rows_into<xdec>(*domain, *column);
     }
+    const std::vector<std::string> texts = parts_of(domain->texts);
+    for (std::uint32_t row = 0; row < row_count && !texts.empty(); ++row) {
+        if (column->data.null_flags[row] != 0) {
+            read_value(*column, row, texts[(row + seed) % texts.size()]);
+        }
+    }
     return column;
+}
+
+std::vector<failing_call> failing_calls() {
+    std::vector<failing_call> calls;
+    for (const failing_calls_of& failure : failures) {
+        std::istringstream words{std::string(failure.calls)};
+        calls.push_back({failure, {}});
+        for (std::string word; words >> word;) {
+            word == ";" ? calls.push_back({failure, {}}) : calls.back().arguments.push_back(word);
+        }
+    }
+    return calls;
 }
 
 } // namespace contract

@@ -4,193 +4,120 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <limits>
-#include <optional>
 #include <random>
+#include <sstream>
 #include <string>
 #include <string_view>
 
+#include <gtest/gtest.h>
+
 #include "engine/columns.h"
 #include "engine/datetime.h"
-#include "engine/decimal.h"
+#include "tests/contract/text_case.h"
 
 using bifun::value_type;
 
 namespace contract {
 namespace {
 
-// As it lies in a column, or the text of a string.
-struct value {
-    std::array<std::uint8_t, sizeof(xdec)> bytes;
-    std::optional<std::string> text;
-    std::uint32_t trailing_blanks;
-};
+// ---- boundary values, written as in a text_case ----
 
-template <class T> value fixed(const T& number) {
-    value result{};
-    std::memcpy(result.bytes.data(), &number, sizeof number);
-    return result;
-}
+const std::string texts[] = {"''",
+                             "___",
+                             "x",
+                             "x_",
+                             "x __",
+                             "\t xyx__",
+                             "xxyx\t", // two begin with white space or blanks that are stored
+                             "z*48",
+                             "z*49",
+                             "z*48_____",
+                             "z*52_", // as long as a constant may be to lie in its record, and longer
+                             "日本語",
+                             "naïve 🙂_______",
+                             "\xE6\x97\xA5x\xE6\x97_", // the last character is cut off
+                             std::string("\0\xFF\0", 3),
+                             "z*5000_________"};
 
-void require(bool condition, const char* what) {
-    if (!condition) {
-        std::fprintf(stderr, "generated batch: %s\n", what);
-        std::abort();
-    }
-}
-
-// ---- boundary values ----
-
-constexpr std::int32_t conditions[] = {1, 0, 2, -1, std::numeric_limits<std::int32_t>::max(), std::numeric_limits<std::int32_t>::min()};
-
-template <class T>
-constexpr T integers[] = {std::numeric_limits<T>::min(),     std::numeric_limits<T>::max(),     0, -1, 1,
-                          std::numeric_limits<T>::min() + 1, std::numeric_limits<T>::max() - 1, 2, -2, 7};
-
-using doubles = std::numeric_limits<double>;
-constexpr double floating[] = {0.0,
-                               -0.0,
-                               doubles::infinity(),
-                               -doubles::infinity(),
-                               doubles::quiet_NaN(),
-                               -doubles::quiet_NaN(),
-                               doubles::denorm_min(),
-                               -doubles::denorm_min(),
-                               doubles::min(),
-                               doubles::max(),
-                               doubles::lowest(),
-                               1.0,
-                               1.0 + doubles::epsilon(),
-                               -1.0};
-
-constexpr std::string_view decimals[] = {"0",
-                                         "0.00",
-                                         "1",
-                                         "1.0",
-                                         "1.00",
-                                         "-1",
-                                         "-1.000",
-                                         "0.1",
-                                         "-0.10",
-                                         "99999999999999999999999999999999999999",
-                                         "-99999999999999999999999999999999999999",
-                                         "0.99999999999999999999999999999999999999",
-                                         "12345678901234567890.123456789012345678",
-                                         "1E126",
-                                         "-1E126",
-                                         "1E-127",
-                                         "-1E-127",
-                                         "1.0000000000000000000000000000000000000",
-                                         "18446744073709551616",
-                                         "-18446744073709551616.00"};
-
-struct moment {
-    std::int32_t year;
-    std::uint32_t month, day, hour, minute, second, microsecond;
-    std::int32_t zone;
-};
-constexpr moment moments[] = {{-4712, 1, 1, 0, 0, 0, 0, ZQTIME_NO_ZONE},
-                              {9999, 12, 31, 23, 59, 59, 999999, ZQTIME_NO_ZONE},
-                              {0, 2, 29, 0, 0, 0, 0, ZQTIME_NO_ZONE},
-                              {1582, 10, 4, 23, 59, 59, 0, ZQTIME_NO_ZONE},
-                              {1582, 10, 15, 0, 0, 0, 0, ZQTIME_NO_ZONE},
-                              {1900, 1, 1, 12, 0, 0, 1, ZQTIME_NO_ZONE},
-                              {2024, 2, 29, 1, 2, 3, 4, 840},
-                              {2024, 2, 29, 1, 2, 3, 4, -840},
-                              {1970, 1, 1, 0, 0, 0, 0, 0}};
-
-constexpr std::int32_t lowest = std::numeric_limits<std::int32_t>::min();
-constexpr std::int32_t highest = std::numeric_limits<std::int32_t>::max();
-constexpr bifun_interval_ym months[] = {{0, 0}, {1, 11}, {-1, -11}, {lowest, lowest}, {highest, highest}, {3, -4}, {-178000000, -11}};
-constexpr bifun_interval_dt spans[] = {{0, 0, 0, 0, 0},
-                                       {0, 0, 0, 0, -1},
-                                       {1, 23, 59, 59, 999999},
-                                       {-3, -4, -5, -6, -7},
-                                       {7, -6, 5, -4, 3},
-                                       {lowest, lowest, lowest, lowest, lowest},
-                                       {highest, highest, highest, highest, highest}};
-
-struct text {
-    std::string_view bytes;
-    std::uint32_t trailing_blanks;
-};
-const std::string letters(5000, 'z');
-const text strings[] = {{"", 0},
-                        {"", 3},
-                        {"x", 0},
-                        {"x", 1},
-                        {"x ", 2},
-                        {"\t xyx", 2}, // begins with white space that is stored
-                        {"xxyx\t", 0},
-                        {{letters.data(), 48}, 0}, // as long as a constant may be to lie in its record
-                        {{letters.data(), 49}, 0},
-                        {{letters.data(), 48}, 5},
-                        {{letters.data(), 52}, 1},
-                        {"日本語", 0},
-                        {"naïve 🙂", 7},
-                        {"\xE6\x97\xA5x\xE6\x97", 1}, // the last character is cut off
-                        {{"\0\xFF\0", 3}, 0},
-                        {letters, 9}};
-
-// Copies of the texts, each before a page that cannot be read. Four of each for a thread, because a trim reverses its arguments for a
-// moment: columns of other seeds have others.
-const bifun_string& guarded_text(std::size_t index, std::uint64_t seed) {
-    constexpr std::size_t page = 4096;
-    constexpr std::size_t copies = 4;
-    thread_local std::array<bifun_string, std::size(strings) * copies> texts{};
-    bifun_string& text = texts[index * copies + seed % copies];
-    const std::string_view bytes = strings[index].bytes;
-    if (text.data == nullptr && !bytes.empty()) {
-        const std::size_t room = (bytes.size() + page - 1) / page * page;
-        void* const pages = mmap(nullptr, room + page, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-        require(pages != MAP_FAILED && mprotect(static_cast<std::uint8_t*>(pages) + room, page, PROT_NONE) == 0, "no pages");
-        text.data = static_cast<std::uint8_t*>(pages) + room - bytes.size();
-        std::ranges::copy(bytes, text.data);
-    }
-    text.length = static_cast<std::uint32_t>(bytes.size());
-    text.trailing_blanks = strings[index].trailing_blanks;
-    return text;
-}
-
-value encode(const moment& m) {
-    zqtime time{};
-    require(zqtime_encode(&time, m.year, m.month, m.day, m.hour, m.minute, m.second, m.microsecond, m.zone) == 0, "a datetime is invalid");
-    return fixed(time);
-}
-
-value read_decimal(std::string_view text) {
-    xdec decimal{};
-    const auto* const bytes = reinterpret_cast<const std::uint8_t*>(text.data());
-    require(xdec_from_char(bytes, static_cast<std::uint32_t>(text.size()), &decimal) == 0, "a decimal is invalid");
-    return fixed(decimal);
-}
-
-value boundary_value(value_type type, std::size_t index, std::uint64_t seed) {
+constexpr std::string_view boundaries_of(value_type type) {
     switch (type) {
     case value_type::BOOL:
-        return fixed(conditions[index]);
+        return "1 0 2 -1 2147483647 -2147483648";
     case value_type::INT:
-        return fixed(integers<std::int32_t>[index]);
+        return "-2147483648 2147483647 0 -1 1 -2147483647 2147483646 2 -2 7";
     case value_type::BIGINT:
-        return fixed(integers<std::int64_t>[index]);
+        return "-9223372036854775808 9223372036854775807 0 -1 1 -9223372036854775807 9223372036854775806 2 -2 7";
     case value_type::DOUBLE:
-        return fixed(floating[index]);
+        return "0 -0.0 inf -inf nan -nan 4.9e-324 -4.9e-324 2.2250738585072014e-308 1.7976931348623157e308 -1.7976931348623157e308 1 "
+               "1.0000000000000002 -1";
     case value_type::DECIMAL:
-        return read_decimal(decimals[index]);
+        return "0 0.00 1 1.0 1.00 -1 -1.000 0.1 -0.10 99999999999999999999999999999999999999 -99999999999999999999999999999999999999 "
+               "0.99999999999999999999999999999999999999 12345678901234567890.123456789012345678 1E126 -1E126 1E-127 -1E-127 "
+               "1.0000000000000000000000000000000000000 18446744073709551616 -18446744073709551616.00";
     case value_type::DATETIME:
-        return encode(moments[index]);
+        return "-4712-01-01 9999-12-31T23:59:59.999999 0000-02-29 1582-10-04T23:59:59 1582-10-15 1900-01-01T12:00:00.000001 "
+               "2024-02-29T01:02:03.000004+14:00 2024-02-29T01:02:03.000004-14:00 1970-01-01T00:00:00+00:00";
     case value_type::INTERVAL_YM:
-        return fixed(months[index]);
+        return "0/0 1/11 -1/-11 -2147483648/-2147483648 2147483647/2147483647 3/-4 -178000000/-11";
     case value_type::INTERVAL_DT:
-        return fixed(spans[index]);
-    default: {
-        bifun_string text = guarded_text(index, seed);
-        text.trailing_blanks = type == value_type::VARCHAR ? text.trailing_blanks : 0;
-        return fixed(text);
+        return "0/0/0/0/0 0/0/0/0/-1 1/23/59/59/999999 -3/-4/-5/-6/-7 7/-6/5/-4/3 "
+               "-2147483648/-2147483648/-2147483648/-2147483648/-2147483648 2147483647/2147483647/2147483647/2147483647/2147483647";
+    default:
+        return {};
     }
+}
+
+const zqengine::column_storage& boundary_column(value_type type) {
+    thread_local std::array<zqengine::column_pointer, 10> columns;
+    zqengine::column_pointer& column = columns.at(static_cast<std::size_t>(type));
+    if (column == nullptr) {
+        std::istringstream words{std::string(boundaries_of(type))};
+        std::vector<std::string> values(std::istream_iterator<std::string>(words), {});
+        if (bifun::is_string(type)) {
+            values.assign(std::begin(texts), std::end(texts));
+        }
+        column.reset(zqengine::create_column(type, static_cast<std::uint32_t>(values.size())));
+        for (std::uint32_t row = 0; row < values.size(); ++row) {
+            read_value(*column, row, values[row]);
+        }
+    }
+    return *column;
+}
+
+void* readable_pages(std::size_t size) {
+    void* const pages = mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    EXPECT_NE(pages, MAP_FAILED);
+    return pages;
+}
+
+constexpr std::size_t page = 4096;
+
+// A copy of a text before a page that cannot be read. There are four of each for a thread, because a trim reverses its arguments for a
+// moment: columns of other seeds have others.
+bifun_string guarded_text(const bifun_string& text, std::size_t index, std::uint64_t seed) {
+    constexpr std::size_t copies = 4;
+    thread_local std::array<std::uint8_t*, std::size(texts) * copies> guarded{};
+    std::uint8_t*& data = guarded[index * copies + seed % copies];
+    if (data == nullptr && text.length > 0) {
+        const std::size_t room = (text.length + page - 1) / page * page;
+        auto* const pages = static_cast<std::uint8_t*>(readable_pages(room + page));
+        EXPECT_EQ(mprotect(pages + room, page, PROT_NONE), 0);
+        data = pages + room - text.length;
+        std::copy_n(text.data, text.length, data);
+    }
+    return {text.length, text.trailing_blanks, data};
+}
+
+void write_boundary(zqengine::column_storage& column, std::uint32_t row, std::size_t index, std::uint64_t seed) {
+    const auto* const values = zqengine::values_of<std::uint8_t>(boundary_column(column.type));
+    const std::size_t width = bifun::value_width(column.type);
+    std::memcpy(zqengine::values_of<std::uint8_t>(column) + row * width, values + index * width, width);
+    if (bifun::is_string(column.type)) {
+        bifun_string& text = zqengine::values_of<bifun_string>(column)[row];
+        text = guarded_text(text, index, seed);
+        text.trailing_blanks = column.type == value_type::VARCHAR ? text.trailing_blanks : 0;
     }
 }
 
@@ -199,112 +126,95 @@ value boundary_value(value_type type, std::size_t index, std::uint64_t seed) {
 // The standard fixes the numbers of the engine, not those of the distributions.
 using random_source = std::mt19937_64;
 
-value ordinary_value(value_type type, random_source& random) {
+void write_ordinary(zqengine::column_storage& column, std::uint32_t row, random_source& random) {
+    using zqengine::values_of;
     const std::uint64_t bits = random();
     const auto below = [&](std::uint32_t limit) { return static_cast<std::uint32_t>(random() % limit); };
     const auto signed_below = [&](std::uint32_t limit) { return static_cast<std::int32_t>(below(limit)) * (bits % 2 == 0 ? 1 : -1); };
-    switch (type) {
+    switch (column.type) {
     case value_type::BOOL:
-        return fixed(static_cast<std::int32_t>(bits % 2));
+        values_of<std::int32_t>(column)[row] = static_cast<std::int32_t>(bits % 2);
+        break;
     case value_type::INT:
-        return fixed(static_cast<std::int32_t>(bits) >> (random() % 32));
+        values_of<std::int32_t>(column)[row] = static_cast<std::int32_t>(bits) >> (random() % 32);
+        break;
     case value_type::BIGINT:
-        return fixed(static_cast<std::int64_t>(bits) >> (bits % 64));
+        values_of<std::int64_t>(column)[row] = static_cast<std::int64_t>(bits) >> (bits % 64);
+        break;
     case value_type::DOUBLE:
-        return fixed(static_cast<double>(static_cast<std::int64_t>(bits)) / 1e9);
+        values_of<double>(column)[row] = static_cast<double>(static_cast<std::int64_t>(bits)) / 1e9;
+        break;
     case value_type::DECIMAL: {
         // Amounts with two digits behind the point, and some with another number of them.
         const int scale = bits % 8 == 0 ? static_cast<int>(below(9)) : 2;
-        return read_decimal(std::to_string(static_cast<std::int64_t>(bits) >> 24) + "E-" + std::to_string(scale));
+        read_value(column, row, std::to_string(static_cast<std::int64_t>(bits) >> 24) + "E-" + std::to_string(scale));
+        break;
     }
-    case value_type::DATETIME:
-        return encode({static_cast<std::int32_t>(1900 + below(200)), 1 + below(12), 1 + below(28), below(24), below(60), below(60), 0,
-                       ZQTIME_NO_ZONE});
+    case value_type::DATETIME: {
+        const std::uint32_t f[] = {1900 + below(200), 1 + below(12), 1 + below(28), below(24), below(60), below(60)};
+        auto* const value = &values_of<zqtime>(column)[row];
+        EXPECT_EQ(zqtime_encode(value, static_cast<std::int32_t>(f[0]), f[1], f[2], f[3], f[4], f[5], 0, ZQTIME_NO_ZONE), 0);
+        break;
+    }
     case value_type::INTERVAL_YM:
-        return fixed(bifun_interval_ym{signed_below(5000), signed_below(12)});
+        values_of<bifun_interval_ym>(column)[row] = {signed_below(5000), signed_below(12)};
+        break;
     case value_type::INTERVAL_DT:
-        return fixed(bifun_interval_dt{signed_below(100000), signed_below(24), signed_below(60), signed_below(60), signed_below(1000000)});
+        values_of<bifun_interval_dt>(column)[row] = {signed_below(100000), signed_below(24), signed_below(60), signed_below(60),
+                                                     signed_below(1000000)};
+        break;
     default: {
-        value result{{}, std::string(below(24), ' '), type == value_type::VARCHAR && bits % 4 == 0 ? below(12) : 0};
-        for (char& character : *result.text) {
-            character = static_cast<char>('a' + below(26));
-        }
-        return result;
+        std::string text(below(24), ' ');
+        std::ranges::generate(text, [&] { return static_cast<char>('a' + below(26)); });
+        text.append(column.type == value_type::VARCHAR && bits % 4 == 0 ? below(12) : 0, '_');
+        read_value(column, row, text);
     }
     }
 }
 
 // ---- garbage ----
 
-std::uint8_t* unreadable_page() {
-    static void* const page = mmap(nullptr, 4096, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-    require(page != MAP_FAILED, "no page");
-    return static_cast<std::uint8_t*>(page);
-}
-
 void write_garbage(value_type type, std::uint8_t* slot, std::uint64_t bits) {
-    std::memset(slot, 0xFF, bifun::value_width(type));
+    const std::size_t width = bifun::value_width(type);
+    std::memset(slot, 0xFF, width);
+    constexpr auto smallest = std::numeric_limits<std::int64_t>::min();
+    constexpr auto smallest_field = std::numeric_limits<std::int32_t>::min();
     if (type == value_type::BOOL) {
         const auto condition = static_cast<std::int32_t>(bits % 3);
         std::memcpy(slot, &condition, sizeof condition);
     } else if (type == value_type::BIGINT) {
-        std::memcpy(slot, &integers<std::int64_t>[0], sizeof(std::int64_t));
-    } else if (type == value_type::INTERVAL_YM) {
-        std::memcpy(slot, &months[3], sizeof months[3]);
-    } else if (type == value_type::INTERVAL_DT) {
-        std::memcpy(slot, &spans[5], sizeof spans[5]);
+        std::memcpy(slot, &smallest, sizeof smallest);
+    } else if (type == value_type::INTERVAL_YM || type == value_type::INTERVAL_DT) {
+        for (std::size_t field = 0; field < width; field += sizeof smallest_field) {
+            std::memcpy(slot + field, &smallest_field, sizeof smallest_field);
+        }
     } else if (bifun::is_string(type)) {
-        const bifun_string garbage{1000, 0, unreadable_page()};
+        static void* const unreadable = mmap(nullptr, page, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+        const bifun_string garbage{1000, 0, static_cast<std::uint8_t*>(unreadable)};
         std::memcpy(slot, &garbage, sizeof garbage);
     }
 }
 
-void write_row(zqengine::column_storage& column, std::uint32_t row, const value& value) {
-    column.data.null_flags[row] = 1;
-    if (value.text) {
-        const auto* const bytes = reinterpret_cast<const std::uint8_t*>(value.text->data());
-        require(bdta3_col_assign_str(nullptr, nullptr, &column.column, row, bytes, static_cast<std::uint32_t>(value.text->size()),
-                                     value.trailing_blanks) == 0,
-                "no memory for a string");
-        return;
-    }
-    const std::size_t width = bifun::value_width(column.type);
-    std::memcpy(values_of<std::uint8_t>(column) + row * width, value.bytes.data(), width);
-}
-
 } // namespace
 
-std::size_t boundary_count(value_type type) {
-    constexpr std::size_t counts[] = {std::size(conditions),
-                                      std::size(integers<std::int32_t>),
-                                      std::size(integers<std::int64_t>),
-                                      std::size(floating),
-                                      std::size(decimals),
-                                      std::size(moments),
-                                      std::size(strings),
-                                      std::size(strings),
-                                      std::size(months),
-                                      std::size(spans)};
-    return counts[static_cast<std::size_t>(type)];
-}
+std::size_t boundary_count(value_type type) { return boundary_column(type).capacity; }
 
 zqengine::column_pointer generate_column(value_type type, std::uint32_t row_count, double null_rate, std::uint64_t seed) {
     zqengine::column_pointer column(zqengine::create_column(type, row_count));
-    require(column != nullptr, "no memory for a column");
     column->column.no_nulls = null_rate == 0 ? 1 : 0;
     random_source random(seed);
     const std::size_t boundaries = boundary_count(type);
     for (std::uint32_t row = 0; row < row_count; ++row) {
         const double share = static_cast<double>(random() >> 11) * 0x1p-53;
+        column->data.null_flags[row] = share < null_rate ? 0 : 1;
         if (share < null_rate) {
-            column->data.null_flags[row] = 0;
-            write_garbage(type, values_of<std::uint8_t>(*column) + row * bifun::value_width(type), random());
+            write_garbage(type, zqengine::values_of<std::uint8_t>(*column) + row * bifun::value_width(type), random());
         } else if (row < boundaries) {
-            write_row(*column, row, boundary_value(type, (row + seed) % boundaries, seed));
+            write_boundary(*column, row, (row + seed) % boundaries, seed);
         } else if (random() % 8 == 0) {
-            write_row(*column, row, boundary_value(type, random() % boundaries, seed));
+            write_boundary(*column, row, random() % boundaries, seed);
         } else {
-            write_row(*column, row, ordinary_value(type, random));
+            write_ordinary(*column, row, random);
         }
     }
     return column;

@@ -1,4 +1,4 @@
-// Columns and constants made up for tests and benchmarks. The same type, size and seed give the same values everywhere.
+// Columns and constants made up for tests. The same type, size and seed give the same values everywhere.
 #ifndef BIFUN_TESTS_CONTRACT_GENERATED_BATCH_H
 #define BIFUN_TESTS_CONTRACT_GENERATED_BATCH_H
 
@@ -20,8 +20,7 @@ std::size_t boundary_count(bifun::value_type type);
 // A column of exactly `row_count` rows. The first are the type's boundary values, beginning with number `seed` and going round; then
 // every eighth is one and the others are ordinary. `null_rate` is the share of NULL rows, 0 to 1. Behind a NULL lies garbage that shows
 // when it is touched: strings on a page that cannot be read, decimals of 0xFF bytes, the smallest BIGINT and intervals. Behind the
-// boundary values of strings lies such a page too. The column's no-null flag is 1 where `null_rate` is 0. Fails the program when memory is
-// exhausted.
+// boundary values of strings lies such a page too. The column's no-null flag is 1 where `null_rate` is 0.
 zqengine::column_pointer generate_column(bifun::value_type type, std::uint32_t row_count, double null_rate, std::uint64_t seed);
 
 // A column of these values, none of them NULL.

@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <span>
 #include <sstream>
 #include <utility>
 
@@ -33,28 +34,10 @@ void read_string(zqengine::column_storage& column, std::uint32_t row, std::strin
     (void)bdta3_col_assign_str(nullptr, nullptr, &column.column, row, bytes_of(text), static_cast<std::uint32_t>(text.size()), blanks);
 }
 
-// An interval's fields, with a slash between.
-template <class Interval> void read_interval(const std::string& text, Interval& interval) {
-    constexpr std::size_t fields = sizeof(Interval) / sizeof(std::int32_t);
-    std::int32_t numbers[fields]{};
-    std::istringstream parts(text);
-    char slash;
-    for (std::size_t i = 0; i < fields && (i == 0 || parts >> slash); ++i) {
-        parts >> numbers[i];
-    }
-    EXPECT_TRUE(!parts.fail() && parts.peek() == std::istringstream::traits_type::eof()) << text;
-    std::memcpy(&interval, numbers, sizeof interval);
-}
-
-template <class Interval> std::string write_interval(const Interval& interval) {
-    constexpr std::size_t fields = sizeof(Interval) / sizeof(std::int32_t);
-    std::int32_t numbers[fields];
-    std::memcpy(numbers, &interval, sizeof interval);
-    std::string text = std::to_string(numbers[0]);
-    for (std::size_t i = 1; i < fields; ++i) {
-        text += '/' + std::to_string(numbers[i]);
-    }
-    return text;
+// The fields of an interval.
+std::span<std::int32_t> fields_of(const zqengine::column_storage& column, std::uint32_t row) {
+    const std::size_t count = bifun::value_width(column.type) / sizeof(std::int32_t);
+    return {static_cast<std::int32_t*>(column.data.values) + row * count, count};
 }
 
 } // namespace
@@ -80,14 +63,27 @@ void read_value(zqengine::column_storage& column, std::uint32_t row, const std::
         EXPECT_EQ(zqtime_from_char_ex(bytes_of(text), length, values_of<zqtime>(column) + row), 0) << text;
         break;
     case value_type::INTERVAL_YM:
-        read_interval(text, values_of<bifun_interval_ym>(column)[row]);
+    case value_type::INTERVAL_DT: {
+        std::istringstream parts(text);
+        char slash = '/';
+        for (std::int32_t& field : fields_of(column, row)) {
+            parts >> field >> slash;
+        }
+        EXPECT_TRUE(slash == '/' && parts.eof() && std::ranges::count(text, '/') + 1 == std::ssize(fields_of(column, row))) << text;
         break;
-    case value_type::INTERVAL_DT:
-        read_interval(text, values_of<bifun_interval_dt>(column)[row]);
-        break;
+    }
     default:
         read_string(column, row, text);
     }
+}
+
+std::vector<std::string> parts_of(std::string_view text) {
+    std::vector<std::string> parts;
+    while (!text.empty()) {
+        parts.emplace_back(text.substr(0, text.find(" | ")));
+        text.remove_prefix(std::min(parts.back().size() + 3, text.size()));
+    }
+    return parts;
 }
 
 text_column read_column(value_type type, std::string_view text) {
@@ -173,9 +169,13 @@ std::string write_value(const zqengine::column_storage& column, std::uint32_t ro
         return text;
     }
     case value_type::INTERVAL_YM:
-        return write_interval(values_of<bifun_interval_ym>(column)[row]);
-    case value_type::INTERVAL_DT:
-        return write_interval(values_of<bifun_interval_dt>(column)[row]);
+    case value_type::INTERVAL_DT: {
+        std::string text;
+        for (const std::int32_t field : fields_of(column, row)) {
+            text.append(text.empty() ? "" : "/").append(std::to_string(field));
+        }
+        return text;
+    }
     default:
         return write_string(values_of<bifun_string>(column)[row]);
     }
@@ -203,9 +203,7 @@ std::string evaluate(const text_case& text_case, const circumstances& circumstan
         }
     }
     const outcome outcome = call(entry, arguments, row_count, circumstances);
-    std::string text = "[";
-    text += std::to_string(outcome.no_nulls());
-    text += ']';
+    std::string text = std::string("[").append(std::to_string(outcome.no_nulls())).append("]");
     for (std::uint32_t row = 0; row < row_count; ++row) {
         text += ' ';
         text += outcome.flag(row) == unwritten ? "?"
@@ -214,6 +212,13 @@ std::string evaluate(const text_case& text_case, const circumstances& circumstan
                                                : "=?";
     }
     return outcome.status == 0 ? text : text + " status " + std::to_string(outcome.status);
+}
+
+void expect_results(std::initializer_list<std::string_view> cases, const circumstances& circumstances) {
+    for (const std::string_view text : cases) {
+        const std::vector<std::string> parts = parts_of(text);
+        EXPECT_EQ(evaluate({parts.front().c_str(), {parts.begin() + 1, parts.end() - 1}, {}}, circumstances), parts.back()) << text;
+    }
 }
 
 } // namespace contract

@@ -9,6 +9,7 @@
 #define BIFUN_TESTS_CONTRACT_TEXT_CASE_H
 
 #include <cstdint>
+#include <initializer_list>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -28,6 +29,9 @@ text_column read_column(bifun::value_type type, std::string_view text);
 // One value, which is not NULL, into a row. Flags stay as they are.
 void read_value(zqengine::column_storage& column, std::uint32_t row, const std::string& text);
 
+// What stands between ` | `.
+std::vector<std::string> parts_of(std::string_view text);
+
 struct text_case {
     const char* symbol;
     std::vector<std::string_view> arguments;
@@ -37,6 +41,9 @@ struct text_case {
 // Calls the entry point and writes the result as a column, its no-null flag always, rows not written as `?`, rows that are not NULL
 // but have been given no value as `=?`, and a status other than 0 behind them.
 std::string evaluate(const text_case& text_case, const circumstances& circumstances = {});
+
+// Evaluates cases, each written as `entry point | argument | ... | result`, and expects their results.
+void expect_results(std::initializer_list<std::string_view> cases, const circumstances& circumstances = {});
 
 } // namespace contract
 

@@ -4,10 +4,10 @@
 #include <unicode/gregocal.h>
 
 #include <algorithm>
-#include <array>
 #include <cstring>
 #include <limits>
 #include <random>
+#include <utility>
 #include <vector>
 
 #include "bop/frame/status.h"
@@ -28,14 +28,8 @@ constexpr std::int32_t stride = 29;
 constexpr std::int32_t stride = 1;
 #endif
 
-struct icu_day {
-    std::int16_t year;
-    std::uint8_t month;
-    std::uint8_t day;
-};
-
 struct icu_calendar {
-    std::vector<icu_day> days;           // by Julian day number
+    std::vector<calendar_date> days;     // by Julian day number
     std::vector<std::int32_t> month_end; // the number of the last day of each month, from January -4712
 };
 
@@ -63,8 +57,7 @@ const icu_calendar& calendar() {
             if (number > 0 && date.day == 1) {
                 result.month_end.push_back(number - 1);
             }
-            result.days.push_back(
-                {static_cast<std::int16_t>(date.year), static_cast<std::uint8_t>(date.month), static_cast<std::uint8_t>(date.day)});
+            result.days.push_back(date);
         }
         result.month_end.push_back(last_day_number);
         return result;
@@ -72,10 +65,10 @@ const icu_calendar& calendar() {
     return whole;
 }
 
-zqtime make(icu_day date, std::uint32_t hour = 0, std::uint32_t minute = 0, std::uint32_t second = 0, std::uint32_t microsecond = 0) {
+zqtime make(calendar_date date, std::uint32_t hour = 0, std::uint32_t minute = 0, std::uint32_t second = 0, std::uint32_t microsecond = 0) {
     zqtime value;
     if (zqtime_encode(&value, date.year, date.month, date.day, hour, minute, second, microsecond, 60) != 0) {
-        ADD_FAILURE() << date.year << '-' << int{date.month} << '-' << int{date.day};
+        ADD_FAILURE() << date.year << '-' << date.month << '-' << date.day;
     }
     return value;
 }
@@ -103,8 +96,7 @@ TEST(Calendar, PlacesAreThoseOfIcu) {
     for (std::int32_t number = 0; number <= last_day_number; ++number) {
         const calendar_date date = read_date(calendar, number);
         const auto weekday = static_cast<std::uint32_t>(calendar.get(UCAL_DAY_OF_WEEK, status) - UCAL_SUNDAY);
-        const zqtime value = make(
-            {static_cast<std::int16_t>(date.year), static_cast<std::uint8_t>(date.month), static_cast<std::uint8_t>(date.day)}, 23, 59, 59);
+        const zqtime value = make(date, 23, 59, 59);
         if (date.month == 1 && date.day == 1) {
             week = 1;
         } else if (weekday == 0) {
@@ -174,7 +166,7 @@ TEST(Calendar, AddsMonths) {
             while (number > month_end[static_cast<std::size_t>(month)]) {
                 ++month;
             }
-            const icu_day date = days[static_cast<std::size_t>(number)];
+            const calendar_date date = days[static_cast<std::size_t>(number)];
             const bool is_last = number == month_end[static_cast<std::size_t>(month)];
             std::int64_t clamped = -1;
             std::int64_t kept_last = -1;
@@ -206,15 +198,11 @@ TEST(Calendar, AddsMonths) {
 // Times as microseconds since day 0: sums and differences of random datetimes in plain arithmetic.
 TEST(Calendar, CountsTimesAndBoundaries) {
     constexpr std::int64_t day_length = 86'400'000'000;
-    struct time_unit {
-        std::int32_t field;
-        std::int64_t length;
-    };
-    constexpr std::array<time_unit, 5> units{{{ZQTIME_DAY, day_length},
-                                              {ZQTIME_HOUR, day_length / 24},
-                                              {ZQTIME_MINUTE, 60'000'000},
-                                              {ZQTIME_SECOND, 1'000'000},
-                                              {ZQTIME_SUBSECOND, 1000}}};
+    constexpr std::pair<std::int32_t, std::int64_t> units[] = {{ZQTIME_DAY, day_length},
+                                                               {ZQTIME_HOUR, day_length / 24},
+                                                               {ZQTIME_MINUTE, 60'000'000},
+                                                               {ZQTIME_SECOND, 1'000'000},
+                                                               {ZQTIME_SUBSECOND, 1000}};
     // How many years, quarters, months and weeks have begun by each day.
     struct counts {
         std::int32_t year, quarter, month, week;
@@ -223,7 +211,7 @@ TEST(Calendar, CountsTimesAndBoundaries) {
     std::vector<counts> begun(days.size());
     counts so_far{};
     for (std::size_t number = 1; number < days.size(); ++number) {
-        const icu_day date = days[number];
+        const calendar_date date = days[number];
         const bool new_month = date.month != days[number - 1].month;
         so_far.year += new_month && date.month == 1 ? 1 : 0;
         so_far.quarter += new_month && date.month % 3 == 1 ? 1 : 0;

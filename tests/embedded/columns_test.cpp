@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <numeric>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -31,90 +32,60 @@ bifun_string string_over(std::string& bytes, std::uint32_t trailing_blanks = 0) 
     return {static_cast<std::uint32_t>(bytes.size()), trailing_blanks, reinterpret_cast<std::uint8_t*>(bytes.data())};
 }
 
-constexpr std::uint32_t source_rows = 6;
-constexpr std::uint32_t null_row = 3;
-
-class ColumnCopy : public testing::TestWithParam<value_type> {
-  protected:
-    void SetUp() override {
-        ASSERT_TRUE(source && destination);
+TEST(ColumnCopy, DenseAndThroughSelection) {
+    constexpr std::uint32_t source_rows = 6;
+    constexpr std::uint32_t null_row = 3;
+    std::string texts[source_rows] = {"", "b", "seventeen letters", "", std::string(33, 'e'), std::string(5000, 'f')};
+    using rows_of_copy = std::vector<std::uint16_t>;
+    for (const value_type type : {value_type::BOOL, value_type::INT, value_type::BIGINT, value_type::DOUBLE, value_type::DECIMAL,
+                                  value_type::DATETIME, value_type::VARCHAR, value_type::VARBINARY}) {
+        SCOPED_TRACE(bifun::type_name(type));
+        const std::size_t width = bifun::value_width(type);
+        const column_pointer source(create_column(type, source_rows));
+        const column_pointer destination(create_column(type, source_rows));
+        auto* const originals = values_of<std::uint8_t>(*source);
+        std::iota(originals, originals + source_rows * width, std::uint8_t{1}); // of a NULL string a pointer that must not be followed
         for (std::uint32_t row = 0; row < source_rows; ++row) {
             source->data.null_flags[row] = row != null_row;
-            auto* const value = static_cast<std::uint8_t*>(source->data.values) + row * width;
-            for (std::size_t i = 0; i < width; ++i) {
-                value[i] = static_cast<std::uint8_t>(row * 41 + i); // for a string a pointer that must not be followed
-            }
-            if (bifun::is_string(GetParam()) && row != null_row) {
+            if (bifun::is_string(type) && row != null_row) {
                 values_of<bifun_string>(*source)[row] = string_over(texts[row], row);
             }
         }
-    }
-
-    // `rows` are the rows that the copy must consist of.
-    void expect_copy_of(const std::vector<std::uint16_t>& rows, const bifun_column& from) {
-        const auto count = static_cast<std::uint32_t>(rows.size());
-        ASSERT_EQ(bdta3_col_copy(&environment, nullptr, &destination->column, &from, count), 0);
-        EXPECT_EQ(destination->column.no_nulls, from.no_nulls);
-        for (std::uint32_t k = 0; k < count; ++k) {
-            ASSERT_EQ(destination->data.null_flags[k], rows[k] != null_row) << k;
-            if (rows[k] == null_row) {
-                continue;
-            }
-            if (bifun::is_string(GetParam())) {
-                EXPECT_EQ(text_of(*destination, k), text_of(*source, rows[k]));
-                EXPECT_NE(values_of<bifun_string>(*destination)[k].data, values_of<bifun_string>(*source)[rows[k]].data);
-            } else {
-                const auto* const copy = static_cast<const std::uint8_t*>(destination->data.values) + k * width;
-                const auto* const original = static_cast<const std::uint8_t*>(source->data.values) + rows[k] * width;
-                EXPECT_EQ(std::memcmp(copy, original, width), 0) << k;
+        for (const rows_of_copy& rows : {rows_of_copy{0, 1, 2, 3, 4, 5}, {5, 2, 2}, {}, {5, 4, 3, 2, 1, 0}}) {
+            const bool dense = rows.size() == source_rows && rows[0] == 0;
+            const bifun_column from = {dense ? 0U : 1U, dense ? nullptr : rows.data(), &source->data};
+            ASSERT_EQ(bdta3_col_copy(&environment, nullptr, &destination->column, &from, static_cast<std::uint32_t>(rows.size())), 0);
+            EXPECT_EQ(destination->column.no_nulls, from.no_nulls);
+            for (std::uint32_t k = 0; k < rows.size(); ++k) {
+                ASSERT_EQ(destination->data.null_flags[k], rows[k] != null_row) << k;
+                if (rows[k] != null_row && bifun::is_string(type)) {
+                    EXPECT_EQ(text_of(*destination, k), text_of(*source, rows[k]));
+                    EXPECT_NE(values_of<bifun_string>(*destination)[k].data, values_of<bifun_string>(*source)[rows[k]].data);
+                } else if (rows[k] != null_row) {
+                    EXPECT_EQ(std::memcmp(values_of<std::uint8_t>(*destination) + k * width, originals + rows[k] * width, width), 0) << k;
+                }
             }
         }
-    }
-
-    const std::size_t width = bifun::value_width(GetParam());
-    std::string texts[source_rows] = {"", "b", "seventeen letters", "", std::string(33, 'e'), std::string(5000, 'f')};
-    column_pointer source{create_column(GetParam(), source_rows)};
-    column_pointer destination{create_column(GetParam(), source_rows)};
-};
-
-TEST_P(ColumnCopy, DenseAndThroughSelection) {
-    expect_copy_of({0, 1, 2, 3, 4, 5}, source->column);
-    for (const std::vector<std::uint16_t>& rows : {std::vector<std::uint16_t>{5, 2, 2}, {}, {5, 4, 3, 2, 1, 0}}) {
-        expect_copy_of(rows, {1, rows.data(), &source->data});
+        destination->column.no_nulls = 1;
+        zqengine::fail_step(1);
+        EXPECT_EQ(bdta3_col_copy(&environment, nullptr, &destination->column, &source->column, source_rows), BIFUN_OUT_OF_MEMORY);
+        EXPECT_EQ(destination->status, BIFUN_OUT_OF_MEMORY);
+        EXPECT_EQ(destination->column.no_nulls, 0U);
+        EXPECT_EQ(std::count(destination->data.null_flags, destination->data.null_flags + source_rows, 0), source_rows);
     }
 }
-
-TEST_P(ColumnCopy, WithoutMemoryEveryRowIsNull) {
-    std::memset(destination->data.null_flags, 1, source_rows);
-    destination->column.no_nulls = 1;
-    zqengine::fail_step(1);
-    EXPECT_EQ(bdta3_col_copy(&environment, nullptr, &destination->column, &source->column, source_rows), BIFUN_OUT_OF_MEMORY);
-    EXPECT_EQ(destination->status, BIFUN_OUT_OF_MEMORY);
-    EXPECT_EQ(destination->column.no_nulls, 0U);
-    EXPECT_EQ(std::count(destination->data.null_flags, destination->data.null_flags + source_rows, 0), source_rows);
-}
-
-INSTANTIATE_TEST_SUITE_P(Types, ColumnCopy,
-                         testing::Values(value_type::BOOL, value_type::INT, value_type::BIGINT, value_type::DOUBLE, value_type::DECIMAL,
-                                         value_type::DATETIME, value_type::VARCHAR, value_type::VARBINARY),
-                         [](const auto& info) { return std::string(bifun::type_name(info.param)); });
 
 TEST(StringResults, EveryLengthIsCopiedExactly) {
     constexpr std::uint32_t rows = 131;
     const column_pointer column(create_column(value_type::VARCHAR, rows));
-    std::vector<std::vector<std::uint8_t>> sources;
+    std::string letters(rows, ' ');
+    std::iota(letters.begin(), letters.end(), '\0');
     for (std::uint32_t length = 0; length < rows; ++length) {
-        std::vector<std::uint8_t>& source = sources.emplace_back(length);
-        for (std::uint32_t i = 0; i < length; ++i) {
-            source[i] = static_cast<std::uint8_t>(length * 7 + i);
-        }
+        const std::vector<std::uint8_t> source(letters.begin(), letters.begin() + length);
         ASSERT_EQ(bdta3_col_assign_str(&environment, nullptr, &column->column, length, source.data(), length, length % 3), 0);
     }
     for (std::uint32_t length = 0; length < rows; ++length) {
-        const bifun_string& value = values_of<bifun_string>(*column)[length];
-        ASSERT_EQ(value.length, length);
-        EXPECT_EQ(value.trailing_blanks, length % 3);
-        EXPECT_TRUE(std::equal(sources[length].begin(), sources[length].end(), value.data)) << length;
+        EXPECT_EQ(text_of(*column, length), letters.substr(0, length) + "+" + std::to_string(length % 3));
     }
 }
 

@@ -163,19 +163,7 @@ TEST(Search, OccurrencesOfMultibyteTextBeginWithACharacter) {
     }
 }
 
-TEST(Search, EdgesOfTheText) {
-    for (const std::size_t length : {std::size_t{1}, std::size_t{16}, std::size_t{65}}) {
-        const std::string pattern = std::string(length - 1, 'a') + "b";
-        for (std::size_t before = 0; before < 40; ++before) {
-            const std::string text = std::string(before, 'a') + pattern;
-            expect_plain_scan(text, {}, pattern, 0);
-            expect_plain_scan(text, {}, pattern, before);
-            expect_plain_scan(text, {}, pattern, before + 1);
-            expect_plain_scan(text, {}, pattern, text.size());
-            expect_plain_scan(text.substr(0, text.size() - 1), {}, pattern, 0);
-            expect_plain_scan(pattern + std::string(before, 'b'), {}, pattern, 1);
-        }
-    }
+TEST(Search, FindsNothingWithoutText) {
     const prepared_pattern a("a");
     for (const std::uint32_t from : {0U, 1U, UINT32_MAX}) {
         EXPECT_EQ(zq_strbmncmp(nullptr, 0, from, &a.boyer_moore), ZQ_NOT_FOUND);

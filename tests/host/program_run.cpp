@@ -6,7 +6,9 @@
 #include <unistd.h>
 
 #include <fstream>
+#include <regex>
 #include <sstream>
+#include <utility>
 
 #include <gtest/gtest.h>
 
@@ -65,21 +67,39 @@ run_result scratch_directory::run(arguments words, int output) const {
     return {output < 0 ? read_file(out) : "", read_file(err), WIFEXITED(wait_status) ? WEXITSTATUS(wait_status) : -1};
 }
 
-std::string shown(const std::string& expression, arguments options) {
+void expect_answer(const std::string& file, const std::string& sql, const std::string& out, arguments options, const std::string& message) {
+    SCOPED_TRACE(sql);
     const scratch_directory directory;
-    options.insert(options.end(), {"--format", "json", joined({"SELECT ", expression, " AS v"})});
+    if (!file.empty()) {
+        directory.write("t.csv", file);
+        options.emplace_back("t.csv");
+    }
+    options.push_back(sql);
     const run_result result = directory.run(std::move(options));
+    EXPECT_EQ(result.out, out);
+    EXPECT_EQ(result.err, message.empty() ? "" : joined({"bifun: ", message, "\n"}));
+    EXPECT_EQ(result.status, message.empty() ? 0 : 1);
+}
+
+void expect_failure(const std::string& file, const std::string& sql, const std::string& message, const arguments& options) {
+    expect_answer(file, sql, "", options, message);
+}
+
+std::string shown(const std::string& expressions, arguments options) {
+    const std::string list = std::regex_replace(expressions, std::regex(" ; "), " AS v, ");
+    options.insert(options.end(), {"--format", "json", joined({"SELECT ", list, " AS v"})});
+    const run_result result = scratch_directory().run(std::move(options));
     const std::string_view message = result.err;
     if (!message.empty()) {
         return std::string(message.substr(message.find(' ') + 1, message.size() - message.find(' ') - 2));
     }
-    const std::size_t begin = result.out.find(": ") + 2;
-    return result.out.substr(begin, result.out.rfind('}') - begin);
+    const std::size_t begin = result.out.find('{') + 1;
+    return std::regex_replace(result.out.substr(begin, result.out.rfind('}') - begin), std::regex("\"v(_\\d+)?\": "), "");
 }
 
 void expect_shown(std::initializer_list<shown_case> cases) {
     for (const shown_case& tested : cases) {
-        EXPECT_EQ(shown(tested.expression, tested.options), tested.result) << tested.expression;
+        EXPECT_EQ(shown(tested.expressions, tested.options), tested.result) << tested.expressions;
     }
 }
 

@@ -38,17 +38,22 @@ struct scratch_directory {
     [[nodiscard]] run_result run(arguments words, int output = -1) const;
 };
 
-// The value of an expression as JSON shows it, or the message without "bifun: " where there is an error.
-std::string shown(const std::string& expression, arguments options = {});
+// Expects this output of a query, and this message behind "bifun: " if any. `file`, unless it is empty, is t.csv.
+void expect_answer(const std::string& file, const std::string& sql, const std::string& out, arguments options = {},
+                   const std::string& message = {});
 
-// An expression and what `shown` makes of it.
+// Expects the message alone.
+void expect_failure(const std::string& file, const std::string& sql, const std::string& message, const arguments& options = {});
+
+// The values of expressions, with ` ; ` between, as JSON shows them, or the message behind "bifun: " where there is an error.
+std::string shown(const std::string& expressions, arguments options = {});
+
+// Expressions and what `shown` makes of them.
 struct shown_case {
-    std::string expression;
+    std::string expressions;
     std::string result;
     arguments options = {};
 };
-
-// Expects that of every case.
 void expect_shown(std::initializer_list<shown_case> cases);
 
 } // namespace program_run

@@ -9,36 +9,24 @@
 
 namespace {
 
-using contract::evaluate;
-using contract::text_case;
 __extension__ using int128 = __int128;
 
 TEST(Bitand, HasTheseValues) {
-    const text_case cases[] = {
-        {"bbit_and_for_dec_av", {"12 12.9 -12.9 0.9 15", "10.9"}, "[1] 8 8 0 0 10"},
-        {"bbit_and_for_dec_av", {"-1 -4 5 0 NULL", "-6"}, "[0] -6 -8 0 0 NULL"},
-        {"bbit_and_for_dec_av",
-         {"-1 18446744073709551616 18446744073709551615 -18446744073709551616", "18446744073709551616"},
-         "[1] 18446744073709551616 18446744073709551616 0 18446744073709551616"},
-        {"bbit_and_for_dec_av",
-         {"18446744073709551615 18446744073709551616 -1 -18446744073709551616", "18446744073709551615"},
-         "[1] 18446744073709551615 0 18446744073709551615 0"},
-        {"bbit_and_for_dec_av", {"-1 5 99999999999999999999999999999999999999 -0.5", "5"}, "[1] 5 5 5 0"},
-        {"bbit_and_for_dec_av",
-         {"-1 -99999999999999999999999999999999999999 99999999999999999999999999999999999999", "99999999999999999999999999999999999999"},
-         "[1] 99999999999999999999999999999999999999 1 99999999999999999999999999999999999999"},
-        {"bbit_and_for_dec_av", {"7 -7 99999999999999999999999999999999999999.0 -0.9", "0.5"}, "[1] 0 0 0 0"},
-        {"bbit_and_for_dec_av", {"1 2", "NULL"}, "[0] NULL NULL"},
-        {"bbit_and_for_dec_va", {"10", "@2,0,1 12 -1 7"}, "[1] 2 8 10"},
-        {"bbit_and_for_dec_va", {"NULL", "12 1E38"}, "[0] NULL NULL"},
+    contract::expect_results({
+        "bbit_and_for_dec_av | 12 12.9 -12.9 0.9 15 NULL | 10.9 | [0] 8 8 0 0 10 NULL",
+        "bbit_and_for_dec_av | -1 18446744073709551616 18446744073709551615 -18446744073709551616 | 18446744073709551616 | [1] "
+        "18446744073709551616 18446744073709551616 0 18446744073709551616",
+        "bbit_and_for_dec_av | 18446744073709551615 18446744073709551616 -1 -18446744073709551616 | 18446744073709551615 | [1] "
+        "18446744073709551615 0 18446744073709551615 0",
+        "bbit_and_for_dec_av | -1 5 99999999999999999999999999999999999999 -0.5 | 5 | [1] 5 5 5 0",
+        "bbit_and_for_dec_av | -1 -99999999999999999999999999999999999999 99999999999999999999999999999999999999 | "
+        "99999999999999999999999999999999999999 | [1] 99999999999999999999999999999999999999 1 99999999999999999999999999999999999999",
+        "bbit_and_for_dec_av | 7 -7 99999999999999999999999999999999999999.0 -0.9 | 0.5 | [1] 0 0 0 0",
         // 39 digits are too many, even if the other operand is 0; behind a NULL nobody looks at them.
-        {"bbit_and_for_dec_av", {"1 NULL 100000000000000000000000000000000000000 2", "0"}, "[0] 0 NULL NULL ? status -6102"},
-        {"bbit_and_for_dec_av", {"0 1", "-100000000000000000000000000000000000000"}, "[0] NULL NULL status -6102"},
-        {"bbit_and_for_dec_va", {"1E126", "NULL 0"}, "[0] NULL NULL status -6102"},
-    };
-    for (const text_case& text_case : cases) {
-        EXPECT_EQ(evaluate(text_case), text_case.result) << text_case.arguments[0] << " and " << text_case.arguments[1];
-    }
+        "bbit_and_for_dec_av | 1 NULL=1E38 100000000000000000000000000000000000000 2 | 0 | [0] 0 NULL NULL ? status -6102",
+        "bbit_and_for_dec_va | NULL | 12 1E38 | [0] NULL NULL",
+        "bbit_and_for_dec_va | 1E126 | NULL 0 | [0] NULL NULL status -6102",
+    });
 }
 
 std::string text_of(int128 value) {
@@ -61,9 +49,9 @@ TEST(Bitand, IsThatOf128BitIntegers) {
         const int128 y = operand();
         const std::string x_text = text_of(x);
         const std::string y_text = text_of(y);
-        const std::string expected = "[1] " + text_of(x & y);
-        ASSERT_EQ(evaluate({"bbit_and_for_dec_av", {x_text, y_text}, ""}), expected) << x_text << " and " << y_text;
-        ASSERT_EQ(evaluate({"bbit_and_for_dec_va", {x_text, y_text}, ""}), expected) << x_text << " and " << y_text;
+        for (const char* const symbol : {"bbit_and_for_dec_av", "bbit_and_for_dec_va"}) {
+            ASSERT_EQ(contract::evaluate({symbol, {x_text, y_text}, ""}), "[1] " + text_of(x & y)) << x_text << " and " << y_text;
+        }
     }
 }
 

@@ -1,0 +1,53 @@
+# The built library as the loader sees it: symbols, dependencies, run path.
+#     cmake -DLIBRARY=libbifun.so -DSOURCE=source directory -DNM=nm -DREADELF=readelf -DSANITIZED=option -P symbols_test.cmake
+function(expect what found expected)
+  if(NOT found STREQUAL expected)
+    message(SEND_ERROR "${what}: ${found}; expected: ${expected}")
+  endif()
+endfunction()
+
+# It exports the catalogue and nothing else. The settings are a record that an engine may write.
+file(STRINGS ${SOURCE}/bop/exports.def lines REGEX "^EXPORT")
+string(REGEX MATCHALL "EXPORT(_FUNCTION)?\\([a-z0-9_]+|EXPORT_DATA\\([a-z_]+, [a-z_]+" expected "${lines}")
+list(TRANSFORM expected REPLACE "^.*[( ]" "")
+execute_process(COMMAND ${NM} -D -P --defined-only ${LIBRARY} OUTPUT_VARIABLE output COMMAND_ERROR_IS_FATAL ANY)
+string(REGEX MATCHALL "[^\n]+" lines "${output}")
+list(TRANSFORM lines REPLACE " .*" "" OUTPUT_VARIABLE exported)
+list(SORT expected)
+list(SORT exported)
+expect("exports" "${exported}" "${expected}")
+list(FILTER lines EXCLUDE REGEX " [Ti] ")
+list(TRANSFORM lines REPLACE " [0-9a-f]+ " " ")
+expect("data" "${lines}" "global_bifun_var B c")
+
+# The loader finds an operation by its name alone: one that no header declares is a misspelling, or an engine would not know of it. What the
+# platform supplies has a version, or is the compiler's; a sanitizer's functions of the C library have none.
+file(GLOB headers ${SOURCE}/engine/*.h)
+foreach(header ${headers})
+  file(READ ${header} text)
+  string(APPEND declared "${text}")
+endforeach()
+execute_process(COMMAND ${NM} -D -P --undefined-only ${LIBRARY} OUTPUT_VARIABLE output COMMAND_ERROR_IS_FATAL ANY)
+string(REGEX MATCHALL "[^\n]+" operations "${output}")
+list(FILTER operations EXCLUDE REGEX "@|^_")
+list(LENGTH operations count)
+if(NOT SANITIZED AND count EQUAL 0)
+  message(SEND_ERROR "no operations of the engine")
+endif()
+foreach(operation ${operations})
+  string(REGEX REPLACE " .*" "" operation ${operation})
+  if(NOT SANITIZED AND NOT declared MATCHES "[ *]${operation}(\\(| __attribute__)")
+    message(SEND_ERROR "no header declares ${operation}")
+  endif()
+endforeach()
+
+# It is found beside the engine and needs none of its libraries.
+execute_process(COMMAND ${READELF} -d -W ${LIBRARY} OUTPUT_VARIABLE output COMMAND_ERROR_IS_FATAL ANY)
+string(REGEX MATCHALL "\\((NEEDED|SONAME|RPATH|RUNPATH)\\)[^\n]*" entries "${output}")
+list(TRANSFORM entries REPLACE "^.([A-Z]+).*\\[(.*)\\]$" "\\1 \\2")
+list(FILTER entries EXCLUDE REGEX "^NEEDED (libstdc\\+\\+.so.6|libm.so.6|libgcc_s.so.1|libc.so.6)$")
+if(SANITIZED)
+  list(FILTER entries EXCLUDE REGEX "^NEEDED .*san.so")
+endif()
+list(SORT entries)
+expect("dynamic section" "${entries}" "RUNPATH ./:../release;SONAME libbifun.so.0")
