@@ -62,9 +62,9 @@ template <class... T> outcome call_with(const char* symbol, const std::vector<T>
     const bifun::entry_point& entry = entry_of(symbol);
     std::vector<zqengine::column_pointer> columns;
     (columns.push_back(column_of(entry.argument_list[columns.size()].type, values)), ...);
-    std::vector<call_argument> arguments;
-    for (const zqengine::column_pointer& column : columns) {
-        arguments.push_back({.column = column.get()});
+    std::vector<call_argument> arguments(columns.size());
+    for (std::size_t i = 0; i < columns.size(); ++i) {
+        arguments[i].column = columns[i].get();
     }
     return call(entry, arguments, columns[0]->capacity);
 }

@@ -25,20 +25,20 @@ using bifun::value_type;
 // Numbers and the years of datetimes lie from `low` to `high`, or are NaN; where there are texts, values are some of these, written as in
 // a text_case with ` | ` between. A range need not be all that is allowed.
 struct argument_domain {
+    long double low, high;  // of 64 bits, so that every BIGINT is one
     std::string_view names; // of built-ins and of entry points, which come first
+    std::string_view texts = {};
     std::size_t position;
     value_type type;
-    long double low, high; // of 64 bits, so that every BIGINT is one
-    std::string_view texts = {};
     bool takes_nan = true;
     bool others_fail = true; // not where others are allowed and these are only the ones that tell
 
     constexpr argument_domain(std::string_view names, std::size_t position, value_type type, long double low, long double high,
                               bool takes_nan = true)
-        : names(names), position(position), type(type), low(low), high(high), takes_nan(takes_nan) {}
+        : low(low), high(high), names(names), position(position), type(type), takes_nan(takes_nan) {}
     constexpr argument_domain(std::string_view names, std::size_t position, value_type type, std::string_view texts,
                               bool others_fail = true)
-        : names(names), position(position), type(type), low(0), high(0), texts(texts), others_fail(others_fail) {}
+        : low(0), high(0), names(names), texts(texts), position(position), type(type), others_fail(others_fail) {}
 };
 
 inline constexpr long double infinity = std::numeric_limits<long double>::infinity();

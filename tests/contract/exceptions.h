@@ -50,9 +50,12 @@ constexpr null_rule null_rule_of(const bifun::entry_point& entry) {
 // constants with.
 inline constexpr std::string_view constants_only[] = {
     "BITAND TRIM POSITION EXTRACT DATEPART DATEDIFF BIGDATEDIFF DATEADD",
-    "BITAND TO_CHAR SUBSTRB LEFT RIGHT INSTRB DATEPART NEXT_DAY NUMTOYMINTERVAL NUMTODSINTERVAL bnvl_varbinary_av binstr_avvv_str "
-    "binstr_def1_avv_str",
-    "TO_CHAR SUBSTRB SUBSTRING_INDEX INSTRB LOCATE binstr_avvv_str binstr_def1_avv_str", "INSTRB binstr_avvv_str", ""};
+    "BITAND TO_CHAR SUBSTRB LEFT RIGHT binstr_avvv_str binstr_def1_avv_str INSTRB DATEPART NEXT_DAY NUMTOYMINTERVAL NUMTODSINTERVAL "
+    "bnvl_varbinary_av",
+    "TO_CHAR SUBSTRB SUBSTRING_INDEX LOCATE binstr_avvv_str binstr_def1_avv_str INSTRB",
+    "binstr_avvv_str INSTRB",
+    "",
+};
 
 constexpr bool is_constant_only(const bifun::entry_point& entry, std::size_t position) { return is_named(entry, constants_only[position]); }
 

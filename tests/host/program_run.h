@@ -15,6 +15,9 @@ using arguments = std::vector<std::string>;
 // gcc 12 takes operator+ of a literal and a string for an overlapping copy.
 std::string joined(std::initializer_list<std::string_view> parts);
 
+// The text with every `from` replaced.
+std::string replaced(std::string text, std::string_view from, std::string_view to);
+
 std::string read_file(const std::string& path);
 
 struct run_result {

@@ -23,7 +23,8 @@ TEST(Floating, HasTheseValues) {
         "bmod_aa_math_dbl | 7.5 -7 7 -6 6 -0.0 inf nan 5 5 nan 1 | 0 3 -3 3 -3 5 -0.0 0 inf -inf 1 nan | [1] 7.5 -1 1 -0 0 -0 inf nan 5 5 "
         "nan nan",
         // Pi has fifteen digits, and the multiplication comes first.
-        "bdegrees_a_math_dbl | 3.14159265358979 3.1415926535897931 1e305 -0.0 nan | [1] 180 180.00000000000017 5.7295779513082385e+306 -0 nan",
+        "bdegrees_a_math_dbl | 3.14159265358979 3.1415926535897931 1e305 -0.0 nan | [1] 180 180.00000000000017 5.7295779513082385e+306 -0 "
+        "nan",
         "bradians_a_math_dbl | 180 -180 0 inf 1e308 | [1] 3.14159265358979 -3.14159265358979 0 inf inf",
     });
 }
