@@ -12,22 +12,22 @@
  * zq_gather_char_info takes a text apart: how many characters it has, and for each its length and its first byte. It returns 0, or -503.
  * The two arrays come from the memory object and live as long as its heap; they have room for as many entries as the text has bytes.
  *
- * bifun_search_char_in_str gives the position, from 1, of the first character of a text that is the sought one, or 0. Only characters of the
- * same length are compared. A character that the
- * end of the text cuts off has the length that its first bytes say, in the `_ex` form that of what is left of it.
+ * bifun_search_char_in_str gives the position, from 1, of the first character of a text that is the sought one, or 0. Only characters of
+ * the same length are compared. A character that the end of the text cuts off has the length that its first bytes say, in the `_ex` form
+ * that of what is left of it.
  *
- * bifun_colstr_assign_with_blank gives row `row` of `result` the full text of `source`, its trailing blanks as bytes, and sets the row's null
- * flag. bifun_colstr_assign_with_blank_no_clear does so for a value of its own, whose bytes come from the memory object; it takes no notice
- * of what the target held, and does nothing where target and source are the same. Both return 0, or -503, and then the row or target has a
- * length but no bytes.
+ * bifun_colstr_assign_with_blank gives row `row` of `result` the full text of `source`, its trailing blanks as bytes, and sets the row's
+ * null flag. bifun_colstr_assign_with_blank_no_clear does so for a value of its own, whose bytes come from the memory object; it takes no
+ * notice of what the target held, and does nothing where target and source are the same. Both return 0, or -503, and then the row or target
+ * has a length but no bytes.
  *
- * ifun_instr_low is INSTR of one string: it finds the `occurrence`-th place of the pattern at or after the character `start`, or, where that is
- * negative, at or before that character from the end. `*position` gets the place in characters, from 1, `*match_offset` that in bytes, from
- * 0; position 0 is for not found. For a negative start it reverses both texts in place and leaves them so. -503, or -6108 where they
- * cannot be reversed.
+ * ifun_instr_low is INSTR of one string: it finds the `occurrence`-th place of the pattern at or after the character `start`, or, where
+ * that is negative, at or before that character from the end. `*position` gets the place in characters, from 1, `*match_offset` that in
+ * bytes, from 0; position 0 is for not found. For a negative start it reverses both texts in place and leaves them so. -503, or -6108 where
+ * they cannot be reversed.
  *
- * binstr_avvv_process_case_sencitive is the same for one row of INSTR on a server that does not distinguish case: it takes full texts, which
- * it leaves as they are. -6803 where the occurrence is below 1.
+ * binstr_avvv_process_case_sencitive is the same for one row of INSTR on a server that does not distinguish case: it takes full texts,
+ * which it leaves as they are. -6803 where the occurrence is below 1.
  *
  * bifun_dll_var_init stores the three settings; call it once after loading the library and before anything else. It returns 0. */
 #ifndef BIFUN_BIFUN_H
