@@ -10,8 +10,8 @@
 
 #include "bop/bifun.h"
 #include "fuzz/exact_block.h"
-#include "tests/bifun_date/each_engine.h"
 #include "tests/bifun_str/string_model.h"
+#include "tests/contract/each_engine.h"
 
 namespace {
 

@@ -3,23 +3,13 @@
 
 #include <array>
 
+#include "bop/bifun_date/datetime_rows.h"
 #include "bop/bifun_date/weekday.h"
-#include "bop/frame/attempt_rows.h"
 #include "bop/frame/row_loop.h"
 #include "engine/interval.h"
 
 namespace bifun {
 namespace {
-
-// Calls `attempt(datetimes, result, values...)` for every row.
-template <class Attempt, class... Arguments> status moved_rows(const batch& batch, const Attempt& attempt, const Arguments&... arguments) {
-    return with_datetimes([&](auto datetimes) {
-        return attempt_set_rows<zqtime>(
-            batch,
-            [datetimes, attempt](zqtime& result, const auto&... values) INLINED -> status { return attempt(datetimes, result, values...); },
-            arguments...);
-    });
-}
 
 // Many rows at once, where datetimes are packed. How many days a count stands for is one more constant to the kernel.
 template <class Value, class Count>
@@ -73,7 +63,7 @@ constexpr auto add_number_of_days = [](auto datetimes, const zqtime& moment, dou
 };
 
 template <class Value> status add_days(const batch& batch, Value value, column days) {
-    return moved_rows(
+    return attempt_datetime_rows<zqtime>(
         batch,
         [](auto datetimes, zqtime& result, const zqtime& moment, double count)
             INLINED { return add_number_of_days(datetimes, moment, count, result); },
@@ -81,7 +71,7 @@ template <class Value> status add_days(const batch& batch, Value value, column d
 }
 
 template <class Value, class Weeks> status add_weeks(const batch& batch, Value value, Weeks weeks) {
-    return moved_rows(
+    return attempt_datetime_rows<zqtime>(
         batch,
         [](auto datetimes, zqtime& result, const zqtime& moment, std::int32_t count) INLINED {
             // The days wrap around in 32 bits.
@@ -92,7 +82,7 @@ template <class Value, class Weeks> status add_weeks(const batch& batch, Value v
 }
 
 template <class Value, class Months> status add_months(const batch& batch, Value value, Months months) {
-    return moved_rows(
+    return attempt_datetime_rows<zqtime>(
         batch,
         [](auto datetimes, zqtime& result, const zqtime& moment, std::int32_t count)
             INLINED { return datetimes.add_months(moment, count, result); },
@@ -166,36 +156,25 @@ status badd_months_av_date(BATCH_OF(column value, int_constant months)) { return
 status badd_months_va_date(BATCH_OF(datetime_constant value, column months)) { return add_months(BATCH, value, months); }
 
 status bdate_add_ym_aa(BATCH_OF(column value, column interval)) {
-    return moved_rows(BATCH, add_interval, datetime(value), interval_ym(interval));
+    return attempt_datetime_rows<zqtime>(BATCH, add_interval, datetime(value), interval_ym(interval));
 }
 status bdate_add_ym_av(BATCH_OF(column value, interval_ym_constant interval)) {
-    return moved_rows(BATCH, add_interval, datetime(value), interval_ym(interval));
+    return attempt_datetime_rows<zqtime>(BATCH, add_interval, datetime(value), interval_ym(interval));
 }
 status bdate_sub_ym_aa(BATCH_OF(column value, column interval)) {
-    return moved_rows(BATCH, subtract_interval, datetime(value), interval_ym(interval));
+    return attempt_datetime_rows<zqtime>(BATCH, subtract_interval, datetime(value), interval_ym(interval));
 }
 status bdate_sub_ym_av(BATCH_OF(column value, interval_ym_constant interval)) {
-    return moved_rows(BATCH, subtract_interval, datetime(value), interval_ym(interval));
+    return attempt_datetime_rows<zqtime>(BATCH, subtract_interval, datetime(value), interval_ym(interval));
 }
 
 VECTORISED status blast_day_a_date(BATCH_OF(column value)) {
     const batch batch = BATCH;
     return datetimes_are_packed() ? set_rows<rows::all, set_last_day_packed>(batch, datetime(value))
-                                  : moved_rows(batch, ifun_parse_last_day, datetime(value));
+                                  : attempt_datetime_rows<zqtime>(batch, ifun_parse_last_day, datetime(value));
 }
 
-status blast_day_str_a_date(BATCH_OF(column text)) {
-    return with_datetimes([&](auto datetimes) {
-        return attempt_set_rows<zqtime, nulls::of_attempts>(
-            BATCH,
-            [datetimes](zqtime& result, const bifun_string& value) -> status {
-                zqtime converted;
-                const status outcome = zqtime_from_char_ex(value.data, value.length, &converted);
-                return outcome < BIFUN_OK || outcome == BIFUN_UNUSABLE_TEXT ? outcome : ifun_parse_last_day(datetimes, result, converted);
-            },
-            string(text));
-    });
-}
+status blast_day_str_a_date(BATCH_OF(column text)) { return attempt_text_rows<zqtime>(BATCH, text, ifun_parse_last_day); }
 
 status bnext_day_av_date(BATCH_OF(column value, string_constant name)) {
     const batch batch = BATCH;

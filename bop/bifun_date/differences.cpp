@@ -1,24 +1,13 @@
 // How far apart two datetimes are: DATEDIFF, BIGDATEDIFF, *_BETWEEN; and the number of a day, TO_DAYS.
 
+#include "bop/bifun_date/datetime_rows.h"
 #include "bop/bifun_date/weekday.h"
-#include "bop/frame/attempt_rows.h"
 #include "bop/frame/row_loop.h"
 #include "engine/decimal.h"
 #include "engine/session.h"
 
 namespace bifun {
 namespace {
-
-// Calls `attempt(datetimes, result, values...)` for every row.
-template <class Result, class Attempt, class... Arguments>
-status counted_rows(const batch& batch, const Attempt& attempt, const Arguments&... arguments) {
-    return with_datetimes([&](auto datetimes) {
-        return attempt_set_rows<Result>(
-            batch,
-            [datetimes, attempt](Result& result, const auto&... values) INLINED -> status { return attempt(datetimes, result, values...); },
-            arguments...);
-    });
-}
 
 // ---- DATEDIFF and BIGDATEDIFF ----------------------------------------------------------------------------------------------------
 
@@ -72,7 +61,7 @@ template <class Start, class End> INLINED inline status datediff(const batch& ba
                 break;
             }
         }
-        return counted_rows<std::int32_t>(
+        return attempt_datetime_rows<std::int32_t>(
             batch,
             [](auto datetimes, std::int32_t& count, const zqtime& from, const zqtime& to, std::int32_t code)
                 INLINED { return datetimes.datediff(code, from, to, count); },
@@ -134,7 +123,7 @@ template <class Start, class End> INLINED inline status bigdatediff(const batch&
     if (datetimes_are_packed() && field->not_null != 0 && field->value == ZQTIME_SECOND) {
         return set_rows<rows::all, packed_big_seconds>(batch, datetime(start), datetime(end));
     }
-    return counted_rows<std::int64_t>(batch, ifun_parse_bigdatediff, integer(field), datetime(start), datetime(end));
+    return attempt_datetime_rows<std::int64_t>(batch, ifun_parse_bigdatediff, integer(field), datetime(start), datetime(end));
 }
 
 // ---- *_BETWEEN ---------------------------------------------------------------------------------------------------------------------
@@ -185,11 +174,11 @@ constexpr auto ifun_parse_months_between = [](auto datetimes, xdec& result, cons
 };
 
 template <class A, class B> status weeks_between(const batch& batch, A a, B b) {
-    return counted_rows<std::int32_t>(batch, ifun_parse_weeks_between, datetime(a), datetime(b));
+    return attempt_datetime_rows<std::int32_t>(batch, ifun_parse_weeks_between, datetime(a), datetime(b));
 }
 
 template <class A, class B> status months_between(const batch& batch, A a, B b) {
-    return counted_rows<xdec>(batch, ifun_parse_months_between, datetime(a), datetime(b));
+    return attempt_datetime_rows<xdec>(batch, ifun_parse_months_between, datetime(a), datetime(b));
 }
 
 // ---- TO_DAYS -----------------------------------------------------------------------------------------------------------------------

@@ -4,9 +4,9 @@
 #include <array>
 #include <string_view>
 
+#include "bop/bifun_date/datetime_rows.h"
 #include "bop/bifun_date/fields.h"
 #include "bop/bifun_date/weekday.h"
-#include "bop/frame/attempt_rows.h"
 #include "bop/frame/row_loop.h"
 
 namespace bifun {
@@ -123,23 +123,6 @@ status extract(const batch& batch, int_constant field, field_set allowed, column
 }
 
 // ---- columns of text -----------------------------------------------------------------------------------------------------------
-
-// Calls `attempt(datetimes, result, value, constants...)` for every text that is a datetime; the others make NULL rows.
-template <class Result, class Attempt, class... Constants>
-status rows_of_text(const batch& batch, column text, const Attempt& attempt, const Constants&... constants) {
-    return with_datetimes([&](auto datetimes) {
-        const auto convert = [datetimes, attempt](Result& result, const bifun_string& value, const auto&... settings) -> status {
-            zqtime converted;
-            const status outcome = zqtime_from_char_ex(value.data, value.length, &converted);
-            return outcome < BIFUN_OK || outcome == BIFUN_UNUSABLE_TEXT ? outcome : attempt(datetimes, result, converted, settings...);
-        };
-        if constexpr (std::is_integral_v<Result>) {
-            return attempt_store_rows<Result, nulls::of_attempts>(batch, convert, string(text), constants...);
-        } else {
-            return attempt_set_rows<Result, nulls::of_attempts>(batch, convert, string(text), constants...);
-        }
-    });
-}
 
 constexpr auto ifun_parse_extract_datetime = [](auto datetimes, std::int32_t& component, const zqtime& value,
                                                 std::int32_t field) -> status {
@@ -275,10 +258,10 @@ VECTORISED status bextract_iv_dt_ex_va_date(BATCH_OF(int_constant field, column 
 }
 
 status bextract_str_va_date(BATCH_OF(int_constant field, column value)) {
-    return rows_of_text<std::int32_t>(BATCH, value, ifun_parse_extract_datetime, integer(field));
+    return attempt_text_rows<std::int32_t>(BATCH, value, ifun_parse_extract_datetime, integer(field));
 }
 status bextract_str_ex_va_date(BATCH_OF(int_constant field, column value)) {
-    return rows_of_text<double>(BATCH, value, ifun_parse_extract_msec, integer(field));
+    return attempt_text_rows<double>(BATCH, value, ifun_parse_extract_msec, integer(field));
 }
 
 status byear_a_date(BATCH_OF(column value)) { return field_rows(BATCH, ZQTIME_YEAR, datepart_fields, value); }
@@ -310,7 +293,7 @@ VECTORISED status bdayofweek_a_date(BATCH_OF(column value)) {
 }
 
 status bweekday_str_a_date(BATCH_OF(column value)) {
-    return rows_of_text<std::int32_t>(BATCH, value, [](auto datetimes, std::int32_t& weekday, const zqtime& moment) {
+    return attempt_text_rows<std::int32_t>(BATCH, value, [](auto datetimes, std::int32_t& weekday, const zqtime& moment) {
         return ifun_weekday_in(datetimes, moment, weekday);
     });
 }

@@ -182,23 +182,34 @@ struct located {
     return {search_text(search, text, text_length, reinterpret_cast<std::uint32_t*>(memory)).position, BIFUN_OK};
 }
 
-// The same for a search that is_plain(). Most texts do not have the pattern's bytes, or are of single-byte characters, and need no more
-// than a look at their bytes.
+// What a look at a value's bytes tells of a search that is_plain(): most values do not have the pattern's bytes, or are of single-byte
+// characters. Where it is not enough the value has to be searched.
+struct look {
+    bool is_enough;
+    std::int32_t position;
+};
+
+template <class Bytes>
+INLINED inline look look_at_bytes(Bytes bytes, bool ascii, const needle& sought, bool in_bytes, const bifun_string& value) {
+    if (!ascii || (value.trailing_blanks != 0 && sought.last == blank)) {
+        return {false, 0};
+    }
+    const std::uint32_t offset = Bytes::find(sought, value.data, value.length);
+    if (offset == no_offset || has_single_bytes(bytes, ascii, value)) {
+        return {true, static_cast<std::int32_t>(offset + 1)}; // no_offset becomes 0
+    }
+    if (zq_char_start(value.data, value.length, offset) == 0) {
+        return {false, 0}; // the bytes lie within a character
+    }
+    return {true, static_cast<std::int32_t>((in_bytes ? offset : zq_mbstrlen_ex(value.data, offset)) + 1)};
+}
+
+// search_value for a search that is_plain().
 template <class Bytes>
 INLINED inline located binstr_def2_av_process_with_blank(Bytes bytes, bool ascii, needle sought, const pattern_search& search,
                                                          scratch& scratch, const bifun_string& value) {
-    if (!ascii || (value.trailing_blanks != 0 && sought.last == blank)) {
-        return search_value(search, scratch, value);
-    }
-    const std::uint32_t offset = Bytes::find(sought, value.data, value.length);
-    if (offset != no_offset && !has_single_bytes(bytes, ascii, value)) {
-        if (zq_char_start(value.data, value.length, offset) == 0) {
-            return search_value(search, scratch, value); // the bytes lie within a character
-        }
-        const std::uint32_t before = search.request.in_bytes ? offset : zq_mbstrlen_ex(value.data, offset);
-        return {static_cast<std::int32_t>(before + 1), BIFUN_OK};
-    }
-    return {static_cast<std::int32_t>(offset + 1), BIFUN_OK}; // no_offset becomes 0
+    const look found = look_at_bytes(bytes, ascii, sought, search.request.in_bytes, value);
+    return found.is_enough ? located{found.position, BIFUN_OK} : search_value(search, scratch, value);
 }
 
 // The same for a pattern of blanks, without writing the value's blanks out.

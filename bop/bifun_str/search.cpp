@@ -1,6 +1,5 @@
 // INSTR, INSTRB, POSITION and LOCATE: where a pattern is in a text. A constant pattern is prepared once per batch, a column's for every row
-// that needs it. An empty pattern makes the row NULL, so no call promises a result without NULLs; 0 says that the
-// pattern is nowhere.
+// that needs it. An empty pattern makes the row NULL, so no call promises a result without NULLs; 0 says that it is nowhere.
 
 #include "bop/bifun_str/pattern_search.h"
 
@@ -102,16 +101,11 @@ INLINED inline located binstr_def2_aa_process(Bytes bytes, bool ascii, const row
     if (is_empty(pattern)) {
         return {0, null_row};
     }
-    const bool may_end_in_blanks =
-        pattern.trailing_blanks != 0 || (value.trailing_blanks != 0 && pattern.data[pattern.length - 1] == blank);
-    if (!ascii || !search.request.is_plain() || may_end_in_blanks || pattern.length > longest_plain_pattern) {
+    if (!search.request.is_plain() || pattern.trailing_blanks != 0 || pattern.length > longest_plain_pattern) {
         return search_row(search, pattern, value);
     }
-    const std::uint32_t offset = Bytes::find(make_needle(pattern.data, pattern.length), value.data, value.length);
-    if (offset != no_offset && !has_single_bytes(bytes, ascii, value)) {
-        return search_row(search, pattern, value);
-    }
-    return {static_cast<std::int32_t>(offset + 1), BIFUN_OK};
+    const look found = look_at_bytes(bytes, ascii, make_needle(pattern.data, pattern.length), search.request.in_bytes, value);
+    return found.is_enough ? located{found.position, BIFUN_OK} : search_row(search, pattern, value);
 }
 
 template <class Pattern, class Text, class... Constants>

@@ -210,16 +210,18 @@ status trim_rows(const batch& batch, const Kernel& kernel, const trim_set& set, 
     });
 }
 
-template <class Kernel, class Text, class Set> status trim_rows_by_column(const batch& batch, const Kernel& kernel, Text text, Set set) {
+template <class Kernel, class Text, class... Constants>
+status trim_rows_by_column(const batch& batch, const Kernel& kernel, Text text, column set, const Constants&... constants) {
     return with_byte_operations([&](auto bytes) INLINED -> status {
         const bool ascii = ascii_is_single_byte();
         return attempt_string_rows(
             batch, bytes,
-            [bytes, ascii, &kernel](bifun_string& rest, const bifun_string& value, const bifun_string& characters) -> status {
+            [bytes, ascii, kernel](bifun_string& rest, const bifun_string& value, const bifun_string& characters,
+                                   const auto&...) -> status {
                 rest = value;
                 return kernel(bytes, ascii, rest, make_trim_set(characters, ascii));
             },
-            string(text), string(set));
+            string(text), string(set), constants...);
     });
 }
 
@@ -240,25 +242,19 @@ template <class Body> status with_trim_kernel(const constant_argument<std::int32
     }
 }
 
+// A kernel for a set that must be one character, or empty.
+template <class Kernel> struct of_one_character {
+    template <class Bytes> INLINED status operator()(Bytes bytes, bool ascii, bifun_string& text, const trim_set& set) const {
+        if (is_empty(text) || is_empty(set.characters)) {
+            return BIFUN_OK;
+        }
+        return is_one_character(set.characters) ? Kernel{}(bytes, ascii, text, set) : BIFUN_TRIM_SET_NOT_ONE_CHARACTER;
+    }
+};
+
 template <class Text> status trim_by_column(const batch& batch, int_constant mode, Text text, column set) {
-    return with_trim_kernel(integer(mode), [&](const auto& kernel) {
-        return with_byte_operations([&](auto bytes) INLINED -> status {
-            const bool ascii = ascii_is_single_byte();
-            return attempt_string_rows(
-                batch, bytes,
-                [bytes, ascii, &kernel](bifun_string& rest, std::int32_t, const bifun_string& value,
-                                        const bifun_string& characters) -> status {
-                    rest = value;
-                    if (is_empty(value) || is_empty(characters)) {
-                        return BIFUN_OK;
-                    }
-                    if (!is_one_character(characters)) {
-                        return BIFUN_TRIM_SET_NOT_ONE_CHARACTER;
-                    }
-                    return kernel(bytes, ascii, rest, make_trim_set(characters, ascii));
-                },
-                integer(mode), string(text), string(set));
-        });
+    return with_trim_kernel(integer(mode), [&]<class Kernel>(Kernel /*kernel*/) {
+        return trim_rows_by_column(batch, of_one_character<Kernel>{}, text, set, integer(mode));
     });
 }
 

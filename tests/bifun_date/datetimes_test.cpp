@@ -14,7 +14,7 @@
 
 #include "embedded/session/parameters.h"
 #include "engine/session.h"
-#include "tests/bifun_date/each_engine.h"
+#include "tests/contract/each_engine.h"
 
 // Replaces the engine's operation in this program: it can be told what to answer.
 namespace {

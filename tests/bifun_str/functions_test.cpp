@@ -18,8 +18,8 @@
 #include "embedded/session/environment.h"
 #include "engine/charset.h"
 #include "engine/memory.h"
-#include "tests/bifun_date/each_engine.h"
 #include "tests/bifun_str/string_model.h"
+#include "tests/contract/each_engine.h"
 
 namespace {
 int reversals_to_failure = 0; // 1: the next one fails; 0: none

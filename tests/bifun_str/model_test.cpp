@@ -8,8 +8,8 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/bifun_date/each_engine.h"
 #include "tests/bifun_str/string_model.h"
+#include "tests/contract/each_engine.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 // What the embedded engine says of itself beyond the required, said and unsaid: the library must give the same results in its own loops as
 // by asking the engine for every row.
-#ifndef BIFUN_TESTS_BIFUN_DATE_EACH_ENGINE_H
-#define BIFUN_TESTS_BIFUN_DATE_EACH_ENGINE_H
+#ifndef BIFUN_TESTS_CONTRACT_EACH_ENGINE_H
+#define BIFUN_TESTS_CONTRACT_EACH_ENGINE_H
 
 #include <cstdint>
 #include <initializer_list>
