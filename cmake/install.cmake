@@ -4,6 +4,9 @@ include(CMakePackageConfigHelpers)
 
 install(TARGETS bifun zqengine EXPORT bifunTargets LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
 install(FILES bop/bifun.h bop/exports.def DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/bifun/bop)
+foreach(family frame conditional numeric bifun_str bifun_date)
+  install(FILES bop/${family}/exports.def DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/bifun/bop/${family})
+endforeach()
 install(FILES bop/frame/contract.h bop/frame/status.h bop/frame/statuses.def bop/frame/value_type.h bop/frame/catalogue.h
   DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/bifun/bop/frame)
 install(DIRECTORY engine DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/bifun FILES_MATCHING PATTERN "*.h")
