@@ -1,9 +1,12 @@
 // Datetimes moved by an amount: DATEADD, ADD_*, DATE_ADD, DATE_SUB, LAST_DAY, NEXT_DAY; and intervals made from numbers. A result outside
 // the range of years ends the batch.
 
+#include <algorithm>
 #include <array>
 
-#include "bop/bifun_date/datetime_rows.h"
+#include "bop/bifun_date/datetime_operations.h"
+#include "bop/bifun_date/datetime_text.h"
+#include "bop/bifun_date/entry_points.h"
 #include "bop/bifun_date/weekday.h"
 #include "bop/frame/row_loop.h"
 #include "engine/interval.h"
@@ -11,93 +14,100 @@
 namespace bifun {
 namespace {
 
-// Many rows at once, where datetimes are packed. How many days a count stands for is one more constant to the kernel.
-template <class Value, class Count>
-INLINED inline status add_days_at_once(const batch& batch, const Value& value, const Count& count, std::int64_t days_per_count) {
-    using checks = row_checks<check_add_days_packed, nullptr, failing_row::null>;
-    return set_rows<rows::all, add_days_packed, checks>(batch, value, count, constant_argument<std::int64_t>{days_per_count, true});
-}
+// ---- DATEADD and ADD_DAYS ------------------------------------------------------------------------------------------------------
 
-// `field` is the same for all rows, so attempts know it already; as an argument it only takes part in what the flags promise. One that
-// cannot be added fails at the first row.
-template <class Amount, class Value> INLINED inline status dateadd(const batch& batch, int_constant field, Amount amount, Value value) {
-    if (field->not_null == 0) {
-        return null_rows(batch);
-    }
-    const datetime_arithmetic::field_step by = datetime_arithmetic::step_of(field->value);
-    if (datetimes_are_packed() && by.kind == datetime_arithmetic::step_kind::days) {
-        return add_days_at_once(batch, datetime(value), bigint(amount), by.size);
-    }
-    return with_datetimes([&](auto datetimes) {
-        typename decltype(datetimes)::field_step step;
-        const status made = datetimes.make_step(field->value, step);
-        return attempt_set_rows<zqtime>(
-            batch,
-            [datetimes, step, made](zqtime& result, std::int32_t, std::int64_t count, const zqtime& moment)
-                INLINED -> status { return made < BIFUN_OK ? made : datetimes.add_steps(moment, step, count, result); },
-            integer(field), bigint(amount), datetime(value));
-    });
-}
-
-INLINED inline status add_days(const batch& batch, column value, double_constant days) {
-    const constant_argument<double> count = floating(days);
-    datetime_arithmetic::day_span whole;
-    if (datetimes_are_packed() && datetime_arithmetic::split_days(count.value, whole) && whole.microseconds == 0) {
-        return add_days_at_once(batch, datetime(value), constant_argument<std::int64_t>{whole.days, count.present}, 1);
-    }
-    return with_datetimes([&](auto datetimes) {
-        typename decltype(datetimes)::day_span span;
-        const status made = datetimes.make_span(count.value, span);
-        return attempt_set_rows<zqtime>(
-            batch,
-            [datetimes, span, made](zqtime& result, const zqtime& moment, double)
-                INLINED -> status { return made < BIFUN_OK ? made : datetimes.add_span(moment, span, result); },
-            datetime(value), count);
-    });
-}
-
-constexpr auto add_number_of_days = [](auto datetimes, const zqtime& moment, double days, zqtime& result) INLINED -> status {
-    typename decltype(datetimes)::day_span span;
-    const status made = datetimes.make_span(days, span);
-    return made < BIFUN_OK ? made : datetimes.add_span(moment, span, result);
+// What a constant stands for, and the status of finding it out: where that is a failure, the first row that is not NULL has it.
+template <class Datetimes> struct constant_step {
+    typename Datetimes::field_step step;
+    status made;
+};
+template <class Datetimes> struct constant_span {
+    typename Datetimes::day_span span;
+    status made;
 };
 
-template <class Value> status add_days(const batch& batch, Value value, column days) {
-    return attempt_datetime_rows<zqtime>(
-        batch,
-        [](auto datetimes, zqtime& result, const zqtime& moment, double count)
-            INLINED { return add_number_of_days(datetimes, moment, count, result); },
-        datetime(value), floating(days));
+template <class Datetimes>
+status add_steps(const constant_step<Datetimes>& by, std::int64_t amount, const zqtime& value, zqtime& result) {
+    return by.made < BIFUN_OK ? by.made : Datetimes::add_steps(value, by.step, amount, result);
 }
 
-template <class Value, class Weeks> status add_weeks(const batch& batch, Value value, Weeks weeks) {
-    return attempt_datetime_rows<zqtime>(
-        batch,
-        [](auto datetimes, zqtime& result, const zqtime& moment, std::int32_t count) INLINED {
-            // The days wrap around in 32 bits.
-            const auto days = static_cast<std::int32_t>(static_cast<std::uint32_t>(count) * 7);
-            return add_number_of_days(datetimes, moment, static_cast<double>(days), result);
-        },
-        datetime(value), integer(weeks));
+template <class Datetimes> status add_span(const zqtime& value, const constant_span<Datetimes>& by, zqtime& result) {
+    return by.made < BIFUN_OK ? by.made : Datetimes::add_span(value, by.span, result);
 }
 
-template <class Value, class Months> status add_months(const batch& batch, Value value, Months months) {
-    return attempt_datetime_rows<zqtime>(
-        batch,
-        [](auto datetimes, zqtime& result, const zqtime& moment, std::int32_t count)
-            INLINED { return datetimes.add_months(moment, count, result); },
-        datetime(value), integer(months));
+template <class Datetimes> status add_number_of_days(const zqtime& value, double days, zqtime& result) {
+    constant_span<Datetimes> by;
+    by.made = Datetimes::make_span(days, by.span);
+    return add_span(value, by, result);
 }
 
-constexpr auto add_interval = [](auto datetimes, zqtime& result, const zqtime& value, const bifun_interval_ym& span)
-                                  INLINED { return datetimes.add_interval(value, span, result); };
-constexpr auto subtract_interval = [](auto datetimes, zqtime& result, const zqtime& value, const bifun_interval_ym& span)
-                                       INLINED { return datetimes.subtract_interval(value, span, result); };
+template <class Datetimes> status add_number_of_weeks(const zqtime& value, std::int32_t weeks, zqtime& result) {
+    // The days wrap around in 32 bits.
+    return add_number_of_days<Datetimes>(value, static_cast<std::int32_t>(static_cast<std::uint32_t>(weeks) * 7), result);
+}
 
-constexpr auto ifun_parse_last_day = [](auto datetimes, zqtime& result, const zqtime& value)
-                                         INLINED { return datetimes.last_day_of_month(value, result); };
+// Many rows at once, where datetimes are packed. How many days a count stands for is one more constant to the kernel.
+template <class Value, class Count>
+status add_days_at_once(const batch_of<DATETIME>& batch, Value value, Count count, std::int64_t days_per_count) {
+    using checks = row_checks<check_add_days_packed, nullptr, failing_row::null>;
+    return set_all_rows<add_days_packed, checks>(batch, value, count, constant_argument{days_per_count, true});
+}
 
-// ---- NEXT_DAY ------------------------------------------------------------------------------------------------------------------
+template <class Amount, class Value>
+status dateadd(const batch_of<DATETIME>& batch, constant_of<INT> given_field, Amount amount, Value value) {
+    const auto [field, present] = argument(given_field);
+    if (!present) {
+        return null_rows(batch);
+    }
+    const datetime_arithmetic::field_step by = datetime_arithmetic::step_of(field);
+    if (datetimes_are_packed() && by.kind == datetime_arithmetic::step_kind::days) {
+        return add_days_at_once(batch, value, amount, by.size);
+    }
+    return with_datetimes([&, &field = field]<class Datetimes>(Datetimes) {
+        constant_argument step{constant_step<Datetimes>{}, true};
+        step.value.made = Datetimes::make_step(field, step.value.step);
+        return set_rows<add_steps<Datetimes>>(batch, step, amount, value);
+    });
+}
+
+template <class Value> status add_days(const batch_of<DATETIME>& batch, Value value, column_of<DOUBLE> days) {
+    return with_datetimes([&]<class Datetimes>(Datetimes) { return set_rows<add_number_of_days<Datetimes>>(batch, value, days); });
+}
+
+status add_days(const batch_of<DATETIME>& batch, column_of<DATETIME> value, constant_of<DOUBLE> given_days) {
+    const auto [days, present] = argument(given_days);
+    datetime_arithmetic::day_span whole;
+    if (datetimes_are_packed() && datetime_arithmetic::split_days(days, whole) && whole.microseconds == 0) {
+        return add_days_at_once(batch, value, constant_argument{whole.days, present}, 1);
+    }
+    return with_datetimes([&, &days = days, &present = present]<class Datetimes>(Datetimes) {
+        constant_argument span{constant_span<Datetimes>{}, present};
+        span.value.made = Datetimes::make_span(days, span.value.span);
+        return set_rows<add_span<Datetimes>>(batch, value, span);
+    });
+}
+
+template <class Value, class Weeks> status add_weeks(const batch_of<DATETIME>& batch, Value value, Weeks weeks) {
+    return with_datetimes([&]<class Datetimes>(Datetimes) { return set_rows<add_number_of_weeks<Datetimes>>(batch, value, weeks); });
+}
+
+template <class Value, class Months> status add_months(const batch_of<DATETIME>& batch, Value value, Months months) {
+    return with_datetimes([&]<class Datetimes>(Datetimes) { return set_rows<Datetimes::add_months>(batch, value, months); });
+}
+
+template <class Interval> status add_interval(const batch_of<DATETIME>& batch, column_of<DATETIME> value, Interval interval) {
+    return with_datetimes([&]<class Datetimes>(Datetimes) { return set_rows<Datetimes::add_interval>(batch, value, interval); });
+}
+
+template <class Interval> status subtract_interval(const batch_of<DATETIME>& batch, column_of<DATETIME> value, Interval interval) {
+    return with_datetimes([&]<class Datetimes>(Datetimes) { return set_rows<Datetimes::subtract_interval>(batch, value, interval); });
+}
+
+// ---- LAST_DAY and NEXT_DAY -------------------------------------------------------------------------------------------------------
+
+template <class Datetimes> status ifun_parse_last_day(const zqtime& value, zqtime& result) {
+    return Datetimes::last_day_of_month(value, result);
+}
 
 constexpr std::uint32_t longest_day_name = 19;
 
@@ -113,95 +123,112 @@ status parse_weekday(const bifun_string& name, std::int32_t& weekday) {
     return found == ZQTIME_UNKNOWN_WEEKDAY ? BIFUN_UNKNOWN_DAY_NAME : BIFUN_OK;
 }
 
+template <class Datetimes> struct next_weekday {
+    std::int32_t weekday;
+    typename Datetimes::field_step day;
+};
+
+template <class Datetimes> status next_day(const zqtime& value, const next_weekday<Datetimes>& next, zqtime& result) {
+    std::int32_t weekday;
+    const status counted = ifun_weekday_in_for_glgl_special(Datetimes{}, value, weekday);
+    const std::int32_t days = next.weekday <= weekday ? next.weekday + 7 - weekday : next.weekday - weekday;
+    return counted < BIFUN_OK ? counted : Datetimes::add_steps(value, next.day, days, result);
+}
+
 // ---- intervals -------------------------------------------------------------------------------------------------------------------
 
-// An operation of the engine is called, never passed on: its address would have to be known when the library is loaded.
-constexpr auto to_year_month = [](const xdec& number, const bifun_string& unit, bifun_interval_ym& result)
-                                   INLINED { return failure_of(xdec_to_ivym(&number, unit.data, unit.length, &result)); };
-constexpr auto to_day_time = [](const xdec& number, const bifun_string& unit, bifun_interval_dt& result)
-                                 INLINED { return failure_of(xdec_to_ivdt(&number, unit.data, unit.length, &result)); };
+status to_year_month(const xdec& number, const bifun_string& unit, bifun_interval_ym& result) {
+    return xdec_to_ivym(&number, unit.data, unit.length, &result);
+}
 
-template <class Interval, class Convert>
-status intervals_of(const batch& batch, column number, string_constant unit, const Convert& convert) {
-    return attempt_store_rows<Interval>(
-        batch, [convert](Interval& result, const xdec& count, const bifun_string& name) INLINED { return convert(count, name, result); },
-        decimal(number), string(unit));
+status to_day_time(const xdec& number, const bifun_string& unit, bifun_interval_dt& result) {
+    return xdec_to_ivdt(&number, unit.data, unit.length, &result);
 }
 
 } // namespace
-} // namespace bifun
 
-using namespace bifun;
-
-VECTORISED status bdateadd_vaa_date(BATCH_OF(int_constant field, column amount, column value)) {
-    return dateadd(BATCH, field, amount, value);
+status entry::bdateadd_vaa_date(batch_of<DATETIME> batch, constant_of<INT> field, column_of<BIGINT> amount, column_of<DATETIME> value) {
+    return dateadd(batch, field, amount, value);
 }
-VECTORISED status bdateadd_vav_date(BATCH_OF(int_constant field, column amount, datetime_constant value)) {
-    return dateadd(BATCH, field, amount, value);
+status entry::bdateadd_vav_date(batch_of<DATETIME> batch, constant_of<INT> field, column_of<BIGINT> amount, constant_of<DATETIME> value) {
+    return dateadd(batch, field, amount, value);
 }
-VECTORISED status bdateadd_vva_date(BATCH_OF(int_constant field, bigint_constant amount, column value)) {
-    return dateadd(BATCH, field, amount, value);
+status entry::bdateadd_vva_date(batch_of<DATETIME> batch, constant_of<INT> field, constant_of<BIGINT> amount, column_of<DATETIME> value) {
+    return dateadd(batch, field, amount, value);
 }
 
-status badd_days_aa_date(BATCH_OF(column value, column days)) { return add_days(BATCH, value, days); }
-VECTORISED status badd_days_av_date(BATCH_OF(column value, double_constant days)) { return add_days(BATCH, value, days); }
-status badd_days_va_date(BATCH_OF(datetime_constant value, column days)) { return add_days(BATCH, value, days); }
-
-status badd_weeks_aa_date(BATCH_OF(column value, column weeks)) { return add_weeks(BATCH, value, weeks); }
-status badd_weeks_av_date(BATCH_OF(column value, int_constant weeks)) { return add_weeks(BATCH, value, weeks); }
-status badd_weeks_va_date(BATCH_OF(datetime_constant value, column weeks)) { return add_weeks(BATCH, value, weeks); }
-
-status badd_months_aa_date(BATCH_OF(column value, column months)) { return add_months(BATCH, value, months); }
-status badd_months_av_date(BATCH_OF(column value, int_constant months)) { return add_months(BATCH, value, months); }
-status badd_months_va_date(BATCH_OF(datetime_constant value, column months)) { return add_months(BATCH, value, months); }
-
-status bdate_add_ym_aa(BATCH_OF(column value, column interval)) {
-    return attempt_datetime_rows<zqtime>(BATCH, add_interval, datetime(value), interval_ym(interval));
+status entry::badd_days_aa_date(batch_of<DATETIME> batch, column_of<DATETIME> value, column_of<DOUBLE> days) {
+    return add_days(batch, value, days);
 }
-status bdate_add_ym_av(BATCH_OF(column value, interval_ym_constant interval)) {
-    return attempt_datetime_rows<zqtime>(BATCH, add_interval, datetime(value), interval_ym(interval));
+status entry::badd_days_av_date(batch_of<DATETIME> batch, column_of<DATETIME> value, constant_of<DOUBLE> days) {
+    return add_days(batch, value, days);
 }
-status bdate_sub_ym_aa(BATCH_OF(column value, column interval)) {
-    return attempt_datetime_rows<zqtime>(BATCH, subtract_interval, datetime(value), interval_ym(interval));
-}
-status bdate_sub_ym_av(BATCH_OF(column value, interval_ym_constant interval)) {
-    return attempt_datetime_rows<zqtime>(BATCH, subtract_interval, datetime(value), interval_ym(interval));
+status entry::badd_days_va_date(batch_of<DATETIME> batch, constant_of<DATETIME> value, column_of<DOUBLE> days) {
+    return add_days(batch, value, days);
 }
 
-VECTORISED status blast_day_a_date(BATCH_OF(column value)) {
-    const batch batch = BATCH;
-    return datetimes_are_packed() ? set_rows<rows::all, set_last_day_packed>(batch, datetime(value))
-                                  : attempt_datetime_rows<zqtime>(batch, ifun_parse_last_day, datetime(value));
+status entry::badd_weeks_aa_date(batch_of<DATETIME> batch, column_of<DATETIME> value, column_of<INT> weeks) {
+    return add_weeks(batch, value, weeks);
+}
+status entry::badd_weeks_av_date(batch_of<DATETIME> batch, column_of<DATETIME> value, constant_of<INT> weeks) {
+    return add_weeks(batch, value, weeks);
+}
+status entry::badd_weeks_va_date(batch_of<DATETIME> batch, constant_of<DATETIME> value, column_of<INT> weeks) {
+    return add_weeks(batch, value, weeks);
 }
 
-status blast_day_str_a_date(BATCH_OF(column text)) { return attempt_text_rows<zqtime>(BATCH, text, ifun_parse_last_day); }
+status entry::badd_months_aa_date(batch_of<DATETIME> batch, column_of<DATETIME> value, column_of<INT> months) {
+    return add_months(batch, value, months);
+}
+status entry::badd_months_av_date(batch_of<DATETIME> batch, column_of<DATETIME> value, constant_of<INT> months) {
+    return add_months(batch, value, months);
+}
+status entry::badd_months_va_date(batch_of<DATETIME> batch, constant_of<DATETIME> value, column_of<INT> months) {
+    return add_months(batch, value, months);
+}
 
-status bnext_day_av_date(BATCH_OF(column value, string_constant name)) {
-    const batch batch = BATCH;
-    const constant_argument<bifun_string> day_name = string(name);
-    std::int32_t target = 0;
-    const status parsed = day_name.present ? parse_weekday(day_name.value, target) : BIFUN_OK;
+status entry::bdate_add_ym_aa(batch_of<DATETIME> batch, column_of<DATETIME> value, column_of<INTERVAL_YM> interval) {
+    return add_interval(batch, value, interval);
+}
+status entry::bdate_add_ym_av(batch_of<DATETIME> batch, column_of<DATETIME> value, constant_of<INTERVAL_YM> interval) {
+    return add_interval(batch, value, interval);
+}
+status entry::bdate_sub_ym_aa(batch_of<DATETIME> batch, column_of<DATETIME> value, column_of<INTERVAL_YM> interval) {
+    return subtract_interval(batch, value, interval);
+}
+status entry::bdate_sub_ym_av(batch_of<DATETIME> batch, column_of<DATETIME> value, constant_of<INTERVAL_YM> interval) {
+    return subtract_interval(batch, value, interval);
+}
+
+status entry::blast_day_a_date(batch_of<DATETIME> batch, column_of<DATETIME> value) {
+    return datetimes_are_packed() ? set_all_rows<set_last_day_packed>(batch, value)
+                                  : set_rows<ifun_parse_last_day<engine_datetimes>>(batch, value);
+}
+status entry::blast_day_str_a_date(batch_of<DATETIME> batch, column_of<VARCHAR> text) {
+    return with_datetimes(
+        [&]<class Datetimes>(Datetimes) { return set_rows<of_text<ifun_parse_last_day<Datetimes>, zqtime>>(batch, text); });
+}
+
+status entry::bnext_day_av_date(batch_of<DATETIME> batch, column_of<DATETIME> value, constant_of<VARCHAR> name) {
+    const auto [day_name, present] = argument(name);
+    std::int32_t weekday = 0;
+    const status parsed = present ? parse_weekday(day_name, weekday) : BIFUN_OK;
     if (parsed < BIFUN_OK) {
         return fail_batch(batch, parsed);
     }
-    return with_datetimes([&](auto datetimes) {
-        typename decltype(datetimes)::field_step day;
-        (void)datetimes.make_step(ZQTIME_DAY, day);
-        return attempt_set_rows<zqtime>(
-            batch,
-            [datetimes, target, day](zqtime& result, const zqtime& moment, const bifun_string&) INLINED -> status {
-                std::int32_t weekday;
-                const status counted = ifun_weekday_in_for_glgl_special(datetimes, moment, weekday);
-                const std::int32_t days = target <= weekday ? target + 7 - weekday : target - weekday;
-                return counted < BIFUN_OK ? counted : datetimes.add_steps(moment, day, days, result);
-            },
-            datetime(value), day_name);
+    return with_datetimes([&, &present = present]<class Datetimes>(Datetimes) {
+        constant_argument next{next_weekday<Datetimes>{}, present};
+        next.value.weekday = weekday;
+        (void)Datetimes::make_step(ZQTIME_DAY, next.value.day);
+        return set_rows<next_day<Datetimes>>(batch, value, next);
     });
 }
 
-status bnumtoivym_av_date(BATCH_OF(column number, string_constant unit)) {
-    return intervals_of<bifun_interval_ym>(BATCH, number, unit, to_year_month);
+status entry::bnumtoivym_av_date(batch_of<INTERVAL_YM> batch, column_of<DECIMAL> number, constant_of<VARCHAR> unit) {
+    return store_rows<to_year_month>(batch, number, unit);
 }
-status bnumtoivdt_av_date(BATCH_OF(column number, string_constant unit)) {
-    return intervals_of<bifun_interval_dt>(BATCH, number, unit, to_day_time);
+status entry::bnumtoivdt_av_date(batch_of<INTERVAL_DT> batch, column_of<DECIMAL> number, constant_of<VARCHAR> unit) {
+    return store_rows<to_day_time>(batch, number, unit);
 }
+
+} // namespace bifun

@@ -1,13 +1,14 @@
 // What the date families ask of a datetime, in two forms: worked out in place, for an engine whose datetimes have the packed layout, and by
 // the engine's operations. What both records have gives the same results; a family is written once, over one of them:
 //
-//     with_datetimes([&](auto datetimes) INLINED { return ...; })
+//     with_datetimes([&](auto datetimes) { return set_rows<kernel<decltype(datetimes)>>(...); })
 //
 // Components are signed: a year may be negative, and differences are taken of all of them.
 #ifndef BIFUN_DATE_DATETIME_OPERATIONS_H
 #define BIFUN_DATE_DATETIME_OPERATIONS_H
 
 #include "bop/frame/batch.h"
+#include "bop/frame/statements.h"
 #include "engine/datetime.h"
 #include "engine/datetime_arithmetic.h"
 #include "engine/interval.h"
@@ -23,7 +24,7 @@ struct weekday_reference {
 
 // ---- kernels without a branch, for loops over many rows --------------------------------------------------------------------
 
-INLINED inline void set_last_day_packed(const zqtime& value, zqtime& result) {
+inline void set_last_day_packed(const zqtime& value, zqtime& result) {
     const std::uint32_t date = datetime_layout::load_date(value);
     const std::uint32_t last = calendar::last_day_of_month(datetime_layout::year_of_date(date), datetime_layout::month_of_date(date));
     constexpr std::uint32_t day_bits = 0x1F;
@@ -32,7 +33,7 @@ INLINED inline void set_last_day_packed(const zqtime& value, zqtime& result) {
 }
 
 // Adds days; the check tells whether the result is within the range of years.
-INLINED inline void add_days_packed(const zqtime& value, std::int64_t count, std::int64_t days_per_count, zqtime& result) {
+inline void add_days_packed(const zqtime& value, std::int64_t count, std::int64_t days_per_count, zqtime& result) {
     // Unsigned: what does not fit is not used.
     const std::uint32_t days = static_cast<std::uint32_t>(count) * static_cast<std::uint32_t>(days_per_count);
     const std::uint32_t number =
@@ -42,7 +43,7 @@ INLINED inline void add_days_packed(const zqtime& value, std::int64_t count, std
                                  datetime_layout::pack_date_word(moved.year, moved.month, moved.day),
                                  datetime_layout::load_fraction_and_zone(value));
 }
-INLINED inline status check_add_days_packed(const zqtime& value, std::int64_t count, std::int64_t days_per_count) {
+inline status check_add_days_packed(const zqtime& value, std::int64_t count, std::int64_t days_per_count) {
     constexpr std::int64_t most_days = 10'000'000; // more would leave the range anyway
     const std::int64_t limited = count < -most_days ? -most_days : count > most_days ? most_days : count;
     const std::int64_t number = datetime_arithmetic::day_number_of_date(datetime_layout::load_date(value)) + limited * days_per_count;
@@ -226,12 +227,8 @@ struct engine_datetimes {
     }
 };
 
-inline bool datetimes_are_packed() { return &zqtime_layout != nullptr && zqtime_layout == ZQTIME_LAYOUT_PACKED; }
-
-template <class Body> [[gnu::noinline]] status with_engine_datetimes(const Body& body) { return body(engine_datetimes{}); }
-
-template <class Body> INLINED inline status with_datetimes(const Body& body) {
-    return datetimes_are_packed() ? body(packed_datetimes{}) : with_engine_datetimes(body);
+template <class Body> status with_datetimes(const Body& body) {
+    return datetimes_are_packed() ? body(packed_datetimes{}) : body(engine_datetimes{});
 }
 
 } // namespace bifun

@@ -1,6 +1,7 @@
 // How far apart two datetimes are: DATEDIFF, BIGDATEDIFF, *_BETWEEN; and the number of a day, TO_DAYS.
 
-#include "bop/bifun_date/datetime_rows.h"
+#include "bop/bifun_date/datetime_operations.h"
+#include "bop/bifun_date/entry_points.h"
 #include "bop/bifun_date/weekday.h"
 #include "bop/frame/row_loop.h"
 #include "engine/decimal.h"
@@ -14,17 +15,17 @@ namespace {
 // The fields that are asked for most are counted for many rows at once, where datetimes are packed.
 
 // What is counted from a fixed moment to a date; the difference of two such counts always fits.
-INLINED inline std::int32_t years_to(std::uint32_t date) { return datetime_layout::year_of_date(date); }
-INLINED inline std::int32_t months_to(std::uint32_t date) {
+std::int32_t years_to(std::uint32_t date) { return datetime_layout::year_of_date(date); }
+std::int32_t months_to(std::uint32_t date) {
     return datetime_layout::year_of_date(date) * 12 + static_cast<std::int32_t>(datetime_layout::month_of_date(date));
 }
-INLINED inline std::int32_t days_to(std::uint32_t date) { return datetime_arithmetic::day_number_of_date(date); }
+std::int32_t days_to(std::uint32_t date) { return datetime_arithmetic::day_number_of_date(date); }
 
-template <auto count_to> INLINED inline std::int32_t packed_datediff(const zqtime& start, const zqtime& end) {
+template <auto count_to> std::int32_t packed_datediff(const zqtime& start, const zqtime& end) {
     return count_to(datetime_layout::load_date(end)) - count_to(datetime_layout::load_date(start));
 }
 
-INLINED inline std::int64_t seconds_to(const zqtime& value) {
+std::int64_t seconds_to(const zqtime& value) {
     // Unsigned: the bits of a NULL row may hold any hour.
     const std::uint32_t time = datetime_layout::load_time(value);
     const std::uint32_t second_of_day = ((time >> 12) * 60 + (time >> 6 & 0x3F)) * 60 + (time & 0x3F);
@@ -32,47 +33,44 @@ INLINED inline std::int64_t seconds_to(const zqtime& value) {
     return days_to(datetime_layout::load_date(value)) * seconds_per_day + second_of_day;
 }
 
-INLINED inline std::int32_t packed_seconds(const zqtime& start, const zqtime& end) {
+std::int32_t packed_seconds(const zqtime& start, const zqtime& end) {
     return static_cast<std::int32_t>(seconds_to(end) - seconds_to(start));
 }
 
-INLINED inline status check_seconds(const zqtime& start, const zqtime& end) {
+status check_seconds(const zqtime& start, const zqtime& end) {
     const std::int64_t count = seconds_to(end) - seconds_to(start);
     return count == static_cast<std::int32_t>(count) ? BIFUN_OK : BIFUN_NUMERIC_OVERFLOW;
 }
 
 using checks_of_seconds = row_checks<check_seconds, nullptr, failing_row::null>;
 
-INLINED inline std::int64_t packed_big_seconds(const zqtime& start, const zqtime& end) { return seconds_to(end) - seconds_to(start); }
+std::int64_t packed_big_seconds(const zqtime& start, const zqtime& end) { return seconds_to(end) - seconds_to(start); }
 
-template <class Start, class End> INLINED inline status datediff(const batch& batch, int_constant field, Start start, End end) {
-    const auto counts = [&](const auto&... arguments) INLINED -> status {
-        if (datetimes_are_packed() && field->not_null != 0) {
-            switch (field->value) {
-            case ZQTIME_YEAR:
-                return set_rows<rows::all, packed_datediff<years_to>>(batch, arguments...);
-            case ZQTIME_MONTH:
-                return set_rows<rows::all, packed_datediff<months_to>>(batch, arguments...);
-            case ZQTIME_DAY:
-                return set_rows<rows::all, packed_datediff<days_to>>(batch, arguments...);
-            case ZQTIME_SECOND:
-                return set_rows<rows::all, packed_seconds, checks_of_seconds>(batch, arguments...);
-            default:
-                break;
-            }
-        }
-        return attempt_datetime_rows<std::int32_t>(
-            batch,
-            [](auto datetimes, std::int32_t& count, const zqtime& from, const zqtime& to, std::int32_t code)
-                INLINED { return datetimes.datediff(code, from, to, count); },
-            arguments..., integer(field));
-    };
-    return counts(datetime(start), datetime(end));
+template <class Datetimes> status datediff(const zqtime& start, const zqtime& end, std::int32_t field, std::int32_t& result) {
+    return Datetimes::datediff(field, start, end, result);
+}
+
+template <class Start, class End>
+status datediff_rows(const batch_of<INT>& batch, constant_of<INT> field, Start start, End end) {
+    const auto [code, present] = argument(field);
+    switch (datetimes_are_packed() && present ? code : 0) {
+    case ZQTIME_YEAR:
+        return set_all_rows<packed_datediff<years_to>>(batch, start, end);
+    case ZQTIME_MONTH:
+        return set_all_rows<packed_datediff<months_to>>(batch, start, end);
+    case ZQTIME_DAY:
+        return set_all_rows<packed_datediff<days_to>>(batch, start, end);
+    case ZQTIME_SECOND:
+        return set_all_rows<packed_seconds, checks_of_seconds>(batch, start, end);
+    default:
+        return with_datetimes([&]<class Datetimes>(Datetimes) { return set_rows<datediff<Datetimes>>(batch, start, end, field); });
+    }
 }
 
 // Boundaries of calendar fields, and time that passed, from `s` to `e`.
-constexpr auto ifun_parse_bigdatediff = [](auto datetimes, std::int64_t& result, std::int32_t field, const zqtime& s, const zqtime& e)
-                                            INLINED -> status {
+template <class Datetimes>
+status ifun_parse_bigdatediff(std::int32_t field, const zqtime& s, const zqtime& e, std::int64_t& result) {
+    constexpr Datetimes datetimes;
     const auto years = [&] { return std::int64_t{datetimes.year(e)} - datetimes.year(s); };
     const auto days = [&] { return std::int64_t{datetimes.diff_day(e, s)}; };
     const auto hours = [&] { return days() * 24 + datetimes.hour(e) - datetimes.hour(s); };
@@ -117,36 +115,34 @@ constexpr auto ifun_parse_bigdatediff = [](auto datetimes, std::int64_t& result,
     default:
         return BIFUN_ARGUMENT_OUT_OF_DOMAIN;
     }
-};
+}
 
-template <class Start, class End> INLINED inline status bigdatediff(const batch& batch, int_constant field, Start start, End end) {
-    if (datetimes_are_packed() && field->not_null != 0 && field->value == ZQTIME_SECOND) {
-        return set_rows<rows::all, packed_big_seconds>(batch, datetime(start), datetime(end));
+template <class Start, class End>
+status bigdatediff_rows(const batch_of<BIGINT>& batch, constant_of<INT> field, Start start, End end) {
+    const auto [code, present] = argument(field);
+    if (datetimes_are_packed() && present && code == ZQTIME_SECOND) {
+        return set_all_rows<packed_big_seconds>(batch, start, end);
     }
-    return attempt_datetime_rows<std::int64_t>(batch, ifun_parse_bigdatediff, integer(field), datetime(start), datetime(end));
+    return with_datetimes(
+        [&]<class Datetimes>(Datetimes) { return set_rows<ifun_parse_bigdatediff<Datetimes>>(batch, field, start, end); });
 }
 
 // ---- *_BETWEEN ---------------------------------------------------------------------------------------------------------------------
 
-template <class Datetimes> INLINED inline std::int32_t days_between(const zqtime& a, const zqtime& b) { return Datetimes::diff_day(a, b); }
-
-template <class Datetimes> std::int32_t years_between(const zqtime& a, const zqtime& b) { return Datetimes::year(a) - Datetimes::year(b); }
-
-template <auto packed_kernel, auto engine_kernel, class A, class B> INLINED inline status rows_between(const batch& batch, A a, B b) {
-    return datetimes_are_packed() ? set_rows<rows::all, packed_kernel>(batch, datetime(a), datetime(b))
-                                  : set_rows<rows::present, engine_kernel>(batch, datetime(a), datetime(b));
+template <class A, class B> status days_between(const batch_of<INT>& batch, A a, B b) {
+    return datetimes_are_packed() ? set_all_rows<packed_datetimes::diff_day>(batch, a, b) : set_rows<engine_datetimes::diff_day>(batch, a, b);
 }
 
-template <class A, class B> INLINED inline status days_between_rows(const batch& batch, A a, B b) {
-    return rows_between<days_between<packed_datetimes>, days_between<engine_datetimes>>(batch, a, b);
-}
+template <class Datetimes> std::int32_t years_of_two(const zqtime& a, const zqtime& b) { return Datetimes::year(a) - Datetimes::year(b); }
 
-template <class A, class B> INLINED inline status years_between_rows(const batch& batch, A a, B b) {
-    return rows_between<years_between<packed_datetimes>, years_between<engine_datetimes>>(batch, a, b);
+template <class A, class B> status years_between(const batch_of<INT>& batch, A a, B b) {
+    return datetimes_are_packed() ? set_all_rows<years_of_two<packed_datetimes>>(batch, a, b)
+                                  : set_rows<years_of_two<engine_datetimes>>(batch, a, b);
 }
 
 // Weeks begin on Sunday. The days are those of the calendar as it is written, the weekdays those that were.
-constexpr auto ifun_parse_weeks_between = [](auto datetimes, std::int32_t& result, const zqtime& a, const zqtime& b) INLINED -> status {
+template <class Datetimes> status ifun_parse_weeks_between(const zqtime& a, const zqtime& b, std::int32_t& result) {
+    constexpr Datetimes datetimes;
     const std::int32_t days = datetimes.diff_day_without_adjust(a, b);
     if (days == 0) {
         result = 0;
@@ -158,10 +154,11 @@ constexpr auto ifun_parse_weeks_between = [](auto datetimes, std::int32_t& resul
     const status counted_b = ifun_weekday_in(datetimes, b, weekday_b);
     result = (days + weekday_b - weekday_a) / 7;
     return counted_a < BIFUN_OK ? counted_a : counted_b;
-};
+}
 
 // A day is 1/31 of a month, whichever month; the time of day does not count.
-constexpr auto ifun_parse_months_between = [](auto datetimes, xdec& result, const zqtime& a, const zqtime& b) INLINED -> status {
+template <class Datetimes> status ifun_parse_months_between(const zqtime& a, const zqtime& b, xdec& result) {
+    constexpr Datetimes datetimes;
     const std::int32_t year_a = datetimes.year(a);
     const std::int32_t year_b = datetimes.year(b);
     const std::int32_t month_a = datetimes.month(a);
@@ -171,14 +168,14 @@ constexpr auto ifun_parse_months_between = [](auto datetimes, xdec& result, cons
     const std::int32_t months = (year_a - year_b) * 12 - month_b + month_a;
     const bool are_ends = day_a == datetimes.month_end_day(year_a, month_a) && day_b == datetimes.month_end_day(year_b, month_b);
     return xdec_from_double(&result, day_a == day_b || are_ends ? months : months + (day_a - day_b) / 31.0);
-};
-
-template <class A, class B> status weeks_between(const batch& batch, A a, B b) {
-    return attempt_datetime_rows<std::int32_t>(batch, ifun_parse_weeks_between, datetime(a), datetime(b));
 }
 
-template <class A, class B> status months_between(const batch& batch, A a, B b) {
-    return attempt_datetime_rows<xdec>(batch, ifun_parse_months_between, datetime(a), datetime(b));
+template <class A, class B> status weeks_between(const batch_of<INT>& batch, A a, B b) {
+    return with_datetimes([&]<class Datetimes>(Datetimes) { return set_rows<ifun_parse_weeks_between<Datetimes>>(batch, a, b); });
+}
+
+template <class A, class B> status months_between(const batch_of<DECIMAL>& batch, A a, B b) {
+    return with_datetimes([&]<class Datetimes>(Datetimes) { return set_rows<ifun_parse_months_between<Datetimes>>(batch, a, b); });
 }
 
 // ---- TO_DAYS -----------------------------------------------------------------------------------------------------------------------
@@ -214,68 +211,91 @@ current_day today() {
 }
 
 } // namespace
-} // namespace bifun
 
-using namespace bifun;
-
-VECTORISED status bdatediff_vaa_date(BATCH_OF(int_constant field, column start, column end)) { return datediff(BATCH, field, start, end); }
-VECTORISED status bdatediff_vav_date(BATCH_OF(int_constant field, column start, datetime_constant end)) {
-    return datediff(BATCH, field, start, end);
+status entry::bdatediff_vaa_date(batch_of<INT> batch, constant_of<INT> field, column_of<DATETIME> start, column_of<DATETIME> end) {
+    return datediff_rows(batch, field, start, end);
 }
-VECTORISED status bdatediff_vva_date(BATCH_OF(int_constant field, datetime_constant start, column end)) {
-    return datediff(BATCH, field, start, end);
+status entry::bdatediff_vav_date(batch_of<INT> batch, constant_of<INT> field, column_of<DATETIME> start, constant_of<DATETIME> end) {
+    return datediff_rows(batch, field, start, end);
 }
-
-VECTORISED status bbigdatediff_vaa_date(BATCH_OF(int_constant field, column start, column end)) {
-    return bigdatediff(BATCH, field, start, end);
-}
-VECTORISED status bbigdatediff_vav_date(BATCH_OF(int_constant field, column start, datetime_constant end)) {
-    return bigdatediff(BATCH, field, start, end);
-}
-VECTORISED status bbigdatediff_vva_date(BATCH_OF(int_constant field, datetime_constant start, column end)) {
-    return bigdatediff(BATCH, field, start, end);
+status entry::bdatediff_vva_date(batch_of<INT> batch, constant_of<INT> field, constant_of<DATETIME> start, column_of<DATETIME> end) {
+    return datediff_rows(batch, field, start, end);
 }
 
-VECTORISED status bdays_between_aa_date(BATCH_OF(column a, column b)) { return days_between_rows(BATCH, a, b); }
-VECTORISED status bdays_between_av_date(BATCH_OF(column a, datetime_constant b)) { return days_between_rows(BATCH, a, b); }
-VECTORISED status bdays_between_va_date(BATCH_OF(datetime_constant a, column b)) { return days_between_rows(BATCH, a, b); }
+status entry::bbigdatediff_vaa_date(batch_of<BIGINT> batch, constant_of<INT> field, column_of<DATETIME> start, column_of<DATETIME> end) {
+    return bigdatediff_rows(batch, field, start, end);
+}
+status entry::bbigdatediff_vav_date(batch_of<BIGINT> batch, constant_of<INT> field, column_of<DATETIME> start, constant_of<DATETIME> end) {
+    return bigdatediff_rows(batch, field, start, end);
+}
+status entry::bbigdatediff_vva_date(batch_of<BIGINT> batch, constant_of<INT> field, constant_of<DATETIME> start, column_of<DATETIME> end) {
+    return bigdatediff_rows(batch, field, start, end);
+}
 
-status bweeks_between_aa_date(BATCH_OF(column a, column b)) { return weeks_between(BATCH, a, b); }
-status bweeks_between_av_date(BATCH_OF(column a, datetime_constant b)) { return weeks_between(BATCH, a, b); }
-status bweeks_between_va_date(BATCH_OF(datetime_constant a, column b)) { return weeks_between(BATCH, a, b); }
+status entry::bdays_between_aa_date(batch_of<INT> batch, column_of<DATETIME> a, column_of<DATETIME> b) {
+    return days_between(batch, a, b);
+}
+status entry::bdays_between_av_date(batch_of<INT> batch, column_of<DATETIME> a, constant_of<DATETIME> b) {
+    return days_between(batch, a, b);
+}
+status entry::bdays_between_va_date(batch_of<INT> batch, constant_of<DATETIME> a, column_of<DATETIME> b) {
+    return days_between(batch, a, b);
+}
 
-status bmonths_between_aa_date(BATCH_OF(column a, column b)) { return months_between(BATCH, a, b); }
-status bmonths_between_av_date(BATCH_OF(column a, datetime_constant b)) { return months_between(BATCH, a, b); }
-status bmonths_between_va_date(BATCH_OF(datetime_constant a, column b)) { return months_between(BATCH, a, b); }
+status entry::bweeks_between_aa_date(batch_of<INT> batch, column_of<DATETIME> a, column_of<DATETIME> b) {
+    return weeks_between(batch, a, b);
+}
+status entry::bweeks_between_av_date(batch_of<INT> batch, column_of<DATETIME> a, constant_of<DATETIME> b) {
+    return weeks_between(batch, a, b);
+}
+status entry::bweeks_between_va_date(batch_of<INT> batch, constant_of<DATETIME> a, column_of<DATETIME> b) {
+    return weeks_between(batch, a, b);
+}
 
-VECTORISED status byears_between_aa_date(BATCH_OF(column a, column b)) { return years_between_rows(BATCH, a, b); }
-VECTORISED status byears_between_av_date(BATCH_OF(column a, datetime_constant b)) { return years_between_rows(BATCH, a, b); }
-VECTORISED status byears_between_va_date(BATCH_OF(datetime_constant a, column b)) { return years_between_rows(BATCH, a, b); }
+status entry::bmonths_between_aa_date(batch_of<DECIMAL> batch, column_of<DATETIME> a, column_of<DATETIME> b) {
+    return months_between(batch, a, b);
+}
+status entry::bmonths_between_av_date(batch_of<DECIMAL> batch, column_of<DATETIME> a, constant_of<DATETIME> b) {
+    return months_between(batch, a, b);
+}
+status entry::bmonths_between_va_date(batch_of<DECIMAL> batch, constant_of<DATETIME> a, column_of<DATETIME> b) {
+    return months_between(batch, a, b);
+}
+
+status entry::byears_between_aa_date(batch_of<INT> batch, column_of<DATETIME> a, column_of<DATETIME> b) {
+    return years_between(batch, a, b);
+}
+status entry::byears_between_av_date(batch_of<INT> batch, column_of<DATETIME> a, constant_of<DATETIME> b) {
+    return years_between(batch, a, b);
+}
+status entry::byears_between_va_date(batch_of<INT> batch, constant_of<DATETIME> a, column_of<DATETIME> b) {
+    return years_between(batch, a, b);
+}
 
 // A NULL stands for today, which is asked for once.
-status bto_days_a_date(BATCH_OF(column value)) {
-    const batch batch = BATCH;
-    result->no_nulls = value->no_nulls;
-    return with_rows(
-        [&](const auto& rows) -> status {
-            current_day now{};
-            bool is_asked = false;
-            for (std::uint32_t k = 0; k < row_count; ++k) {
-                const bool is_today = !rows.has_value(k);
-                if (is_today && !is_asked) {
-                    now = today();
-                    is_asked = true;
-                }
-                std::int64_t number = 0;
-                const bool is_known = (!is_today || now.is_known) && number_of_day(is_today ? now.moment : rows[k], number);
-                null_flags(batch)[k] = static_cast<std::uint8_t>(is_known);
-                if (is_known) {
-                    set_value(batch, k, number);
-                } else {
-                    result->no_nulls = 0;
-                }
+status entry::bto_days_a_date(batch_of<BIGINT> batch, column_of<DATETIME> value) {
+    batch.result->no_nulls = value.column->no_nulls;
+    current_day now{};
+    bool is_asked = false;
+    const auto count_days = [&](std::uint32_t first, std::uint32_t count, const auto& rows) -> status {
+        for (std::uint32_t k = 0; k < count; ++k) {
+            const bool is_today = !rows.has_value(k);
+            if (is_today && !is_asked) {
+                now = today();
+                is_asked = true;
             }
-            return BIFUN_OK;
-        },
-        datetime(value));
+            std::int64_t number = 0;
+            const bool is_known = (!is_today || now.is_known) && number_of_day(is_today ? now.moment : rows[k], number);
+            null_flags(batch)[first + k] = static_cast<std::uint8_t>(is_known);
+            if (is_known) {
+                set_value(batch, first + k, number);
+            } else {
+                batch.result->no_nulls = 0;
+            }
+        }
+        return BIFUN_OK;
+    };
+    return for_each_block(batch.row_count, count_days, argument(value));
 }
+
+} // namespace bifun

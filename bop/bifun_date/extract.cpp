@@ -4,7 +4,9 @@
 #include <array>
 #include <string_view>
 
-#include "bop/bifun_date/datetime_rows.h"
+#include "bop/bifun_date/datetime_operations.h"
+#include "bop/bifun_date/datetime_text.h"
+#include "bop/bifun_date/entry_points.h"
 #include "bop/bifun_date/fields.h"
 #include "bop/bifun_date/weekday.h"
 #include "bop/frame/row_loop.h"
@@ -23,11 +25,11 @@ template <class Datetimes> std::int32_t quarter(const zqtime& value) {
 
 template <class Datetimes> std::int32_t quarter_for_datepart(const zqtime& value) { return (Datetimes::month(value) - 1) / 3 + 1; }
 
-template <class Datetimes> INLINED inline std::int32_t weekday_for_datepart(const zqtime& value) {
+template <class Datetimes> std::int32_t weekday_for_datepart(const zqtime& value) {
     return Datetimes::day_of_week(value) + 1;
 }
 
-INLINED inline std::int32_t day_of_week_from_1(const zqtime& value) {
+std::int32_t day_of_week_from_1(const zqtime& value) {
     std::int32_t weekday;
     (void)ifun_weekday_in(packed_datetimes{}, value, weekday); // which does not fail
     return weekday + 1;
@@ -49,15 +51,14 @@ double seconds_of_interval(const bifun_interval_dt& value) { return value.second
 
 // ---- columns of datetimes ----------------------------------------------------------------------------------------------------
 
-template <auto packed_kernel, auto engine_kernel> INLINED inline status rows_of(const batch& batch, const column_argument<zqtime>& value) {
-    return datetimes_are_packed() ? store_rows<rows::all, packed_kernel>(batch, value)
-                                  : store_rows<rows::present, engine_kernel>(batch, value);
+template <auto packed_kernel, auto engine_kernel> status rows_of(const batch_of<INT>& batch, column_of<DATETIME> value) {
+    return datetimes_are_packed() ? store_all_rows<packed_kernel>(batch, value) : store_rows<engine_kernel>(batch, value);
 }
 
-// Writes no value, so the type of the result does not matter.
-template <class T> status refuse_rows(const batch& batch, const column_argument<T>& value) {
-    return attempt_store_rows<std::int32_t>(
-        batch, [](std::int32_t&, const T&) -> status { return BIFUN_ARGUMENT_OUT_OF_DOMAIN; }, value);
+template <class Result, class Value> status refuse(const Value&, Result&) { return BIFUN_ARGUMENT_OUT_OF_DOMAIN; }
+
+template <value_type result, value_type type> status refuse_rows(const batch_of<result>& batch, column_of<type> value) {
+    return store_rows<refuse<stored<result>, stored<type>>>(batch, value);
 }
 
 // The fields of a kind of value, as bits.
@@ -72,10 +73,9 @@ constexpr field_set datepart_fields =
 
 bool contains(field_set set, std::int32_t field) { return field > 0 && field < 32 && (set >> field & 1) != 0; }
 
-VECTORISED status field_rows(const batch& batch, std::int32_t field, field_set allowed, column argument) {
+status field_rows(const batch_of<INT>& batch, std::int32_t field, field_set allowed, column_of<DATETIME> value) {
     using packed = packed_datetimes;
     using engine = engine_datetimes;
-    const column_argument<zqtime> value = datetime(argument);
     switch (contains(allowed, field) ? field : 0) {
     case ZQTIME_YEAR:
         return rows_of<packed::year, engine::year>(batch, value);
@@ -109,23 +109,24 @@ VECTORISED status field_rows(const batch& batch, std::int32_t field, field_set a
 }
 
 // Calls `rows` where the field is not NULL. Of two arguments the promise that no row is NULL is 0 or 1.
-template <class Rows> INLINED inline status rows_of_field(const batch& batch, int_constant field, const Rows& rows) {
-    if (field->not_null == 0) {
+template <class Rows> status rows_of_field(const batch& batch, constant_of<INT> field, const Rows& rows) {
+    const auto [code, present] = argument(field);
+    if (!present) {
         return null_rows(batch);
     }
-    const status outcome = rows(field->value);
+    const status outcome = rows(code);
     batch.result->no_nulls = static_cast<std::uint32_t>(batch.result->no_nulls != 0);
     return outcome;
 }
 
-status extract(const batch& batch, int_constant field, field_set allowed, column value) {
+status extract(const batch_of<INT>& batch, constant_of<INT> field, field_set allowed, column_of<DATETIME> value) {
     return rows_of_field(batch, field, [&](std::int32_t code) { return field_rows(batch, code, allowed, value); });
 }
 
 // ---- columns of text -----------------------------------------------------------------------------------------------------------
 
-constexpr auto ifun_parse_extract_datetime = [](auto datetimes, std::int32_t& component, const zqtime& value,
-                                                std::int32_t field) -> status {
+template <class Datetimes> status ifun_parse_extract_datetime(std::int32_t field, const zqtime& value, std::int32_t& component) {
+    constexpr Datetimes datetimes;
     switch (field) {
     case ZQTIME_YEAR:
         component = datetimes.year(value);
@@ -145,15 +146,15 @@ constexpr auto ifun_parse_extract_datetime = [](auto datetimes, std::int32_t& co
     default:
         return BIFUN_ARGUMENT_OUT_OF_DOMAIN;
     }
-};
+}
 
-constexpr auto ifun_parse_extract_msec = [](auto datetimes, double& component, const zqtime& value, std::int32_t field) -> status {
+template <class Datetimes> status ifun_parse_extract_msec(std::int32_t field, const zqtime& value, double& component) {
     if (field != ZQTIME_SECOND) {
         return BIFUN_ARGUMENT_OUT_OF_DOMAIN;
     }
-    component = seconds<decltype(datetimes)>(value);
+    component = seconds<Datetimes>(value);
     return BIFUN_OK;
-};
+}
 
 // ---- names -----------------------------------------------------------------------------------------------------------------------
 
@@ -168,149 +169,154 @@ template <std::size_t count> bifun_string name_at(const std::string_view (&names
     return {static_cast<std::uint32_t>(name.size()), 0, reinterpret_cast<std::uint8_t*>(const_cast<char*>(name.data()))};
 }
 
-template <class Name> status name_rows(const batch& batch, column value, const Name& name) {
-    return with_byte_operations([&](auto bytes) INLINED -> status {
-        return with_datetimes([&](auto datetimes) INLINED -> status {
-            return attempt_string_rows(
-                batch, bytes,
-                [datetimes, name](bifun_string& text, const zqtime& moment) INLINED -> status {
-                    text = name(datetimes, moment);
-                    return BIFUN_OK;
-                },
-                datetime(value));
-        });
-    });
+template <class Datetimes> void ifun_parse_dayname(const zqtime& value, bifun_string& name) {
+    name = name_at(day_names, Datetimes::day_of_week(value));
 }
 
-constexpr auto ifun_parse_dayname = [](auto datetimes, const zqtime& value)
-                                        INLINED { return name_at(day_names, datetimes.day_of_week(value)); };
-constexpr auto ifun_parse_monthname = [](auto datetimes, const zqtime& value)
-                                          INLINED { return name_at(month_names, datetimes.month(value) - 1); };
+template <class Datetimes> void ifun_parse_monthname(const zqtime& value, bifun_string& name) {
+    name = name_at(month_names, Datetimes::month(value) - 1);
+}
+
+status weekday_from_1_of_engine(const zqtime& value, std::int32_t& number) {
+    std::int32_t weekday;
+    const status counted = ifun_weekday_in(engine_datetimes{}, value, weekday);
+    number = weekday + 1;
+    return counted;
+}
+
+template <class Datetimes> status weekday_of_text(const zqtime& value, std::int32_t& weekday) {
+    return ifun_weekday_in(Datetimes{}, value, weekday);
+}
 
 } // namespace
-} // namespace bifun
 
-using namespace bifun;
+status entry::bextract_datetime_va_date(batch_of<INT> batch, constant_of<INT> field, column_of<DATETIME> value) {
+    return extract(batch, field, date_fields | time_fields, value);
+}
+status entry::bextract_date_va_date(batch_of<INT> batch, constant_of<INT> field, column_of<DATETIME> value) {
+    return extract(batch, field, date_fields, value);
+}
+status entry::bextract_time_va_date(batch_of<INT> batch, constant_of<INT> field, column_of<DATETIME> value) {
+    return extract(batch, field, time_fields, value);
+}
+status entry::bextract_datetime_tz_va_date(batch_of<INT> batch, constant_of<INT> field, column_of<DATETIME> value) {
+    return extract(batch, field, date_fields | time_fields | zone_fields, value);
+}
+status entry::bextract_time_tz_va_date(batch_of<INT> batch, constant_of<INT> field, column_of<DATETIME> value) {
+    return extract(batch, field, time_fields | zone_fields, value);
+}
 
-status bextract_datetime_va_date(BATCH_OF(int_constant field, column value)) {
-    return extract(BATCH, field, date_fields | time_fields, value);
-}
-status bextract_date_va_date(BATCH_OF(int_constant field, column value)) { return extract(BATCH, field, date_fields, value); }
-status bextract_time_va_date(BATCH_OF(int_constant field, column value)) { return extract(BATCH, field, time_fields, value); }
-status bextract_datetime_tz_va_date(BATCH_OF(int_constant field, column value)) {
-    return extract(BATCH, field, date_fields | time_fields | zone_fields, value);
-}
-status bextract_time_tz_va_date(BATCH_OF(int_constant field, column value)) {
-    return extract(BATCH, field, time_fields | zone_fields, value);
-}
-
-VECTORISED status bextract_time_ex_va_date(BATCH_OF(int_constant field, column value)) {
-    const batch batch = BATCH;
-    return rows_of_field(batch, field, [&](std::int32_t code) INLINED -> status {
-        if (code != ZQTIME_SECOND) {
-            return refuse_rows(batch, datetime(value));
-        }
-        return datetimes_are_packed() ? set_rows<rows::all, seconds<packed_datetimes>>(batch, datetime(value))
-                                      : set_rows<rows::present, seconds<engine_datetimes>>(batch, datetime(value));
+status entry::bextract_time_ex_va_date(batch_of<DOUBLE> batch, constant_of<INT> field, column_of<DATETIME> value) {
+    return rows_of_field(batch, field, [&](std::int32_t code) {
+        return code != ZQTIME_SECOND    ? refuse_rows(batch, value)
+               : datetimes_are_packed() ? set_all_rows<seconds<packed_datetimes>>(batch, value)
+                                        : set_rows<seconds<engine_datetimes>>(batch, value);
     });
 }
 
-VECTORISED status bextract_iv_ym_va_date(BATCH_OF(int_constant field, column value)) {
-    const batch batch = BATCH;
-    return rows_of_field(batch, field, [&](std::int32_t code) INLINED -> status {
+status entry::bextract_iv_ym_va_date(batch_of<INT> batch, constant_of<INT> field, column_of<INTERVAL_YM> value) {
+    return rows_of_field(batch, field, [&](std::int32_t code) {
         switch (code) {
         case ZQTIME_YEAR:
-            return store_rows<rows::all, years>(batch, interval_ym(value));
+            return store_all_rows<years>(batch, value);
         case ZQTIME_MONTH:
-            return store_rows<rows::all, months>(batch, interval_ym(value));
+            return store_all_rows<months>(batch, value);
         default:
-            return refuse_rows(batch, interval_ym(value));
+            return refuse_rows(batch, value);
         }
     });
 }
 
-VECTORISED status bextract_iv_dt_va_date(BATCH_OF(int_constant field, column value)) {
-    const batch batch = BATCH;
-    return rows_of_field(batch, field, [&](std::int32_t code) INLINED -> status {
+status entry::bextract_iv_dt_va_date(batch_of<INT> batch, constant_of<INT> field, column_of<INTERVAL_DT> value) {
+    return rows_of_field(batch, field, [&](std::int32_t code) {
         switch (code) {
         case ZQTIME_DAY:
-            return store_rows<rows::all, days>(batch, interval_dt(value));
+            return store_all_rows<days>(batch, value);
         case ZQTIME_HOUR:
-            return store_rows<rows::all, hours>(batch, interval_dt(value));
+            return store_all_rows<hours>(batch, value);
         case ZQTIME_MINUTE:
-            return store_rows<rows::all, minutes>(batch, interval_dt(value));
+            return store_all_rows<minutes>(batch, value);
         case ZQTIME_SECOND:
-            return store_rows<rows::all, whole_seconds>(batch, interval_dt(value));
+            return store_all_rows<whole_seconds>(batch, value);
         case ZQTIME_SUBSECOND:
-            return store_rows<rows::all, fraction>(batch, interval_dt(value));
+            return store_all_rows<fraction>(batch, value);
         default:
-            return refuse_rows(batch, interval_dt(value));
+            return refuse_rows(batch, value);
         }
     });
 }
 
-VECTORISED status bextract_iv_dt_ex_va_date(BATCH_OF(int_constant field, column value)) {
-    const batch batch = BATCH;
-    return rows_of_field(batch, field, [&](std::int32_t code) INLINED -> status {
-        return code == ZQTIME_SECOND ? set_rows<rows::all, seconds_of_interval>(batch, interval_dt(value))
-                                     : refuse_rows(batch, interval_dt(value));
+status entry::bextract_iv_dt_ex_va_date(batch_of<DOUBLE> batch, constant_of<INT> field, column_of<INTERVAL_DT> value) {
+    return rows_of_field(batch, field, [&](std::int32_t code) {
+        return code == ZQTIME_SECOND ? set_all_rows<seconds_of_interval>(batch, value) : refuse_rows(batch, value);
     });
 }
 
-status bextract_str_va_date(BATCH_OF(int_constant field, column value)) {
-    return attempt_text_rows<std::int32_t>(BATCH, value, ifun_parse_extract_datetime, integer(field));
+status entry::bextract_str_va_date(batch_of<INT> batch, constant_of<INT> field, column_of<VARCHAR> value) {
+    return with_datetimes([&]<class Datetimes>(Datetimes) {
+        return store_rows<field_of_text<ifun_parse_extract_datetime<Datetimes>, std::int32_t>>(batch, field, value);
+    });
 }
-status bextract_str_ex_va_date(BATCH_OF(int_constant field, column value)) {
-    return attempt_text_rows<double>(BATCH, value, ifun_parse_extract_msec, integer(field));
-}
-
-status byear_a_date(BATCH_OF(column value)) { return field_rows(BATCH, ZQTIME_YEAR, datepart_fields, value); }
-status bmonth_a_date(BATCH_OF(column value)) { return field_rows(BATCH, ZQTIME_MONTH, datepart_fields, value); }
-status bday_a_date(BATCH_OF(column value)) { return field_rows(BATCH, ZQTIME_DAY, datepart_fields, value); }
-status bdayofmonth_a_date(BATCH_OF(column value)) { return field_rows(BATCH, ZQTIME_DAY, datepart_fields, value); }
-status bhour_a_date(BATCH_OF(column value)) { return field_rows(BATCH, ZQTIME_HOUR, datepart_fields, value); }
-status bmin_a_date(BATCH_OF(column value)) { return field_rows(BATCH, ZQTIME_MINUTE, datepart_fields, value); }
-status bsec_a_date(BATCH_OF(column value)) { return field_rows(BATCH, ZQTIME_SECOND, datepart_fields, value); }
-status bdayofyear_a_date(BATCH_OF(column value)) { return field_rows(BATCH, ZQTIME_DAY_OF_YEAR, datepart_fields, value); }
-VECTORISED status bquarter_zqtime_a_date(BATCH_OF(column value)) {
-    return rows_of<quarter<packed_datetimes>, quarter<engine_datetimes>>(BATCH, datetime(value));
-}
-
-VECTORISED status bdayofweek_a_date(BATCH_OF(column value)) {
-    const batch batch = BATCH;
-    if (datetimes_are_packed()) {
-        return store_rows<rows::all, day_of_week_from_1>(batch, datetime(value));
-    }
-    return attempt_store_rows<std::int32_t>(
-        batch,
-        [](std::int32_t& number, const zqtime& moment) {
-            std::int32_t weekday;
-            const status counted = ifun_weekday_in(engine_datetimes{}, moment, weekday);
-            number = weekday + 1;
-            return counted;
-        },
-        datetime(value));
-}
-
-status bweekday_str_a_date(BATCH_OF(column value)) {
-    return attempt_text_rows<std::int32_t>(BATCH, value, [](auto datetimes, std::int32_t& weekday, const zqtime& moment) {
-        return ifun_weekday_in(datetimes, moment, weekday);
+status entry::bextract_str_ex_va_date(batch_of<DOUBLE> batch, constant_of<INT> field, column_of<VARCHAR> value) {
+    return with_datetimes([&]<class Datetimes>(Datetimes) {
+        return set_rows<field_of_text<ifun_parse_extract_msec<Datetimes>, double>>(batch, field, value);
     });
 }
 
-status bdayname_a_date(BATCH_OF(column value)) { return name_rows(BATCH, value, ifun_parse_dayname); }
-status bmonthname_a_date(BATCH_OF(column value)) { return name_rows(BATCH, value, ifun_parse_monthname); }
+status entry::byear_a_date(batch_of<INT> batch, column_of<DATETIME> value) {
+    return field_rows(batch, ZQTIME_YEAR, datepart_fields, value);
+}
+status entry::bmonth_a_date(batch_of<INT> batch, column_of<DATETIME> value) {
+    return field_rows(batch, ZQTIME_MONTH, datepart_fields, value);
+}
+status entry::bday_a_date(batch_of<INT> batch, column_of<DATETIME> value) {
+    return field_rows(batch, ZQTIME_DAY, datepart_fields, value);
+}
+status entry::bdayofmonth_a_date(batch_of<INT> batch, column_of<DATETIME> value) {
+    return field_rows(batch, ZQTIME_DAY, datepart_fields, value);
+}
+status entry::bhour_a_date(batch_of<INT> batch, column_of<DATETIME> value) {
+    return field_rows(batch, ZQTIME_HOUR, datepart_fields, value);
+}
+status entry::bmin_a_date(batch_of<INT> batch, column_of<DATETIME> value) {
+    return field_rows(batch, ZQTIME_MINUTE, datepart_fields, value);
+}
+status entry::bsec_a_date(batch_of<INT> batch, column_of<DATETIME> value) {
+    return field_rows(batch, ZQTIME_SECOND, datepart_fields, value);
+}
+status entry::bdayofyear_a_date(batch_of<INT> batch, column_of<DATETIME> value) {
+    return field_rows(batch, ZQTIME_DAY_OF_YEAR, datepart_fields, value);
+}
+status entry::bquarter_zqtime_a_date(batch_of<INT> batch, column_of<DATETIME> value) {
+    return rows_of<quarter<packed_datetimes>, quarter<engine_datetimes>>(batch, value);
+}
+status entry::bdayofweek_a_date(batch_of<INT> batch, column_of<DATETIME> value) {
+    return datetimes_are_packed() ? store_all_rows<day_of_week_from_1>(batch, value) : store_rows<weekday_from_1_of_engine>(batch, value);
+}
+status entry::bweekday_str_a_date(batch_of<INT> batch, column_of<VARCHAR> value) {
+    return with_datetimes(
+        [&]<class Datetimes>(Datetimes) { return store_rows<of_text<weekday_of_text<Datetimes>, std::int32_t>>(batch, value); });
+}
 
-status bdatepart_av_date(BATCH_OF(column value, string_constant field)) {
-    const batch batch = BATCH;
-    const constant_argument<bifun_string> name = string(field);
+status entry::bdayname_a_date(batch_of<VARCHAR> batch, column_of<DATETIME> value) {
+    return with_datetimes([&]<class Datetimes>(Datetimes) { return string_rows<ifun_parse_dayname<Datetimes>>(batch, value); });
+}
+status entry::bmonthname_a_date(batch_of<VARCHAR> batch, column_of<DATETIME> value) {
+    return with_datetimes([&]<class Datetimes>(Datetimes) { return string_rows<ifun_parse_monthname<Datetimes>>(batch, value); });
+}
+
+status entry::bdatepart_av_date(batch_of<INT> batch, column_of<DATETIME> value, constant_of<VARCHAR> field) {
+    const auto [name, present] = argument(field);
     // Blanks behind a name belong to it, whether they are stored or counted.
-    const std::int32_t code = name.value.trailing_blanks != 0 ? 0 : ifun_parse_datepart(name.value.data, name.value.length);
-    if (name.present && code == 0) {
+    const std::int32_t code = name.trailing_blanks != 0 ? 0 : ifun_parse_datepart(name.data, name.length);
+    if (present && code == 0) {
         return fail_batch(batch, BIFUN_ARGUMENT_OUT_OF_DOMAIN);
     }
-    const bifun_int_constant parsed{field->not_null, code};
-    return extract(batch, &parsed, datepart_fields, value);
+    const bifun_int_constant parsed{present ? 1U : 0U, code};
+    return extract(batch, {&parsed}, datepart_fields, value);
+}
+status entry::bdatepart1_va_date(batch_of<INT> batch, constant_of<INT> field, column_of<DATETIME> value) {
+    return extract(batch, field, datepart_fields, value);
 }
 
-status bdatepart1_va_date(BATCH_OF(int_constant field, column value)) { return extract(BATCH, field, datepart_fields, value); }
+} // namespace bifun

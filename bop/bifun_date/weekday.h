@@ -7,7 +7,7 @@
 namespace bifun {
 
 // 0 Sunday to 6 Saturday. Returns 0 or the engine's status.
-template <class Datetimes> INLINED inline status ifun_weekday_in(Datetimes /*how*/, const zqtime& value, std::int32_t& weekday) {
+template <class Datetimes> status ifun_weekday_in(Datetimes /*how*/, const zqtime& value, std::int32_t& weekday) {
     std::int32_t days = 0;
     const status counted = Datetimes::days_from_reference(value, days);
     const std::int32_t rest = days % 7;
@@ -17,7 +17,7 @@ template <class Datetimes> INLINED inline status ifun_weekday_in(Datetimes /*how
 
 // The same rule, under the name that moves to a weekday know it by.
 template <class Datetimes>
-INLINED inline status ifun_weekday_in_for_glgl_special(Datetimes datetimes, const zqtime& value, std::int32_t& weekday) {
+status ifun_weekday_in_for_glgl_special(Datetimes datetimes, const zqtime& value, std::int32_t& weekday) {
     return ifun_weekday_in(datetimes, value, weekday);
 }
 

@@ -36,10 +36,13 @@ struct pattern_tables {
 };
 
 struct pattern_search {
-    zq_pattern pattern; // as it is compared with texts: folded, and reversed for a backward search
+    zq_pattern pattern; // as it is compared with texts: folded, and reversed for a backward search; without tables until they are needed
     bool ends_in_blank; // before it is reversed: then it may be found among a value's trailing blanks
     bool is_blank;      // blanks only
     search_request request;
+    search_algorithm algorithm;
+    pattern_tables& tables;
+    void* long_suffixes; // what good suffixes of a long pattern take; null before
 };
 
 // Where a pattern was found: position 0 for nowhere.
@@ -56,38 +59,45 @@ inline void fold_case(std::uint8_t* text, std::uint32_t length, folding fold) {
     }
 }
 
-// Makes the tables in `tables` and, for good suffixes of a long pattern, in memory that the caller is given as `long_suffixes` and
-// releases. Returns 0 or -503.
-inline status make_tables(bifun_environment* environment, bifun_memory_object* memory, search_algorithm algorithm, zq_pattern& pattern,
-                          pattern_tables& tables, void*& long_suffixes) {
-    if (algorithm == search_algorithm::shift_or) {
-        preshiftorprocess(pattern.bytes, pattern.length, tables.by_byte);
-        pattern.masks = tables.by_byte;
+// Whether a pattern has to be changed before it is searched for.
+inline bool changes_pattern(const search_request& request) { return request.fold != folding::none || request.is_backward(); }
+
+// Makes the tables of the algorithm, where there are none. Returns 0 or -503.
+inline status make_tables(bifun_environment* environment, bifun_memory_object* memory, pattern_search& search) {
+    zq_pattern& pattern = search.pattern;
+    if (pattern.masks != nullptr || pattern.good_suffixes != nullptr) {
         return BIFUN_OK;
     }
-    std::uint32_t* good_suffixes = tables.good_suffixes;
+    if (search.algorithm == search_algorithm::shift_or) {
+        preshiftorprocess(pattern.bytes, pattern.length, search.tables.by_byte);
+        pattern.masks = search.tables.by_byte;
+        return BIFUN_OK;
+    }
+    std::uint32_t* good_suffixes = search.tables.good_suffixes;
     if (pattern.length > ZQ_BYTE_VALUES) {
-        long_suffixes = allocate(environment, memory, std::uint64_t{pattern.length} * sizeof(std::uint32_t), string_source_file, __LINE__);
-        if (long_suffixes == nullptr) {
+        const std::uint64_t size = std::uint64_t{pattern.length} * sizeof(std::uint32_t);
+        search.long_suffixes = allocate(environment, memory, size, string_source_file, __LINE__);
+        if (search.long_suffixes == nullptr) {
             return BIFUN_OUT_OF_MEMORY;
         }
-        good_suffixes = static_cast<std::uint32_t*>(long_suffixes);
+        good_suffixes = static_cast<std::uint32_t*>(search.long_suffixes);
     }
-    preprocess_bmbc(pattern.bytes, pattern.length, tables.by_byte);
+    preprocess_bmbc(pattern.bytes, pattern.length, search.tables.by_byte);
     preprocess_bmgs(pattern.bytes, pattern.length, good_suffixes);
-    pattern.bad_characters = tables.by_byte;
+    pattern.bad_characters = search.tables.by_byte;
     pattern.good_suffixes = good_suffixes;
     return BIFUN_OK;
 }
 
-// Calls `body` with the search for `length` bytes at `bytes`, which are changed to the case and direction of the request; the tables live
-// as long as the call. Returns its status; where the search cannot be prepared, `failed` of -503, or of -6108 for a pattern that cannot be
-// reversed.
+// Calls `body` with the search for `length` bytes at `bytes`, at least one, which are changed to the case and direction of the request
+// where changes_pattern(). Returns its status, or `failed(-6108)` for a pattern that cannot be reversed.
 template <class Failed, class Body>
 status with_search(bifun_environment* environment, bifun_memory_object* memory, std::uint8_t* bytes, std::uint32_t length,
                    search_algorithm algorithm, const search_request& request, const Failed& failed, const Body& body) {
-    const bool is_blank = portable_bytes::leading(blank, bytes, length) == length;
-    pattern_search search{{bytes, length, nullptr, nullptr, nullptr}, bytes[length - 1] == blank, is_blank, request};
+    pattern_tables tables;
+    const bool is_blank = leading(blank, bytes, length) == length;
+    pattern_search search{
+        {bytes, length, nullptr, nullptr, nullptr}, bytes[length - 1] == blank, is_blank, request, algorithm, tables, nullptr};
     if (is_blank) {
         search.request.fold = folding::none; // a blank has no case
     }
@@ -95,11 +105,8 @@ status with_search(bifun_environment* environment, bifun_memory_object* memory, 
     if (request.is_backward() && zq_mbsrev_ex(bytes, length) == nullptr) {
         return failed(BIFUN_INVALID_CHARACTER_STRING);
     }
-    pattern_tables tables;
-    void* long_suffixes = nullptr;
-    const status made = make_tables(environment, memory, algorithm, search.pattern, tables, long_suffixes);
-    const status outcome = made < BIFUN_OK ? failed(made) : body(search);
-    release(environment, memory, long_suffixes);
+    const status outcome = body(search);
+    release(environment, memory, search.long_suffixes);
     return outcome;
 }
 
@@ -155,8 +162,12 @@ struct located {
 
 // In the full text of a value, which is copied where it has to be changed or its blanks written out. -503, or -6108 where it cannot be
 // reversed.
-[[gnu::noinline]] inline located search_value(const pattern_search& search, scratch& scratch, bifun_string value) {
+[[gnu::noinline]] inline located search_value(pattern_search& search, scratch& scratch, bifun_string value) {
     const search_request& request = search.request;
+    const status made = make_tables(scratch.environment, scratch.memory, search);
+    if (made < BIFUN_OK) {
+        return {0, made};
+    }
     // Of the blanks a place that begins before them has at most what lies behind the pattern's first byte.
     const std::uint32_t reached = search.is_blank || request.is_backward() ? value.trailing_blanks
                                   : search.ends_in_blank                   ? std::min(value.trailing_blanks, search.pattern.length - 1)
@@ -189,52 +200,18 @@ struct look {
     std::int32_t position;
 };
 
-template <class Bytes>
-INLINED inline look look_at_bytes(Bytes bytes, bool ascii, const needle& sought, bool in_bytes, const bifun_string& value) {
-    if (!ascii || (value.trailing_blanks != 0 && sought.last == blank)) {
+inline look look_at_bytes(const text_operations& texts, const needle& sought, bool in_bytes, const bifun_string& value) {
+    if (!texts.ascii_is_single_byte || (value.trailing_blanks != 0 && sought.last == blank)) {
         return {false, 0};
     }
-    const std::uint32_t offset = Bytes::find(sought, value.data, value.length);
-    if (offset == no_offset || has_single_bytes(bytes, ascii, value)) {
+    const std::uint32_t offset = find(sought, value.data, value.length);
+    if (offset == no_offset || is_ascii(value.data, value.length)) {
         return {true, static_cast<std::int32_t>(offset + 1)}; // no_offset becomes 0
     }
     if (zq_char_start(value.data, value.length, offset) == 0) {
         return {false, 0}; // the bytes lie within a character
     }
     return {true, static_cast<std::int32_t>((in_bytes ? offset : zq_mbstrlen_ex(value.data, offset)) + 1)};
-}
-
-// search_value for a search that is_plain().
-template <class Bytes>
-INLINED inline located binstr_def2_av_process_with_blank(Bytes bytes, bool ascii, needle sought, const pattern_search& search,
-                                                         scratch& scratch, const bifun_string& value) {
-    const look found = look_at_bytes(bytes, ascii, sought, search.request.in_bytes, value);
-    return found.is_enough ? located{found.position, BIFUN_OK} : search_value(search, scratch, value);
-}
-
-// The same for a pattern of blanks, without writing the value's blanks out.
-template <class Bytes>
-INLINED inline located binstr_def2_av_process_ignore_blank(Bytes bytes, bool ascii, needle sought, const pattern_search& search,
-                                                           scratch& scratch, const bifun_string& value) {
-    const bool is_single_byte = has_single_bytes(bytes, ascii, value);
-    if (is_single_byte) {
-        const std::uint32_t offset = Bytes::find(sought, value.data, value.length);
-        if (offset != no_offset) {
-            return {static_cast<std::int32_t>(offset + 1), BIFUN_OK};
-        }
-    } else {
-        const located found = search_value(search, scratch, {value.length, 0, value.data});
-        if (found.outcome < BIFUN_OK || found.position != 0) {
-            return found;
-        }
-    }
-    const std::uint32_t stored_blanks = Bytes::trailing(blank, value.data, value.length);
-    if (std::uint64_t{stored_blanks} + value.trailing_blanks < sought.length) {
-        return {0, BIFUN_OK};
-    }
-    const std::uint32_t before = value.length - stored_blanks;
-    return {static_cast<std::int32_t>((is_single_byte || search.request.in_bytes ? before : zq_mbstrlen_ex(value.data, before)) + 1),
-            BIFUN_OK};
 }
 
 } // namespace bifun

@@ -1,5 +1,6 @@
 // The exported operations on single string values.
 
+#include "bop/bifun.h"
 #include "bop/bifun_str/text.h"
 
 using namespace bifun;
@@ -82,6 +83,10 @@ std::int32_t bifun_colstr_assign_with_blank(bifun_environment* environment, bifu
     result->data->null_flags[row] = 1;
     value.length = static_cast<std::uint32_t>(length);
     value.trailing_blanks = 0;
+    if (length == 0) {
+        value.data = nullptr;
+        return BIFUN_OK;
+    }
     std::uint8_t* const bytes =
         length > UINT32_MAX ? nullptr : bdta3_col_space_alloc(environment, memory, result->data, static_cast<std::uint32_t>(length));
     if (bytes == nullptr) {
@@ -100,6 +105,10 @@ std::int32_t bifun_colstr_assign_with_blank_no_clear(bifun_environment* environm
     const std::uint64_t length = full_length(*source);
     target->length = static_cast<std::uint32_t>(length);
     target->trailing_blanks = 0;
+    if (length == 0) {
+        target->data = nullptr;
+        return BIFUN_OK;
+    }
     auto* const bytes = static_cast<std::uint8_t*>(allocate(environment, memory, length, string_source_file, __LINE__));
     if (bytes == nullptr) {
         return BIFUN_OUT_OF_MEMORY;

@@ -1,6 +1,8 @@
-// SUBSTRING_INDEX: the text before the n-th delimiter, or behind the n-th from the end. The search reverses what it searches backwards, so
-// both texts are scratch copies with their blanks written out, made afresh for every row.
+// SUBSTRING_INDEX: the text before the n-th delimiter, or behind the n-th from the end. What it has of the value's trailing blanks is a count.
+// The search reverses what it searches backwards, so both texts are scratch copies with their blanks written out, made afresh for every row.
 
+#include "bop/bifun.h"
+#include "bop/bifun_str/entry_points.h"
 #include "bop/bifun_str/pattern_search.h"
 
 namespace bifun {
@@ -31,19 +33,30 @@ status ifun_substring_index_low(bifun_environment* environment, bifun_memory_obj
     return BIFUN_OK;
 }
 
-[[gnu::noinline]] string_outcome part_of_any_text(const batch& batch, scratch& scratch, bifun_string value, bifun_string separator,
-                                                  std::int32_t n) {
+struct index_scratch {
+    bifun::batch batch;
+    bifun::scratch& memory;
+};
+
+[[gnu::noinline]] string_outcome<status> part_of_any_text(index_scratch& scratch, bifun_string value, bifun_string separator,
+                                                          std::int32_t n) {
     const std::uint64_t length = full_length(value);
     const std::uint64_t separator_length = full_length(separator);
-    bifun_string part{0, 0, reserve(scratch, length + separator_length)};
+    bifun_string part{0, 0, reserve(scratch.memory, length + separator_length)};
     if (part.data == nullptr) {
         return {part, BIFUN_OUT_OF_MEMORY};
     }
     std::uint8_t* const delimiter = part.data + length;
     write_full_text(part.data, value);
     write_full_text(delimiter, separator);
-    const status found = ifun_substring_index_low(batch.environment, batch.memory, part.data, static_cast<std::uint32_t>(length), delimiter,
-                                                  static_cast<std::uint32_t>(separator_length), n, &part.length);
+    std::uint32_t kept = 0;
+    const status found =
+        ifun_substring_index_low(scratch.batch.environment, scratch.batch.memory, part.data, static_cast<std::uint32_t>(length), delimiter,
+                                 static_cast<std::uint32_t>(separator_length), n, &kept);
+    // The part begins or ends with the full text, which ends with the blanks.
+    const std::uint32_t behind_stored = kept > value.length ? kept - value.length : 0;
+    part.trailing_blanks = n < 0 ? std::min(kept, value.trailing_blanks) : behind_stored;
+    part.length = kept - part.trailing_blanks;
     return {part, found};
 }
 
@@ -53,11 +66,10 @@ struct delimiter_place {
     std::uint32_t offset;
 };
 
-template <class Bytes>
-INLINED inline delimiter_place find_from_left(Bytes /*how*/, const bifun_string& text, const needle& delimiter, std::uint32_t n) {
+delimiter_place find_from_left(const bifun_string& text, const needle& delimiter, std::uint32_t n) {
     std::uint32_t offset = 0;
     for (;;) {
-        const std::uint32_t place = Bytes::find(delimiter, text.data + offset, text.length - offset);
+        const std::uint32_t place = find(delimiter, text.data + offset, text.length - offset);
         if (place == no_offset || --n == 0) {
             return {place != no_offset, offset + place};
         }
@@ -65,7 +77,7 @@ INLINED inline delimiter_place find_from_left(Bytes /*how*/, const bifun_string&
     }
 }
 
-inline delimiter_place find_from_right(const bifun_string& text, const needle& delimiter, std::uint32_t n) {
+delimiter_place find_from_right(const bifun_string& text, const needle& delimiter, std::uint32_t n) {
     for (std::int64_t offset = std::int64_t{text.length} - delimiter.length; offset >= 0; --offset) {
         if (text.data[offset] == delimiter.first && std::memcmp(text.data + offset, delimiter.bytes, delimiter.length) == 0 && --n == 0) {
             return {true, static_cast<std::uint32_t>(offset)};
@@ -74,52 +86,53 @@ inline delimiter_place find_from_right(const bifun_string& text, const needle& d
     return {false, 0};
 }
 
-// The part where it lies, of a text of single-byte characters.
-template <class Bytes>
-INLINED inline bifun_string part_of_single_bytes(Bytes bytes, const bifun_string& text, const bifun_string& separator, std::int32_t n) {
+// The part where it lies, of a text of single-byte characters whose blanks are not searched.
+bifun_string part_of_single_bytes(const bifun_string& text, const bifun_string& separator, std::int32_t n) {
     const needle delimiter = make_needle(separator.data, separator.length);
     if (n > 0) {
-        const delimiter_place place = find_from_left(bytes, text, delimiter, static_cast<std::uint32_t>(n));
-        return {place.is_found ? place.offset : text.length, 0, text.data};
+        const delimiter_place place = find_from_left(text, delimiter, static_cast<std::uint32_t>(n));
+        return place.is_found ? bifun_string{place.offset, 0, text.data} : text;
     }
     const delimiter_place place = find_from_right(text, delimiter, 0U - static_cast<std::uint32_t>(n));
     const std::uint32_t first = place.is_found ? place.offset + delimiter.length : 0;
-    return {text.length - first, 0, text.data + first};
+    return {text.length - first, text.trailing_blanks, text.data + first};
 }
 
-template <class Delimiter> status substring_index(const batch& batch, column text, Delimiter delimiter, int_constant count) {
-    return with_scratch(batch.environment, batch.memory, string_source_file, [&](scratch& scratch) {
-        return with_byte_operations([&](auto bytes) INLINED -> status {
-            const bool ascii = ascii_is_single_byte();
-            return attempt_string_rows(
-                batch, bytes,
-                [&](bifun_string& part, const bifun_string& value, const bifun_string& separator, std::int32_t n) INLINED -> status {
-                    part = {0, 0, value.data};
-                    if (n == 0 || is_empty(separator)) {
-                        return BIFUN_OK;
-                    }
-                    if (value.trailing_blanks == 0 && separator.trailing_blanks == 0 && separator.length <= longest_plain_pattern &&
-                        has_single_bytes(bytes, ascii, value)) {
-                        part = part_of_single_bytes(bytes, value, separator, n);
-                        return BIFUN_OK;
-                    }
-                    const string_outcome found = part_of_any_text(batch, scratch, value, separator, n);
-                    part = found.value;
-                    return found.outcome;
-                },
-                string(text), string(delimiter), integer(count));
-        });
+status substring_index(const text_operations& texts, const bifun_string& value, const bifun_string& separator, std::int32_t n,
+                       index_scratch& scratch, bifun_string& part) {
+    part = {0, 0, value.data};
+    if (n == 0 || is_empty(separator)) {
+        return BIFUN_OK;
+    }
+    const bool blanks_do_not_matter =
+        separator.trailing_blanks == 0 && (value.trailing_blanks == 0 || separator.data[separator.length - 1] != blank);
+    if (blanks_do_not_matter && separator.length <= longest_plain_pattern && has_single_bytes(texts, separator) &&
+        has_single_bytes(texts, value)) {
+        part = part_of_single_bytes(value, separator, n);
+        return BIFUN_OK;
+    }
+    const auto found = part_of_any_text(scratch, value, separator, n);
+    part = found.value;
+    return found.outcome;
+}
+
+template <class Delimiter>
+status substring_index_rows(const batch_of<VARCHAR>& batch, column_of<VARCHAR> text, Delimiter delimiter, constant_of<INT> count) {
+    return with_scratch(batch.environment, batch.memory, string_source_file, [&](scratch& memory) {
+        index_scratch scratch{batch, memory};
+        return string_rows<substring_index>(batch, fixed(text_operations_of_engine()), text, delimiter, count, shared(scratch));
     });
 }
 
 } // namespace
+
+status entry::bsubstr_index_avv_str(batch_of<VARCHAR> batch, column_of<VARCHAR> text, constant_of<VARCHAR> delimiter,
+                                    constant_of<INT> count) {
+    return substring_index_rows(batch, text, delimiter, count);
+}
+status entry::bsubstr_index_aav_str(batch_of<VARCHAR> batch, column_of<VARCHAR> text, column_of<VARCHAR> delimiter,
+                                    constant_of<INT> count) {
+    return substring_index_rows(batch, text, delimiter, count);
+}
+
 } // namespace bifun
-
-using namespace bifun;
-
-status bsubstr_index_avv_str(BATCH_OF(column text, string_constant delimiter, int_constant count)) {
-    return substring_index(BATCH, text, delimiter, count);
-}
-status bsubstr_index_aav_str(BATCH_OF(column text, column delimiter, int_constant count)) {
-    return substring_index(BATCH, text, delimiter, count);
-}

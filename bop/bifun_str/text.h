@@ -1,9 +1,12 @@
-// What the string families share: characters and bytes of one value, and its full text.
+// What the string families share: what is known of texts before a row is seen, and the full text of one value.
 #ifndef BIFUN_STR_TEXT_H
 #define BIFUN_STR_TEXT_H
 
-#include "bop/frame/attempt_rows.h"
+#include <algorithm>
+
+#include "bop/frame/row_loop.h"
 #include "bop/frame/scratch.h"
+#include "bop/frame/statements.h"
 #include "engine/charset.h"
 
 namespace bifun {
@@ -11,17 +14,27 @@ namespace bifun {
 // What scratch allocations of the string families name as their source.
 constexpr const char* string_source_file = "bop/bifun_str";
 
-inline bool ascii_is_single_byte() { return &zq_ascii_is_single_byte != nullptr && zq_ascii_is_single_byte != 0; }
+// How characters are told. For a kernel that has to know, an argument: fixed(text_operations_of_engine()).
+struct text_operations {
+    bool ascii_is_single_byte; // so that nobody has to be asked about text of such bytes
+};
 
-// Whether every character of the stored bytes is known to have one byte, without asking the engine. `ascii` is ascii_is_single_byte().
-template <class Bytes> bool has_single_bytes(Bytes /*how*/, bool ascii, const bifun_string& value) {
-    return ascii && Bytes::is_ascii(value.data, value.length);
+inline text_operations text_operations_of_engine() { return {ascii_is_single_byte()}; }
+
+// Whether every character of the stored bytes is known to have one byte, without asking the engine.
+inline bool has_single_bytes(const text_operations& texts, const bifun_string& value) {
+    return texts.ascii_is_single_byte && is_ascii(value.data, value.length);
+}
+
+// The same for the first `count` stored bytes.
+inline bool begins_with_single_bytes(const text_operations& texts, const bifun_string& value, std::uint32_t count) {
+    return texts.ascii_is_single_byte && begins_with_ascii(value.data, count);
 }
 
 // What a call gives for a row. A record, not a reference to the loop's result: that stays in registers then.
-struct string_outcome {
+template <class Outcome> struct string_outcome {
     bifun_string value;
-    status outcome;
+    Outcome outcome;
 };
 
 inline bool is_empty(const bifun_string& value) { return value.length == 0 && value.trailing_blanks == 0; }

@@ -4,6 +4,7 @@
 
 #include <array>
 
+#include "bop/bifun_str/entry_points.h"
 #include "bop/bifun_str/text.h"
 
 namespace bifun {
@@ -26,8 +27,8 @@ struct trim_set {
     byte_set bytes;        // where it has_single_bytes
 };
 
-trim_set make_trim_set(const bifun_string& characters, bool ascii) {
-    trim_set set{characters, false, ascii && characters.length != 0, {}};
+trim_set make_trim_set(const text_operations& texts, const bifun_string& characters) {
+    trim_set set{characters, false, texts.ascii_is_single_byte && characters.length != 0, {}};
     for (std::uint32_t i = 0; i < characters.length; ++i) {
         const std::uint8_t byte = characters.data[i];
         set.has_whitespace |= is_whitespace(byte);
@@ -36,8 +37,6 @@ trim_set make_trim_set(const bifun_string& characters, bool ascii) {
     }
     return set;
 }
-
-constexpr trim_set blank_set{{0, 1, nullptr}, false, false, {}};
 
 bool is_one_character(const bifun_string& set) {
     const std::uint32_t stored = set.length <= 1 ? set.length : zq_mbstrlen_ex(set.data, set.length);
@@ -67,13 +66,13 @@ void drop_first(bifun_string& text, std::uint32_t count) {
     return text;
 }
 
-template <class Bytes> INLINED inline void trim_stored_left(Bytes bytes, bool ascii, bifun_string& text, const trim_set& set) {
-    if (!set.has_single_bytes || !has_single_bytes(bytes, ascii, text)) {
+void trim_stored_left(const text_operations& texts, bifun_string& text, const trim_set& set) {
+    if (!set.has_single_bytes || !has_single_bytes(texts, text)) {
         text = trim_left_of_any_text(text, set);
         return;
     }
     if (set.characters.length == 1) {
-        return drop_first(text, Bytes::leading(set.characters.data[0], text.data, text.length));
+        return drop_first(text, leading(set.characters.data[0], text.data, text.length));
     }
     while (text.length != 0 && contains(set.bytes, text.data[0])) {
         drop_first(text, 1);
@@ -102,14 +101,14 @@ struct right_trim_result {
     return {rest, BIFUN_OK};
 }
 
-template <class Bytes> INLINED inline status trim_stored_right(Bytes bytes, bool ascii, bifun_string& text, const trim_set& set) {
-    if (!set.has_single_bytes || !has_single_bytes(bytes, ascii, text)) {
+status trim_stored_right(const text_operations& texts, bifun_string& text, const trim_set& set) {
+    if (!set.has_single_bytes || !has_single_bytes(texts, text)) {
         const right_trim_result trimmed = trim_right_of_any_text(text, set);
         text.length = trimmed.length;
         return trimmed.outcome;
     }
     if (set.characters.length == 1) {
-        text.length -= Bytes::trailing(set.characters.data[0], text.data, text.length);
+        text.length -= trailing(set.characters.data[0], text.data, text.length);
         return BIFUN_OK;
     }
     while (text.length != 0 && contains(set.bytes, text.data[text.length - 1])) {
@@ -118,187 +117,178 @@ template <class Bytes> INLINED inline status trim_stored_right(Bytes bytes, bool
     return BIFUN_OK;
 }
 
-// ---- the kernels: `text` is what is left of the value --------------------------------------------------------------------
+// ---- what is left of a value -----------------------------------------------------------------------------------------------
 
-struct btrim_process {
-    template <class Bytes> INLINED status operator()(Bytes bytes, bool ascii, bifun_string& text, const trim_set& set) const {
-        // Most texts begin with a letter.
-        const bool begins_with_letter = text.length != 0 && text.data[0] > blank;
-        const std::uint32_t whitespace = begins_with_letter ? 0 : Bytes::leading_whitespace(text.data, text.length);
-        if (set.characters.trailing_blanks != 0) {
-            drop_first(text, whitespace);
-            text.trailing_blanks = 0;
-            return BIFUN_OK;
-        }
-        if (whitespace == 0) {
-            trim_stored_left(bytes, ascii, text, set);
-            if (text.length == 0) {
-                return BIFUN_OK;
-            }
-        }
-        // A text with trailing blanks ends in a character that is not in the set.
-        return text.trailing_blanks != 0 ? BIFUN_OK : trim_stored_right(bytes, ascii, text, set);
-    }
-};
-
-struct bltrim_process {
-    template <class Bytes> INLINED status operator()(Bytes bytes, bool ascii, bifun_string& text, const trim_set& set) const {
-        const bifun_string& characters = set.characters;
-        if (is_empty(text) || is_empty(characters)) {
-            return BIFUN_OK;
-        }
-        if (characters.length == 0) {
-            if (text.length == 0) {
-                text.trailing_blanks = 0;
-            } else if (ascii) {
-                drop_first(text, Bytes::leading(blank, text.data, text.length));
-            } else if (text.data[0] == blank) {
-                text = trim_left_blanks_of_any_text(text);
-            }
-            return BIFUN_OK;
-        }
-        const std::uint32_t whitespace = Bytes::leading_whitespace(text.data, text.length);
-        if (characters.trailing_blanks != 0 || set.has_whitespace) {
-            drop_first(text, whitespace);
-            trim_stored_left(bytes, ascii, text, set);
-            if (text.length == 0) {
-                text.trailing_blanks = 0;
-            }
-            return BIFUN_OK;
-        }
-        if (whitespace != 0) {
-            return row_as_it_was;
-        }
-        trim_stored_left(bytes, ascii, text, set);
-        return BIFUN_OK;
-    }
-};
-
-struct brtrim_process {
-    template <class Bytes> INLINED status operator()(Bytes bytes, bool ascii, bifun_string& text, const trim_set& set) const {
-        const bifun_string& characters = set.characters;
-        const bool is_blank = characters.length == 0 && characters.trailing_blanks != 0;
-        if (!is_blank) {
-            const bool ends_outside = characters.trailing_blanks == 0 && !set.has_whitespace && text.trailing_blanks != 0;
-            if (is_empty(text) || is_empty(characters) || ends_outside) {
-                return BIFUN_OK;
-            }
-            const status trimmed = trim_stored_right(bytes, ascii, text, set);
-            if (trimmed < BIFUN_OK) {
-                return trimmed;
-            }
-        }
+value_or_unwritten btrim_process(const text_operations& texts, const bifun_string& value, const trim_set& set, bifun_string& text) {
+    text = value;
+    // Most texts begin with a letter.
+    const bool begins_with_letter = text.length != 0 && text.data[0] > blank;
+    const std::uint32_t whitespace = begins_with_letter ? 0 : leading_whitespace(text.data, text.length);
+    if (set.characters.trailing_blanks != 0) {
+        drop_first(text, whitespace);
         text.trailing_blanks = 0;
-        return BIFUN_OK;
+        return {};
     }
-};
+    if (whitespace == 0) {
+        trim_stored_left(texts, text, set);
+        if (text.length == 0) {
+            return {};
+        }
+    }
+    // A text with trailing blanks ends in a character that is not in the set.
+    return text.trailing_blanks != 0 ? BIFUN_OK : trim_stored_right(texts, text, set);
+}
+
+value_or_unwritten bltrim_process(const text_operations& texts, const bifun_string& value, const trim_set& set, bifun_string& text) {
+    text = value;
+    const bifun_string& characters = set.characters;
+    if (is_empty(text) || is_empty(characters)) {
+        return {};
+    }
+    if (characters.length == 0) {
+        if (text.length == 0) {
+            text.trailing_blanks = 0;
+        } else if (texts.ascii_is_single_byte) {
+            drop_first(text, leading(blank, text.data, text.length));
+        } else if (text.data[0] == blank) {
+            text = trim_left_blanks_of_any_text(text);
+        }
+        return {};
+    }
+    const std::uint32_t whitespace = leading_whitespace(text.data, text.length);
+    if (characters.trailing_blanks != 0 || set.has_whitespace) {
+        drop_first(text, whitespace);
+        trim_stored_left(texts, text, set);
+        if (text.length == 0) {
+            text.trailing_blanks = 0;
+        }
+        return {};
+    }
+    if (whitespace != 0) {
+        return value_or_unwritten::unwritten();
+    }
+    trim_stored_left(texts, text, set);
+    return {};
+}
+
+value_or_unwritten brtrim_process(const text_operations& texts, const bifun_string& value, const trim_set& set, bifun_string& text) {
+    text = value;
+    const bifun_string& characters = set.characters;
+    const bool is_blank = characters.length == 0 && characters.trailing_blanks != 0;
+    if (!is_blank) {
+        const bool ends_outside = characters.trailing_blanks == 0 && !set.has_whitespace && text.trailing_blanks != 0;
+        if (is_empty(text) || is_empty(characters) || ends_outside) {
+            return {};
+        }
+        const status trimmed = trim_stored_right(texts, text, set);
+        if (trimmed < BIFUN_OK) {
+            return trimmed;
+        }
+    }
+    text.trailing_blanks = 0;
+    return {};
+}
+
+using trim_kernel = value_or_unwritten (*)(const text_operations&, const bifun_string&, const trim_set&, bifun_string&);
+
+// The same with the set of the row.
+template <trim_kernel kernel>
+value_or_unwritten trim_by_row(const text_operations& texts, const bifun_string& value, const bifun_string& characters, bifun_string& text) {
+    return kernel(texts, value, make_trim_set(texts, characters), text);
+}
+
+// The same for a set that must be one character, or empty.
+template <trim_kernel kernel>
+value_or_unwritten trim_one_character(const text_operations& texts, const bifun_string& value, const bifun_string& characters,
+                                      bifun_string& text) {
+    text = value;
+    if (is_empty(value) || is_empty(characters)) {
+        return {};
+    }
+    return is_one_character(characters) ? trim_by_row<kernel>(texts, value, characters, text) : BIFUN_TRIM_SET_NOT_ONE_CHARACTER;
+}
 
 // ---- batches -------------------------------------------------------------------------------------------------------------
 
-// LTRIM and RTRIM, and every TRIM whose set is one character.
-template <class Kernel, class... Constants>
-status trim_rows(const batch& batch, const Kernel& kernel, const trim_set& set, column text, const Constants&... constants) {
-    return with_byte_operations([&](auto bytes) INLINED -> status {
-        const bool ascii = ascii_is_single_byte();
-        return attempt_string_rows(
-            batch, bytes,
-            [bytes, ascii, &kernel, &set](bifun_string& rest, const bifun_string& value, const auto&...) INLINED -> status {
-                rest = value;
-                return kernel(bytes, ascii, rest, set);
-            },
-            string(text), constants...);
-    });
+template <trim_kernel kernel> status trim_blanks(const batch_of<VARCHAR>& batch, column_of<VARCHAR> text) {
+    constexpr trim_set blanks{{0, 1, nullptr}, false, false, {}};
+    return string_rows<kernel>(batch, fixed(text_operations_of_engine()), text, fixed(blanks));
 }
 
-template <class Kernel, class Text, class... Constants>
-status trim_rows_by_column(const batch& batch, const Kernel& kernel, Text text, column set, const Constants&... constants) {
-    return with_byte_operations([&](auto bytes) INLINED -> status {
-        const bool ascii = ascii_is_single_byte();
-        return attempt_string_rows(
-            batch, bytes,
-            [bytes, ascii, kernel](bifun_string& rest, const bifun_string& value, const bifun_string& characters,
-                                   const auto&...) -> status {
-                rest = value;
-                return kernel(bytes, ascii, rest, make_trim_set(characters, ascii));
-            },
-            string(text), string(set), constants...);
-    });
+template <trim_kernel kernel>
+status trim_by_constant(const batch_of<VARCHAR>& batch, column_of<VARCHAR> text, constant_of<VARCHAR> set) {
+    const text_operations texts = text_operations_of_engine();
+    const auto [characters, present] = argument(set);
+    return string_rows<kernel>(batch, fixed(texts), text, constant_argument{make_trim_set(texts, characters), present});
 }
 
-template <class Kernel> status trim_rows_by_constant(const batch& batch, const Kernel& kernel, column text, string_constant set) {
-    const constant_argument<bifun_string> characters = string(set);
-    return trim_rows(batch, kernel, make_trim_set(characters.value, ascii_is_single_byte()), text, characters);
+template <trim_kernel kernel, class Text> status trim_by_column(const batch_of<VARCHAR>& batch, Text text, column_of<VARCHAR> set) {
+    return string_rows<trim_by_row<kernel>>(batch, fixed(text_operations_of_engine()), text, set);
 }
 
-// Calls `body` with the kernel of a mode.
-template <class Body> status with_trim_kernel(const constant_argument<std::int32_t>& mode, const Body& body) {
-    switch (mode.value) {
-    case trim_leading:
-        return body(bltrim_process{});
-    case trim_trailing:
-        return body(brtrim_process{});
-    default:
-        return body(btrim_process{});
-    }
-}
+// TRIM with a mode, whose set is one character.
 
-// A kernel for a set that must be one character, or empty.
-template <class Kernel> struct of_one_character {
-    template <class Bytes> INLINED status operator()(Bytes bytes, bool ascii, bifun_string& text, const trim_set& set) const {
-        if (is_empty(text) || is_empty(set.characters)) {
-            return BIFUN_OK;
-        }
-        return is_one_character(set.characters) ? Kernel{}(bytes, ascii, text, set) : BIFUN_TRIM_SET_NOT_ONE_CHARACTER;
-    }
-};
-
-template <class Text> status trim_by_column(const batch& batch, int_constant mode, Text text, column set) {
-    return with_trim_kernel(integer(mode), [&]<class Kernel>(Kernel /*kernel*/) {
-        return trim_rows_by_column(batch, of_one_character<Kernel>{}, text, set, integer(mode));
-    });
+template <class Text> status trim_by_column(const batch_of<VARCHAR>& batch, constant_of<INT> mode, Text text, column_of<VARCHAR> set) {
+    const auto [sides, present] = argument(mode);
+    const auto texts = fixed(text_operations_of_engine());
+    return !present                  ? null_rows(batch)
+           : sides == trim_leading   ? string_rows<trim_one_character<bltrim_process>>(batch, texts, text, set)
+           : sides == trim_trailing  ? string_rows<trim_one_character<brtrim_process>>(batch, texts, text, set)
+                                     : string_rows<trim_one_character<btrim_process>>(batch, texts, text, set);
 }
 
 } // namespace
-} // namespace bifun
 
-using namespace bifun;
-
-status btrim_vaa_str(BATCH_OF(int_constant mode, column text, column set)) { return trim_by_column(BATCH, mode, text, set); }
-status btrim_vva_str(BATCH_OF(int_constant mode, string_constant text, column set)) { return trim_by_column(BATCH, mode, text, set); }
-
-status btrim_vav_str(BATCH_OF(int_constant mode, column text, string_constant set)) {
-    const batch batch = BATCH;
-    const constant_argument<bifun_string> characters = string(set);
-    if (characters.present && !is_one_character(characters.value)) {
+status entry::btrim_vaa_str(batch_of<VARCHAR> batch, constant_of<INT> mode, column_of<VARCHAR> text, column_of<VARCHAR> set) {
+    return trim_by_column(batch, mode, text, set);
+}
+status entry::btrim_vva_str(batch_of<VARCHAR> batch, constant_of<INT> mode, constant_of<VARCHAR> text, column_of<VARCHAR> set) {
+    return trim_by_column(batch, mode, text, set);
+}
+status entry::btrim_vav_str(batch_of<VARCHAR> batch, constant_of<INT> mode, column_of<VARCHAR> text, constant_of<VARCHAR> set) {
+    const auto [characters, present] = argument(set);
+    if (present && !is_one_character(characters)) {
         return fail_batch(batch, BIFUN_TRIM_SET_NOT_ONE_CHARACTER);
     }
-    const trim_set prepared = make_trim_set(characters.value, ascii_is_single_byte());
-    return with_trim_kernel(integer(mode),
-                            [&](const auto& kernel) { return trim_rows(batch, kernel, prepared, text, characters, integer(mode)); });
+    const auto [sides, has_mode] = argument(mode);
+    return !has_mode                ? null_rows(batch)
+           : sides == trim_leading  ? trim_by_constant<bltrim_process>(batch, text, set)
+           : sides == trim_trailing ? trim_by_constant<brtrim_process>(batch, text, set)
+                                    : trim_by_constant<btrim_process>(batch, text, set);
 }
 
-status btrim_def_a_str(BATCH_OF(column text)) { return trim_rows(BATCH, btrim_process{}, blank_set, text); }
-status bltrim_def_a_str(BATCH_OF(column text)) { return trim_rows(BATCH, bltrim_process{}, blank_set, text); }
-status brtrim_def_a_str(BATCH_OF(column text)) { return trim_rows(BATCH, brtrim_process{}, blank_set, text); }
+status entry::btrim_def_a_str(batch_of<VARCHAR> batch, column_of<VARCHAR> text) { return trim_blanks<btrim_process>(batch, text); }
+status entry::bltrim_def_a_str(batch_of<VARCHAR> batch, column_of<VARCHAR> text) { return trim_blanks<bltrim_process>(batch, text); }
+status entry::brtrim_def_a_str(batch_of<VARCHAR> batch, column_of<VARCHAR> text) { return trim_blanks<brtrim_process>(batch, text); }
 
-status bltrim_aa_str(BATCH_OF(column text, column set)) { return trim_rows_by_column(BATCH, bltrim_process{}, text, set); }
-status bltrim_av_str(BATCH_OF(column text, string_constant set)) { return trim_rows_by_constant(BATCH, bltrim_process{}, text, set); }
-
-status bltrim_va_str(BATCH_OF(string_constant text, column set)) {
-    const batch batch = BATCH;
-    const constant_argument<bifun_string> value = string(text);
-    if (!value.present || !is_empty(value.value)) {
-        return trim_rows_by_column(batch, bltrim_process{}, text, set);
+status entry::bltrim_aa_str(batch_of<VARCHAR> batch, column_of<VARCHAR> text, column_of<VARCHAR> set) {
+    return trim_by_column<bltrim_process>(batch, text, set);
+}
+status entry::bltrim_av_str(batch_of<VARCHAR> batch, column_of<VARCHAR> text, constant_of<VARCHAR> set) {
+    return trim_by_constant<bltrim_process>(batch, text, set);
+}
+status entry::bltrim_va_str(batch_of<VARCHAR> batch, constant_of<VARCHAR> text, column_of<VARCHAR> set) {
+    const auto [value, present] = argument(text);
+    if (!present || !is_empty(value)) {
+        return trim_by_column<bltrim_process>(batch, text, set);
     }
     // Nothing is left of nothing, whatever the sets are: they are not looked at.
-    for (std::uint32_t row = 0; row < row_count; ++row) {
+    for (std::uint32_t row = 0; row < batch.row_count; ++row) {
         null_flags(batch)[row] = 1;
-        (void)bdta3_col_assign_str(environment, memory, result, row, nullptr, 0, 0);
+        assign_string(batch, row, {});
     }
-    result->no_nulls = 1;
+    batch.result->no_nulls = 1;
     return BIFUN_OK;
 }
 
-status brtrim_aa_str(BATCH_OF(column text, column set)) { return trim_rows_by_column(BATCH, brtrim_process{}, text, set); }
-status brtrim_av_str(BATCH_OF(column text, string_constant set)) { return trim_rows_by_constant(BATCH, brtrim_process{}, text, set); }
-status brtrim_va_str(BATCH_OF(string_constant text, column set)) { return trim_rows_by_column(BATCH, brtrim_process{}, text, set); }
+status entry::brtrim_aa_str(batch_of<VARCHAR> batch, column_of<VARCHAR> text, column_of<VARCHAR> set) {
+    return trim_by_column<brtrim_process>(batch, text, set);
+}
+status entry::brtrim_av_str(batch_of<VARCHAR> batch, column_of<VARCHAR> text, constant_of<VARCHAR> set) {
+    return trim_by_constant<brtrim_process>(batch, text, set);
+}
+status entry::brtrim_va_str(batch_of<VARCHAR> batch, constant_of<VARCHAR> text, column_of<VARCHAR> set) {
+    return trim_by_column<brtrim_process>(batch, text, set);
+}
+
+} // namespace bifun

@@ -1,5 +1,6 @@
 // NVL(x, y): x where it is not NULL, otherwise y.
 
+#include "bop/conditional/entry_points.h"
 #include "bop/frame/arguments.h"
 #include "bop/frame/choose.h"
 #include "bop/frame/setters.h"
@@ -27,91 +28,92 @@ template <class T, class Y> status replace_nulls_in_copy(const batch& batch, con
     if (begun != BIFUN_OK || x.column->no_nulls != 0) {
         return begun;
     }
-    return with_rows(
-        [batch](const auto& x_rows, const auto& y_rows) -> status {
-            for (std::uint32_t k = 0; k < batch.row_count; ++k) {
-                if (!x_rows.has_value(k)) {
-                    null_flags(batch)[k] = static_cast<std::uint8_t>(y_rows.has_value(k));
-                    values<T>(batch)[k] = y_rows[k];
-                }
+    const auto replace = [&](std::uint32_t first, std::uint32_t count, const auto& x_rows, const auto& y_rows) -> status {
+        for (std::uint32_t k = 0; k < count; ++k) {
+            if (!x_rows.has_value(k)) {
+                null_flags(batch)[first + k] = static_cast<std::uint8_t>(y_rows.has_value(k));
+                values<T>(batch)[first + k] = y_rows[k];
             }
-            return BIFUN_OK;
-        },
-        x, y);
+        }
+        return BIFUN_OK;
+    };
+    return for_each_block(batch.row_count, replace, x, y);
 }
 
-template <class T, class Y> INLINED inline status nvl(const batch& batch, const column_argument<T>& x, const Y& y) {
+template <class T, class Y> status choose_values(const batch& batch, const column_argument<T>& x, const Y& y) {
     if (!setters_are_plain_stores() || x.column->no_nulls != 0) {
         return replace_nulls_in_copy(batch, x, y);
     }
     batch.result->no_nulls = 0;
-    return with_rows(
-        [batch](const auto& x_rows, const auto& y_rows) INLINED -> status {
-            std::uint8_t* __restrict const flags = null_flags(batch);
-            T* __restrict const results = values<T>(batch);
-            for (std::uint32_t k = 0; k < batch.row_count; ++k) {
-                flags[k] =
-                    static_cast<std::uint8_t>(static_cast<unsigned>(x_rows.has_value(k)) | static_cast<unsigned>(y_rows.has_value(k)));
-            }
-            for (std::uint32_t k = 0; k < batch.row_count; ++k) {
-                results[k] = choose(x_rows.has_value(k), x_rows[k], y_rows[k]);
-            }
-            return BIFUN_OK;
-        },
-        x, y);
+    const auto choose_block = [&](std::uint32_t first, std::uint32_t count, const auto& x_rows, const auto& y_rows) -> status {
+        std::uint8_t* __restrict const flags = null_flags(batch) + first;
+        T* __restrict const results = values<T>(batch) + first;
+        for (std::uint32_t k = 0; k < count; ++k) {
+            flags[k] = static_cast<std::uint8_t>(static_cast<unsigned>(x_rows.has_value(k)) | static_cast<unsigned>(y_rows.has_value(k)));
+        }
+        for (std::uint32_t k = 0; k < count; ++k) {
+            results[k] = choose(x_rows.has_value(k), x_rows[k], y_rows[k]);
+        }
+        return BIFUN_OK;
+    };
+    return for_each_block(batch.row_count, choose_block, x, y);
 }
 
-enum class string_kind : std::uint8_t { character, binary };
-
-template <string_kind kind> status assign(const batch& batch, std::uint32_t row, const bifun_string& value) {
-    if constexpr (kind == string_kind::character) {
-        return bdta3_col_assign_str(batch.environment, batch.memory, batch.result, row, value.data, value.length, value.trailing_blanks);
-    } else {
-        return bdta3_col_assign_bin(batch.environment, batch.memory, batch.result, row, value.data, value.length);
-    }
+template <value_type type, template <value_type> class Y> status nvl(const batch_of<type>& batch, column_of<type> x, Y<type> y) {
+    return choose_values(batch, argument(x), argument(y));
 }
 
-template <string_kind kind, class Y> status nvl_string(const batch& batch, const column_argument<bifun_string>& x, const Y& y) {
-    const status begun = begin_with(batch, x, y);
+// ---- strings -----------------------------------------------------------------------------------------------------------
+
+void assign(const batch_of<VARCHAR>& batch, std::uint32_t row, const bifun_string& value) {
+    (void)bdta3_col_assign_str(batch.environment, batch.memory, batch.result, row, value.data, value.length, value.trailing_blanks);
+}
+
+void assign(const batch_of<VARBINARY>& batch, std::uint32_t row, const bifun_string& value) {
+    (void)bdta3_col_assign_bin(batch.environment, batch.memory, batch.result, row, value.data, value.length);
+}
+
+template <value_type type, template <value_type> class Y> status nvl_string(const batch_of<type>& batch, column_of<type> x, Y<type> y) {
+    const status begun = begin_with(batch, argument(x), argument(y));
     if (begun != BIFUN_OK) {
         return begun;
     }
-    return with_rows(
-        [batch](const auto& x_rows, const auto& y_rows) -> status {
-            for (std::uint32_t k = 0; k < batch.row_count; ++k) {
-                if (x_rows.has_value(k) && !counts_as_null(x_rows[k])) {
-                    continue;
-                }
-                const bool present = y_rows.has_value(k) && !counts_as_null(y_rows[k]);
-                null_flags(batch)[k] = present ? 1 : 0;
-                if (present) {
-                    (void)assign<kind>(batch, k, y_rows[k]);
-                } else {
-                    // An empty string that counts as NULL can break what the flags of x and y promised.
-                    batch.result->no_nulls = 0;
-                }
+    const auto replace = [&](std::uint32_t first, std::uint32_t count, const auto& x_rows, const auto& y_rows) -> status {
+        for (std::uint32_t k = 0; k < count; ++k) {
+            if (x_rows.has_value(k) && !counts_as_null(x_rows[k])) {
+                continue;
             }
-            return BIFUN_OK;
-        },
-        x, y);
+            const bool present = y_rows.has_value(k) && !counts_as_null(y_rows[k]);
+            null_flags(batch)[first + k] = present ? 1 : 0;
+            if (present) {
+                assign(batch, first + k, y_rows[k]);
+            } else {
+                // An empty string that counts as NULL can break what the flags of x and y promised.
+                batch.result->no_nulls = 0;
+            }
+        }
+        return BIFUN_OK;
+    };
+    return for_each_block(batch.row_count, replace, argument(x), argument(y));
 }
 
 } // namespace
+
+status entry::bnvl_int_av(batch_of<INT> batch, column_of<INT> x, constant_of<INT> y) { return nvl(batch, x, y); }
+status entry::bnvl_int_aa(batch_of<INT> batch, column_of<INT> x, column_of<INT> y) { return nvl(batch, x, y); }
+status entry::bnvl_int64_av(batch_of<BIGINT> batch, column_of<BIGINT> x, constant_of<BIGINT> y) { return nvl(batch, x, y); }
+status entry::bnvl_int64_aa(batch_of<BIGINT> batch, column_of<BIGINT> x, column_of<BIGINT> y) { return nvl(batch, x, y); }
+status entry::bnvl_double_av(batch_of<DOUBLE> batch, column_of<DOUBLE> x, constant_of<DOUBLE> y) { return nvl(batch, x, y); }
+status entry::bnvl_double_aa(batch_of<DOUBLE> batch, column_of<DOUBLE> x, column_of<DOUBLE> y) { return nvl(batch, x, y); }
+status entry::bnvl_dec_av(batch_of<DECIMAL> batch, column_of<DECIMAL> x, constant_of<DECIMAL> y) { return nvl(batch, x, y); }
+status entry::bnvl_dec_aa(batch_of<DECIMAL> batch, column_of<DECIMAL> x, column_of<DECIMAL> y) { return nvl(batch, x, y); }
+status entry::bnvl_date_av(batch_of<DATETIME> batch, column_of<DATETIME> x, constant_of<DATETIME> y) { return nvl(batch, x, y); }
+status entry::bnvl_date_aa(batch_of<DATETIME> batch, column_of<DATETIME> x, column_of<DATETIME> y) { return nvl(batch, x, y); }
+
+status entry::bnvl_varchar_av(batch_of<VARCHAR> batch, column_of<VARCHAR> x, constant_of<VARCHAR> y) { return nvl_string(batch, x, y); }
+status entry::bnvl_varchar_aa(batch_of<VARCHAR> batch, column_of<VARCHAR> x, column_of<VARCHAR> y) { return nvl_string(batch, x, y); }
+status entry::bnvl_varbinary_av(batch_of<VARBINARY> batch, column_of<VARBINARY> x, constant_of<VARBINARY> y) {
+    return nvl_string(batch, x, y);
+}
+
 } // namespace bifun
-
-using namespace bifun;
-
-VECTORISED status bnvl_int_av(BATCH_OF(column x, int_constant y)) { return nvl(BATCH, integer(x), integer(y)); }
-VECTORISED status bnvl_int_aa(BATCH_OF(column x, column y)) { return nvl(BATCH, integer(x), integer(y)); }
-VECTORISED status bnvl_int64_av(BATCH_OF(column x, bigint_constant y)) { return nvl(BATCH, bigint(x), bigint(y)); }
-VECTORISED status bnvl_int64_aa(BATCH_OF(column x, column y)) { return nvl(BATCH, bigint(x), bigint(y)); }
-VECTORISED status bnvl_double_av(BATCH_OF(column x, double_constant y)) { return nvl(BATCH, floating(x), floating(y)); }
-VECTORISED status bnvl_double_aa(BATCH_OF(column x, column y)) { return nvl(BATCH, floating(x), floating(y)); }
-status bnvl_dec_av(BATCH_OF(column x, decimal_constant y)) { return nvl(BATCH, decimal(x), decimal(y)); }
-status bnvl_dec_aa(BATCH_OF(column x, column y)) { return nvl(BATCH, decimal(x), decimal(y)); }
-status bnvl_date_av(BATCH_OF(column x, datetime_constant y)) { return nvl(BATCH, datetime(x), datetime(y)); }
-status bnvl_date_aa(BATCH_OF(column x, column y)) { return nvl(BATCH, datetime(x), datetime(y)); }
-
-status bnvl_varchar_av(BATCH_OF(column x, string_constant y)) { return nvl_string<string_kind::character>(BATCH, string(x), string(y)); }
-status bnvl_varchar_aa(BATCH_OF(column x, column y)) { return nvl_string<string_kind::character>(BATCH, string(x), string(y)); }
-status bnvl_varbinary_av(BATCH_OF(column x, string_constant y)) { return nvl_string<string_kind::binary>(BATCH, binary(x), binary(y)); }

@@ -1,129 +1,42 @@
-// Reading arguments. An entry point names each argument's type, as in `bigint(x)`, and gets a column_argument or a constant_argument;
-// with_rows turns them into rows with the same members for all: has_value(k) and [k] for row k of the batch, and from(first), the
-// rows from `first` on.
+// The arguments of a loop over rows. An entry point passes on what it is given, column_of and constant_of, or what it has made of a
+// constant once for the batch:
+//
+//     constant_argument{value, present}    a constant in another form; where it is not present, every row is NULL
+//     fixed(value)                         no argument of SQL: what the kernel has to know besides, in registers
+//     shared(value)                        the same by reference, for what is large or changes
+//
+// Loops see blocks of rows. The rows of a column with a selection vector are gathered, so that every loop is over dense rows and is
+// compiled once. Rows of all kinds have the same members: has_value(k), and [k] for row k of the block.
 #ifndef BIFUN_FRAME_ARGUMENTS_H
 #define BIFUN_FRAME_ARGUMENTS_H
-
-#include <type_traits>
-#include <utility>
 
 #include "bop/frame/batch.h"
 
 namespace bifun {
 
-template <class T> struct column_argument { bifun::column column; };
+template <class T> struct column_argument { const bifun_column* column; };
 
 // A NULL constant has the value zero: what its record holds is garbage, and must not reach a result.
 template <class T> struct constant_argument {
     T value;
     bool present;
 };
+template <class T> constant_argument(T, bool) -> constant_argument<T>;
 
-// ---- rows ----
+template <class T> struct fixed_argument { T value; };
+template <class T> fixed_argument<T> fixed(T value) { return {value}; }
 
-template <class T> struct dense_rows {
-    const std::uint8_t* null_flags;
-    const T* values;
+template <class T> struct shared_argument { T* value; };
+template <class T> shared_argument<T> shared(T& value) { return {&value}; }
 
-    [[nodiscard]] bool has_value(std::uint32_t k) const { return null_flags[k] != 0; }
-    const T& operator[](std::uint32_t k) const { return values[k]; }
-    [[nodiscard]] dense_rows from(std::uint32_t first) const { return {null_flags + first, values + first}; }
-};
+// ---- what an entry point is given, as arguments of a loop ----
 
-// For a column without a selection vector beside one with it, `selection` is null.
-template <class T> struct selected_rows {
-    const std::uint8_t* null_flags;
-    const T* values;
-    const std::uint16_t* selection;
+template <value_type type> column_argument<stored<type>> argument(column_of<type> given) { return {given.column}; }
 
-    [[nodiscard]] std::uint32_t position(std::uint32_t k) const { return selection == nullptr ? k : selection[k]; }
-    [[nodiscard]] bool has_value(std::uint32_t k) const { return null_flags[position(k)] != 0; }
-    const T& operator[](std::uint32_t k) const { return values[position(k)]; }
-    [[nodiscard]] selected_rows from(std::uint32_t first) const {
-        return selection == nullptr ? selected_rows{null_flags + first, values + first, nullptr}
-                                    : selected_rows{null_flags, values, selection + first};
-    }
-};
-
-template <class T> struct constant_rows {
-    T value;
-    bool present;
-
-    [[nodiscard]] bool has_value(std::uint32_t) const { return present; }
-    const T& operator[](std::uint32_t) const { return value; }
-    [[nodiscard]] constant_rows from(std::uint32_t) const { return *this; }
-};
-
-// Whether no argument of row k is NULL, without a branch.
-template <class... Rows> INLINED inline bool all_have_values(std::uint32_t k, const Rows&... rows) {
-    return (static_cast<unsigned>(rows.has_value(k)) & ...) != 0;
+template <value_type type> constant_argument<stored<type>> argument(constant_of<type> given) {
+    const bool present = given.record->not_null != 0;
+    return {present ? given.record->value : stored<type>{}, present};
 }
-
-// ---- what is known of an argument before its rows are read ----
-
-template <class T> bool is_dense(const column_argument<T>& argument) { return argument.column->selection == nullptr; }
-template <class T> bool is_dense(const constant_argument<T>&) { return true; }
-
-template <class T> bool has_no_nulls(const column_argument<T>& argument) { return argument.column->no_nulls != 0; }
-template <class T> bool has_no_nulls(const constant_argument<T>& argument) { return argument.present; }
-
-template <class T> bool is_null_constant(const column_argument<T>&) { return false; }
-template <class T> bool is_null_constant(const constant_argument<T>& argument) { return !argument.present; }
-
-// A single column's promise is passed on as it stands; those of several arguments are joined to 0 or 1.
-template <class T> std::uint32_t joint_no_null_flag(const column_argument<T>& argument) { return argument.column->no_nulls; }
-template <class... Arguments> std::uint32_t joint_no_null_flag(const Arguments&... arguments) { return (has_no_nulls(arguments) && ...); }
-
-template <class T> dense_rows<T> rows_as_they_lie(const column_argument<T>& argument) {
-    return {argument.column->data->null_flags, static_cast<const T*>(argument.column->data->values)};
-}
-template <class T> constant_rows<T> rows_as_they_lie(const constant_argument<T>& argument) { return {argument.value, argument.present}; }
-
-template <class T> selected_rows<T> rows_by_selection(const column_argument<T>& argument) {
-    const bifun_column_data& data = *argument.column->data;
-    return {data.null_flags, static_cast<const T*>(data.values), argument.column->selection};
-}
-template <class T> constant_rows<T> rows_by_selection(const constant_argument<T>& argument) { return {argument.value, argument.present}; }
-
-// Not inlined into an entry point that exists for several instruction sets: a loop over selection vectors gains nothing from them.
-template <class Body, class... Rows> [[gnu::noinline]] auto out_of_line(const Body& body, const Rows&... rows) { return body(rows...); }
-
-// Calls `body` with the rows of every argument. It is compiled twice: for columns that lie densely, and for selection vectors.
-template <class Body, class... Arguments> INLINED inline auto with_rows(const Body& body, const Arguments&... arguments) {
-    if ((is_dense(arguments) && ...)) {
-        return body(rows_as_they_lie(arguments)...);
-    }
-    return out_of_line(body, rows_by_selection(arguments)...);
-}
-
-// ---- arguments by type ----
-
-template <class Record, class T> constant_argument<T> constant_of(const Record& record, T no_value) {
-    const bool present = record.not_null != 0;
-    return {present ? record.value : no_value, present};
-}
-
-inline column_argument<std::int32_t> integer(column argument) { return {argument}; }
-inline constant_argument<std::int32_t> integer(int_constant argument) { return constant_of(*argument, std::int32_t{}); }
-
-inline column_argument<std::int64_t> bigint(column argument) { return {argument}; }
-inline constant_argument<std::int64_t> bigint(bigint_constant argument) { return constant_of(*argument, std::int64_t{}); }
-
-inline column_argument<double> floating(column argument) { return {argument}; }
-inline constant_argument<double> floating(double_constant argument) { return constant_of(*argument, double{}); }
-
-inline column_argument<xdec> decimal(column argument) { return {argument}; }
-inline constant_argument<xdec> decimal(decimal_constant argument) { return constant_of(*argument, xdec{}); }
-
-inline column_argument<zqtime> datetime(column argument) { return {argument}; }
-inline constant_argument<zqtime> datetime(datetime_constant argument) { return constant_of(*argument, zqtime{}); }
-
-inline column_argument<bifun_interval_ym> interval_ym(column argument) { return {argument}; }
-inline constant_argument<bifun_interval_ym> interval_ym(interval_ym_constant argument) {
-    return constant_of(*argument, bifun_interval_ym{});
-}
-
-inline column_argument<bifun_interval_dt> interval_dt(column argument) { return {argument}; }
 
 // The bytes of a constant lie in its record up to the inline length, else behind its pointer.
 inline bifun_string string_of(const bifun_string_constant& record, std::uint32_t trailing_blanks) {
@@ -132,17 +45,149 @@ inline bifun_string string_of(const bifun_string_constant& record, std::uint32_t
     return {record.length, trailing_blanks, record.length > BIFUN_INLINE_LENGTH ? record.data : inline_bytes};
 }
 
-inline column_argument<bifun_string> string(column argument) { return {argument}; }
-inline constant_argument<bifun_string> string(string_constant argument) {
-    const bool present = argument->not_null != 0;
-    return {present ? string_of(*argument, argument->trailing_blanks) : bifun_string{}, present};
+inline constant_argument<bifun_string> argument(constant_of<VARCHAR> given) {
+    const bool present = given.record->not_null != 0;
+    return {present ? string_of(*given.record, given.record->trailing_blanks) : bifun_string{}, present};
 }
 
 // The third word of a binary constant has no meaning.
-inline column_argument<bifun_string> binary(column argument) { return {argument}; }
-inline constant_argument<bifun_string> binary(string_constant argument) {
-    const bool present = argument->not_null != 0;
-    return {present ? string_of(*argument, 0) : bifun_string{}, present};
+inline constant_argument<bifun_string> argument(constant_of<VARBINARY> given) {
+    const bool present = given.record->not_null != 0;
+    return {present ? string_of(*given.record, 0) : bifun_string{}, present};
+}
+
+template <class T> column_argument<T> argument(column_argument<T> given) { return given; }
+template <class T> constant_argument<T> argument(constant_argument<T> given) { return given; }
+template <class T> fixed_argument<T> argument(fixed_argument<T> given) { return given; }
+template <class T> shared_argument<T> argument(shared_argument<T> given) { return given; }
+
+// ---- what is known of an argument before its rows are read ----
+
+template <class T> bool has_no_nulls(const column_argument<T>& argument) { return argument.column->no_nulls != 0; }
+template <class T> bool has_no_nulls(const constant_argument<T>& argument) { return argument.present; }
+template <class T> bool has_no_nulls(const fixed_argument<T>&) { return true; }
+template <class T> bool has_no_nulls(const shared_argument<T>&) { return true; }
+
+template <class Argument> bool is_null_constant(const Argument&) { return false; }
+template <class T> bool is_null_constant(const constant_argument<T>& argument) { return !argument.present; }
+
+// A single column's promise is passed on as it stands; those of several arguments of SQL are joined to 0 or 1.
+template <class Argument> constexpr std::uint32_t arguments_of_sql = 0;
+template <class T> constexpr std::uint32_t arguments_of_sql<column_argument<T>> = 1;
+template <class T> constexpr std::uint32_t arguments_of_sql<constant_argument<T>> = 1;
+
+template <class T> std::uint32_t promise_of(const column_argument<T>& argument) { return argument.column->no_nulls; }
+template <class Argument> std::uint32_t promise_of(const Argument&) { return 0; }
+
+template <class... Arguments> std::uint32_t joint_no_null_flag(const Arguments&... arguments) {
+    if constexpr ((arguments_of_sql<Arguments> + ...) == 1) {
+        return (promise_of(arguments) | ...);
+    }
+    return (has_no_nulls(arguments) && ...);
+}
+
+// ---- rows ----
+
+// A block's flags and values stay in the first-level cache from one pass over it to the next.
+constexpr std::uint32_t rows_per_block = 1024;
+
+template <class T> struct dense_rows {
+    using value_type = T;
+    const std::uint8_t* null_flags;
+    const T* values;
+
+    [[nodiscard]] bool has_value(std::uint32_t k) const { return null_flags[k] != 0; }
+    const T& operator[](std::uint32_t k) const { return values[k]; }
+};
+
+template <class T> struct constant_rows {
+    using value_type = T;
+    T value;
+    bool present;
+
+    [[nodiscard]] bool has_value(std::uint32_t) const { return present; }
+    const T& operator[](std::uint32_t) const { return value; }
+};
+
+template <class T> struct shared_rows {
+    using value_type = T;
+    T* value;
+
+    [[nodiscard]] static bool has_value(std::uint32_t) { return true; }
+    T& operator[](std::uint32_t) const { return *value; }
+};
+
+// Whether no argument of row k is NULL, without a branch.
+template <class... Rows> bool all_have_values(std::uint32_t k, const Rows&... rows) {
+    return (static_cast<unsigned>(rows.has_value(k)) & ...) != 0;
+}
+
+// ---- blocks ----
+
+template <class T>
+[[gnu::noinline]] dense_rows<T> gather(const bifun_column& column, std::uint32_t first, std::uint32_t count, std::uint8_t* flags, T* values) {
+    const std::uint16_t* const selection = column.selection + first;
+    const T* const from = static_cast<const T*>(column.data->values);
+    for (std::uint32_t k = 0; k < count; ++k) {
+        values[k] = from[selection[k]];
+    }
+    if (column.no_nulls != 0) {
+        std::memset(flags, 1, count); // another argument may have NULLs
+        return {flags, values};
+    }
+    const std::uint8_t* const from_flags = column.data->null_flags;
+    for (std::uint32_t k = 0; k < count; ++k) {
+        flags[k] = from_flags[selection[k]];
+    }
+    return {flags, values};
+}
+
+// Where an argument's rows of a block are, or room for them.
+template <class Argument> struct block_of;
+
+template <class T> struct block_of<column_argument<T>> {
+    std::uint8_t flags[rows_per_block];
+    T values[rows_per_block];
+
+    block_of() {} // NOLINT(modernize-use-equals-default): clearing it would take longer than most batches
+    dense_rows<T> rows(const column_argument<T>& argument, std::uint32_t first, std::uint32_t count) {
+        const bifun_column& column = *argument.column;
+        if (column.selection != nullptr) {
+            return gather(column, first, count, flags, values);
+        }
+        return {column.data->null_flags + first, static_cast<const T*>(column.data->values) + first};
+    }
+};
+
+template <class T> struct block_of<constant_argument<T>> {
+    static constant_rows<T> rows(const constant_argument<T>& argument, std::uint32_t, std::uint32_t) {
+        return {argument.value, argument.present};
+    }
+};
+
+template <class T> struct block_of<fixed_argument<T>> {
+    static constant_rows<T> rows(const fixed_argument<T>& argument, std::uint32_t, std::uint32_t) { return {argument.value, true}; }
+};
+
+template <class T> struct block_of<shared_argument<T>> {
+    static shared_rows<T> rows(const shared_argument<T>& argument, std::uint32_t, std::uint32_t) { return {argument.value}; }
+};
+
+// Calls `body(first, count, rows...)` for the blocks of a batch, which begin at row `first` of it, until one returns a status below 0.
+// Returns that, or 0.
+template <class Body, class... Arguments>
+status for_each_block(std::uint32_t row_count, const Body& body, const Arguments&... arguments) {
+    return [&](auto&&... block) -> status {
+        std::uint32_t count = 0;
+        for (std::uint32_t first = 0; first < row_count; first += count) {
+            count = row_count - first < rows_per_block ? row_count - first : rows_per_block;
+            const status outcome = body(first, count, block.rows(arguments, first, count)...);
+            if (outcome < BIFUN_OK) {
+                return outcome;
+            }
+        }
+        return BIFUN_OK;
+    }(block_of<Arguments>()...);
 }
 
 } // namespace bifun

@@ -1,75 +1,32 @@
-// The row loop of the functions that propagate NULL: one result value from the values of one row.
+// The loops over the rows of a batch. A row with a NULL among its arguments is NULL; for the others the kernel is asked.
 //
-//     set_rows<evaluated, kernel, checks>(batch, arguments...)     results go through the engine's setters
-//     store_rows<evaluated, kernel, checks>(batch, arguments...)   results go straight into the value array
+//     set_rows<kernel>(batch, arguments...)            fixed-width results, through the engine's setters
+//     store_rows<kernel>(batch, arguments...)          fixed-width results, straight into the value array
+//     string_rows<kernel>(batch, arguments...)         texts: copied from where the kernel points to, or built in a string_room
 //
-// A kernel is a plain function from values to a value, or one that takes the place of its result as last argument, for results that are
-// longer than a register. `checks` says which rows fail, and is left out where none does. Functions with strings for results, or whose
-// rows are NULL or fail for reasons of their own, have their loop in bop/frame/attempt_rows.h.
+//     set_all_rows<kernel, checks>(batch, arguments...), store_all_rows<...>
+//         the kernel is cheap, has no side effects and is defined for any bits: it is computed for NULL rows as well, whose results become
+//         zero, so that the loop has no branch and vectorises
+//
+// bop/frame/kernel.h says what a kernel is, bop/frame/arguments.h what arguments may be. `checks` says which rows fail, where values tell.
+// A function with a NULL rule of its own has a loop of its own over for_each_block.
 #ifndef BIFUN_FRAME_ROW_LOOP_H
 #define BIFUN_FRAME_ROW_LOOP_H
 
-#include <algorithm>
 #include <cmath>
 #include <limits>
-#include <tuple>
-#include <type_traits>
 
 #include "bop/frame/arguments.h"
-#include "bop/frame/setters.h"
+#include "bop/frame/kernel.h"
+#include "bop/frame/results.h"
 
 namespace bifun {
 
-// For which rows a kernel is evaluated. `all` is for a kernel that is cheap, has no side effects and is defined for any bits: it is
-// computed for NULL rows as well, whose results become zero, so that the loop has no branch and vectorises.
-enum class rows : std::uint8_t { all, present };
-
-// Which rows fail. `arguments` is a plain function from the kernel's arguments to a status, asked before the kernel is, and defined for any
-// bits like a kernel for all rows; `result` is one from its result to a status, asked where the result is not finite. nullptr: not asked.
-// The batch stops at the first row for which one of them is negative.
-template <auto arguments_check, auto result_check, failing_row failing_row_holds> struct row_checks {
-    static constexpr auto arguments = arguments_check;
-    static constexpr auto result = result_check;
-    static constexpr failing_row on_failure = failing_row_holds;
-    static constexpr bool asks_arguments = !std::is_null_pointer_v<decltype(arguments_check)>;
-    static constexpr bool asks_result = !std::is_null_pointer_v<decltype(result_check)>;
-};
-using no_checks = row_checks<nullptr, nullptr, failing_row::unwritten>;
-
-template <bool through_setters, class Result> void write_value(const batch& batch, std::uint32_t row, const Result& value) {
-    if constexpr (through_setters) {
-        set_value(batch, row, value);
-    } else {
-        values<Result>(batch)[row] = value;
-    }
-}
-
-// ---- kernels ----
-
-template <class Kernel> struct signature;
-template <class Result, class... Parameters> struct signature<Result (*)(Parameters...)> { using result = std::decay_t<Result>; };
-template <class First, class... Parameters> struct signature<void (*)(First, Parameters...)> {
-    using result = std::decay_t<std::tuple_element_t<sizeof...(Parameters), std::tuple<First, Parameters...>>>;
-};
-
-template <auto kernel> using result_of = typename signature<decltype(kernel)>::result;
-
-template <auto kernel, class... Values> INLINED inline void evaluate(result_of<kernel>& result, const Values&... values) {
-    if constexpr (std::is_invocable_v<decltype(kernel), const Values&...>) {
-        result = kernel(values...);
-    } else {
-        kernel(values..., result);
-    }
-}
-
-// ---- the loop ----
-
-// A block's flags and values stay in the first-level cache from one pass over it to the next.
-constexpr std::uint32_t rows_per_block = 1024;
+// ---- all rows of a block in passes over it ----
 
 // How many rows of a block pass the check of their arguments; `failure` gets the status of the next one.
 template <auto check, class... Rows>
-INLINED inline std::uint32_t rows_with_good_arguments(std::uint32_t count, bool no_nulls, status& failure, const Rows&... rows) {
+std::uint32_t rows_with_good_arguments(std::uint32_t count, bool no_nulls, status& failure, const Rows&... rows) {
     status failures = BIFUN_OK;
     if (no_nulls) {
         for (std::uint32_t k = 0; k < count; ++k) {
@@ -94,10 +51,10 @@ INLINED inline std::uint32_t rows_with_good_arguments(std::uint32_t count, bool 
 
 // How many of a block's results pass the check; `failure` gets the status of the next one.
 template <auto check, class Result>
-INLINED inline std::uint32_t rows_with_good_results(const Result* results, const std::uint8_t* flags, std::uint32_t count,
-                                                    status& failure) {
+std::uint32_t rows_with_good_results(const Result* results, const std::uint8_t* flags, std::uint32_t count, status& failure) {
     std::uint32_t not_finite = 0;
     for (std::uint32_t k = 0; k < count; ++k) {
+        // The values of NULL rows are zero.
         not_finite |= static_cast<std::uint32_t>(!(std::fabs(results[k]) <= std::numeric_limits<Result>::max()));
     }
     if (not_finite == 0) {
@@ -115,8 +72,7 @@ INLINED inline std::uint32_t rows_with_good_results(const Result* results, const
     return count;
 }
 
-template <class... Rows>
-INLINED inline void write_null_flags(std::uint8_t* __restrict flags, std::uint32_t count, bool no_nulls, const Rows&... rows) {
+template <class... Rows> void write_null_flags(std::uint8_t* __restrict flags, std::uint32_t count, bool no_nulls, const Rows&... rows) {
     if (no_nulls) {
         std::memset(flags, 1, count);
         return;
@@ -127,7 +83,7 @@ INLINED inline void write_null_flags(std::uint8_t* __restrict flags, std::uint32
 }
 
 // Zero where the flag is 0. Longer values are masked word by word: choosing between two of them would take a branch.
-template <class Result> INLINED inline void zero_unless(std::uint8_t flag, Result& value) {
+template <class Result> void zero_unless(std::uint8_t flag, Result& value) {
     if constexpr (std::is_arithmetic_v<Result>) {
         value = flag != 0 ? value : Result{};
     } else {
@@ -141,32 +97,31 @@ template <class Result> INLINED inline void zero_unless(std::uint8_t flag, Resul
     }
 }
 
-// The results of a block, whose flags are written. The value of a NULL row becomes zero.
+// The results of a block, whose flags are written. The value of a NULL row becomes zero. Flattened, because a kernel that is called keeps
+// the loop from becoming vectors.
 template <auto kernel, class Result, class... Rows>
-INLINED inline void compute_block(Result* __restrict results, const std::uint8_t* flags, std::uint32_t count, bool no_nulls,
-                                  const Rows&... rows) {
+[[gnu::flatten]] void compute_block(Result* __restrict results, const std::uint8_t* flags, std::uint32_t count, bool no_nulls,
+                                    const Rows&... rows) {
     if (no_nulls) {
         for (std::uint32_t k = 0; k < count; ++k) {
-            evaluate<kernel>(results[k], rows[k]...);
+            (void)evaluate<kernel>(results[k], rows[k]...);
         }
         return;
     }
     for (std::uint32_t k = 0; k < count; ++k) {
         Result value;
-        evaluate<kernel>(value, rows[k]...);
+        (void)evaluate<kernel>(value, rows[k]...);
         zero_unless(flags[k], value);
         results[k] = value;
     }
 }
 
-// Evaluates a block, whose `rows` begin at row `first` of the batch, and returns how many passed; `failure` gets the status of the next
-// one. In passes over the block, for kernels that vectorise.
 template <auto kernel, class Checks, class Result, class... Rows>
-INLINED inline std::uint32_t evaluate_in_passes(const batch& batch, std::uint32_t first, std::uint32_t count, bool no_nulls,
-                                                status& failure, const Rows&... rows) {
+status evaluate_in_passes(const batch& batch, std::uint32_t first, std::uint32_t count, bool no_nulls, const Rows&... rows) {
     std::uint8_t* const flags = null_flags(batch) + first;
     Result* const results = values<Result>(batch) + first;
     std::uint32_t passed = count;
+    status failure = BIFUN_OK;
     if constexpr (Checks::asks_arguments) {
         passed = rows_with_good_arguments<Checks::arguments>(count, no_nulls, failure, rows...);
     }
@@ -183,100 +138,164 @@ INLINED inline std::uint32_t evaluate_in_passes(const batch& batch, std::uint32_
         std::memcpy(flags, waiting_flags, passed);
         std::memcpy(results, waiting, passed * sizeof(Result));
     }
-    return passed;
+    if (failure < BIFUN_OK) {
+        if constexpr (Checks::on_failure == failing_row::null) {
+            flags[passed] = 0;
+        }
+        if constexpr (Checks::on_failure == failing_row::zero) {
+            flags[passed] = 1;
+            results[passed] = Result{};
+        }
+    }
+    return failure;
 }
 
-// The same row by row, for kernels and setters that take a call: its time hides that of the checks.
-template <auto kernel, class Checks, bool through_setters, class Result, class... Rows>
-INLINED inline std::uint32_t evaluate_one_by_one(const batch& batch, std::uint32_t first, std::uint32_t count, bool no_nulls,
-                                                 status& failure, const Rows&... rows) {
+// ---- row by row ----
+
+// The kernel between the checks.
+template <auto kernel, class Checks, class Result, class... Values> status evaluate_checked(Result& result, Values&... values) {
+    if constexpr (Checks::asks_arguments) {
+        const status failure = Checks::arguments(values...);
+        if (failure < BIFUN_OK) {
+            return failure;
+        }
+    }
+    const status outcome = evaluate<kernel>(result, values...);
+    if constexpr (Checks::asks_result) {
+        return std::isfinite(result) ? outcome : Checks::result(result);
+    }
+    return outcome;
+}
+
+template <auto kernel, class Checks, class Results, class... Rows>
+[[gnu::flatten]] status evaluate_one_by_one(const batch& batch, Results& results, std::uint32_t first, std::uint32_t count, bool no_nulls,
+                                            const Rows&... rows) {
     std::uint8_t* const flags = null_flags(batch) + first;
-    Result* const results = values<Result>(batch) + first;
     for (std::uint32_t k = 0; k < count; ++k) {
-        const bool present = no_nulls || all_have_values(k, rows...);
-        if (present) {
-            if constexpr (Checks::asks_arguments) {
-                failure = Checks::arguments(rows[k]...);
-                if (failure < BIFUN_OK) {
-                    return k;
+        if (!no_nulls && !all_have_values(k, rows...)) {
+            flags[k] = 0;
+            continue;
+        }
+        const status outcome = results.row(first + k, [&](auto& place) { return evaluate_checked<kernel, Checks>(place, rows[k]...); });
+        if (outcome != BIFUN_OK) [[unlikely]] {
+            if (outcome < BIFUN_OK) {
+                if constexpr (Checks::on_failure == failing_row::null) {
+                    flags[k] = 0;
                 }
+                if constexpr (Checks::on_failure == failing_row::zero) {
+                    flags[k] = 1;
+                    results.row(first + k, [](auto& place) -> status {
+                        place = {};
+                        return BIFUN_OK;
+                    });
+                }
+                return outcome;
             }
-            if constexpr (through_setters || Checks::asks_result) {
-                Result value;
-                evaluate<kernel>(value, rows[k]...);
-                if constexpr (Checks::asks_result) {
-                    failure = std::isfinite(value) ? BIFUN_OK : Checks::result(value);
-                    if (failure < BIFUN_OK) {
-                        return k;
-                    }
-                }
-                write_value<through_setters>(batch, first + k, value);
-            } else {
-                evaluate<kernel>(results[k], rows[k]...);
+            if constexpr (std::is_same_v<typename types_of<kernel, Rows...>::outcome, value_or_null>) {
+                flags[k] = 0;
+                continue;
             }
         }
-        flags[k] = static_cast<std::uint8_t>(present);
+        flags[k] = 1;
     }
-    failure = BIFUN_OK;
-    return count;
+    return BIFUN_OK;
 }
 
-template <rows evaluated, auto kernel, class Checks, bool through_setters, class Result, class... Rows>
-INLINED inline std::uint32_t evaluate_block(const batch& batch, std::uint32_t first, std::uint32_t count, bool no_nulls, status& failure,
-                                            const Rows&... rows) {
-    if constexpr (evaluated == rows::all && !through_setters) {
-        return evaluate_in_passes<kernel, Checks, Result>(batch, first, count, no_nulls, failure, rows...);
-    } else {
-        return evaluate_one_by_one<kernel, Checks, through_setters, Result>(batch, first, count, no_nulls, failure, rows...);
-    }
+// ---- batches ----
+
+// Where some of the NULLs are the kernel's own, no promise is given that no row is NULL.
+template <auto kernel, class... Arguments> std::uint32_t no_null_flag(const Arguments&... arguments) {
+    constexpr bool adds_nulls = std::is_same_v<typename types_of<kernel, Arguments...>::outcome, value_or_null>;
+    return adds_nulls ? 0 : joint_no_null_flag(arguments...);
 }
 
-template <rows evaluated, auto kernel, class Checks, bool through_setters, class... Arguments>
-INLINED inline status evaluate_rows(const batch& batch, const Arguments&... arguments) {
-    if ((is_null_constant(arguments) || ...)) {
-        return null_rows(batch);
+inline status stop_at_failure(const batch& batch, status outcome) {
+    if (outcome < BIFUN_OK) {
+        batch.result->no_nulls = 0;
     }
+    return outcome;
+}
+
+template <auto kernel, class Checks, class Result, class... Arguments>
+status evaluate_all_rows(const batch& batch, const Arguments&... arguments) {
     const bool no_nulls = (has_no_nulls(arguments) && ...);
     batch.result->no_nulls = joint_no_null_flag(arguments...);
-    return with_rows(
-        [&](const auto&... rows) INLINED -> status {
-            using result_type = result_of<kernel>;
-            std::uint32_t count = 0;
-            for (std::uint32_t first = 0; first < batch.row_count; first += count) {
-                count = std::min(rows_per_block, batch.row_count - first);
-                status failure = BIFUN_OK;
-                const std::uint32_t passed = evaluate_block<evaluated, kernel, Checks, through_setters, result_type>(
-                    batch, first, count, no_nulls, failure, rows.from(first)...);
-                if (failure != BIFUN_OK) {
-                    batch.result->no_nulls = 0;
-                    if constexpr (Checks::on_failure == failing_row::null) {
-                        null_flags(batch)[first + passed] = 0;
-                    }
-                    if constexpr (Checks::on_failure == failing_row::zero) {
-                        null_flags(batch)[first + passed] = 1;
-                        write_value<through_setters>(batch, first + passed, result_type{});
-                    }
-                    return failure;
-                }
-            }
-            return BIFUN_OK;
-        },
-        arguments...);
+    const auto block = [&](std::uint32_t first, std::uint32_t count, const auto&... rows) {
+        return evaluate_in_passes<kernel, Checks, Result>(batch, first, count, no_nulls, rows...);
+    };
+    return stop_at_failure(batch, for_each_block(batch.row_count, block, arguments...));
 }
 
-template <rows evaluated, auto kernel, class Checks = no_checks, class... Arguments>
-INLINED inline status store_rows(const batch& batch, const Arguments&... arguments) {
-    return evaluate_rows<evaluated, kernel, Checks, false>(batch, arguments...);
+template <auto kernel, class Checks, class Results, class... Arguments>
+status evaluate_rows(const batch& batch, const Arguments&... arguments) {
+    const bool no_nulls = (has_no_nulls(arguments) && ...);
+    batch.result->no_nulls = no_null_flag<kernel>(arguments...);
+    Results results(batch);
+    const auto block = [&](std::uint32_t first, std::uint32_t count, const auto&... rows) {
+        return evaluate_one_by_one<kernel, Checks>(batch, results, first, count, no_nulls, rows...);
+    };
+    const status outcome = for_each_block(batch.row_count, block, arguments...);
+    results.finish();
+    return stop_at_failure(batch, outcome);
 }
 
-template <rows evaluated, auto kernel, class Checks = no_checks, class... Arguments>
-INLINED inline status set_rows(const batch& batch, const Arguments&... arguments) {
-    if (setters_are_plain_stores()) {
-        return evaluate_rows<evaluated, kernel, Checks, false>(batch, arguments...);
+// What a kernel is called with, and what it gives, is what the catalogue says.
+template <auto kernel, class... Arguments> constexpr bool takes_arguments = false;
+template <auto kernel, template <class> class... Argument, class... T>
+constexpr bool takes_arguments<kernel, Argument<T>...> = kernel_signature<kernel>::template takes<T...>;
+
+template <auto kernel, class Result, class... Arguments> constexpr void check_types() {
+    static_assert(takes_arguments<kernel, Arguments...>, "the kernel takes other types than the arguments have");
+    static_assert(std::is_same_v<result_of<kernel, Arguments...>, Result>, "the kernel gives another type than the catalogue says");
+}
+
+template <auto kernel, class Checks, class Result, class... Arguments>
+status store_all(const batch& batch, const Arguments&... arguments) {
+    check_types<kernel, Result, Arguments...>();
+    return (is_null_constant(arguments) || ...) ? null_rows(batch) : evaluate_all_rows<kernel, Checks, Result>(batch, arguments...);
+}
+
+template <auto kernel, class Checks, template <class> class Results, class Result, class... Arguments>
+status evaluate_into(const batch& batch, const Arguments&... arguments) {
+    check_types<kernel, Result, Arguments...>();
+    return (is_null_constant(arguments) || ...) ? null_rows(batch) : evaluate_rows<kernel, Checks, Results<Result>>(batch, arguments...);
+}
+
+template <auto kernel, class Checks = no_checks, value_type result, class... Arguments>
+status store_all_rows(const batch_of<result>& batch, Arguments... arguments) {
+    return store_all<kernel, Checks, stored<result>>(batch, argument(arguments)...);
+}
+
+template <auto kernel, class Checks = no_checks, value_type result, class... Arguments>
+status set_all_rows(const batch_of<result>& batch, Arguments... arguments) {
+    return setters_are_plain_stores() ? store_all<kernel, Checks, stored<result>>(batch, argument(arguments)...)
+                                      : evaluate_into<kernel, Checks, set_results, stored<result>>(batch, argument(arguments)...);
+}
+
+template <auto kernel, class Checks = no_checks, value_type result, class... Arguments>
+status store_rows(const batch_of<result>& batch, Arguments... arguments) {
+    return evaluate_into<kernel, Checks, stored_results, stored<result>>(batch, argument(arguments)...);
+}
+
+template <auto kernel, class Checks = no_checks, value_type result, class... Arguments>
+status set_rows(const batch_of<result>& batch, Arguments... arguments) {
+    return setters_are_plain_stores() ? store_rows<kernel, Checks>(batch, arguments...)
+                                      : evaluate_into<kernel, Checks, set_results, stored<result>>(batch, argument(arguments)...);
+}
+
+template <auto kernel, class Results, class... Arguments> status evaluate_strings(const batch& batch, const Arguments&... arguments) {
+    check_types<kernel, typename Results::place, Arguments...>();
+    return (is_null_constant(arguments) || ...) ? null_rows(batch) : evaluate_rows<kernel, no_checks, Results>(batch, arguments...);
+}
+
+template <auto kernel, class... Arguments> status string_rows(const batch_of<VARCHAR>& batch, Arguments... arguments) {
+    using result = result_of<kernel, Arguments...>;
+    if constexpr (!std::is_same_v<result, bifun_string>) {
+        return evaluate_strings<kernel, built_strings<result>>(batch, argument(arguments)...);
+    } else {
+        return free_bytes_are_open() ? evaluate_strings<kernel, copied_strings>(batch, argument(arguments)...)
+                                     : evaluate_strings<kernel, assigned_strings>(batch, argument(arguments)...);
     }
-    return out_of_line([](const bifun::batch& batch, const Arguments&... arguments)
-                           INLINED { return evaluate_rows<evaluated, kernel, Checks, true>(batch, arguments...); },
-                       batch, arguments...);
 }
 
 } // namespace bifun

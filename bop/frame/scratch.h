@@ -49,7 +49,7 @@ inline std::uint8_t* reserve(scratch& scratch, std::uint64_t size) {
 }
 
 template <class Body>
-INLINED inline status with_scratch(bifun_environment* environment, bifun_memory_object* memory, const char* source_file, const Body& body) {
+status with_scratch(bifun_environment* environment, bifun_memory_object* memory, const char* source_file, const Body& body) {
     scratch scratch{environment, memory, source_file, nullptr, 0};
     const status outcome = body(scratch);
     release(environment, memory, scratch.bytes);

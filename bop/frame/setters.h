@@ -3,11 +3,10 @@
 #define BIFUN_FRAME_SETTERS_H
 
 #include "bop/frame/batch.h"
+#include "bop/frame/statements.h"
 #include "engine/columns.h"
 
 namespace bifun {
-
-inline bool setters_are_plain_stores() { return &bdta3_setters_are_plain_stores != nullptr && bdta3_setters_are_plain_stores != 0; }
 
 inline void set_value(const batch& batch, std::uint32_t row, std::int32_t value) {
     const bifun_int_constant record{1, value};
@@ -36,7 +35,7 @@ inline void set_value(const batch& batch, std::uint32_t row, const zqtime& value
 
 // Copies `source`, as seen through its selection vector, into the result. Only -503 counts as a failure: an engine's copy may have no
 // status to return.
-inline status copy_column(const batch& batch, column source) {
+inline status copy_column(const batch& batch, const bifun_column* source) {
     const status copied = bdta3_col_copy(batch.environment, batch.memory, batch.result, source, batch.row_count);
     if (copied != BIFUN_OUT_OF_MEMORY) {
         return BIFUN_OK;

@@ -3,7 +3,8 @@
 
 #include <array>
 
-#include "bop/frame/attempt_rows.h"
+#include "bop/frame/row_loop.h"
+#include "bop/numeric/entry_points.h"
 #include "engine/decimal.h"
 
 namespace bifun {
@@ -154,14 +155,21 @@ status nibbles_of(const xdec& integer, nibble_array& nibbles, std::uint32_t& cou
     return BIFUN_OK;
 }
 
-status bbitanddec_av_dec_process(const xdec& value, const nibble_array& constant_nibbles, std::uint32_t constant_count,
-                                 std::uint8_t constant_sign, xdec& result) {
+// The constant operand: its nibbles, and its bits where it is an integer from 0 to 2^64 - 1.
+struct bitand_constant {
+    nibble_array nibbles;
+    std::uint32_t count;
+    std::uint8_t sign;
+    std::uint64_t bits;
+};
+
+status bbitanddec_av_dec_process(const xdec& value, const bitand_constant& constant, xdec& result) {
     xdec integer;
     const status made = make_integer(value, integer);
     if (made < BIFUN_OK) {
         return made;
     }
-    if (integer.bytes[0] == XDEC_ZERO || constant_sign == XDEC_ZERO) {
+    if (integer.bytes[0] == XDEC_ZERO || constant.sign == XDEC_ZERO) {
         xdec_fill_zero(&result);
         return BIFUN_OK;
     }
@@ -171,12 +179,11 @@ status bbitanddec_av_dec_process(const xdec& value, const nibble_array& constant
     if (taken < BIFUN_OK) {
         return taken;
     }
-    bbitanddec_process_low(nibbles, constant_nibbles, count, constant_count, integer.bytes[0], constant_sign, result);
+    bbitanddec_process_low(nibbles, constant.nibbles, count, constant.count, integer.bytes[0], constant.sign, result);
     return BIFUN_OK;
 }
 
-status bbitanddec_av_ulint64_process(const xdec& value, std::uint64_t constant, const nibble_array& constant_nibbles,
-                                     std::uint32_t constant_count, xdec& result) {
+status bbitanddec_av_ulint64_process(const xdec& value, const bitand_constant& constant, xdec& result) {
     xdec integer;
     const status made = make_integer(value, integer);
     if (made < BIFUN_OK) {
@@ -189,62 +196,47 @@ status bbitanddec_av_ulint64_process(const xdec& value, std::uint64_t constant, 
     if (xdec_in_ulint64(&integer) != 0) {
         std::uint64_t bits = 0;
         (void)xdec_get_ulint64(&integer, &bits);
-        return xdec_from_ulint64(&result, bits & constant);
+        (void)xdec_from_ulint64(&result, bits & constant.bits); // some engines' has no status to return
+        return BIFUN_OK;
     }
-    return bbitanddec_av_dec_process(integer, constant_nibbles, constant_count, constant == 0 ? XDEC_ZERO : XDEC_POSITIVE, result);
+    return bbitanddec_av_dec_process(integer, constant, result);
 }
 
 // ---- batches ----
 
-// The constant has been prepared; it stands here for its part in the promise that no row is NULL.
-template <class Process> status bitand_rows(const batch& batch, column x, decimal_constant y, const Process& process) {
-    return attempt_set_rows<xdec>(
-        batch, [&](xdec& result, const xdec& value, const xdec&) -> status { return process(value, result); }, decimal(x), decimal(y));
+status bbit_and_dec_av_ulint64(const batch_of<DECIMAL>& batch, column_of<DECIMAL> x, const xdec& integer) {
+    constant_argument constant{bitand_constant{}, true};
+    bitand_constant& y = constant.value;
+    (void)xdec_get_ulint64(&integer, &y.bits);
+    y.count = bbitand_ulint64_get_hex(y.nibbles, y.bits);
+    y.sign = y.bits == 0 ? XDEC_ZERO : XDEC_POSITIVE;
+    return set_rows<bbitanddec_av_ulint64_process>(batch, x, constant);
 }
 
-status bbit_and_dec_av_ulint64(const batch& batch, column x, decimal_constant y, std::uint64_t constant) {
-    nibble_array nibbles{};
-    const std::uint32_t count = bbitand_ulint64_get_hex(nibbles, constant);
-    return bitand_rows(batch, x, y, [&](const xdec& value, xdec& result) {
-        return bbitanddec_av_ulint64_process(value, constant, nibbles, count, result);
-    });
-}
-
-status bbit_and_for_dec_av_dec(const batch& batch, column x, decimal_constant y, const xdec& constant) {
-    nibble_array nibbles;
-    std::uint32_t count = 0;
-    const status taken = nibbles_of(constant, nibbles, count);
-    if (taken < BIFUN_OK) {
-        return fail_batch(batch, taken);
-    }
-    return bitand_rows(batch, x, y, [&](const xdec& value, xdec& result) {
-        return bbitanddec_av_dec_process(value, nibbles, count, constant.bytes[0], result);
-    });
+status bbit_and_for_dec_av_dec(const batch_of<DECIMAL>& batch, column_of<DECIMAL> x, const xdec& integer) {
+    constant_argument constant{bitand_constant{}, true};
+    bitand_constant& y = constant.value;
+    y.sign = integer.bytes[0];
+    const status taken = nibbles_of(integer, y.nibbles, y.count);
+    return taken < BIFUN_OK ? fail_batch(batch, taken) : set_rows<bbitanddec_av_dec_process>(batch, x, constant);
 }
 
 } // namespace
-} // namespace bifun
 
-using namespace bifun;
-
-status bbit_and_for_dec_av(BATCH_OF(column x, decimal_constant y)) {
-    const batch batch = BATCH;
-    if (y->not_null == 0) {
+status entry::bbit_and_for_dec_av(batch_of<DECIMAL> batch, column_of<DECIMAL> x, constant_of<DECIMAL> y) {
+    if (y.record->not_null == 0) {
         return null_rows(batch);
     }
     xdec constant;
-    const status made = make_integer(y->value, constant);
+    const status made = make_integer(y.record->value, constant);
     if (made < BIFUN_OK) {
         return fail_batch(batch, made);
     }
-    if (xdec_in_ulint64(&constant) == 0) {
-        return bbit_and_for_dec_av_dec(batch, x, y, constant);
-    }
-    std::uint64_t bits = 0;
-    (void)xdec_get_ulint64(&constant, &bits);
-    return bbit_and_dec_av_ulint64(batch, x, y, bits);
+    return xdec_in_ulint64(&constant) != 0 ? bbit_and_dec_av_ulint64(batch, x, constant) : bbit_and_for_dec_av_dec(batch, x, constant);
 }
 
-status bbit_and_for_dec_va(BATCH_OF(decimal_constant x, column y)) {
-    return bbit_and_for_dec_av(environment, memory, y, x, result, row_count);
+status entry::bbit_and_for_dec_va(batch_of<DECIMAL> batch, constant_of<DECIMAL> x, column_of<DECIMAL> y) {
+    return bbit_and_for_dec_av(batch, y, x);
 }
+
+} // namespace bifun

@@ -2,7 +2,8 @@
 // what the last successful one left.
 
 #include "bop/frame/row_loop.h"
-#include "bop/numeric/packed_decimals.h"
+#include "bop/numeric/entry_points.h"
+#include "engine/decimal.h"
 #include "engine/decimal_packed_rounding.h"
 
 namespace bifun {
@@ -10,7 +11,7 @@ namespace {
 
 // ---- through the engine's operations ----
 
-struct engine_operations {
+struct engine_decimals {
     static void truncate(const xdec& value, xdec& result) {
         result = value;
         (void)xdec_trunc_scale(&result);
@@ -54,30 +55,30 @@ struct engine_operations {
 
 // ---- in place, for an engine whose layout of decimals is known; what is rare is left to its operations ----
 
-struct packed_operations {
+struct packed_decimals {
     static void truncate(const xdec& value, xdec& result) { truncate_to(value, 0, result); }
 
     static void truncate_to(const xdec& value, std::int32_t digits, xdec& result) {
         if (!decimal_layout::truncate_short(value, digits, &result) && !decimal_layout::truncate_long(value, digits, &result)) {
-            engine_operations::truncate_to(value, digits, result);
+            engine_decimals::truncate_to(value, digits, result);
         }
     }
 
     static void round_to(const xdec& value, std::int32_t digits, xdec& result) {
         if (!decimal_layout::round_short(value, digits, &result) && !decimal_layout::round_long(value, digits, &result)) {
-            engine_operations::round_to(value, digits, result);
+            engine_decimals::round_to(value, digits, result);
         }
     }
 
     static void ceiling(const xdec& value, xdec& result) {
         if (!decimal_layout::step_up(value, &result)) {
-            engine_operations::ceiling(value, result);
+            engine_decimals::ceiling(value, result);
         }
     }
 
     static void floor(const xdec& value, xdec& result) {
         if (!decimal_layout::step_down(value, &result)) {
-            engine_operations::floor(value, result);
+            engine_decimals::floor(value, result);
         }
     }
 
@@ -92,43 +93,42 @@ struct packed_operations {
 template <class Operations> void round_to_integer(const xdec& value, xdec& result) { Operations::round_to(value, 0, result); }
 
 // Calls `set` with the operations that serve this engine.
-template <class Set> status with_operations(const Set& set) {
-    return decimals_are_packed() ? set(packed_operations{}) : set(engine_operations{});
+template <class Set> status with_decimals(const Set& set) {
+    return decimals_are_packed() ? set(packed_decimals{}) : set(engine_decimals{});
 }
 
-template <class X, class Digits> status truncate_rows(const batch& batch, const X& x, const Digits& digits) {
-    return with_operations([&](auto by) { return set_rows<rows::present, decltype(by)::truncate_to>(batch, x, digits); });
+template <class X, class Digits> status truncate_rows(const batch_of<DECIMAL>& batch, X x, Digits digits) {
+    return with_decimals([&](auto decimals) { return set_rows<decltype(decimals)::truncate_to>(batch, x, digits); });
 }
 
-template <class X, class Digits> status round_rows(const batch& batch, const X& x, const Digits& digits) {
-    return with_operations([&](auto by) { return set_rows<rows::present, decltype(by)::round_to>(batch, x, digits); });
+template <class X, class Digits> status round_rows(const batch_of<DECIMAL>& batch, X x, Digits digits) {
+    return with_decimals([&](auto decimals) { return set_rows<decltype(decimals)::round_to>(batch, x, digits); });
 }
 
 } // namespace
+
+status entry::btrunc_dec_def_a_math(batch_of<DECIMAL> batch, column_of<DECIMAL> x) {
+    return with_decimals([&](auto decimals) { return set_rows<decltype(decimals)::truncate>(batch, x); });
+}
+status entry::btrunc_dec_va_de_math(batch_of<DECIMAL> batch, constant_of<DECIMAL> x, column_of<INT> digits) { return truncate_rows(batch, x, digits); }
+status entry::btrunc_dec_av_li_math(batch_of<DECIMAL> batch, column_of<DECIMAL> x, constant_of<INT> digits) { return truncate_rows(batch, x, digits); }
+status entry::btrunc_dec_aa_math(batch_of<DECIMAL> batch, column_of<DECIMAL> x, column_of<INT> digits) { return truncate_rows(batch, x, digits); }
+
+status entry::bround_def_a_math_dbl(batch_of<DECIMAL> batch, column_of<DECIMAL> x) {
+    return with_decimals([&](auto decimals) { return store_rows<round_to_integer<decltype(decimals)>>(batch, x); });
+}
+status entry::bround_dec_va_de_math_dbl(batch_of<DECIMAL> batch, constant_of<DECIMAL> x, column_of<INT> digits) { return round_rows(batch, x, digits); }
+status entry::bround_dec_av_li_math_dbl(batch_of<DECIMAL> batch, column_of<DECIMAL> x, constant_of<INT> digits) { return round_rows(batch, x, digits); }
+status entry::bround_dec_aa_math_dbl(batch_of<DECIMAL> batch, column_of<DECIMAL> x, column_of<INT> digits) { return round_rows(batch, x, digits); }
+
+status entry::bceil_a_math_dec(batch_of<DECIMAL> batch, column_of<DECIMAL> x) {
+    return with_decimals([&](auto decimals) { return set_rows<decltype(decimals)::ceiling>(batch, x); });
+}
+status entry::bfloor_a_math_dec(batch_of<DECIMAL> batch, column_of<DECIMAL> x) {
+    return with_decimals([&](auto decimals) { return set_rows<decltype(decimals)::floor>(batch, x); });
+}
+status entry::babs_a_math_dec(batch_of<DECIMAL> batch, column_of<DECIMAL> x) {
+    return with_decimals([&](auto decimals) { return set_rows<decltype(decimals)::magnitude>(batch, x); });
+}
+
 } // namespace bifun
-
-using namespace bifun;
-
-status btrunc_dec_def_a_math(BATCH_OF(column x)) {
-    return with_operations([&](auto by) { return set_rows<rows::present, decltype(by)::truncate>(BATCH, decimal(x)); });
-}
-status btrunc_dec_va_de_math(BATCH_OF(decimal_constant x, column digits)) { return truncate_rows(BATCH, decimal(x), integer(digits)); }
-status btrunc_dec_av_li_math(BATCH_OF(column x, int_constant digits)) { return truncate_rows(BATCH, decimal(x), integer(digits)); }
-status btrunc_dec_aa_math(BATCH_OF(column x, column digits)) { return truncate_rows(BATCH, decimal(x), integer(digits)); }
-
-status bround_def_a_math_dbl(BATCH_OF(column x)) {
-    return with_operations([&](auto by) { return store_rows<rows::present, round_to_integer<decltype(by)>>(BATCH, decimal(x)); });
-}
-status bround_dec_va_de_math_dbl(BATCH_OF(decimal_constant x, column digits)) { return round_rows(BATCH, decimal(x), integer(digits)); }
-status bround_dec_av_li_math_dbl(BATCH_OF(column x, int_constant digits)) { return round_rows(BATCH, decimal(x), integer(digits)); }
-status bround_dec_aa_math_dbl(BATCH_OF(column x, column digits)) { return round_rows(BATCH, decimal(x), integer(digits)); }
-
-status bceil_a_math_dec(BATCH_OF(column x)) {
-    return with_operations([&](auto by) { return set_rows<rows::present, decltype(by)::ceiling>(BATCH, decimal(x)); });
-}
-status bfloor_a_math_dec(BATCH_OF(column x)) {
-    return with_operations([&](auto by) { return set_rows<rows::present, decltype(by)::floor>(BATCH, decimal(x)); });
-}
-status babs_a_math_dec(BATCH_OF(column x)) {
-    return with_operations([&](auto by) { return set_rows<rows::present, decltype(by)::magnitude>(BATCH, decimal(x)); });
-}

@@ -2,7 +2,7 @@
 
 #include "bop/frame/choose.h"
 #include "bop/frame/row_loop.h"
-#include "bop/numeric/packed_decimals.h"
+#include "bop/numeric/entry_points.h"
 #include "engine/decimal_layout.h"
 
 namespace bifun {
@@ -31,62 +31,59 @@ const xdec& lesser_packed(const xdec& x, const xdec& y) {
     return choose(decimal_layout::is_less(x, y), x, y);
 }
 
-template <class X, class Y> status greatest_decimals(const batch& batch, const X& x, const Y& y) {
-    return decimals_are_packed() ? store_rows<rows::present, greater_packed>(batch, x, y)
-                                 : store_rows<rows::present, greater_decimal>(batch, x, y);
+template <class X, class Y> status greatest_decimals(const batch_of<DECIMAL>& batch, X x, Y y) {
+    return decimals_are_packed() ? store_rows<greater_packed>(batch, x, y) : store_rows<greater_decimal>(batch, x, y);
 }
 
-template <class X, class Y> status least_decimals(const batch& batch, const X& x, const Y& y) {
-    return decimals_are_packed() ? store_rows<rows::present, lesser_packed>(batch, x, y)
-                                 : store_rows<rows::present, lesser_decimal>(batch, x, y);
+template <class X, class Y> status least_decimals(const batch_of<DECIMAL>& batch, X x, Y y) {
+    return decimals_are_packed() ? store_rows<lesser_packed>(batch, x, y) : store_rows<lesser_decimal>(batch, x, y);
 }
 
 } // namespace
+
+status entry::bgreatest_aa_math_bigint(batch_of<BIGINT> batch, column_of<BIGINT> x, column_of<BIGINT> y) {
+    return store_all_rows<greater_bigint>(batch, x, y);
+}
+status entry::bgreatest_av_do_math_bigint(batch_of<BIGINT> batch, column_of<BIGINT> x, constant_of<BIGINT> y) {
+    return store_all_rows<greater_bigint>(batch, x, y);
+}
+status entry::bgreatest_va_do_math_bigint(batch_of<BIGINT> batch, constant_of<BIGINT> x, column_of<BIGINT> y) {
+    return store_all_rows<greater_bigint>(batch, x, y);
+}
+status entry::bleast_aa_math_bigint(batch_of<BIGINT> batch, column_of<BIGINT> x, column_of<BIGINT> y) {
+    return store_all_rows<lesser_bigint>(batch, x, y);
+}
+status entry::bleast_av_bi_math_bigint(batch_of<BIGINT> batch, column_of<BIGINT> x, constant_of<BIGINT> y) {
+    return store_all_rows<lesser_bigint>(batch, x, y);
+}
+status entry::bleast_va_bi_math_bigint(batch_of<BIGINT> batch, constant_of<BIGINT> x, column_of<BIGINT> y) {
+    return store_all_rows<lesser_bigint>(batch, x, y);
+}
+
+status entry::bgreatest_aa_math_dec(batch_of<DECIMAL> batch, column_of<DECIMAL> x, column_of<DECIMAL> y) { return greatest_decimals(batch, x, y); }
+status entry::bgreatest_av_do_math_dec(batch_of<DECIMAL> batch, column_of<DECIMAL> x, constant_of<DECIMAL> y) { return greatest_decimals(batch, x, y); }
+status entry::bgreatest_va_do_math_dec(batch_of<DECIMAL> batch, constant_of<DECIMAL> x, column_of<DECIMAL> y) { return greatest_decimals(batch, x, y); }
+status entry::bleast_aa_math_dec(batch_of<DECIMAL> batch, column_of<DECIMAL> x, column_of<DECIMAL> y) { return least_decimals(batch, x, y); }
+status entry::bleast_av_do_math_dec(batch_of<DECIMAL> batch, column_of<DECIMAL> x, constant_of<DECIMAL> y) { return least_decimals(batch, x, y); }
+status entry::bleast_va_do_math_dec(batch_of<DECIMAL> batch, constant_of<DECIMAL> x, column_of<DECIMAL> y) { return least_decimals(batch, x, y); }
+
+status entry::bgreatest_aa_math_dbl(batch_of<DOUBLE> batch, column_of<DOUBLE> x, column_of<DOUBLE> y) {
+    return set_all_rows<greater_double>(batch, x, y);
+}
+status entry::bgreatest_av_do_math_dbl(batch_of<DOUBLE> batch, column_of<DOUBLE> x, constant_of<DOUBLE> y) {
+    return set_all_rows<greater_double>(batch, x, y);
+}
+status entry::bgreatest_va_do_math_dbl(batch_of<DOUBLE> batch, constant_of<DOUBLE> x, column_of<DOUBLE> y) {
+    return set_all_rows<greater_double>(batch, x, y);
+}
+status entry::bleast_aa_math(batch_of<DOUBLE> batch, column_of<DOUBLE> x, column_of<DOUBLE> y) {
+    return set_all_rows<lesser_double>(batch, x, y);
+}
+status entry::bleast_av_do_math(batch_of<DOUBLE> batch, column_of<DOUBLE> x, constant_of<DOUBLE> y) {
+    return set_all_rows<lesser_double>(batch, x, y);
+}
+status entry::bleast_va_do_math(batch_of<DOUBLE> batch, constant_of<DOUBLE> x, column_of<DOUBLE> y) {
+    return set_all_rows<lesser_double>(batch, x, y);
+}
+
 } // namespace bifun
-
-using namespace bifun;
-
-VECTORISED status bgreatest_aa_math_bigint(BATCH_OF(column x, column y)) {
-    return store_rows<rows::all, greater_bigint>(BATCH, bigint(x), bigint(y));
-}
-VECTORISED status bgreatest_av_do_math_bigint(BATCH_OF(column x, bigint_constant y)) {
-    return store_rows<rows::all, greater_bigint>(BATCH, bigint(x), bigint(y));
-}
-VECTORISED status bgreatest_va_do_math_bigint(BATCH_OF(bigint_constant x, column y)) {
-    return store_rows<rows::all, greater_bigint>(BATCH, bigint(x), bigint(y));
-}
-VECTORISED status bleast_aa_math_bigint(BATCH_OF(column x, column y)) {
-    return store_rows<rows::all, lesser_bigint>(BATCH, bigint(x), bigint(y));
-}
-VECTORISED status bleast_av_bi_math_bigint(BATCH_OF(column x, bigint_constant y)) {
-    return store_rows<rows::all, lesser_bigint>(BATCH, bigint(x), bigint(y));
-}
-VECTORISED status bleast_va_bi_math_bigint(BATCH_OF(bigint_constant x, column y)) {
-    return store_rows<rows::all, lesser_bigint>(BATCH, bigint(x), bigint(y));
-}
-
-status bgreatest_aa_math_dec(BATCH_OF(column x, column y)) { return greatest_decimals(BATCH, decimal(x), decimal(y)); }
-status bgreatest_av_do_math_dec(BATCH_OF(column x, decimal_constant y)) { return greatest_decimals(BATCH, decimal(x), decimal(y)); }
-status bgreatest_va_do_math_dec(BATCH_OF(decimal_constant x, column y)) { return greatest_decimals(BATCH, decimal(x), decimal(y)); }
-status bleast_aa_math_dec(BATCH_OF(column x, column y)) { return least_decimals(BATCH, decimal(x), decimal(y)); }
-status bleast_av_do_math_dec(BATCH_OF(column x, decimal_constant y)) { return least_decimals(BATCH, decimal(x), decimal(y)); }
-status bleast_va_do_math_dec(BATCH_OF(decimal_constant x, column y)) { return least_decimals(BATCH, decimal(x), decimal(y)); }
-
-VECTORISED status bgreatest_aa_math_dbl(BATCH_OF(column x, column y)) {
-    return set_rows<rows::all, greater_double>(BATCH, floating(x), floating(y));
-}
-VECTORISED status bgreatest_av_do_math_dbl(BATCH_OF(column x, double_constant y)) {
-    return set_rows<rows::all, greater_double>(BATCH, floating(x), floating(y));
-}
-VECTORISED status bgreatest_va_do_math_dbl(BATCH_OF(double_constant x, column y)) {
-    return set_rows<rows::all, greater_double>(BATCH, floating(x), floating(y));
-}
-VECTORISED status bleast_aa_math(BATCH_OF(column x, column y)) {
-    return set_rows<rows::all, lesser_double>(BATCH, floating(x), floating(y));
-}
-VECTORISED status bleast_av_do_math(BATCH_OF(column x, double_constant y)) {
-    return set_rows<rows::all, lesser_double>(BATCH, floating(x), floating(y));
-}
-VECTORISED status bleast_va_do_math(BATCH_OF(double_constant x, column y)) {
-    return set_rows<rows::all, lesser_double>(BATCH, floating(x), floating(y));
-}

@@ -2,6 +2,8 @@
 
 #include <bit>
 
+#include "bop/frame/vector_arithmetic.h"
+#include "bop/numeric/entry_points.h"
 #include "bop/numeric/overflow.h"
 
 namespace bifun {
@@ -31,7 +33,7 @@ double remainder(double x, double y) { return y == 0 ? x : std::fmod(x, y); }
 // The same where the quotient is below 2^52 and y is finite, and NaN elsewhere. Rounding is monotonic and integers below 2^52 are doubles,
 // so the integral part q of the rounded quotient is right or one too large in magnitude; x - q y is exact in both cases, being a multiple
 // of the smaller unit of x and y and not above |y|.
-INLINED inline double remainder_of_small_quotient(double x, double y) {
+double remainder_of_small_quotient(double x, double y) {
     const double quotient = x / y;
     const double rest = std::fma(-std::trunc(quotient), y, x);
     const bool too_far = ((rest < 0) != (x < 0)) & (rest != 0);
@@ -41,58 +43,51 @@ INLINED inline double remainder_of_small_quotient(double x, double y) {
     return y == 0 ? x : result;
 }
 
-template <class X, class Y> WITH_FMA status remainders_of_small_quotients(const batch& batch, const X& x, const Y& y) {
-    return set_rows<rows::all, remainder_of_small_quotient>(batch, x, y);
-}
-
-bool has_open_rows(const double* results, std::uint32_t row_count) {
-    std::uint32_t open = 0;
-    for (std::uint32_t k = 0; k < row_count; ++k) {
-        open |= static_cast<std::uint32_t>(std::isnan(results[k]));
-    }
-    return open != 0;
-}
-
-// Most quotients are small. The few rows that were left open get the library's remainder.
-template <class X, class Y> status remainders(const batch& batch, const X& x, const Y& y) {
+// Most quotients are small, so a block is computed at once; the few rows that are left open get the library's remainder.
+template <class X, class Y> status remainders_at_once(const batch& batch, const X& x, const Y& y) {
     if (is_null_constant(x) || is_null_constant(y)) {
         return null_rows(batch);
     }
-    if (!setters_are_plain_stores() || !has_fma()) {
-        return set_rows<rows::present, remainder>(batch, x, y);
-    }
-    (void)remainders_of_small_quotients(batch, x, y);
-    double* const results = values<double>(batch);
-    if (!has_open_rows(results, batch.row_count)) {
-        return BIFUN_OK;
-    }
-    return with_rows(
-        [batch, results](const auto& x_rows, const auto& y_rows) -> status {
-            for (std::uint32_t k = 0; k < batch.row_count; ++k) {
-                if (null_flags(batch)[k] != 0 && std::isnan(results[k])) {
-                    results[k] = remainder(x_rows[k], y_rows[k]);
-                }
+    const bool no_nulls = has_no_nulls(x) && has_no_nulls(y);
+    batch.result->no_nulls = joint_no_null_flag(x, y);
+    const auto divide = [&](std::uint32_t first, std::uint32_t count, const auto& x_rows, const auto& y_rows) -> status {
+        std::uint8_t* const flags = null_flags(batch) + first;
+        double* const results = values<double>(batch) + first;
+        write_null_flags(flags, count, no_nulls, x_rows, y_rows);
+        compute_block<remainder_of_small_quotient>(results, flags, count, no_nulls, x_rows, y_rows);
+        std::uint32_t open = 0;
+        for (std::uint32_t k = 0; k < count; ++k) {
+            open |= static_cast<std::uint32_t>(std::isnan(results[k]));
+        }
+        for (std::uint32_t k = 0; open != 0 && k < count; ++k) {
+            if (flags[k] != 0 && std::isnan(results[k])) {
+                results[k] = remainder(x_rows[k], y_rows[k]);
             }
-            return BIFUN_OK;
-        },
-        x, y);
+        }
+        return BIFUN_OK;
+    };
+    return for_each_block(batch.row_count, divide, x, y);
+}
+
+template <class X, class Y> status remainders(const batch_of<DOUBLE>& batch, X x, Y y) {
+    return vectors_fuse_multiply_add && setters_are_plain_stores() ? remainders_at_once(batch, argument(x), argument(y))
+                                                                   : set_rows<remainder>(batch, x, y);
 }
 
 } // namespace
-} // namespace bifun
 
-using namespace bifun;
+status entry::babs_a_math_dbl(batch_of<DOUBLE> batch, column_of<DOUBLE> x) { return set_all_rows<magnitude>(batch, x); }
+status entry::bsign_a_math_dbl(batch_of<INT> batch, column_of<DOUBLE> x) { return set_all_rows<sign>(batch, x); }
+status entry::bceil_a_math_dbl(batch_of<DOUBLE> batch, column_of<DOUBLE> x) { return set_all_rows<ceiling>(batch, x); }
+status entry::bfloor_a_math_dbl(batch_of<DOUBLE> batch, column_of<DOUBLE> x) { return set_all_rows<floor_of>(batch, x); }
 
-VECTORISED status babs_a_math_dbl(BATCH_OF(column x)) { return set_rows<rows::all, magnitude>(BATCH, floating(x)); }
-VECTORISED status bsign_a_math_dbl(BATCH_OF(column x)) { return set_rows<rows::all, sign>(BATCH, floating(x)); }
-VECTORISED status bceil_a_math_dbl(BATCH_OF(column x)) { return set_rows<rows::all, ceiling>(BATCH, floating(x)); }
-VECTORISED status bfloor_a_math_dbl(BATCH_OF(column x)) { return set_rows<rows::all, floor_of>(BATCH, floating(x)); }
+status entry::bmod_va_do_math_dbl(batch_of<DOUBLE> batch, constant_of<DOUBLE> x, column_of<DOUBLE> y) { return remainders(batch, x, y); }
+status entry::bmod_av_do_math_dbl(batch_of<DOUBLE> batch, column_of<DOUBLE> x, constant_of<DOUBLE> y) { return remainders(batch, x, y); }
+status entry::bmod_aa_math_dbl(batch_of<DOUBLE> batch, column_of<DOUBLE> x, column_of<DOUBLE> y) { return remainders(batch, x, y); }
 
-status bmod_va_do_math_dbl(BATCH_OF(double_constant x, column y)) { return remainders(BATCH, floating(x), floating(y)); }
-status bmod_av_do_math_dbl(BATCH_OF(column x, double_constant y)) { return remainders(BATCH, floating(x), floating(y)); }
-status bmod_aa_math_dbl(BATCH_OF(column x, column y)) { return remainders(BATCH, floating(x), floating(y)); }
-
-VECTORISED status bdegrees_a_math_dbl(BATCH_OF(column x)) {
-    return set_rows<rows::all, degrees, row_checks<nullptr, check_overflow, failing_row::zero>>(BATCH, floating(x));
+status entry::bdegrees_a_math_dbl(batch_of<DOUBLE> batch, column_of<DOUBLE> x) {
+    return set_all_rows<degrees, row_checks<nullptr, check_overflow, failing_row::zero>>(batch, x);
 }
-VECTORISED status bradians_a_math_dbl(BATCH_OF(column x)) { return set_rows<rows::all, radians>(BATCH, floating(x)); }
+status entry::bradians_a_math_dbl(batch_of<DOUBLE> batch, column_of<DOUBLE> x) { return set_all_rows<radians>(batch, x); }
+
+} // namespace bifun

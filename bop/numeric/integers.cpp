@@ -3,6 +3,8 @@
 #include <limits>
 
 #include "bop/frame/row_loop.h"
+#include "bop/frame/vector_arithmetic.h"
+#include "bop/numeric/entry_points.h"
 
 namespace bifun {
 namespace {
@@ -30,11 +32,11 @@ std::int64_t remainder(std::int64_t x, std::int64_t y) {
 // The same without integer division, which no instruction set has for vectors. With d = y and q = x / d in double arithmetic, whose
 // error is below |q| 2^-51, x - q d is at most |d| + 2^12 in magnitude; dividing that once more leaves a remainder that is wrong by at
 // most one d. Differences and products wrap; only the remainder has to be right.
-INLINED inline std::int64_t remainder_by_reciprocal(std::int64_t x, std::int64_t y) {
+std::int64_t remainder_by_reciprocal(std::int64_t x, std::int64_t y) {
     const bool y_is_trivial = static_cast<std::uint64_t>(y) + 1 <= 2; // -1, 0 or 1
     const std::int64_t divisor = y + 3 * static_cast<std::int64_t>(y_is_trivial);
     const double reciprocal = 1.0 / static_cast<double>(divisor);
-    const auto quotient = [reciprocal](std::uint64_t dividend) INLINED {
+    const auto quotient = [reciprocal](std::uint64_t dividend) {
         return static_cast<std::uint64_t>(static_cast<std::int64_t>(static_cast<double>(static_cast<std::int64_t>(dividend)) * reciprocal));
     };
     const auto d = static_cast<std::uint64_t>(divisor);
@@ -54,36 +56,22 @@ INLINED inline std::int64_t remainder_by_reciprocal(std::int64_t x, std::int64_t
     return y_is_trivial ? trivial_remainder : remainder;
 }
 
-template <class X, class Y> WITH_AVX512 status remainders_by_reciprocal(const batch& batch, const X& x, const Y& y) {
-    return set_rows<rows::all, remainder_by_reciprocal>(batch, x, y);
-}
-
 // Divisions one by one are faster by the instruction.
-template <class X, class Y> status remainders(const batch& batch, const X& x, const Y& y) {
-    const bool vectorises = setters_are_plain_stores() && is_dense(x) && is_dense(y);
-    return vectorises && has_avx512() ? remainders_by_reciprocal(batch, x, y) : set_rows<rows::all, remainder>(batch, x, y);
-}
+constexpr auto best_remainder = vectors_convert_bigints ? remainder_by_reciprocal : remainder;
 
 } // namespace
+
+status entry::babs_a_math_int(batch_of<BIGINT> batch, column_of<BIGINT> x) {
+    return set_all_rows<magnitude, row_checks<check_magnitude, nullptr, failing_row::unwritten>>(batch, x);
+}
+
+status entry::bceil_a_math_int(batch_of<INT> batch, column_of<INT> x) { return set_all_rows<whole_integer>(batch, x); }
+status entry::bfloor_a_math_int(batch_of<INT> batch, column_of<INT> x) { return set_all_rows<whole_integer>(batch, x); }
+status entry::btrunc_int_def_a_math_int(batch_of<INT> batch, column_of<INT> x) { return set_all_rows<whole_integer>(batch, x); }
+status entry::bceil_a_math_int64(batch_of<BIGINT> batch, column_of<BIGINT> x) { return set_all_rows<whole_bigint>(batch, x); }
+
+status entry::bmod_va_do_math_int64(batch_of<BIGINT> batch, constant_of<BIGINT> x, column_of<BIGINT> y) { return set_all_rows<best_remainder>(batch, x, y); }
+status entry::bmod_av_do_math_int64(batch_of<BIGINT> batch, column_of<BIGINT> x, constant_of<BIGINT> y) { return set_all_rows<best_remainder>(batch, x, y); }
+status entry::bmod_aa_math_int64(batch_of<BIGINT> batch, column_of<BIGINT> x, column_of<BIGINT> y) { return set_all_rows<best_remainder>(batch, x, y); }
+
 } // namespace bifun
-
-using namespace bifun;
-
-VECTORISED status babs_a_math_int(BATCH_OF(column x)) {
-    return set_rows<rows::all, magnitude, row_checks<check_magnitude, nullptr, failing_row::unwritten>>(BATCH, bigint(x));
-}
-
-VECTORISED status bceil_a_math_int(BATCH_OF(column x)) { return set_rows<rows::all, whole_integer>(BATCH, integer(x)); }
-VECTORISED status bfloor_a_math_int(BATCH_OF(column x)) { return set_rows<rows::all, whole_integer>(BATCH, integer(x)); }
-VECTORISED status btrunc_int_def_a_math_int(BATCH_OF(column x)) { return set_rows<rows::all, whole_integer>(BATCH, integer(x)); }
-VECTORISED status bceil_a_math_int64(BATCH_OF(column x)) { return set_rows<rows::all, whole_bigint>(BATCH, bigint(x)); }
-
-status bceil_a_process_int64(bifun_environment* environment, bifun_memory_object* memory, std::int64_t value, bifun_column* result,
-                             std::uint32_t row) {
-    set_value({environment, memory, result, 1}, row, whole_bigint(value));
-    return BIFUN_OK;
-}
-
-status bmod_va_do_math_int64(BATCH_OF(bigint_constant x, column y)) { return remainders(BATCH, bigint(x), bigint(y)); }
-status bmod_av_do_math_int64(BATCH_OF(column x, bigint_constant y)) { return remainders(BATCH, bigint(x), bigint(y)); }
-status bmod_aa_math_int64(BATCH_OF(column x, column y)) { return remainders(BATCH, bigint(x), bigint(y)); }

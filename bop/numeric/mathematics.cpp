@@ -2,6 +2,7 @@
 
 #include <cstdlib>
 
+#include "bop/numeric/entry_points.h"
 #include "bop/numeric/overflow.h"
 
 namespace bifun {
@@ -62,69 +63,68 @@ double random_of(double seed) {
 }
 
 } // namespace
-} // namespace bifun
 
-using namespace bifun;
-
-status bsin_a_math_dbl(BATCH_OF(column x)) { return set_rows<rows::present, sine>(BATCH, floating(x)); }
-status bcos_a_math_dbl(BATCH_OF(column x)) { return set_rows<rows::present, cosine>(BATCH, floating(x)); }
-status btan_a_math_dbl(BATCH_OF(column x)) { return set_rows<rows::present, tangent>(BATCH, floating(x)); }
-status bcot_a_math_dbl(BATCH_OF(column x)) { return set_rows<rows::present, cotangent, domain_check<check_cotangent>>(BATCH, floating(x)); }
-status basin_a_math_dbl(BATCH_OF(column x)) {
-    return set_rows<rows::present, arc_sine, domain_check<check_unit_interval>>(BATCH, floating(x));
+status entry::bsin_a_math_dbl(batch_of<DOUBLE> batch, column_of<DOUBLE> x) { return set_rows<sine>(batch, x); }
+status entry::bcos_a_math_dbl(batch_of<DOUBLE> batch, column_of<DOUBLE> x) { return set_rows<cosine>(batch, x); }
+status entry::btan_a_math_dbl(batch_of<DOUBLE> batch, column_of<DOUBLE> x) { return set_rows<tangent>(batch, x); }
+status entry::bcot_a_math_dbl(batch_of<DOUBLE> batch, column_of<DOUBLE> x) { return set_rows<cotangent, domain_check<check_cotangent>>(batch, x); }
+status entry::basin_a_math_dbl(batch_of<DOUBLE> batch, column_of<DOUBLE> x) {
+    return set_rows<arc_sine, domain_check<check_unit_interval>>(batch, x);
 }
-status bacos_a_math_dbl(BATCH_OF(column x)) {
-    return set_rows<rows::present, arc_cosine, domain_check<check_unit_interval>>(BATCH, floating(x));
+status entry::bacos_a_math_dbl(batch_of<DOUBLE> batch, column_of<DOUBLE> x) {
+    return set_rows<arc_cosine, domain_check<check_unit_interval>>(batch, x);
 }
-status batan_a_math_dbl(BATCH_OF(column x)) { return set_rows<rows::present, arc_tangent>(BATCH, floating(x)); }
-status batan2_va_do_math_dbl(BATCH_OF(double_constant y, column x)) {
-    return set_rows<rows::present, direction, domain_check<check_direction>>(BATCH, floating(y), floating(x));
+status entry::batan_a_math_dbl(batch_of<DOUBLE> batch, column_of<DOUBLE> x) { return set_rows<arc_tangent>(batch, x); }
+status entry::batan2_va_do_math_dbl(batch_of<DOUBLE> batch, constant_of<DOUBLE> y, column_of<DOUBLE> x) {
+    return set_rows<direction, domain_check<check_direction>>(batch, y, x);
 }
-status batan2_av_do_math_dbl(BATCH_OF(column y, double_constant x)) {
-    return set_rows<rows::present, direction, domain_check<check_direction>>(BATCH, floating(y), floating(x));
+status entry::batan2_av_do_math_dbl(batch_of<DOUBLE> batch, column_of<DOUBLE> y, constant_of<DOUBLE> x) {
+    return set_rows<direction, domain_check<check_direction>>(batch, y, x);
 }
-status batan2_aa_math_dbl(BATCH_OF(column y, column x)) {
-    return set_rows<rows::present, direction, domain_check<check_direction>>(BATCH, floating(y), floating(x));
+status entry::batan2_aa_math_dbl(batch_of<DOUBLE> batch, column_of<DOUBLE> y, column_of<DOUBLE> x) {
+    return set_rows<direction, domain_check<check_direction>>(batch, y, x);
 }
 
 // SINH alone leaves its failing row as it was.
-status bsinh_a_math_dbl(BATCH_OF(column x)) {
-    return set_rows<rows::present, hyperbolic_sine, row_checks<nullptr, check_bounds, failing_row::unwritten>>(BATCH, floating(x));
+status entry::bsinh_a_math_dbl(batch_of<DOUBLE> batch, column_of<DOUBLE> x) {
+    return set_rows<hyperbolic_sine, row_checks<nullptr, check_bounds, failing_row::unwritten>>(batch, x);
 }
-status bcosh_a_math_dbl(BATCH_OF(column x)) {
-    return set_rows<rows::present, hyperbolic_cosine, row_checks<nullptr, check_overflow, failing_row::zero>>(BATCH, floating(x));
+status entry::bcosh_a_math_dbl(batch_of<DOUBLE> batch, column_of<DOUBLE> x) {
+    return set_rows<hyperbolic_cosine, row_checks<nullptr, check_overflow, failing_row::zero>>(batch, x);
 }
-status btanh_a_math_dbl(BATCH_OF(column x)) { return set_rows<rows::present, hyperbolic_tangent>(BATCH, floating(x)); }
+status entry::btanh_a_math_dbl(batch_of<DOUBLE> batch, column_of<DOUBLE> x) { return set_rows<hyperbolic_tangent>(batch, x); }
 
-VECTORISED status bsqrt_a_math_dbl(BATCH_OF(column x)) {
-    return set_rows<rows::all, square_root, domain_check<check_not_negative>>(BATCH, floating(x));
+status entry::bsqrt_a_math_dbl(batch_of<DOUBLE> batch, column_of<DOUBLE> x) {
+    return set_all_rows<square_root, domain_check<check_not_negative>>(batch, x);
 }
-status bexp_a_math_dbl(BATCH_OF(column x)) {
-    return set_rows<rows::present, exponential, row_checks<nullptr, check_overflow, failing_row::zero>>(BATCH, floating(x));
+status entry::bexp_a_math_dbl(batch_of<DOUBLE> batch, column_of<DOUBLE> x) {
+    return set_rows<exponential, row_checks<nullptr, check_overflow, failing_row::zero>>(batch, x);
 }
-status bln_a_math_dbl(BATCH_OF(column x)) {
-    return set_rows<rows::present, natural_logarithm, domain_check<check_positive>>(BATCH, floating(x));
+status entry::bln_a_math_dbl(batch_of<DOUBLE> batch, column_of<DOUBLE> x) {
+    return set_rows<natural_logarithm, domain_check<check_positive>>(batch, x);
 }
-status blog10_a_math_dbl(BATCH_OF(column x)) {
-    return set_rows<rows::present, decimal_logarithm, domain_check<check_positive>>(BATCH, floating(x));
+status entry::blog10_a_math_dbl(batch_of<DOUBLE> batch, column_of<DOUBLE> x) {
+    return set_rows<decimal_logarithm, domain_check<check_positive>>(batch, x);
 }
-status blog_va_do_math_dbl(BATCH_OF(double_constant base, column x)) {
-    return set_rows<rows::present, logarithm, domain_check<check_logarithm>>(BATCH, floating(base), floating(x));
+status entry::blog_va_do_math_dbl(batch_of<DOUBLE> batch, constant_of<DOUBLE> base, column_of<DOUBLE> x) {
+    return set_rows<logarithm, domain_check<check_logarithm>>(batch, base, x);
 }
-status blog_av_do_math_dbl(BATCH_OF(column base, double_constant x)) {
-    return set_rows<rows::present, logarithm, domain_check<check_logarithm>>(BATCH, floating(base), floating(x));
+status entry::blog_av_do_math_dbl(batch_of<DOUBLE> batch, column_of<DOUBLE> base, constant_of<DOUBLE> x) {
+    return set_rows<logarithm, domain_check<check_logarithm>>(batch, base, x);
 }
-status blog_aa_math_dbl(BATCH_OF(column base, column x)) {
-    return set_rows<rows::present, logarithm, domain_check<check_logarithm>>(BATCH, floating(base), floating(x));
+status entry::blog_aa_math_dbl(batch_of<DOUBLE> batch, column_of<DOUBLE> base, column_of<DOUBLE> x) {
+    return set_rows<logarithm, domain_check<check_logarithm>>(batch, base, x);
 }
-status bpower_va_do_math_dbl(BATCH_OF(double_constant x, column y)) {
-    return set_rows<rows::present, power, power_checks>(BATCH, floating(x), floating(y));
+status entry::bpower_va_do_math_dbl(batch_of<DOUBLE> batch, constant_of<DOUBLE> x, column_of<DOUBLE> y) {
+    return set_rows<power, power_checks>(batch, x, y);
 }
-status bpower_av_do_math_dbl(BATCH_OF(column x, double_constant y)) {
-    return set_rows<rows::present, power, power_checks>(BATCH, floating(x), floating(y));
+status entry::bpower_av_do_math_dbl(batch_of<DOUBLE> batch, column_of<DOUBLE> x, constant_of<DOUBLE> y) {
+    return set_rows<power, power_checks>(batch, x, y);
 }
-status bpower_aa_math_dbl(BATCH_OF(column x, column y)) {
-    return set_rows<rows::present, power, power_checks>(BATCH, floating(x), floating(y));
+status entry::bpower_aa_math_dbl(batch_of<DOUBLE> batch, column_of<DOUBLE> x, column_of<DOUBLE> y) {
+    return set_rows<power, power_checks>(batch, x, y);
 }
 
-status brand_a_math_int(BATCH_OF(column seed)) { return set_rows<rows::present, random_of>(BATCH, floating(seed)); }
+status entry::brand_a_math_int(batch_of<DOUBLE> batch, column_of<DOUBLE> seed) { return set_rows<random_of>(batch, seed); }
+
+} // namespace bifun

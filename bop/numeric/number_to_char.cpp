@@ -1,7 +1,10 @@
 // TO_CHAR of numbers: as they are, under a number format, or under a format and NLS parameters. The result has the promise of the number
-// column alone; a row that cannot be rendered is NULL.
+// column alone.
 
-#include "bop/frame/attempt_rows.h"
+#include <array>
+
+#include "bop/frame/row_loop.h"
+#include "bop/numeric/entry_points.h"
 #include "bop/numeric/integer_text.h"
 #include "engine/decimal.h"
 #include "engine/number_check.h"
@@ -10,50 +13,52 @@
 namespace bifun {
 namespace {
 
-constexpr std::size_t text_size = 1024;
 constexpr std::uint32_t longest_format = 75;
 constexpr std::uint32_t longest_nls = 128;
 
-// Calls `render(number, buffer)` with a buffer of zeros for every number; the text is what it has written up to a NUL.
-template <class T, class Render> status render_rows(const batch& batch, const column_argument<T>& numbers, const Render& render) {
-    char buffer[text_size] = {};
-    std::uint32_t length = 0;
-    return attempt_string_rows(
-        batch, portable_bytes{},
-        [&](bifun_string& text, const T& number) -> status {
-            std::memset(buffer, 0, length); // clearing it whole would take as long as rendering
-            const status rendered = render(number, buffer);
-            length = static_cast<std::uint32_t>(strnlen(buffer, text_size));
-            text = {length, 0, reinterpret_cast<std::uint8_t*>(buffer)};
-            return rendered;
-        },
-        numbers);
+// Where the engine writes the text of a row: zeros when it begins, whatever it did with them in the row before. What it writes up to a NUL
+// is the text.
+template <std::uint32_t size> struct text_buffer {
+    static constexpr std::uint32_t room = size;
+    char bytes[size];
+};
+using formatted_text = text_buffer<ZQ_FORMATTED_NUMBER_SIZE>;
+using decimal_text = text_buffer<500>;
+using double_text = text_buffer<ZQ_DOUBLE_TEXT_SIZE>;
+
+template <std::uint32_t size> void clear(text_buffer<size>& buffer) { std::memset(buffer.bytes, 0, size); }
+
+template <std::uint32_t size> bifun_string text_in(text_buffer<size>& buffer) {
+    return {static_cast<std::uint32_t>(strnlen(buffer.bytes, size)), 0, reinterpret_cast<std::uint8_t*>(buffer.bytes)};
 }
 
 // ---- without a format ----
 
-template <class Integer> status assign_integers(const batch& batch, const column_argument<Integer>& numbers) {
-    char buffer[integer_text_size];
-    return attempt_string_rows(
-        batch, portable_bytes{},
-        [&buffer](bifun_string& text, Integer number) -> status {
-            char* const first = write_integer(number, buffer);
-            text = {static_cast<std::uint32_t>(buffer + integer_text_size - first), 0, reinterpret_cast<std::uint8_t*>(first)};
-            return BIFUN_OK;
-        },
-        numbers);
+using integer_text = std::array<char, integer_text_size>;
+
+template <class Integer> void render_integer(Integer number, integer_text& buffer, bifun_string& text) {
+    char* const first = write_integer(number, buffer.data());
+    text = {static_cast<std::uint32_t>(buffer.data() + buffer.size() - first), 0, reinterpret_cast<std::uint8_t*>(first)};
 }
 
-status render_decimal(const xdec& number, char* buffer) {
-    constexpr std::uint32_t room = 500;
+status render_decimal(const xdec& number, decimal_text& buffer, bifun_string& text) {
+    clear(buffer);
     std::uint32_t length = 0;
-    return xdec_to_char_with_zero(&number, buffer, room, 0, 0, &length);
+    const status rendered = xdec_to_char_with_zero(&number, buffer.bytes, decimal_text::room, 0, 0, &length);
+    text = text_in(buffer);
+    return rendered;
 }
 
-status render_double(double number, char* buffer) {
+status render_double(double number, double_text& buffer, bifun_string& text) {
     const status overflow = ntype_is_double_overflow(number);
+    if (overflow < BIFUN_OK) {
+        return overflow;
+    }
+    clear(buffer);
     std::uint32_t length = 0;
-    return overflow < BIFUN_OK ? overflow : zq_dou2char(number, buffer, text_size, &length);
+    const status rendered = zq_dou2char(number, buffer.bytes, double_text::room, &length);
+    text = text_in(buffer);
+    return rendered;
 }
 
 // ---- with a format ----
@@ -72,67 +77,108 @@ status decimal_of(double number, xdec& result) {
     return overflow < BIFUN_OK ? overflow : xdec_from_double(&result, number);
 }
 
-// Whether the format makes every row NULL. Its length decides, whatever its null flag says.
-bool has_no_format(const bifun_string_constant& format) { return format.length < 1 || format.length > longest_format; }
+// What the constants of a batch say, and the buffer of its rows.
+struct number_formatting {
+    bifun_environment* environment;
+    bifun_string format;
+    bifun_string nls; // empty where there is none
+    formatted_text buffer;
+};
 
-template <class T, class Write> status format_rows(const batch& batch, const column_argument<T>& numbers, const Write& write) {
-    return render_rows(batch, numbers, [&](const T& number, char* buffer) -> status {
-        xdec decimal;
-        const status converted = decimal_of(number, decimal);
-        if (converted < BIFUN_OK) {
-            return converted;
-        }
-        return write(decimal, buffer);
-    });
+template <class Number> status format_number(const Number& number, number_formatting& by, bifun_string& text) {
+    xdec decimal;
+    const status converted = decimal_of(number, decimal);
+    if (converted < BIFUN_OK) {
+        return converted;
+    }
+    clear(by.buffer);
+    char* const bytes = by.buffer.bytes;
+    const bifun_string& format = by.format;
+    const status rendered =
+        by.nls.length == 0
+            ? xdec_to_char_with_fmt(by.environment, &decimal, bytes, format.data, format.length)
+            : xdec_to_char_with_nls(by.environment, &decimal, bytes, format.data, format.length, by.nls.data, by.nls.length);
+    text = text_in(by.buffer);
+    return rendered;
 }
 
-template <class T> status to_char(const batch& batch, const column_argument<T>& numbers, string_constant format) {
-    if (has_no_format(*format)) {
-        return null_rows(batch);
-    }
-    const bifun_string text = string_of(*format, 0);
-    return format_rows(batch, numbers, [&](const xdec& number, char* buffer) {
-        return xdec_to_char_with_fmt(batch.environment, &number, buffer, text.data, text.length);
-    });
+template <value_type type> status format_rows(const batch_of<VARCHAR>& batch, column_of<type> numbers, number_formatting& by) {
+    return string_rows<format_number<stored<type>>>(batch, numbers, shared(by));
 }
 
-template <class T> status to_char(const batch& batch, const column_argument<T>& numbers, string_constant format, string_constant nls) {
-    if (has_no_format(*format)) {
+// A format of such a length makes every row NULL, whatever its null flag says.
+bool is_no_format(constant_of<VARCHAR> format) { return format.record->length < 1 || format.record->length > longest_format; }
+
+template <value_type type> status to_char(const batch_of<VARCHAR>& batch, column_of<type> numbers, constant_of<VARCHAR> format) {
+    if (is_no_format(format)) {
         return null_rows(batch);
     }
-    if (nls->length < 1 || nls->length > longest_nls) {
+    number_formatting by;
+    by.environment = batch.environment;
+    by.format = string_of(*format.record, 0);
+    by.nls = {};
+    return format_rows(batch, numbers, by);
+}
+
+template <value_type type>
+status to_char(const batch_of<VARCHAR>& batch, column_of<type> numbers, constant_of<VARCHAR> format, constant_of<VARCHAR> nls) {
+    if (is_no_format(format)) {
+        return null_rows(batch);
+    }
+    if (nls.record->length < 1 || nls.record->length > longest_nls) {
         return fail_batch(batch, BIFUN_INVALID_NLS_PARAMETER);
     }
-    const bifun_string text = string_of(*format, 0);
-    const bifun_string parameters = string_of(*nls, 0);
-    return format_rows(batch, numbers, [&](const xdec& number, char* buffer) {
-        return xdec_to_char_with_nls(batch.environment, &number, buffer, text.data, text.length, parameters.data, parameters.length);
-    });
+    number_formatting by;
+    by.environment = batch.environment;
+    by.format = string_of(*format.record, 0);
+    by.nls = string_of(*nls.record, 0);
+    return format_rows(batch, numbers, by);
 }
 
 } // namespace
+
+status entry::bto_char_a_int_to_varchar(batch_of<VARCHAR> batch, column_of<INT> x) {
+    integer_text buffer;
+    return string_rows<render_integer<std::int32_t>>(batch, x, shared(buffer));
+}
+status entry::bto_char_a_int64_to_varchar(batch_of<VARCHAR> batch, column_of<BIGINT> x) {
+    integer_text buffer;
+    return string_rows<render_integer<std::int64_t>>(batch, x, shared(buffer));
+}
+status entry::bto_char_a_dec_to_varchar(batch_of<VARCHAR> batch, column_of<DECIMAL> x) {
+    decimal_text buffer;
+    return string_rows<render_decimal>(batch, x, shared(buffer));
+}
+status entry::bto_char_a_double_to_varchar(batch_of<VARCHAR> batch, column_of<DOUBLE> x) {
+    double_text buffer;
+    return string_rows<render_double>(batch, x, shared(buffer));
+}
+
+status entry::bto_char_av_int_to_varchar_with_fmt(batch_of<VARCHAR> batch, column_of<INT> x, constant_of<VARCHAR> format) {
+    return to_char(batch, x, format);
+}
+status entry::bto_char_av_int64_to_varchar_with_fmt(batch_of<VARCHAR> batch, column_of<BIGINT> x, constant_of<VARCHAR> format) {
+    return to_char(batch, x, format);
+}
+status entry::bto_char_av_double_to_varchar_with_fmt(batch_of<VARCHAR> batch, column_of<DOUBLE> x, constant_of<VARCHAR> format) {
+    return to_char(batch, x, format);
+}
+
+status entry::bto_char_avv_int_to_varchar_with_nls(batch_of<VARCHAR> batch, column_of<INT> x, constant_of<VARCHAR> format,
+                                                   constant_of<VARCHAR> nls) {
+    return to_char(batch, x, format, nls);
+}
+status entry::bto_char_avv_int64_to_varchar_with_nls(batch_of<VARCHAR> batch, column_of<BIGINT> x, constant_of<VARCHAR> format,
+                                                     constant_of<VARCHAR> nls) {
+    return to_char(batch, x, format, nls);
+}
+status entry::bto_char_avv_dec_to_varchar_with_nls(batch_of<VARCHAR> batch, column_of<DECIMAL> x, constant_of<VARCHAR> format,
+                                                   constant_of<VARCHAR> nls) {
+    return to_char(batch, x, format, nls);
+}
+status entry::bto_char_avv_double_to_varchar_with_nls(batch_of<VARCHAR> batch, column_of<DOUBLE> x, constant_of<VARCHAR> format,
+                                                      constant_of<VARCHAR> nls) {
+    return to_char(batch, x, format, nls);
+}
+
 } // namespace bifun
-
-using namespace bifun;
-
-status bto_char_a_int_to_varchar(BATCH_OF(column x)) { return assign_integers(BATCH, integer(x)); }
-status bto_char_a_int64_to_varchar(BATCH_OF(column x)) { return assign_integers(BATCH, bigint(x)); }
-status bto_char_a_dec_to_varchar(BATCH_OF(column x)) { return render_rows(BATCH, decimal(x), render_decimal); }
-status bto_char_a_double_to_varchar(BATCH_OF(column x)) { return render_rows(BATCH, floating(x), render_double); }
-
-status bto_char_av_int_to_varchar_with_fmt(BATCH_OF(column x, string_constant format)) { return to_char(BATCH, integer(x), format); }
-status bto_char_av_int64_to_varchar_with_fmt(BATCH_OF(column x, string_constant format)) { return to_char(BATCH, bigint(x), format); }
-status bto_char_av_double_to_varchar_with_fmt(BATCH_OF(column x, string_constant format)) { return to_char(BATCH, floating(x), format); }
-
-status bto_char_avv_int_to_varchar_with_nls(BATCH_OF(column x, string_constant format, string_constant nls)) {
-    return to_char(BATCH, integer(x), format, nls);
-}
-status bto_char_avv_int64_to_varchar_with_nls(BATCH_OF(column x, string_constant format, string_constant nls)) {
-    return to_char(BATCH, bigint(x), format, nls);
-}
-status bto_char_avv_dec_to_varchar_with_nls(BATCH_OF(column x, string_constant format, string_constant nls)) {
-    return to_char(BATCH, decimal(x), format, nls);
-}
-status bto_char_avv_double_to_varchar_with_nls(BATCH_OF(column x, string_constant format, string_constant nls)) {
-    return to_char(BATCH, floating(x), format, nls);
-}

@@ -2,7 +2,8 @@
 
 #include <array>
 
-#include "bop/frame/attempt_rows.h"
+#include "bop/frame/row_loop.h"
+#include "bop/numeric/entry_points.h"
 #include "bop/numeric/overflow.h"
 
 namespace bifun {
@@ -22,7 +23,7 @@ constexpr std::int32_t most_digits = 38; // beyond what any number of the engine
 rounding_scale scale_of(std::int32_t digits) { return {digits, std::pow(10.0, std::fabs(static_cast<double>(digits)))}; }
 
 // x scaled and rounded to an integer, halves away from zero.
-INLINED inline double whole(double x, double scaled) {
+double whole(double x, double scaled) {
     const double integral = std::trunc(scaled);
     const double fraction = scaled - integral;
     const double up = ((x > 0) & (fraction >= 0.5)) ? integral + 1.0 : integral;
@@ -30,7 +31,7 @@ INLINED inline double whole(double x, double scaled) {
 }
 
 // Digits right of the point. Where x has no place for them any more it is its own result.
-INLINED inline double round_right(double x, const rounding_scale& scale) {
+double round_right(double x, const rounding_scale& scale) {
     const double scaled = x * scale.factor;
     const bool is_result = (x == 0) | (std::fabs(scaled) > std::numeric_limits<double>::max());
     const double rounded = whole(x, scaled) / scale.factor;
@@ -38,13 +39,13 @@ INLINED inline double round_right(double x, const rounding_scale& scale) {
 }
 
 // Digits left of the point.
-INLINED inline double round_left(double x, const rounding_scale& scale) {
+double round_left(double x, const rounding_scale& scale) {
     const double rounded = whole(x, x / scale.factor) * scale.factor;
     return x == 0 ? x : rounded;
 }
 
 // The same with a factor of 1, which leaves x as it is.
-INLINED inline double round_to_integer(double x, const rounding_scale&) {
+double round_to_integer(double x, const rounding_scale&) {
     const double rounded = whole(x, x);
     return x == 0 ? x : rounded;
 }
@@ -67,20 +68,20 @@ double round_by(double x, std::int32_t digits) {
 
 using round_checks = row_checks<nullptr, check_overflow, failing_row::zero>;
 
-template <class X> INLINED inline status round_by_constant(const batch& batch, const X& x, int_constant digits) {
-    const rounding_scale scale = scale_of(digits->not_null != 0 ? digits->value : 0);
-    const constant_argument<rounding_scale> argument{scale, digits->not_null != 0};
-    if (scale.digits > most_digits) {
-        return set_rows<rows::all, round_not_at_all, round_checks>(batch, x, argument);
+status round_by_constant(const batch_of<DOUBLE>& batch, column_of<DOUBLE> x, constant_of<INT> digits) {
+    const auto [count, present] = argument(digits);
+    const constant_argument scale{scale_of(count), present};
+    if (count > most_digits) {
+        return set_all_rows<round_not_at_all, round_checks>(batch, x, scale);
     }
-    if (scale.digits > 0) {
-        return set_rows<rows::all, round_right, round_checks>(batch, x, argument);
+    if (count > 0) {
+        return set_all_rows<round_right, round_checks>(batch, x, scale);
     }
-    if (scale.digits == 0) {
-        return set_rows<rows::all, round_to_integer, round_checks>(batch, x, argument);
+    if (count == 0) {
+        return set_all_rows<round_to_integer, round_checks>(batch, x, scale);
     }
-    return std::isinf(scale.factor) ? set_rows<rows::all, round_away, round_checks>(batch, x, argument)
-                                    : set_rows<rows::all, round_left, round_checks>(batch, x, argument);
+    return std::isinf(scale.value.factor) ? set_all_rows<round_away, round_checks>(batch, x, scale)
+                                          : set_all_rows<round_left, round_checks>(batch, x, scale);
 }
 
 double truncate(double x) {
@@ -137,27 +138,20 @@ status truncate_digits(const bifun_string& text, std::int32_t scale, double& res
     return utl_digit_from_char(digits.bytes.data(), length, &result) < 0 ? BIFUN_ARGUMENT_OUT_OF_DOMAIN : BIFUN_OK;
 }
 
-template <class Text, class Scale> status truncate_texts(const batch& batch, const Text& text, const Scale& scale) {
-    return attempt_store_rows<double>(
-        batch, [](double& result, const bifun_string& value, std::int32_t digits) { return truncate_digits(value, digits, result); }, text,
-        scale);
-}
-
 } // namespace
+
+status entry::btrunc_def_a_math_dbl(batch_of<DOUBLE> batch, column_of<DOUBLE> x) { return store_all_rows<truncate>(batch, x); }
+
+status entry::bround_va_do_math_dbl(batch_of<DOUBLE> batch, constant_of<DOUBLE> x, column_of<INT> digits) {
+    return set_rows<round_by, round_checks>(batch, x, digits);
+}
+status entry::bround_av_li_math_dbl(batch_of<DOUBLE> batch, column_of<DOUBLE> x, constant_of<INT> digits) { return round_by_constant(batch, x, digits); }
+status entry::bround_aa_math_dbl(batch_of<DOUBLE> batch, column_of<DOUBLE> x, column_of<INT> digits) {
+    return set_rows<round_by, round_checks>(batch, x, digits);
+}
+
+status entry::btrunc_va_s_math(batch_of<DOUBLE> batch, constant_of<VARCHAR> text, column_of<INT> scale) { return store_rows<truncate_digits>(batch, text, scale); }
+status entry::btrunc_av_li_math(batch_of<DOUBLE> batch, column_of<VARCHAR> text, constant_of<INT> scale) { return store_rows<truncate_digits>(batch, text, scale); }
+status entry::btrunc_aa_math(batch_of<DOUBLE> batch, column_of<VARCHAR> text, column_of<INT> scale) { return store_rows<truncate_digits>(batch, text, scale); }
+
 } // namespace bifun
-
-using namespace bifun;
-
-VECTORISED status btrunc_def_a_math_dbl(BATCH_OF(column x)) { return store_rows<rows::all, truncate>(BATCH, floating(x)); }
-
-status bround_va_do_math_dbl(BATCH_OF(double_constant x, column digits)) {
-    return set_rows<rows::present, round_by, round_checks>(BATCH, floating(x), integer(digits));
-}
-VECTORISED status bround_av_li_math_dbl(BATCH_OF(column x, int_constant digits)) { return round_by_constant(BATCH, floating(x), digits); }
-status bround_aa_math_dbl(BATCH_OF(column x, column digits)) {
-    return set_rows<rows::present, round_by, round_checks>(BATCH, floating(x), integer(digits));
-}
-
-status btrunc_va_s_math(BATCH_OF(string_constant text, column scale)) { return truncate_texts(BATCH, string(text), integer(scale)); }
-status btrunc_av_li_math(BATCH_OF(column text, int_constant scale)) { return truncate_texts(BATCH, string(text), integer(scale)); }
-status btrunc_aa_math(BATCH_OF(column text, column scale)) { return truncate_texts(BATCH, string(text), integer(scale)); }

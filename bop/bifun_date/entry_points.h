@@ -1,0 +1,8 @@
+#ifndef BIFUN_DATE_ENTRY_POINTS_H
+#define BIFUN_DATE_ENTRY_POINTS_H
+
+#define BIFUN_FAMILY "bop/bifun_date/exports.def"
+#include "bop/frame/entry_points.h" // IWYU pragma: export
+#undef BIFUN_FAMILY
+
+#endif

@@ -1,0 +1,8 @@
+#ifndef BIFUN_STR_ENTRY_POINTS_H
+#define BIFUN_STR_ENTRY_POINTS_H
+
+#define BIFUN_FAMILY "bop/bifun_str/exports.def"
+#include "bop/frame/entry_points.h" // IWYU pragma: export
+#undef BIFUN_FAMILY
+
+#endif

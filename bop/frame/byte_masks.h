@@ -1,0 +1,189 @@
+// The bytes of a short text in vector registers, and what holds for each of them as one mask: bit i for byte i, none for what lies behind
+// the text. In the widest form that the build's instruction set has; all of them give the same masks.
+//
+// Without masked loads, bytes behind the text are loaded as well, but none of another page, so that nothing can happen; a text that ends a
+// page is copied first. Sanitizers do not know that, and get the plain form.
+#ifndef BIFUN_FRAME_BYTE_MASKS_H
+#define BIFUN_FRAME_BYTE_MASKS_H
+
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+
+#if defined(__AVX512BW__) && defined(__AVX512VL__) && defined(__BMI2__)
+#define BIFUN_MASKED_LOADS
+#include <immintrin.h>
+#elif defined(__SSE2__) && !defined(BIFUN_SANITIZED)
+#define BIFUN_WHOLE_LOADS
+#include <immintrin.h>
+#endif
+
+namespace bifun {
+
+constexpr std::uint8_t blank = 0x20;
+
+// 9 to 13 and 32, in every character set.
+constexpr bool is_whitespace(std::uint8_t byte) { return byte == blank || static_cast<std::uint8_t>(byte - 9) <= 4; }
+
+// The longest text that a mask has bits for.
+constexpr std::uint32_t longest_masked = 64;
+
+// `count` is at most 64.
+inline std::uint64_t first_bits(std::uint32_t count) { return count == 64 ? ~std::uint64_t{0} : (std::uint64_t{1} << count) - 1; }
+
+#if defined(BIFUN_MASKED_LOADS)
+
+// `width` bytes, 16 or 64. A short text in a short register touches fewer cache lines.
+template <std::uint32_t width> struct text_bytes;
+
+template <> struct text_bytes<64> {
+    __mmask64 here;
+    __m512i bytes;
+    text_bytes(const std::uint8_t* text, std::uint32_t length)
+        : here(_bzhi_u64(~std::uint64_t{0}, length)), bytes(_mm512_maskz_loadu_epi8(here, text)) {}
+};
+template <> struct text_bytes<16> {
+    __mmask16 here;
+    __m128i bytes;
+    text_bytes(const std::uint8_t* text, std::uint32_t length)
+        : here(static_cast<__mmask16>(_bzhi_u32(0xFFFF, length))), bytes(_mm_maskz_loadu_epi8(here, text)) {}
+};
+
+inline std::uint64_t equal_bytes(const text_bytes<64>& text, std::uint8_t byte) {
+    return _mm512_mask_cmpeq_epi8_mask(text.here, text.bytes, _mm512_set1_epi8(static_cast<char>(byte)));
+}
+inline std::uint64_t equal_bytes(const text_bytes<16>& text, std::uint8_t byte) {
+    return _mm_mask_cmpeq_epi8_mask(text.here, text.bytes, _mm_set1_epi8(static_cast<char>(byte)));
+}
+
+// The bytes of 0x80 and above.
+inline std::uint64_t bytes_beyond_ascii(const text_bytes<64>& text) { return _mm512_movepi8_mask(text.bytes); }
+inline std::uint64_t bytes_beyond_ascii(const text_bytes<16>& text) { return _mm_movepi8_mask(text.bytes); }
+
+inline std::uint64_t whitespace_bytes(const text_bytes<16>& text) {
+    const __mmask16 controls = _mm_mask_cmple_epu8_mask(text.here, _mm_sub_epi8(text.bytes, _mm_set1_epi8(9)), _mm_set1_epi8(4));
+    return equal_bytes(text, blank) | controls;
+}
+
+#elif defined(BIFUN_WHOLE_LOADS)
+
+#if defined(__AVX2__)
+using byte_vector = __m256i;
+inline byte_vector load_vector(const std::uint8_t* bytes) { return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(bytes)); }
+inline void store_vector(std::uint8_t* to, byte_vector bytes) { _mm256_storeu_si256(reinterpret_cast<__m256i*>(to), bytes); }
+inline std::uint32_t top_bits(byte_vector bytes) { return static_cast<std::uint32_t>(_mm256_movemask_epi8(bytes)); }
+inline byte_vector equal(byte_vector bytes, std::uint8_t byte) { return _mm256_cmpeq_epi8(bytes, _mm256_set1_epi8(static_cast<char>(byte))); }
+#else
+using byte_vector = __m128i;
+inline byte_vector load_vector(const std::uint8_t* bytes) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes)); }
+inline void store_vector(std::uint8_t* to, byte_vector bytes) { _mm_storeu_si128(reinterpret_cast<__m128i*>(to), bytes); }
+inline std::uint32_t top_bits(byte_vector bytes) { return static_cast<std::uint32_t>(_mm_movemask_epi8(bytes)); }
+inline byte_vector equal(byte_vector bytes, std::uint8_t byte) { return _mm_cmpeq_epi8(bytes, _mm_set1_epi8(static_cast<char>(byte))); }
+#endif
+
+// Whether `width` bytes may be loaded where a text of `length` is: it has bytes, and they lie in one page, of the smallest that processors
+// have.
+template <std::uint32_t width> bool can_load(const std::uint8_t* text, std::uint32_t length) {
+    constexpr std::uintptr_t page = 4096;
+    return length != 0 && (reinterpret_cast<std::uintptr_t>(text) & (page - 1)) <= page - width;
+}
+
+// A copy of a text where `width` bytes may be loaded.
+template <std::uint32_t width> struct loadable_copy {
+    std::uint8_t bytes[width] = {};
+    loadable_copy(const std::uint8_t* text, std::uint32_t length) {
+        if (length != 0) {
+            std::memcpy(bytes, text, length);
+        }
+    }
+};
+
+template <std::uint32_t width> struct text_bytes;
+
+template <> struct text_bytes<64> {
+    static constexpr std::size_t parts = 64 / sizeof(byte_vector);
+    std::uint64_t here;
+    byte_vector part[parts];
+
+    text_bytes(const std::uint8_t* text, std::uint32_t length) : here(first_bits(length)) {
+        const auto load = [this](const std::uint8_t* bytes) {
+            for (std::size_t i = 0; i < parts; ++i) {
+                part[i] = load_vector(bytes + i * sizeof(byte_vector));
+            }
+        };
+        if (can_load<64>(text, length)) [[likely]] {
+            load(text);
+        } else {
+            load(loadable_copy<64>(text, length).bytes);
+        }
+    }
+};
+
+template <class Test> std::uint64_t mask_of(const text_bytes<64>& text, Test test) {
+    std::uint64_t mask = 0;
+    for (std::size_t i = 0; i < text_bytes<64>::parts; ++i) {
+        mask |= std::uint64_t{top_bits(test(text.part[i]))} << i * sizeof(byte_vector);
+    }
+    return mask & text.here;
+}
+inline std::uint64_t equal_bytes(const text_bytes<64>& text, std::uint8_t byte) {
+    return mask_of(text, [byte](byte_vector bytes) { return equal(bytes, byte); });
+}
+inline std::uint64_t bytes_beyond_ascii(const text_bytes<64>& text) {
+    return mask_of(text, [](byte_vector bytes) { return bytes; });
+}
+
+template <> struct text_bytes<16> {
+    std::uint32_t here;
+    __m128i bytes;
+
+    text_bytes(const std::uint8_t* text, std::uint32_t length) : here(static_cast<std::uint32_t>(first_bits(length))) {
+        const auto load = [this](const std::uint8_t* from) { bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(from)); };
+        if (can_load<16>(text, length)) [[likely]] {
+            load(text);
+        } else {
+            load(loadable_copy<16>(text, length).bytes);
+        }
+    }
+};
+inline std::uint64_t mask_of(const text_bytes<16>& text, __m128i found) {
+    return static_cast<std::uint32_t>(_mm_movemask_epi8(found)) & text.here;
+}
+inline std::uint64_t equal_bytes(const text_bytes<16>& text, std::uint8_t byte) {
+    return mask_of(text, _mm_cmpeq_epi8(text.bytes, _mm_set1_epi8(static_cast<char>(byte))));
+}
+inline std::uint64_t bytes_beyond_ascii(const text_bytes<16>& text) { return mask_of(text, text.bytes); }
+inline std::uint64_t whitespace_bytes(const text_bytes<16>& text) {
+    const __m128i from_tab = _mm_sub_epi8(text.bytes, _mm_set1_epi8(9));
+    const __m128i controls = _mm_cmpeq_epi8(_mm_min_epu8(from_tab, _mm_set1_epi8(4)), from_tab);
+    return mask_of(text, _mm_or_si128(controls, _mm_cmpeq_epi8(text.bytes, _mm_set1_epi8(static_cast<char>(blank)))));
+}
+
+#else
+
+template <std::uint32_t width> struct text_bytes {
+    const std::uint8_t* text;
+    std::uint32_t length;
+    text_bytes(const std::uint8_t* text, std::uint32_t length) : text(text), length(length) {}
+};
+
+template <std::uint32_t width, class Test> std::uint64_t mask_of(const text_bytes<width>& text, Test test) {
+    std::uint64_t mask = 0;
+    for (std::uint32_t i = 0; i < text.length; ++i) {
+        mask |= std::uint64_t{test(text.text[i]) ? 1U : 0U} << i;
+    }
+    return mask;
+}
+template <std::uint32_t width> std::uint64_t equal_bytes(const text_bytes<width>& text, std::uint8_t byte) {
+    return mask_of(text, [byte](std::uint8_t found) { return found == byte; });
+}
+template <std::uint32_t width> std::uint64_t bytes_beyond_ascii(const text_bytes<width>& text) {
+    return mask_of(text, [](std::uint8_t found) { return found >= 0x80; });
+}
+template <std::uint32_t width> std::uint64_t whitespace_bytes(const text_bytes<width>& text) { return mask_of(text, is_whitespace); }
+
+#endif
+
+} // namespace bifun
+
+#endif
