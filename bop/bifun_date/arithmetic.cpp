@@ -48,13 +48,13 @@ template <class Datetimes> status add_number_of_weeks(const zqtime& value, std::
 
 // Many rows at once, where datetimes are packed. How many days a count stands for is one more constant to the kernel.
 template <class Value, class Count>
-status add_days_at_once(const batch_of<DATETIME>& batch, Value value, Count count, std::int64_t days_per_count) {
+status add_days_at_once(batch_of<DATETIME> batch, Value value, Count count, std::int64_t days_per_count) {
     using checks = row_checks<check_add_days_packed, nullptr, failing_row::null>;
     return set_all_rows<add_days_packed, checks>(batch, value, count, constant_argument{days_per_count, true});
 }
 
 template <class Amount, class Value>
-status dateadd(const batch_of<DATETIME>& batch, constant_of<INT> given_field, Amount amount, Value value) {
+status dateadd(batch_of<DATETIME> batch, constant_of<INT> given_field, Amount amount, Value value) {
     const auto [field, present] = argument(given_field);
     if (!present) {
         return null_rows(batch);
@@ -70,11 +70,11 @@ status dateadd(const batch_of<DATETIME>& batch, constant_of<INT> given_field, Am
     });
 }
 
-template <class Value> status add_days(const batch_of<DATETIME>& batch, Value value, column_of<DOUBLE> days) {
+template <class Value> status add_days(batch_of<DATETIME> batch, Value value, column_of<DOUBLE> days) {
     return with_datetimes([&]<class Datetimes>(Datetimes) { return set_rows<add_number_of_days<Datetimes>>(batch, value, days); });
 }
 
-status add_days(const batch_of<DATETIME>& batch, column_of<DATETIME> value, constant_of<DOUBLE> given_days) {
+status add_days(batch_of<DATETIME> batch, column_of<DATETIME> value, constant_of<DOUBLE> given_days) {
     const auto [days, present] = argument(given_days);
     datetime_arithmetic::day_span whole;
     if (datetimes_are_packed() && datetime_arithmetic::split_days(days, whole) && whole.microseconds == 0) {
@@ -87,19 +87,19 @@ status add_days(const batch_of<DATETIME>& batch, column_of<DATETIME> value, cons
     });
 }
 
-template <class Value, class Weeks> status add_weeks(const batch_of<DATETIME>& batch, Value value, Weeks weeks) {
+template <class Value, class Weeks> status add_weeks(batch_of<DATETIME> batch, Value value, Weeks weeks) {
     return with_datetimes([&]<class Datetimes>(Datetimes) { return set_rows<add_number_of_weeks<Datetimes>>(batch, value, weeks); });
 }
 
-template <class Value, class Months> status add_months(const batch_of<DATETIME>& batch, Value value, Months months) {
+template <class Value, class Months> status add_months(batch_of<DATETIME> batch, Value value, Months months) {
     return with_datetimes([&]<class Datetimes>(Datetimes) { return set_rows<Datetimes::add_months>(batch, value, months); });
 }
 
-template <class Interval> status add_interval(const batch_of<DATETIME>& batch, column_of<DATETIME> value, Interval interval) {
+template <class Interval> status add_interval(batch_of<DATETIME> batch, column_of<DATETIME> value, Interval interval) {
     return with_datetimes([&]<class Datetimes>(Datetimes) { return set_rows<Datetimes::add_interval>(batch, value, interval); });
 }
 
-template <class Interval> status subtract_interval(const batch_of<DATETIME>& batch, column_of<DATETIME> value, Interval interval) {
+template <class Interval> status subtract_interval(batch_of<DATETIME> batch, column_of<DATETIME> value, Interval interval) {
     return with_datetimes([&]<class Datetimes>(Datetimes) { return set_rows<Datetimes::subtract_interval>(batch, value, interval); });
 }
 

@@ -51,7 +51,7 @@ template <class Datetimes> status datediff(const zqtime& start, const zqtime& en
 }
 
 template <class Start, class End>
-status datediff_rows(const batch_of<INT>& batch, constant_of<INT> field, Start start, End end) {
+status datediff_rows(batch_of<INT> batch, constant_of<INT> field, Start start, End end) {
     const auto [code, present] = argument(field);
     switch (datetimes_are_packed() && present ? code : 0) {
     case ZQTIME_YEAR:
@@ -118,7 +118,7 @@ status ifun_parse_bigdatediff(std::int32_t field, const zqtime& s, const zqtime&
 }
 
 template <class Start, class End>
-status bigdatediff_rows(const batch_of<BIGINT>& batch, constant_of<INT> field, Start start, End end) {
+status bigdatediff_rows(batch_of<BIGINT> batch, constant_of<INT> field, Start start, End end) {
     const auto [code, present] = argument(field);
     if (datetimes_are_packed() && present && code == ZQTIME_SECOND) {
         return set_all_rows<packed_big_seconds>(batch, start, end);
@@ -129,13 +129,13 @@ status bigdatediff_rows(const batch_of<BIGINT>& batch, constant_of<INT> field, S
 
 // ---- *_BETWEEN ---------------------------------------------------------------------------------------------------------------------
 
-template <class A, class B> status days_between(const batch_of<INT>& batch, A a, B b) {
+template <class A, class B> status days_between(batch_of<INT> batch, A a, B b) {
     return datetimes_are_packed() ? set_all_rows<packed_datetimes::diff_day>(batch, a, b) : set_rows<engine_datetimes::diff_day>(batch, a, b);
 }
 
 template <class Datetimes> std::int32_t years_of_two(const zqtime& a, const zqtime& b) { return Datetimes::year(a) - Datetimes::year(b); }
 
-template <class A, class B> status years_between(const batch_of<INT>& batch, A a, B b) {
+template <class A, class B> status years_between(batch_of<INT> batch, A a, B b) {
     return datetimes_are_packed() ? set_all_rows<years_of_two<packed_datetimes>>(batch, a, b)
                                   : set_rows<years_of_two<engine_datetimes>>(batch, a, b);
 }
@@ -170,11 +170,11 @@ template <class Datetimes> status ifun_parse_months_between(const zqtime& a, con
     return xdec_from_double(&result, day_a == day_b || are_ends ? months : months + (day_a - day_b) / 31.0);
 }
 
-template <class A, class B> status weeks_between(const batch_of<INT>& batch, A a, B b) {
+template <class A, class B> status weeks_between(batch_of<INT> batch, A a, B b) {
     return with_datetimes([&]<class Datetimes>(Datetimes) { return set_rows<ifun_parse_weeks_between<Datetimes>>(batch, a, b); });
 }
 
-template <class A, class B> status months_between(const batch_of<DECIMAL>& batch, A a, B b) {
+template <class A, class B> status months_between(batch_of<DECIMAL> batch, A a, B b) {
     return with_datetimes([&]<class Datetimes>(Datetimes) { return set_rows<ifun_parse_months_between<Datetimes>>(batch, a, b); });
 }
 

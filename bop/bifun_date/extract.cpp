@@ -51,13 +51,13 @@ double seconds_of_interval(const bifun_interval_dt& value) { return value.second
 
 // ---- columns of datetimes ----------------------------------------------------------------------------------------------------
 
-template <auto packed_kernel, auto engine_kernel> status rows_of(const batch_of<INT>& batch, column_of<DATETIME> value) {
+template <auto packed_kernel, auto engine_kernel> status rows_of(batch_of<INT> batch, column_of<DATETIME> value) {
     return datetimes_are_packed() ? store_all_rows<packed_kernel>(batch, value) : store_rows<engine_kernel>(batch, value);
 }
 
 template <class Result, class Value> status refuse(const Value&, Result&) { return BIFUN_ARGUMENT_OUT_OF_DOMAIN; }
 
-template <value_type result, value_type type> status refuse_rows(const batch_of<result>& batch, column_of<type> value) {
+template <value_type result, value_type type> status refuse_rows(batch_of<result> batch, column_of<type> value) {
     return store_rows<refuse<stored<result>, stored<type>>>(batch, value);
 }
 
@@ -73,7 +73,7 @@ constexpr field_set datepart_fields =
 
 bool contains(field_set set, std::int32_t field) { return field > 0 && field < 32 && (set >> field & 1) != 0; }
 
-status field_rows(const batch_of<INT>& batch, std::int32_t field, field_set allowed, column_of<DATETIME> value) {
+status field_rows(batch_of<INT> batch, std::int32_t field, field_set allowed, column_of<DATETIME> value) {
     using packed = packed_datetimes;
     using engine = engine_datetimes;
     switch (contains(allowed, field) ? field : 0) {
@@ -119,7 +119,7 @@ template <class Rows> status rows_of_field(const batch& batch, constant_of<INT> 
     return outcome;
 }
 
-status extract(const batch_of<INT>& batch, constant_of<INT> field, field_set allowed, column_of<DATETIME> value) {
+status extract(batch_of<INT> batch, constant_of<INT> field, field_set allowed, column_of<DATETIME> value) {
     return rows_of_field(batch, field, [&](std::int32_t code) { return field_rows(batch, code, allowed, value); });
 }
 

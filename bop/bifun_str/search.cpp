@@ -67,7 +67,7 @@ value_or_null binstr_def2_av_process_ignore_blank(const text_operations& texts, 
     return {};
 }
 
-template <class Text> status rows_of_search(const batch_of<INT>& batch, pattern_search& search, Text text) {
+template <class Text> status rows_of_search(batch_of<INT> batch, pattern_search& search, Text text) {
     return with_scratch(batch.environment, batch.memory, string_source_file, [&](scratch& text_scratch) {
         batch_search by{search, text_scratch};
         if (!search.request.is_plain() || search.pattern.length > longest_plain_pattern) {
@@ -81,7 +81,7 @@ template <class Text> status rows_of_search(const batch_of<INT>& batch, pattern_
 }
 
 template <class Text>
-status search_for_constant(const batch_of<INT>& batch, constant_of<VARCHAR> given, const search_request& request,
+status search_for_constant(batch_of<INT> batch, constant_of<VARCHAR> given, const search_request& request,
                            search_algorithm algorithm, Text text) {
     const auto [pattern, present] = argument(given);
     if (!present || is_empty(pattern)) {
@@ -123,7 +123,7 @@ value_or_null binstr_def2_aa_process(const text_operations& texts, const bifun_s
 }
 
 template <class Text>
-status search_for_column(const batch_of<INT>& batch, column_of<VARCHAR> pattern, const search_request& request,
+status search_for_column(batch_of<INT> batch, column_of<VARCHAR> pattern, const search_request& request,
                          search_algorithm short_pattern_algorithm, Text text) {
     return with_row_search(batch.environment, batch.memory, request, short_pattern_algorithm, [&](row_search& search) {
         return set_rows<binstr_def2_aa_process>(batch, fixed(text_operations_of_engine()), pattern, text, shared(search));
@@ -139,7 +139,7 @@ search_algorithm algorithm_for(const bifun_string& pattern, const search_request
                                                                                           : search_algorithm::boyer_moore;
 }
 
-status instr(const batch_of<INT>& batch, column_of<VARCHAR> text, constant_of<VARCHAR> pattern, constant_of<INT> start,
+status instr(batch_of<INT> batch, column_of<VARCHAR> text, constant_of<VARCHAR> pattern, constant_of<INT> start,
              constant_of<INT> occurrence, bool in_bytes) {
     const auto sought = argument(pattern);
     const auto from = argument(start);
@@ -158,7 +158,7 @@ status instr(const batch_of<INT>& batch, column_of<VARCHAR> text, constant_of<VA
 constexpr bifun_int_constant first_occurrence{1, 1};
 
 // INSTR with two arguments, and POSITION.
-status instr(const batch_of<INT>& batch, column_of<VARCHAR> text, constant_of<VARCHAR> pattern, const search_request& request) {
+status instr(batch_of<INT> batch, column_of<VARCHAR> text, constant_of<VARCHAR> pattern, const search_request& request) {
     return search_for_constant(batch, pattern, folded(request, folding::upper), search_algorithm::boyer_moore, text);
 }
 
@@ -166,16 +166,16 @@ status instr(const batch_of<INT>& batch, column_of<VARCHAR> text, constant_of<VA
 
 // Texts are compared as they are stored, whatever the server does about case.
 
-status locate(const batch_of<INT>& batch, constant_of<VARCHAR> pattern, column_of<VARCHAR> text, const search_request& request) {
+status locate(batch_of<INT> batch, constant_of<VARCHAR> pattern, column_of<VARCHAR> text, const search_request& request) {
     return search_for_constant(batch, pattern, request, search_algorithm::boyer_moore, text);
 }
 
-template <class Text> status locate(const batch_of<INT>& batch, column_of<VARCHAR> pattern, Text text, const search_request& request) {
+template <class Text> status locate(batch_of<INT> batch, column_of<VARCHAR> pattern, Text text, const search_request& request) {
     return search_for_column(batch, pattern, request, search_algorithm::boyer_moore, text);
 }
 
 // A start below 1 finds nothing.
-template <class Pattern, class Text> status locate(const batch_of<INT>& batch, Pattern pattern, Text text, constant_of<INT> start) {
+template <class Pattern, class Text> status locate(batch_of<INT> batch, Pattern pattern, Text text, constant_of<INT> start) {
     const auto [from, present] = argument(start);
     return present ? locate(batch, pattern, text, search_request{folding::none, false, std::max(from, 0), 1}) : null_rows(batch);
 }

@@ -169,11 +169,11 @@ status substrb_to_end(const text_operations& texts, const bifun_string& text, st
 
 // ---- batches -------------------------------------------------------------------------------------------------------------
 
-template <auto kernel, class... Arguments> status rows_of_texts(const batch_of<VARCHAR>& batch, Arguments... arguments) {
+template <auto kernel, class... Arguments> status rows_of_texts(batch_of<VARCHAR> batch, Arguments... arguments) {
     return string_rows<kernel>(batch, fixed(text_operations_of_engine()), arguments...);
 }
 
-template <auto kernel> status end_of_text(const batch_of<VARCHAR>& batch, column_of<VARCHAR> text, constant_of<INT> count) {
+template <auto kernel> status end_of_text(batch_of<VARCHAR> batch, column_of<VARCHAR> text, constant_of<INT> count) {
     const auto [characters, present] = argument(count);
     return present && characters < 0 ? fail_batch(batch, BIFUN_ARGUMENT_OUT_OF_DOMAIN) : rows_of_texts<kernel>(batch, text, count);
 }

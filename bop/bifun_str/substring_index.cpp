@@ -117,7 +117,7 @@ status substring_index(const text_operations& texts, const bifun_string& value, 
 }
 
 template <class Delimiter>
-status substring_index_rows(const batch_of<VARCHAR>& batch, column_of<VARCHAR> text, Delimiter delimiter, constant_of<INT> count) {
+status substring_index_rows(batch_of<VARCHAR> batch, column_of<VARCHAR> text, Delimiter delimiter, constant_of<INT> count) {
     return with_scratch(batch.environment, batch.memory, string_source_file, [&](scratch& memory) {
         index_scratch scratch{batch, memory};
         return string_rows<substring_index>(batch, fixed(text_operations_of_engine()), text, delimiter, count, shared(scratch));

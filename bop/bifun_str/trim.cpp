@@ -210,25 +210,25 @@ value_or_unwritten trim_one_character(const text_operations& texts, const bifun_
 
 // ---- batches -------------------------------------------------------------------------------------------------------------
 
-template <trim_kernel kernel> status trim_blanks(const batch_of<VARCHAR>& batch, column_of<VARCHAR> text) {
+template <trim_kernel kernel> status trim_blanks(batch_of<VARCHAR> batch, column_of<VARCHAR> text) {
     constexpr trim_set blanks{{0, 1, nullptr}, false, false, {}};
     return string_rows<kernel>(batch, fixed(text_operations_of_engine()), text, fixed(blanks));
 }
 
 template <trim_kernel kernel>
-status trim_by_constant(const batch_of<VARCHAR>& batch, column_of<VARCHAR> text, constant_of<VARCHAR> set) {
+status trim_by_constant(batch_of<VARCHAR> batch, column_of<VARCHAR> text, constant_of<VARCHAR> set) {
     const text_operations texts = text_operations_of_engine();
     const auto [characters, present] = argument(set);
     return string_rows<kernel>(batch, fixed(texts), text, constant_argument{make_trim_set(texts, characters), present});
 }
 
-template <trim_kernel kernel, class Text> status trim_by_column(const batch_of<VARCHAR>& batch, Text text, column_of<VARCHAR> set) {
+template <trim_kernel kernel, class Text> status trim_by_column(batch_of<VARCHAR> batch, Text text, column_of<VARCHAR> set) {
     return string_rows<trim_by_row<kernel>>(batch, fixed(text_operations_of_engine()), text, set);
 }
 
 // TRIM with a mode, whose set is one character.
 
-template <class Text> status trim_by_column(const batch_of<VARCHAR>& batch, constant_of<INT> mode, Text text, column_of<VARCHAR> set) {
+template <class Text> status trim_by_column(batch_of<VARCHAR> batch, constant_of<INT> mode, Text text, column_of<VARCHAR> set) {
     const auto [sides, present] = argument(mode);
     const auto texts = fixed(text_operations_of_engine());
     return !present                  ? null_rows(batch)

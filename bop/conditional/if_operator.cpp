@@ -114,7 +114,7 @@ status choose_rows(const batch& batch, const condition_argument& condition, cons
 }
 
 template <value_type type, template <value_type> class X, template <value_type> class Y>
-status if_operator(const batch_of<type>& batch, column_of<BOOL> condition, X<type> x, Y<type> y) {
+status if_operator(batch_of<type> batch, column_of<BOOL> condition, X<type> x, Y<type> y) {
     return choose_rows(batch, argument(condition), argument(x), argument(y));
 }
 

@@ -59,21 +59,21 @@ template <class T, class Y> status choose_values(const batch& batch, const colum
     return for_each_block(batch.row_count, choose_block, x, y);
 }
 
-template <value_type type, template <value_type> class Y> status nvl(const batch_of<type>& batch, column_of<type> x, Y<type> y) {
+template <value_type type, template <value_type> class Y> status nvl(batch_of<type> batch, column_of<type> x, Y<type> y) {
     return choose_values(batch, argument(x), argument(y));
 }
 
 // ---- strings -----------------------------------------------------------------------------------------------------------
 
-void assign(const batch_of<VARCHAR>& batch, std::uint32_t row, const bifun_string& value) {
+void assign(batch_of<VARCHAR> batch, std::uint32_t row, const bifun_string& value) {
     (void)bdta3_col_assign_str(batch.environment, batch.memory, batch.result, row, value.data, value.length, value.trailing_blanks);
 }
 
-void assign(const batch_of<VARBINARY>& batch, std::uint32_t row, const bifun_string& value) {
+void assign(batch_of<VARBINARY> batch, std::uint32_t row, const bifun_string& value) {
     (void)bdta3_col_assign_bin(batch.environment, batch.memory, batch.result, row, value.data, value.length);
 }
 
-template <value_type type, template <value_type> class Y> status nvl_string(const batch_of<type>& batch, column_of<type> x, Y<type> y) {
+template <value_type type, template <value_type> class Y> status nvl_string(batch_of<type> batch, column_of<type> x, Y<type> y) {
     const status begun = begin_with(batch, argument(x), argument(y));
     if (begun != BIFUN_OK) {
         return begun;

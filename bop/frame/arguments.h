@@ -176,8 +176,8 @@ template <class T> struct block_of<shared_argument<T>> {
 // Calls `body(first, count, rows...)` for the blocks of a batch, which begin at row `first` of it, until one returns a status below 0.
 // Returns that, or 0.
 template <class Body, class... Arguments>
-status for_each_block(std::uint32_t row_count, const Body& body, const Arguments&... arguments) {
-    return [&](auto&&... block) -> status {
+[[gnu::always_inline]] inline status for_each_block(std::uint32_t row_count, const Body& body, const Arguments&... arguments) {
+    return [&](auto&&... block) __attribute__((always_inline)) -> status {
         std::uint32_t count = 0;
         for (std::uint32_t first = 0; first < row_count; first += count) {
             count = row_count - first < rows_per_block ? row_count - first : rows_per_block;

@@ -52,7 +52,10 @@ struct batch {
     bifun_column* result;
     std::uint32_t row_count;
 };
-template <value_type result_type> struct batch_of : batch {};
+template <value_type result_type> struct typed_batch : batch {};
+
+// By reference: copying one takes as long as evaluating a row.
+template <value_type result_type> using batch_of = const typed_batch<result_type>&;
 
 inline std::uint8_t* null_flags(const batch& batch) { return batch.result->data->null_flags; }
 

@@ -13,7 +13,8 @@ template <value_type result, class... Arguments, status (*entry)(batch_of<result
 
     static status call(bifun_environment* environment, bifun_memory_object* memory, decltype(given(Arguments{}))... arguments,
                        bifun_column* result_column, std::uint32_t row_count) {
-        return entry({{environment, memory, result_column, row_count}}, Arguments{arguments}...);
+        const typed_batch<result> batch{{environment, memory, result_column, row_count}};
+        return entry(batch, Arguments{arguments}...);
     }
 };
 

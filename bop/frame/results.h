@@ -32,7 +32,7 @@ template <class Result> struct stored_results {
 // Through the engine's setters.
 template <class Result> struct set_results {
     using place = Result;
-    bifun::batch batch;
+    const bifun::batch& batch;
 
     explicit set_results(const bifun::batch& batch) : batch(batch) {}
     template <class Evaluate> status row(std::uint32_t row, const Evaluate& evaluate) {
@@ -53,7 +53,7 @@ inline void assign_string(const batch& batch, std::uint32_t row, const bifun_str
 // Strings whose bytes the engine copies. They may be those of an argument or of the caller.
 struct assigned_strings {
     using place = bifun_string;
-    bifun::batch batch;
+    const bifun::batch& batch;
 
     explicit assigned_strings(const bifun::batch& batch) : batch(batch) {}
     template <class Evaluate> status row(std::uint32_t row, const Evaluate& evaluate) {
@@ -70,7 +70,7 @@ struct assigned_strings {
 // The same, copied into the column's free bytes where these lie open and the value fits with room behind it.
 struct copied_strings {
     using place = bifun_string;
-    bifun::batch batch;
+    const bifun::batch& batch;
     bifun_string* values;
     bdta3_free_bytes free; // a copy, so that it stays in registers: only this loop writes the column
 
@@ -103,7 +103,7 @@ enum class room_source : std::uint8_t { string, column_space };
 
 // Room for the bytes of one row, as the result of a kernel that knows the length before it writes.
 template <room_source source> struct room_in {
-    bifun::batch batch;
+    const bifun::batch& batch;
     std::uint32_t row;
 };
 using string_room = room_in<room_source::string>;
@@ -133,7 +133,7 @@ status make_room(room_in<source>& room, std::uint32_t length, std::uint32_t trai
 
 template <class Room> struct built_strings {
     using place = Room;
-    bifun::batch batch;
+    const bifun::batch& batch;
 
     explicit built_strings(const bifun::batch& batch) : batch(batch) {}
     template <class Evaluate> status row(std::uint32_t row, const Evaluate& evaluate) {

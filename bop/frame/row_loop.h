@@ -168,7 +168,7 @@ template <auto kernel, class Checks, class Result, class... Values> status evalu
 }
 
 template <auto kernel, class Checks, class Results, class... Rows>
-[[gnu::flatten]] status evaluate_one_by_one(const batch& batch, Results& results, std::uint32_t first, std::uint32_t count, bool no_nulls,
+status evaluate_one_by_one(const batch& batch, Results& results, std::uint32_t first, std::uint32_t count, bool no_nulls,
                                             const Rows&... rows) {
     std::uint8_t* const flags = null_flags(batch) + first;
     for (std::uint32_t k = 0; k < count; ++k) {
@@ -217,7 +217,7 @@ inline status stop_at_failure(const batch& batch, status outcome) {
 }
 
 template <auto kernel, class Checks, class Result, class... Arguments>
-status evaluate_all_rows(const batch& batch, const Arguments&... arguments) {
+[[gnu::flatten]] status evaluate_all_rows(const batch& batch, const Arguments&... arguments) {
     const bool no_nulls = (has_no_nulls(arguments) && ...);
     batch.result->no_nulls = joint_no_null_flag(arguments...);
     const auto block = [&](std::uint32_t first, std::uint32_t count, const auto&... rows) {
@@ -227,7 +227,7 @@ status evaluate_all_rows(const batch& batch, const Arguments&... arguments) {
 }
 
 template <auto kernel, class Checks, class Results, class... Arguments>
-status evaluate_rows(const batch& batch, const Arguments&... arguments) {
+[[gnu::flatten]] status evaluate_rows(const batch& batch, const Arguments&... arguments) {
     const bool no_nulls = (has_no_nulls(arguments) && ...);
     batch.result->no_nulls = no_null_flag<kernel>(arguments...);
     Results results(batch);
@@ -262,23 +262,23 @@ status evaluate_into(const batch& batch, const Arguments&... arguments) {
 }
 
 template <auto kernel, class Checks = no_checks, value_type result, class... Arguments>
-status store_all_rows(const batch_of<result>& batch, Arguments... arguments) {
+status store_all_rows(batch_of<result> batch, Arguments... arguments) {
     return store_all<kernel, Checks, stored<result>>(batch, argument(arguments)...);
 }
 
 template <auto kernel, class Checks = no_checks, value_type result, class... Arguments>
-status set_all_rows(const batch_of<result>& batch, Arguments... arguments) {
+status set_all_rows(batch_of<result> batch, Arguments... arguments) {
     return setters_are_plain_stores() ? store_all<kernel, Checks, stored<result>>(batch, argument(arguments)...)
                                       : evaluate_into<kernel, Checks, set_results, stored<result>>(batch, argument(arguments)...);
 }
 
 template <auto kernel, class Checks = no_checks, value_type result, class... Arguments>
-status store_rows(const batch_of<result>& batch, Arguments... arguments) {
+status store_rows(batch_of<result> batch, Arguments... arguments) {
     return evaluate_into<kernel, Checks, stored_results, stored<result>>(batch, argument(arguments)...);
 }
 
 template <auto kernel, class Checks = no_checks, value_type result, class... Arguments>
-status set_rows(const batch_of<result>& batch, Arguments... arguments) {
+status set_rows(batch_of<result> batch, Arguments... arguments) {
     return setters_are_plain_stores() ? store_rows<kernel, Checks>(batch, arguments...)
                                       : evaluate_into<kernel, Checks, set_results, stored<result>>(batch, argument(arguments)...);
 }
@@ -288,7 +288,7 @@ template <auto kernel, class Results, class... Arguments> status evaluate_string
     return (is_null_constant(arguments) || ...) ? null_rows(batch) : evaluate_rows<kernel, no_checks, Results>(batch, arguments...);
 }
 
-template <auto kernel, class... Arguments> status string_rows(const batch_of<VARCHAR>& batch, Arguments... arguments) {
+template <auto kernel, class... Arguments> status string_rows(batch_of<VARCHAR> batch, Arguments... arguments) {
     using result = result_of<kernel, Arguments...>;
     if constexpr (!std::is_same_v<result, bifun_string>) {
         return evaluate_strings<kernel, built_strings<result>>(batch, argument(arguments)...);

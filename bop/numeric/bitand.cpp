@@ -204,7 +204,7 @@ status bbitanddec_av_ulint64_process(const xdec& value, const bitand_constant& c
 
 // ---- batches ----
 
-status bbit_and_dec_av_ulint64(const batch_of<DECIMAL>& batch, column_of<DECIMAL> x, const xdec& integer) {
+status bbit_and_dec_av_ulint64(batch_of<DECIMAL> batch, column_of<DECIMAL> x, const xdec& integer) {
     constant_argument constant{bitand_constant{}, true};
     bitand_constant& y = constant.value;
     (void)xdec_get_ulint64(&integer, &y.bits);
@@ -213,7 +213,7 @@ status bbit_and_dec_av_ulint64(const batch_of<DECIMAL>& batch, column_of<DECIMAL
     return set_rows<bbitanddec_av_ulint64_process>(batch, x, constant);
 }
 
-status bbit_and_for_dec_av_dec(const batch_of<DECIMAL>& batch, column_of<DECIMAL> x, const xdec& integer) {
+status bbit_and_for_dec_av_dec(batch_of<DECIMAL> batch, column_of<DECIMAL> x, const xdec& integer) {
     constant_argument constant{bitand_constant{}, true};
     bitand_constant& y = constant.value;
     y.sign = integer.bytes[0];

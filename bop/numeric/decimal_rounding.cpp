@@ -97,11 +97,11 @@ template <class Set> status with_decimals(const Set& set) {
     return decimals_are_packed() ? set(packed_decimals{}) : set(engine_decimals{});
 }
 
-template <class X, class Digits> status truncate_rows(const batch_of<DECIMAL>& batch, X x, Digits digits) {
+template <class X, class Digits> status truncate_rows(batch_of<DECIMAL> batch, X x, Digits digits) {
     return with_decimals([&](auto decimals) { return set_rows<decltype(decimals)::truncate_to>(batch, x, digits); });
 }
 
-template <class X, class Digits> status round_rows(const batch_of<DECIMAL>& batch, X x, Digits digits) {
+template <class X, class Digits> status round_rows(batch_of<DECIMAL> batch, X x, Digits digits) {
     return with_decimals([&](auto decimals) { return set_rows<decltype(decimals)::round_to>(batch, x, digits); });
 }
 

@@ -31,11 +31,11 @@ const xdec& lesser_packed(const xdec& x, const xdec& y) {
     return choose(decimal_layout::is_less(x, y), x, y);
 }
 
-template <class X, class Y> status greatest_decimals(const batch_of<DECIMAL>& batch, X x, Y y) {
+template <class X, class Y> status greatest_decimals(batch_of<DECIMAL> batch, X x, Y y) {
     return decimals_are_packed() ? store_rows<greater_packed>(batch, x, y) : store_rows<greater_decimal>(batch, x, y);
 }
 
-template <class X, class Y> status least_decimals(const batch_of<DECIMAL>& batch, X x, Y y) {
+template <class X, class Y> status least_decimals(batch_of<DECIMAL> batch, X x, Y y) {
     return decimals_are_packed() ? store_rows<lesser_packed>(batch, x, y) : store_rows<lesser_decimal>(batch, x, y);
 }
 

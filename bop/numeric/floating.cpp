@@ -69,7 +69,7 @@ template <class X, class Y> status remainders_at_once(const batch& batch, const 
     return for_each_block(batch.row_count, divide, x, y);
 }
 
-template <class X, class Y> status remainders(const batch_of<DOUBLE>& batch, X x, Y y) {
+template <class X, class Y> status remainders(batch_of<DOUBLE> batch, X x, Y y) {
     return vectors_fuse_multiply_add && setters_are_plain_stores() ? remainders_at_once(batch, argument(x), argument(y))
                                                                    : set_rows<remainder>(batch, x, y);
 }

@@ -102,14 +102,14 @@ template <class Number> status format_number(const Number& number, number_format
     return rendered;
 }
 
-template <value_type type> status format_rows(const batch_of<VARCHAR>& batch, column_of<type> numbers, number_formatting& by) {
+template <value_type type> status format_rows(batch_of<VARCHAR> batch, column_of<type> numbers, number_formatting& by) {
     return string_rows<format_number<stored<type>>>(batch, numbers, shared(by));
 }
 
 // A format of such a length makes every row NULL, whatever its null flag says.
 bool is_no_format(constant_of<VARCHAR> format) { return format.record->length < 1 || format.record->length > longest_format; }
 
-template <value_type type> status to_char(const batch_of<VARCHAR>& batch, column_of<type> numbers, constant_of<VARCHAR> format) {
+template <value_type type> status to_char(batch_of<VARCHAR> batch, column_of<type> numbers, constant_of<VARCHAR> format) {
     if (is_no_format(format)) {
         return null_rows(batch);
     }
@@ -121,7 +121,7 @@ template <value_type type> status to_char(const batch_of<VARCHAR>& batch, column
 }
 
 template <value_type type>
-status to_char(const batch_of<VARCHAR>& batch, column_of<type> numbers, constant_of<VARCHAR> format, constant_of<VARCHAR> nls) {
+status to_char(batch_of<VARCHAR> batch, column_of<type> numbers, constant_of<VARCHAR> format, constant_of<VARCHAR> nls) {
     if (is_no_format(format)) {
         return null_rows(batch);
     }

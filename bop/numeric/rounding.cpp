@@ -68,7 +68,7 @@ double round_by(double x, std::int32_t digits) {
 
 using round_checks = row_checks<nullptr, check_overflow, failing_row::zero>;
 
-status round_by_constant(const batch_of<DOUBLE>& batch, column_of<DOUBLE> x, constant_of<INT> digits) {
+status round_by_constant(batch_of<DOUBLE> batch, column_of<DOUBLE> x, constant_of<INT> digits) {
     const auto [count, present] = argument(digits);
     const constant_argument scale{scale_of(count), present};
     if (count > most_digits) {
