@@ -208,11 +208,17 @@ value_or_unwritten trim_one_character(const text_operations& texts, const bifun_
     return is_one_character(characters) ? trim_by_row<kernel>(texts, value, characters, text) : BIFUN_TRIM_SET_NOT_ONE_CHARACTER;
 }
 
+// The same for a blank. What is known when the kernel is compiled leaves little of it.
+template <trim_kernel kernel>
+value_or_unwritten trim_blanks(const text_operations& texts, const bifun_string& value, bifun_string& text) {
+    constexpr trim_set blank_set{{0, 1, nullptr}, false, false, {}};
+    return kernel(texts, value, blank_set, text);
+}
+
 // ---- batches -------------------------------------------------------------------------------------------------------------
 
-template <trim_kernel kernel> status trim_blanks(batch_of<VARCHAR> batch, column_of<VARCHAR> text) {
-    constexpr trim_set blanks{{0, 1, nullptr}, false, false, {}};
-    return string_rows<kernel>(batch, fixed(text_operations_of_engine()), text, fixed(blanks));
+template <trim_kernel kernel> status trim_by_default(batch_of<VARCHAR> batch, column_of<VARCHAR> text) {
+    return string_rows<trim_blanks<kernel>>(batch, fixed(text_operations_of_engine()), text);
 }
 
 template <trim_kernel kernel>
@@ -257,9 +263,9 @@ status entry::btrim_vav_str(batch_of<VARCHAR> batch, constant_of<INT> mode, colu
                                     : trim_by_constant<btrim_process>(batch, text, set);
 }
 
-status entry::btrim_def_a_str(batch_of<VARCHAR> batch, column_of<VARCHAR> text) { return trim_blanks<btrim_process>(batch, text); }
-status entry::bltrim_def_a_str(batch_of<VARCHAR> batch, column_of<VARCHAR> text) { return trim_blanks<bltrim_process>(batch, text); }
-status entry::brtrim_def_a_str(batch_of<VARCHAR> batch, column_of<VARCHAR> text) { return trim_blanks<brtrim_process>(batch, text); }
+status entry::btrim_def_a_str(batch_of<VARCHAR> batch, column_of<VARCHAR> text) { return trim_by_default<btrim_process>(batch, text); }
+status entry::bltrim_def_a_str(batch_of<VARCHAR> batch, column_of<VARCHAR> text) { return trim_by_default<bltrim_process>(batch, text); }
+status entry::brtrim_def_a_str(batch_of<VARCHAR> batch, column_of<VARCHAR> text) { return trim_by_default<brtrim_process>(batch, text); }
 
 status entry::bltrim_aa_str(batch_of<VARCHAR> batch, column_of<VARCHAR> text, column_of<VARCHAR> set) {
     return trim_by_column<bltrim_process>(batch, text, set);

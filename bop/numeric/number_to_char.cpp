@@ -2,6 +2,7 @@
 // column alone.
 
 #include <array>
+#include <utility>
 
 #include "bop/frame/row_loop.h"
 #include "bop/numeric/entry_points.h"
@@ -18,15 +19,21 @@ constexpr std::uint32_t longest_nls = 128;
 
 // Where the engine writes the text of a row: zeros when it begins, whatever it did with them in the row before. What it writes up to a NUL
 // is the text.
-template <std::uint32_t size> struct text_buffer {
-    static constexpr std::uint32_t room = size;
-    char bytes[size];
-};
+template <std::uint32_t size> struct text_buffer { char bytes[size]; };
 using formatted_text = text_buffer<ZQ_FORMATTED_NUMBER_SIZE>;
-using decimal_text = text_buffer<500>;
+using decimal_text = text_buffer<512>;
 using double_text = text_buffer<ZQ_DOUBLE_TEXT_SIZE>;
 
-template <std::uint32_t size> void clear(text_buffer<size>& buffer) { std::memset(buffer.bytes, 0, size); }
+// Vector by vector: compilers clear an array of such a size by an instruction that takes 10 ns before it begins.
+template <std::uint32_t size> void clear(text_buffer<size>& buffer) {
+    using vector = std::array<char, 64>;
+    static_assert(size % sizeof(vector) == 0);
+    const auto clear_vectors = [&]<std::size_t... i>(std::index_sequence<i...>) {
+        constexpr vector zeros{};
+        (std::memcpy(buffer.bytes + i * sizeof zeros, zeros.data(), sizeof zeros), ...);
+    };
+    clear_vectors(std::make_index_sequence<size / sizeof(vector)>());
+}
 
 template <std::uint32_t size> bifun_string text_in(text_buffer<size>& buffer) {
     return {static_cast<std::uint32_t>(strnlen(buffer.bytes, size)), 0, reinterpret_cast<std::uint8_t*>(buffer.bytes)};
@@ -43,8 +50,9 @@ template <class Integer> void render_integer(Integer number, integer_text& buffe
 
 status render_decimal(const xdec& number, decimal_text& buffer, bifun_string& text) {
     clear(buffer);
+    constexpr std::uint32_t room = 500;
     std::uint32_t length = 0;
-    const status rendered = xdec_to_char_with_zero(&number, buffer.bytes, decimal_text::room, 0, 0, &length);
+    const status rendered = xdec_to_char_with_zero(&number, buffer.bytes, room, 0, 0, &length);
     text = text_in(buffer);
     return rendered;
 }
@@ -56,7 +64,7 @@ status render_double(double number, double_text& buffer, bifun_string& text) {
     }
     clear(buffer);
     std::uint32_t length = 0;
-    const status rendered = zq_dou2char(number, buffer.bytes, double_text::room, &length);
+    const status rendered = zq_dou2char(number, buffer.bytes, ZQ_DOUBLE_TEXT_SIZE, &length);
     text = text_in(buffer);
     return rendered;
 }
