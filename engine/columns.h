@@ -22,10 +22,6 @@ extern int32_t bdta3_setters_are_plain_stores __attribute__((weak));
  * `top` behind them and store the string record, with data pointing to the copy. Then the library does that itself for short values as long
  * as there is room, and calls the operation for the others. It must not change during a call. */
 extern int32_t bdta3_free_bytes_are_open __attribute__((weak));
-typedef struct bdta3_free_bytes {
-    uint8_t* top;
-    uint8_t* end;
-} bdta3_free_bytes;
 
 /* Store a value record, whose flag is 1, in a row. They do not fail for a row of the batch: callers ignore the status. */
 int32_t bdta3_set_int(bifun_environment* environment, bifun_memory_object* memory, bifun_column* result, uint32_t row,

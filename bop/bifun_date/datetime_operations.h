@@ -9,8 +9,8 @@
 
 #include "bop/frame/batch.h"
 #include "engine/datetime.h"
-#include "engine/datetime_arithmetic.h"
 #include "engine/interval.h"
+#include "layouts/datetime_arithmetic.h"
 
 namespace bifun {
 

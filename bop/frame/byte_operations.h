@@ -12,7 +12,7 @@
 #include <cstring>
 
 #include "bop/frame/batch.h"
-#include "engine/free_bytes.h"
+#include "layouts/free_bytes.h"
 
 #if defined(__x86_64__)
 #include <immintrin.h>

@@ -1,9 +1,9 @@
 // ROUND, TRUNC, CEIL, FLOOR and ABS of DECIMAL. The statuses of the engine's operations are ignored; where one fails, the row holds
 // what the last successful one left.
 
+#include "layouts/decimal_rounding.h"
 #include "bop/frame/row_loop.h"
 #include "bop/numeric/packed_decimals.h"
-#include "engine/decimal_packed_rounding.h"
 
 namespace bifun {
 namespace {

@@ -3,7 +3,7 @@
 #include "bop/frame/choose.h"
 #include "bop/frame/row_loop.h"
 #include "bop/numeric/packed_decimals.h"
-#include "engine/decimal_layout.h"
+#include "layouts/decimal_layout.h"
 
 namespace bifun {
 namespace {

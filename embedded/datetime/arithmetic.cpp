@@ -2,9 +2,9 @@
 
 #include "bop/frame/status.h"
 #include "engine/datetime.h"
-#include "engine/datetime_arithmetic.h"
-#include "engine/datetime_layout.h"
 #include "engine/interval.h"
+#include "layouts/datetime_arithmetic.h"
+#include "layouts/datetime_layout.h"
 
 using namespace bifun::datetime_arithmetic;
 using bifun::datetime_layout::load_datetime;

@@ -3,8 +3,8 @@
 #include <ctime>
 
 #include "bop/frame/status.h"
-#include "engine/calendar.h"
 #include "engine/datetime.h"
+#include "layouts/calendar.h"
 
 namespace {
 

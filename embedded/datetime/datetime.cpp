@@ -8,9 +8,9 @@
 #include <cstring>
 
 #include "bop/frame/status.h"
-#include "engine/calendar.h"
-#include "engine/datetime_arithmetic.h"
-#include "engine/datetime_layout.h"
+#include "layouts/calendar.h"
+#include "layouts/datetime_arithmetic.h"
+#include "layouts/datetime_layout.h"
 
 using namespace bifun::calendar;
 using namespace bifun::datetime_layout;

@@ -5,7 +5,7 @@
 #include "bop/frame/status.h"
 #include "embedded/decimal/digits.h"
 #include "engine/datetime.h"
-#include "engine/datetime_layout.h"
+#include "layouts/datetime_layout.h"
 
 namespace zqengine {
 

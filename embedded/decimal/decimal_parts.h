@@ -7,7 +7,7 @@
 #include <cstring>
 
 #include "bop/frame/contract.h"
-#include "engine/decimal_packed_rounding.h"
+#include "layouts/decimal_rounding.h"
 
 namespace zqengine {
 

@@ -14,10 +14,10 @@
 #include "embedded/datetime/text.h"
 #include "embedded/session/parameters.h"
 #include "engine/datetime.h"
-#include "engine/datetime_layout.h"
 #include "engine/decimal.h"
 #include "engine/interval.h"
 #include "engine/session.h"
+#include "layouts/datetime_layout.h"
 
 using namespace bifun::datetime_layout;
 using namespace zqengine;

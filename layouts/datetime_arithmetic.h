@@ -1,14 +1,14 @@
-// Arithmetic on datetimes of the packed layout, by the calendar of engine/calendar.h: what the operations of engine/datetime.h do, for
+// Arithmetic on datetimes of the packed layout, by the calendar of layouts/calendar.h: what the operations of engine/datetime.h do, for
 // loops that call none. Closed formulas; nothing is read or written but the arguments. A function that returns a bool leaves `result`
 // without a meaning where it returns false.
-#ifndef BIFUN_ENGINE_DATETIME_ARITHMETIC_H
-#define BIFUN_ENGINE_DATETIME_ARITHMETIC_H
+#ifndef BIFUN_LAYOUTS_DATETIME_ARITHMETIC_H
+#define BIFUN_LAYOUTS_DATETIME_ARITHMETIC_H
 
 #include <cstdint>
 
-#include "engine/calendar.h"
-#include "engine/datetime.h"
-#include "engine/datetime_layout.h"
+#include "bop/frame/contract.h"
+#include "layouts/calendar.h"
+#include "layouts/datetime_layout.h"
 
 namespace bifun::datetime_arithmetic {
 

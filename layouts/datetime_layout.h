@@ -6,8 +6,8 @@
 //
 // Little-endian. The two words, without the zone, compare as the times do. The adjusted bit is set by zqtime_glgl_adjust only, on a value
 // that is used for counting days and then dropped: its date is by the Gregorian calendar although it lies before the changeover.
-#ifndef BIFUN_ENGINE_DATETIME_LAYOUT_H
-#define BIFUN_ENGINE_DATETIME_LAYOUT_H
+#ifndef BIFUN_LAYOUTS_DATETIME_LAYOUT_H
+#define BIFUN_LAYOUTS_DATETIME_LAYOUT_H
 
 #include <cstdint>
 #include <cstring>

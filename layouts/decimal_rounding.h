@@ -1,7 +1,7 @@
-// Rounding and truncation of the values of engine/decimal_layout.h, to be inlined into a loop over rows in place of a call for each: what
+// Rounding and truncation of the values of layouts/decimal_layout.h, to be inlined into a loop over rows in place of a call for each: what
 // varies within a column, signs and coefficients, meets no branch.
-#ifndef BIFUN_ENGINE_DECIMAL_PACKED_ROUNDING_H
-#define BIFUN_ENGINE_DECIMAL_PACKED_ROUNDING_H
+#ifndef BIFUN_LAYOUTS_DECIMAL_ROUNDING_H
+#define BIFUN_LAYOUTS_DECIMAL_ROUNDING_H
 
 #include <algorithm>
 #include <array>
@@ -9,7 +9,7 @@
 #include <cstdint>
 #include <cstring>
 
-#include "engine/decimal_layout.h"
+#include "layouts/decimal_layout.h"
 
 namespace bifun::decimal_layout {
 

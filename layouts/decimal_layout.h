@@ -10,8 +10,8 @@
 //
 // The value is coefficient x 10^(exponent - scale). Zero may have a scale (0.00); its coefficient is 0. An exponent above 0 goes with
 // scale 0 and a coefficient of exactly 38 digits, so every value of one scale has one encoding.
-#ifndef BIFUN_ENGINE_DECIMAL_LAYOUT_H
-#define BIFUN_ENGINE_DECIMAL_LAYOUT_H
+#ifndef BIFUN_LAYOUTS_DECIMAL_LAYOUT_H
+#define BIFUN_LAYOUTS_DECIMAL_LAYOUT_H
 
 #include <cstdint>
 #include <cstring>
