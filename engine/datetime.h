@@ -12,12 +12,6 @@
 extern "C" {
 #endif
 
-/* Optional. ZQTIME_LAYOUT_PACKED where an engine's datetimes are laid out as layouts/datetime_layout.h describes and its calendar is that
- * of layouts/calendar.h: then the library takes them apart and counts days in its own loops instead of calling an operation for every row.
- * A replaced operation is not called unless this is 0. It must not change during a call. */
-enum { ZQTIME_LAYOUT_PRIVATE = 0, ZQTIME_LAYOUT_PACKED = 1 };
-extern int32_t zqtime_layout __attribute__((weak));
-
 /* Returns 0; -6803 where a component is outside its range or the date does not exist, and then the result is untouched.
  * Month 1-12, day 1-31, hour 0-23, minute and second 0-59, microsecond 0-999999, zone -840..840 or ZQTIME_NO_ZONE. */
 int32_t zqtime_encode(zqtime* result, int32_t year, uint32_t month, uint32_t day, uint32_t hour, uint32_t minute, uint32_t second,

@@ -1,4 +1,4 @@
-// The datetime layout that an engine announces with zqtime_layout == ZQTIME_LAYOUT_PACKED, and what can be told from it without a call.
+// The datetime layout ZQTIME_LAYOUT_PACKED of engine/statements.h, and what can be told from it without a call.
 //
 //     bytes 0-7     from high to low: 8 zero bits, the adjusted bit, year + 5000 in 14 bits, month in 4, day in 5, hour in 20, minute in 6,
 //                   second in 6

@@ -1,4 +1,4 @@
-// The decimal layout that an engine announces with xdec_layout == XDEC_LAYOUT_PACKED_128, and what can be told from it without a call.
+// The decimal layout XDEC_LAYOUT_PACKED_128 of engine/statements.h, and what can be told from it without a call.
 //
 //     byte 0        sign mark: 0xC1 positive, 0x3E negative, 0x80 zero
 //     byte 1        precision: the number of digits of the value written as an integer without its point (1 for zero)

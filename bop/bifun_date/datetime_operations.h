@@ -8,6 +8,7 @@
 #define BIFUN_DATE_DATETIME_OPERATIONS_H
 
 #include "bop/frame/batch.h"
+#include "bop/frame/statements.h"
 #include "engine/datetime.h"
 #include "engine/interval.h"
 #include "layouts/datetime_arithmetic.h"
@@ -225,8 +226,6 @@ struct engine_datetimes {
         return static_cast<std::int32_t>(zqtime_month_end_day(year, static_cast<std::uint32_t>(month)));
     }
 };
-
-inline bool datetimes_are_packed() { return &zqtime_layout != nullptr && zqtime_layout == ZQTIME_LAYOUT_PACKED; }
 
 template <class Body> [[gnu::noinline]] status with_engine_datetimes(const Body& body) { return body(engine_datetimes{}); }
 

@@ -4,14 +4,13 @@
 
 #include "bop/frame/attempt_rows.h"
 #include "bop/frame/scratch.h"
+#include "bop/frame/statements.h"
 #include "engine/charset.h"
 
 namespace bifun {
 
 // What scratch allocations of the string families name as their source.
 constexpr const char* string_source_file = "bop/bifun_str";
-
-inline bool ascii_is_single_byte() { return &zq_ascii_is_single_byte != nullptr && zq_ascii_is_single_byte != 0; }
 
 // Whether every character of the stored bytes is known to have one byte, without asking the engine. `ascii` is ascii_is_single_byte().
 template <class Bytes> bool has_single_bytes(Bytes /*how*/, bool ascii, const bifun_string& value) {

@@ -14,6 +14,8 @@
 #include "bop/frame/arguments.h"
 #include "bop/frame/byte_operations.h"
 #include "bop/frame/setters.h"
+#include "bop/frame/statements.h"
+#include "engine/columns.h"
 
 namespace bifun {
 
@@ -90,8 +92,6 @@ template <class Bytes> struct copied_strings {
     }
     void finish() const { free_bytes::of_column(*batch.result->data).top = free.top; }
 };
-
-inline bool free_bytes_are_open() { return &bdta3_free_bytes_are_open != nullptr && bdta3_free_bytes_are_open != 0; }
 
 // ---- the loop ----
 

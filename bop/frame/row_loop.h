@@ -17,6 +17,7 @@
 
 #include "bop/frame/arguments.h"
 #include "bop/frame/setters.h"
+#include "bop/frame/statements.h"
 
 namespace bifun {
 

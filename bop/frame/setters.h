@@ -1,4 +1,4 @@
-// Result values through the engine's setters, and whether the library may store them itself.
+// Result values through the engine's setters.
 #ifndef BIFUN_FRAME_SETTERS_H
 #define BIFUN_FRAME_SETTERS_H
 
@@ -6,8 +6,6 @@
 #include "engine/columns.h"
 
 namespace bifun {
-
-inline bool setters_are_plain_stores() { return &bdta3_setters_are_plain_stores != nullptr && bdta3_setters_are_plain_stores != 0; }
 
 inline void set_value(const batch& batch, std::uint32_t row, std::int32_t value) {
     const bifun_int_constant record{1, value};

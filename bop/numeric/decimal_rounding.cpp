@@ -3,7 +3,8 @@
 
 #include "layouts/decimal_rounding.h"
 #include "bop/frame/row_loop.h"
-#include "bop/numeric/packed_decimals.h"
+#include "bop/frame/statements.h"
+#include "engine/decimal.h"
 
 namespace bifun {
 namespace {

@@ -2,7 +2,8 @@
 
 #include "bop/frame/choose.h"
 #include "bop/frame/row_loop.h"
-#include "bop/numeric/packed_decimals.h"
+#include "bop/frame/statements.h"
+#include "engine/decimal.h"
 #include "layouts/decimal_layout.h"
 
 namespace bifun {

@@ -1,8 +1,4 @@
-// The engine's header declares zqtime_layout weak, for a library that may find none; in a file that sees that declaration the definition
-// would be weak too.
-#define zqtime_layout zqtime_layout_that_may_be_missing
 #include "engine/datetime.h"
-#undef zqtime_layout
 
 #include <cstdint>
 #include <cstring>
@@ -15,12 +11,6 @@
 using namespace bifun::calendar;
 using namespace bifun::datetime_layout;
 namespace arithmetic = bifun::datetime_arithmetic;
-
-// Writable, so that an executor can have the library call the operations instead.
-extern "C" {
-extern std::int32_t zqtime_layout;
-std::int32_t zqtime_layout = ZQTIME_LAYOUT_PACKED;
-}
 
 namespace {
 

@@ -1,8 +1,4 @@
-// The engine's header declares xdec_layout weak, for a library that may find none; in a file that sees that declaration the definition
-// would be weak too.
-#define xdec_layout xdec_layout_that_may_be_missing
 #include "engine/decimal.h"
-#undef xdec_layout
 
 #include <algorithm>
 #include <charconv>
@@ -12,12 +8,6 @@
 #include "bop/frame/status.h"
 #include "embedded/decimal/decimal_parts.h"
 #include "embedded/decimal/digits.h"
-
-// Writable, so that an executor can have the library call xdec_cmp instead.
-extern "C" {
-extern std::int32_t xdec_layout;
-std::int32_t xdec_layout = XDEC_LAYOUT_PACKED_128;
-}
 
 namespace zqengine {
 
