@@ -109,9 +109,7 @@ void move_to_row(argument_source& source, std::uint32_t row) {
 }
 
 // What the engine says of itself, all of it or nothing.
-void announce(bool open) {
-    zq_engine_statements.size = open ? std::uint32_t{sizeof zq_engine_statements} : 0;
-}
+void announce(bool open) { zq_engine_statements.size = open ? std::uint32_t{sizeof zq_engine_statements} : 0; }
 
 void run(benchmark::State& state, const entry_point& entry, void* function, const path& path) {
     argument_source sources[most_arguments] = {};

@@ -2,7 +2,8 @@
  *
  * Years run from -4712 to 9999 and years before 1 are astronomical (0 is 1 BC). Dates are Julian before 1582-10-15 and Gregorian from
  * then on; 1582-10-05 to 1582-10-14 do not exist. The fraction of a second is in microseconds. The zone is the displacement from UTC
- * in minutes, ZQTIME_NO_ZONE for none. A date has time 00:00:00; a time has date 1900-01-01. Values are passed by pointer and may be unaligned. Operations take no environment and allocate nothing. */
+ * in minutes, ZQTIME_NO_ZONE for none. A date has time 00:00:00; a time has date 1900-01-01. Values are passed by pointer and may be
+ * unaligned. Operations take no environment and allocate nothing. */
 #ifndef BIFUN_ENGINE_DATETIME_H
 #define BIFUN_ENGINE_DATETIME_H
 

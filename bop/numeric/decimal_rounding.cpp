@@ -59,13 +59,13 @@ struct packed_operations {
     static void truncate(const xdec& value, xdec& result) { truncate_to(value, 0, result); }
 
     static void truncate_to(const xdec& value, std::int32_t digits, xdec& result) {
-        if (!decimal_layout::truncate_short(value, digits, &result) && !decimal_layout::truncate_long(value, digits, &result)) {
+        if (!decimal_layout::truncate_to(value, digits, &result)) {
             engine_operations::truncate_to(value, digits, result);
         }
     }
 
     static void round_to(const xdec& value, std::int32_t digits, xdec& result) {
-        if (!decimal_layout::round_short(value, digits, &result) && !decimal_layout::round_long(value, digits, &result)) {
+        if (!decimal_layout::round_to(value, digits, &result)) {
             engine_operations::round_to(value, digits, result);
         }
     }
@@ -82,10 +82,7 @@ struct packed_operations {
         }
     }
 
-    static void magnitude(const xdec& value, xdec& result) {
-        result = value;
-        result.bytes[0] = value.bytes[0] == XDEC_ZERO ? XDEC_ZERO : XDEC_POSITIVE;
-    }
+    static void magnitude(const xdec& value, xdec& result) { decimal_layout::set_magnitude(value, result); }
 };
 
 // ---- the functions, over either ----

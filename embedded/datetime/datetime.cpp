@@ -116,6 +116,4 @@ uint32_t zqtime_month_end_day(int32_t year, uint32_t month) { return bifun::cale
 
 void zqtime_assign(zqtime* destination, const zqtime* source) { std::memmove(destination, source, sizeof *destination); }
 
-int32_t zqtime_cmp(const zqtime* a, const zqtime* b) {
-    return bifun::datetime_arithmetic::compare(load_datetime(*a), load_datetime(*b));
-}
+int32_t zqtime_cmp(const zqtime* a, const zqtime* b) { return bifun::datetime_arithmetic::compare(load_datetime(*a), load_datetime(*b)); }
