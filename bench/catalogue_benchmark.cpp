@@ -26,10 +26,8 @@
 #include "bench/bench_data.h"
 #include "embedded/session/environment.h"
 #include "engine/charset.h"
-#include "engine/columns.h"
-#include "engine/datetime.h"
-#include "engine/decimal.h"
 #include "engine/memory.h"
+#include "engine/statements.h"
 
 namespace {
 
@@ -111,13 +109,7 @@ void move_to_row(argument_source& source, std::uint32_t row) {
 }
 
 // What the engine says of itself, all of it or nothing.
-void announce(bool open) {
-    bdta3_setters_are_plain_stores = open ? 1 : 0;
-    bdta3_free_bytes_are_open = open ? 1 : 0;
-    zq_ascii_is_single_byte = open ? 1 : 0;
-    xdec_layout = open ? XDEC_LAYOUT_PACKED_128 : XDEC_LAYOUT_PRIVATE;
-    zqtime_layout = open ? ZQTIME_LAYOUT_PACKED : ZQTIME_LAYOUT_PRIVATE;
-}
+void announce(bool open) { zq_engine_statements.size = open ? std::uint32_t{sizeof zq_engine_statements} : 0; }
 
 void run(benchmark::State& state, const entry_point& entry, void* function, const path& path) {
     argument_source sources[most_arguments] = {};

@@ -9,7 +9,7 @@ foreach(family frame conditional numeric bifun_str bifun_date)
 endforeach()
 install(FILES bop/frame/contract.h bop/frame/status.h bop/frame/statuses.def bop/frame/value_type.h bop/frame/catalogue.h
   DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/bifun/bop/frame)
-install(DIRECTORY engine DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/bifun FILES_MATCHING PATTERN "*.h")
+install(DIRECTORY engine layouts DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/bifun FILES_MATCHING PATTERN "*.h")
 foreach(header charset/database_charset.h memory/allocation.h memory/arena.h columns/column_storage.h datetime/text.h format/number_format.h
     session/environment.h session/parameters.h)
   cmake_path(GET header PARENT_PATH folder)

@@ -17,10 +17,6 @@ extern "C" {
 /* The codes of bifun_settings.charset_code. */
 enum { ZQ_CHARSET_GB18030 = 0, ZQ_CHARSET_UTF8 = 1, ZQ_CHARSET_EUC_KR = 2 };
 
-/* Optional. Non-zero where in the database character set bytes below 0x80 that only such bytes precede are a character each, and the
- * operations below see it so. Then the library does not call an operation for text that has, or begins with, such bytes only. */
-extern int32_t zq_ascii_is_single_byte __attribute__((weak));
-
 /* ---- lengths and places -------------------------------------------------------------------------------------------- */
 
 /* The length of the character that begins at `character`, told by as few of its bytes as possible and without knowing where the text ends:

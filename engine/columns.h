@@ -11,22 +11,6 @@
 extern "C" {
 #endif
 
-/* Optional. Where an engine defines this symbol and it is non-zero, the five setters below do nothing but store the value in the
- * row's place of the value array, and bdta3_col_copy of a fixed-width column does nothing but copy flags, values and the no-null flag.
- * Then the library does that itself, in the same pass in which it computes. A replaced setter or
- * copy is not called unless this is 0. It must not change during a call. */
-extern int32_t bdta3_setters_are_plain_stores __attribute__((weak));
-
-/* Optional. Where an engine defines this symbol and it is non-zero, `engine_header[1]` of a string column that is written points to the
- * column's free bytes, all of which may be overwritten at will, and bdta3_col_assign_str does nothing but copy the bytes to `top`, set
- * `top` behind them and store the string record, with data pointing to the copy. Then the library does that itself for short values as long
- * as there is room, and calls the operation for the others. It must not change during a call. */
-extern int32_t bdta3_free_bytes_are_open __attribute__((weak));
-typedef struct bdta3_free_bytes {
-    uint8_t* top;
-    uint8_t* end;
-} bdta3_free_bytes;
-
 /* Store a value record, whose flag is 1, in a row. They do not fail for a row of the batch: callers ignore the status. */
 int32_t bdta3_set_int(bifun_environment* environment, bifun_memory_object* memory, bifun_column* result, uint32_t row,
                       const bifun_int_constant* value);

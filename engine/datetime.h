@@ -13,31 +13,6 @@
 extern "C" {
 #endif
 
-/* Optional. ZQTIME_LAYOUT_PACKED where an engine's datetimes are laid out as engine/datetime_layout.h describes and its calendar is that of
- * engine/calendar.h: then the library takes them apart and counts days in its own loops instead of calling an operation for every row. A
- * replaced operation is not called unless this is 0. It must not change during a call. */
-enum { ZQTIME_LAYOUT_PRIVATE = 0, ZQTIME_LAYOUT_PACKED = 1 };
-extern int32_t zqtime_layout __attribute__((weak));
-
-enum { ZQTIME_NO_ZONE = 1000 };
-
-/* What a datetime is made of, for the operations that are told by a code which part is meant. */
-enum zqtime_field {
-    ZQTIME_YEAR = 1,
-    ZQTIME_MONTH = 2,
-    ZQTIME_DAY = 3,
-    ZQTIME_HOUR = 4,
-    ZQTIME_MINUTE = 5,
-    ZQTIME_SECOND = 6,
-    ZQTIME_SUBSECOND = 7, /* milliseconds; the fraction field of an interval */
-    ZQTIME_QUARTER = 8,
-    ZQTIME_DAY_OF_YEAR = 9,
-    ZQTIME_WEEK = 10,
-    ZQTIME_WEEKDAY = 11,
-    ZQTIME_ZONE_HOUR = 12,
-    ZQTIME_ZONE_MINUTE = 13
-};
-
 /* Returns 0; -6803 where a component is outside its range or the date does not exist, and then the result is untouched.
  * Month 1-12, day 1-31, hour 0-23, minute and second 0-59, microsecond 0-999999, zone -840..840 or ZQTIME_NO_ZONE. */
 int32_t zqtime_encode(zqtime* result, int32_t year, uint32_t month, uint32_t day, uint32_t hour, uint32_t minute, uint32_t second,

@@ -9,12 +9,6 @@
 extern "C" {
 #endif
 
-/* Optional. XDEC_LAYOUT_PACKED_128 where an engine's decimals are laid out as engine/decimal_layout.h describes: then the library
- * compares and rounds them in its own loops instead of calling an operation for every row. A replaced operation is not called unless this
- * is 0. It must not change during a call. */
-enum { XDEC_LAYOUT_PRIVATE = 0, XDEC_LAYOUT_PACKED_128 = 1 };
-extern int32_t xdec_layout __attribute__((weak));
-
 void xdec_copy(xdec* destination, const xdec* source);
 void xdec_fill_zero(xdec* value);
 void xdec_fill_one(xdec* value);

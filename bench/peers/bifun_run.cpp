@@ -13,10 +13,10 @@
 #include "bench/peers/sql.h"
 #include "bop/frame/batch.h"
 #include "engine/charset.h"
-#include "engine/datetime_layout.h"
 #include "engine/decimal.h"
-#include "engine/decimal_layout.h"
 #include "engine/memory.h"
+#include "layouts/datetime_layout.h"
+#include "layouts/decimal_layout.h"
 
 namespace bifun::peers {
 namespace {

@@ -9,7 +9,7 @@
 
 #include "bench/peers/cases.h"
 #include "embedded/columns/column_storage.h"
-#include "engine/decimal_layout.h"
+#include "layouts/decimal_layout.h"
 
 namespace bifun::peers {
 

@@ -16,9 +16,7 @@ namespace {
 
 // What is counted from a fixed moment to a date; the difference of two such counts always fits.
 std::int32_t years_to(std::uint32_t date) { return datetime_layout::year_of_date(date); }
-std::int32_t months_to(std::uint32_t date) {
-    return datetime_layout::year_of_date(date) * 12 + static_cast<std::int32_t>(datetime_layout::month_of_date(date));
-}
+std::int32_t months_to(std::uint32_t date) { return datetime_arithmetic::months_of_date(date); }
 std::int32_t days_to(std::uint32_t date) { return datetime_arithmetic::day_number_of_date(date); }
 
 template <auto count_to> std::int32_t packed_datediff(const zqtime& start, const zqtime& end) {
@@ -26,11 +24,7 @@ template <auto count_to> std::int32_t packed_datediff(const zqtime& start, const
 }
 
 std::int64_t seconds_to(const zqtime& value) {
-    // Unsigned: the bits of a NULL row may hold any hour.
-    const std::uint32_t time = datetime_layout::load_time(value);
-    const std::uint32_t second_of_day = ((time >> 12) * 60 + (time >> 6 & 0x3F)) * 60 + (time & 0x3F);
-    constexpr std::int64_t seconds_per_day = 24 * 60 * 60;
-    return days_to(datetime_layout::load_date(value)) * seconds_per_day + second_of_day;
+    return datetime_arithmetic::seconds_of(datetime_layout::load_date(value), datetime_layout::load_time(value));
 }
 
 std::int32_t packed_seconds(const zqtime& start, const zqtime& end) {

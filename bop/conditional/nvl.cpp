@@ -4,6 +4,7 @@
 #include "bop/frame/arguments.h"
 #include "bop/frame/choose.h"
 #include "bop/frame/setters.h"
+#include "bop/frame/statements.h"
 
 namespace bifun {
 namespace {

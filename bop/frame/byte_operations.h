@@ -5,7 +5,7 @@
 #include <bit>
 
 #include "bop/frame/byte_masks.h"
-#include "engine/free_bytes.h"
+#include "layouts/free_bytes.h"
 
 namespace bifun {
 

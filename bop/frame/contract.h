@@ -32,6 +32,26 @@ typedef struct zqtime {
     uint8_t bytes[12];
 } zqtime;
 
+/* The zone displacement of a datetime without a zone. */
+enum { ZQTIME_NO_ZONE = 1000 };
+
+/* What a datetime is made of, for functions and operations that are told by a code which part is meant. */
+enum zqtime_field {
+    ZQTIME_YEAR = 1,
+    ZQTIME_MONTH = 2,
+    ZQTIME_DAY = 3,
+    ZQTIME_HOUR = 4,
+    ZQTIME_MINUTE = 5,
+    ZQTIME_SECOND = 6,
+    ZQTIME_SUBSECOND = 7, /* milliseconds; the fraction field of an interval */
+    ZQTIME_QUARTER = 8,
+    ZQTIME_DAY_OF_YEAR = 9,
+    ZQTIME_WEEK = 10,
+    ZQTIME_WEEKDAY = 11,
+    ZQTIME_ZONE_HOUR = 12,
+    ZQTIME_ZONE_MINUTE = 13
+};
+
 /* A span of months. The fields have one sign or none where the engine made them; the library takes them as they are. */
 typedef struct bifun_interval_ym {
     int32_t years;
@@ -80,6 +100,12 @@ typedef struct bifun_column {
     const uint16_t* selection;
     bifun_column_data* data;
 } bifun_column;
+
+/* The bytes of a string column that is written which no value has yet: `top` is the next one, `end` the one behind the last. */
+typedef struct bdta3_free_bytes {
+    uint8_t* top;
+    uint8_t* end;
+} bdta3_free_bytes;
 
 /* ---- constant arguments, which are also the value records that setters take ---------------------------------------- */
 
@@ -178,6 +204,9 @@ BIFUN_STATIC_ASSERT(sizeof(bifun_column) == 24);
 BIFUN_STATIC_ASSERT(offsetof(bifun_column, no_nulls) == 0);
 BIFUN_STATIC_ASSERT(offsetof(bifun_column, selection) == 8);
 BIFUN_STATIC_ASSERT(offsetof(bifun_column, data) == 16);
+BIFUN_STATIC_ASSERT(sizeof(bdta3_free_bytes) == 16);
+BIFUN_STATIC_ASSERT(offsetof(bdta3_free_bytes, top) == 0);
+BIFUN_STATIC_ASSERT(offsetof(bdta3_free_bytes, end) == 8);
 BIFUN_STATIC_ASSERT(sizeof(bifun_int_constant) == 8);
 BIFUN_STATIC_ASSERT(offsetof(bifun_int_constant, not_null) == 0);
 BIFUN_STATIC_ASSERT(offsetof(bifun_int_constant, value) == 4);

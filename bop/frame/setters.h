@@ -1,4 +1,4 @@
-// Result values through the engine's setters, and whether the library may store them itself.
+// Result values through the engine's setters.
 #ifndef BIFUN_FRAME_SETTERS_H
 #define BIFUN_FRAME_SETTERS_H
 

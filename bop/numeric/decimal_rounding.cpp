@@ -4,7 +4,7 @@
 #include "bop/frame/row_loop.h"
 #include "bop/numeric/entry_points.h"
 #include "engine/decimal.h"
-#include "engine/decimal_packed_rounding.h"
+#include "layouts/decimal_rounding.h"
 
 namespace bifun {
 namespace {
@@ -59,13 +59,13 @@ struct packed_decimals {
     static void truncate(const xdec& value, xdec& result) { truncate_to(value, 0, result); }
 
     static void truncate_to(const xdec& value, std::int32_t digits, xdec& result) {
-        if (!decimal_layout::truncate_short(value, digits, &result) && !decimal_layout::truncate_long(value, digits, &result)) {
+        if (!decimal_layout::truncate_to(value, digits, &result)) {
             engine_decimals::truncate_to(value, digits, result);
         }
     }
 
     static void round_to(const xdec& value, std::int32_t digits, xdec& result) {
-        if (!decimal_layout::round_short(value, digits, &result) && !decimal_layout::round_long(value, digits, &result)) {
+        if (!decimal_layout::round_to(value, digits, &result)) {
             engine_decimals::round_to(value, digits, result);
         }
     }
@@ -82,10 +82,7 @@ struct packed_decimals {
         }
     }
 
-    static void magnitude(const xdec& value, xdec& result) {
-        result = value;
-        result.bytes[0] = value.bytes[0] == XDEC_ZERO ? XDEC_ZERO : XDEC_POSITIVE;
-    }
+    static void magnitude(const xdec& value, xdec& result) { decimal_layout::set_magnitude(value, result); }
 };
 
 // ---- the functions, over either ----

@@ -3,7 +3,8 @@
 #include "bop/frame/choose.h"
 #include "bop/frame/row_loop.h"
 #include "bop/numeric/entry_points.h"
-#include "engine/decimal_layout.h"
+#include "engine/decimal.h"
+#include "layouts/decimal_layout.h"
 
 namespace bifun {
 namespace {

@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <cstring>
 
-#include "bop/frame/eight_digits.h"
+#include "layouts/eight_digits.h"
 
 namespace bifun {
 

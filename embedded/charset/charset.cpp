@@ -1,8 +1,4 @@
-// The engine's header declares zq_ascii_is_single_byte weak, for a library that may find none; in a file that sees that declaration the
-// definition would be weak too.
-#define zq_ascii_is_single_byte zq_ascii_is_single_byte_that_may_be_missing
 #include "engine/charset.h"
-#undef zq_ascii_is_single_byte
 
 #include <algorithm>
 #include <cstring>
@@ -15,12 +11,6 @@
 #include "embedded/charset/reversal.h"
 #include "embedded/charset/single_bytes.h"
 #include "embedded/charset/utf8.h"
-
-// Writable, so that an executor can have the library call the operations for ASCII too.
-extern "C" {
-extern std::int32_t zq_ascii_is_single_byte;
-std::int32_t zq_ascii_is_single_byte = 1;
-}
 
 namespace zqengine {
 namespace {

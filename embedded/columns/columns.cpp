@@ -7,7 +7,7 @@
 #include "embedded/columns/column_storage.h"
 #include "embedded/memory/allocation.h"
 #include "embedded/memory/pending_failure.h"
-#include "engine/free_bytes.h"
+#include "layouts/free_bytes.h"
 
 using bifun::free_bytes::copy_bytes;
 using bifun::free_bytes::copy_short;

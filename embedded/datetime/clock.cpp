@@ -3,12 +3,14 @@
 #include <ctime>
 
 #include "bop/frame/status.h"
-#include "engine/calendar.h"
 #include "engine/datetime.h"
+#include "layouts/calendar.h"
+#include "layouts/datetime_arithmetic.h"
 
 namespace {
 
-constexpr std::int64_t seconds_per_day = 86'400;
+using bifun::datetime_arithmetic::seconds_per_day;
+
 constexpr std::int64_t julian_day_of_1970 = bifun::calendar::julian_day(1970, 1, 1);
 
 // The microseconds without the digits of the second behind `precision`, 0-6.

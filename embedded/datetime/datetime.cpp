@@ -1,52 +1,24 @@
-// The engine's header declares zqtime_layout weak, for a library that may find none; in a file that sees that declaration the definition
-// would be weak too.
-#define zqtime_layout zqtime_layout_that_may_be_missing
 #include "engine/datetime.h"
-#undef zqtime_layout
 
 #include <cstdint>
 #include <cstring>
 
 #include "bop/frame/status.h"
-#include "engine/calendar.h"
-#include "engine/datetime_arithmetic.h"
-#include "engine/datetime_layout.h"
+#include "layouts/packed_datetimes.h"
 
-using namespace bifun::calendar;
 using namespace bifun::datetime_layout;
-namespace arithmetic = bifun::datetime_arithmetic;
-
-// Writable, so that an executor can have the library call the operations instead.
-extern "C" {
-extern std::int32_t zqtime_layout;
-std::int32_t zqtime_layout = ZQTIME_LAYOUT_PACKED;
-}
+using bifun::packed_datetimes;
+using bifun::calendar::date_exists;
 
 namespace {
 
-constexpr std::int32_t max_zone = 840;
-
-template <class T> std::int32_t order(T a, T b) { return (a > b ? 1 : 0) - (a < b ? 1 : 0); }
-
-// Seconds since day 0, UTC.
-std::int64_t instant_of(datetime_words words) { return arithmetic::seconds_of(words) - std::int64_t{zone_of(words)} * 60; }
-
 bool is_zone(std::int32_t zone) { return zone == ZQTIME_NO_ZONE || (zone >= -max_zone && zone <= max_zone); }
 
-datetime_parts parts_of(datetime_words words) {
-    return {.year = year_of(words),
-            .month = month_of(words),
-            .day = day_of(words),
-            .hour = hour_of(words),
-            .minute = minute_of(words),
-            .second = second_of(words),
-            .microsecond = microsecond_of(words),
-            .zone = zone_of(words)};
-}
+std::uint32_t component(std::int32_t number) { return static_cast<std::uint32_t>(number); }
 
 // Gives a value with one part changed, which is stored where it is in its range and the date exists.
 template <class Part> std::int32_t set_part(zqtime* value, Part datetime_parts::*part, Part number, bool in_range) {
-    datetime_parts parts = parts_of(load_datetime(*value));
+    datetime_parts parts = unpack_datetime(load_datetime(*value));
     parts.*part = number;
     if (!in_range || !date_exists(parts.year, parts.month, parts.day)) {
         return BIFUN_ARGUMENT_OUT_OF_DOMAIN;
@@ -75,48 +47,42 @@ int32_t zqtime_encode(zqtime* result, int32_t year, uint32_t month, uint32_t day
 
 void zqtime_decode(const zqtime* value, int32_t* year, uint32_t* month, uint32_t* day, uint32_t* hour, uint32_t* minute, uint32_t* second,
                    uint32_t* microsecond) {
-    const datetime_words words = load_datetime(*value);
-    const auto put = [](auto* place, auto component) {
+    const datetime_parts parts = unpack_datetime(load_datetime(*value));
+    const auto put = [](auto* place, auto part) {
         if (place != nullptr) {
-            *place = component;
+            *place = part;
         }
     };
-    put(year, year_of(words));
-    put(month, month_of(words));
-    put(day, day_of(words));
-    put(hour, hour_of(words));
-    put(minute, minute_of(words));
-    put(second, second_of(words));
-    put(microsecond, microsecond_of(words));
+    put(year, parts.year);
+    put(month, parts.month);
+    put(day, parts.day);
+    put(hour, parts.hour);
+    put(minute, parts.minute);
+    put(second, parts.second);
+    put(microsecond, parts.microsecond);
 }
 
 // ---- components ---------------------------------------------------------------------------------------------------
 
-uint32_t zqtime_get_year(const zqtime* value) { return static_cast<std::uint32_t>(year_of(load_datetime(*value))); }
+uint32_t zqtime_get_year(const zqtime* value) { return component(packed_datetimes::year(*value)); }
 
-uint32_t zqtime_get_month(const zqtime* value) { return month_of(load_datetime(*value)); }
+uint32_t zqtime_get_month(const zqtime* value) { return component(packed_datetimes::month(*value)); }
 
-uint32_t zqtime_get_day(const zqtime* value) { return day_of(load_datetime(*value)); }
+uint32_t zqtime_get_day(const zqtime* value) { return component(packed_datetimes::day(*value)); }
 
-uint32_t zqtime_get_hour(const zqtime* value) { return hour_of(load_datetime(*value)); }
+uint32_t zqtime_get_hour(const zqtime* value) { return component(packed_datetimes::hour(*value)); }
 
-uint32_t zqtime_get_min(const zqtime* value) { return minute_of(load_datetime(*value)); }
+uint32_t zqtime_get_min(const zqtime* value) { return component(packed_datetimes::minute(*value)); }
 
-uint32_t zqtime_get_sec(const zqtime* value) { return second_of(load_datetime(*value)); }
+uint32_t zqtime_get_sec(const zqtime* value) { return component(packed_datetimes::second(*value)); }
 
-uint32_t zqtime_get_msec(const zqtime* value) { return microsecond_of(load_datetime(*value)); }
+uint32_t zqtime_get_msec(const zqtime* value) { return component(packed_datetimes::microsecond(*value)); }
 
-int32_t zqtime_get_tz(const zqtime* value) { return zone_of(load_datetime(*value)); }
+int32_t zqtime_get_tz(const zqtime* value) { return packed_datetimes::zone(*value); }
 
-int32_t zqtime_get_zone_hour(const zqtime* value) {
-    const std::int32_t zone = zqtime_get_tz(value);
-    return zone == ZQTIME_NO_ZONE ? 0 : zone / 60;
-}
+int32_t zqtime_get_zone_hour(const zqtime* value) { return packed_datetimes::zone_hour(*value); }
 
-int32_t zqtime_get_zone_min(const zqtime* value) {
-    const std::int32_t zone = zqtime_get_tz(value);
-    return zone == ZQTIME_NO_ZONE ? 0 : zone % 60;
-}
+int32_t zqtime_get_zone_min(const zqtime* value) { return packed_datetimes::zone_minute(*value); }
 
 int32_t zqtime_set_year(zqtime* value, int32_t year) { return set_part(value, &datetime_parts::year, year, true); }
 
@@ -138,25 +104,16 @@ int32_t zqtime_set_tz(zqtime* value, int32_t zone) { return set_part(value, &dat
 
 // ---- places in the calendar ---------------------------------------------------------------------------------------
 
-uint32_t zqtime_day_of_year(const zqtime* value) { return arithmetic::day_of_year(load_datetime(*value)); }
+uint32_t zqtime_day_of_year(const zqtime* value) { return component(packed_datetimes::day_of_year(*value)); }
 
-uint32_t zqtime_day_of_week(const zqtime* value) { return arithmetic::day_of_week(load_datetime(*value)); }
+uint32_t zqtime_day_of_week(const zqtime* value) { return component(packed_datetimes::day_of_week(*value)); }
 
-uint32_t zqtime_week_for_datepart(const zqtime* value) { return arithmetic::week_of_year(load_datetime(*value)); }
+uint32_t zqtime_week_for_datepart(const zqtime* value) { return component(packed_datetimes::week(*value)); }
 
-uint32_t zqtime_month_end_day(int32_t year, uint32_t month) { return last_day_of_month(year, month); }
+uint32_t zqtime_month_end_day(int32_t year, uint32_t month) { return bifun::calendar::last_day_of_month(year, month); }
 
 // ---- whole values -------------------------------------------------------------------------------------------------
 
 void zqtime_assign(zqtime* destination, const zqtime* source) { std::memmove(destination, source, sizeof *destination); }
 
-int32_t zqtime_cmp(const zqtime* a, const zqtime* b) {
-    const datetime_words words_a = load_datetime(*a);
-    const datetime_words words_b = load_datetime(*b);
-    const std::int32_t zone_a = zone_of(words_a);
-    const std::int32_t zone_b = zone_of(words_b);
-    // Times of one zone are in the order of their instants.
-    const bool by_instant = zone_a != zone_b && zone_a != ZQTIME_NO_ZONE && zone_b != ZQTIME_NO_ZONE;
-    const std::int32_t by_seconds = by_instant ? order(instant_of(words_a), instant_of(words_b)) : order(words_a.civil, words_b.civil);
-    return by_seconds != 0 ? by_seconds : order(microsecond_of(words_a), microsecond_of(words_b));
-}
+int32_t zqtime_cmp(const zqtime* a, const zqtime* b) { return bifun::datetime_arithmetic::compare(load_datetime(*a), load_datetime(*b)); }

@@ -5,7 +5,7 @@
 #include "bop/frame/status.h"
 #include "embedded/decimal/digits.h"
 #include "engine/datetime.h"
-#include "engine/datetime_layout.h"
+#include "layouts/datetime_layout.h"
 
 namespace zqengine {
 
@@ -227,9 +227,8 @@ bool take_zone(reader& text, datetime_parts& parts) {
     if ((colon || !at_end(text)) && !take_two_digits(text, minutes)) {
         return false;
     }
-    constexpr std::int32_t longest_displacement = 840;
     const auto displacement = static_cast<std::int32_t>(hours * 60 + minutes);
-    if (minutes > 59 || displacement > longest_displacement) {
+    if (minutes > 59 || displacement > max_zone) {
         return false;
     }
     parts.zone = west ? -displacement : displacement;

@@ -155,15 +155,11 @@ int32_t xdec_mul(const xdec* a, const xdec* b, xdec* result) {
 }
 
 int32_t xdec_abs(const xdec* value, xdec* result) {
-    const std::uint8_t mark = value->bytes[0];
-    *result = *value;
-    result->bytes[0] = mark == XDEC_ZERO ? mark : std::uint8_t{XDEC_POSITIVE};
+    layout::set_magnitude(*value, *result);
     return BIFUN_OK;
 }
 
 int32_t xdec_neg(const xdec* value, xdec* result) {
-    const std::uint8_t mark = value->bytes[0];
-    *result = *value;
-    result->bytes[0] = static_cast<std::uint8_t>(mark == XDEC_ZERO ? mark : ~mark);
+    layout::set_negation(*value, *result);
     return BIFUN_OK;
 }

@@ -1,8 +1,4 @@
-// The engine's header declares xdec_layout weak, for a library that may find none; in a file that sees that declaration the definition
-// would be weak too.
-#define xdec_layout xdec_layout_that_may_be_missing
 #include "engine/decimal.h"
-#undef xdec_layout
 
 #include <algorithm>
 #include <charconv>
@@ -13,15 +9,10 @@
 #include "embedded/decimal/decimal_parts.h"
 #include "embedded/decimal/digits.h"
 
-// Writable, so that an executor can have the library call xdec_cmp instead.
-extern "C" {
-extern std::int32_t xdec_layout;
-std::int32_t xdec_layout = XDEC_LAYOUT_PACKED_128;
-}
-
 namespace zqengine {
 
 namespace layout = bifun::decimal_layout;
+using bifun::order;
 
 namespace {
 
@@ -42,8 +33,6 @@ cut_coefficient cut_digits(uint128 coefficient, std::int64_t count) {
 }
 
 std::int32_t sign_of(const xdec& value) { return value.bytes[0] == XDEC_POSITIVE ? 1 : value.bytes[0] == XDEC_NEGATIVE ? -1 : 0; }
-
-template <class T> std::int32_t order(T a, T b) { return (a > b ? 1 : 0) - (a < b ? 1 : 0); }
 
 // The position of the first digit: digits before the point, or less zeros behind it.
 std::int32_t first_digit_at(const xdec& value) { return std::int32_t{value.bytes[layout::precision_at]} - value.bytes[layout::scale_at]; }
@@ -128,10 +117,7 @@ void xdec_fill_zero(xdec* value) { store_zero(value, 0); }
 void xdec_fill_one(xdec* value) { store_decimal(value, XDEC_POSITIVE, 1, 0, 0, 1); }
 
 int32_t xdec_cmp(const xdec* a, const xdec* b) {
-    if (layout::same_unit(*a, *b)) {
-        return order(layout::falling_key(*b), layout::falling_key(*a));
-    }
-    return compare_units(*a, *b);
+    return layout::same_unit(*a, *b) ? layout::compare_in_unit(*a, *b) : compare_units(*a, *b);
 }
 
 int32_t xdec_from_int64(xdec* result, int64_t value, int32_t precision) {

@@ -4,13 +4,13 @@
 
 #include <bit>
 #include <cstdint>
-#include <cstring>
 
 #include "bop/frame/contract.h"
-#include "engine/decimal_packed_rounding.h"
+#include "layouts/decimal_rounding.h"
 
 namespace zqengine {
 
+using bifun::decimal_layout::coefficient_digits;
 using bifun::decimal_layout::powers_of_ten;
 using bifun::decimal_layout::uint128;
 
@@ -44,20 +44,11 @@ inline decimal_parts split_decimal(const xdec& value) {
             .half = false};
 }
 
-// Digits of the coefficient; 1 for zero.
-inline std::uint32_t coefficient_digits(const xdec& value) {
-    namespace layout = bifun::decimal_layout;
-    return std::uint32_t{value.bytes[layout::precision_at]} - value.bytes[layout::exponent_at];
-}
-
 // Writes the bytes of a value whose fields are known to be in their ranges.
 inline void store_decimal(xdec* result, std::uint8_t mark, std::uint32_t precision, std::uint32_t scale, std::uint32_t exponent,
                           uint128 coefficient) {
-    const std::uint64_t head =
-        std::uint64_t{mark} | std::uint64_t{precision} << 8 | std::uint64_t{scale} << 16 | std::uint64_t{exponent} << 24;
-    std::memcpy(result->bytes, &head, sizeof head);
-    std::memcpy(result->bytes + bifun::decimal_layout::coefficient_at, &coefficient, sizeof coefficient);
-    std::memset(result->bytes + 24, 0, 6);
+    namespace layout = bifun::decimal_layout;
+    layout::store_parts(*result, layout::pack_head(mark, precision, scale, exponent), coefficient);
 }
 
 inline void store_zero(xdec* result, std::uint32_t scale) { store_decimal(result, XDEC_ZERO, 1, scale, 0, 0); }

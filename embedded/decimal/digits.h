@@ -7,8 +7,8 @@
 #include <cstdint>
 #include <cstring>
 
-#include "bop/frame/eight_digits.h"
 #include "embedded/decimal/decimal_parts.h"
+#include "layouts/eight_digits.h"
 
 namespace zqengine {
 

@@ -9,7 +9,7 @@ namespace layout = bifun::decimal_layout;
 
 namespace {
 
-// What is left by round_long and truncate_long: `digits` is negative, or more than 38 digits are cut off.
+// What is left by round_to and truncate_to: `digits` is negative, or more than 38 digits are cut off.
 [[gnu::noinline]] std::int32_t set_any_digits(const xdec& value, std::int32_t digits, bool round, xdec* result) {
     const decimal_parts parts = split_decimal(value);
     const std::int64_t cut = parts.scale - digits;
@@ -53,17 +53,11 @@ using namespace zqengine;
 
 int32_t xdec_round(const xdec* value, int32_t flag, int32_t digits, xdec* result) {
     static_cast<void>(flag);
-    if (layout::round_short(*value, digits, result) || layout::round_long(*value, digits, result)) {
-        return BIFUN_OK;
-    }
-    return set_any_digits(*value, digits, true, result);
+    return layout::round_to(*value, digits, result) ? BIFUN_OK : set_any_digits(*value, digits, true, result);
 }
 
 int32_t xdec_trunc_scale_with_pos(const xdec* value, int32_t digits, xdec* result) {
-    if (layout::truncate_short(*value, digits, result) || layout::truncate_long(*value, digits, result)) {
-        return BIFUN_OK;
-    }
-    return set_any_digits(*value, digits, false, result);
+    return layout::truncate_to(*value, digits, result) ? BIFUN_OK : set_any_digits(*value, digits, false, result);
 }
 
 int32_t xdec_trunc_scale(xdec* value) { return xdec_trunc_scale_with_pos(value, 0, value); }

@@ -1,5 +1,5 @@
 // Searches for a pattern: a filter that looks for its first and last byte at 16 places at once, and behind it, for long patterns and for
-// texts that are full of candidates, Boyer-Moore or shift-or, which are linear in the text (Boyer-Moore for patterns below 64 KB).
+// texts that are full of candidates, Boyer-Moore or shift-or, which are linear in the text.
 #include "engine/search.h"
 
 #include <algorithm>
@@ -7,8 +7,6 @@
 #include <cstring>
 
 #include <emmintrin.h>
-
-#include "embedded/search/tables.h"
 
 namespace {
 
@@ -25,7 +23,7 @@ struct boyer_moore {
         const size_t length = pattern.length;
         const uint8_t* const bytes = pattern.bytes;
         const size_t period = pattern.good_suffixes[0];
-        const size_t overlap = length <= zqengine::exact_good_suffixes ? length - period : 0;
+        const size_t overlap = length - period;
         size_t known = 0; // so many bytes at `at` are the pattern's because of the last place
         for (size_t at = from; at + length <= text.length;) {
             size_t unmatched = length;

@@ -13,6 +13,7 @@
 #include <gtest/gtest.h>
 
 #include "embedded/session/parameters.h"
+#include "engine/datetime.h"
 #include "engine/session.h"
 #include "tests/contract/each_engine.h"
 
@@ -432,8 +433,8 @@ TEST(ToDays, OfNullIsToday) {
 
 TEST(ToDays, IsNullWhereTheEngineFailsOrTheNumberIsTooLarge) {
     for (const std::int32_t plain_stores : {1, 0}) {
-        bdta3_setters_are_plain_stores = plain_stores;
-        zqtime_layout = ZQTIME_LAYOUT_PRIVATE; // otherwise the operation need not be asked
+        zq_engine_statements.setters_are_plain_stores = plain_stores;
+        zq_engine_statements.datetime_layout = ZQTIME_LAYOUT_PRIVATE; // otherwise the operation need not be asked
         to_days_status = -6118;
         EXPECT_EQ(evaluate({"bto_days_a_date", {"2024-01-01 0000-01-01"}, {}}), "[0] NULL NULL");
         to_days_status = 0;
@@ -441,8 +442,8 @@ TEST(ToDays, IsNullWhereTheEngineFailsOrTheNumberIsTooLarge) {
         EXPECT_EQ(evaluate({"bto_days_a_date", {"-0001-12-31 0000-01-01 0000-01-02"}, {}}), "[0] 2147483646 2147483647 NULL");
         more_days = 0;
     }
-    bdta3_setters_are_plain_stores = 1;
-    zqtime_layout = ZQTIME_LAYOUT_PACKED;
+    zq_engine_statements.setters_are_plain_stores = 1;
+    zq_engine_statements.datetime_layout = ZQTIME_LAYOUT_PACKED;
 }
 
 } // namespace

@@ -273,12 +273,12 @@ TEST_F(Search, MalformedTextsAndPatterns) {
     });
     use(ZQ_CHARSET_UTF8);
     for (const int failing : {1, 2}) {
-        zq_ascii_is_single_byte = failing == 1;
+        zq_engine_statements.ascii_is_single_byte = failing == 1;
         reversals_to_failure = failing;
         EXPECT_EQ(evaluate({"binstrb_avvv_str", {"éa", "é", "-1", "1"}, {}}), "[0] NULL status -6108") << failing;
         reversals_to_failure = 0;
     }
-    zq_ascii_is_single_byte = 1;
+    zq_engine_statements.ascii_is_single_byte = 1;
 }
 
 TEST_F(Search, CaseFolding) {

@@ -12,11 +12,10 @@
 
 #include <gtest/gtest.h>
 
+#include "bop/frame/statements.h"
 #include "embedded/memory/allocation.h"
 #include "engine/charset.h"
 #include "engine/columns.h"
-#include "engine/datetime.h"
-#include "engine/decimal.h"
 #include "tests/contract/called_export.h"
 #include "tests/contract/domains.h"
 #include "tests/contract/exceptions.h"
@@ -81,30 +80,28 @@ class Contract : public testing::Test {
     void SetUp() override { set_up(usual_settings); }
 };
 
-// What the engine says of itself by symbols that other engines may lack.
-std::int32_t* const engine_statements[] = {&bdta3_setters_are_plain_stores, &bdta3_free_bytes_are_open, &xdec_layout,
-                                           &zq_ascii_is_single_byte, &zqtime_layout};
+// What the engine says of itself and other engines may not say, in the order of the record.
+constexpr std::int32_t bifun_engine_statements::*engine_statements[] = {
+    &bifun_engine_statements::setters_are_plain_stores, &bifun_engine_statements::free_bytes_are_open,
+    &bifun_engine_statements::ascii_is_single_byte, &bifun_engine_statements::decimal_layout, &bifun_engine_statements::datetime_layout};
 constexpr unsigned all_statements = (1U << std::size(engine_statements)) - 1;
 
 // Makes the engine unsay those whose bits are set, as long as this lives.
 class unsaid {
   public:
     explicit unsaid(unsigned statements) {
-        for (std::size_t i = 0; i < saved.size(); ++i) {
-            saved[i] = *engine_statements[i];
-            *engine_statements[i] = (statements >> i & 1) != 0 ? 0 : saved[i];
+        for (std::size_t i = 0; i < std::size(engine_statements); ++i) {
+            if ((statements >> i & 1) != 0) {
+                zq_engine_statements.*engine_statements[i] = 0;
+            }
         }
     }
-    ~unsaid() {
-        for (std::size_t i = 0; i < saved.size(); ++i) {
-            *engine_statements[i] = saved[i];
-        }
-    }
+    ~unsaid() { zq_engine_statements = saved; }
     unsaid(const unsaid&) = delete;
     unsaid& operator=(const unsaid&) = delete;
 
   private:
-    std::array<std::int32_t, std::size(engine_statements)> saved{};
+    const bifun_engine_statements saved = zq_engine_statements;
 };
 
 // ---- selection vectors ------------------------------------------------------------------------------------------------
@@ -370,8 +367,8 @@ TEST_F(Contract, NullFlagsFollowTheNullRule) {
 TEST_F(Contract, ResultsDoNotDependOnWhatTheEngineSaysOfItself) {
     constexpr std::uint32_t row_count = 1100;
     constexpr bifun_settings settings[] = {usual_settings, {2, ZQ_CHARSET_GB18030, 0}, {1, ZQ_CHARSET_UTF8, 0}, {3, ZQ_CHARSET_EUC_KR, 1}};
-    for (const std::int32_t* const statement : engine_statements) {
-        ASSERT_NE(*statement, 0);
+    for (const auto statement : engine_statements) {
+        ASSERT_NE(zq_engine_statements.*statement, 0);
     }
     for (const entry_point& entry : entry_points) {
         const std::size_t rounds =
@@ -391,6 +388,18 @@ TEST_F(Contract, ResultsDoNotDependOnWhatTheEngineSaysOfItself) {
                 EXPECT_TRUE(same_outcome(call(entry, arguments, row_count), usual))
                     << entry.symbol << ", round " << round << " without " << i;
             }
+        }
+    }
+}
+
+TEST(EngineStatements, AreNotReadBehindTheRecordThatTheEngineHas) {
+    constexpr bool (*library_takes_as_said[])() = {bifun::setters_are_plain_stores, bifun::free_bytes_are_open, bifun::ascii_is_single_byte,
+                                                   bifun::decimals_are_packed, bifun::datetimes_are_packed};
+    const unsaid nothing(0);
+    for (std::uint32_t count = 0; count <= std::size(engine_statements); ++count) {
+        zq_engine_statements.size = static_cast<std::uint32_t>(sizeof zq_engine_statements.size + count * sizeof(std::int32_t));
+        for (std::uint32_t i = 0; i < std::size(engine_statements); ++i) {
+            EXPECT_EQ(library_takes_as_said[i](), i < count) << i << " of " << count;
         }
     }
 }

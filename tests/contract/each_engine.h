@@ -8,22 +8,22 @@
 #include <string>
 #include <string_view>
 
-#include "engine/charset.h"
 #include "engine/columns.h"
-#include "engine/datetime.h"
+#include "engine/statements.h"
 #include "tests/contract/text_case.h"
 
 namespace each_engine {
 
 inline void say(std::int32_t layout, std::int32_t said) {
-    zqtime_layout = layout;
-    zq_ascii_is_single_byte = bdta3_setters_are_plain_stores = bdta3_free_bytes_are_open = said;
+    zq_engine_statements.datetime_layout = layout;
+    zq_engine_statements.ascii_is_single_byte = zq_engine_statements.setters_are_plain_stores = zq_engine_statements.free_bytes_are_open =
+        said;
 }
 
 template <class Body> void with_each_engine(const Body& body) {
     for (const std::int32_t layout : {ZQTIME_LAYOUT_PACKED, ZQTIME_LAYOUT_PRIVATE}) {
         for (const std::int32_t said : {1, 0}) {
-            SCOPED_TRACE(testing::Message() << "layout " << layout << ", optional symbols " << said);
+            SCOPED_TRACE(testing::Message() << "layout " << layout << ", other statements " << said);
             say(layout, said);
             body();
         }

@@ -11,9 +11,9 @@
 #include <vector>
 
 #include "bop/frame/status.h"
-#include "engine/calendar.h"
 #include "engine/datetime.h"
 #include "engine/interval.h"
+#include "layouts/calendar.h"
 
 using bifun::calendar::calendar_date;
 

@@ -6,6 +6,7 @@
 #include <random>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -185,10 +186,20 @@ std::uint32_t good_suffix(const std::string& pattern, std::size_t unmatched) {
     }
 }
 
+// A piece of a Fibonacci word, which has repetitions of as many periods as there can be.
+std::string fibonacci_text(std::size_t length) {
+    std::string text = "ab";
+    for (std::string before = "a"; text.size() < 2 * length;) {
+        before = std::exchange(text, text + before);
+    }
+    return text.substr(below(length), length);
+}
+
 // A table of too short shifts would find everything, and slowly.
 TEST(Search, TablesHaveTheLongestShifts) {
     for (int repetition = 0; repetition < 600; ++repetition) {
-        const std::string pattern = some_text(1 + below(repetition % 50 == 0 ? 300 : 40), "ab");
+        const std::size_t length = 1 + below(repetition % 50 < 2 ? 300 : 40);
+        const std::string pattern = repetition % 2 == 0 ? some_text(length, "ab") : fibonacci_text(length);
         const prepared_pattern prepared(pattern);
         for (std::size_t i = 0; i < pattern.size(); ++i) {
             // A pattern matched whole moves on by its period, which is what the first entry holds.
@@ -205,14 +216,18 @@ TEST(Search, TablesHaveTheLongestShifts) {
 
 TEST(Search, PatternsOfMoreThan65535Bytes) {
     for (const std::size_t length : {std::size_t{65535}, std::size_t{65536}, std::size_t{70001}}) {
-        for (int repetition = 0; repetition < 2; ++repetition) {
-            const std::string text = some_text(length + 3000, "ab");
-            expect_plain_scan(text, {}, pattern_for(text, length, "ab"), 0);
-        }
         const std::string run(length, 'a');
-        const std::string text = std::string(1, 'c').append(run).append("c").append(run).append("c");
-        expect_plain_scan(text, {}, run + "c", 0);
-        expect_plain_scan(text, {}, text.substr(0, length), 0);
+        const std::string runs = std::string(1, 'c').append(run).append("c").append(run).append("c");
+        expect_plain_scan(runs, {}, run + "c", 0);
+        expect_plain_scan(runs, {}, runs.substr(0, length), 0);
+        for (const std::string& text : {random_text(length + 3000, "ab"), fibonacci_text(length + 3000)}) {
+            const std::string pattern = pattern_for(text, length, "ab");
+            expect_plain_scan(text, {}, pattern, 0);
+            const prepared_pattern prepared(pattern);
+            for (const std::size_t i : {std::size_t{0}, std::size_t{1}, length / 2, length - 1}) {
+                ASSERT_EQ(prepared.suffixes[i], good_suffix(pattern, i)) << pattern.substr(0, 40) << " at " << i;
+            }
+        }
     }
 }
 

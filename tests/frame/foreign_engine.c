@@ -16,6 +16,7 @@
 #include "engine/number_format.h"
 #include "engine/search.h"
 #include "engine/session.h"
+#include "engine/statements.h"
 #include "engine/strings.h"
 
 #include "bop/bifun.h"
@@ -29,6 +30,7 @@
 #include "engine/number_format.h"
 #include "engine/search.h"
 #include "engine/session.h"
+#include "engine/statements.h"
 #include "engine/strings.h"
 
 enum { ROWS = 4 };

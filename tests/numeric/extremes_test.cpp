@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "engine/decimal.h"
+#include "engine/statements.h"
 #include "tests/contract/text_case.h"
 
 namespace {
@@ -30,7 +30,7 @@ TEST(Extremes, OfDoublesCompareAsIeeeDoes) {
 // With the engine's comparison for every row, and with the library's own where it knows the layout.
 TEST(Extremes, OfDecimalsCompareByNumericValue) {
     for (const std::int32_t layout : {XDEC_LAYOUT_PRIVATE, XDEC_LAYOUT_PACKED_128}) {
-        xdec_layout = layout;
+        zq_engine_statements.decimal_layout = layout;
         expect_results({
             // Equal values: the second, with its own scale.
             "bgreatest_aa_math_dec | 1.0 1.00 0 0.00 -2.50 | 1.00 1.0 0.0 0 -2.5 | [1] 1.00 1.0 0.0 0 -2.5",

@@ -1,13 +1,13 @@
-// C++: what bdta3_col_assign_str does where bdta3_free_bytes_are_open, for the engine that announces it and for the library that then does
-// it without a call.
-#ifndef BIFUN_ENGINE_FREE_BYTES_H
-#define BIFUN_ENGINE_FREE_BYTES_H
+// What bdta3_col_assign_str does where free bytes lie open, for the engine that says so and for the library that then does it without a
+// call.
+#ifndef BIFUN_LAYOUTS_FREE_BYTES_H
+#define BIFUN_LAYOUTS_FREE_BYTES_H
 
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
 
-#include "engine/columns.h"
+#include "bop/frame/contract.h"
 
 namespace bifun::free_bytes {
 

@@ -1,4 +1,4 @@
-// The decimal layout that an engine announces with xdec_layout == XDEC_LAYOUT_PACKED_128, and what can be told from it without a call.
+// The decimal layout XDEC_LAYOUT_PACKED_128 of engine/statements.h, and what can be told from it without a call.
 //
 //     byte 0        sign mark: 0xC1 positive, 0x3E negative, 0x80 zero
 //     byte 1        precision: the number of digits of the value written as an integer without its point (1 for zero)
@@ -10,13 +10,14 @@
 //
 // The value is coefficient x 10^(exponent - scale). Zero may have a scale (0.00); its coefficient is 0. An exponent above 0 goes with
 // scale 0 and a coefficient of exactly 38 digits, so every value of one scale has one encoding.
-#ifndef BIFUN_ENGINE_DECIMAL_LAYOUT_H
-#define BIFUN_ENGINE_DECIMAL_LAYOUT_H
+#ifndef BIFUN_LAYOUTS_DECIMAL_LAYOUT_H
+#define BIFUN_LAYOUTS_DECIMAL_LAYOUT_H
 
 #include <cstdint>
 #include <cstring>
 
 #include "bop/frame/contract.h"
+#include "layouts/order.h"
 
 namespace bifun::decimal_layout {
 
@@ -34,15 +35,44 @@ inline uint128 coefficient(const xdec& value) {
     return bits;
 }
 
+// Digits of the coefficient; 1 for zero.
+inline std::uint32_t coefficient_digits(const xdec& value) { return std::uint32_t{value.bytes[precision_at]} - value.bytes[exponent_at]; }
+
+// ---- writing ---------------------------------------------------------------------------------------------------------
+
+// Bytes 0-7. The fields are in their ranges.
+constexpr std::uint64_t pack_head(std::uint32_t mark, std::uint32_t precision, std::uint32_t scale, std::uint32_t exponent) {
+    return mark | precision << 8 | scale << 16 | exponent << 24;
+}
+
+// A whole value. The coefficient has 64 or 128 bits.
+template <class Word> inline void store_parts(xdec& result, std::uint64_t head, Word coefficient) {
+    constexpr std::size_t behind_coefficient = coefficient_at + sizeof coefficient;
+    std::memset(result.bytes + behind_coefficient, 0, sizeof result - behind_coefficient);
+    std::memcpy(result.bytes, &head, sizeof head);
+    std::memcpy(result.bytes + coefficient_at, &coefficient, sizeof coefficient);
+}
+
+// The magnitude, and the value with the other sign. `result` may be the place of `value`.
+inline void set_magnitude(const xdec& value, xdec& result) {
+    const std::uint8_t mark = value.bytes[0];
+    result = value;
+    result.bytes[0] = mark == XDEC_ZERO ? mark : std::uint8_t{XDEC_POSITIVE};
+}
+inline void set_negation(const xdec& value, xdec& result) {
+    const std::uint8_t mark = value.bytes[0];
+    result = value;
+    result.bytes[0] = static_cast<std::uint8_t>(mark == XDEC_ZERO ? mark : ~mark); // the marks differ in all bits
+}
+
+// ---- comparing -------------------------------------------------------------------------------------------------------
+
 // The coefficient with its sign as a number that falls where the value rises: of the marks, only that of a negative value has a clear top
 // bit, so the others get the complement. Without a branch, for signs in a column are as good as random.
 inline int128 falling_key(const xdec& value) {
     const auto complement = static_cast<int128>(static_cast<std::int8_t>(value.bytes[0]) >> 7);
     return static_cast<int128>(coefficient(value)) ^ complement;
 }
-
-// Whether `a` is less than `b`, both in the same unit.
-inline bool is_less(const xdec& a, const xdec& b) { return falling_key(a) > falling_key(b); }
 
 // Whether the coefficients of two values are in the same unit, so that they can be compared as they stand.
 inline bool same_unit(const xdec& a, const xdec& b) {
@@ -52,6 +82,10 @@ inline bool same_unit(const xdec& a, const xdec& b) {
     std::memcpy(&scale_and_exponent_b, b.bytes + scale_at, sizeof scale_and_exponent_b);
     return scale_and_exponent_a == scale_and_exponent_b;
 }
+
+// Of values in the same unit: whether `a` is less than `b`, and xdec_cmp.
+inline bool is_less(const xdec& a, const xdec& b) { return falling_key(a) > falling_key(b); }
+inline std::int32_t compare_in_unit(const xdec& a, const xdec& b) { return order(falling_key(b), falling_key(a)); }
 
 } // namespace bifun::decimal_layout
 

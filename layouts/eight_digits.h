@@ -1,6 +1,6 @@
 // Eight decimal digits at a time, for whoever writes numbers: the library and the embedded engine.
-#ifndef BIFUN_FRAME_EIGHT_DIGITS_H
-#define BIFUN_FRAME_EIGHT_DIGITS_H
+#ifndef BIFUN_LAYOUTS_EIGHT_DIGITS_H
+#define BIFUN_LAYOUTS_EIGHT_DIGITS_H
 
 #include <cstdint>
 

@@ -1,29 +1,31 @@
-// Arithmetic on datetimes of the packed layout, by the calendar of engine/calendar.h: what the operations of engine/datetime.h do, for
+// Arithmetic on datetimes of the packed layout, by the calendar of layouts/calendar.h: what the operations of engine/datetime.h do, for
 // loops that call none. Closed formulas; nothing is read or written but the arguments. A function that returns a bool leaves `result`
 // without a meaning where it returns false.
-#ifndef BIFUN_ENGINE_DATETIME_ARITHMETIC_H
-#define BIFUN_ENGINE_DATETIME_ARITHMETIC_H
+#ifndef BIFUN_LAYOUTS_DATETIME_ARITHMETIC_H
+#define BIFUN_LAYOUTS_DATETIME_ARITHMETIC_H
 
 #include <cstdint>
 
-#include "engine/calendar.h"
-#include "engine/datetime.h"
-#include "engine/datetime_layout.h"
+#include "bop/frame/contract.h"
+#include "layouts/calendar.h"
+#include "layouts/datetime_layout.h"
+#include "layouts/order.h"
 
 namespace bifun::datetime_arithmetic {
 
+using datetime_layout::date_of;
 using datetime_layout::datetime_words;
+using datetime_layout::time_of;
 
 // ---- days ---------------------------------------------------------------------------------------------------------
 
-constexpr auto first_gregorian_date = static_cast<std::uint32_t>(
-    datetime_layout::pack_date(calendar::changeover_year, calendar::changeover_month, calendar::first_gregorian_day) >>
-    datetime_layout::day_shift);
+constexpr std::uint32_t pack_date(calendar::calendar_date date) { return datetime_layout::pack_date(date.year, date.month, date.day); }
 
-constexpr std::uint32_t date_of(datetime_words words) { return static_cast<std::uint32_t>(words.civil >> datetime_layout::day_shift); }
+constexpr std::uint32_t first_gregorian_date =
+    pack_date({calendar::changeover_year, calendar::changeover_month, calendar::first_gregorian_day});
 
-// By which calendar the date is. The adjusted bit lies above the date, so that adjusted values are Gregorian ones too.
-constexpr bool is_gregorian(datetime_words words) { return date_of(words) >= first_gregorian_date; }
+// By which calendar a date is. The adjusted bit lies above the date, so that adjusted values are Gregorian ones too.
+constexpr bool is_gregorian(std::uint32_t date) { return date >= first_gregorian_date; }
 
 // The Julian day number of a date, adjusted or not, or taken for a Gregorian one.
 [[gnu::always_inline]] constexpr std::int32_t day_number_of_date(std::uint32_t date, bool gregorian) {
@@ -31,16 +33,19 @@ constexpr bool is_gregorian(datetime_words words) { return date_of(words) >= fir
                                 datetime_layout::day_of_date(date), gregorian);
 }
 [[gnu::always_inline]] constexpr std::int32_t day_number_of_date(std::uint32_t date) {
-    return day_number_of_date(date, date >= first_gregorian_date);
+    return day_number_of_date(date, is_gregorian(date));
 }
 constexpr std::int32_t day_number(datetime_words words) { return day_number_of_date(date_of(words)); }
-constexpr std::int32_t day_number_as_gregorian(datetime_words words) { return day_number_of_date(date_of(words), true); }
 
 // zqtime_to_days: 0000-01-01 is day 0.
 constexpr std::int32_t days_from_year_0(datetime_words words) { return day_number(words) - calendar::julian_day(0, 1, 1, false); }
 
 // 0 Sunday to 6 Saturday.
 constexpr std::uint32_t day_of_week(datetime_words words) { return calendar::weekday_of_julian_day(day_number(words)); }
+
+constexpr std::uint32_t last_day_of_month(std::uint32_t date) {
+    return calendar::last_day_of_month(datetime_layout::year_of_date(date), datetime_layout::month_of_date(date));
+}
 
 // 1-366, counting days that exist.
 constexpr std::uint32_t day_of_year(datetime_words words) {
@@ -54,20 +59,13 @@ constexpr std::uint32_t week_of_year(datetime_words words) {
     return (days + calendar::weekday_of_julian_day(first_day)) / 7 + 1;
 }
 
-// The value with another date and without an adjusted bit.
-constexpr datetime_words with_date(datetime_words words, calendar::calendar_date date) {
-    return {.civil = (words.civil & datetime_layout::time_mask) | datetime_layout::pack_date(date.year, date.month, date.day),
-            .fraction_and_zone = words.fraction_and_zone};
-}
-
 // zqtime_glgl_adjust.
 constexpr datetime_words adjusted(datetime_words words) {
-    if (is_gregorian(words)) {
+    if (is_gregorian(date_of(words))) {
         return words;
     }
-    datetime_words result = with_date(words, calendar::date_of_julian_day(day_number(words), true));
-    result.civil |= datetime_layout::adjusted_bit;
-    return result;
+    const std::uint32_t date = pack_date(calendar::date_of_julian_day(day_number(words), true));
+    return datetime_layout::with_date(words, date | datetime_layout::adjusted_bit);
 }
 
 // ---- sums ---------------------------------------------------------------------------------------------------------
@@ -75,58 +73,60 @@ constexpr datetime_words adjusted(datetime_words words) {
 // Any number of days. Returns whether the result is within the range of years.
 constexpr bool add_days(datetime_words words, std::int64_t days, datetime_words& result) {
     // Within the first 28 days of a month that is whole, the day alone changes.
-    constexpr std::uint32_t month_bits = ~std::uint32_t{0x1F};
     constexpr std::int64_t shortest_month = 28;
     const std::uint32_t date = date_of(words);
-    const std::uint64_t day = datetime_layout::day_of(words) + static_cast<std::uint64_t>(days) - 1;
-    if (day < shortest_month && ((date ^ first_gregorian_date) & month_bits) != 0 && (words.civil & datetime_layout::adjusted_bit) == 0) {
-        result = {.civil = words.civil + (static_cast<std::uint64_t>(days) << datetime_layout::day_shift),
-                  .fraction_and_zone = words.fraction_and_zone};
+    const std::uint64_t day = datetime_layout::day_of_date(date) + static_cast<std::uint64_t>(days) - 1;
+    if (day < shortest_month && !datetime_layout::are_of_one_month(date, first_gregorian_date) && !datetime_layout::is_adjusted(date)) {
+        result = datetime_layout::with_date(words, datetime_layout::with_day(date, static_cast<std::uint32_t>(day) + 1));
         return true;
     }
     // A sum that wraps does not come back into the range.
     const std::uint64_t number = static_cast<std::uint64_t>(day_number(words)) + static_cast<std::uint64_t>(days);
-    result = with_date(words, calendar::date_of_julian_day(static_cast<std::int32_t>(static_cast<std::uint32_t>(number))));
+    const auto moved = calendar::date_of_julian_day(static_cast<std::int32_t>(static_cast<std::uint32_t>(number)));
+    result = datetime_layout::with_date(words, pack_date(moved));
     return number <= std::uint64_t{calendar::number_of_last_day};
+}
+
+// Since January of year 0.
+constexpr std::int32_t months_of_date(std::uint32_t date) {
+    return datetime_layout::year_of_date(date) * 12 + static_cast<std::int32_t>(datetime_layout::month_of_date(date)) - 1;
 }
 
 // Any number of months. A day behind the end of the month becomes its last; with `keep_last_day` the last day of a month stays the last. A
 // day that the changeover left out becomes 1582-10-15. Returns whether the result is within the range of years.
 constexpr bool add_months(datetime_words words, std::int64_t months, bool keep_last_day, datetime_words& result) {
     constexpr std::uint64_t month_count = (calendar::max_year - calendar::min_year + 1) * 12;
-    const std::int32_t old_year = datetime_layout::year_of(words);
-    const std::uint32_t old_month = datetime_layout::month_of(words);
-    const std::uint32_t old_day = datetime_layout::day_of(words);
+    const std::uint32_t date = date_of(words);
+    const std::uint32_t old_day = datetime_layout::day_of_date(date);
     // Months since the first one, wrapping as above.
     const std::uint64_t count =
-        static_cast<std::uint64_t>(old_year - calendar::min_year) * 12 + (old_month - 1) + static_cast<std::uint64_t>(months);
+        static_cast<std::uint64_t>(months_of_date(date) - calendar::min_year * 12) + static_cast<std::uint64_t>(months);
     const auto index = static_cast<std::uint32_t>(count);
     const std::int32_t year = static_cast<std::int32_t>(index / 12) + calendar::min_year;
     const std::uint32_t month = index % 12 + 1;
     const std::uint32_t last_day = calendar::last_day_of_month(year, month);
-    const bool to_last = old_day > last_day || (keep_last_day && old_day == calendar::last_day_of_month(old_year, old_month));
+    const bool to_last = old_day > last_day || (keep_last_day && old_day == last_day_of_month(date));
     const std::uint32_t day = to_last ? last_day : old_day;
-    result = with_date(
-        words, {.year = year, .month = month, .day = calendar::is_missing_day(year, month, day) ? calendar::first_gregorian_day : day});
+    result = datetime_layout::with_date(
+        words, datetime_layout::pack_date(year, month, calendar::is_missing_day(year, month, day) ? calendar::first_gregorian_day : day));
     return count < month_count;
 }
 
+constexpr std::int64_t seconds_per_day = 86'400;
 constexpr std::int64_t microseconds_per_second = 1'000'000;
-constexpr std::int64_t microseconds_per_day = 86'400 * microseconds_per_second;
+constexpr std::int64_t microseconds_per_day = seconds_per_day * microseconds_per_second;
 
 // Any number of days, and microseconds within +-2^62. Returns whether the result is within the range of years; its hours are 0-23.
 constexpr bool add_time(datetime_words words, std::int64_t days, std::int64_t microseconds, datetime_words& result) {
-    const std::uint32_t seconds =
-        datetime_layout::hour_of(words) * 3600 + datetime_layout::minute_of(words) * 60 + datetime_layout::second_of(words);
-    const std::int64_t sum = std::int64_t{seconds} * microseconds_per_second + datetime_layout::microsecond_of(words) + microseconds;
+    const std::int64_t sum = std::int64_t{datetime_layout::seconds_of_time(time_of(words))} * microseconds_per_second +
+                             datetime_layout::microsecond_of(words) + microseconds;
     const std::int64_t carry = sum / microseconds_per_day - (sum % microseconds_per_day < 0 ? 1 : 0);
     const auto time = static_cast<std::uint64_t>(sum - carry * microseconds_per_day);
     const auto second_of_day = static_cast<std::uint32_t>(time / microseconds_per_second);
     const auto microsecond = static_cast<std::uint32_t>(time % microseconds_per_second);
-    const datetime_words moved{.civil = (words.civil & ~datetime_layout::time_mask) |
-                                        datetime_layout::pack_time(second_of_day / 3600, second_of_day / 60 % 60, second_of_day % 60),
-                               .fraction_and_zone = (words.fraction_and_zone & datetime_layout::zone_mask) |
-                                                    microsecond << datetime_layout::microsecond_shift};
+    const datetime_words moved =
+        datetime_layout::join_words(datetime_layout::pack_time(second_of_day / 3600, second_of_day / 60 % 60, second_of_day % 60),
+                                    date_of(words), datetime_layout::with_microsecond(words.fraction_and_zone, microsecond));
     return add_days(moved, static_cast<std::int64_t>(static_cast<std::uint64_t>(days) + static_cast<std::uint64_t>(carry)), result);
 }
 
@@ -208,10 +208,6 @@ constexpr bool add_steps(datetime_words words, field_step step, std::int64_t amo
 
 // ---- differences --------------------------------------------------------------------------------------------------
 
-constexpr std::int64_t months_of(datetime_words words) {
-    return std::int64_t{datetime_layout::year_of(words)} * 12 + datetime_layout::month_of(words) - 1;
-}
-
 constexpr std::int64_t quarters_of(datetime_words words) {
     return std::int64_t{datetime_layout::year_of(words)} * 4 + (datetime_layout::month_of(words) - 1) / 3;
 }
@@ -222,7 +218,11 @@ constexpr std::int64_t hours_of(datetime_words words) { return std::int64_t{day_
 
 constexpr std::int64_t minutes_of(datetime_words words) { return hours_of(words) * 60 + datetime_layout::minute_of(words); }
 
-constexpr std::int64_t seconds_of(datetime_words words) { return minutes_of(words) * 60 + datetime_layout::second_of(words); }
+// Since day 0. Any bits have a number, as those of a NULL row may be any.
+[[gnu::always_inline]] constexpr std::int64_t seconds_of(std::uint32_t date, std::uint32_t time) {
+    return day_number_of_date(date) * seconds_per_day + datetime_layout::seconds_of_time(time);
+}
+constexpr std::int64_t seconds_of(datetime_words words) { return seconds_of(date_of(words), time_of(words)); }
 
 constexpr std::int64_t milliseconds_of(datetime_words words) {
     return seconds_of(words) * 1000 + datetime_layout::microsecond_of(words) / 1000;
@@ -238,7 +238,7 @@ constexpr bool datediff(std::int32_t field, datetime_words a, datetime_words b, 
         result = quarters_of(b) - quarters_of(a);
         return true;
     case ZQTIME_MONTH:
-        result = months_of(b) - months_of(a);
+        result = months_of_date(date_of(b)) - months_of_date(date_of(a));
         return true;
     case ZQTIME_WEEK:
         result = weeks_of(b) - weeks_of(a);
@@ -263,6 +263,17 @@ constexpr bool datediff(std::int32_t field, datetime_words a, datetime_words b, 
     default:
         return false;
     }
+}
+
+// zqtime_cmp.
+constexpr std::int32_t compare(datetime_words a, datetime_words b) {
+    const std::int32_t zone_a = datetime_layout::zone_of(a);
+    const std::int32_t zone_b = datetime_layout::zone_of(b);
+    const auto instant = [](datetime_words words, std::int32_t zone) { return seconds_of(words) - std::int64_t{zone} * 60; };
+    // Times of one zone are in the order of their instants.
+    const bool by_instant = zone_a != zone_b && zone_a != ZQTIME_NO_ZONE && zone_b != ZQTIME_NO_ZONE;
+    const std::int32_t by_seconds = by_instant ? order(instant(a, zone_a), instant(b, zone_b)) : order(a.civil, b.civil);
+    return by_seconds != 0 ? by_seconds : order(datetime_layout::microsecond_of(a), datetime_layout::microsecond_of(b));
 }
 
 } // namespace bifun::datetime_arithmetic

@@ -2,8 +2,8 @@
 // so that loops over them vectorise; after E. G. Richards, "Calendars", in the Explanatory Supplement to the Astronomical Almanac
 // (2013), 15.11, with the months by C. Neri and L. Schneider, "Euclidean affine functions and their application to calendar algorithms"
 // (2022).
-#ifndef BIFUN_ENGINE_CALENDAR_H
-#define BIFUN_ENGINE_CALENDAR_H
+#ifndef BIFUN_LAYOUTS_CALENDAR_H
+#define BIFUN_LAYOUTS_CALENDAR_H
 
 #include <cstdint>
 

@@ -1,0 +1,52 @@
+/* What an engine says of itself, so that the library can spare it calls. All of it is optional: where a statement is not made, the library
+ * calls the operation for every row, with the same results. */
+#ifndef BIFUN_ENGINE_STATEMENTS_H
+#define BIFUN_ENGINE_STATEMENTS_H
+
+#include <stdint.h>
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+enum { XDEC_LAYOUT_PRIVATE = 0, XDEC_LAYOUT_PACKED_128 = 1 };
+enum { ZQTIME_LAYOUT_PRIVATE = 0, ZQTIME_LAYOUT_PACKED = 1 };
+
+/* A statement is made where it is not 0. An operation that a statement covers may be replaced by another, but is not called then: who
+ * replaces it takes the statement back. No statement may change during a call. Later versions add statements at the end. */
+typedef struct bifun_engine_statements {
+    /* The size of this record as the engine was built with it: what lies behind is not said. */
+    uint32_t size;
+
+    /* bdta3_set_int, _int64, _double, _dec and _datetime do nothing but store the value in the row's place of the value array, and
+     * bdta3_col_copy of a fixed-width column does nothing but copy flags, values and the no-null flag. The library does that itself, in
+     * the pass in which it computes. */
+    int32_t setters_are_plain_stores;
+
+    /* `engine_header[1]` of a string column that is written points to the column's bdta3_free_bytes, all of which may be overwritten at
+     * will, and bdta3_col_assign_str does nothing but copy the bytes to `top`, set `top` behind them and store the string record, with
+     * data pointing to the copy. The library does that itself for short values as long as there is room, and calls the operation for the
+     * others. */
+    int32_t free_bytes_are_open;
+
+    /* In the database character set bytes below 0x80 that only such bytes precede are a character each, and the operations of
+     * engine/charset.h see it so. The library does not call them for text that has, or begins with, such bytes only. */
+    int32_t ascii_is_single_byte;
+
+    /* XDEC_LAYOUT_PACKED_128: decimals are laid out as layouts/decimal_layout.h describes. The library compares and rounds them in its own
+     * loops. */
+    int32_t decimal_layout;
+
+    /* ZQTIME_LAYOUT_PACKED: datetimes are laid out as layouts/datetime_layout.h describes, and the calendar is that of layouts/calendar.h.
+     * The library takes datetimes apart and counts days in its own loops. */
+    int32_t datetime_layout;
+} bifun_engine_statements;
+
+/* Weak, so that an engine need not have it. */
+extern bifun_engine_statements zq_engine_statements __attribute__((weak));
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif

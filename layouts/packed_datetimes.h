@@ -1,0 +1,157 @@
+// What is asked of datetimes of the packed layout, worked out in place. The operations of engine/datetime.h and engine/interval.h are the
+// contracts; statuses are theirs.
+#ifndef BIFUN_LAYOUTS_PACKED_DATETIMES_H
+#define BIFUN_LAYOUTS_PACKED_DATETIMES_H
+
+#include <cstdint>
+
+#include "bop/frame/contract.h"
+#include "bop/frame/status.h"
+#include "layouts/calendar.h"
+#include "layouts/datetime_arithmetic.h"
+#include "layouts/datetime_layout.h"
+
+namespace bifun {
+
+// 2000-10-01 is a Sunday; weekdays are counted from there.
+struct weekday_reference {
+    static constexpr std::int32_t year = 2000;
+    static constexpr std::uint32_t month = 10;
+    static constexpr std::uint32_t day = 1;
+};
+
+// ---- kernels without a branch, for loops over many rows --------------------------------------------------------------------
+
+[[gnu::always_inline]] inline void set_last_day_packed(const zqtime& value, zqtime& result) {
+    const std::uint32_t date = datetime_layout::load_date(value);
+    datetime_layout::store_words(result, datetime_layout::load_time(value),
+                                 datetime_layout::with_day(date, datetime_arithmetic::last_day_of_month(date)),
+                                 datetime_layout::load_fraction_and_zone(value));
+}
+
+// Adds days; the check tells whether the result is within the range of years.
+[[gnu::always_inline]] inline void add_days_packed(const zqtime& value, std::int64_t count, std::int64_t days_per_count, zqtime& result) {
+    // Unsigned: what does not fit is not used.
+    const std::uint32_t days = static_cast<std::uint32_t>(count) * static_cast<std::uint32_t>(days_per_count);
+    const std::uint32_t number =
+        static_cast<std::uint32_t>(datetime_arithmetic::day_number_of_date(datetime_layout::load_date(value))) + days;
+    const calendar::calendar_date moved = calendar::date_of_julian_day(static_cast<std::int32_t>(number));
+    datetime_layout::store_words(result, datetime_layout::load_time(value), datetime_arithmetic::pack_date(moved),
+                                 datetime_layout::load_fraction_and_zone(value));
+}
+[[gnu::always_inline]] inline std::int32_t check_add_days_packed(const zqtime& value, std::int64_t count, std::int64_t days_per_count) {
+    constexpr std::int64_t most_days = 10'000'000; // more would leave the range anyway
+    const std::int64_t limited = count < -most_days ? -most_days : count > most_days ? most_days : count;
+    const std::int64_t number = datetime_arithmetic::day_number_of_date(datetime_layout::load_date(value)) + limited * days_per_count;
+    return number >= 0 && number <= calendar::number_of_last_day ? BIFUN_OK : BIFUN_INVALID_DATETIME;
+}
+
+// ---- operations --------------------------------------------------------------------------------------------------------------
+
+// Components are signed: a year may be negative, and differences are taken of all of them.
+struct packed_datetimes {
+    static datetime_layout::datetime_words words(const zqtime& value) { return datetime_layout::load_datetime(value); }
+
+    static std::uint32_t date(const zqtime& value) { return datetime_layout::load_date(value); }
+    static std::int32_t number(std::uint32_t value) { return static_cast<std::int32_t>(value); }
+
+    static std::int32_t year(const zqtime& value) { return datetime_layout::year_of_date(date(value)); }
+    static std::int32_t month(const zqtime& value) { return number(datetime_layout::month_of_date(date(value))); }
+    static std::int32_t day(const zqtime& value) { return number(datetime_layout::day_of_date(date(value))); }
+    static std::int32_t hour(const zqtime& value) { return number(datetime_layout::hour_of_time(datetime_layout::load_time(value))); }
+    static std::int32_t minute(const zqtime& value) { return number(datetime_layout::minute_of_time(datetime_layout::load_time(value))); }
+    static std::int32_t second(const zqtime& value) { return number(datetime_layout::second_of_time(datetime_layout::load_time(value))); }
+    static std::int32_t microsecond(const zqtime& value) {
+        return number(datetime_layout::microsecond_of_fraction(datetime_layout::load_fraction_and_zone(value)));
+    }
+    static std::int32_t zone(const zqtime& value) {
+        return datetime_layout::zone_of_fraction(datetime_layout::load_fraction_and_zone(value));
+    }
+    static std::int32_t zone_hour(const zqtime& value) { return displacement(value) / 60; }
+    static std::int32_t zone_minute(const zqtime& value) { return displacement(value) % 60; }
+    static std::int32_t day_of_year(const zqtime& value) { return number(datetime_arithmetic::day_of_year(words(value))); }
+    static std::int32_t day_of_week(const zqtime& value) { return number(datetime_arithmetic::day_of_week(words(value))); }
+    static std::int32_t week(const zqtime& value) { return number(datetime_arithmetic::week_of_year(words(value))); }
+
+    static std::int32_t diff_day(const zqtime& a, const zqtime& b) {
+        return datetime_arithmetic::day_number_of_date(date(a)) - datetime_arithmetic::day_number_of_date(date(b));
+    }
+    static std::int32_t diff_day_without_adjust(const zqtime& a, const zqtime& b) {
+        return datetime_arithmetic::day_number_of_date(date(a), true) - datetime_arithmetic::day_number_of_date(date(b), true);
+    }
+    static std::int32_t days_from_reference(const zqtime& value, std::int32_t& days) {
+        days = datetime_arithmetic::day_number_of_date(date(value)) -
+               calendar::julian_day(weekday_reference::year, weekday_reference::month, weekday_reference::day);
+        return BIFUN_OK;
+    }
+    static std::int32_t datediff(std::int32_t field, const zqtime& a, const zqtime& b, std::int32_t& result) {
+        std::int64_t count;
+        if (!datetime_arithmetic::datediff(field, words(a), words(b), count)) {
+            return BIFUN_ARGUMENT_OUT_OF_DOMAIN;
+        }
+        const auto fitting = static_cast<std::int32_t>(count);
+        if (fitting != count) {
+            return BIFUN_NUMERIC_OVERFLOW;
+        }
+        result = fitting;
+        return BIFUN_OK;
+    }
+
+    // What is added in one step of a field, and a number of days: what is known of them before a row is seen.
+    using field_step = datetime_arithmetic::field_step;
+    using day_span = datetime_arithmetic::day_span;
+    static std::int32_t make_step(std::int32_t field, field_step& step) {
+        step = datetime_arithmetic::step_of(field);
+        return step.kind == datetime_arithmetic::step_kind::none ? BIFUN_ARGUMENT_OUT_OF_DOMAIN : BIFUN_OK;
+    }
+    static std::int32_t make_span(double days, day_span& span) {
+        return datetime_arithmetic::split_days(days, span) ? BIFUN_OK : BIFUN_ARGUMENT_OUT_OF_DOMAIN;
+    }
+    static std::int32_t add_steps(const zqtime& value, const field_step& step, std::int64_t amount, zqtime& result) {
+        datetime_layout::datetime_words sum;
+        return stored(datetime_arithmetic::add_steps(words(value), step, amount, sum), sum, result);
+    }
+    static std::int32_t add_span(const zqtime& value, const day_span& span, zqtime& result) {
+        datetime_layout::datetime_words sum;
+        return stored(datetime_arithmetic::add_span(words(value), span, sum), sum, result);
+    }
+    static std::int32_t add_months(const zqtime& value, std::int32_t months, zqtime& result) {
+        datetime_layout::datetime_words sum;
+        return stored(datetime_arithmetic::add_months(words(value), months, true, sum), sum, result);
+    }
+    static std::int32_t add_interval(const zqtime& value, const bifun_interval_ym& interval, zqtime& result) {
+        return add_months_of_interval(value, months_in(interval), result);
+    }
+    static std::int32_t subtract_interval(const zqtime& value, const bifun_interval_ym& interval, zqtime& result) {
+        return add_months_of_interval(value, -months_in(interval), result);
+    }
+    static std::int32_t last_day_of_month(const zqtime& value, zqtime& result) {
+        set_last_day_packed(value, result);
+        return BIFUN_OK;
+    }
+    static std::int32_t month_end_day(std::int32_t year, std::int32_t month) {
+        return number(calendar::last_day_of_month(year, static_cast<std::uint32_t>(month)));
+    }
+
+  private:
+    static std::int32_t displacement(const zqtime& value) {
+        const std::int32_t minutes = zone(value);
+        return minutes == ZQTIME_NO_ZONE ? 0 : minutes;
+    }
+    static std::int64_t months_in(const bifun_interval_ym& interval) { return std::int64_t{interval.years} * 12 + interval.months; }
+    static std::int32_t add_months_of_interval(const zqtime& value, std::int64_t months, zqtime& result) {
+        datetime_layout::datetime_words sum;
+        return stored(datetime_arithmetic::add_months(words(value), months, false, sum), sum, result);
+    }
+    static std::int32_t stored(bool in_range, datetime_layout::datetime_words value, zqtime& result) {
+        if (!in_range) {
+            return BIFUN_INVALID_DATETIME;
+        }
+        datetime_layout::store_datetime(result, value);
+        return BIFUN_OK;
+    }
+};
+
+} // namespace bifun
+
+#endif
