@@ -206,7 +206,10 @@ void move_to_row(view& view, std::uint32_t row) {
 }
 
 // The host's comparison, built for the machine's vectors as the peers' are.
-VECTORISED void evaluate_positive(std::int32_t* __restrict conditions, const double* __restrict values, std::uint32_t row_count) {
+#if defined(__x86_64__) && !defined(__clang__)
+__attribute__((target_clones("arch=x86-64-v4", "arch=x86-64-v3", "default")))
+#endif
+void evaluate_positive(std::int32_t* __restrict conditions, const double* __restrict values, std::uint32_t row_count) {
     for (std::uint32_t k = 0; k < row_count; ++k) {
         conditions[k] = values[k] > 0 ? 1 : 0;
     }
