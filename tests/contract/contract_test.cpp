@@ -5,6 +5,7 @@
 #include <bit>
 #include <cstring>
 #include <map>
+#include <random>
 #include <set>
 #include <string>
 #include <tuple>
@@ -399,6 +400,55 @@ TEST_F(Contract, ResultsDoNotDependOnWhatTheEngineSaysOfItself) {
                 const unsaid unsaid(i < std::size(engine_statements) ? 1U << i : all_statements);
                 EXPECT_TRUE(same_outcome(call(entry, arguments, row_count), usual))
                     << entry.symbol << ", round " << round << " without " << i;
+            }
+        }
+    }
+}
+
+// Parts of characters in each character set, some of which are characters backwards, and texts that may hold them.
+constexpr std::string_view malformed_texts =
+    "a.b.c | . | éa一é_ | '' | \xA9\xC3 | \xC3 | \xA9 | b\xC3 | \xB8\x80\xE4 | \xE4\xB8 | \xF0\x9F\x98 | \x81 | A\x81 | \x81\x30\x81 | "
+    "0\x81 | \x30\x81\x30\x81_ | \xB0 | \xA1\xB0\xA1 | c\xB0\xA1 | \xB0\xA1\xB0";
+
+// Single rows of values that may fail.
+TEST_F(Contract, AnyRowIsTheSameWhateverTheEngineSaysOfItself) {
+    constexpr std::uint32_t row_count = 64;
+    const std::vector<std::string> texts = parts_of(malformed_texts);
+    zqengine::column_pointer malformed(zqengine::create_column(value_type::VARCHAR, static_cast<std::uint32_t>(texts.size())));
+    for (std::uint32_t row = 0; row < texts.size(); ++row) {
+        read_value(*malformed, row, texts[row]);
+        malformed->data.null_flags[row] = 1;
+    }
+    malformed->column.no_nulls = 1;
+    std::map<std::pair<value_type, std::size_t>, zqengine::column_pointer> outside_domains;
+    std::mt19937 numbers(61); // NOLINT(cert-msc51-cpp): every run is the same
+    const auto below = [&numbers](std::uint32_t limit) { return static_cast<std::uint32_t>(numbers() % limit); };
+    for (const std::uint32_t charset : {ZQ_CHARSET_UTF8, ZQ_CHARSET_GB18030, ZQ_CHARSET_EUC_KR}) {
+        for (const entry_point& entry : entry_points) {
+            set_up({below(4), charset, below(2)});
+            const bool has_text = std::ranges::count(entry.arguments(), value_type::VARCHAR, &bifun::argument::type) > 0;
+            for (int round = 0; round < (has_text ? 1500 : 400); ++round) {
+                std::vector<generated_constant> constants(entry.argument_count);
+                std::vector<call_argument> arguments(entry.argument_count);
+                std::string shown = entry.symbol;
+                for (std::size_t i = 0; i < entry.argument_count; ++i) {
+                    const value_type type = entry.argument_list[i].type;
+                    auto& any = outside_domains[{type, i}];
+                    any = any != nullptr ? std::move(any) : generate_column(type, row_count, 0, i);
+                    const bool is_sound = below(4) == 0;
+                    const column_storage& column = is_sound                      ? column_for(entry, i, row_count, 0)
+                                                   : type == value_type::VARCHAR ? *malformed
+                                                                                 : *any;
+                    const std::uint32_t row = below(column.capacity);
+                    shown += " | " + write_value(column, row);
+                    constants[i] = constant_of_row(column, row);
+                    arguments[i] = entry.argument_list[i].kind == argument_kind::constant
+                                       ? call_argument{.constant = &constants[i]}
+                                       : call_argument{.column = &column, .first_row = row};
+                }
+                const outcome usual = call(entry, arguments, 1);
+                const unsaid unsaid(1 + below(all_statements));
+                EXPECT_TRUE(same_outcome(call(entry, arguments, 1), usual)) << shown << ", charset " << charset;
             }
         }
     }

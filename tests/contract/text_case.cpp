@@ -148,6 +148,8 @@ std::string write_string(const bifun_string& value) {
     return text.empty() ? "''" : text;
 }
 
+} // namespace
+
 std::string write_value(const zqengine::column_storage& column, std::uint32_t row) {
     using zqengine::values_of;
     char buffer[256];
@@ -180,8 +182,6 @@ std::string write_value(const zqengine::column_storage& column, std::uint32_t ro
         return write_string(values_of<bifun_string>(column)[row]);
     }
 }
-
-} // namespace
 
 std::string evaluate(const text_case& text_case, const circumstances& circumstances) {
     const bifun::entry_point& entry = entry_of(text_case.symbol);

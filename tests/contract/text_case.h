@@ -29,6 +29,9 @@ text_column read_column(bifun::value_type type, std::string_view text);
 // One value, which is not NULL, into a row. Flags stay as they are.
 void read_value(zqengine::column_storage& column, std::uint32_t row, const std::string& text);
 
+// The value of a row, whatever its flag.
+std::string write_value(const zqengine::column_storage& column, std::uint32_t row);
+
 // What stands between ` | `.
 std::vector<std::string> parts_of(std::string_view text);
 
