@@ -19,6 +19,7 @@
 #include "engine/datetime.h"
 #include "engine/decimal.h"
 #include "tests/contract/called_export.h"
+#include "tests/contract/demanding_engine.h"
 #include "tests/contract/domains.h"
 #include "tests/contract/exceptions.h"
 #include "tests/contract/text_case.h"
@@ -64,6 +65,17 @@ std::vector<call_argument> arguments_of(const entry_point& entry, std::uint32_t 
             arguments.push_back({.column = &column_for(entry, position, row_count, null_rate)});
         } else {
             arguments.push_back({.constant = &constant_for(entry, position, value_count(entry, position) + position)});
+        }
+    }
+    return arguments;
+}
+
+// The same with other constants in each round, after some of which each has been a boundary.
+std::vector<call_argument> arguments_of_round(const entry_point& entry, std::uint32_t row_count, double null_rate, std::size_t round) {
+    std::vector<call_argument> arguments = arguments_of(entry, row_count, null_rate);
+    for (std::size_t i = 0; i < arguments.size(); ++i) {
+        if (arguments[i].constant != nullptr) {
+            arguments[i].constant = &constant_for(entry, i, (round * (2 * i + 1) + i) % value_count(entry, i));
         }
     }
     return arguments;
@@ -388,18 +400,31 @@ TEST_F(Contract, ResultsDoNotDependOnWhatTheEngineSaysOfItself) {
             std::ranges::count(entry.arguments(), argument_kind::constant, &bifun::argument::kind) > 0 ? 20 : 2 * std::size(settings);
         for (std::size_t round = 0; round < rounds; ++round) {
             set_up(settings[round % std::size(settings)]);
-            std::vector<call_argument> arguments = arguments_of(entry, row_count, round % 8 < 4 ? 0 : some_nulls);
-            for (std::size_t i = 0; i < arguments.size(); ++i) {
-                if (arguments[i].constant != nullptr) {
-                    arguments[i].constant = &constant_for(entry, i, (round * (2 * i + 1) + i) % value_count(entry, i));
-                }
-            }
+            const std::vector<call_argument> arguments = arguments_of_round(entry, row_count, round % 8 < 4 ? 0 : some_nulls, round);
             const outcome usual = call(entry, arguments, row_count);
             EXPECT_TRUE(same_outcome(call(entry, arguments, row_count, {.memory_is_released = false}), usual)) << entry.symbol;
             for (unsigned i = 0; i <= std::size(engine_statements); ++i) {
                 const unsaid unsaid(i < std::size(engine_statements) ? 1U << i : all_statements);
                 EXPECT_TRUE(same_outcome(call(entry, arguments, row_count), usual))
                     << entry.symbol << ", round " << round << " without " << i;
+            }
+        }
+    }
+}
+
+// Among the statuses are those that have a meaning within the library.
+TEST_F(Contract, ADemandingEngineHasTheSameResultsWhateverItsSuccessIs) {
+    constexpr std::uint32_t row_count = 100;
+    for (const entry_point& entry : entry_points) {
+        for (std::size_t round = 0; round < 24; ++round) {
+            const std::vector<call_argument> arguments = arguments_of_round(entry, row_count, round % 2 == 0 ? some_nulls : 0, round);
+            const outcome usual = call(entry, arguments, row_count);
+            const unsaid unsaid(round % 4 < 2 ? all_statements : 0U);
+            for (const std::int32_t success : {1, BIFUN_UNUSABLE_TEXT + 0, INT32_MAX}) {
+                demanding_engine::success = success;
+                const outcome other = call(entry, arguments, row_count);
+                demanding_engine::success = 0;
+                EXPECT_TRUE(same_outcome(other, usual)) << entry.symbol << ", status " << success;
             }
         }
     }
