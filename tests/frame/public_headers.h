@@ -1,0 +1,13 @@
+/* Every public header, which is C11. No guard: an engine may meet them in any order and more than once. */
+#include "bop/bifun.h"
+#include "engine/charset.h"
+#include "engine/columns.h"
+#include "engine/datetime.h"
+#include "engine/decimal.h"
+#include "engine/interval.h"
+#include "engine/memory.h"
+#include "engine/number_check.h"
+#include "engine/number_format.h"
+#include "engine/search.h"
+#include "engine/session.h"
+#include "engine/strings.h"
