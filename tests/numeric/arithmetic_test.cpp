@@ -1,0 +1,236 @@
+// Arithmetic on integers, doubles and decimals, the functions of the mathematics library, and RAND.
+
+#include <bit>
+#include <cmath>
+#include <cstdlib>
+#include <limits>
+#include <random>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "bop/bifun.h"
+#include "tests/contract/domains.h"
+#include "tests/contract/text_case.h"
+
+namespace {
+
+__extension__ using int128 = __int128;
+
+bool same_double(double a, double b) {
+    return std::bit_cast<std::uint64_t>(a) == std::bit_cast<std::uint64_t>(b) || (std::isnan(a) && std::isnan(b));
+}
+
+TEST(Arithmetic, HasTheseValues) {
+    contract::expect_results({
+        "babs_a_math_int | -9223372036854775807 9223372036854775807 0 -4294967296 | [1] 9223372036854775807 9223372036854775807 0 "
+        "4294967296",
+        "bceil_a_math_int | -2147483648 2147483647 | [1] -2147483648 2147483647",
+        "bfloor_a_math_int | -2147483648 2147483647 | [1] -2147483648 2147483647",
+        "btrunc_int_def_a_math_int | -2147483648 7 | [1] -2147483648 7",
+        "bceil_a_math_int64 | -9223372036854775808 9007199254740993 | [1] -9223372036854775808 9007199254740993",
+        "babs_a_math_dbl | -1.5 0 -0.0 nan -nan | [1] 1.5 0 -0 -nan nan", // the sign of a NaN is flipped, not cleared
+        "bsign_a_math_dbl | 2.5 -2.5 0 -0.0 nan -nan inf -inf 4.9e-324 -4.9e-324 | [1] 1 -1 0 0 0 0 1 -1 1 -1",
+        // Pi has fifteen digits, and the multiplication comes first.
+        "bdegrees_a_math_dbl | 3.14159265358979 3.1415926535897931 1e305 -0.0 | [1] 180 180.00000000000017 5.7295779513082385e+306 -0",
+        "bradians_a_math_dbl | 180 -180 0 1e308 | [1] 3.14159265358979 -3.14159265358979 0 inf",
+        "bpower_aa_math_dbl | 10 -2 | 400 0.5 | [0] 0 ? status -6102", // what overflows is 0
+    });
+}
+
+TEST(Arithmetic, CeilOfOneBigintIsStoredInOneRow) {
+    auto* const ceil = reinterpret_cast<decltype(&bceil_a_process_int64)>(contract::library_symbol("bceil_a_process_int64"));
+    const zqengine::column_pointer column(zqengine::create_column(bifun::value_type::BIGINT, 3));
+    EXPECT_EQ(ceil(nullptr, nullptr, -9223372036854775807, &column->column, 1), 0);
+    const std::int64_t* const values = zqengine::values_of<std::int64_t>(*column);
+    EXPECT_EQ(std::vector(values, values + 3), std::vector<std::int64_t>({0, -9223372036854775807, 0}));
+    EXPECT_EQ(column->data.null_flags[1], 0); // the caller's
+}
+
+// Of equal ones the second: of zeros of either sign, of decimals of any scale. A NaN is neither less nor greater.
+TEST(Arithmetic, ExtremesTakeTheSecondUnlessTheFirstIsBeyondIt) {
+    contract::expect_results({
+        "bgreatest_aa_math_bigint | -1 -9223372036854775808 4294967296 | -2 0 1 | [1] -1 0 4294967296",
+        "bleast_aa_math_bigint | -1 -9223372036854775808 4294967296 | -2 0 1 | [1] -2 -9223372036854775808 1",
+        "bgreatest_aa_math_dbl | 1.5 -inf 5e-324 0 -0.0 nan 1 | 1.25 inf 0 -0.0 0 1 nan | [1] 1.5 inf 4.9406564584124654e-324 -0 0 1 nan",
+        "bleast_aa_math | 1.5 -inf -5e-324 0 -0.0 nan 1 | 1.25 inf 0 -0.0 0 1 nan | [1] 1.25 -inf -4.9406564584124654e-324 -0 0 1 nan",
+        "bgreatest_aa_math_dec | 1.0 0 -2.50 2 -1.1 1.10 | 1.00 0.00 -2.5 1.999 -1.2 -9.90 | [1] 1.00 0.00 -2.5 2 -1.1 1.10",
+        "bleast_aa_math_dec | 1.0 0 -2.50 2 -1.1 1.10 | 1.00 0.00 -2.5 1.999 -1.2 -9.90 | [1] 1.00 0.00 -2.5 1.999 -1.2 -9.90",
+    });
+}
+
+// ---- MOD ----
+
+// Every pair of numbers around powers of two, and multiples of each with their neighbours, against division in 128 bits.
+TEST(Mod, IsTheRemainderOfTruncatingDivision) {
+    std::vector<std::int64_t> numbers{0};
+    for (std::uint32_t bit = 0; bit < 64; ++bit) {
+        for (const std::uint64_t offset : {0U, 1U, 2U}) {
+            numbers.push_back(static_cast<std::int64_t>((std::uint64_t{1} << bit) + offset));
+            numbers.push_back(static_cast<std::int64_t>(-(std::uint64_t{1} << bit) - offset));
+            numbers.push_back(static_cast<std::int64_t>((0x9E3779B97F4A7C15U >> bit) * (offset + 1)));
+        }
+    }
+    std::vector<std::int64_t> xs;
+    std::vector<std::int64_t> ys;
+    for (const std::int64_t x : numbers) {
+        for (const std::int64_t y : numbers) {
+            const auto multiple = static_cast<std::uint64_t>(y == 0 || y == -1 ? 0 : x / y * y);
+            for (const std::uint64_t candidate : {static_cast<std::uint64_t>(x), multiple, multiple + 1, multiple - 1}) {
+                xs.push_back(static_cast<std::int64_t>(candidate));
+                ys.push_back(y);
+            }
+        }
+    }
+    const contract::outcome outcome = contract::call_with("bmod_aa_math_int64", xs, ys);
+    for (std::size_t row = 0; row < xs.size(); ++row) {
+        const int128 expected = ys[row] == 0 ? xs[row] : int128{xs[row]} - int128{ys[row]} * (int128{xs[row]} / ys[row]);
+        ASSERT_EQ(zqengine::values_of<std::int64_t>(*outcome.result)[row], static_cast<std::int64_t>(expected))
+            << "MOD(" << xs[row] << ", " << ys[row] << ")";
+    }
+}
+
+// Pairs of any bits, of like exponents, of multiples and their neighbours, and with special values, against the library's function.
+TEST(Mod, OfDoublesIsTheLibrarysRemainderToTheBit) {
+    using limits = std::numeric_limits<double>;
+    constexpr double special[] = {
+        0.0, -0.0, limits::denorm_min(), -limits::min(), limits::max(), limits::infinity(), -limits::infinity(), 0x1p52, 0x1p53, 1.0, 3.0};
+    std::mt19937_64 random(1);
+    const auto of_exponent = [&](int exponent) {
+        return std::ldexp(static_cast<double>(static_cast<std::int64_t>(random()) >> (random() % 60)), exponent);
+    };
+    std::vector<double> xs;
+    std::vector<double> ys;
+    for (std::uint32_t pair = 0; pair < 200000; ++pair) {
+        const int exponent = static_cast<int>(random() % 2000) - 1090;
+        double x = std::bit_cast<double>(random());
+        double y = std::bit_cast<double>(random());
+        if (pair % 5 == 1) {
+            x = of_exponent(exponent + static_cast<int>(random() % 60));
+            y = of_exponent(exponent);
+        } else if (pair % 5 == 2) { // a multiple or next to one, the quotient of up to 60 bits
+            y = of_exponent(exponent);
+            x = y * static_cast<double>(random() >> (4 + random() % 60));
+            x = std::nextafter(x, random() % 3 == 0 ? x : random() % 2 == 0 ? limits::infinity() : -limits::infinity());
+        } else if (pair % 5 == 3) { // subnormal
+            x = std::bit_cast<double>(random() & 0x800FFFFFFFFFFFFF);
+            y = std::bit_cast<double>(random() & 0x800FFFFFFFFFFFFF >> random() % 50);
+        } else if (pair % 5 == 4) {
+            (pair % 2 == 0 ? x : y) = special[random() % std::size(special)];
+            (random() % 4 == 0 ? x : y) = special[random() % std::size(special)];
+        }
+        xs.push_back(x);
+        ys.push_back(y);
+    }
+    const contract::outcome outcome = contract::call_with("bmod_aa_math_dbl", xs, ys);
+    for (std::size_t row = 0; row < xs.size(); ++row) {
+        const double result = zqengine::values_of<double>(*outcome.result)[row];
+        ASSERT_TRUE(same_double(result, ys[row] == 0 ? xs[row] : std::fmod(xs[row], ys[row])))
+            << std::hexfloat << "MOD(" << xs[row] << ", " << ys[row] << ") = " << result;
+    }
+}
+
+// ---- the mathematics library ----
+
+double cot(double x) { return 1.0 / std::tan(x); }
+double log_to(double base, double x) { return std::log(x) / std::log(base); }
+
+// Last bits are the library's, so it is called here too. The first argument of ATAN2 is y, that of LOG the base.
+TEST(Mathematics, CallsTheLibrary) {
+    constexpr std::uint32_t row_count = 400;
+    const std::pair<const char*, double (*)(double)> of_one[] = {
+        {"bsin_a_math_dbl", ::sin},    {"bcos_a_math_dbl", ::cos},   {"btan_a_math_dbl", ::tan},     {"bcot_a_math_dbl", cot},
+        {"basin_a_math_dbl", ::asin},  {"bacos_a_math_dbl", ::acos}, {"batan_a_math_dbl", ::atan},   {"bsinh_a_math_dbl", ::sinh},
+        {"bcosh_a_math_dbl", ::cosh},  {"btanh_a_math_dbl", ::tanh}, {"bsqrt_a_math_dbl", ::sqrt},   {"bexp_a_math_dbl", ::exp},
+        {"bln_a_math_dbl", ::log},     {"bceil_a_math_dbl", ::ceil}, {"bfloor_a_math_dbl", ::floor}, {"btrunc_def_a_math_dbl", ::trunc},
+        {"blog10_a_math_dbl", ::log10}};
+    const std::pair<const char*, double (*)(double, double)> of_two[] = {
+        {"batan2_aa_math_dbl", ::atan2}, {"bpower_aa_math_dbl", ::pow}, {"blog_aa_math_dbl", log_to}};
+    const auto check = [](const char* symbol, const auto& expected) {
+        const bifun::entry_point& entry = contract::entry_of(symbol);
+        std::vector<zqengine::column_pointer> columns;
+        std::vector<contract::call_argument> arguments;
+        for (std::size_t i = 0; i < entry.argument_count; ++i) {
+            columns.push_back(contract::sound_column(entry, i, row_count, 0, i));
+            arguments.push_back({.column = columns.back().get()});
+        }
+        const contract::outcome outcome = contract::call(entry, arguments, row_count);
+        const double* const x = zqengine::values_of<double>(*columns.front());
+        const double* const y = zqengine::values_of<double>(*columns.back());
+        EXPECT_EQ(outcome.status, 0) << symbol;
+        for (std::uint32_t row = 0; row < row_count; ++row) {
+            const double result = zqengine::values_of<double>(*outcome.result)[row];
+            EXPECT_TRUE(same_double(result, expected(x[row], y[row]))) << symbol << " of " << x[row] << ", " << y[row] << ": " << result;
+        }
+    };
+    for (const auto& [symbol, function] : of_one) {
+        check(symbol, [function = function](double x, double) { return function(x); });
+    }
+    for (const auto& [symbol, function] : of_two) {
+        check(symbol, function);
+    }
+}
+
+// The fraction does not count, nor does what is above the low 32 bits; what is no 64-bit integer is taken for the smallest.
+TEST(Rand, IsDecidedByTheSeed) {
+    const std::pair<double, unsigned> seeds[] = {{5, 5},
+                                                 {5.9, 5},
+                                                 {-5.9, 4294967291},
+                                                 {-1, 4294967295},
+                                                 {4294967301.0, 5},
+                                                 {0x1p62, 0},
+                                                 {0x1p63, 0},
+                                                 {-0x1p63, 0},
+                                                 {1e300, 0},
+                                                 {-HUGE_VAL, 0},
+                                                 {HUGE_VAL, 0},
+                                                 {std::nan(""), 0},
+                                                 {2147483648.0, 2147483648}};
+    for (const auto& [given, used] : seeds) {
+        std::srand(used);
+        const double expected = static_cast<double>(std::rand()) / 2147483647.0; // before the call draws
+        const contract::outcome outcome = contract::call_with("brand_a_math_int", std::vector{given, given});
+        EXPECT_EQ(zqengine::values_of<double>(*outcome.result)[0], expected) << given;
+        EXPECT_EQ(zqengine::values_of<double>(*outcome.result)[1], expected) << given;
+    }
+}
+
+// ---- BITAND ----
+
+TEST(Bitand, CutsFractionsOff) {
+    contract::expect_results({
+        "bbit_and_for_dec_av | 12 12.9 -12.9 0.9 15 NULL=1E38 | 10.9 | [0] 8 8 0 0 10 NULL",
+        "bbit_and_for_dec_av | 7 -7 99999999999999999999999999999999999999.0 -0.9 | 0.5 | [1] 0 0 0 0",
+        "bbit_and_for_dec_av | -1 18446744073709551616 18446744073709551615 -18446744073709551616 | 18446744073709551616 | [1] "
+        "18446744073709551616 18446744073709551616 0 18446744073709551616",
+        "bbit_and_for_dec_va | 1E126 | NULL 0 | [0] NULL NULL status -6102",
+    });
+}
+
+std::string text_of(int128 value) {
+    std::string digits;
+    for (int128 rest = value; rest != 0 || digits.empty(); rest /= 10) {
+        const int digit = static_cast<int>(rest % 10);
+        digits.insert(digits.begin(), static_cast<char>('0' + (digit < 0 ? -digit : digit)));
+    }
+    return value < 0 ? "-" + digits : digits;
+}
+
+TEST(Bitand, IsThatOf128BitIntegers) {
+    std::mt19937_64 random(3);
+    const auto operand = [&] {
+        const auto bits = static_cast<int128>(static_cast<unsigned __int128>(random()) << 64 | random());
+        return bits >> (2 + random() % 126); // at most 38 digits
+    };
+    for (int pair = 0; pair < 3000; ++pair) {
+        const int128 x = operand();
+        const int128 y = operand();
+        for (const char* const symbol : {"bbit_and_for_dec_av", "bbit_and_for_dec_va"}) {
+            ASSERT_EQ(contract::evaluate({symbol, {text_of(x), text_of(y)}, ""}), "[1] " + text_of(x & y))
+                << text_of(x) << ' ' << text_of(y);
+        }
+    }
+}
+
+} // namespace
