@@ -5,7 +5,8 @@
 #include "bop/bifun.h"
 #include "embedded/datetime/text.h"
 #include "engine/datetime.h"
-#include "fuzz/exact_block.h"
+#include "fuzz/require.h"
+#include "tests/contract/exact_block.h"
 
 namespace {
 

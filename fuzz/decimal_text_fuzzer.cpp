@@ -6,7 +6,8 @@
 
 #include "bop/bifun.h"
 #include "engine/decimal.h"
-#include "fuzz/exact_block.h"
+#include "fuzz/require.h"
+#include "tests/contract/exact_block.h"
 
 namespace {
 
