@@ -15,8 +15,8 @@
 #include "embedded/session/environment.h"
 #include "engine/charset.h"
 #include "engine/memory.h"
-#include "tests/contract/each_engine.h"
 #include "tests/contract/exact_block.h"
+#include "tests/contract/text_case.h"
 
 namespace {
 int reversals_to_failure = 0; // 1: the next one fails; 0: none
@@ -31,7 +31,7 @@ extern "C" __attribute__((visibility("default"))) std::uint8_t* zq_mbsrev_ex(std
 namespace {
 
 using contract::evaluate;
-using each_engine::expect_results;
+using contract::expect_results;
 
 class StringFunctions : public testing::Test {
   protected:

@@ -28,7 +28,7 @@ TEST(Nvl, ReplacesNull) {
         "bnvl_int64_aa | NULL 9223372036854775807 | 4294967297 NULL | [0] 4294967297 9223372036854775807",
         "bnvl_double_aa | NULL 5e-324 NULL -0.0 0 | nan 1 NULL 0 -0.0 | [0] nan 4.9406564584124654e-324 NULL -0 0",
         "bnvl_dec_aa | @1,0 NULL 1.10 | NULL 2.2000 | [0] 1.10 2.2000",
-        "bnvl_date_aa | NULL NULL 1582-10-04 | 1582-10-15 NULL NULL | [0] 1582-10-15T00:00:00 NULL 1582-10-04T00:00:00",
+        "bnvl_date_aa | NULL NULL 1582-10-04 | 1582-10-15 NULL NULL | [0] 1582-10-15 NULL 1582-10-04",
         "bnvl_varchar_aa | @0,1,1 x_ NULL | @2,2,0 y NULL z_ | [0] x_ z_ y",
         "bnvl_varchar_av | a*5000__ NULL | b___ | [0] a*5000__ b___",
         // A constant string lies inside its record up to 48 bytes.

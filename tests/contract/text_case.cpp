@@ -31,6 +31,7 @@ void read_string(zqengine::column_storage& column, std::uint32_t row, std::strin
         const bool is_repeated = part.size() > 2 && part[1] == '*';
         text += is_repeated ? std::string(std::strtoul(part.c_str() + 2, nullptr, 10), part[0]) : part;
     }
+    std::ranges::replace(text, '~', ' ');
     (void)bdta3_col_assign_str(nullptr, nullptr, &column.column, row, bytes_of(text), static_cast<std::uint32_t>(text.size()), blanks);
 }
 
@@ -152,6 +153,7 @@ std::string write_string(const bifun_string& value) {
 
 std::string write_value(const zqengine::column_storage& column, std::uint32_t row) {
     using zqengine::values_of;
+    constexpr std::string_view midnight = "T00:00:00";
     char buffer[256];
     std::uint32_t length = 0;
     switch (column.type) {
@@ -168,7 +170,7 @@ std::string write_value(const zqengine::column_storage& column, std::uint32_t ro
     case value_type::DATETIME: {
         std::string text(buffer, zqengine::write_datetime(values_of<zqtime>(column)[row], zqengine::datetime_kind::datetime, buffer));
         std::ranges::replace(text, ' ', 'T');
-        return text;
+        return text.substr(0, text.size() - (text.ends_with(midnight) ? midnight.size() : 0));
     }
     case value_type::INTERVAL_YM:
     case value_type::INTERVAL_DT: {
