@@ -4,7 +4,6 @@
 #include <cstring>
 #include <numeric>
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -126,37 +125,33 @@ TEST(StringResults, WithoutMemoryTheRowIsEmpty) {
     }
 }
 
-TEST(StringValues, CompareWithBlanks) {
-    struct {
-        std::string a;
-        std::uint32_t blanks_a;
-        std::string b;
-        std::uint32_t blanks_b;
-        int sign;
-    } cases[] = {
-        {"", 0, "", 0, 0},      {"a", 0, "a", 0, 0},        {"a  ", 0, "a", 2, 0},    {"", 3, " ", 2, 0},        {"", 0, "", 1, -1},
-        {"a", 0, "a", 1, -1},   {"a", 5, "a  ", 0, 1},      {"a   ", 0, "a", 2, 1},   {"a", 1, "a\x1f", 0, 1},   {"a", 1, "a!", 0, -1},
-        {"a", 2, "a !", 0, -1}, {"a", 1, "a !", 0, -1},     {"a", 0, "a\x1f", 0, -1}, {"\x80", 0, "\x7f", 0, 1}, {"ab", 0, "b", 0, -1},
-        {"a b", 0, "a", 9, 1},  {"", 4294967295, "", 1, 1}, {"", 2, "\xff", 0, -1},
-    };
-    const auto sign_of = [](std::int32_t value) { return (value > 0) - (value < 0); };
-    for (auto& c : cases) {
-        const bifun_string a = string_over(c.a, c.blanks_a);
-        const bifun_string b = string_over(c.b, c.blanks_b);
-        EXPECT_EQ(sign_of(bdta3_colstr_cmp_with_blank(&a, &b)), c.sign) << c.a << "|" << c.b;
-        EXPECT_EQ(sign_of(bdta3_colstr_cmp_with_blank(&b, &a)), -c.sign) << c.b << "|" << c.a;
+// Every text of up to three of a few bytes, with up to three blanks behind it.
+TEST(StringValues, AreComparedAndTrimmedAsFullTexts) {
+    std::vector<std::string> texts{""};
+    for (std::size_t i = 0; texts[i].size() < 3; ++i) {
+        for (const char byte : {' ', 'a', '\x1f', '!', '\xff'}) {
+            texts.push_back(texts[i] + byte);
+        }
     }
-}
-
-TEST(StringValues, Trim) {
-    for (const char* const text : {"", " ", "          ", "a", "a b", " a  ", "a\t ", "abcdefgh         ", "\xe3\x80\x80 "}) {
-        std::string bytes = text;
-        bifun_string value = string_over(bytes, 2);
-        bdta3_colstr_trim(&value);
-        EXPECT_EQ(value.length, std::string_view(text).find_last_not_of(' ') + 1) << '"' << text << '"';
-        EXPECT_EQ(value.trailing_blanks, 0U);
-        EXPECT_EQ(bytes, text);
+    const auto sign_of = [](int value) { return (value > 0) - (value < 0); };
+    for (std::string& text : texts) {
+        for (std::uint32_t blanks = 0; blanks < 4; ++blanks) {
+            bifun_string value = string_over(text, blanks);
+            const std::string full = text + std::string(blanks, ' ');
+            for (std::size_t other = 0; other < texts.size(); other += 7) {
+                const std::uint32_t more = other % 4;
+                const bifun_string compared = string_over(texts[other], more);
+                const int sign = sign_of(full.compare(texts[other] + std::string(more, ' ')));
+                ASSERT_EQ(sign_of(bdta3_colstr_cmp_with_blank(&value, &compared)), sign) << full << '|' << texts[other] << more;
+                ASSERT_EQ(sign_of(bdta3_colstr_cmp_with_blank(&compared, &value)), -sign) << full << '|' << texts[other] << more;
+            }
+            bdta3_colstr_trim(&value);
+            ASSERT_EQ(value.length + value.trailing_blanks, text.find_last_not_of(' ') + 1) << full;
+        }
     }
+    const bifun_string endless = {0, UINT32_MAX, nullptr};
+    const bifun_string one_blank = {0, 1, nullptr};
+    EXPECT_GT(bdta3_colstr_cmp_with_blank(&endless, &one_blank), 0);
 }
 
 } // namespace
