@@ -37,8 +37,8 @@ struct scratch_directory {
 
     void write(const std::string& name, const std::string& text) const;
 
-    // `output` is the standard output of the program, or -1 for a file whose text is returned.
-    [[nodiscard]] run_result run(arguments words, int output = -1) const;
+    // `output` is where the shell is to send the program's standard output.
+    [[nodiscard]] run_result run(const arguments& words, const std::string& output = "out") const;
 };
 
 // Expects this output of a query, and this message behind "bifun: " if any. `file`, unless it is empty, is t.csv.

@@ -1,5 +1,4 @@
 // The program as people run it.
-#include <fcntl.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -52,7 +51,6 @@ TEST(Program, Numbers) {
          R"("3,000,000,000", "1.234,50€")"},
         {"TO_CHAR(1.5, NULL) ; TO_CHAR(1e20)", R"(null, "1E+20")"},
         {"TO_CHAR(1, '9', 'x')", "TO_CHAR: -6131 invalid NLS parameters in row 1"},
-        {"TO_CHAR(1, '9', '')", "TO_CHAR: -4037 the NLS parameter is empty or longer than 128 bytes"},
     });
     expect_answer("x,n,e\n2.345,2,1e2\n,1,\n-2.5,,-2.5e0\n1250,-2,25e-1\n",
                   "SELECT ROUND(x, n) a, ROUND(2.55, n) b, ROUND(x) c, TRUNC(x, 1) d, ROUND(e) f, ROUND(e, n) g, SIGN(e) h FROM t",
@@ -141,19 +139,15 @@ TEST(Program, SqlErrors) {
         {"SELECT NVLL(1, 2)", "8, near NVLL: there is no function nvll; did you mean NVL?"},
         {"SELECT GREATEST(1, 2, 3)", "8, near GREATEST: GREATEST takes 2 arguments, not 3: GREATEST(x, y)"},
         {"SELECT FLOOR('1')", "8, near FLOOR: FLOOR does not take (VARCHAR); it takes (INT), (DOUBLE), (DECIMAL)"},
-        {"SELECT BITAND(qty, qty) FROM t",
-         "8, near BITAND: BITAND does not take (INT, INT); it takes (DECIMAL, constant DECIMAL), (constant DECIMAL, DECIMAL)"},
         {"SELECT TO_CHAR(qty, Name) FROM t", "8, near TO_CHAR: TO_CHAR does not take (INT, VARCHAR); it takes (INT, constant VARCHAR), "
                                              "(BIGINT, constant VARCHAR), (DOUBLE, constant VARCHAR), (DECIMAL, constant VARCHAR)"},
         {"SELECT TRUNC(1.5e0, 1)", "8, near TRUNC: TRUNC does not take (DOUBLE, INT); it takes (DECIMAL, INT), (VARCHAR, INT); use "
                                    "ROUND(x, n) for a DOUBLE, or give its column the type DECIMAL with --types"},
-        {"SELECT CEILING(1)", "8, near CEILING: there is no function ceiling; did you mean CEIL?"},
         {"SELECT 1e999", "8, near 1e999: the number is beyond the range of DOUBLE"},
         {joined({"SELECT ", replaced(std::string(500, '!'), "!", "NOT "), "TRUE"}),
          "2008, near TRUE: the expression is nested more than 500 levels deep"},
         {"SELECT 1 FROM t WHERE qty", "23, near qty: a condition is needed here, and this is of type INT"},
         {"SELECT qty = '1' FROM t", "12, near =: INT and VARCHAR cannot be compared; write the number without quotes"},
-        {"SELECT DATE '2023-02-29'", "8, near DATE: the text cannot be read as DATE"},
         {"SELECT day > 'x' FROM t", "14, near 'x': this cannot be read as DATE"},
         {"SELECT qty + 1 FROM t", "12, near +: the operator + is not supported; operators are = <> < <= > >= AND OR NOT BETWEEN IN IS"},
         {"SELECT COALESCE(1, 2)", "8, near COALESCE: COALESCE is not supported; use NVL(x, y)"},
@@ -249,12 +243,9 @@ TEST(Program, OutputThatCannotBeWritten) {
     int ends[2];
     ASSERT_EQ(pipe(ends), 0);
     close(ends[0]);
-    const int full = open("/dev/full", O_WRONLY);
-    ASSERT_GE(full, 0);
-    const run_result unread = directory.run({BIFUN_PEAKS, "SELECT * FROM peaks"}, ends[1]);
-    const run_result unwritten = directory.run({BIFUN_PEAKS, "SELECT * FROM peaks"}, full);
+    const run_result unread = directory.run({BIFUN_PEAKS, "SELECT * FROM peaks"}, joined({"&", std::to_string(ends[1])}));
+    const run_result unwritten = directory.run({BIFUN_PEAKS, "SELECT * FROM peaks"}, "/dev/full");
     close(ends[1]);
-    close(full);
     EXPECT_EQ(unread.err, ""); // a reader that has gone is no error
     EXPECT_EQ(unread.status, 0);
     EXPECT_EQ(unwritten.err, "bifun: the output cannot be written: No space left on device\n");
