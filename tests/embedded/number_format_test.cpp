@@ -20,22 +20,27 @@
 
 namespace {
 
+using namespace std::string_literals;
+
 // The text, or the status where the format or the NLS text is bad. All texts and the value lie in blocks of exactly their size.
 std::string formatted(bifun_environment* environment, const std::string& number, const std::string& format_text,
                       const std::string& nls_text = "") {
     const exact_block digits(number);
     const exact_block format(format_text);
     const exact_block nls(nls_text);
-    const std::unique_ptr<std::uint8_t[]> block(new std::uint8_t[1 + sizeof(xdec)]);
-    auto* const value = reinterpret_cast<xdec*>(block.get() + 1);
+    const exact_block odd(std::string(1 + sizeof(xdec), '\0'));
+    auto* const value = reinterpret_cast<xdec*>(odd.data() + 1);
     EXPECT_EQ(xdec_from_char(digits.data(), digits.length, value), 0) << number;
-    const std::unique_ptr<char[]> buffer(new char[1024]);
-    buffer[0] = '~';
-    const std::int32_t status =
-        nls.length == 0 ? xdec_to_char_with_fmt(environment, value, buffer.get(), format.data(), format.length)
-                        : xdec_to_char_with_nls(environment, value, buffer.get(), format.data(), format.length, nls.data(), nls.length);
-    EXPECT_TRUE(status == 0 || buffer[0] == '~') << format_text;
-    return status == 0 ? buffer.get() : std::to_string(status);
+    const exact_block buffer(std::string(1024, '~'));
+    auto* const text = reinterpret_cast<char*>(buffer.data());
+    const std::int32_t status = nls.length == 0
+                                    ? xdec_to_char_with_fmt(environment, value, text, format.data(), format.length)
+                                    : xdec_to_char_with_nls(environment, value, text, format.data(), format.length, nls.data(), nls.length);
+    if (status != 0) {
+        EXPECT_EQ(text[0], '~') << format_text;
+        return std::to_string(status);
+    }
+    return text;
 }
 
 // By what they show: number, format, text and NLS text of each, the text with its blanks.
@@ -128,15 +133,15 @@ TEST(NumberFormat, BadNlsTexts) {
 
 TEST(NumberFormat, LongestTexts) {
     const std::string symbol(113, 'x');
-    const std::string nls = "NLS_CURRENCY='" + symbol + "'";
+    const std::string nls = std::string("NLS_CURRENCY='").append(symbol).append("'");
     const std::string nines(38, '9');
-    EXPECT_EQ(formatted(nullptr, nines + "E37", std::string(75, '9')), " " + nines + std::string(37, '0'));
+    EXPECT_EQ(formatted(nullptr, nines + "E37", std::string(75, '9')), " "s + nines + std::string(37, '0'));
     EXPECT_EQ(formatted(nullptr, nines + "E38", std::string(75, '9')), std::string(76, '#'));
-    EXPECT_EQ(formatted(nullptr, nines + "E-127", "." + std::string(74, '9')), " ." + std::string(74, '0'));
-    EXPECT_EQ(formatted(nullptr, "-1", "L." + std::string(71, '9') + "PR", nls), std::string(187, '#'));
-    EXPECT_EQ(formatted(nullptr, "-0.1", "L." + std::string(71, '9') + "PR", nls), "<" + symbol + ".1" + std::string(70, '0') + ">");
+    EXPECT_EQ(formatted(nullptr, nines + "E-127", "."s + std::string(74, '9')), " ."s + std::string(74, '0'));
+    EXPECT_EQ(formatted(nullptr, "-1", "L."s + std::string(71, '9') + "PR", nls), std::string(187, '#'));
+    EXPECT_EQ(formatted(nullptr, "-0.1", "L."s + std::string(71, '9') + "PR", nls), "<"s + symbol + ".1" + std::string(70, '0') + ">");
     EXPECT_EQ(formatted(nullptr, "-9", std::string(70, '9') + "EEEEL", nls), std::string(69, ' ') + "-9E+00" + symbol);
-    EXPECT_EQ(formatted(nullptr, "1", "B" + std::string(72, '0') + "PR"), " " + std::string(71, '0') + "1 ");
+    EXPECT_EQ(formatted(nullptr, "1", "B"s + std::string(72, '0') + "PR"), " "s + std::string(71, '0') + "1 ");
     EXPECT_EQ(formatted(nullptr, nines + "E89", std::string(75, 'X')), std::string(76, '#'));
 }
 
