@@ -50,6 +50,12 @@ i32 fill_behind_text(char* buffer, i32 status) {
 
 void demand_room(u32 size) { EXPECT_GT(size, 0U) << "an empty value needs no room"; }
 
+// Hands on what only a call that is passed on as it came has.
+i32 demand_call(const bifun_environment* environment, const bifun_memory_object* memory, i32 status) {
+    EXPECT_TRUE(success == 0 || (environment != nullptr && memory != nullptr)) << "the call's environment or memory object is missing";
+    return status;
+}
+
 i32 move_day_of_moment(const zqtime* value, i64* days, i32 status) {
     const bool is_date = zqtime_get_tz(value) == ZQTIME_NO_ZONE && zqtime_get_hour(value) == 0 && zqtime_get_min(value) == 0 &&
                          zqtime_get_sec(value) == 0 && zqtime_get_msec(value) == 0;
@@ -74,16 +80,20 @@ using memory = bifun_memory_object;
 
 // ---- columns ----
 
-#define SETTER(name, record) NO_STATUS(name, (environment * e, memory * m, bifun_column * c, u32 row, const record* v), e, m, c, row, v)
+#define SETTER(name, record)                                                                                                               \
+    OPERATION(i32, name, (environment * e, memory * m, bifun_column * c, u32 row, const record* v),                                        \
+              no_status_of(demand_call(e, m, embedded(e, m, c, row, v))))
 SETTER(bdta3_set_int, bifun_int_constant)
 SETTER(bdta3_set_int64, bifun_bigint_constant)
 SETTER(bdta3_set_double, bifun_double_constant)
 SETTER(bdta3_set_dec, bifun_decimal_constant)
 SETTER(bdta3_set_datetime, bifun_datetime_constant)
-NO_STATUS(bdta3_col_copy, (environment * e, memory* m, bifun_column* c, const bifun_column* from, u32 rows), e, m, c, from, rows)
-STATUS(bdta3_col_assign_str, (environment * e, memory* m, bifun_column* c, u32 row, const u8* data, u32 length, u32 blanks), e, m, c, row,
-       data, length, blanks)
-STATUS(bdta3_col_assign_bin, (environment * e, memory* m, bifun_column* c, u32 row, const u8* data, u32 length), e, m, c, row, data, length)
+OPERATION(i32, bdta3_col_copy, (environment * e, memory* m, bifun_column* c, const bifun_column* from, u32 rows),
+          no_status_of(demand_call(e, m, embedded(e, m, c, from, rows))))
+OPERATION(i32, bdta3_col_assign_str, (environment * e, memory* m, bifun_column* c, u32 row, const u8* data, u32 length, u32 blanks),
+          status_of(demand_call(e, m, embedded(e, m, c, row, data, length, blanks))))
+OPERATION(i32, bdta3_col_assign_bin, (environment * e, memory* m, bifun_column* c, u32 row, const u8* data, u32 length),
+          status_of(demand_call(e, m, embedded(e, m, c, row, data, length))))
 OPERATION(u8*, bdta3_col_space_alloc, (environment * e, memory* m, bifun_column_data* c, u32 size),
           (demand_room(size), embedded(e, m, c, size)))
 OPERATION(u8*, bdta3_colstr_assign_without_value, (environment * e, memory* m, bifun_column_data* c, u32 row, u32 length, u32 blanks),
