@@ -1,11 +1,13 @@
-// Arithmetic on integers, doubles and decimals, the functions of the mathematics library, and RAND.
+// Arithmetic and rounding of integers, doubles and decimals, the functions of the mathematics library, RAND, and TO_CHAR of numbers.
 
 #include <bit>
 #include <cmath>
+#include <cstdint>
 #include <cstdlib>
 #include <limits>
 #include <random>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -16,6 +18,9 @@
 
 namespace {
 
+using contract::evaluate;
+using contract::expect_results;
+
 __extension__ using int128 = __int128;
 
 bool same_double(double a, double b) {
@@ -23,7 +28,7 @@ bool same_double(double a, double b) {
 }
 
 TEST(Arithmetic, HasTheseValues) {
-    contract::expect_results({
+    expect_results({
         "babs_a_math_int | -9223372036854775807 9223372036854775807 0 -4294967296 | [1] 9223372036854775807 9223372036854775807 0 "
         "4294967296",
         "bceil_a_math_int | -2147483648 2147483647 | [1] -2147483648 2147483647",
@@ -50,7 +55,7 @@ TEST(Arithmetic, CeilOfOneBigintIsStoredInOneRow) {
 
 // Of equal ones the second: of zeros of either sign, of decimals of any scale. A NaN is neither less nor greater.
 TEST(Arithmetic, ExtremesTakeTheSecondUnlessTheFirstIsBeyondIt) {
-    contract::expect_results({
+    expect_results({
         "bgreatest_aa_math_bigint | -1 -9223372036854775808 4294967296 | -2 0 1 | [1] -1 0 4294967296",
         "bleast_aa_math_bigint | -1 -9223372036854775808 4294967296 | -2 0 1 | [1] -2 -9223372036854775808 1",
         "bgreatest_aa_math_dbl | 1.5 -inf 5e-324 0 -0.0 nan 1 | 1.25 inf 0 -0.0 0 1 nan | [1] 1.5 inf 4.9406564584124654e-324 -0 0 1 nan",
@@ -199,7 +204,7 @@ TEST(Rand, IsDecidedByTheSeed) {
 // ---- BITAND ----
 
 TEST(Bitand, CutsFractionsOff) {
-    contract::expect_results({
+    expect_results({
         "bbit_and_for_dec_av | 12 12.9 -12.9 0.9 15 NULL=1E38 | 10.9 | [0] 8 8 0 0 10 NULL",
         "bbit_and_for_dec_av | 7 -7 99999999999999999999999999999999999999.0 -0.9 | 0.5 | [1] 0 0 0 0",
         "bbit_and_for_dec_av | -1 18446744073709551616 18446744073709551615 -18446744073709551616 | 18446744073709551616 | [1] "
@@ -227,10 +232,145 @@ TEST(Bitand, IsThatOf128BitIntegers) {
         const int128 x = operand();
         const int128 y = operand();
         for (const char* const symbol : {"bbit_and_for_dec_av", "bbit_and_for_dec_va"}) {
-            ASSERT_EQ(contract::evaluate({symbol, {text_of(x), text_of(y)}, ""}), "[1] " + text_of(x & y))
-                << text_of(x) << ' ' << text_of(y);
+            ASSERT_EQ(evaluate({symbol, {text_of(x), text_of(y)}, ""}), "[1] " + text_of(x & y)) << text_of(x) << ' ' << text_of(y);
         }
     }
+}
+
+// ---- rounding ----
+
+TEST(Rounding, OfDecimals) {
+    expect_results({
+        "btrunc_dec_def_a_math | 7.99 -7.99 -0.9 1E126 | [1] 7 -7 0 1&0*126",
+        "btrunc_dec_aa_math | 1234.567 1234.567 -1.29 1.5 1234.5 1.25 | 2 -2 1 5 -2147483648 2147483647 | [1] 1234.56 1200 -1.2 1.5 0 1.25",
+        "bround_def_a_math_dbl | 2.5 -2.5 2.49 99999999999999999999999999999999999999 | [1] 3 -3 2 99999999999999999999999999999999999999",
+        "bround_dec_aa_math_dbl | 1234.5678 1250 -1.005 99.95 1.5 1.5 | 2 -2 2 1 2147483647 -2147483648 | [1] 1234.57 1300 -1.01 100.0 1.5 "
+        "0",
+        // Where the result would be beyond the largest DECIMAL, ROUND gives back the argument.
+        "bround_dec_av_li_math_dbl | 9.9999E126 | -126 | [1] 99999&0*122",
+        // The scale decides, not the digits.
+        "bceil_a_math_dec | 1.5 -1.5 7 2.00 -2.00 0.00 0.01 -0.5 | [1] 2 -1 7 3 -2 0 1 0",
+        "bfloor_a_math_dec | 1.5 -1.5 7 2.00 -2.00 0.00 -0.01 0.5 | [1] 1 -2 7 2 -3 0 -1 0",
+        "bceil_a_math_dec | 9999999999999999999999999999999999999.5 1E-127 -1E126 | [1] 10000000000000000000000000000000000000 1 -1&0*126",
+        "babs_a_math_dec | -1.50 1.50 0.0 -1E-127 | [1] 1.50 1.50 0.0 0.&0*126&1",
+    });
+}
+
+// What no power of ten or only an infinite one can change; an infinite result ends the batch.
+TEST(Rounding, OfDoublesAtTheEnds) {
+    expect_results({
+        "bround_aa_math_dbl | 5 0.1 -0.0 0 nan nan inf 1.5 7 1 inf | -400 39 5 -400 3 -400 -400 2147483647 -2147483648 2 2 | [0] 0 "
+        "0.10000000000000001 -0 0 nan 0 0 1.5 0 1 0 status -6102",
+        "bround_av_li_math_dbl | nan -inf | 39 | [0] nan 0 status -6102",
+        "bround_av_li_math_dbl | -7 inf -0.0 | -2147483648 | [1] 0 0 -0",
+        "bround_av_li_math_dbl | 15 1.7e308 | -308 | [0] 0 0 status -6102",
+    });
+}
+
+// The rule written down with modf, as numbers are rounded by hand.
+double rounded(double x, std::int32_t digits) {
+    if (x == 0 || digits > 38) {
+        return x;
+    }
+    const double factor = std::pow(10.0, std::abs(digits));
+    const double scaled = digits > 0 ? x * factor : x / factor;
+    if (std::isinf(digits > 0 ? scaled : factor)) {
+        return digits > 0 ? x : 0;
+    }
+    double whole = 0;
+    const double fraction = std::modf(scaled, &whole);
+    if (std::fabs(fraction) >= 0.5) {
+        whole += std::copysign(1.0, x);
+    }
+    return digits > 0 ? whole / factor : whole * factor;
+}
+
+TEST(Rounding, OfDoublesIsByTheRule) {
+    std::mt19937_64 random(2);
+    std::vector<double> xs;
+    std::vector<std::int32_t> scales;
+    while (xs.size() < 100000) {
+        const std::int32_t scale = static_cast<std::int32_t>(random() % (random() % 8 == 0 ? 700 : 60)) - 20;
+        const double digits = static_cast<double>(static_cast<std::int64_t>(random()) >> (random() % 64));
+        const double near_half = (std::trunc(digits) + 0.5) / std::pow(10.0, scale);
+        const double candidates[] = {std::bit_cast<double>(random()), digits, digits / 1000, near_half,
+                                     std::nextafter(near_half, random() % 2 == 0 ? 1e308 : -1e308)};
+        const double x = candidates[random() % std::size(candidates)];
+        const std::int32_t signed_scale = scale > 60 && random() % 2 == 0 ? -scale : scale;
+        if (!std::isinf(rounded(x, signed_scale)) && !std::isnan(x)) {
+            xs.push_back(x);
+            scales.push_back(signed_scale);
+        }
+    }
+    const contract::outcome outcome = contract::call_with("bround_aa_math_dbl", xs, scales);
+    ASSERT_EQ(outcome.status, 0);
+    for (std::size_t row = 0; row < xs.size(); ++row) {
+        const double result = zqengine::values_of<double>(*outcome.result)[row];
+        ASSERT_EQ(std::bit_cast<std::uint64_t>(result), std::bit_cast<std::uint64_t>(rounded(xs[row], scales[row])))
+            << std::hexfloat << "ROUND(" << xs[row] << ", " << scales[row] << ") = " << result;
+    }
+}
+
+// Bytes are looked at before the scale; 319 of them count, and blanks that are not stored do not.
+TEST(Rounding, OfDigitStrings) {
+    expect_results({
+        "btrunc_aa_math | 123.456 123.456 123.456 123 123 5__ | 1 -1 2147483647 -3 -2 0 | [1] 123.40000000000001 120 123.456 0 100 5",
+        "btrunc_aa_math | '' . .5 .5 5. 0099 | 0 0 0 1 1 -1 | [1] 0 0 0 0.5 5 90",
+        "btrunc_aa_math | 9 '' | 0 1 | [0] 9 NULL status -6803", // no digit is left to read
+        "btrunc_aa_math | 9 . | 0 1 | [0] 9 NULL status -6803",
+        "btrunc_av_li_math | 1 12a 3 | -5 | [0] 0 NULL ? status -6803",
+        "btrunc_av_li_math | 0*318&5&a 0*317&25&3 0*319&7 | 0 | [1] 5 25 0",
+        "btrunc_av_li_math | 0*318&a | 0 | [0] NULL status -6803",
+        "btrunc_va_s_math | 0*310&123.4567890 | 5 4 -2 | [1] 123.45677999999999 123.4567 100",
+    });
+}
+
+// ---- text ----
+
+// One more, one less and any with as many digits as each power of ten.
+TEST(NumberToChar, OfIntegersIsTheStandardLibrarys) {
+    std::mt19937_64 random(10);
+    std::vector<std::int64_t> numbers = {0, INT32_MAX, INT32_MIN, INT64_MAX, INT64_MIN};
+    for (std::int64_t power = 1; power <= INT64_MAX / 10; power *= 10) {
+        for (const std::int64_t number : {power * 10, power * 10 - 1, power + static_cast<std::int64_t>(random() % 9) * power + 1}) {
+            numbers.insert(numbers.end(), {number, -number});
+        }
+    }
+    for (const char* const symbol : {"bto_char_a_int64_to_varchar", "bto_char_a_int_to_varchar"}) {
+        std::string column;
+        for (const std::int64_t number : numbers) {
+            if (number == static_cast<std::int32_t>(number) || std::string_view(symbol) == "bto_char_a_int64_to_varchar") {
+                column.append(" ").append(std::to_string(number));
+            }
+        }
+        EXPECT_EQ(evaluate({symbol, {column}, {}}), std::string("[1]").append(column));
+    }
+}
+
+// Formats are of 1 to 75 bytes and NLS texts of 1 to 128; the format is looked at first, and no number is needed to fail.
+TEST(NumberToChar, HasTheseValues) {
+    expect_results({
+        "bto_char_a_dec_to_varchar | -0.50 1.00 -99999999999999999999999999999999999999 -1E-127 | [1] -0.50 1.00 "
+        "-99999999999999999999999999999999999999 -0.&0*126&1",
+        "bto_char_a_double_to_varchar | 0.1 -2 1e300 -0.0 nan | [1] 0.1 -2 1E+300 -0 NaN",
+        "bto_char_av_int_to_varchar_with_fmt | 1234 -5 NULL | 9,990.00 | [0]  1,234.00     -5.00 NULL",
+        "bto_char_av_int64_to_varchar_with_fmt | -9223372036854775808 | S9999999999999999999 | [1] -9223372036854775808",
+        "bto_char_av_double_to_varchar_with_fmt | 0.125 -2.5 NULL=inf | FM990.099 | [0] 0.125 -2.5 NULL",
+        "bto_char_av_double_to_varchar_with_fmt | 1e200 | 9 | [0] NULL status -6102", // beyond DECIMAL
+        "bto_char_av_int_to_varchar_with_fmt | NULL NULL | 9x | [0] NULL NULL",       // never read
+        "bto_char_avv_dec_to_varchar_with_nls | 1234.5 -0.25 | FM9G990D00 | NLS_NUMERIC_CHARACTERS=',.' | [1] 1.234,50 -0,25",
+        "bto_char_avv_int_to_varchar_with_nls | 12 | FML999 | NLS_CURRENCY=x | [1] x12",
+        "bto_char_avv_int64_to_varchar_with_nls | 12 | FMC999 | NLS_ISO_CURRENCY=EUR | [1] EUR12",
+        "bto_char_avv_double_to_varchar_with_nls | 1.5 | FM9D9 | NLS_NUMERIC_CHARACTERS=',.' | [1] 1,5",
+        "bto_char_av_int_to_varchar_with_fmt | 1 -2 | 9*75 | [1]  *75&1  *74&-2",
+        "bto_char_av_int_to_varchar_with_fmt | 1 NULL | 9*76 | [0] NULL NULL",
+        "bto_char_av_double_to_varchar_with_fmt | inf 2 | '' | [0] NULL NULL",
+        "bto_char_avv_int_to_varchar_with_nls | 1 2 | FML9 | NLS_CURRENCY=x&y*114 | [1] x&y*114&1 x&y*114&2",
+        "bto_char_avv_int_to_varchar_with_nls | 1 2 | FML9 | NLS_CURRENCY=x&y*115 | [0] NULL NULL status -4037",
+        "bto_char_avv_dec_to_varchar_with_nls | NULL 2 | 9 | '' | [0] NULL NULL status -4037",
+        "bto_char_avv_int64_to_varchar_with_nls | 1 | 9*76 | '' | [0] NULL",
+        "bto_char_avv_double_to_varchar_with_nls | inf | '' | x*129 | [0] NULL",
+    });
 }
 
 } // namespace
