@@ -1,8 +1,9 @@
-#include "engine/memory.h"
+// Memory, result columns and string values.
 
 #include <algorithm>
 #include <cstring>
 #include <memory>
+#include <numeric>
 #include <string>
 #include <vector>
 
@@ -13,11 +14,26 @@
 #include "embedded/memory/allocation.h"
 #include "embedded/session/environment.h"
 #include "engine/columns.h"
+#include "engine/memory.h"
 #include "engine/strings.h"
 
 namespace {
 
+using bifun::value_type;
+using zqengine::column_pointer;
+using zqengine::create_column;
+using zqengine::values_of;
+
 bifun_environment environment;
+
+std::string text_of(const zqengine::column_storage& column, std::uint32_t row) {
+    const bifun_string& value = values_of<bifun_string>(column)[row];
+    return std::string(reinterpret_cast<const char*>(value.data), value.length) + "+" + std::to_string(value.trailing_blanks);
+}
+
+bifun_string string_over(std::string& bytes, std::uint32_t trailing_blanks = 0) {
+    return {static_cast<std::uint32_t>(bytes.size()), trailing_blanks, reinterpret_cast<std::uint8_t*>(bytes.data())};
+}
 
 struct memory_deleter {
     void operator()(bifun_memory_object* memory) const { rt_memobj_destroy(&environment, memory); }
@@ -128,7 +144,7 @@ TEST(Exhaustion, EveryStepFailsOnceAndLeaksNothing) {
 
 TEST(ColumnStorage, ASteadyLoadStopsAllocating) {
     const std::int64_t before = zqengine::live_bytes();
-    zqengine::column_pointer column(zqengine::create_column(bifun::value_type::VARCHAR, 1));
+    column_pointer column(create_column(bifun::value_type::VARCHAR, 1));
     const std::vector<std::uint8_t> bytes(3000000);
     for (int batch = 0; batch < 8; ++batch) {
         const auto* const block = column->string_bytes.newest;
@@ -149,10 +165,6 @@ int released = 0; // by counting_release
 void counting_release(bifun_environment* /*environment*/, void* /*heap*/, void* pointer) { released += pointer != nullptr; }
 
 std::string text_of(const nstr& value) { return {reinterpret_cast<const char*>(value.data), value.length}; }
-
-bifun_string string_over(std::string& bytes, std::uint32_t trailing_blanks) {
-    return {static_cast<std::uint32_t>(bytes.size()), trailing_blanks, reinterpret_cast<std::uint8_t*>(bytes.data())};
-}
 
 class OwnedString : public testing::Test {
   protected:
@@ -232,6 +244,113 @@ TEST_F(OwnedString, WithoutMemoryItIsEmpty) {
     EXPECT_TRUE(value.data == nullptr && value.owned == 0 && released - released_before == 1);
     EXPECT_EQ(nstr_assign_with_blank_no_clear(&environment, memory, &value, &endless), BIFUN_OUT_OF_MEMORY);
     EXPECT_EQ(value.length, 0U);
+}
+
+// ---- columns ----
+
+// What is copied, NVL and IF show. Without memory every row is NULL.
+TEST(ColumnCopy, HasBytesOfItsOwn) {
+    std::string texts[] = {"", "b", "", std::string(5000, 'f')};
+    const auto rows = static_cast<std::uint32_t>(std::size(texts));
+    const column_pointer source(create_column(value_type::VARCHAR, rows));
+    const column_pointer destination(create_column(value_type::VARCHAR, rows));
+    std::memset(source->data.null_flags, 1, rows);
+    for (std::uint32_t row = 0; row < rows; ++row) {
+        values_of<bifun_string>(*source)[row] = string_over(texts[row], row);
+    }
+    ASSERT_EQ(bdta3_col_copy(&environment, nullptr, &destination->column, &source->column, rows), 0);
+    for (std::uint32_t row = 0; row < rows; ++row) {
+        EXPECT_EQ(text_of(*destination, row), text_of(*source, row));
+        EXPECT_NE(values_of<bifun_string>(*destination)[row].data, values_of<bifun_string>(*source)[row].data);
+    }
+    for (const value_type type : {value_type::INT, value_type::VARCHAR}) {
+        const column_pointer failed(create_column(type, rows));
+        failed->column.no_nulls = 1;
+        zqengine::fail_step(1);
+        EXPECT_EQ(bdta3_col_copy(&environment, nullptr, &failed->column, &source->column, rows), BIFUN_OUT_OF_MEMORY);
+        EXPECT_TRUE(failed->status == BIFUN_OUT_OF_MEMORY && failed->column.no_nulls == 0);
+        EXPECT_EQ(std::count(failed->data.null_flags, failed->data.null_flags + rows, 0), rows);
+    }
+}
+
+TEST(StringResults, EveryLengthIsCopiedExactly) {
+    constexpr std::uint32_t rows = 131;
+    const column_pointer column(create_column(value_type::VARCHAR, rows));
+    std::string letters(rows, ' ');
+    std::iota(letters.begin(), letters.end(), '\0');
+    for (std::uint32_t length = 0; length < rows; ++length) {
+        const std::vector<std::uint8_t> source(letters.begin(), letters.begin() + length);
+        ASSERT_EQ(bdta3_col_assign_str(&environment, nullptr, &column->column, length, source.data(), length, length % 3), 0);
+    }
+    for (std::uint32_t length = 0; length < rows; ++length) {
+        EXPECT_EQ(text_of(*column, length), letters.substr(0, length) + "+" + std::to_string(length % 3));
+    }
+}
+
+TEST(StringResults, LastAssignmentOfARowHolds) {
+    const column_pointer column(create_column(value_type::VARCHAR, 2));
+    std::string first = "first";
+    const bifun_string source = string_over(first, 4);
+    EXPECT_EQ(bdta3_colstr_copy(&environment, nullptr, &column->column, 0, &source), 0);
+    EXPECT_EQ(bdta3_colstr_copy(&environment, nullptr, &column->column, 1, &values_of<bifun_string>(*column)[0]), 0);
+    std::memset(bdta3_colstr_assign_without_value(&environment, nullptr, &column->data, 0, 1 << 20, 0), 'l', 1 << 20);
+    EXPECT_EQ(text_of(*column, 0), std::string(1 << 20, 'l') + "+0");
+    EXPECT_EQ(text_of(*column, 1), "first+4");
+}
+
+TEST(StringResults, WithoutMemoryTheRowIsEmpty) {
+    static std::uint8_t bytes[100];
+    static const bifun_string source = {5, 1, bytes};
+    using step = std::int32_t (*)(zqengine::column_storage&);
+    const step steps[] = {
+        [](auto& c) { return bdta3_col_assign_str(&environment, nullptr, &c.column, 0, nullptr, 0, 3); },
+        [](auto& c) { return bdta3_col_assign_str(&environment, nullptr, &c.column, 0, bytes, 5, 0); },
+        [](auto& c) { return bdta3_col_assign_bin(&environment, nullptr, &c.column, 0, bytes, 5); },
+        [](auto& c) { return bdta3_set_str_from_str_with_len(&environment, nullptr, &c.column, 0, bytes, 5); },
+        [](auto& c) { return bdta3_colstr_copy(&environment, nullptr, &c.column, 0, &source); },
+        [](auto& c) { return bdta3_colstr_assign_without_value(&environment, nullptr, &c.data, 0, 5, 1) == nullptr ? c.status : 0; },
+    };
+    for (const step& assign : steps) {
+        const column_pointer column(create_column(value_type::VARCHAR, 1));
+        values_of<bifun_string>(*column)[0] = {9, 9, bytes};
+        zqengine::fail_step(2);
+        EXPECT_NE(bdta3_col_space_alloc(&environment, nullptr, &column->data, 8), nullptr);
+        EXPECT_EQ(assign(*column), BIFUN_OUT_OF_MEMORY);
+        EXPECT_FALSE(zqengine::failure_is_pending());
+        EXPECT_EQ(text_of(*column, 0), "+0");
+        EXPECT_EQ(column->status, BIFUN_OUT_OF_MEMORY);
+        clear_column(*column);
+        EXPECT_EQ(column->status, 0);
+    }
+}
+
+// Every text of up to three of a few bytes, with up to three blanks behind it.
+TEST(StringValues, AreComparedAndTrimmedAsFullTexts) {
+    std::vector<std::string> texts{""};
+    for (std::size_t i = 0; texts[i].size() < 3; ++i) {
+        for (const char byte : {' ', 'a', '\x1f', '!', '\xff'}) {
+            texts.push_back(texts[i] + byte);
+        }
+    }
+    const auto sign_of = [](int value) { return (value > 0) - (value < 0); };
+    for (std::string& text : texts) {
+        for (std::uint32_t blanks = 0; blanks < 4; ++blanks) {
+            bifun_string value = string_over(text, blanks);
+            const std::string full = text + std::string(blanks, ' ');
+            for (std::size_t other = 0; other < texts.size(); other += 7) {
+                const std::uint32_t more = other % 4;
+                const bifun_string compared = string_over(texts[other], more);
+                const int sign = sign_of(full.compare(texts[other] + std::string(more, ' ')));
+                ASSERT_EQ(sign_of(bdta3_colstr_cmp_with_blank(&value, &compared)), sign) << full << '|' << texts[other] << more;
+                ASSERT_EQ(sign_of(bdta3_colstr_cmp_with_blank(&compared, &value)), -sign) << full << '|' << texts[other] << more;
+            }
+            bdta3_colstr_trim(&value);
+            ASSERT_EQ(value.length + value.trailing_blanks, text.find_last_not_of(' ') + 1) << full;
+        }
+    }
+    const bifun_string endless = {0, UINT32_MAX, nullptr};
+    const bifun_string one_blank = {0, 1, nullptr};
+    EXPECT_GT(bdta3_colstr_cmp_with_blank(&endless, &one_blank), 0);
 }
 
 } // namespace
