@@ -1,6 +1,6 @@
 // Any bytes as texts, sets, patterns and numbers of any string function, in any character set and under any settings. Two rows per batch.
-// What holds for every call is checked by the call. The status is one that string functions have, results lie where the arguments let
-// them, and they are the same whatever the engine says of itself.
+// What holds for every call is checked by the call. The status is one that string functions have, and results are the same whatever the
+// engine says of itself.
 #include <algorithm>
 #include <cstdint>
 #include <string>
@@ -58,23 +58,8 @@ value take_value(reader& input, value_type type, const alphabet* characters) {
     return taken;
 }
 
-std::uint64_t full_length(const value& argument) { return std::uint64_t{argument.string.stored.size()} + argument.string.blanks; }
-
 bool is_one_of(std::string_view builtin, std::initializer_list<std::string_view> builtins) {
     return std::ranges::count(builtins, builtin) != 0;
-}
-
-// No part of a text is longer than it, and no place lies behind it.
-void check_row(const entry_point& entry, const std::vector<value>& arguments, const contract::outcome& outcome, std::uint32_t row) {
-    const bool second = is_one_of(entry.builtin, {"POSITION", "LOCATE"}) || (entry.builtin == "TRIM" && arguments.size() > 1);
-    const std::uint64_t most = full_length(arguments[second ? 1 : 0]);
-    if (outcome.flag(row) == 1 && entry.result == value_type::INT) {
-        const std::int32_t position = zqengine::values_of<std::int32_t>(*outcome.result)[row];
-        require(position >= 0 && static_cast<std::uint64_t>(position) <= most);
-    } else if (outcome.flag(row) == 1 && outcome.holds_value(row)) {
-        const bifun_string& text = zqengine::values_of<bifun_string>(*outcome.result)[row];
-        require(std::uint64_t{text.length} + text.trailing_blanks <= most);
-    }
 }
 
 std::vector<const entry_point*> string_functions() {
@@ -117,7 +102,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
                 outcome.status == BIFUN_ARGUMENT_OUT_OF_DOMAIN);
         outcomes[said] = std::to_string(outcome.status);
         for (std::uint32_t row = 0; outcome.status == BIFUN_OK && row < row_count; ++row) {
-            check_row(entry, rows[row], outcome, row);
             outcomes[said] += ' ' + shown[row];
         }
     }

@@ -5,6 +5,7 @@
 #include <memory>
 #include <numeric>
 #include <random>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -102,14 +103,8 @@ class reference {
     std::unique_ptr<UConverter, closed> converter;
 };
 
-const std::vector<reference>& references() {
-    static const std::vector<reference> all = [] {
-        std::vector<reference> made;
-        made.emplace_back(ZQ_CHARSET_UTF8, "UTF-8");
-        made.emplace_back(ZQ_CHARSET_GB18030, "gb18030");
-        made.emplace_back(ZQ_CHARSET_EUC_KR, "EUC-KR");
-        return made;
-    }();
+std::span<const reference> references() {
+    static const reference all[] = {{ZQ_CHARSET_UTF8, "UTF-8"}, {ZQ_CHARSET_GB18030, "gb18030"}, {ZQ_CHARSET_EUC_KR, "EUC-KR"}};
     return all;
 }
 

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cstring>
 #include <memory>
-#include <numeric>
 #include <string>
 #include <vector>
 
@@ -270,20 +269,6 @@ TEST(ColumnCopy, HasBytesOfItsOwn) {
         EXPECT_EQ(bdta3_col_copy(&environment, nullptr, &failed->column, &source->column, rows), BIFUN_OUT_OF_MEMORY);
         EXPECT_TRUE(failed->status == BIFUN_OUT_OF_MEMORY && failed->column.no_nulls == 0);
         EXPECT_EQ(std::count(failed->data.null_flags, failed->data.null_flags + rows, 0), rows);
-    }
-}
-
-TEST(StringResults, EveryLengthIsCopiedExactly) {
-    constexpr std::uint32_t rows = 131;
-    const column_pointer column(create_column(value_type::VARCHAR, rows));
-    std::string letters(rows, ' ');
-    std::iota(letters.begin(), letters.end(), '\0');
-    for (std::uint32_t length = 0; length < rows; ++length) {
-        const std::vector<std::uint8_t> source(letters.begin(), letters.begin() + length);
-        ASSERT_EQ(bdta3_col_assign_str(&environment, nullptr, &column->column, length, source.data(), length, length % 3), 0);
-    }
-    for (std::uint32_t length = 0; length < rows; ++length) {
-        EXPECT_EQ(text_of(*column, length), letters.substr(0, length) + "+" + std::to_string(length % 3));
     }
 }
 
