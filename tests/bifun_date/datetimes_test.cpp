@@ -190,12 +190,37 @@ TEST(NextDay, IsOneToSevenDaysLater) {
 
 TEST(Intervals, AreMadeFromNumbers) {
     expect_results({
-        "bnumtoivym_av_date | 1.5 -1.5 NULL 0 | YEAR | [0] 1/6 -1/-6 NULL 0/0",
+        "bnumtoivym_av_date | 1.5 -1.5 0.04166666 0.04166667 1.96 2147483647.95 -2147483648.95 1E-120 | YEAR | [1] 1/6 -1/-6 0/0 0/1 2/0 "
+        "2147483647/11 -2147483648/-11 0/0",
+        "bnumtoivym_av_date | 14 -14.5 14.4999 25769803775 0 | ~Month~ | [1] 1/2 -1/-3 1/2 2147483647/11 0/0",
+        "bnumtoivym_av_date | 2147483647.96 | YEAR | [0] NULL status -6102",
+        "bnumtoivym_av_date | -2147483649 | YEAR | [0] NULL status -6102",
+        "bnumtoivym_av_date | 25769803776 | MONTH | [0] NULL status -6102",
+        "bnumtoivym_av_date | 1E120 | MONTH | [0] NULL status -6102",
         "bnumtoivym_av_date | NULL 1 1 | DAY | [0] NULL NULL ? status -6803",
-        "bnumtoivdt_av_date | 1.5 -0.25 NULL | DAY | [0] 1/12/0/0/0 0/-6/0/0/0 NULL",
+        "bnumtoivdt_av_date | 1.5 -0.25 2147483647.9999999 -2147483648.5 0.99999999999999999 1E-127 | DAY | [1] 1/12/0/0/0 0/-6/0/0/0 "
+        "2147483647/23/59/59/991360 -2147483648/-12/0/0/0 1/0/0/0/0 0/0/0/0/0",
+        "bnumtoivdt_av_date | -1.5 100.25 0.9999999999999999999999999999999999999 | hour | [1] 0/-1/-30/0/0 4/4/15/0/0 0/1/0/0/0",
+        "bnumtoivdt_av_date | 1441.1 | ~MINUTE | [1] 1/0/1/6/0",
         "bnumtoivdt_av_date | 61.5 | SECOND&~*50 | [1] 0/0/1/1/500000",
-        "bnumtoivdt_av_date | 1 | '' | [0] NULL status -6803",
+        "bnumtoivdt_av_date | 90061.0000005 90061.00000049 -0.0000005 59.9999995 185542587187199.999999 | SECOND | [1] 1/1/1/1/1 "
+        "1/1/1/1/0 0/0/0/0/-1 0/0/1/0/0 2147483647/23/59/59/999999",
+        // Halves of a microsecond, as near as 38 digits can tell: 1/172800000000 of a day is 5.787037...E-12.
+        "bnumtoivdt_av_date | 0.000000000005787037037037037037037037037038 0.000000000005787037037037037037037037037037 "
+        "0.0000000000057870370370370370370370370370370370370 0.0000000000057870370370370370370370370370370370371 "
+        "1.0000000000057870370370370370370370370 1.0000000000057870370370370370370370371 | DAY | [1] 0/0/0/0/1 0/0/0/0/0 0/0/0/0/0 "
+        "0/0/0/0/1 1/0/0/0/0 1/0/0/0/1",
+        "bnumtoivdt_av_date | 0.0000005000000000000000000000000000000 0.00000049999999999999999999999999999999999999 | SECOND | [1] "
+        "0/0/0/0/1 0/0/0/0/0",
+        "bnumtoivdt_av_date | 2147483647.99999999999999 | DAY | [0] NULL status -6102",
+        "bnumtoivdt_av_date | 185542587187200 | SECOND | [0] NULL status -6102",
+        "bnumtoivdt_av_date | 99999999999999999999999999999999999999 | SECOND | [0] NULL status -6102",
+        "bnumtoivdt_av_date | 1E100 | SECOND | [0] NULL status -6102",
     });
+    for (const char* const unit : {"''", "~~", "YEA", "YEARS", "MONTH", "D"}) {
+        EXPECT_EQ(evaluate({"bnumtoivdt_av_date", {"1", unit}, {}}), "[0] NULL status -6803") << unit;
+        EXPECT_TRUE(unit == std::string("MONTH") || evaluate({"bnumtoivym_av_date", {"1", unit}, {}}) == "[0] NULL status -6803") << unit;
+    }
 }
 
 // ---- differences ------------------------------------------------------------------------------------------------------
