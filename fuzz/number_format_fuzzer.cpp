@@ -10,7 +10,8 @@
 #include "embedded/session/environment.h"
 #include "engine/decimal.h"
 #include "engine/number_format.h"
-#include "fuzz/exact_block.h"
+#include "fuzz/require.h"
+#include "tests/contract/exact_block.h"
 
 namespace {
 

@@ -26,8 +26,7 @@ template <class Datetimes> struct constant_span {
     status made;
 };
 
-template <class Datetimes>
-status add_steps(const constant_step<Datetimes>& by, std::int64_t amount, const zqtime& value, zqtime& result) {
+template <class Datetimes> status add_steps(const constant_step<Datetimes>& by, std::int64_t amount, const zqtime& value, zqtime& result) {
     return by.made < BIFUN_OK ? by.made : Datetimes::add_steps(value, by.step, amount, result);
 }
 
@@ -53,8 +52,7 @@ status add_days_at_once(batch_of<DATETIME> batch, Value value, Count count, std:
     return set_all_rows<add_days_packed, checks>(batch, value, count, constant_argument{days_per_count, true});
 }
 
-template <class Amount, class Value>
-status dateadd(batch_of<DATETIME> batch, constant_of<INT> given_field, Amount amount, Value value) {
+template <class Amount, class Value> status dateadd(batch_of<DATETIME> batch, constant_of<INT> given_field, Amount amount, Value value) {
     const auto [field, present] = argument(given_field);
     if (!present) {
         return null_rows(batch);

@@ -61,9 +61,7 @@ struct engine_datetimes {
     static status add_steps(const zqtime& value, field_step step, std::int64_t amount, zqtime& result) {
         return zqtime_add_by_fmt(&value, step, amount, &result);
     }
-    static status add_span(const zqtime& value, day_span span, zqtime& result) {
-        return zqtime_date_add_number(&value, span, &result);
-    }
+    static status add_span(const zqtime& value, day_span span, zqtime& result) { return zqtime_date_add_number(&value, span, &result); }
     static status add_months(const zqtime& value, std::int32_t months, zqtime& result) {
         return zqtime_date_add_iv_ym(&value, months, &result);
     }

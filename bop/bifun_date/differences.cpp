@@ -44,8 +44,7 @@ template <class Datetimes> status datediff(const zqtime& start, const zqtime& en
     return Datetimes::datediff(field, start, end, result);
 }
 
-template <class Start, class End>
-status datediff_rows(batch_of<INT> batch, constant_of<INT> field, Start start, End end) {
+template <class Start, class End> status datediff_rows(batch_of<INT> batch, constant_of<INT> field, Start start, End end) {
     const auto [code, present] = argument(field);
     switch (datetimes_are_packed() && present ? code : 0) {
     case ZQTIME_YEAR:
@@ -62,8 +61,7 @@ status datediff_rows(batch_of<INT> batch, constant_of<INT> field, Start start, E
 }
 
 // Boundaries of calendar fields, and time that passed, from `s` to `e`.
-template <class Datetimes>
-status ifun_parse_bigdatediff(std::int32_t field, const zqtime& s, const zqtime& e, std::int64_t& result) {
+template <class Datetimes> status ifun_parse_bigdatediff(std::int32_t field, const zqtime& s, const zqtime& e, std::int64_t& result) {
     constexpr Datetimes datetimes;
     const auto years = [&] { return std::int64_t{datetimes.year(e)} - datetimes.year(s); };
     const auto days = [&] { return std::int64_t{datetimes.diff_day(e, s)}; };
@@ -111,8 +109,7 @@ status ifun_parse_bigdatediff(std::int32_t field, const zqtime& s, const zqtime&
     }
 }
 
-template <class Start, class End>
-status bigdatediff_rows(batch_of<BIGINT> batch, constant_of<INT> field, Start start, End end) {
+template <class Start, class End> status bigdatediff_rows(batch_of<BIGINT> batch, constant_of<INT> field, Start start, End end) {
     const auto [code, present] = argument(field);
     if (datetimes_are_packed() && present && code == ZQTIME_SECOND) {
         return set_all_rows<packed_big_seconds>(batch, start, end);
@@ -124,7 +121,8 @@ status bigdatediff_rows(batch_of<BIGINT> batch, constant_of<INT> field, Start st
 // ---- *_BETWEEN ---------------------------------------------------------------------------------------------------------------------
 
 template <class A, class B> status days_between(batch_of<INT> batch, A a, B b) {
-    return datetimes_are_packed() ? set_all_rows<packed_datetimes::diff_day>(batch, a, b) : set_rows<engine_datetimes::diff_day>(batch, a, b);
+    return datetimes_are_packed() ? set_all_rows<packed_datetimes::diff_day>(batch, a, b)
+                                  : set_rows<engine_datetimes::diff_day>(batch, a, b);
 }
 
 template <class Datetimes> std::int32_t years_of_two(const zqtime& a, const zqtime& b) { return Datetimes::year(a) - Datetimes::year(b); }
@@ -226,9 +224,7 @@ status entry::bbigdatediff_vva_date(batch_of<BIGINT> batch, constant_of<INT> fie
     return bigdatediff_rows(batch, field, start, end);
 }
 
-status entry::bdays_between_aa_date(batch_of<INT> batch, column_of<DATETIME> a, column_of<DATETIME> b) {
-    return days_between(batch, a, b);
-}
+status entry::bdays_between_aa_date(batch_of<INT> batch, column_of<DATETIME> a, column_of<DATETIME> b) { return days_between(batch, a, b); }
 status entry::bdays_between_av_date(batch_of<INT> batch, column_of<DATETIME> a, constant_of<DATETIME> b) {
     return days_between(batch, a, b);
 }

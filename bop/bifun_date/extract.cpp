@@ -26,9 +26,7 @@ template <class Datetimes> std::int32_t quarter(const zqtime& value) {
 
 template <class Datetimes> std::int32_t quarter_for_datepart(const zqtime& value) { return (Datetimes::month(value) - 1) / 3 + 1; }
 
-template <class Datetimes> std::int32_t weekday_for_datepart(const zqtime& value) {
-    return Datetimes::day_of_week(value) + 1;
-}
+template <class Datetimes> std::int32_t weekday_for_datepart(const zqtime& value) { return Datetimes::day_of_week(value) + 1; }
 
 std::int32_t day_of_week_from_1(const zqtime& value) {
     std::int32_t weekday;
@@ -270,9 +268,7 @@ status entry::byear_a_date(batch_of<INT> batch, column_of<DATETIME> value) {
 status entry::bmonth_a_date(batch_of<INT> batch, column_of<DATETIME> value) {
     return field_rows(batch, ZQTIME_MONTH, datepart_fields, value);
 }
-status entry::bday_a_date(batch_of<INT> batch, column_of<DATETIME> value) {
-    return field_rows(batch, ZQTIME_DAY, datepart_fields, value);
-}
+status entry::bday_a_date(batch_of<INT> batch, column_of<DATETIME> value) { return field_rows(batch, ZQTIME_DAY, datepart_fields, value); }
 status entry::bdayofmonth_a_date(batch_of<INT> batch, column_of<DATETIME> value) {
     return field_rows(batch, ZQTIME_DAY, datepart_fields, value);
 }

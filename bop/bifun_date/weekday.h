@@ -16,8 +16,7 @@ template <class Datetimes> status ifun_weekday_in(Datetimes /*how*/, const zqtim
 }
 
 // The same rule, under the name that moves to a weekday know it by.
-template <class Datetimes>
-status ifun_weekday_in_for_glgl_special(Datetimes datetimes, const zqtime& value, std::int32_t& weekday) {
+template <class Datetimes> status ifun_weekday_in_for_glgl_special(Datetimes datetimes, const zqtime& value, std::int32_t& weekday) {
     return ifun_weekday_in(datetimes, value, weekday);
 }
 

@@ -81,8 +81,8 @@ template <class Text> status rows_of_search(batch_of<INT> batch, pattern_search&
 }
 
 template <class Text>
-status search_for_constant(batch_of<INT> batch, constant_of<VARCHAR> given, const search_request& request,
-                           search_algorithm algorithm, Text text) {
+status search_for_constant(batch_of<INT> batch, constant_of<VARCHAR> given, const search_request& request, search_algorithm algorithm,
+                           Text text) {
     const auto [pattern, present] = argument(given);
     if (!present || is_empty(pattern)) {
         return null_rows(batch);
@@ -182,7 +182,8 @@ template <class Pattern, class Text> status locate(batch_of<INT> batch, Pattern 
 
 } // namespace
 
-status entry::binstr_avvv_str(batch_of<INT> batch, column_of<VARCHAR> text, constant_of<VARCHAR> pattern, constant_of<INT> start, constant_of<INT> occurrence) {
+status entry::binstr_avvv_str(batch_of<INT> batch, column_of<VARCHAR> text, constant_of<VARCHAR> pattern, constant_of<INT> start,
+                              constant_of<INT> occurrence) {
     return instr(batch, text, pattern, start, occurrence, false);
 }
 status entry::binstr_def1_avv_str(batch_of<INT> batch, column_of<VARCHAR> text, constant_of<VARCHAR> pattern, constant_of<INT> start) {
@@ -195,7 +196,8 @@ status entry::binstr_def2_aa_str(batch_of<INT> batch, column_of<VARCHAR> text, c
     return search_for_column(batch, pattern, folded(first_place, folding::upper), search_algorithm::shift_or, text);
 }
 
-status entry::binstrb_avvv_str(batch_of<INT> batch, column_of<VARCHAR> text, constant_of<VARCHAR> pattern, constant_of<INT> start, constant_of<INT> occurrence) {
+status entry::binstrb_avvv_str(batch_of<INT> batch, column_of<VARCHAR> text, constant_of<VARCHAR> pattern, constant_of<INT> start,
+                               constant_of<INT> occurrence) {
     return instr(batch, text, pattern, start, occurrence, true);
 }
 status entry::binstrb_def1_avv_str(batch_of<INT> batch, column_of<VARCHAR> text, constant_of<VARCHAR> pattern, constant_of<INT> start) {

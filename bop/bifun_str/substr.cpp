@@ -10,9 +10,7 @@ namespace {
 constexpr std::int64_t to_the_end = INT64_MAX;
 
 // What a negative length comes to: the row is NULL, or in compatible mode 1 an error.
-value_or_null outcome_of_negative_length(status failure) {
-    return global_bifun_var.compatible_mode == 1 ? failure : value_or_null::null();
-}
+value_or_null outcome_of_negative_length(status failure) { return global_bifun_var.compatible_mode == 1 ? failure : value_or_null::null(); }
 
 // What is wanted of a text: `length` characters, or bytes, from `position` on, which counts from the end where it is negative.
 struct wanted_range {
@@ -29,8 +27,7 @@ struct text_range {
 };
 
 // The range in a value of `stored` units and `blanks` blanks, or outcome_of_negative_length(failure) for a length below 0.
-value_or_null place_range(const wanted_range& wanted, std::int64_t stored, std::uint32_t blanks, status failure,
-                                  text_range& range) {
+value_or_null place_range(const wanted_range& wanted, std::int64_t stored, std::uint32_t blanks, status failure, text_range& range) {
     const std::int64_t total = stored + blanks;
     const std::int64_t position = wanted.begins_at_latest ? std::max(wanted.position, -total) : wanted.position;
     range = {1, 0, 0};
@@ -198,9 +195,7 @@ status entry::bsubstr_def1_aa_str(batch_of<VARCHAR> batch, column_of<VARCHAR> te
 status entry::bsubstr_def1_av_str(batch_of<VARCHAR> batch, column_of<VARCHAR> text, constant_of<INT> position) {
     return rows_of_texts<substr_to_end>(batch, text, position);
 }
-status entry::bsubstr_def2_a_str(batch_of<VARCHAR> batch, column_of<VARCHAR> text) {
-    return string_rows<whole_text>(batch, text);
-}
+status entry::bsubstr_def2_a_str(batch_of<VARCHAR> batch, column_of<VARCHAR> text) { return string_rows<whole_text>(batch, text); }
 
 status entry::bsubstrb_avv_str(batch_of<VARCHAR> batch, column_of<VARCHAR> text, constant_of<INT> position, constant_of<INT> length) {
     return rows_of_texts<substrb>(batch, text, position, length);

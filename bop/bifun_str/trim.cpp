@@ -193,7 +193,8 @@ using trim_kernel = value_or_unwritten (*)(const text_operations&, const bifun_s
 
 // The same with the set of the row.
 template <trim_kernel kernel>
-value_or_unwritten trim_by_row(const text_operations& texts, const bifun_string& value, const bifun_string& characters, bifun_string& text) {
+value_or_unwritten trim_by_row(const text_operations& texts, const bifun_string& value, const bifun_string& characters,
+                               bifun_string& text) {
     return kernel(texts, value, make_trim_set(texts, characters), text);
 }
 
@@ -209,8 +210,7 @@ value_or_unwritten trim_one_character(const text_operations& texts, const bifun_
 }
 
 // The same for a blank. What is known when the kernel is compiled leaves little of it.
-template <trim_kernel kernel>
-value_or_unwritten trim_blanks(const text_operations& texts, const bifun_string& value, bifun_string& text) {
+template <trim_kernel kernel> value_or_unwritten trim_blanks(const text_operations& texts, const bifun_string& value, bifun_string& text) {
     constexpr trim_set blank_set{{0, 1, nullptr}, false, false, {}};
     return kernel(texts, value, blank_set, text);
 }
@@ -221,8 +221,7 @@ template <trim_kernel kernel> status trim_by_default(batch_of<VARCHAR> batch, co
     return string_rows<trim_blanks<kernel>>(batch, fixed(text_operations_of_engine()), text);
 }
 
-template <trim_kernel kernel>
-status trim_by_constant(batch_of<VARCHAR> batch, column_of<VARCHAR> text, constant_of<VARCHAR> set) {
+template <trim_kernel kernel> status trim_by_constant(batch_of<VARCHAR> batch, column_of<VARCHAR> text, constant_of<VARCHAR> set) {
     const text_operations texts = text_operations_of_engine();
     const auto [characters, present] = argument(set);
     return string_rows<kernel>(batch, fixed(texts), text, constant_argument{make_trim_set(texts, characters), present});
@@ -237,10 +236,10 @@ template <trim_kernel kernel, class Text> status trim_by_column(batch_of<VARCHAR
 template <class Text> status trim_by_column(batch_of<VARCHAR> batch, constant_of<INT> mode, Text text, column_of<VARCHAR> set) {
     const auto [sides, present] = argument(mode);
     const auto texts = fixed(text_operations_of_engine());
-    return !present                  ? null_rows(batch)
-           : sides == trim_leading   ? string_rows<trim_one_character<bltrim_process>>(batch, texts, text, set)
-           : sides == trim_trailing  ? string_rows<trim_one_character<brtrim_process>>(batch, texts, text, set)
-                                     : string_rows<trim_one_character<btrim_process>>(batch, texts, text, set);
+    return !present                 ? null_rows(batch)
+           : sides == trim_leading  ? string_rows<trim_one_character<bltrim_process>>(batch, texts, text, set)
+           : sides == trim_trailing ? string_rows<trim_one_character<brtrim_process>>(batch, texts, text, set)
+                                    : string_rows<trim_one_character<btrim_process>>(batch, texts, text, set);
 }
 
 } // namespace

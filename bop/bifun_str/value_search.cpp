@@ -52,8 +52,7 @@ std::int32_t ifun_instr_low(bifun_environment* environment, bifun_memory_object*
                                       return restore_text(made);
                                   }
                                   if (occurrence != 0) {
-                                      const search_result found =
-                                          search_text(search, text, length, static_cast<std::uint32_t*>(positions));
+                                      const search_result found = search_text(search, text, length, static_cast<std::uint32_t*>(positions));
                                       *position = static_cast<std::uint32_t>(found.position);
                                       *match_offset = found.offset;
                                   }

@@ -125,7 +125,8 @@ template <class... Rows> bool all_have_values(std::uint32_t k, const Rows&... ro
 // ---- blocks ----
 
 template <class T>
-[[gnu::noinline]] dense_rows<T> gather(const bifun_column& column, std::uint32_t first, std::uint32_t count, std::uint8_t* flags, T* values) {
+[[gnu::noinline]] dense_rows<T> gather(const bifun_column& column, std::uint32_t first, std::uint32_t count, std::uint8_t* flags,
+                                       T* values) {
     const std::uint16_t* const selection = column.selection + first;
     const T* const from = static_cast<const T*>(column.data->values);
     for (std::uint32_t k = 0; k < count; ++k) {
@@ -177,7 +178,7 @@ template <class T> struct block_of<shared_argument<T>> {
 // Returns that, or 0.
 template <class Body, class... Arguments>
 [[gnu::always_inline]] inline status for_each_block(std::uint32_t row_count, const Body& body, const Arguments&... arguments) {
-    return [&](auto&&... block) __attribute__((always_inline)) -> status {
+    return [&](auto&&... block) __attribute__((always_inline))->status {
         std::uint32_t count = 0;
         for (std::uint32_t first = 0; first < row_count; first += count) {
             count = row_count - first < rows_per_block ? row_count - first : rows_per_block;
@@ -187,7 +188,8 @@ template <class Body, class... Arguments>
             }
         }
         return BIFUN_OK;
-    }(block_of<Arguments>()...);
+    }
+    (block_of<Arguments>()...);
 }
 
 } // namespace bifun

@@ -72,7 +72,9 @@ using byte_vector = __m256i;
 inline byte_vector load_vector(const std::uint8_t* bytes) { return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(bytes)); }
 inline void store_vector(std::uint8_t* to, byte_vector bytes) { _mm256_storeu_si256(reinterpret_cast<__m256i*>(to), bytes); }
 inline std::uint32_t top_bits(byte_vector bytes) { return static_cast<std::uint32_t>(_mm256_movemask_epi8(bytes)); }
-inline byte_vector equal(byte_vector bytes, std::uint8_t byte) { return _mm256_cmpeq_epi8(bytes, _mm256_set1_epi8(static_cast<char>(byte))); }
+inline byte_vector equal(byte_vector bytes, std::uint8_t byte) {
+    return _mm256_cmpeq_epi8(bytes, _mm256_set1_epi8(static_cast<char>(byte)));
+}
 #else
 using byte_vector = __m128i;
 inline byte_vector load_vector(const std::uint8_t* bytes) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes)); }

@@ -70,7 +70,8 @@ template <class Outcome, class... Parameters, Outcome (*kernel)(Parameters...)> 
     template <class... Values> static constexpr bool takes = []<std::size_t... position>(std::index_sequence<position...>) {
         using parameters = std::tuple<std::decay_t<Parameters>...>;
         return (std::is_same_v<std::tuple_element_t<position, parameters>, Values> && ...);
-    }(std::index_sequence_for<Values...>());
+    }
+    (std::index_sequence_for<Values...>());
 };
 
 template <auto kernel, class... Rows> using types_of = typename kernel_signature<kernel>::template types<sizeof...(Rows)>;

@@ -117,7 +117,8 @@ status make_room(room_in<source>& room, std::uint32_t length, std::uint32_t trai
     bytes = nullptr;
     if (length != 0) {
         if constexpr (source == room_source::string) {
-            bytes = bdta3_colstr_assign_without_value(batch.environment, batch.memory, batch.result->data, room.row, length, trailing_blanks);
+            bytes =
+                bdta3_colstr_assign_without_value(batch.environment, batch.memory, batch.result->data, room.row, length, trailing_blanks);
         } else {
             bytes = bdta3_col_space_alloc(batch.environment, batch.memory, batch.result->data, length);
         }

@@ -169,7 +169,7 @@ template <auto kernel, class Checks, class Result, class... Values> status evalu
 
 template <auto kernel, class Checks, class Results, class... Rows>
 status evaluate_one_by_one(const batch& batch, Results& results, std::uint32_t first, std::uint32_t count, bool no_nulls,
-                                            const Rows&... rows) {
+                           const Rows&... rows) {
     std::uint8_t* const flags = null_flags(batch) + first;
     for (std::uint32_t k = 0; k < count; ++k) {
         if (!no_nulls && !all_have_values(k, rows...)) {
@@ -249,8 +249,7 @@ template <auto kernel, class Result, class... Arguments> constexpr void check_ty
     static_assert(std::is_same_v<result_of<kernel, Arguments...>, Result>, "the kernel gives another type than the catalogue says");
 }
 
-template <auto kernel, class Checks, class Result, class... Arguments>
-status store_all(const batch& batch, const Arguments&... arguments) {
+template <auto kernel, class Checks, class Result, class... Arguments> status store_all(const batch& batch, const Arguments&... arguments) {
     check_types<kernel, Result, Arguments...>();
     return (is_null_constant(arguments) || ...) ? null_rows(batch) : evaluate_all_rows<kernel, Checks, Result>(batch, arguments...);
 }

@@ -1,10 +1,10 @@
 // ROUND, TRUNC, CEIL, FLOOR and ABS of DECIMAL. The statuses of the engine's operations are ignored; where one fails, the row holds
 // what the last successful one left.
 
+#include "layouts/decimal_rounding.h"
 #include "bop/frame/row_loop.h"
 #include "bop/numeric/entry_points.h"
 #include "engine/decimal.h"
-#include "layouts/decimal_rounding.h"
 
 namespace bifun {
 namespace {
@@ -107,16 +107,28 @@ template <class X, class Digits> status round_rows(batch_of<DECIMAL> batch, X x,
 status entry::btrunc_dec_def_a_math(batch_of<DECIMAL> batch, column_of<DECIMAL> x) {
     return with_decimals([&](auto decimals) { return set_rows<decltype(decimals)::truncate>(batch, x); });
 }
-status entry::btrunc_dec_va_de_math(batch_of<DECIMAL> batch, constant_of<DECIMAL> x, column_of<INT> digits) { return truncate_rows(batch, x, digits); }
-status entry::btrunc_dec_av_li_math(batch_of<DECIMAL> batch, column_of<DECIMAL> x, constant_of<INT> digits) { return truncate_rows(batch, x, digits); }
-status entry::btrunc_dec_aa_math(batch_of<DECIMAL> batch, column_of<DECIMAL> x, column_of<INT> digits) { return truncate_rows(batch, x, digits); }
+status entry::btrunc_dec_va_de_math(batch_of<DECIMAL> batch, constant_of<DECIMAL> x, column_of<INT> digits) {
+    return truncate_rows(batch, x, digits);
+}
+status entry::btrunc_dec_av_li_math(batch_of<DECIMAL> batch, column_of<DECIMAL> x, constant_of<INT> digits) {
+    return truncate_rows(batch, x, digits);
+}
+status entry::btrunc_dec_aa_math(batch_of<DECIMAL> batch, column_of<DECIMAL> x, column_of<INT> digits) {
+    return truncate_rows(batch, x, digits);
+}
 
 status entry::bround_def_a_math_dbl(batch_of<DECIMAL> batch, column_of<DECIMAL> x) {
     return with_decimals([&](auto decimals) { return store_rows<round_to_integer<decltype(decimals)>>(batch, x); });
 }
-status entry::bround_dec_va_de_math_dbl(batch_of<DECIMAL> batch, constant_of<DECIMAL> x, column_of<INT> digits) { return round_rows(batch, x, digits); }
-status entry::bround_dec_av_li_math_dbl(batch_of<DECIMAL> batch, column_of<DECIMAL> x, constant_of<INT> digits) { return round_rows(batch, x, digits); }
-status entry::bround_dec_aa_math_dbl(batch_of<DECIMAL> batch, column_of<DECIMAL> x, column_of<INT> digits) { return round_rows(batch, x, digits); }
+status entry::bround_dec_va_de_math_dbl(batch_of<DECIMAL> batch, constant_of<DECIMAL> x, column_of<INT> digits) {
+    return round_rows(batch, x, digits);
+}
+status entry::bround_dec_av_li_math_dbl(batch_of<DECIMAL> batch, column_of<DECIMAL> x, constant_of<INT> digits) {
+    return round_rows(batch, x, digits);
+}
+status entry::bround_dec_aa_math_dbl(batch_of<DECIMAL> batch, column_of<DECIMAL> x, column_of<INT> digits) {
+    return round_rows(batch, x, digits);
+}
 
 status entry::bceil_a_math_dec(batch_of<DECIMAL> batch, column_of<DECIMAL> x) {
     return with_decimals([&](auto decimals) { return set_rows<decltype(decimals)::ceiling>(batch, x); });

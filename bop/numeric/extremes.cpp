@@ -61,12 +61,24 @@ status entry::bleast_va_bi_math_bigint(batch_of<BIGINT> batch, constant_of<BIGIN
     return store_all_rows<lesser_bigint>(batch, x, y);
 }
 
-status entry::bgreatest_aa_math_dec(batch_of<DECIMAL> batch, column_of<DECIMAL> x, column_of<DECIMAL> y) { return greatest_decimals(batch, x, y); }
-status entry::bgreatest_av_do_math_dec(batch_of<DECIMAL> batch, column_of<DECIMAL> x, constant_of<DECIMAL> y) { return greatest_decimals(batch, x, y); }
-status entry::bgreatest_va_do_math_dec(batch_of<DECIMAL> batch, constant_of<DECIMAL> x, column_of<DECIMAL> y) { return greatest_decimals(batch, x, y); }
-status entry::bleast_aa_math_dec(batch_of<DECIMAL> batch, column_of<DECIMAL> x, column_of<DECIMAL> y) { return least_decimals(batch, x, y); }
-status entry::bleast_av_do_math_dec(batch_of<DECIMAL> batch, column_of<DECIMAL> x, constant_of<DECIMAL> y) { return least_decimals(batch, x, y); }
-status entry::bleast_va_do_math_dec(batch_of<DECIMAL> batch, constant_of<DECIMAL> x, column_of<DECIMAL> y) { return least_decimals(batch, x, y); }
+status entry::bgreatest_aa_math_dec(batch_of<DECIMAL> batch, column_of<DECIMAL> x, column_of<DECIMAL> y) {
+    return greatest_decimals(batch, x, y);
+}
+status entry::bgreatest_av_do_math_dec(batch_of<DECIMAL> batch, column_of<DECIMAL> x, constant_of<DECIMAL> y) {
+    return greatest_decimals(batch, x, y);
+}
+status entry::bgreatest_va_do_math_dec(batch_of<DECIMAL> batch, constant_of<DECIMAL> x, column_of<DECIMAL> y) {
+    return greatest_decimals(batch, x, y);
+}
+status entry::bleast_aa_math_dec(batch_of<DECIMAL> batch, column_of<DECIMAL> x, column_of<DECIMAL> y) {
+    return least_decimals(batch, x, y);
+}
+status entry::bleast_av_do_math_dec(batch_of<DECIMAL> batch, column_of<DECIMAL> x, constant_of<DECIMAL> y) {
+    return least_decimals(batch, x, y);
+}
+status entry::bleast_va_do_math_dec(batch_of<DECIMAL> batch, constant_of<DECIMAL> x, column_of<DECIMAL> y) {
+    return least_decimals(batch, x, y);
+}
 
 status entry::bgreatest_aa_math_dbl(batch_of<DOUBLE> batch, column_of<DOUBLE> x, column_of<DOUBLE> y) {
     return set_all_rows<greater_double>(batch, x, y);

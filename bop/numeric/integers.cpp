@@ -70,8 +70,14 @@ status entry::bfloor_a_math_int(batch_of<INT> batch, column_of<INT> x) { return 
 status entry::btrunc_int_def_a_math_int(batch_of<INT> batch, column_of<INT> x) { return set_all_rows<whole_integer>(batch, x); }
 status entry::bceil_a_math_int64(batch_of<BIGINT> batch, column_of<BIGINT> x) { return set_all_rows<whole_bigint>(batch, x); }
 
-status entry::bmod_va_do_math_int64(batch_of<BIGINT> batch, constant_of<BIGINT> x, column_of<BIGINT> y) { return set_all_rows<best_remainder>(batch, x, y); }
-status entry::bmod_av_do_math_int64(batch_of<BIGINT> batch, column_of<BIGINT> x, constant_of<BIGINT> y) { return set_all_rows<best_remainder>(batch, x, y); }
-status entry::bmod_aa_math_int64(batch_of<BIGINT> batch, column_of<BIGINT> x, column_of<BIGINT> y) { return set_all_rows<best_remainder>(batch, x, y); }
+status entry::bmod_va_do_math_int64(batch_of<BIGINT> batch, constant_of<BIGINT> x, column_of<BIGINT> y) {
+    return set_all_rows<best_remainder>(batch, x, y);
+}
+status entry::bmod_av_do_math_int64(batch_of<BIGINT> batch, column_of<BIGINT> x, constant_of<BIGINT> y) {
+    return set_all_rows<best_remainder>(batch, x, y);
+}
+status entry::bmod_aa_math_int64(batch_of<BIGINT> batch, column_of<BIGINT> x, column_of<BIGINT> y) {
+    return set_all_rows<best_remainder>(batch, x, y);
+}
 
 } // namespace bifun

@@ -67,7 +67,9 @@ double random_of(double seed) {
 status entry::bsin_a_math_dbl(batch_of<DOUBLE> batch, column_of<DOUBLE> x) { return set_rows<sine>(batch, x); }
 status entry::bcos_a_math_dbl(batch_of<DOUBLE> batch, column_of<DOUBLE> x) { return set_rows<cosine>(batch, x); }
 status entry::btan_a_math_dbl(batch_of<DOUBLE> batch, column_of<DOUBLE> x) { return set_rows<tangent>(batch, x); }
-status entry::bcot_a_math_dbl(batch_of<DOUBLE> batch, column_of<DOUBLE> x) { return set_rows<cotangent, domain_check<check_cotangent>>(batch, x); }
+status entry::bcot_a_math_dbl(batch_of<DOUBLE> batch, column_of<DOUBLE> x) {
+    return set_rows<cotangent, domain_check<check_cotangent>>(batch, x);
+}
 status entry::basin_a_math_dbl(batch_of<DOUBLE> batch, column_of<DOUBLE> x) {
     return set_rows<arc_sine, domain_check<check_unit_interval>>(batch, x);
 }

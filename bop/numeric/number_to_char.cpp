@@ -103,9 +103,8 @@ template <class Number> status format_number(const Number& number, number_format
     char* const bytes = by.buffer.bytes;
     const bifun_string& format = by.format;
     const status rendered =
-        by.nls.length == 0
-            ? xdec_to_char_with_fmt(by.environment, &decimal, bytes, format.data, format.length)
-            : xdec_to_char_with_nls(by.environment, &decimal, bytes, format.data, format.length, by.nls.data, by.nls.length);
+        by.nls.length == 0 ? xdec_to_char_with_fmt(by.environment, &decimal, bytes, format.data, format.length)
+                           : xdec_to_char_with_nls(by.environment, &decimal, bytes, format.data, format.length, by.nls.data, by.nls.length);
     text = text_in(by.buffer);
     return rendered;
 }

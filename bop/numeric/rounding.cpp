@@ -145,13 +145,21 @@ status entry::btrunc_def_a_math_dbl(batch_of<DOUBLE> batch, column_of<DOUBLE> x)
 status entry::bround_va_do_math_dbl(batch_of<DOUBLE> batch, constant_of<DOUBLE> x, column_of<INT> digits) {
     return set_rows<round_by, round_checks>(batch, x, digits);
 }
-status entry::bround_av_li_math_dbl(batch_of<DOUBLE> batch, column_of<DOUBLE> x, constant_of<INT> digits) { return round_by_constant(batch, x, digits); }
+status entry::bround_av_li_math_dbl(batch_of<DOUBLE> batch, column_of<DOUBLE> x, constant_of<INT> digits) {
+    return round_by_constant(batch, x, digits);
+}
 status entry::bround_aa_math_dbl(batch_of<DOUBLE> batch, column_of<DOUBLE> x, column_of<INT> digits) {
     return set_rows<round_by, round_checks>(batch, x, digits);
 }
 
-status entry::btrunc_va_s_math(batch_of<DOUBLE> batch, constant_of<VARCHAR> text, column_of<INT> scale) { return store_rows<truncate_digits>(batch, text, scale); }
-status entry::btrunc_av_li_math(batch_of<DOUBLE> batch, column_of<VARCHAR> text, constant_of<INT> scale) { return store_rows<truncate_digits>(batch, text, scale); }
-status entry::btrunc_aa_math(batch_of<DOUBLE> batch, column_of<VARCHAR> text, column_of<INT> scale) { return store_rows<truncate_digits>(batch, text, scale); }
+status entry::btrunc_va_s_math(batch_of<DOUBLE> batch, constant_of<VARCHAR> text, column_of<INT> scale) {
+    return store_rows<truncate_digits>(batch, text, scale);
+}
+status entry::btrunc_av_li_math(batch_of<DOUBLE> batch, column_of<VARCHAR> text, constant_of<INT> scale) {
+    return store_rows<truncate_digits>(batch, text, scale);
+}
+status entry::btrunc_aa_math(batch_of<DOUBLE> batch, column_of<VARCHAR> text, column_of<INT> scale) {
+    return store_rows<truncate_digits>(batch, text, scale);
+}
 
 } // namespace bifun

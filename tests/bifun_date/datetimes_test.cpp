@@ -3,10 +3,8 @@
 
 #include <dlfcn.h>
 
-#include <cstring>
 #include <map>
 #include <random>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -15,7 +13,7 @@
 #include "embedded/session/parameters.h"
 #include "engine/datetime.h"
 #include "engine/session.h"
-#include "tests/contract/each_engine.h"
+#include "tests/contract/text_case.h"
 
 // Replaces the engine's operation in this program: it can be told what to answer.
 namespace {
@@ -33,8 +31,7 @@ extern "C" __attribute__((visibility("default"))) std::int32_t zqtime_to_days(co
 namespace {
 
 using contract::evaluate;
-using each_engine::expect_results;
-using each_engine::with_each_engine;
+using contract::expect_results;
 
 // ---- parts ------------------------------------------------------------------------------------------------------------
 
@@ -62,63 +59,45 @@ TEST(Extract, KnowsTheFieldsOfEachType) {
          datetime,
          {{1, "2024"}, {2, "11"}, {3, "23"}, {4, "13"}, {5, "45"}, {6, "6"}, {7, "789"}, {8, "4"}, {9, "328"}, {10, "47"}, {11, "7"}}},
     };
-    with_each_engine([&types] {
-        for (const auto& [symbol, value, fields] : types) {
-            const std::string column = std::string("NULL ") + value + " " + value;
-            for (int code = -1; code <= 15; ++code) {
-                const std::string number = std::to_string(code);
-                const auto field = fields.find(code);
-                const std::string expected =
-                    field == fields.end() ? "[0] NULL NULL ? status -6803" : "[0] NULL " + field->second + " " + field->second;
-                EXPECT_EQ(evaluate({symbol, {number, column}, {}}), expected) << symbol << ' ' << code;
-                EXPECT_EQ(evaluate({symbol, {number, "NULL"}, {}}), "[0] NULL") << symbol << ' ' << code;
-            }
-            EXPECT_EQ(evaluate({symbol, {"NULL=0", column}, {}}), "[0] NULL NULL NULL") << symbol;
+    for (const auto& [symbol, value, fields] : types) {
+        const std::string column = std::string("NULL ") + value + " " + value;
+        for (int code = -1; code <= 15; ++code) {
+            const std::string number = std::to_string(code);
+            const auto field = fields.find(code);
+            const std::string expected =
+                field == fields.end() ? "[0] NULL NULL ? status -6803" : "[0] NULL " + field->second + " " + field->second;
+            EXPECT_EQ(evaluate({symbol, {number, column}, {}}), expected) << symbol << ' ' << code;
+            EXPECT_EQ(evaluate({symbol, {number, "NULL"}, {}}), "[0] NULL") << symbol << ' ' << code;
         }
-    });
+        EXPECT_EQ(evaluate({symbol, {"NULL=0", column}, {}}), "[0] NULL NULL NULL") << symbol;
+    }
 }
 
 TEST(Extract, GivesTheseValues) {
     expect_results({
         "bextract_datetime_tz_va_date | 12 | 13:45 13:45Z 13:45+00:30 13:45-00:30 13:45-14:00 | [1] 0 0 0 0 -14",
         "bextract_datetime_tz_va_date | 13 | 13:45 13:45Z 13:45+00:30 13:45-00:30 13:45-14:00 | [1] 0 0 30 -30 0",
-        "bextract_time_ex_va_date | 6 | 00:00 23:59:59.000001 2024-02-29T13:45:06.5 | [1] 0 59.000000999999997 6.5",
+        "bextract_time_ex_va_date | 6 | 00:00 23:59:59.000001 | [1] 0 59.000000999999997",
         "bextract_iv_dt_ex_va_date | 6 | 1/2/3/4/250000 0/0/0/0/-1 0/0/0/100/0 | [1] 4.25 -9.9999999999999995e-07 100",
-        "bextract_str_va_date | 1 | 2024-02-29__ x '' NULL 13:45 __ 2023-02-29 20240229T1345 | [0] 2024 NULL NULL NULL 1900 NULL NULL 2024",
+        "bextract_str_va_date | 1 | 2024-02-29__ x '' NULL 13:45 2023-02-29 | [0] 2024 NULL NULL NULL 1900 NULL",
         "bextract_str_va_date | 6 | x 2024-02-29 x | [0] NULL NULL ? status -6803",
         "bextract_str_ex_va_date | 6 | 1582-10-05 13:45:00.25 | [0] NULL 0.25",
         "bweekday_str_a_date | 2000-10-01 2000-09-30 x NULL 1582-10-04 1582-10-15 | [0] 0 6 NULL NULL 4 5",
-    });
-}
-
-TEST(Components, OfDatetimes) {
-    expect_results({
-        "byear_a_date | [7] -4712-01-01 2024-12-31T23:59:58.999999+14:00 1582-10-15T00:00:01 | [7] -4712 2024 1582",
-        "bmonth_a_date | [7] -4712-01-01 2024-12-31T23:59:58.999999+14:00 1582-10-15T00:00:01 | [7] 1 12 10",
-        "bday_a_date | [7] -4712-01-01 2024-12-31T23:59:58.999999+14:00 1582-10-15T00:00:01 | [7] 1 31 15",
-        "bdayofmonth_a_date | [7] -4712-01-01 2024-12-31T23:59:58.999999+14:00 1582-10-15T00:00:01 | [7] 1 31 15",
-        "bhour_a_date | [7] -4712-01-01 2024-12-31T23:59:58.999999+14:00 1582-10-15T00:00:01 | [7] 0 23 0",
-        "bmin_a_date | [7] -4712-01-01 2024-12-31T23:59:58.999999+14:00 1582-10-15T00:00:01 | [7] 0 59 0",
-        "bsec_a_date | [7] -4712-01-01 2024-12-31T23:59:58.999999+14:00 1582-10-15T00:00:01 | [7] 0 58 1",
-        "bdayofyear_a_date | [7] -4712-01-01 2024-12-31T23:59:58.999999+14:00 1582-10-15T00:00:01 | [7] 1 366 278",
-        "bquarter_zqtime_a_date | 2024-01-31 2024-03-31 2024-04-01 2024-06-30 2024-07-01 2024-09-30 2024-10-01 2024-12-31 | [1] 1 1 2 2 3 "
-        "3 4 4",
+        "bquarter_zqtime_a_date | 2024-01-31 2024-03-31 2024-04-01 2024-06-30 2024-09-30 2024-10-01 2024-12-31 | [1] 1 1 2 2 3 4 4",
         "bdatepart1_va_date | 7 | 12:00:00.123456 12:00:00.000999 12:00:00.999999 | [1] 123 0 999",
         // Weeks begin on Sunday and 1 January is in week 1.
-        "bdatepart1_va_date | 10 | 2024-01-06 2024-01-07 2024-12-31 2000-12-30 2000-12-31 2022-01-01 2022-01-02 | [1] 1 2 53 53 54 1 2",
-    });
-}
-
-TEST(DayOfWeek, GoesOnOverTheChangeover) {
-    expect_results({
-        "bdayofweek_a_date | 2000-10-01 2000-10-07T23:59:59 2000-09-30 2024-02-29 NULL | [0] 1 7 7 5 NULL",
-        "bdayofweek_a_date | 1582-10-03 1582-10-04T12:00 1582-10-15 1582-10-16 -4712-01-01 -4712-01-07 0000-01-01 | [1] 4 5 6 7 2 1 5",
+        "bdatepart1_va_date | 10 | 2024-01-06 2024-01-07 2000-12-30 2000-12-31 2022-01-01 2022-01-02 | [1] 1 2 53 54 1 2",
         "bdayname_a_date | 2000-10-01 2000-10-02 2000-10-03 2000-10-04 2000-10-05 2000-10-06 2000-10-07 1582-10-04 | [1] Sunday Monday "
         "Tuesday Wednesday Thursday Friday Saturday Thursday",
-        "bmonthname_a_date | 2024-01-01 2024-02-01 2024-03-01 2024-04-01 2024-05-01 2024-06-01 2024-07-01 2024-08-01 2024-09-01 "
-        "2024-10-01 2024-11-01 NULL 2024-12-01 | [0] January February March April May June July August September October November NULL "
-        "December",
+        "bmonthname_a_date | 2024-01-01 2024-02-01 2024-03-01 2024-04-01 2024-05-01 2024-06-01 2024-07-01 2024-08-01 2024-09-01 2024-10-01 "
+        "2024-11-01 2024-12-01 | [1] January February March April May June July August September October November December",
     });
+    const std::pair<const char*, const char*> components[] = {
+        {"byear_a_date", "2024"}, {"bmonth_a_date", "12"}, {"bday_a_date", "31"}, {"bdayofmonth_a_date", "31"},
+        {"bhour_a_date", "23"},   {"bmin_a_date", "59"},   {"bsec_a_date", "58"}, {"bdayofyear_a_date", "366"}};
+    for (const auto& [symbol, value] : components) {
+        EXPECT_EQ(evaluate({symbol, {"2024-12-31T23:59:58.999999+14:00"}, {}}), std::string("[1] ") + value) << symbol;
+    }
 }
 
 TEST(Datepart, KnowsTheseNames) {
@@ -135,141 +114,75 @@ TEST(Datepart, KnowsTheseNames) {
         {"47", {"WK", "wk", "WW", "wW", "WEEK", "week"}},
         {"7", {"DW", "dw", "WEEKDAY", "weekday"}},
     };
-    with_each_engine([&names] {
-        for (const auto& [number, spellings] : names) {
-            for (const std::string& name : spellings) {
-                EXPECT_EQ(evaluate({"bdatepart_av_date", {"2024-11-23T13:45:06.789123 NULL", name}, {}}),
-                          std::string("[0] ") + number + " NULL")
-                    << name;
-            }
+    for (const auto& [number, spellings] : names) {
+        for (const std::string& name : spellings) {
+            EXPECT_EQ(evaluate({"bdatepart_av_date", {"2024-11-23T13:45:06.789123 NULL", name}, {}}),
+                      std::string("[0] ") + number + " NULL")
+                << name;
         }
-        // Refused before any row is looked at.
-        for (const char* name :
-             {"w",          "W",    "h",    "H",      "e",       "''",      "_",  "WEEK_",  "y_",          "WEEKS",
-              "YE",         "YYY",  "MMM",  "M1",     "DAYS",    "ISOWEEK", "TZ", "YEAR&.", "MICROSECOND", "MILLISECONDS",
-              "NANOSECOND", "y*48", "y*49", "y*1000", "WEE\xCB", "\xD9"}) {
-            EXPECT_EQ(evaluate({"bdatepart_av_date", {"2024-11-23 NULL", name}, {}}), "[0] NULL NULL status -6803") << name;
-            EXPECT_EQ(evaluate({"bdatepart_av_date", {"NULL", name}, {}}), "[0] NULL status -6803") << name;
-            EXPECT_EQ(evaluate({"bdatepart_av_date", {"[1]", name}, {}}), "[0] status -6803") << name;
-        }
-        EXPECT_EQ(evaluate({"bdatepart_av_date", {"2024-11-23 NULL", "NULL=WEEKS"}, {}}), "[0] NULL NULL");
-    });
-}
-
-// A name with a blank that is stored, which a case written as text cannot have.
-TEST(Datepart, TrimsNoBlanks) {
-    for (const char* name : {"WEEK ", " WEEK", "y ", " ", "WEEK"}) {
-        const auto outcome = each_engine::call_with_name("bdatepart_av_date", bifun::value_type::DATETIME, "2024-11-23", name);
-        EXPECT_EQ(outcome.status, std::string(name) == "WEEK" ? 0 : -6803) << name;
+    }
+    // Refused before any row is looked at.
+    for (const char* name :
+         {"w",  "h",      "e",           "''",           "_",    "WEEK_", "y_",     "WEEKS", "YE", "YYY", "M1",      "DAYS",
+          "TZ", "YEAR&.", "MICROSECOND", "MILLISECONDS", "y*48", "y*49",  "y*1000", "WEEK~", "~y", "~",   "WEE\xCB", "\xD9"}) {
+        EXPECT_EQ(evaluate({"bdatepart_av_date", {"2024-11-23 NULL", name}, {}}), "[0] NULL NULL status -6803") << name;
+        EXPECT_EQ(evaluate({"bdatepart_av_date", {"[1]", name}, {}}), "[0] status -6803") << name;
     }
 }
 
 // ---- sums -------------------------------------------------------------------------------------------------------------
 
-TEST(Dateadd, AddsFields) {
+// What an amount of a field is, is the engine's; results outside the range end the batch.
+TEST(Sums, OfDatetimes) {
     expect_results({
-        "bdateadd_vaa_date | 1 | 1 -1 NULL 0 4 | 2024-02-29T13:45:06.5+01:00 NULL 2024-02-29 2024-02-29 2024-02-29 | [0] "
-        "2025-02-28T13:45:06.5+01:00 NULL NULL 2024-02-29T00:00:00 2028-02-29T00:00:00",
-        "bdateadd_vav_date | 8 | [7] 1 -1 | 2024-05-31 | [1] 2024-08-31T00:00:00 2024-02-29T00:00:00",
-        "bdateadd_vav_date | 5 | 90 -1 | 2024-01-01T00:00:30 | [1] 2024-01-01T01:30:30 2023-12-31T23:59:30",
+        "bdateadd_vaa_date | 1 | 1 -1 0 | 2024-02-29T13:45:06.5+01:00 NULL 2024-02-29 | [0] 2025-02-28T13:45:06.5+01:00 NULL 2024-02-29",
+        "bdateadd_vav_date | 8 | [7] 1 -1 | 2024-05-31 | [1] 2024-08-31 2024-02-29",
         "bdateadd_vav_date | 6 | 4294967296 -1 | 2024-01-01 | [1] 2160-02-07T06:28:16 2023-12-31T23:59:59",
-        "bdateadd_vav_date | 7 | 1 -1 | 0001-01-01 | [1] 0001-01-01T00:00:00.001 0000-12-31T23:59:59.999",
-        "bdateadd_vav_date | 9 | 1 366 | 2023-12-31 | [1] 2024-01-01T00:00:00 2024-12-31T00:00:00",
-        // Failures stop the batch at their row.
-        "bdateadd_vav_date | 3 | 0 NULL 1 0 | 9999-12-31T23:59 | [0] 9999-12-31T23:59:00 NULL NULL ? status -6118",
         "bdateadd_vva_date | 6 | -1 | 2024-01-01 -4712-01-01 2024-01-01 | [0] 2023-12-31T23:59:59 NULL ? status -6118",
         "bdateadd_vav_date | 1 | 9223372036854775807 | 2024-01-01 | [0] NULL status -6118",
-        "bdateadd_vav_date | 7 | -9223372036854775808 | 2024-01-01 | [0] NULL status -6118",
         "bdateadd_vav_date | 12 | NULL 1 1 | 2024-01-01 | [0] NULL NULL ? status -6803",
-        "bdateadd_vav_date | 0 | 1 | 2024-01-01 | [0] NULL status -6803",
-    });
-}
-
-TEST(AddDays, TakesFractions) {
-    expect_results({
-        "badd_days_aa_date | 2024-02-28T12:00Z 1582-10-15 NULL 2024-01-01 2024-01-01 | 1.5 -0.25 1 NULL -0.0 | [0] "
-        "2024-03-01T00:00:00+00:00 1582-10-04T18:00:00 NULL NULL 2024-01-01T00:00:00",
+        "badd_days_aa_date | 2024-02-28T12:00Z 1582-10-15 2024-01-01 | 1.5 -0.25 -0.0 | [1] 2024-03-01T00:00:00+00:00 1582-10-04T18:00:00 "
+        "2024-01-01",
         // Half a microsecond is 5.787037E-12 of a day.
-        "badd_days_va_date | 2024-01-01 | 5.788e-12 5.786e-12 -5.788e-12 | [1] 2024-01-01T00:00:00.000001 "
-        "2024-01-01T00:00:00 2023-12-31T23:59:59.999999",
-        "badd_days_av_date | [7] @1,0 2024-01-01 2023-12-31 | 31 | [1] 2024-01-31T00:00:00 2024-02-01T00:00:00",
-        "badd_days_va_date | 2024-01-01 | 1 nan 1 | [0] 2024-01-02T00:00:00 NULL ? status -6803",
+        "badd_days_va_date | 2024-01-01 | 5.788e-12 5.786e-12 -5.788e-12 | [1] 2024-01-01T00:00:00.000001 2024-01-01 "
+        "2023-12-31T23:59:59.999999",
+        "badd_days_va_date | 2024-01-01 | 1 nan 1 | [0] 2024-01-02 NULL ? status -6803",
         "badd_days_va_date | 2024-01-01 | -inf | [0] NULL status -6803",
-        "badd_days_va_date | 2024-01-01 | 1e300 | [0] NULL status -6118",
-        "badd_days_av_date | 9999-12-30 9999-12-31 9999-12-30 | 1 | [0] 9999-12-31T00:00:00 NULL ? status -6118",
         "badd_days_av_date | -4712-01-01T00:00:01 | -0.5 | [0] NULL status -6118",
-    });
-}
-
-// 7 x 613566757 is 2^32 + 3.
-TEST(AddWeeks, WrapsItsDaysIn32Bits) {
-    expect_results({
-        "badd_weeks_aa_date | 2024-02-22 2024-02-29T13:45 NULL | 1 -1 NULL | [0] 2024-02-29T00:00:00 2024-02-22T13:45:00 NULL",
-        "badd_weeks_va_date | 2024-01-01 | 613566757 613566756 -613566757 -613566756 2147483647 | [0] 2024-01-04T00:00:00 "
-        "2023-12-28T00:00:00 2023-12-29T00:00:00 2024-01-05T00:00:00 NULL status -6118",
-        "badd_weeks_av_date | 2024-01-01 | -2147483648 | [0] NULL status -6118",
-    });
-}
-
-TEST(AddMonths, KeepsTheLastDayOfTheMonth) {
-    expect_results({
-        "badd_months_aa_date | 2024-02-29 2023-02-28T13:45+01:00 2024-02-28 2024-01-30 2024-01-31 NULL | 1 1 1 1 -2 1 | [0] "
-        "2024-03-31T00:00:00 2023-03-31T13:45:00+01:00 2024-03-28T00:00:00 2024-02-29T00:00:00 2023-11-30T00:00:00 NULL",
-        "badd_months_va_date | 1582-09-10 | 0 1 2 NULL | [0] 1582-09-10T00:00:00 1582-10-15T00:00:00 1582-11-10T00:00:00 NULL",
-        "badd_months_av_date | 9999-11-30 9999-12-01 9999-11-30 | 1 | [0] 9999-12-31T00:00:00 NULL ? status -6118",
-        "badd_months_va_date | -4712-01-31 | 2147483647 | [0] NULL status -6118",
+        "badd_weeks_aa_date | 2024-02-22 2024-02-29T13:45 | 1 -1 | [1] 2024-02-29 2024-02-22T13:45:00",
+        // The days wrap around in 32 bits: 7 x 613566757 is 2^32 + 3.
+        "badd_weeks_va_date | 2024-01-01 | 613566757 613566756 -613566757 -613566756 2147483647 | [0] 2024-01-04 2023-12-28 2023-12-29 "
+        "2024-01-05 NULL status -6118",
+        // The last day of a month stays the last, unless an interval is added, whose fields need not have one sign.
+        "badd_months_aa_date | 2023-02-28T13:45+01:00 2024-02-28 1582-09-10 | 1 1 1 | [1] 2023-03-31T13:45:00+01:00 2024-03-28 1582-10-15",
         "badd_months_va_date | -4712-01-31 | -2147483648 | [0] NULL status -6118",
-    });
-}
-
-TEST(DateAdd, AddsAndSubtractsYearsAndMonths) {
-    expect_results({
-        "bdate_add_ym_aa | 2024-02-29T13:45 2024-01-31 NULL 2024-01-31 | 1/0 0/1 1/1 NULL | [0] 2025-02-28T13:45:00 2024-02-29T00:00:00 "
-        "NULL NULL",
-        "bdate_sub_ym_aa | 2024-03-31 2024-02-29 2023-01-31 | 0/1 4/0 -1/-1 | [1] 2024-02-29T00:00:00 2020-02-29T00:00:00 "
-        "2024-02-29T00:00:00",
-        // The fields need not have one sign; a last day is not kept last.
-        "bdate_add_ym_av | @0,0 2024-02-29 | 1/-11 | [1] 2024-03-29T00:00:00 2024-03-29T00:00:00",
-        "bdate_sub_ym_av | 1582-11-10 2024-02-29 | 0/1 | [1] 1582-10-15T00:00:00 2024-01-29T00:00:00",
-        "bdate_add_ym_av | 2024-01-01 | 178956970/-2147483647 | [1] 2023-06-01T00:00:00",
+        "bdate_add_ym_aa | 2024-02-29T13:45 2024-01-31 2024-02-29 | 1/0 0/1 1/-11 | [1] 2025-02-28T13:45:00 2024-02-29 2024-03-29",
+        "bdate_sub_ym_av | 2024-03-31 2024-02-29 | 0/1 | [1] 2024-02-29 2024-01-29",
+        "bdate_add_ym_av | 2024-01-01 | 178956970/-2147483647 | [1] 2023-06-01",
         "bdate_sub_ym_av | 2024-01-01 | -2147483648/-2147483648 | [0] NULL status -6118",
-        "bdate_add_ym_av | 9999-01-01 9999-12-01 9999-01-01 | 0/1 | [0] 9999-02-01T00:00:00 NULL ? status -6118",
-    });
-}
-
-TEST(LastDay, KeepsTheTime) {
-    expect_results({
-        "blast_day_a_date | 2024-02-10T13:45 2023-02-28 1900-02-01 1500-02-01 1582-10-04T23:59:59.999999-01:00 NULL 9999-12-01 | [0] "
-        "2024-02-29T13:45:00 2023-02-28T00:00:00 1900-02-28T00:00:00 1500-02-29T00:00:00 1582-10-31T23:59:59.999999-01:00 NULL "
-        "9999-12-31T00:00:00",
-        "blast_day_str_a_date | 2024-02-10T13:45 x NULL 2024-02-30 13:45 | [0] 2024-02-29T13:45:00 NULL NULL NULL 1900-01-31T13:45:00",
-        "blast_day_str_a_date | [7] @1,1 x 2024-04-01__ | [0] 2024-04-30T00:00:00 2024-04-30T00:00:00",
+        "blast_day_a_date | 1900-02-01 1500-02-01 1582-10-04T23:59:59.999999-01:00 9999-12-01 | [1] 1900-02-28 1500-02-29 "
+        "1582-10-31T23:59:59.999999-01:00 9999-12-31",
+        "blast_day_str_a_date | [7] @1,1,0 x 2024-04-01__ | [0] 2024-04-30 2024-04-30 NULL",
     });
 }
 
 TEST(NextDay, IsOneToSevenDaysLater) {
     const char* const names[] = {"Sunday", "MONDAY", "tuesday", "WED", "thu", "Friday", "sat"};
     const auto day = [](int number) { return "2024-03-" + std::string(number < 10 ? "0" : "") + std::to_string(number); };
-    with_each_engine([&] {
-        for (int target = 0; target < 7; ++target) {
-            for (int from = 0; from < 7; ++from) { // 2024-03-03 is a Sunday
-                const int days_later = target > from ? target - from : target + 7 - from;
-                EXPECT_EQ(evaluate({"bnext_day_av_date", {day(3 + from) + "T13:45+01:00", names[target]}, {}}),
-                          "[1] " + day(3 + from + days_later) + "T13:45:00+01:00");
-            }
+    for (int target = 0; target < 7; ++target) {
+        for (int from = 0; from < 7; ++from) { // 2024-03-03 is a Sunday
+            const int days_later = target > from ? target - from : target + 7 - from;
+            EXPECT_EQ(evaluate({"bnext_day_av_date", {day(3 + from) + "T13:45+01:00", names[target]}, {}}),
+                      "[1] " + day(3 + from + days_later) + "T13:45:00+01:00");
         }
-    });
+    }
     expect_results({
-        "bnext_day_av_date | 1582-10-03 1582-10-04 NULL | Friday | [0] 1582-10-15T00:00:00 1582-10-15T00:00:00 NULL",
-        "bnext_day_av_date | -4712-01-01 | monday | [1] -4712-01-08T00:00:00",
-        "bnext_day_av_date | 9999-12-30 9999-12-31 9999-12-30 | Friday | [0] 9999-12-31T00:00:00 NULL ? status -6118",
+        "bnext_day_av_date | 1582-10-03 1582-10-04 | Friday | [1] 1582-10-15 1582-10-15",
+        "bnext_day_av_date | -4712-01-01 | monday | [1] -4712-01-08",
+        "bnext_day_av_date | 9999-12-30 9999-12-31 9999-12-30 | Friday | [0] 9999-12-31 NULL ? status -6118",
         // A name is judged before any row is looked at, its length first.
         "bnext_day_av_date | NULL 2024-01-01 | x*19 | [0] NULL NULL status -6145",
-        "bnext_day_av_date | NULL 2024-01-01 | x*20 | [0] NULL NULL status -6112",
-        "bnext_day_av_date | NULL | x*49 | [0] NULL status -6112",
         "bnext_day_av_date | [1] | x*20 | [0] status -6112",
-        "bnext_day_av_date | 2024-01-01 | '' | [0] NULL status -6145",
-        "bnext_day_av_date | 2024-01-01 | Mond | [0] NULL status -6145",
         "bnext_day_av_date | 2024-01-01 | Mo | [0] NULL status -6145",
         "bnext_day_av_date | 2024-01-01 | NULL=x*20 | [0] NULL",
     });
@@ -277,75 +190,63 @@ TEST(NextDay, IsOneToSevenDaysLater) {
 
 TEST(Intervals, AreMadeFromNumbers) {
     expect_results({
-        "bnumtoivym_av_date | 1.5 -1.5 NULL 0 | YEAR | [0] 1/6 -1/-6 NULL 0/0",
-        "bnumtoivym_av_date | 1 2147483648 1 | year | [0] 1/0 NULL ? status -6102",
+        "bnumtoivym_av_date | 1.5 -1.5 0.04166666 0.04166667 1.96 2147483647.95 -2147483648.95 1E-120 | YEAR | [1] 1/6 -1/-6 0/0 0/1 2/0 "
+        "2147483647/11 -2147483648/-11 0/0",
+        "bnumtoivym_av_date | 14 -14.5 14.4999 25769803775 0 | ~Month~ | [1] 1/2 -1/-3 1/2 2147483647/11 0/0",
+        "bnumtoivym_av_date | 2147483647.96 | YEAR | [0] NULL status -6102",
+        "bnumtoivym_av_date | -2147483649 | YEAR | [0] NULL status -6102",
+        "bnumtoivym_av_date | 25769803776 | MONTH | [0] NULL status -6102",
+        "bnumtoivym_av_date | 1E120 | MONTH | [0] NULL status -6102",
         "bnumtoivym_av_date | NULL 1 1 | DAY | [0] NULL NULL ? status -6803",
-        "bnumtoivym_av_date | 1 | NULL=DAY | [0] NULL",
-        "bnumtoivdt_av_date | 1.5 -0.25 NULL | DAY | [0] 1/12/0/0/0 0/-6/0/0/0 NULL",
-        "bnumtoivdt_av_date | 1 | '' | [0] NULL status -6803",
+        "bnumtoivdt_av_date | 1.5 -0.25 2147483647.9999999 -2147483648.5 0.99999999999999999 1E-127 | DAY | [1] 1/12/0/0/0 0/-6/0/0/0 "
+        "2147483647/23/59/59/991360 -2147483648/-12/0/0/0 1/0/0/0/0 0/0/0/0/0",
+        "bnumtoivdt_av_date | -1.5 100.25 0.9999999999999999999999999999999999999 | hour | [1] 0/-1/-30/0/0 4/4/15/0/0 0/1/0/0/0",
+        "bnumtoivdt_av_date | 1441.1 | ~MINUTE | [1] 1/0/1/6/0",
+        "bnumtoivdt_av_date | 61.5 | SECOND&~*50 | [1] 0/0/1/1/500000",
+        "bnumtoivdt_av_date | 90061.0000005 90061.00000049 -0.0000005 59.9999995 185542587187199.999999 | SECOND | [1] 1/1/1/1/1 "
+        "1/1/1/1/0 0/0/0/0/-1 0/0/1/0/0 2147483647/23/59/59/999999",
+        // Halves of a microsecond, as near as 38 digits can tell: 1/172800000000 of a day is 5.787037...E-12.
+        "bnumtoivdt_av_date | 0.000000000005787037037037037037037037037038 0.000000000005787037037037037037037037037037 "
+        "0.0000000000057870370370370370370370370370370370370 0.0000000000057870370370370370370370370370370370371 "
+        "1.0000000000057870370370370370370370370 1.0000000000057870370370370370370370371 | DAY | [1] 0/0/0/0/1 0/0/0/0/0 0/0/0/0/0 "
+        "0/0/0/0/1 1/0/0/0/0 1/0/0/0/1",
+        "bnumtoivdt_av_date | 0.0000005000000000000000000000000000000 0.00000049999999999999999999999999999999999999 | SECOND | [1] "
+        "0/0/0/0/1 0/0/0/0/0",
+        "bnumtoivdt_av_date | 2147483647.99999999999999 | DAY | [0] NULL status -6102",
+        "bnumtoivdt_av_date | 185542587187200 | SECOND | [0] NULL status -6102",
+        "bnumtoivdt_av_date | 99999999999999999999999999999999999999 | SECOND | [0] NULL status -6102",
+        "bnumtoivdt_av_date | 1E100 | SECOND | [0] NULL status -6102",
     });
-
-    // Over 48 bytes a constant lies elsewhere.
-    const std::string unit = "SECOND" + std::string(50, ' ');
-    const auto outcome = each_engine::call_with_name("bnumtoivdt_av_date", bifun::value_type::DECIMAL, "61.5", unit);
-    const bifun_interval_dt expected{0, 0, 1, 1, 500'000};
-    EXPECT_EQ(std::memcmp(zqengine::values_of<bifun_interval_dt>(*outcome.result), &expected, sizeof expected), 0);
+    for (const char* const unit : {"''", "~~", "YEA", "YEARS", "MONTH", "D"}) {
+        EXPECT_EQ(evaluate({"bnumtoivdt_av_date", {"1", unit}, {}}), "[0] NULL status -6803") << unit;
+        EXPECT_TRUE(unit == std::string("MONTH") || evaluate({"bnumtoivym_av_date", {"1", unit}, {}}) == "[0] NULL status -6803") << unit;
+    }
 }
 
 // ---- differences ------------------------------------------------------------------------------------------------------
 
-struct pair_of_datetimes {
-    const char *start, *end;
-    const char* counts; // by code from year to weekday, of BIGDATEDIFF; where DATEDIFF differs, its count behind a slash
-};
-
+// Fields are codes from year to weekday. BIGDATEDIFF knows no weekdays and cuts the difference of the fractions, DATEDIFF counts the
+// milliseconds begun. A code that is not known fails the first row that is not NULL.
 TEST(Datediff, CountsEachField) {
-    // Year, month, day, hour, minute, second, millisecond, quarter, day of year, week, weekday.
-    const pair_of_datetimes pairs[] = {
-        {"2023-12-31T23:59:59.999", "2024-01-01T00:00:00", "1 1 1 1 1 1 1 1 1 0 -6803/1"},
-        {"2024-01-01T00:00:00", "2023-12-31T23:59:59.999", "-1 -1 -1 -1 -1 -1 -1 -1 -1 0 -6803/-1"},
-        // From Saturday to Sunday is a week, back as well; from Sunday to Saturday is none.
-        {"2024-03-02", "2024-03-03", "0 0 1 24 1440 86400 86400000 0 1 1 -6803/1"},
-        {"2024-03-03", "2024-03-02", "0 0 -1 -24 -1440 -86400 -86400000 0 -1 -1 -6803/-1"},
-        // Quarters with the later month in the earlier part of a year.
-        {"2023-11-30", "2024-04-01", "1 5 123 2952 177120 10627200 10627200000/-6102 2 123 18 -6803/123"},
-        {"2024-01-01", "2023-01-01", "-1 -12 -365 -8760 -525600 -31536000 -31536000000/-6102 -4 -365 -52 -6803/-365"},
-        {"1582-10-15T00:00:01", "1582-10-04T23:59:59", "0 0 -1 -1 -1 -2 -2000 0 -1 0 -6803/-1"},
-        // BIGDATEDIFF cuts the difference of the fractions, DATEDIFF counts the milliseconds begun.
-        {"00:00:00.0009", "00:00:00.0010", "0 0 0 0 0 0 0/1 0 0 0 -6803/0"},
-        {"00:00:00.0001", "00:00:00.0019", "0 0 0 0 0 0 1 0 0 0 -6803/0"},
-        {"00:00:00.0019", "00:00:01.0001", "0 0 0 0 0 1 999 0 0 0 -6803/0"},
-        {"-4712-01-01", "9999-12-31T23:59:59.999999",
-         "14711 176543 5373484 128963639 7737818399/-6102 464269103999/-6102 464269103999999/-6102 58847 5373484 767640 -6803/5373484"},
-    };
-    with_each_engine([&pairs] {
-        for (const auto& [start, end, counts] : pairs) {
-            std::istringstream words(counts);
-            int code = 0;
-            for (std::string word; words >> word;) {
-                const std::string field = std::to_string(++code);
-                const std::size_t slash = word.find('/');
-                const std::string big = word.substr(0, slash);
-                const std::string small = slash == std::string::npos ? big : word.substr(slash + 1);
-                const auto expected = [](const std::string& count) {
-                    return count == "-6803" || count == "-6102" ? "[0] NULL status " + count : "[1] " + count;
-                };
-                for (const std::string kind : {"datediff_vaa_date", "datediff_vav_date", "datediff_vva_date"}) {
-                    EXPECT_EQ(evaluate({("bbig" + kind).c_str(), {field, start, end}, {}}), expected(big)) << start << end << field << kind;
-                    EXPECT_EQ(evaluate({("b" + kind).c_str(), {field, start, end}, {}}), expected(small)) << start << end << field << kind;
-                }
-            }
-            EXPECT_EQ(code, 11);
-        }
-    });
     expect_results({
-        "bdatediff_vaa_date | 3 | 2024-01-01 NULL 2024-01-02 NULL | @0,1,2,2 2024-01-03 2024-01-04 NULL | [0] 2 NULL NULL NULL",
-        // A code that is not known fails the first row that is not NULL.
-        "bdatediff_vav_date | 0 | NULL 2024-01-01 2024-01-01 | 2024-01-01 | [0] NULL NULL ? status -6803",
-        "bbigdatediff_vav_date | 0 | NULL 2024-01-01 2024-01-01 | 2024-01-01 | [0] NULL NULL ? status -6803",
-        "bbigdatediff_vav_date | -1 | 2024-01-01 | 2024-01-01 | [0] NULL status -6803",
-        "bdatediff_vav_date | 12 | 2024-01-01 | 2024-01-01 | [0] NULL status -6803",
+        "bdatediff_vaa_date | 1 | 2023-12-31T23:59:59.999 2024-03-03 | 2024-01-01 2024-03-02 | [1] 1 0",
+        "bdatediff_vaa_date | 2 | 2023-11-30 2024-01-01 | 2024-04-01 2023-01-01 | [1] 5 -12",
+        "bdatediff_vaa_date | 3 | 2023-12-31T23:59:59.999 -4712-01-01 | 2024-01-01 9999-12-31 | [1] 1 5373484",
+        "bdatediff_vaa_date | 4 | 2023-12-31T23:59:59.999 -4712-01-01 | 2024-01-01 9999-12-31T23:59 | [1] 1 128963639",
+        "bdatediff_vaa_date | 5 | 2024-03-03 -4712-01-01 | 2024-03-02 9999-12-31 | [0] -1440 NULL status -6102",
         "bdatediff_vva_date | 6 | 2024-01-01 | 2024-01-01T00:00:01 2100-01-01 NULL | [0] 1 NULL ? status -6102",
+        "bdatediff_vaa_date | 7 | 00:00:00.0009 00:00:00.0019 2023-11-30 | 00:00:00.0010 00:00:01.0001 2024-04-01 | [0] 1 999 NULL status "
+        "-6102",
+        "bdatediff_vaa_date | 8 | 2023-11-30 2024-01-01 | 2024-04-01 2023-01-01 | [1] 2 -4",
+        "bdatediff_vaa_date | 9 | 2023-11-30 | 2024-04-01 | [1] 123",
+        "bdatediff_vaa_date | 10 | 2024-03-03 2024-03-02 2024-03-02 | 2024-03-02 2024-03-03 2024-03-02 | [1] -1 1 0",
+        "bdatediff_vaa_date | 11 | 2023-11-30 | 2024-04-01 | [1] 123",
+        "bbigdatediff_vaa_date | 6 | -4712-01-01 | 9999-12-31T23:59:59.999999 | [1] 464269103999",
+        "bbigdatediff_vaa_date | 7 | 00:00:00.0009 00:00:00.0019 -4712-01-01 | 00:00:00.0010 00:00:01.0001 9999-12-31T23:59:59.999999 | "
+        "[1] 0 999 464269103999999",
+        "bbigdatediff_vaa_date | 11 | 2023-11-30 | 2024-04-01 | [0] NULL status -6803",
+        "bdatediff_vav_date | 0 | NULL 2024-01-01 2024-01-01 | 2024-01-01 | [0] NULL NULL ? status -6803",
+        "bbigdatediff_vav_date | -1 | NULL 2024-01-01 2024-01-01 | 2024-01-01 | [0] NULL NULL ? status -6803",
     });
 }
 
@@ -365,84 +266,90 @@ TEST(Bigdatediff, CountsBoundaries) {
     }
     const zqengine::column_pointer start = contract::column_of(bifun::value_type::DATETIME, starts);
     const zqengine::column_pointer end = contract::column_of(bifun::value_type::DATETIME, ends);
-    with_each_engine([&] {
-        for (const std::int32_t code : {1, 2, 3, 4, 5, 6, 8, 9, 10}) {
-            const zqengine::column_pointer codes = contract::column_of(bifun::value_type::INT, std::vector{code});
-            const contract::generated_constant field = contract::constant_of_row(*codes, 0);
-            const contract::outcome counts =
-                contract::call(contract::entry_of("bbigdatediff_vaa_date"),
-                               {{.constant = &field}, {.column = start.get()}, {.column = end.get()}}, row_count);
-            for (std::uint32_t row = 0; row < row_count; ++row) {
-                std::int32_t boundaries;
-                if (zqtime_parse_datediff(code, &starts[row], &ends[row], &boundaries) == 0) {
-                    ASSERT_EQ(zqengine::values_of<std::int64_t>(*counts.result)[row], boundaries) << code << ' ' << row;
-                }
+    for (const std::int32_t code : {1, 2, 3, 4, 5, 6, 8, 9, 10}) {
+        const zqengine::column_pointer codes = contract::column_of(bifun::value_type::INT, std::vector{code});
+        const contract::generated_constant field = contract::constant_of_row(*codes, 0);
+        const contract::outcome counts = contract::call(contract::entry_of("bbigdatediff_vaa_date"),
+                                                        {{.constant = &field}, {.column = start.get()}, {.column = end.get()}}, row_count);
+        for (std::uint32_t row = 0; row < row_count; ++row) {
+            std::int32_t boundaries;
+            if (zqtime_parse_datediff(code, &starts[row], &ends[row], &boundaries) == 0) {
+                ASSERT_EQ(zqengine::values_of<std::int64_t>(*counts.result)[row], boundaries) << code << ' ' << row;
             }
         }
-    });
+    }
 }
 
 TEST(Between, CountsDaysWeeksMonthsAndYears) {
     expect_results({
-        "bdays_between_aa_date | 2024-03-01T00:00 2024-02-29T23:59 1582-10-15 -4712-01-01 NULL | 2024-02-28T23:59 2024-02-29 1582-10-04 "
-        "9999-12-31 NULL | [0] 2 0 1 -5373484 NULL",
+        "bdays_between_aa_date | 2024-03-01T00:00 2024-02-29T23:59 1582-10-15 | 2024-02-28T23:59 2024-02-29 1582-10-04 | [1] 2 0 1",
         // 2024-03-02 is a Saturday.
-        "bweeks_between_aa_date | 2024-03-03 2024-03-02 2024-03-02 2024-03-09 2024-03-10 2024-03-02 NULL | 2024-03-02 2024-03-03 "
-        "2024-02-25 2024-03-03 2024-02-25 2024-03-02 2024-03-02 | [0] 1 -1 0 0 2 0 NULL",
+        "bweeks_between_aa_date | 2024-03-03 2024-03-02 2024-03-02 2024-03-09 2024-03-10 2024-03-02 | 2024-03-02 2024-03-03 2024-02-25 "
+        "2024-03-03 2024-02-25 2024-03-02 | [1] 1 -1 0 0 2 0",
         // The days are counted as they are written, the weekdays as they were: eleven days from Thursday to Friday.
-        "bweeks_between_av_date | 1582-10-15 1582-10-17 1582-10-04 | 1582-10-04 | [1] 1 2 0",
         "bweeks_between_va_date | 1582-10-04 | 1582-10-15 1582-10-01 1500-03-01 | [1] -1 0 4309",
-        "bmonths_between_aa_date | 2024-03-31 2024-03-30 2024-03-29T13:45 2024-02-29 2024-03-15 2024-02-29 2024-01-31 2023-02-28 NULL | "
-        "2024-02-29 2024-02-29 2024-02-29 2024-03-31 2024-02-29 2024-01-30 2024-02-28 2024-01-31 2024-01-31 | [0] 1 1.032258064516129 1 "
-        "-1 0.5483870967741935 0.967741935483871 -0.9032258064516129 -11 NULL",
+        "bmonths_between_aa_date | 2024-03-31 2024-03-30 2024-03-29T13:45 2024-02-29 2024-03-15 2024-01-31 2023-02-28 | 2024-02-29 "
+        "2024-02-29 2024-02-29 2024-03-31 2024-02-29 2024-02-28 2024-01-31 | [1] 1 1.032258064516129 1 -1 0.5483870967741935 "
+        "-0.9032258064516129 -11",
         "bmonths_between_av_date | 1582-10-15 1582-10-31 | 1582-10-04 | [1] 0.3548387096774194 0.8709677419354839",
-        "bmonths_between_va_date | 9999-12-31T23:59:59 | -4712-01-01 -4712-01-31 NULL | [0] 176543.96774193548 176543 NULL",
-        "byears_between_aa_date | 2024-01-01 2023-12-31 -4712-12-31 NULL | 2023-12-31 2024-01-01 9999-01-01 2024-01-01 | [0] 1 -1 -14711 "
-        "NULL",
+        "bmonths_between_va_date | 9999-12-31T23:59:59 | -4712-01-01 -4712-01-31 | [1] 176543.96774193548 176543",
+        "byears_between_aa_date | 2024-01-01 2023-12-31 -4712-12-31 | 2023-12-31 2024-01-01 9999-01-01 | [1] 1 -1 -14711",
     });
 }
 
-TEST(ToDays, TakesTwoDaysOffAfterTheYear1600) {
-    expect_results({
-        "bto_days_a_date | 0000-01-01 0000-12-31T23:59:59.999999+14:00 0001-01-01 -0001-12-31 -4712-01-01 | [1] 0 365 366 -1 -1721058",
-        "bto_days_a_date | 1582-10-04 1582-10-15 2007-10-07 9999-12-31 | [1] 578102 578103 733321 3652424",
-    });
+// The first and the last day of every year, counted from a Monday on. Behind the year 1600 the number of a day is two lower.
+TEST(Days, AreCountedThroughAllYears) {
+    std::vector<zqtime> days;
+    std::vector<std::int64_t> numbers;
+    std::int64_t first = 0;
+    for (std::int32_t year = -4712; year <= 9999; ++year) {
+        const bool is_leap = year % 4 == 0 && (year < 1583 || year % 100 != 0 || year % 400 == 0);
+        const std::int64_t length = year == 1582 ? 355 : is_leap ? 366 : 365;
+        days.resize(days.size() + 2);
+        ASSERT_EQ(zqtime_encode(&days.end()[-2], year, 1, 1, 0, 0, 0, 0, ZQTIME_NO_ZONE), 0);
+        ASSERT_EQ(zqtime_encode(&days.end()[-1], year, 12, 31, 23, 59, 59, 999'999, 840), 0);
+        numbers.insert(numbers.end(), {first, first + length - 1});
+        first += length;
+    }
+    const contract::outcome to_days = contract::call_with("bto_days_a_date", days);
+    const contract::outcome of_week = contract::call_with("bdayofweek_a_date", days);
+    const contract::outcome of_year = contract::call_with("bdayofyear_a_date", days);
+    for (std::size_t i = 0; i < days.size(); ++i) {
+        const auto year = static_cast<std::int32_t>(i / 2) - 4712;
+        ASSERT_EQ(zqengine::values_of<std::int64_t>(*to_days.result)[i], numbers[i] - 1'721'058 - (year > 1600 ? 2 : 0)) << year;
+        ASSERT_EQ(zqengine::values_of<std::int32_t>(*of_week.result)[i], (numbers[i] + 1) % 7 + 1) << year;
+        ASSERT_EQ(zqengine::values_of<std::int32_t>(*of_year.result)[i], i % 2 == 0 ? 1 : numbers[i] - numbers[i - 1] + 1) << year;
+    }
 }
 
 // Today is that of parameter 650, at whatever moment of the call; NULL rows are none.
 TEST(ToDays, OfNullIsToday) {
-    with_each_engine([] {
-        for (const std::int32_t zone : {-840, 0, 840, int{ZQTIME_NO_ZONE}}) {
-            ASSERT_EQ(zqengine::set_parameter(INI_NOW_TIME_ZONE, zone), 0);
-            const auto expected_today = [zone] {
-                zqtime now;
-                std::int64_t days = 0;
-                EXPECT_EQ(zqtime_tz_now(0, zone, &now), 0);
-                EXPECT_EQ(zqtime_to_days(&now, &days), 0);
-                return std::to_string(days - 2);
-            };
-            const std::string before = expected_today();
-            const std::string result = evaluate({"bto_days_a_date", {"@0,1,2,0 NULL 0000-01-02 NULL=2024-01-01"}, {}});
-            const std::string after = expected_today();
-            EXPECT_TRUE(result == "[0] " + before + " 1 " + before + ' ' + before || result == "[0] " + after + " 1 " + after + ' ' + after)
-                << result;
-        }
-    });
+    for (const std::int32_t zone : {-840, 0, 840, int{ZQTIME_NO_ZONE}}) {
+        ASSERT_EQ(zqengine::set_parameter(INI_NOW_TIME_ZONE, zone), 0);
+        const auto expected_today = [zone] {
+            zqtime now;
+            std::int64_t days = 0;
+            EXPECT_EQ(zqtime_tz_now(0, zone, &now), 0);
+            EXPECT_EQ(zqtime_to_days(&now, &days), 0);
+            return std::to_string(days - 2);
+        };
+        const std::string before = expected_today();
+        const std::string result = evaluate({"bto_days_a_date", {"@0,1,2,0 NULL 0000-01-02 NULL=2024-01-01"}, {}});
+        const std::string after = expected_today();
+        EXPECT_TRUE(result == "[0] " + before + " 1 " + before + ' ' + before || result == "[0] " + after + " 1 " + after + ' ' + after)
+            << result;
+    }
     ASSERT_EQ(zqengine::set_parameter(INI_NOW_TIME_ZONE, ZQTIME_NO_ZONE), 0);
 }
 
 TEST(ToDays, IsNullWhereTheEngineFailsOrTheNumberIsTooLarge) {
-    for (const std::int32_t plain_stores : {1, 0}) {
-        zq_engine_statements.setters_are_plain_stores = plain_stores;
-        zq_engine_statements.datetime_layout = ZQTIME_LAYOUT_PRIVATE; // otherwise the operation need not be asked
-        to_days_status = -6118;
-        EXPECT_EQ(evaluate({"bto_days_a_date", {"2024-01-01 0000-01-01"}, {}}), "[0] NULL NULL");
-        to_days_status = 0;
-        more_days = 2'147'483'647;
-        EXPECT_EQ(evaluate({"bto_days_a_date", {"-0001-12-31 0000-01-01 0000-01-02"}, {}}), "[0] 2147483646 2147483647 NULL");
-        more_days = 0;
-    }
-    zq_engine_statements.setters_are_plain_stores = 1;
+    zq_engine_statements.datetime_layout = ZQTIME_LAYOUT_PRIVATE; // otherwise the operation need not be asked
+    to_days_status = -6118;
+    EXPECT_EQ(evaluate({"bto_days_a_date", {"2024-01-01 0000-01-01"}, {}}), "[0] NULL NULL");
+    to_days_status = 0;
+    more_days = 2'147'483'647;
+    EXPECT_EQ(evaluate({"bto_days_a_date", {"-0001-12-31 0000-01-01 0000-01-02"}, {}}), "[0] 2147483646 2147483647 NULL");
+    more_days = 0;
     zq_engine_statements.datetime_layout = ZQTIME_LAYOUT_PACKED;
 }
 

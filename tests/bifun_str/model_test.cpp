@@ -45,13 +45,28 @@ theme make_theme(std::uint32_t charset) {
     return characters;
 }
 
+// Half of them repeat themselves.
 text make_text(const theme& theme, std::int32_t least, std::int32_t most) {
+    const auto length = static_cast<std::size_t>(between(least, most));
+    const std::size_t period = once_in(2) ? static_cast<std::size_t>(between(1, 3)) : length;
+    std::vector<std::string> characters;
     text result;
-    for (std::int32_t i = between(least, most); i > 0; --i) {
-        result.stored += one_of(theme);
+    for (std::size_t i = 0; i < length; ++i) {
+        characters.push_back(i < period ? one_of(theme) : characters[i - period]);
+        result.stored += characters.back();
     }
     result.blanks = once_in(2) ? static_cast<std::uint32_t>(between(0, 3)) : 0;
     return result;
+}
+
+bool takes_pattern_first(std::string_view builtin) { return builtin == "POSITION" || builtin == "LOCATE"; }
+std::size_t pattern_position(std::string_view builtin) { return takes_pattern_first(builtin) ? 0 : builtin == "TRIM" ? 2 : 1; }
+
+// The algorithm changes behind 31 bytes, looking at all places ends behind 64, the place of the table changes behind 256 bytes and that of
+// a constant's bytes behind 48.
+text make_pattern(const theme& theme) {
+    const std::int32_t length = once_in(10) ? one_of(std::vector{30, 31, 32, 48, 49, 64, 65, 255, 256, 257}) : between(0, 3);
+    return make_text(theme, length, length);
 }
 
 // For an argument of the entry point: a text or number for which its batch does not fail.
@@ -60,16 +75,12 @@ value make_value(const bifun_settings& settings, const entry_point& entry, std::
     result.is_null = once_in(12);
     const std::string_view builtin = entry.builtin;
     if (entry.argument_list[position].type == value_type::VARCHAR) {
-        const bool is_pattern = position == (builtin == "POSITION" || builtin == "LOCATE" ? 0U : builtin == "TRIM" ? 2U : 1U);
-        if (is_pattern && builtin == "TRIM") {
-            result.string = once_in(3) ? text{"", 1} : text{one_of(theme), 0};
-            if (entry.argument_list[position].kind == argument_kind::column && once_in(6)) {
-                result.string = {};
-            }
-        } else if (is_pattern) {
-            result.string = once_in(12) ? make_text(theme, 28, 36) : make_text(theme, 0, 3);
-        } else {
+        if (position != pattern_position(builtin)) {
             result.string = once_in(10) ? make_text(theme, 20, 70) : make_text(theme, 0, 9);
+        } else if (builtin != "TRIM") {
+            result.string = builtin == "LTRIM" || builtin == "RTRIM" ? make_text(theme, 0, once_in(12) ? 60 : 3) : make_pattern(theme);
+        } else if (entry.argument_list[position].kind == argument_kind::constant || !once_in(6)) {
+            result.string = once_in(3) ? text{"", 1} : text{one_of(theme), 0};
         }
     } else if (builtin == "TRIM") {
         result.number = between(578, 581);
@@ -89,6 +100,17 @@ value make_value(const bifun_settings& settings, const entry_point& entry, std::
     return result;
 }
 
+// Makes a text of a column hold its row's pattern once or twice.
+void put_pattern_into_text(const entry_point& entry, std::vector<value>& row) {
+    const std::size_t pattern = pattern_position(entry.builtin);
+    const std::size_t text = takes_pattern_first(entry.builtin) ? 1 : 0;
+    if (pattern < row.size() && entry.argument_list[pattern].type == value_type::VARCHAR && entry.builtin != "TRIM" &&
+        entry.argument_list[text].kind == argument_kind::column && once_in(2)) {
+        std::string& stored = row[text].string.stored;
+        stored = row[pattern].string.stored + (once_in(2) ? stored + row[pattern].string.stored : std::string()) + stored;
+    }
+}
+
 void expect_model(const bifun_settings& settings, const entry_point& entry) {
     const theme theme = make_theme(settings.charset_code);
     std::vector<std::vector<value>> rows(row_count);
@@ -97,6 +119,7 @@ void expect_model(const bifun_settings& settings, const entry_point& entry) {
             const bool is_constant = entry.argument_list[i].kind == argument_kind::constant;
             row.push_back(is_constant && &row != &rows[0] ? rows[0][i] : make_value(settings, entry, i, theme));
         }
+        put_pattern_into_text(entry, row);
     }
     each_engine::with_each_engine([&] {
         const string_call call = call_strings(entry, rows);

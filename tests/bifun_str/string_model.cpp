@@ -150,16 +150,17 @@ bool refuses(std::size_t total, std::int64_t position, std::int64_t length) {
     return length < 0 && position <= size && size + position >= 0;
 }
 
-std::string substring(std::uint32_t charset, const text& value, std::int64_t position, std::int64_t length) {
-    const characters all = full_text(charset, value);
-    if (refuses(all.size(), position, length)) {
-        return "NULL";
-    }
-    const range taken = part(all.size(), position, length);
+// Characters `begin` to `end` of a text: of its blanks as a count.
+std::string shown_part(const characters& all, const text& value, range taken) {
     const std::size_t stored = all.size() - value.blanks;
     const auto at = [&](std::size_t index) { return all.begin() + static_cast<std::ptrdiff_t>(std::min(index, stored)); };
     return shown(
         {joined(at(taken.begin), at(taken.end)), static_cast<std::uint32_t>(taken.end - std::clamp(stored, taken.begin, taken.end))});
+}
+
+std::string substring(std::uint32_t charset, const text& value, std::int64_t position, std::int64_t length) {
+    const characters all = full_text(charset, value);
+    return refuses(all.size(), position, length) ? "NULL" : shown_part(all, value, part(all.size(), position, length));
 }
 
 std::string right(std::uint32_t charset, const text& value, std::int64_t length) {
@@ -254,13 +255,13 @@ std::string substring_index(std::uint32_t charset, const text& value, const text
     }
     const std::vector<std::size_t> found = occurrences(all, sought);
     const auto wanted = static_cast<std::size_t>(std::abs(count));
-    if (wanted > found.size()) {
-        return shown({joined(all.begin(), all.end()), 0});
+    range taken = {0, all.size()};
+    if (wanted <= found.size() && count > 0) {
+        taken.end = found[wanted - 1];
+    } else if (wanted <= found.size()) {
+        taken.begin = found[found.size() - wanted] + sought.size();
     }
-    if (count > 0) {
-        return shown({joined(all.begin(), all.begin() + static_cast<std::ptrdiff_t>(found[wanted - 1])), 0});
-    }
-    return shown({joined(all.begin() + static_cast<std::ptrdiff_t>(found[found.size() - wanted] + sought.size()), all.end()), 0});
+    return shown_part(all, value, taken);
 }
 
 } // namespace

@@ -14,6 +14,7 @@
 #include "embedded/charset/database_charset.h"
 #include "embedded/memory/allocation.h"
 #include "embedded/session/environment.h"
+#include "engine/columns.h"
 #include "engine/memory.h"
 #include "tests/contract/exceptions.h"
 
@@ -24,7 +25,7 @@ constexpr std::uint32_t guard_rows = 64;
 
 void append(std::string& image, const void* bytes, std::size_t size) { image.append(static_cast<const char*>(bytes), size); }
 
-// Every byte of the rows that a call may read. Through a selection vector that is any row.
+// Every byte of the rows that a call may read.
 std::string image_of(const call_argument& argument, std::uint32_t row_count) {
     std::string image;
     if (argument.constant != nullptr) {
@@ -33,14 +34,13 @@ std::string image_of(const call_argument& argument, std::uint32_t row_count) {
         return image;
     }
     const zqengine::column_storage& column = *argument.column;
-    const std::uint32_t first = argument.first_row;
-    const std::uint32_t count = argument.selection.empty() ? row_count : column.capacity;
     const std::size_t width = bifun::value_width(column.type);
-    append(image, column.data.null_flags + first, count);
-    append(image, zqengine::values_of<std::uint8_t>(column) + first * width, count * width);
     append(image, argument.selection.data(), argument.selection.size_bytes());
-    for (std::uint32_t row = first; bifun::is_string(column.type) && row < first + count; ++row) {
-        if (column.data.null_flags[row] != 0) {
+    for (std::uint32_t k = 0; k < row_count; ++k) {
+        const std::uint32_t row = argument.first_row + (argument.selection.empty() ? k : argument.selection[k]);
+        append(image, column.data.null_flags + row, 1);
+        append(image, zqengine::values_of<std::uint8_t>(column) + row * width, width);
+        if (bifun::is_string(column.type) && column.data.null_flags[row] != 0) {
             const bifun_string& value = zqengine::values_of<bifun_string>(column)[row];
             append(image, value.data, value.length);
         }
@@ -55,6 +55,7 @@ struct watched_memory {
 
     static void* allocate(bifun_environment* environment, void* heap, std::uint32_t size, const char* file, std::uint32_t line) {
         auto& memory = *static_cast<watched_memory*>(heap);
+        EXPECT_GT(size, 0U) << "some heaps have no memory of no bytes";
         if (void* const promised = memory.engine->allocate(environment, memory.engine->heap, size, file, line)) {
             auto bytes = std::make_unique_for_overwrite<std::uint8_t[]>(size);
             std::memset(bytes.get(), unwritten, size);
@@ -85,12 +86,26 @@ bool is_unwritten(const void* bytes, std::size_t size) {
     return std::all_of(begin, begin + size, [](std::uint8_t byte) { return byte == unwritten; });
 }
 
+// Whether the bytes of the batch's strings are safe from the next assignment, which takes the free ones.
+bool free_bytes_lie_apart(const outcome& outcome) {
+    const auto& free = *static_cast<const bdta3_free_bytes*>(outcome.result->data.engine_header[1]);
+    bool apart = true;
+    for (std::uint32_t row = 0; row < outcome.row_count; ++row) {
+        if (outcome.flag(row) == 1 && outcome.holds_value(row)) {
+            const bifun_string& value = zqengine::values_of<bifun_string>(*outcome.result)[row];
+            apart &= value.data + value.length <= free.top || value.data >= free.end;
+        }
+    }
+    return apart;
+}
+
 void check_invariants(const bifun::entry_point& entry, const outcome& outcome) {
     const zqengine::column_storage& result = *outcome.result;
     const std::size_t width = bifun::value_width(result.type);
     EXPECT_TRUE(is_unwritten(result.data.null_flags + outcome.row_count, guard_rows)) << "flags behind the batch are written";
     EXPECT_TRUE(is_unwritten(zqengine::values_of<std::uint8_t>(result) + outcome.row_count * width, guard_rows * width))
         << "values behind the batch are written";
+    EXPECT_TRUE(!bifun::is_string(result.type) || free_bytes_lie_apart(outcome)) << entry.symbol << " leaves bytes of its results free";
     const std::span flags(result.data.null_flags, outcome.row_count);
     if (outcome.status == 0) {
         EXPECT_TRUE(std::ranges::all_of(flags, [](std::uint8_t flag) { return flag <= 1; })) << "a flag is neither 0 nor 1";

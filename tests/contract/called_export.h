@@ -51,9 +51,10 @@ struct circumstances {
     bool memory_is_released = true;
 };
 
-// Calls the entry point. Whatever the entry point, it is a failure of the test that arguments change, that scratch memory
-// is kept, that rows behind the batch are written, that a flag is neither 0 nor 1 or says that there is a value where none has been
-// written, that the no-null flag promises what is not so, or that it is set although the call failed.
+// Calls the entry point. Whatever the entry point, it is a failure of the test that arguments change, that scratch memory is kept or
+// memory of no bytes asked for, that rows behind the batch are written, that bytes of result strings count as free, that a flag is neither
+// 0 nor 1 or says that there is a value where none has been written, that the no-null flag promises what is not so, or that it is set
+// although the call failed.
 outcome call(const bifun::entry_point& entry, const std::vector<call_argument>& arguments, std::uint32_t row_count,
              const circumstances& circumstances = {});
 

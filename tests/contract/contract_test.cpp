@@ -3,8 +3,10 @@
 #include <algorithm>
 #include <array>
 #include <bit>
+#include <cstdlib>
 #include <cstring>
 #include <map>
+#include <random>
 #include <set>
 #include <string>
 #include <tuple>
@@ -16,7 +18,10 @@
 #include "embedded/memory/allocation.h"
 #include "engine/charset.h"
 #include "engine/columns.h"
+#include "engine/datetime.h"
+#include "engine/decimal.h"
 #include "tests/contract/called_export.h"
+#include "tests/contract/demanding_engine.h"
 #include "tests/contract/domains.h"
 #include "tests/contract/exceptions.h"
 #include "tests/contract/text_case.h"
@@ -62,6 +67,17 @@ std::vector<call_argument> arguments_of(const entry_point& entry, std::uint32_t 
             arguments.push_back({.column = &column_for(entry, position, row_count, null_rate)});
         } else {
             arguments.push_back({.constant = &constant_for(entry, position, value_count(entry, position) + position)});
+        }
+    }
+    return arguments;
+}
+
+// The same with other constants in each round, after some of which each has been a boundary.
+std::vector<call_argument> arguments_of_round(const entry_point& entry, std::uint32_t row_count, double null_rate, std::size_t round) {
+    std::vector<call_argument> arguments = arguments_of(entry, row_count, null_rate);
+    for (std::size_t i = 0; i < arguments.size(); ++i) {
+        if (arguments[i].constant != nullptr) {
+            arguments[i].constant = &constant_for(entry, i, (round * (2 * i + 1) + i) % value_count(entry, i));
         }
     }
     return arguments;
@@ -119,36 +135,45 @@ zqengine::column_pointer gather(const column_storage& column, const std::vector<
     return dense;
 }
 
+// Blocks of rows end within the batch. Columns that promise to have no NULLs stand beside some that have.
 TEST_F(Contract, ASelectionVectorIsTheColumnOfTheRowsItNames) {
     constexpr std::uint32_t data_rows = 33000;
-    constexpr std::uint32_t row_count = 1501;
+    constexpr std::uint32_t row_count = 2501;
     std::array<std::vector<std::uint16_t>, 4> selections;
     for (std::uint32_t k = 0; k < row_count; ++k) {
         selections[0].push_back(static_cast<std::uint16_t>(k));                 // identity
         selections[1].push_back(static_cast<std::uint16_t>(data_rows - 1 - k)); // reversed, from beyond the largest signed number
         selections[2].push_back(static_cast<std::uint16_t>(k * 7 % 50));        // repeated
-        selections[3].push_back(static_cast<std::uint16_t>(k * 21));            // sparse
+        selections[3].push_back(static_cast<std::uint16_t>(k * 13));            // sparse
     }
     for (const entry_point& entry : entry_points) {
-        for (const double null_rate : {0.0, some_nulls}) {
-            const std::vector<call_argument> whole = arguments_of(entry, data_rows, null_rate);
+        std::vector<std::size_t> columns;
+        for (std::size_t i = 0; i < entry.argument_count; ++i) {
+            if (entry.argument_list[i].kind == argument_kind::column) {
+                columns.push_back(i);
+            }
+        }
+        const std::uint32_t everyone = (1U << columns.size()) - 1;
+        for (std::uint32_t with_nulls = 0; with_nulls <= everyone; ++with_nulls) {
+            std::vector<call_argument> whole = arguments_of(entry, data_rows, 0);
+            for (std::size_t c = 0; c < columns.size(); ++c) {
+                whole[columns[c]].column = &column_for(entry, columns[c], data_rows, (with_nulls >> c & 1) != 0 ? some_nulls : 0);
+            }
             for (const auto& selection : selections) {
-                std::vector<zqengine::column_pointer> gathered;
-                for (const call_argument& argument : whole) {
-                    gathered.push_back(argument.column != nullptr ? gather(*argument.column, selection) : nullptr);
-                }
-                // Each argument alone, then all of them together.
-                for (std::size_t selected = 0; selected <= whole.size(); ++selected) {
+                for (std::uint32_t selected = 1; selected <= everyone; ++selected) {
+                    std::vector<zqengine::column_pointer> gathered;
                     std::vector<call_argument> through_selection = whole;
                     std::vector<call_argument> dense = whole;
-                    for (std::size_t i = 0; i < whole.size(); ++i) {
-                        if (whole[i].column != nullptr && (selected == i || selected == whole.size())) {
-                            through_selection[i].selection = selection;
-                            dense[i].column = gathered[i].get();
+                    for (std::size_t c = 0; c < columns.size(); ++c) {
+                        if ((selected >> c & 1) != 0) {
+                            through_selection[columns[c]].selection = selection;
+                            gathered.push_back(gather(*whole[columns[c]].column, selection));
+                            dense[columns[c]].column = gathered.back().get();
                         }
                     }
                     EXPECT_TRUE(same_outcome(call(entry, through_selection, row_count), call(entry, dense, row_count)))
-                        << entry.symbol << ", selection " << &selection - selections.data() << " on " << selected;
+                        << entry.symbol << ", selection " << &selection - selections.data() << " on " << selected << ", NULLs in "
+                        << with_nulls;
                 }
             }
         }
@@ -375,18 +400,80 @@ TEST_F(Contract, ResultsDoNotDependOnWhatTheEngineSaysOfItself) {
             std::ranges::count(entry.arguments(), argument_kind::constant, &bifun::argument::kind) > 0 ? 20 : 2 * std::size(settings);
         for (std::size_t round = 0; round < rounds; ++round) {
             set_up(settings[round % std::size(settings)]);
-            std::vector<call_argument> arguments = arguments_of(entry, row_count, round % 8 < 4 ? 0 : some_nulls);
-            for (std::size_t i = 0; i < arguments.size(); ++i) {
-                if (arguments[i].constant != nullptr) {
-                    arguments[i].constant = &constant_for(entry, i, (round * (2 * i + 1) + i) % value_count(entry, i));
-                }
-            }
+            const std::vector<call_argument> arguments = arguments_of_round(entry, row_count, round % 8 < 4 ? 0 : some_nulls, round);
             const outcome usual = call(entry, arguments, row_count);
             EXPECT_TRUE(same_outcome(call(entry, arguments, row_count, {.memory_is_released = false}), usual)) << entry.symbol;
             for (unsigned i = 0; i <= std::size(engine_statements); ++i) {
                 const unsaid unsaid(i < std::size(engine_statements) ? 1U << i : all_statements);
                 EXPECT_TRUE(same_outcome(call(entry, arguments, row_count), usual))
                     << entry.symbol << ", round " << round << " without " << i;
+            }
+        }
+    }
+}
+
+// Among the statuses are those that have a meaning within the library.
+TEST_F(Contract, ADemandingEngineHasTheSameResultsWhateverItsSuccessIs) {
+    constexpr std::uint32_t row_count = 100;
+    for (const entry_point& entry : entry_points) {
+        for (std::size_t round = 0; round < 24; ++round) {
+            const std::vector<call_argument> arguments = arguments_of_round(entry, row_count, round % 2 == 0 ? some_nulls : 0, round);
+            const outcome usual = call(entry, arguments, row_count);
+            const unsaid unsaid(round % 4 < 2 ? all_statements : 0U);
+            for (const std::int32_t success : {1, BIFUN_UNUSABLE_TEXT + 0, INT32_MAX}) {
+                demanding_engine::success = success;
+                const outcome other = call(entry, arguments, row_count);
+                demanding_engine::success = 0;
+                EXPECT_TRUE(same_outcome(other, usual)) << entry.symbol << ", status " << success;
+            }
+        }
+    }
+}
+
+// Parts of characters in each character set, some of which are characters backwards, and texts that may hold them.
+constexpr std::string_view malformed_texts =
+    "a.b.c | . | éa一é_ | '' | \xA9\xC3 | \xC3 | \xA9 | b\xC3 | \xB8\x80\xE4 | \xE4\xB8 | \xF0\x9F\x98 | \x81 | A\x81 | \x81\x30\x81 | "
+    "0\x81 | \x30\x81\x30\x81_ | \xB0 | \xA1\xB0\xA1 | c\xB0\xA1 | \xB0\xA1\xB0";
+
+// Single rows of values that may fail.
+TEST_F(Contract, AnyRowIsTheSameWhateverTheEngineSaysOfItself) {
+    constexpr std::uint32_t row_count = 64;
+    const std::vector<std::string> texts = parts_of(malformed_texts);
+    zqengine::column_pointer malformed(zqengine::create_column(value_type::VARCHAR, static_cast<std::uint32_t>(texts.size())));
+    for (std::uint32_t row = 0; row < texts.size(); ++row) {
+        read_value(*malformed, row, texts[row]);
+        malformed->data.null_flags[row] = 1;
+    }
+    malformed->column.no_nulls = 1;
+    std::map<std::pair<value_type, std::size_t>, zqengine::column_pointer> outside_domains;
+    std::mt19937 numbers(61); // NOLINT(cert-msc51-cpp): every run is the same
+    const auto below = [&numbers](std::uint32_t limit) { return static_cast<std::uint32_t>(numbers() % limit); };
+    for (const std::uint32_t charset : {ZQ_CHARSET_UTF8, ZQ_CHARSET_GB18030, ZQ_CHARSET_EUC_KR}) {
+        for (const entry_point& entry : entry_points) {
+            set_up({below(4), charset, below(2)});
+            const bool has_text = std::ranges::count(entry.arguments(), value_type::VARCHAR, &bifun::argument::type) > 0;
+            for (int round = 0; round < (has_text ? 1500 : 400); ++round) {
+                std::vector<generated_constant> constants(entry.argument_count);
+                std::vector<call_argument> arguments(entry.argument_count);
+                std::string shown = entry.symbol;
+                for (std::size_t i = 0; i < entry.argument_count; ++i) {
+                    const value_type type = entry.argument_list[i].type;
+                    auto& any = outside_domains[{type, i}];
+                    any = any != nullptr ? std::move(any) : generate_column(type, row_count, 0, i);
+                    const bool is_sound = below(4) == 0;
+                    const column_storage& column = is_sound                      ? column_for(entry, i, row_count, 0)
+                                                   : type == value_type::VARCHAR ? *malformed
+                                                                                 : *any;
+                    const std::uint32_t row = below(column.capacity);
+                    shown += " | " + write_value(column, row);
+                    constants[i] = constant_of_row(column, row);
+                    arguments[i] = entry.argument_list[i].kind == argument_kind::constant
+                                       ? call_argument{.constant = &constants[i]}
+                                       : call_argument{.column = &column, .first_row = row};
+                }
+                const outcome usual = call(entry, arguments, 1);
+                const unsaid unsaid(1 + below(all_statements));
+                EXPECT_TRUE(same_outcome(call(entry, arguments, 1), usual)) << shown << ", charset " << charset;
             }
         }
     }
@@ -402,6 +489,31 @@ TEST(EngineStatements, AreNotReadBehindTheRecordThatTheEngineHas) {
             EXPECT_EQ(library_takes_as_said[i](), i < count) << i << " of " << count;
         }
     }
+}
+
+// ---- instruction sets -------------------------------------------------------------------------------------------------
+
+// The settings are stored anew: the next call chooses.
+TEST_F(Contract, ResultsDoNotDependOnTheInstructionSet) {
+    constexpr const char* variable = "BIFUN_INSTRUCTION_SET";
+    constexpr std::uint32_t row_count = 1500;
+    const char* const usual = std::getenv(variable);
+    const std::string wanted = usual == nullptr ? "" : usual;
+    for (const entry_point& entry : entry_points) {
+        for (const double null_rate : {0.0, some_nulls}) {
+            const std::vector<call_argument> arguments = arguments_of(entry, row_count, null_rate);
+            setenv(variable, "x86-64", 1);
+            set_up(usual_settings);
+            const outcome least = call(entry, arguments, row_count);
+            for (const char* const set : {"x86-64-v3", "x86-64-v4"}) {
+                setenv(variable, set, 1);
+                set_up(usual_settings);
+                EXPECT_TRUE(same_outcome(call(entry, arguments, row_count), least)) << entry.symbol << " on " << set;
+            }
+        }
+    }
+    wanted.empty() ? unsetenv(variable) : setenv(variable, wanted.c_str(), 1);
+    set_up(usual_settings);
 }
 
 // ---- failure ----------------------------------------------------------------------------------------------------------

@@ -35,17 +35,6 @@ inline void expect_results(std::initializer_list<std::string_view> cases) {
     with_each_engine([cases] { contract::expect_results(cases); });
 }
 
-// Of a row and a constant text with blanks that are stored, which a case written as text cannot have.
-inline contract::outcome call_with_name(const char* symbol, bifun::value_type type, const char* value, const std::string& name) {
-    const zqengine::column_pointer row = contract::read_column(type, value).column;
-    const zqengine::column_pointer names(zqengine::create_column(bifun::value_type::VARCHAR, 1));
-    names->data.null_flags[0] = 1;
-    const auto length = static_cast<std::uint32_t>(name.size());
-    EXPECT_EQ(bdta3_col_assign_str(nullptr, nullptr, &names->column, 0, reinterpret_cast<const std::uint8_t*>(name.data()), length, 0), 0);
-    const contract::generated_constant constant = contract::constant_of_row(*names, 0);
-    return contract::call(contract::entry_of(symbol), {{.column = row.get()}, {.constant = &constant}}, 1);
-}
-
 } // namespace each_engine
 
 #endif

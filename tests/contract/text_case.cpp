@@ -31,6 +31,7 @@ void read_string(zqengine::column_storage& column, std::uint32_t row, std::strin
         const bool is_repeated = part.size() > 2 && part[1] == '*';
         text += is_repeated ? std::string(std::strtoul(part.c_str() + 2, nullptr, 10), part[0]) : part;
     }
+    std::ranges::replace(text, '~', ' ');
     (void)bdta3_col_assign_str(nullptr, nullptr, &column.column, row, bytes_of(text), static_cast<std::uint32_t>(text.size()), blanks);
 }
 
@@ -148,8 +149,11 @@ std::string write_string(const bifun_string& value) {
     return text.empty() ? "''" : text;
 }
 
+} // namespace
+
 std::string write_value(const zqengine::column_storage& column, std::uint32_t row) {
     using zqengine::values_of;
+    constexpr std::string_view midnight = "T00:00:00";
     char buffer[256];
     std::uint32_t length = 0;
     switch (column.type) {
@@ -166,7 +170,7 @@ std::string write_value(const zqengine::column_storage& column, std::uint32_t ro
     case value_type::DATETIME: {
         std::string text(buffer, zqengine::write_datetime(values_of<zqtime>(column)[row], zqengine::datetime_kind::datetime, buffer));
         std::ranges::replace(text, ' ', 'T');
-        return text;
+        return text.substr(0, text.size() - (text.ends_with(midnight) ? midnight.size() : 0));
     }
     case value_type::INTERVAL_YM:
     case value_type::INTERVAL_DT: {
@@ -180,8 +184,6 @@ std::string write_value(const zqengine::column_storage& column, std::uint32_t ro
         return write_string(values_of<bifun_string>(column)[row]);
     }
 }
-
-} // namespace
 
 std::string evaluate(const text_case& text_case, const circumstances& circumstances) {
     const bifun::entry_point& entry = entry_of(text_case.symbol);

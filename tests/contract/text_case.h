@@ -2,9 +2,9 @@
 //
 // A column is its rows, separated by blanks: `1 NULL 3`. Before them may stand its no-null flag in brackets, else 1 without and 0 with
 // a NULL among the rows, and a selection vector: `[7] @2,0,0 5 6 7`. `NULL=1` is a NULL with a 1 in its value slot. A constant is one
-// such row. Numbers, decimals and datetimes (2024-02-29T13:45:00) are written as usual; an interval is its fields, `-1/-6` or
-// `1/2/3/4/500000`; a string is its characters, then `_` for each trailing blank; `''` is the empty string, `a*49` is 49 times a, and `&`
-// joins such parts: `a*49&b`.
+// such row. Numbers, decimals and datetimes (2024-02-29T13:45:00, a midnight without its time) are written as usual; an interval is its
+// fields, `-1/-6` or `1/2/3/4/500000`; a string is its characters, `~` for a blank that is stored, then `_` for each trailing blank; `''`
+// is the empty string, `a*49` is 49 times a, and `&` joins such parts: `a*49&b`.
 #ifndef BIFUN_TESTS_CONTRACT_TEXT_CASE_H
 #define BIFUN_TESTS_CONTRACT_TEXT_CASE_H
 
@@ -28,6 +28,9 @@ text_column read_column(bifun::value_type type, std::string_view text);
 
 // One value, which is not NULL, into a row. Flags stay as they are.
 void read_value(zqengine::column_storage& column, std::uint32_t row, const std::string& text);
+
+// The value of a row, whatever its flag.
+std::string write_value(const zqengine::column_storage& column, std::uint32_t row);
 
 // What stands between ` | `.
 std::vector<std::string> parts_of(std::string_view text);

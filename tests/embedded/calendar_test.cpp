@@ -139,48 +139,44 @@ TEST(Calendar, AddsDaysAndWeeks) {
         for (std::int32_t number = 0; number <= last_day_number; number += stride) {
             const zqtime value = make(days[static_cast<std::size_t>(number)]);
             zqtime sum = value;
-            const std::int32_t status = zqtime_add_by_fmt(&sum, ZQTIME_DAY, amount, &sum);
+            std::int32_t status = zqtime_add_by_fmt(&sum, ZQTIME_DAY, amount, &sum);
             ASSERT_TRUE(is_day(number + amount, status, sum, value)) << "day " << number << ' ' << amount;
-        }
-    }
-    for (std::int32_t number = 0; number <= last_day_number; number += 11) {
-        const zqtime value = make(days[static_cast<std::size_t>(number)]);
-        for (const std::int32_t amount : {1, -150, 767'640}) {
-            zqtime sum = value;
-            std::int32_t status = zqtime_add_by_fmt(&value, ZQTIME_WEEK, amount, &sum);
-            ASSERT_TRUE(is_day(number + amount * 7, status, sum, value)) << "week " << number << ' ' << amount;
-            sum = value;
-            status = zqtime_date_add_number(&value, amount, &sum);
-            ASSERT_TRUE(is_day(number + amount, status, sum, value)) << "days " << number << ' ' << amount;
+            if (number % 11 == 0) {
+                sum = value;
+                status = zqtime_add_by_fmt(&value, ZQTIME_WEEK, amount, &sum);
+                ASSERT_TRUE(is_day(number + amount * 7, status, sum, value)) << "week " << number << ' ' << amount;
+                sum = value;
+                status = zqtime_date_add_number(&value, amount, &sum);
+                ASSERT_TRUE(is_day(number + amount, status, sum, value)) << "days " << number << ' ' << amount;
+            }
         }
     }
 }
 
 TEST(Calendar, AddsMonths) {
     const auto& [days, month_end] = calendar();
+    const auto end_of = [&ends = month_end](std::int64_t month) { return ends[static_cast<std::size_t>(month)]; };
     const auto months = static_cast<std::int64_t>(month_end.size());
     for (const std::int32_t amount : {1, -1, 132, -2401}) {
         const bifun_interval_ym interval{.years = amount / 12, .months = amount % 12};
         std::int64_t month = 0;
         for (std::int32_t number = 0; number <= last_day_number; number += stride) {
-            while (number > month_end[static_cast<std::size_t>(month)]) {
+            while (number > end_of(month)) {
                 ++month;
             }
             const calendar_date date = days[static_cast<std::size_t>(number)];
-            const bool is_last = number == month_end[static_cast<std::size_t>(month)];
+            const std::int64_t target = month + amount;
+            const bool is_in_range = target >= 0 && target < months;
             std::int64_t clamped = -1;
-            std::int64_t kept_last = -1;
-            if (month + amount >= 0 && month + amount < months) {
+            if (is_in_range) {
                 // The first day that is not before the wanted one, or the last of the month.
-                const std::int64_t target = month + amount;
-                const std::int64_t first = target == 0 ? 0 : month_end[static_cast<std::size_t>(target - 1)] + 1;
-                const auto day_at = [&days = days](std::int64_t at) { return days[static_cast<std::size_t>(at)].day; };
-                clamped = std::min<std::int64_t>(first + date.day - 1, month_end[static_cast<std::size_t>(target)]);
-                while (clamped > first && day_at(clamped - 1) >= date.day) {
+                const std::int64_t first = target == 0 ? 0 : end_of(target - 1) + 1;
+                clamped = std::min<std::int64_t>(first + date.day - 1, end_of(target));
+                while (clamped > first && days[static_cast<std::size_t>(clamped - 1)].day >= date.day) {
                     --clamped;
                 }
-                kept_last = is_last ? month_end[static_cast<std::size_t>(target)] : clamped;
             }
+            const std::int64_t kept_last = is_in_range && number == end_of(month) ? end_of(target) : clamped;
             const zqtime value = make(date);
             zqtime sum = value;
             std::int32_t status = zqtime_add_by_fmt(&value, ZQTIME_MONTH, amount, &sum);

@@ -1,76 +1,72 @@
 #include <gtest/gtest.h>
 
+#include <bit>
 #include <cstring>
 #include <iostream>
-#include <memory>
 #include <sstream>
 #include <string>
 
 #include "bop/frame/status.h"
 #include "embedded/decimal/decimal_parts.h"
 #include "engine/decimal.h"
+#include "tests/contract/exact_block.h"
 
 using namespace zqengine;
 
 namespace {
 
-// Decimals at an odd address, in a block of their own, so that reading or writing past them is caught.
-struct odd_decimal {
-    std::unique_ptr<std::uint8_t[]> block{new std::uint8_t[1 + sizeof(xdec)]};
-    xdec* value = reinterpret_cast<xdec*>(block.get() + 1);
-    odd_decimal() { memset(value, 0x5A, sizeof *value); }
-};
+xdec untouched() {
+    xdec value;
+    memset(&value, 0x5A, sizeof value);
+    return value;
+}
 
-std::int32_t read(const std::string& text, const odd_decimal& result) {
-    const std::unique_ptr<std::uint8_t[]> bytes(new std::uint8_t[text.size()]);
-    std::copy(text.begin(), text.end(), bytes.get());
-    const std::int32_t status = xdec_from_char(bytes.get(), static_cast<std::uint32_t>(text.size()), result.value);
-    EXPECT_TRUE(status == 0 || result.value->bytes[0] == 0x5A) << text.substr(0, 60);
+bool is_untouched(const xdec& value) {
+    const xdec other = untouched();
+    return memcmp(&value, &other, sizeof value) == 0;
+}
+
+std::int32_t read(const std::string& text, xdec& result) {
+    const exact_block bytes(text);
+    result = untouched();
+    const std::int32_t status = xdec_from_char(bytes.data(), bytes.length, &result);
+    EXPECT_TRUE(status == 0 || is_untouched(result)) << text.substr(0, 60);
     return status;
 }
 
-std::string written(const odd_decimal& value) {
+std::string written(const xdec& value) {
     char buffer[256];
     std::uint32_t length = 0;
-    EXPECT_EQ(xdec_to_char_with_zero(value.value, buffer, sizeof buffer, 0, 0, &length), 0);
+    EXPECT_EQ(xdec_to_char_with_zero(&value, buffer, sizeof buffer, 0, 0, &length), 0);
     EXPECT_EQ(length, strlen(buffer));
     return buffer;
 }
 
-std::string bytes_of(const odd_decimal& value) {
+std::string bytes_of(const xdec& value) {
     std::string hex;
-    for (const std::uint8_t byte : value.value->bytes) {
+    for (const std::uint8_t byte : value.bytes) {
         hex += {"0123456789abcdef"[byte >> 4], "0123456789abcdef"[byte & 15]};
     }
     return hex;
 }
 
-double double_of(std::uint64_t bits) {
-    double number;
-    memcpy(&number, &bits, sizeof number);
-    return number;
-}
-
-// One operation of two operands, or of one and a number; its result goes beside its operands, and in their places.
 struct answer {
-    std::int32_t status;
-    odd_decimal result;
-    std::string further; // what else the operation gives, or what is wrong
+    std::int32_t status = 0;
+    xdec result = untouched();
+    std::string further = {}; // what else the operation gives, or what is wrong
 };
 
-template <class Operation> answer in_all_places(const odd_decimal& a, const odd_decimal& b, Operation operation) {
-    answer beside{.status = 0, .result = {}, .further = {}};
-    beside.status = operation(a.value, b.value, beside.result.value);
-    const odd_decimal place_a;
-    const odd_decimal place_b;
-    memcpy(place_a.value, a.value, sizeof *a.value);
-    memcpy(place_b.value, b.value, sizeof *b.value);
-    const std::int32_t status_a = operation(place_a.value, b.value, place_a.value);
-    const std::int32_t status_b = operation(a.value, place_b.value, place_b.value);
-    const bool done = beside.status == 0;
-    if (status_a != beside.status || status_b != beside.status || bytes_of(place_a) != bytes_of(done ? beside.result : a) ||
-        bytes_of(place_b) != bytes_of(done ? beside.result : b)) {
-        beside.further = " other in place";
+// One operation of two operands, or of one and a number; its result goes beside its operands, and in their places.
+template <class Operation> answer in_all_places(const xdec& a, const xdec& b, Operation operation) {
+    answer beside;
+    beside.status = operation(&a, &b, &beside.result);
+    for (const std::size_t place : {0U, 1U}) {
+        xdec operands[] = {a, b};
+        const xdec expected = beside.status == 0 ? beside.result : operands[place];
+        const std::int32_t status = operation(&operands[0], &operands[1], &operands[place]);
+        if (status != beside.status || bytes_of(operands[place]) != bytes_of(expected)) {
+            beside.further = " other in place";
+        }
     }
     return beside;
 }
@@ -79,8 +75,8 @@ using bifun::decimal_layout::round_long;
 using bifun::decimal_layout::truncate_long;
 
 answer calculate(char operation, const std::string& first, const std::string& second) {
-    const odd_decimal a;
-    const odd_decimal b;
+    xdec a;
+    xdec b;
     EXPECT_EQ(read(first, a) | read(second, b), 0) << first << ' ' << second;
     const auto digits = static_cast<std::int32_t>(std::strtol(second.c_str(), nullptr, 10));
     const auto of_one = [&](auto function) {
@@ -89,9 +85,9 @@ answer calculate(char operation, const std::string& first, const std::string& se
     // The operation takes the core for short coefficients first; the one for long ones has to agree with it.
     const auto set_digits = [&](auto function, auto long_core) {
         answer set = of_one([&](const xdec* value, xdec* result) { return function(value, digits, result); });
-        const odd_decimal result;
-        const bool done = long_core(*a.value, digits, result.value);
-        if (done != (digits >= 0 && a.value->bytes[2] - digits <= 38) || (done && bytes_of(result) != bytes_of(set.result))) {
+        xdec result;
+        const bool done = long_core(a, digits, &result);
+        if (done != (digits >= 0 && a.bytes[2] - digits <= 38) || (done && bytes_of(result) != bytes_of(set.result))) {
             set.further += " other core";
         }
         return set;
@@ -146,30 +142,28 @@ int answer_operations() {
         std::string first;
         std::string second = "0";
         words >> first >> second;
-        answer given{.status = 0, .result = {}, .further = {}};
+        answer given;
         if (line[0] == 'C') {
-            const odd_decimal b;
+            xdec b;
             const std::int32_t status = read(first, given.result) | read(second, b);
-            std::cout << status << ' ' << xdec_cmp(given.result.value, b.value) << ' ' << xdec_cmp(b.value, given.result.value) << '\n';
+            std::cout << status << ' ' << xdec_cmp(&given.result, &b) << ' ' << xdec_cmp(&b, &given.result) << '\n';
             continue;
         }
         if (line[0] == 'T') {
             given.status = read(first, given.result);
         } else if (line[0] == 'D') {
-            given.status = xdec_from_double(given.result.value, double_of(std::stoull(first, nullptr, 16)));
+            given.status = xdec_from_double(&given.result, std::bit_cast<double>(std::stoull(first, nullptr, 16)));
         } else if (line[0] == 'I') {
-            given.status = xdec_from_int64(given.result.value, std::stoll(first), 255);
+            given.status = xdec_from_int64(&given.result, std::stoll(first), XDEC_ANY_PRECISION);
         } else {
             given = calculate(line[0], first, second);
         }
-        std::cout << given.status << (given.status != 0 && given.result.value->bytes[0] != 0x5A ? " touched" : "");
+        std::cout << given.status;
         if (given.status == 0) {
-            const double number = xdec_to_double(given.result.value);
-            std::uint64_t bits;
-            memcpy(&bits, &number, sizeof bits);
+            const auto bits = std::bit_cast<std::uint64_t>(xdec_to_double(&given.result));
             std::cout << ' ' << bytes_of(given.result) << ' ' << written(given.result) << ' ' << std::hex << bits << std::dec;
         }
-        std::cout << given.further << '\n';
+        std::cout << (given.status == 0 || is_untouched(given.result) ? "" : " touched") << given.further << '\n';
     }
     return 0;
 }
@@ -180,12 +174,12 @@ TEST(Decimal, RejectsWhatIsNoNumber) {
     std::istringstream texts("| |+|-|.|-.|..5|.E5|1..2|1.2.3|--1|+-1|- 1|1 2|1,2|1E|1E+|1E 5|1E5.0|E5|0x10|NaN|inf|1/|1:|12345678x|"
                              "1234567812345678:|\t1|1\n|1\xCF|1234567\xFF|12345678\xE2\x82\xAC|1\xBA"
                              "23456789");
-    const odd_decimal value;
+    xdec value;
     for (std::string text; std::getline(texts, text, '|');) {
         EXPECT_EQ(read(text, value), BIFUN_UNUSABLE_TEXT) << text;
     }
     EXPECT_EQ(read(std::string("1\0", 2), value), BIFUN_UNUSABLE_TEXT);
-    EXPECT_EQ(xdec_from_char(nullptr, 0, value.value), BIFUN_UNUSABLE_TEXT);
+    EXPECT_EQ(xdec_from_char(nullptr, 0, &value), BIFUN_UNUSABLE_TEXT);
 }
 
 TEST(Decimal, ReadsLongTexts) {
@@ -193,7 +187,7 @@ TEST(Decimal, ReadsLongTexts) {
     const std::string zeros(1'000'000, '0');
     const std::string smallest_zero = std::string("0.").append(127, '0');
     const auto reads = [](const std::string& text, const std::string& expected) {
-        const odd_decimal value;
+        xdec value;
         const std::int32_t status = read(text, value);
         EXPECT_EQ(status == 0 ? written(value) : std::to_string(status), expected) << text.substr(0, 30);
     };
@@ -214,27 +208,27 @@ TEST(Decimal, ReadsLongTexts) {
 TEST(Decimal, WritesIntoRoomThatJustSuffices) {
     for (const std::string& text : {std::string("0"), std::string("-0.50"), std::string("-12.345"), std::string(38, '9').append(89, '0'),
                                     std::string("-0.").append(127, '1'), "0." + std::string(127, '0')}) {
-        const odd_decimal value;
+        xdec value;
         ASSERT_EQ(read(text, value), 0);
         const std::string whole = written(value);
         std::uint32_t length = 77;
-        const auto size = static_cast<std::uint32_t>(whole.size());
-        const std::unique_ptr<char[]> room(new char[size + 1]);
-        ASSERT_EQ(xdec_to_char_with_zero(value.value, room.get(), size, 0, 0, &length), BIFUN_ARGUMENT_OUT_OF_DOMAIN);
+        const exact_block room(whole + '~');
+        auto* const place = reinterpret_cast<char*>(room.data());
+        ASSERT_EQ(xdec_to_char_with_zero(&value, place, room.length - 1, 0, 0, &length), BIFUN_ARGUMENT_OUT_OF_DOMAIN);
         EXPECT_EQ(length, 77U);
-        ASSERT_EQ(xdec_to_char_with_zero(value.value, room.get(), size + 1, 0, 0, &length), 0);
-        EXPECT_EQ(room.get(), whole);
+        ASSERT_EQ(xdec_to_char_with_zero(&value, place, room.length, 0, 0, &length), 0);
+        EXPECT_EQ(place, whole);
     }
 }
 
 TEST(Decimal, FillsAndCopies) {
-    const odd_decimal a;
-    const odd_decimal b;
-    xdec_fill_one(a.value);
+    xdec a;
+    xdec b;
+    xdec_fill_one(&a);
     EXPECT_EQ(bytes_of(a), "c10100000000000001" + std::string(42, '0'));
-    xdec_fill_zero(b.value);
+    xdec_fill_zero(&b);
     EXPECT_EQ(bytes_of(b), "80010000" + std::string(52, '0'));
-    xdec_copy(b.value, a.value);
+    xdec_copy(&b, &a);
     EXPECT_EQ(bytes_of(a), bytes_of(b));
 }
 

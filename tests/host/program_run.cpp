@@ -1,13 +1,10 @@
 #include "tests/host/program_run.h"
 
-#include <fcntl.h>
-#include <spawn.h>
 #include <sys/wait.h>
-#include <unistd.h>
 
+#include <cstdlib>
 #include <fstream>
 #include <sstream>
-#include <utility>
 
 #include <gtest/gtest.h>
 
@@ -39,32 +36,23 @@ void scratch_directory::write(const std::string& name, const std::string& text) 
     std::ofstream(path / name, std::ios::binary) << text;
 }
 
-run_result scratch_directory::run(arguments words, int output) const {
-    words.insert(words.begin(), BIFUN_PROGRAM_PATH);
-    std::vector<char*> pointers;
-    for (std::string& word : words) {
-        pointers.push_back(word.data());
+run_result scratch_directory::run(const arguments& words, const std::string& output) const {
+    std::string command = joined({"cd '", path.string(), "' && '", BIFUN_PROGRAM_PATH, "'"});
+    for (const std::string& word : words) {
+        command += joined({" '", replaced(word, "'", "'\\''"), "'"});
     }
-    pointers.push_back(nullptr);
-    const std::string out = path / "out";
-    const std::string err = path / "err";
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_addchdir_np(&actions, path.c_str());
-    posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
-    if (output < 0) {
-        posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, out.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
-    } else {
-        posix_spawn_file_actions_adddup2(&actions, output, STDOUT_FILENO);
-    }
-    posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, err.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
-    pid_t child = 0;
-    EXPECT_EQ(posix_spawn(&child, BIFUN_PROGRAM_PATH, &actions, nullptr, pointers.data(), environ), 0);
-    posix_spawn_file_actions_destroy(&actions);
-    int wait_status = 0;
-    EXPECT_EQ(waitpid(child, &wait_status, 0), child);
-    return {output < 0 ? read_file(out) : "", read_file(err), WIFEXITED(wait_status) ? WEXITSTATUS(wait_status) : -1};
+    const int wait_status = std::system(joined({command, " </dev/null >", output, " 2>err"}).c_str());
+    return {read_file(path / "out"), read_file(path / "err"), WIFEXITED(wait_status) ? WEXITSTATUS(wait_status) : -1};
 }
+
+namespace {
+
+bool is_like(std::string_view text, std::string_view expected) {
+    const std::size_t rest = expected.find(" ...");
+    return rest == std::string_view::npos ? text == expected : text.starts_with(expected.substr(0, rest));
+}
+
+} // namespace
 
 void expect_answer(const std::string& file, const std::string& sql, const std::string& out, arguments options, const std::string& message) {
     SCOPED_TRACE(sql);
@@ -74,9 +62,9 @@ void expect_answer(const std::string& file, const std::string& sql, const std::s
         options.emplace_back("t.csv");
     }
     options.push_back(sql);
-    const run_result result = directory.run(std::move(options));
+    const run_result result = directory.run(options);
     EXPECT_EQ(result.out, out);
-    EXPECT_EQ(result.err, message.empty() ? "" : joined({"bifun: ", message, "\n"}));
+    EXPECT_TRUE(message.empty() ? result.err.empty() : is_like(result.err, joined({"bifun: ", message, "\n"}))) << result.err;
     EXPECT_EQ(result.status, message.empty() ? 0 : 1);
 }
 
@@ -94,10 +82,10 @@ std::string replaced(std::string text, std::string_view from, std::string_view t
 std::string shown(const std::string& expressions, arguments options) {
     const std::string list = replaced(expressions, " ; ", " AS v, ");
     options.insert(options.end(), {"--format", "json", joined({"SELECT ", list, " AS v"})});
-    const run_result result = scratch_directory().run(std::move(options));
-    const std::string_view message = result.err;
-    if (!message.empty()) {
-        return std::string(message.substr(message.find(' ') + 1, message.size() - message.find(' ') - 2));
+    const run_result result = scratch_directory().run(options);
+    if (!result.err.empty()) {
+        const std::string message = replaced(result.err.substr(0, result.err.size() - 1), "SQL, character ", "");
+        return message.substr(message.find(' ') + 1);
     }
     const std::size_t begin = result.out.find('{') + 1;
     std::string values = replaced(result.out.substr(begin, result.out.rfind('}') - begin), "\"v\": ", "");
@@ -109,7 +97,8 @@ std::string shown(const std::string& expressions, arguments options) {
 
 void expect_shown(std::initializer_list<shown_case> cases) {
     for (const shown_case& tested : cases) {
-        EXPECT_EQ(shown(tested.expressions, tested.options), tested.result) << tested.expressions;
+        const std::string result = shown(tested.expressions, tested.options);
+        EXPECT_TRUE(is_like(result, tested.result)) << tested.expressions << '\n' << result;
     }
 }
 

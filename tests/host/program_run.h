@@ -37,18 +37,20 @@ struct scratch_directory {
 
     void write(const std::string& name, const std::string& text) const;
 
-    // `output` is the standard output of the program, or -1 for a file whose text is returned.
-    [[nodiscard]] run_result run(arguments words, int output = -1) const;
+    // `output` is where the shell is to send the program's standard output.
+    [[nodiscard]] run_result run(const arguments& words, const std::string& output = "out") const;
 };
 
-// Expects this output of a query, and this message behind "bifun: " if any. `file`, unless it is empty, is t.csv.
+// Expects this output of a query, and this message behind "bifun: " if any, of which ` ...` stands for any rest. `file`, unless it is
+// empty, is t.csv.
 void expect_answer(const std::string& file, const std::string& sql, const std::string& out, arguments options = {},
                    const std::string& message = {});
 
 // Expects the message alone.
 void expect_failure(const std::string& file, const std::string& sql, const std::string& message, const arguments& options = {});
 
-// The values of expressions, with ` ; ` between, as JSON shows them, or the message behind "bifun: " where there is an error.
+// The values of expressions, with ` ; ` between, as JSON shows them, or the message behind "bifun: " and "SQL, character " where there is
+// an error.
 std::string shown(const std::string& expressions, arguments options = {});
 
 // Expressions and what `shown` makes of them.

@@ -20,12 +20,9 @@ TEST(StringCalls, Trim) {
          R"("a", "axb", "ax", "a")"},
         {"TRIM('x' FROM 'ax  ') ; TRIM(NULL FROM 'a') ; TRIM(NVL(NULL, 'x') FROM 'xax') ; TRIM('   ')", R"("ax  ", null, "a", "")"},
         {"LTRIM('xyxabc', 'xy') ; LTRIM('  a ') ; RTRIM('abcxyx', 'xy') ; RTRIM('  a ')", R"("abc", "a ", "abc", "  a")"},
-        {"RTRIM(TRIM(LEADING 'x' FROM 'xa '))", R"("a")"},
-        {"TRIM('xy' FROM 'xa')", "TRIM: -6109 the trim set is not exactly one character"},
-        {"TRIM(1 FROM 'a')", "SQL, character 8, near TRIM: TRIM does not take (mode, VARCHAR, INT); it takes (mode, VARCHAR, VARCHAR)"},
-        {"TRIM('a' FROM 'b', 'c')",
-         "SQL, character 8, near TRIM: TRIM takes 1 or 3 arguments, not 4: TRIM([[BOTH | LEADING | TRAILING] [c] FROM] s)"},
-        {"BTRIM('a')", "SQL, character 8, near BTRIM: there is no function btrim; did you mean TRIM or LTRIM or RTRIM?"},
+        {"TRIM(1 FROM 'a')", "8, near TRIM: TRIM does not take (mode, VARCHAR, INT); it takes (mode, VARCHAR, VARCHAR)"},
+        {"TRIM('a' FROM 'b', 'c')", "8, near TRIM: TRIM takes 1 or 3 arguments, not 4: TRIM([[BOTH | LEADING | TRAILING] [c] FROM] s)"},
+        {"BTRIM('a')", "8, near BTRIM: there is no function btrim; did you mean TRIM or LTRIM or RTRIM?"},
     });
 }
 
@@ -37,12 +34,8 @@ TEST(StringCalls, Substrings) {
          R"("bcd", "ef", "ab", "ef")"},
         {"SUBSTRB('éa', 2, 2) ; SUBSTRB('abc', -2) ; LEFT('éa', 1) ; RIGHT('éa', 1) ; SUBSTRING_INDEX('www.bifun.org', '.', 2)",
          R"(" a", "bc", "é", "a", "www.bifun")"},
-        {"SUBSTR('abc', 1, -1)", "SUBSTR: -6110 the length of the substring is negative in row 1"},
         {"SUBSTR('abc', 1, -1)", "null", {"--set", "compatible_mode=3"}},
-        {"LEFT('abc', -1)", "LEFT: -6803 an argument is outside the function's domain"},
-        {"SUBSTR('abc', 3000000000)", "SQL, character 8, near SUBSTR: SUBSTR does not take (VARCHAR, BIGINT); it takes (VARCHAR, INT)"},
-        {"SUBSTRING('a' SIMILAR 'b' ESCAPE 'c')",
-         "SQL, character 8, near SUBSTRING: SUBSTR does not take (VARCHAR, VARCHAR, VARCHAR); it takes (VARCHAR, INT, INT)"},
+        {"SUBSTR('abc', 3000000000)", "8, near SUBSTR: SUBSTR does not take (VARCHAR, BIGINT); it takes (VARCHAR, INT)"},
     });
 }
 
@@ -50,12 +43,10 @@ TEST(StringCalls, Searches) {
     expect_shown({
         {"INSTR('éabab', 'ab') ; INSTR('corporate floor', 'or', 3, 2) ; INSTR('corporate floor', 'or', -3)", "2, 14, 5"},
         {"INSTR('abc', '') ; INSTR('abc', 'x') ; INSTR('abc', NVL(NULL, 'c')) ; INSTRB('éab', 'a')", "null, 0, 3, 3"},
-        {"INSTRB('corporate floor', 'or', 3, 2) ; LOCATE('or', 'corporate', 3) ; LOCATE('c', 'abc')", "14, 5, 3"},
         {"POSITION('b' IN 'abc') ; POSITION('  ' IN 'a  ') ; INSTR('ABC', 'b')", "2, 2, 0"},
         {"INSTR('ABC', 'b') ; INSTR('ABÉ', 'é', 1, 1) ; POSITION('b' IN 'ABC') ; LOCATE('b', 'ABC')", "2, 3, 2, 0", fold_case},
-        {"INSTR('abc', 'a', 1, 0)", "INSTR: -6803 an argument is outside the function's domain"},
-        {"POSITION(NVL(NULL, 'a') IN 'a')", "SQL, character 8, near POSITION: POSITION does not take (VARCHAR, VARCHAR); it takes "
-                                            "(constant VARCHAR, VARCHAR); use LOCATE(pattern, s)"},
+        {"POSITION(NVL(NULL, 'a') IN 'a')",
+         "8, near POSITION: POSITION does not take (VARCHAR, VARCHAR); it takes (constant VARCHAR, VARCHAR); use LOCATE(pattern, s)"},
     });
 }
 
@@ -71,8 +62,7 @@ TEST(StringCalls, BlankPaddedColumns) {
     expect_answer(file, "SELECT c FROM t WHERE v = 'x' OR c = ''", "[\n  {\"c\": \"    \"}\n]\n",
                   {"--format", "json", "--types", "c:CHAR(4)"});
     // Blanks behind the n-th character do not count against CHAR(n).
-    expect_failure("c\n\"ab   \"\nabc\n", "SELECT c FROM t",
-                   "t.csv, line 3, column c: \"abc\" does not fit CHAR(2); give the column a longer type with --types",
+    expect_failure("c\n\"ab   \"\nabc\n", "SELECT c FROM t", "t.csv, line 3, column c: \"abc\" does not fit CHAR(2); ...",
                    {"--types", "c:CHAR(2)"});
 }
 
@@ -95,8 +85,7 @@ TEST(StringCalls, CharacterSets) {
                   {"--set", "charset=GB18030", "--format", "json"});
     expect_answer("a\n\xB0\xA1\xB3\xAA\xB0\xA1\n", "SELECT POSITION('나' IN a) p, RIGHT(a, 2) r FROM t", "p,r\n2,\xB3\xAA\xB0\xA1\n",
                   {"--set", "charset=euc-kr"});
-    expect_failure(file, "SELECT a FROM t",
-                   "t.csv, line 2, column a: \"山山b山\" does not fit CHAR(3); give the column a longer type with --types",
+    expect_failure(file, "SELECT a FROM t", "t.csv, line 2, column a: \"山山b山\" does not fit CHAR(3); ...",
                    {"--set", "charset=gb18030", "--types", "a:CHAR(3)"});
 }
 

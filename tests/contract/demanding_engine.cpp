@@ -1,0 +1,149 @@
+#include "tests/contract/demanding_engine.h"
+
+#include <dlfcn.h>
+
+#include <algorithm>
+#include <cstring>
+
+#include <gtest/gtest.h>
+
+#include "bop/frame/status.h"
+#include "engine/columns.h"
+#include "engine/datetime.h"
+#include "engine/decimal.h"
+#include "engine/interval.h"
+#include "engine/number_check.h"
+#include "engine/number_format.h"
+
+using u8 = std::uint8_t;
+using u32 = std::uint32_t;
+using i32 = std::int32_t;
+using i64 = std::int64_t;
+using u64 = std::uint64_t;
+
+namespace demanding_engine {
+i32 success = 0;
+}
+
+namespace {
+
+using demanding_engine::success;
+
+// What an operation answers: one that reads a text has a meaning for 109; what of some is answered nobody may look at.
+i32 status_of(i32 status) { return status == 0 ? success : status; }
+i32 status_of_text(i32 status) { return status == 0 ? success % BIFUN_UNUSABLE_TEXT : status; }
+i32 no_status_of(i32 status) { return status == 0 ? -success : status; }
+
+constexpr u32 text_size = 1024;
+
+void demand_zeros(const char* buffer) {
+    EXPECT_TRUE(success == 0 || std::count(buffer, buffer + text_size, '\0') == text_size) << "bytes of another row";
+}
+
+i32 fill_behind_text(char* buffer, i32 status) {
+    if (status == 0 && success != 0) {
+        const std::size_t used = std::strlen(buffer) + 1;
+        std::memset(buffer + used, '9', text_size - used);
+    }
+    return status_of(status);
+}
+
+void demand_room(u32 size) { EXPECT_GT(size, 0U) << "an empty value needs no room"; }
+
+// Hands on what only a call that is passed on as it came has.
+i32 demand_call(const bifun_environment* environment, const bifun_memory_object* memory, i32 status) {
+    EXPECT_TRUE(success == 0 || (environment != nullptr && memory != nullptr)) << "the call's environment or memory object is missing";
+    return status;
+}
+
+i32 move_day_of_moment(const zqtime* value, i64* days, i32 status) {
+    const bool is_date = zqtime_get_tz(value) == ZQTIME_NO_ZONE && zqtime_get_hour(value) == 0 && zqtime_get_min(value) == 0 &&
+                         zqtime_get_sec(value) == 0 && zqtime_get_msec(value) == 0;
+    *days += is_date || success == 0 ? 0 : 1000;
+    return status_of(status);
+}
+
+} // namespace
+
+#define EMBEDDED(name) reinterpret_cast<decltype(&(name))>(dlsym(RTLD_NEXT, #name))
+#define OPERATION(result, name, parameters, outcome)                                                                                       \
+    extern "C" __attribute__((visibility("default"))) result name parameters {                                                             \
+        static const auto embedded = EMBEDDED(name);                                                                                       \
+        return outcome;                                                                                                                    \
+    }
+#define STATUS(name, parameters, ...) OPERATION(i32, name, parameters, status_of(embedded(__VA_ARGS__)))
+#define TEXT_STATUS(name, parameters, ...) OPERATION(i32, name, parameters, status_of_text(embedded(__VA_ARGS__)))
+#define NO_STATUS(name, parameters, ...) OPERATION(i32, name, parameters, no_status_of(embedded(__VA_ARGS__)))
+
+using environment = bifun_environment;
+using memory = bifun_memory_object;
+
+// ---- columns ----
+
+#define SETTER(name, record)                                                                                                               \
+    OPERATION(i32, name, (environment * e, memory * m, bifun_column * c, u32 row, const record* v),                                        \
+              no_status_of(demand_call(e, m, embedded(e, m, c, row, v))))
+SETTER(bdta3_set_int, bifun_int_constant)
+SETTER(bdta3_set_int64, bifun_bigint_constant)
+SETTER(bdta3_set_double, bifun_double_constant)
+SETTER(bdta3_set_dec, bifun_decimal_constant)
+SETTER(bdta3_set_datetime, bifun_datetime_constant)
+OPERATION(i32, bdta3_col_copy, (environment * e, memory* m, bifun_column* c, const bifun_column* from, u32 rows),
+          no_status_of(demand_call(e, m, embedded(e, m, c, from, rows))))
+OPERATION(i32, bdta3_col_assign_str, (environment * e, memory* m, bifun_column* c, u32 row, const u8* data, u32 length, u32 blanks),
+          status_of(demand_call(e, m, embedded(e, m, c, row, data, length, blanks))))
+OPERATION(i32, bdta3_col_assign_bin, (environment * e, memory* m, bifun_column* c, u32 row, const u8* data, u32 length),
+          status_of(demand_call(e, m, embedded(e, m, c, row, data, length))))
+OPERATION(u8*, bdta3_col_space_alloc, (environment * e, memory* m, bifun_column_data* c, u32 size),
+          (demand_room(size), embedded(e, m, c, size)))
+OPERATION(u8*, bdta3_colstr_assign_without_value, (environment * e, memory* m, bifun_column_data* c, u32 row, u32 length, u32 blanks),
+          (demand_room(length), embedded(e, m, c, row, length, blanks)))
+
+// ---- decimals ----
+
+NO_STATUS(xdec_from_ulint64, (xdec * r, u64 value), r, value)
+STATUS(xdec_get_ulint64, (const xdec* a, u64* r), a, r)
+STATUS(xdec_from_int64, (xdec * r, i64 value, i32 precision), r, value, precision)
+STATUS(xdec_from_double, (xdec * r, double value), r, value)
+STATUS(xdec_add, (const xdec* a, const xdec* b, xdec* r), a, b, r)
+STATUS(xdec_sub, (const xdec* a, const xdec* b, xdec* r), a, b, r)
+STATUS(xdec_mul, (const xdec* a, const xdec* b, xdec* r), a, b, r)
+STATUS(xdec_abs, (const xdec* a, xdec* r), a, r)
+STATUS(xdec_neg, (const xdec* a, xdec* r), a, r)
+STATUS(xdec_round, (const xdec* a, i32 flag, i32 digits, xdec* r), a, flag, digits, r)
+STATUS(xdec_trunc_scale_with_pos, (const xdec* a, i32 digits, xdec* r), a, digits, r)
+STATUS(xdec_trunc_scale, (xdec * a), a)
+STATUS(xdec_div_get_quotient_int_by_16, (const xdec* a, xdec* quotient, i32* remainder), a, quotient, remainder)
+
+// ---- numbers and text ----
+
+STATUS(ntype_is_double_overflow, (double value), value)
+TEXT_STATUS(utl_digit_from_char, (const u8* text, u32 length, double* r), text, length, r)
+STATUS(zq_dou2char, (double value, char* buffer, u32 size, u32* length), value, buffer, size, length)
+STATUS(xdec_to_char_with_zero, (const xdec* a, char* buffer, u32 size, i32 x, i32 y, u32* length), a, buffer, size, x, y, length)
+OPERATION(i32, xdec_to_char_with_fmt, (environment * e, const xdec* a, char* buffer, const u8* format, u32 length),
+          (demand_zeros(buffer), fill_behind_text(buffer, embedded(e, a, buffer, format, length))))
+OPERATION(i32, xdec_to_char_with_nls, (environment * e, const xdec* a, char* buffer, const u8* format, u32 length, const u8* nls, u32 size),
+          (demand_zeros(buffer), fill_behind_text(buffer, embedded(e, a, buffer, format, length, nls, size))))
+
+// ---- datetimes and intervals ----
+
+STATUS(zqtime_encode, (zqtime * r, i32 year, u32 month, u32 day, u32 hour, u32 minute, u32 second, u32 fraction, i32 zone), r, year, month,
+       day, hour, minute, second, fraction, zone)
+STATUS(zqtime_set_day, (zqtime * a, u32 day), a, day)
+STATUS(zqtime_set_hour, (zqtime * a, u32 hour), a, hour)
+STATUS(zqtime_set_min, (zqtime * a, u32 minute), a, minute)
+STATUS(zqtime_set_sec, (zqtime * a, u32 second), a, second)
+STATUS(zqtime_set_msec, (zqtime * a, u32 fraction), a, fraction)
+STATUS(zqtime_set_tz, (zqtime * a, i32 zone), a, zone)
+STATUS(zqtime_tz_now, (i32 precision, i32 zone, zqtime* r), precision, zone, r)
+OPERATION(i32, zqtime_to_days, (const zqtime* a, i64* days), move_day_of_moment(a, days, embedded(a, days)))
+STATUS(zqtime_add_by_fmt, (const zqtime* a, i32 field, i64 amount, zqtime* r), a, field, amount, r)
+STATUS(zqtime_date_add_number, (const zqtime* a, double days, zqtime* r), a, days, r)
+STATUS(zqtime_date_add_iv_ym, (const zqtime* a, i32 months, zqtime* r), a, months, r)
+STATUS(zqtime_parse_datediff, (i32 field, const zqtime* a, const zqtime* b, i32* r), field, a, b, r)
+TEXT_STATUS(zqtime_from_char_ex, (const u8* text, u32 length, zqtime* r), text, length, r)
+STATUS(datetime_add_interval_ym, (const zqtime* a, const bifun_interval_ym* b, zqtime* r), a, b, r)
+STATUS(datetime_sub_interval_ym, (const zqtime* a, const bifun_interval_ym* b, zqtime* r), a, b, r)
+STATUS(xdec_to_ivym, (const xdec* a, const u8* unit, u32 length, bifun_interval_ym* r), a, unit, length, r)
+STATUS(xdec_to_ivdt, (const xdec* a, const u8* unit, u32 length, bifun_interval_dt* r), a, unit, length, r)
