@@ -12,6 +12,7 @@
 
 #include "embedded/session/parameters.h"
 #include "engine/datetime.h"
+#include "engine/statements.h"
 #include "engine/session.h"
 #include "tests/contract/text_case.h"
 
