@@ -3,7 +3,9 @@
 
 #include <dlfcn.h>
 
+#include <algorithm>
 #include <cstdint>
+#include <random>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -15,6 +17,7 @@
 #include "embedded/session/environment.h"
 #include "engine/charset.h"
 #include "engine/memory.h"
+#include "tests/bifun_str/string_model.h"
 #include "tests/contract/exact_block.h"
 #include "tests/contract/text_case.h"
 
@@ -33,9 +36,13 @@ namespace {
 using contract::evaluate;
 using contract::expect_results;
 
+constexpr std::uint32_t utf8 = ZQ_CHARSET_UTF8;
+constexpr std::uint32_t gb18030 = ZQ_CHARSET_GB18030;
+constexpr std::uint32_t euc_kr = ZQ_CHARSET_EUC_KR;
+
 class StringFunctions : public testing::Test {
   protected:
-    void SetUp() override { use(ZQ_CHARSET_UTF8); }
+    void SetUp() override { use(utf8); }
     void TearDown() override {
         zqengine::fail_step(0);
         reversals_to_failure = 0;
@@ -60,7 +67,7 @@ TEST_F(StringFunctions, WhatIsEmptyMayDecideAlone) {
         "binstr_avvv_str | a NULL '' | '' | 1 | 0 | [0] NULL NULL NULL",
         "binstrb_avvv_str | a NULL | a | -1 | -2147483648 | [0] NULL NULL status -6803",
     });
-    use(ZQ_CHARSET_UTF8, 1); // a negative length fails, unless nothing is there to take
+    use(utf8, 1); // a negative length fails, unless nothing is there to take
     expect_results({
         "bsubstr_aav_str | NULL ab cd | 1 9 1 | -1 | [0] NULL '' NULL status -6110",
         "bsubstrb_avv_str | NULL '' ab cd | 1 | -1 | [0] NULL '' NULL ? status -6803",
@@ -76,7 +83,7 @@ TEST_F(StringFunctions, MalformedTextsAndPatterns) {
         "bsubstr_index_aav_str | a.b.c '' | \xA9\xC3 b | -1 | [0] NULL ? status -6108",
         "bsubstr_index_avv_str | '' a | \xA9\xC3 | -1 | [0] NULL ? status -6108",
     });
-    use(ZQ_CHARSET_GB18030);
+    use(gb18030);
     expect_results({
         "btrim_vaa_str | 0 | AA\x81 | A | [1] \x81",
         "binstr_avvv_str | \2010\2010 | \2010\x81 | 1 | 1 | [0] 1",
@@ -114,7 +121,7 @@ TEST_F(StringFunctions, ReversalsThatFail) {
 
 // Two small letters with one capital: folded to capitals they are the same, to small letters they are not. LOCATE takes texts as they are.
 TEST_F(StringFunctions, CaseFolding) {
-    use(ZQ_CHARSET_UTF8, 0, 0);
+    use(utf8, 0, 0);
     expect_results({
         "binstr_def2_av_str | x\u00B5 | \u03BC | [0] 2",
         "binstr_def2_aa_str | x\u00B5 | \u03BC | [0] 2",
@@ -182,7 +189,7 @@ TEST_F(StringFunctions, SearchOfOneTextWhateverItsCase) {
         std::uint32_t position;
     } cases[] = {{"aBAb", "ab", 1, 2, 0, 3}, {"aBAb", "AB", -1, 2, 0, 1},   {"aBAb", "b", 0, 1, 0, 0},
                  {"éÉ", "É", 2, 1, 0, 2},    {"aBAb", "a", 1, 0, -6803, 0}, {"\u00B5", "\u03BC", 1, 1, 0, 0}};
-    use(ZQ_CHARSET_UTF8, 0, 0);
+    use(utf8, 0, 0);
     for (const auto& c : cases) {
         const exact_block text(c.text);
         const exact_block pattern(c.pattern);
@@ -204,10 +211,10 @@ TEST_F(StringFunctions, CharactersOfAText) {
         std::uint32_t charset;
         std::string_view text;
         std::vector<std::uint32_t> lengths;
-    } cases[] = {{ZQ_CHARSET_UTF8, "", {}},
-                 {ZQ_CHARSET_UTF8, "aé一\U0001F600a\xE4\xB8", {1, 2, 3, 4, 1, 3}},
-                 {ZQ_CHARSET_GB18030, "\x81\x41\x81\x30\x81\x30\x41\x81\x30\x81", {2, 4, 1, 4}},
-                 {ZQ_CHARSET_EUC_KR, "\xB0\xA1\xB0", {2, 2}}};
+    } cases[] = {{utf8, "", {}},
+                 {utf8, "aé一\U0001F600a\xE4\xB8", {1, 2, 3, 4, 1, 3}},
+                 {gb18030, "\x81\x41\x81\x30\x81\x30\x41\x81\x30\x81", {2, 4, 1, 4}},
+                 {euc_kr, "\xB0\xA1\xB0", {2, 2}}};
     for (const auto& c : cases) {
         use(c.charset);
         const exact_block text(c.text);
@@ -228,32 +235,33 @@ TEST_F(StringFunctions, CharactersOfAText) {
 }
 
 TEST_F(StringFunctions, PositionOfACharacter) {
-    const struct {
-        std::uint32_t charset;
-        std::string_view text, character;
-        std::uint32_t position;
-    } cases[] = {{ZQ_CHARSET_UTF8, "", "a", 0},
-                 {ZQ_CHARSET_UTF8, "ba", "a", 2},
-                 {ZQ_CHARSET_UTF8, "ab一c一", "一", 3},
-                 {ZQ_CHARSET_UTF8, "一ab一c", "c", 5},
-                 {ZQ_CHARSET_UTF8, "一丁", "丁", 2},
-                 {ZQ_CHARSET_UTF8, "a\xE4\xB8", "一", 0}, // cut off
-                 {ZQ_CHARSET_GB18030, "\201AA", "A", 2},
-                 {ZQ_CHARSET_GB18030, "\2010\20100", "0", 2},
-                 {ZQ_CHARSET_GB18030, "A\x81", "\201A", 0},
-                 {ZQ_CHARSET_GB18030, "A\2010", "\2010\2010", 0},
-                 {ZQ_CHARSET_EUC_KR, "\xB0\xA1\xB0", "\xB0\xA1", 1}};
     using search = decltype(bifun_search_char_in_str);
     static_assert(std::is_same_v<search, decltype(bifun_search_char_in_str_ex)>);
-    for (const auto& c : cases) {
-        use(c.charset);
-        const exact_block text(c.text);
-        const exact_block character(c.character);
+    const auto expect_position = [](std::string_view bytes, std::string_view character, std::ptrdiff_t expected) {
+        const exact_block text(bytes);
+        const exact_block sought(character);
         for (const char* const name : {"bifun_search_char_in_str", "bifun_search_char_in_str_ex"}) {
             std::uint32_t position = 7;
-            exported<search>(name)(text.data(), text.length, character.data(), character.length, &position);
-            EXPECT_EQ(position, c.position) << c.text << ", " << c.character;
+            exported<search>(name)(text.data(), text.length, sought.data(), sought.length, &position);
+            EXPECT_EQ(position, expected) << bytes << ", " << character;
         }
+    };
+    std::mt19937 random(4); // NOLINT(cert-msc51-cpp): every run is the same
+    for (const std::uint32_t charset : {gb18030, utf8, euc_kr}) {
+        use(charset);
+        const std::vector<std::string> alphabet = string_model::alphabet(charset);
+        for (int round = 0; round < 200; ++round) {
+            std::string text;
+            for (std::size_t i = random() % 6; i > 0; --i) {
+                text += alphabet[random() % alphabet.size()];
+            }
+            const std::vector<std::string> all = string_model::characters_of(charset, text);
+            for (const std::string& character : alphabet) {
+                const auto found = std::ranges::find(all, character);
+                expect_position(text, character, found == all.end() ? 0 : found - all.begin() + 1);
+            }
+        }
+        expect_position(charset == utf8 ? "a\xE4\xB8" : "A\x81", charset == utf8 ? "一" : "\201A", 0); // cut off
     }
 }
 
