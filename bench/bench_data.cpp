@@ -14,7 +14,7 @@
 namespace bifun::bench {
 namespace {
 
-constexpr value_range range_of_type(value_type type) {
+constexpr typical_values values_of_type(value_type type) {
     switch (type) {
     case value_type::BOOL:
         return {0, 1, "1"};
@@ -39,99 +39,21 @@ constexpr value_range range_of_type(value_type type) {
     return {5, 40, "unknown"};
 }
 
-constexpr value_range padded_text = {5, 25, "unknown", value_range{}.letters, value_form::padded};
-constexpr value_range multilingual_text = {6, 16, "неизвестно", {}, value_form::multilingual};
-constexpr value_range datetime_text = {1970, 2037, "2001-02-03 04:05:06", {}, value_form::datetime_text};
-constexpr value_range searched_text = {5, 40, "What the pattern is looked for in: the quick brown fox jumps over the lazy dog"};
-constexpr value_range short_pattern = {2, 3, "ta"};
+constexpr typical_values values_of_form(value_type type, value_form form) {
+    switch (form) {
+    case value_form::padded:
+        return {5, 25, "unknown"};
+    case value_form::multilingual:
+        return {6, 16, "неизвестно"};
+    case value_form::datetime_text:
+        return {1970, 2037, "2001-02-03 04:05:06"};
+    default:
+        return values_of_type(type);
+    }
+}
 
-// Arguments for which the values of their type will not do. The first line that fits counts.
-struct exception {
-    std::string_view name; // of the built-in or of one entry point
-    std::size_t position;
-    value_type type;
-    value_range range;
-};
-
-constexpr exception exceptions[] = {
-    // Divisors of the dividends' size would make nearly every quotient 0.
-    {"MOD", 1, value_type::BIGINT, {1, 1e6, "7"}},
-    {"MOD", 0, value_type::BIGINT, {-1e15, 1e15, "123456789012345"}},
-    // What the functions are defined for.
-    {"ASIN", 0, value_type::DOUBLE, {-1, 1, "0.5"}},
-    {"ACOS", 0, value_type::DOUBLE, {-1, 1, "0.5"}},
-    {"SINH", 0, value_type::DOUBLE, {-10, 10, "0.5"}},
-    {"COSH", 0, value_type::DOUBLE, {-10, 10, "0.5"}},
-    {"EXP", 0, value_type::DOUBLE, {-10, 10, "0.5"}},
-    {"SQRT", 0, value_type::DOUBLE, {0, 1000, "2"}},
-    {"LN", 0, value_type::DOUBLE, {0.001, 1000, "2"}},
-    {"LOG10", 0, value_type::DOUBLE, {0.001, 1000, "2"}},
-    {"LOG", 0, value_type::DOUBLE, {1.5, 1000, "2"}},
-    {"LOG", 1, value_type::DOUBLE, {0.001, 1000, "2"}},
-    {"POWER", 0, value_type::DOUBLE, {0.001, 1000, "2"}},
-    {"POWER", 1, value_type::DOUBLE, {-10, 10, "2.5"}},
-    {"ROUND", 1, value_type::INT, {0, 6, "2"}},
-    {"TRUNC", 1, value_type::INT, {0, 6, "2"}},
-    {"TRUNC", 0, value_type::VARCHAR, {5, 18, "123.456", "0123456789"}},
-    {"TO_CHAR", 1, value_type::VARCHAR, {0, 0, "S999,999,999,999,990.00"}},
-    {"TO_CHAR", 2, value_type::VARCHAR, {0, 0, "NLS_NUMERIC_CHARACTERS='.,'"}},
-    // Which end to trim: 579 the beginning, 580 the end, any other both.
-    {"btrim_vva_str", 0, value_type::INT, {0, 0, "579"}},
-    {"btrim_vaa_str", 0, value_type::INT, {0, 0, "580"}},
-    {"TRIM", 0, value_type::INT, {0, 0, "0"}},
-    {"TRIM", 0, value_type::VARCHAR, padded_text},
-    {"btrim_vva_str", 1, value_type::VARCHAR, {0, 0, "eattaoe"}},
-    {"TRIM", 2, value_type::VARCHAR, {1, 1, "e"}},
-    {"bltrim_def_a_str", 0, value_type::VARCHAR, padded_text},
-    {"brtrim_def_a_str", 0, value_type::VARCHAR, padded_text},
-    {"LTRIM", 1, value_type::VARCHAR, {1, 5, "aeiou"}},
-    {"RTRIM", 1, value_type::VARCHAR, {1, 5, "aeiou"}},
-    {"bsubstr_aaa_str", 0, value_type::VARCHAR, multilingual_text},
-    {"SUBSTR", 1, value_type::INT, {-20, 20, "3"}},
-    {"SUBSTR", 2, value_type::INT, {0, 10, "5"}},
-    {"SUBSTRB", 0, value_type::VARCHAR, multilingual_text},
-    {"SUBSTRB", 1, value_type::INT, {0, 0, "3"}},
-    {"SUBSTRB", 2, value_type::INT, {0, 0, "5"}},
-    {"LEFT", 1, value_type::INT, {0, 0, "5"}},
-    {"RIGHT", 1, value_type::INT, {0, 0, "5"}},
-    {"SUBSTRING_INDEX", 1, value_type::VARCHAR, {1, 1, "e"}},
-    {"SUBSTRING_INDEX", 2, value_type::INT, {0, 0, "2"}},
-    {"INSTR", 1, value_type::VARCHAR, short_pattern},
-    {"INSTR", 2, value_type::INT, {0, 0, "2"}},
-    {"INSTR", 3, value_type::INT, {0, 0, "2"}},
-    {"INSTRB", 1, value_type::VARCHAR, short_pattern},
-    {"INSTRB", 2, value_type::INT, {0, 0, "2"}},
-    {"INSTRB", 3, value_type::INT, {0, 0, "2"}},
-    {"POSITION", 0, value_type::VARCHAR, short_pattern},
-    {"LOCATE", 0, value_type::VARCHAR, short_pattern},
-    {"LOCATE", 1, value_type::VARCHAR, searched_text},
-    {"LOCATE", 2, value_type::INT, {0, 0, "2"}},
-    // A field that the values of the type have: 1 year, 4 hour, 6 second, 10 week, 12 hour of the zone.
-    {"bextract_datetime_va_date", 0, value_type::INT, {0, 0, "1"}},
-    {"bextract_date_va_date", 0, value_type::INT, {0, 0, "1"}},
-    {"bextract_time_va_date", 0, value_type::INT, {0, 0, "4"}},
-    {"bextract_datetime_tz_va_date", 0, value_type::INT, {0, 0, "1"}},
-    {"bextract_time_tz_va_date", 0, value_type::INT, {0, 0, "12"}},
-    {"bextract_iv_ym_va_date", 0, value_type::INT, {0, 0, "1"}},
-    {"bextract_iv_dt_va_date", 0, value_type::INT, {0, 0, "4"}},
-    {"bextract_str_va_date", 0, value_type::INT, {0, 0, "1"}},
-    {"EXTRACT", 0, value_type::INT, {0, 0, "6"}},
-    {"EXTRACT", 1, value_type::VARCHAR, datetime_text},
-    {"WEEKDAY", 0, value_type::VARCHAR, datetime_text},
-    {"DATEPART", 0, value_type::INT, {0, 0, "10"}},
-    {"DATEPART", 1, value_type::VARCHAR, {0, 0, "WEEK"}},
-    {"DATEDIFF", 0, value_type::INT, {0, 0, "3"}},
-    {"BIGDATEDIFF", 0, value_type::INT, {0, 0, "6"}},
-    // Amounts that stay within the years there are.
-    {"DATEADD", 0, value_type::INT, {0, 0, "2"}},
-    {"DATEADD", 1, value_type::BIGINT, {-1000, 1000, "7"}},
-    {"ADD_WEEKS", 1, value_type::INT, {-1000, 1000, "7"}},
-    {"ADD_MONTHS", 1, value_type::INT, {-1000, 1000, "7"}},
-    {"LAST_DAY", 0, value_type::VARCHAR, datetime_text},
-    {"NEXT_DAY", 1, value_type::VARCHAR, {0, 0, "MONDAY"}},
-    {"NUMTOYMINTERVAL", 1, value_type::VARCHAR, {0, 0, "MONTH"}},
-    {"NUMTODSINTERVAL", 1, value_type::VARCHAR, {0, 0, "HOUR"}},
-};
+// As frequent as in English, roughly. No blanks, so that there is nothing to trim, and no q, so that there is something not to find.
+constexpr std::string_view usual_letters = "eeeeeettaaooiinnsshrrdlcumwfgypbvkxz";
 
 // Uniform in [low, high).
 double between(double low, double high, std::uint64_t random) { return low + (high - low) * static_cast<double>(random >> 11) * 0x1p-53; }
@@ -202,6 +124,7 @@ bifun_interval_dt interval_of_seconds(std::int32_t seconds) {
 }
 
 std::string letters_of(std::string_view letters, std::size_t length, std::uint64_t seed, std::uint32_t row) {
+    letters = letters.empty() ? usual_letters : letters;
     std::string text(length, '\0');
     std::uint64_t random = 0;
     for (std::size_t i = 0; i < length; ++i) {
@@ -247,26 +170,26 @@ std::string multilingual_of(std::size_t characters, std::uint64_t seed, std::uin
     return text;
 }
 
-bool assign_text(zqengine::column_storage& column, std::uint32_t row, const value_range& range, std::uint64_t seed) {
+bool assign_text(zqengine::column_storage& column, std::uint32_t row, const typical_values& values, std::uint64_t seed) {
     const std::uint64_t random = random_at(seed, row);
-    const auto length = [&] { return static_cast<std::size_t>(whole_between(range.low, range.high, random)); };
+    const auto length = [&] { return static_cast<std::size_t>(whole_between(values.low, values.high, random)); };
     std::string text;
     std::uint32_t trailing_blanks = 0;
-    switch (range.form) {
+    switch (values.form) {
     case value_form::padded: {
         const std::uint64_t blanks = random >> 32;
         trailing_blanks = blanks & 0xF;
-        text = std::string((blanks >> 4 & 3) == 0 ? (blanks >> 6 & 7) + 1 : 0, ' ') + letters_of(range.letters, length(), seed, row);
+        text = std::string((blanks >> 4 & 3) == 0 ? (blanks >> 6 & 7) + 1 : 0, ' ') + letters_of(values.letters, length(), seed, row);
         break;
     }
     case value_form::multilingual:
         text = multilingual_of(length(), seed, row);
         break;
     case value_form::datetime_text:
-        text = text_of(time_between(range.low, range.high, random));
+        text = text_of(time_between(values.low, values.high, random));
         break;
     default:
-        text = letters_of(range.letters, length(), seed, row);
+        text = letters_of(values.letters, length(), seed, row);
         break;
     }
     std::uint8_t* const bytes =
@@ -290,18 +213,18 @@ const std::uint8_t* bytes_of(std::string_view text) { return reinterpret_cast<co
 
 } // namespace
 
-value_range range_of_argument(const entry_point& entry, std::size_t position) {
-    const value_type type = entry.argument_list[position].type;
-    for (const exception& exception : exceptions) {
-        if ((exception.name == entry.symbol || exception.name == entry.builtin) && exception.position == position &&
-            exception.type == type) {
-            return exception.range;
-        }
+typical_values values_of_argument(const entry_point& entry, std::size_t position) {
+    typical_values values = fact_of(entry, position).typical;
+    const typical_values usual = values_of_form(entry.argument_list[position].type, values.form);
+    if (values.low == 0 && values.high == 0) {
+        values.low = usual.low;
+        values.high = usual.high;
     }
-    return range_of_type(type);
+    values.constant = values.constant.empty() ? usual.constant : values.constant;
+    return values;
 }
 
-bool fill_column(zqengine::column_storage& column, const value_range& range, std::uint64_t seed, std::uint32_t row_count) {
+bool fill_column(zqengine::column_storage& column, const typical_values& values, std::uint64_t seed, std::uint32_t row_count) {
     column.column.no_nulls = 1;
     std::memset(column.data.null_flags, 1, row_count);
     for (std::uint32_t row = 0; row < row_count; ++row) {
@@ -309,35 +232,35 @@ bool fill_column(zqengine::column_storage& column, const value_range& range, std
         switch (column.type) {
         case value_type::BOOL:
         case value_type::INT:
-            zqengine::values_of<std::int32_t>(column)[row] = static_cast<std::int32_t>(whole_between(range.low, range.high, random));
+            zqengine::values_of<std::int32_t>(column)[row] = static_cast<std::int32_t>(whole_between(values.low, values.high, random));
             break;
         case value_type::BIGINT:
-            zqengine::values_of<std::int64_t>(column)[row] = whole_between(range.low, range.high, random);
+            zqengine::values_of<std::int64_t>(column)[row] = whole_between(values.low, values.high, random);
             break;
         case value_type::DOUBLE:
-            zqengine::values_of<double>(column)[row] = between(range.low, range.high, random);
+            zqengine::values_of<double>(column)[row] = between(values.low, values.high, random);
             break;
         case value_type::DECIMAL:
-            zqengine::values_of<xdec>(column)[row] = decimal_between(range.low, range.high, random);
+            zqengine::values_of<xdec>(column)[row] = decimal_between(values.low, values.high, random);
             break;
         case value_type::DATETIME: {
-            const civil_time time = time_between(range.low, range.high, random);
-            zqengine::values_of<zqtime>(column)[row] = encode(range.form == value_form::date ? civil_time{.date = time.date} : time);
+            const civil_time time = time_between(values.low, values.high, random);
+            zqengine::values_of<zqtime>(column)[row] = encode(values.form == value_form::date ? civil_time{.date = time.date} : time);
             break;
         }
         case value_type::INTERVAL_YM: {
-            const auto months = static_cast<std::int32_t>(whole_between(range.low, range.high, random));
+            const auto months = static_cast<std::int32_t>(whole_between(values.low, values.high, random));
             zqengine::values_of<bifun_interval_ym>(column)[row] = interval_of_months(months);
             break;
         }
         case value_type::INTERVAL_DT: {
-            const auto seconds = static_cast<std::int32_t>(whole_between(range.low, range.high, random));
+            const auto seconds = static_cast<std::int32_t>(whole_between(values.low, values.high, random));
             zqengine::values_of<bifun_interval_dt>(column)[row] = interval_of_seconds(seconds);
             break;
         }
         case value_type::VARCHAR:
         case value_type::VARBINARY:
-            if (!assign_text(column, row, range, seed)) {
+            if (!assign_text(column, row, values, seed)) {
                 return false;
             }
             break;

@@ -19,34 +19,15 @@ constexpr std::uint64_t random_at(std::uint64_t seed, std::uint64_t n) {
     return z ^ (z >> 31);
 }
 
-// Texts and datetimes that are made in another way than their type's usual one.
-enum class value_form : std::uint8_t {
-    usual,
-    padded,        // VARCHAR: the letters with 1 to 8 blanks in front in one row of four and 0 to 15 blanks behind, which are a count
-    multilingual,  // VARCHAR: Latin, Cyrillic and Chinese, 1.8 bytes to a character; the bounds are the length in characters
-    datetime_text, // VARCHAR: YYYY-MM-DD HH:MM:SS; the bounds are the years
-    date,          // DATETIME: without a time of day
-};
-
-// What an argument's generated values are like. The meaning of the bounds depends on the type:
+// The values that suit an argument of an entry point: what the catalogue says, and for the rest those of its type. The meaning of the
+// bounds depends on the type:
 //     BOOL 0 or 1, bounds unused | INT, BIGINT, DOUBLE uniform between the bounds
 //     DECIMAL uniform between the bounds with 4 digits behind the point | DATETIME the years, both included, from 1583 on
 //     VARCHAR, VARBINARY the length in bytes, of the letters | INTERVAL_YM months | INTERVAL_DT seconds
-struct value_range {
-    double low;
-    double high;
-    const char* constant; // the value where the argument is a constant, as text
-    // As frequent as in English, roughly. No blanks, so that there is nothing to trim, and no q, so that there is something not to find.
-    std::string_view letters = "eeeeeettaaooiinnsshrrdlcumwfgypbvkxz";
-    value_form form = value_form::usual;
-};
-
-// The values that suit an argument of an entry point: those of its type, or an exception where the function would reject them or take
-// a path that is not the usual one.
-value_range range_of_argument(const entry_point& entry, std::size_t position);
+typical_values values_of_argument(const entry_point& entry, std::size_t position);
 
 // Fills rows 0 .. row_count - 1 without NULLs; each seed gives other values. False when memory is exhausted.
-[[nodiscard]] bool fill_column(zqengine::column_storage& column, const value_range& range, std::uint64_t seed, std::uint32_t row_count);
+[[nodiscard]] bool fill_column(zqengine::column_storage& column, const typical_values& values, std::uint64_t seed, std::uint32_t row_count);
 
 // Makes about one row in ten NULL; the values behind the NULLs stay.
 void make_nulls(zqengine::column_storage& column, std::uint64_t seed, std::uint32_t row_count);

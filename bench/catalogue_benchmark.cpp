@@ -60,12 +60,12 @@ constexpr path paths[] = {
 
 using pool_key = std::tuple<value_type, double, double, std::string_view, value_form, std::size_t, bool>;
 
-const zqengine::column_storage& pool(value_type type, const value_range& range, std::size_t position, bool nulls) {
+const zqengine::column_storage& pool(value_type type, const typical_values& values, std::size_t position, bool nulls) {
     static std::map<pool_key, zqengine::column_pointer> pools;
-    zqengine::column_pointer& column = pools[{type, range.low, range.high, range.letters, range.form, position, nulls}];
+    zqengine::column_pointer& column = pools[{type, values.low, values.high, values.letters, values.form, position, nulls}];
     if (column == nullptr) {
         column.reset(zqengine::create_column(type, pool_rows));
-        if (column == nullptr || !fill_column(*column, range, position + 1, pool_rows)) {
+        if (column == nullptr || !fill_column(*column, values, position + 1, pool_rows)) {
             fail("out of memory");
         }
         if (nulls) {
@@ -116,14 +116,14 @@ void run(benchmark::State& state, const entry_point& entry, void* function, cons
     const void* arguments[most_arguments] = {};
     for (std::size_t i = 0; i < entry.argument_count; ++i) {
         const auto [kind, type] = entry.argument_list[i];
-        const value_range range = range_of_argument(entry, i);
+        const typical_values values = values_of_argument(entry, i);
         argument_source& source = sources[i];
         source.kind = kind;
         if (kind == argument_kind::constant) {
-            source.constant = make_constant(type, range.constant);
+            source.constant = make_constant(type, values.constant);
             arguments[i] = record_address(source.constant);
         } else {
-            source.column = &pool(type, range, i, path.nulls);
+            source.column = &pool(type, values, i, path.nulls);
             source.view = {source.column->column.no_nulls, path.selection ? selection_of(i) : nullptr, &source.data};
             arguments[i] = &source.view;
         }
@@ -151,7 +151,7 @@ void run(benchmark::State& state, const entry_point& entry, void* function, cons
         row = row + rows_read > pool_rows ? 0 : row;
     }
     if (status != BIFUN_OK) {
-        state.SkipWithError(("status " + std::to_string(status) + ": give the arguments other values in bench_data.cpp").c_str());
+        state.SkipWithError(("status " + std::to_string(status) + ": give the arguments typical values in the catalogue").c_str());
     }
     // Printed with its unit: ps or ns.
     state.counters["time_per_row"] = benchmark::Counter(static_cast<double>(state.iterations()) * rows_per_call,

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <deque>
+#include <map>
 #include <set>
 
 #include "host/datetime_call.h"
@@ -54,6 +55,7 @@ struct operand {
     std::size_t step;
     sql_type type;
     std::size_t offset;
+    std::optional<std::int32_t> keyword = {}; // the code, where it is one
 };
 
 struct binder {
@@ -63,7 +65,7 @@ struct binder {
     const session_settings& settings;
     const function_library& library;
     std::vector<step> steps;
-    std::deque<expression> added_literals; // the default arguments of calls and the codes of keywords
+    std::deque<expression> added_literals; // omitted arguments of calls and the codes of keywords
 };
 
 std::size_t add_step(binder& state, step made) {
@@ -136,52 +138,53 @@ operand add_literal(binder& state, literal_kind kind, std::string text, std::siz
     return {&literal, 0, literal_type_of(literal, state.sql), offset};
 }
 
-std::int32_t code_of_keyword(const binder& state, const expression& keyword, std::string_view builtin) {
-    const std::optional<std::int32_t> code = keyword_code(builtin, keyword.text);
-    if (!code) {
-        const std::vector<std::string> names = keyword_names(builtin);
-        const std::string hint = did_you_mean(keyword.text, names);
-        fail_at(state.sql, keyword.offset,
-                fmt::format("{} has no {} {}{}", builtin, keyword_role(builtin), expression_text(keyword),
-                            hint.empty() ? fmt::format("; there are {}", fmt::join(names, ", ")) : hint));
+// The names of keywords to show, by their codes.
+std::map<std::int32_t, std::string> names_of(bifun::keyword_list keywords) {
+    std::map<std::int32_t, std::string> names;
+    for (const auto& [code, all] : keywords.words) {
+        names[code] = all.substr(0, all.find(' '));
     }
-    return *code;
+    return names;
 }
 
-// The arguments of a call. A keyword becomes its code; for DATEPART one in quotes becomes the text behind the date that its member takes.
-struct bound_arguments {
-    std::vector<operand> operands;
-    std::int32_t keyword = 0; // its code
-    bool has_keyword = false; // as the first operand
-};
-
-bound_arguments bind_arguments(binder& state, const expression& tree, std::string_view builtin) {
-    bound_arguments made;
-    for (const expression& argument : tree.operands) {
-        if (argument.kind == expression_kind::keyword) {
-            made.keyword = code_of_keyword(state, argument, builtin);
-            made.has_keyword = builtin != "DATEPART" || argument.literal != literal_kind::string;
-            made.operands.push_back(made.has_keyword
-                                        ? add_literal(state, literal_kind::number, std::to_string(made.keyword), argument.offset)
-                                        : add_literal(state, literal_kind::string, argument.text, argument.offset));
-        } else {
-            made.operands.push_back(bind(state, argument));
+std::int32_t code_of_keyword(const binder& state, const expression& keyword, std::string_view builtin) {
+    const bifun::keyword_list keywords = keywords_of(builtin).list;
+    const bifun::keyword* const known = find_keyword(keywords, upper_case(keyword.text));
+    if (known == nullptr) {
+        std::vector<std::string> names;
+        for (const auto& [code, name] : names_of(keywords)) {
+            names.push_back(name);
         }
+        const std::string hint = did_you_mean(keyword.text, names);
+        fail_at(state.sql, keyword.offset,
+                fmt::format("{} has no {} {}{}", builtin, role_name(keywords.role), expression_text(keyword),
+                            hint.empty() ? fmt::format("; there are {}", fmt::join(names, ", ")) : hint));
     }
-    if (builtin == "DATEPART" && !made.has_keyword) {
-        std::ranges::reverse(made.operands);
-    }
+    return known->code;
+}
+
+// A keyword becomes its code, or stays a text where it is one and a member takes that.
+operand bind_keyword(binder& state, const expression& keyword, std::string_view builtin) {
+    const std::int32_t code = code_of_keyword(state, keyword, builtin);
+    const bool is_name = keyword.literal == literal_kind::string && keywords_of(builtin).name_position;
+    operand made = is_name ? add_literal(state, literal_kind::string, keyword.text, keyword.offset)
+                           : add_literal(state, literal_kind::number, std::to_string(code), keyword.offset);
+    made.keyword = code;
     return made;
 }
 
-// The types of a call's datetime arguments. The catalogue knows one type for all of them; a text may stand for any.
-struct datetime_arguments {
-    std::vector<sql_type> types;
-    std::vector<std::size_t> offsets;
-};
+std::vector<offered_argument> offered_of(const std::vector<operand>& arguments) {
+    std::vector<offered_argument> offered;
+    offered.reserve(arguments.size());
+    for (const operand& argument : arguments) {
+        offered.push_back({argument.type, argument.literal != nullptr, argument.keyword});
+    }
+    return offered;
+}
 
-datetime_arguments datetimes_of(const binder& state, const bifun::entry_point& member, const std::vector<operand>& arguments) {
-    datetime_arguments found;
+// The datetimes among a call's arguments. The catalogue knows one type for all of them; a text may stand for any.
+std::vector<datetime_argument> datetimes_of(const binder& state, const bifun::entry_point& member, const std::vector<operand>& arguments) {
+    std::vector<datetime_argument> found;
     for (std::size_t i = 0; i < arguments.size(); ++i) {
         const operand& argument = arguments[i];
         if (member.arguments()[i].type != value_type::DATETIME || argument.type == sql_type::null) {
@@ -191,39 +194,33 @@ datetime_arguments datetimes_of(const binder& state, const bifun::entry_point& m
         if (!type) {
             fail_at(state.sql, argument.offset, "this text cannot be read as a date, time or timestamp");
         }
-        found.types.push_back(*type);
-        found.offsets.push_back(argument.offset);
+        found.push_back({i, *type});
     }
     return found;
 }
 
 // The catalogue knows one datetime type; the result keeps the finer one of the datetime arguments.
-sql_type result_type(const binder& state, const bifun::entry_point& member, const bound_arguments& arguments) {
-    datetime_arguments datetimes = datetimes_of(state, member, arguments.operands);
-    const std::int32_t field = keyword_role(member.builtin) == "field" ? arguments.keyword : 0;
-    const auto refusal = find_datetime_refusal(member.builtin, field, datetimes.types);
+sql_type result_type(const binder& state, const bifun::entry_point& member, const std::vector<operand>& arguments) {
+    std::vector<datetime_argument> datetimes = datetimes_of(state, member, arguments);
+    const std::vector<offered_argument> offered = offered_of(arguments);
+    const auto refusal = find_datetime_refusal(member, offered, datetimes);
     if (refusal) {
-        fail_at(state.sql, datetimes.offsets[refusal->argument], refusal->message);
+        fail_at(state.sql, arguments[refusal->position].offset, refusal->message);
     }
     if (member.result != value_type::DATETIME) {
         return sql_type_of(member.result);
     }
-    const operand& first = arguments.operands.front();
-    if (first.type == sql_type::varchar && first.literal != nullptr && datetimes.types.empty()) {
-        datetimes.types.push_back(datetime_type_of(*first.literal).value_or(sql_type::timestamp)); // LAST_DAY of a text
+    const operand& first = arguments.front();
+    if (first.type == sql_type::varchar && first.literal != nullptr && datetimes.empty()) {
+        datetimes.push_back({0, datetime_type_of(*first.literal).value_or(sql_type::timestamp)}); // LAST_DAY of a text
     }
-    return datetime_result(member.builtin, field, datetimes.types, arguments.operands.back().type);
+    return datetime_result(member, offered, datetimes);
 }
 
 const bifun::builtin& builtin_named(const binder& state, const expression& tree) {
     const bifun::builtin* const builtin = find_builtin(tree.name);
     if (builtin == nullptr) {
-        std::vector<std::string> names;
-        std::ranges::transform(bifun::builtins, std::back_inserter(names),
-                               [](const bifun::builtin& known) { return std::string(known.name); });
-        const std::string hint = did_you_mean(tree.name, names);
-        fail_at(state.sql, tree.offset,
-                fmt::format("there is no function {}{}", tree.name, hint.empty() ? "; \"bifun functions\" lists what there is" : hint));
+        fail_at(state.sql, tree.offset, unknown_function(tree.name));
     }
     if (!takes_argument_count(builtin->name, tree.operands.size())) {
         fail_at(state.sql, tree.offset,
@@ -233,65 +230,70 @@ const bifun::builtin& builtin_named(const binder& state, const expression& tree)
     return *builtin;
 }
 
-const bifun::entry_point& find_extract(const binder& state, const expression& tree, const bound_arguments& arguments) {
-    const operand& value = arguments.operands.back();
-    const extract_member found = find_extract_member(arguments.keyword, value.type);
-    if (found.symbol == nullptr) {
-        const std::string_view type = sql_type_name(value.type);
-        fail_at(state.sql, found.field_names.empty() ? value.offset : tree.operands.front().offset,
-                found.field_names.empty()
-                    ? fmt::format("EXTRACT takes dates, times, timestamps, intervals and text, not {}", type)
-                    : fmt::format("{} has no field {}; it has {}", type, expression_text(tree.operands.front()), found.field_names));
+// A value that has not the field which stands first, or none at all.
+[[noreturn]] void refuse_field(const binder& state, const expression& tree, std::string_view builtin,
+                               std::vector<offered_argument> offered) {
+    std::vector<std::string> names;
+    for (const auto& [code, name] : names_of(keywords_of(builtin).list)) {
+        offered.front().keyword = code;
+        if (choose_member(builtin, offered) != nullptr) {
+            names.push_back(name);
+        }
     }
-    return member_named(found.symbol);
+    const std::string_view type = sql_type_name(offered.back().type);
+    if (names.empty()) {
+        fail_at(state.sql, tree.operands.back().offset,
+                fmt::format("{} takes dates, times, timestamps, intervals and text, not {}", builtin, type));
+    }
+    fail_at(state.sql, tree.operands.front().offset,
+            fmt::format("{} has no field {}; it has {}", type, expression_text(tree.operands.front()), fmt::join(names, ", ")));
 }
 
-// May add a default argument.
-const bifun::entry_point& find_member(binder& state, const expression& tree, const bifun::builtin& builtin, bound_arguments& bound) {
-    if (builtin.name == "EXTRACT") {
-        return find_extract(state, tree, bound);
-    }
-    std::vector<operand>& arguments = bound.operands;
-    std::vector<offered_argument> offered;
+// May add the argument that is omitted, and moves the name of a field to where the member takes it.
+const bifun::entry_point& find_member(binder& state, const expression& tree, std::string_view builtin, std::vector<operand>& arguments) {
+    const keyword_use keywords = keywords_of(builtin);
     std::vector<std::string_view> types;
+    types.reserve(arguments.size());
     for (const operand& argument : arguments) {
-        offered.push_back({argument.type, argument.literal != nullptr});
-        types.push_back(sql_type_name(argument.type));
+        types.push_back(argument.keyword ? role_name(keywords.list.role) : sql_type_name(argument.type));
     }
-    if (const default_argument* const added = find_default_argument(builtin.name, offered)) {
-        arguments.push_back(add_literal(state, added->kind, std::string(added->text), tree.offset));
-        offered.push_back({arguments.back().type, true});
+    if (keywords.name_position && arguments.front().type == sql_type::varchar) {
+        const auto behind = static_cast<std::ptrdiff_t>(*keywords.name_position) + 1;
+        std::rotate(arguments.begin(), arguments.begin() + 1, arguments.begin() + behind);
     }
-    const bifun::entry_point* const member = choose_member(builtin.name, offered);
-    const std::string_view role = keyword_role(builtin.name);
-    const bool takes_keyword =
-        member != nullptr && (role.empty() || bound.has_keyword == (member->arguments()[0].kind == bifun::argument_kind::constant));
-    if (!takes_keyword) {
-        if (bound.has_keyword) {
-            types.front() = role;
-        } else if (!role.empty() && types.size() > 1) {
-            std::ranges::reverse(types); // as they were written
-            types.front() = role;
-        }
+    const std::vector<offered_argument> offered = offered_of(arguments);
+    const bifun::entry_point* const member = choose_member(builtin, offered);
+    if (member == nullptr && keywords.chooses_member) {
+        refuse_field(state, tree, builtin, offered);
+    }
+    if (member == nullptr) {
         fail_at(state.sql, tree.offset,
-                fmt::format("{} does not take ({}); it takes {}{}", builtin.name, fmt::join(types, ", "),
-                            signatures(builtin.name, types.size(), role), advice_for(builtin.name, offered)));
+                fmt::format("{} does not take ({}); it takes {}{}", builtin, fmt::join(types, ", "), signatures(builtin, types.size()),
+                            advice_for(builtin, offered)));
+    }
+    if (member->argument_count > arguments.size()) {
+        const bool is_text = bifun::is_string(member->arguments().back().type);
+        arguments.push_back(add_literal(state, is_text ? literal_kind::string : literal_kind::number,
+                                        std::string(fact_of(*member, arguments.size()).if_omitted), tree.offset));
     }
     return *member;
 }
 
 operand bind_call(binder& state, const expression& tree) {
-    const bifun::builtin& builtin = builtin_named(state, tree);
-    bound_arguments arguments = bind_arguments(state, tree, builtin.name);
+    const std::string_view builtin = builtin_named(state, tree).name;
+    std::vector<operand> arguments;
+    for (const expression& argument : tree.operands) {
+        arguments.push_back(argument.kind == expression_kind::keyword ? bind_keyword(state, argument, builtin) : bind(state, argument));
+    }
     const bifun::entry_point& member = find_member(state, tree, builtin, arguments);
     step call{.kind = step_kind::call, .type = result_type(state, member, arguments), .operands = {}};
     call.entry = &member;
     call.function = state.library.find(member.symbol);
     const sql_type type = call.type;
-    for (std::size_t i = 0; i < arguments.operands.size(); ++i) {
+    for (std::size_t i = 0; i < arguments.size(); ++i) {
         const value_type parameter = member.arguments()[i].type;
         const bool is_zoned = parameter == value_type::DATETIME && has_zone(type);
-        call.operands.push_back(as_type(state, arguments.operands[i], is_zoned ? type : sql_type_of(parameter)));
+        call.operands.push_back(as_type(state, arguments[i], is_zoned ? type : sql_type_of(parameter)));
     }
     return {nullptr, add_step(state, std::move(call)), type, tree.offset};
 }

@@ -1,9 +1,10 @@
 // Expressions as SQL text again.
-#include <algorithm>
 #include <span>
 
 #include <fmt/format.h>
 
+#include "host/call_spelling.h"
+#include "host/near_names.h"
 #include "host/sql_syntax.h"
 
 namespace host {
@@ -53,27 +54,6 @@ bool needs_nothing(expression_kind) { return false; }
 bool is_logic(expression_kind kind) { return kind == expression_kind::conjunction || kind == expression_kind::disjunction; }
 bool is_operator(expression_kind kind) { return kind >= expression_kind::comparison; }
 
-std::string upper(std::string text) {
-    std::ranges::transform(text, text.begin(), [](char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; });
-    return text;
-}
-
-// Calls that SQL writes in its own way.
-std::string call_text(const expression& tree) {
-    const auto operand = [&](std::size_t i) { return expression_text(tree.operands[i]); };
-    const std::string name = upper(tree.name);
-    if (name == "EXTRACT" && tree.operands.size() == 2) {
-        return fmt::format("EXTRACT({} FROM {})", operand(0), operand(1));
-    }
-    if (name == "POSITION" && tree.operands.size() == 2) {
-        return fmt::format("POSITION({} IN {})", operand(0), operand(1));
-    }
-    if (name == "TRIM" && tree.operands.size() == 3) {
-        return fmt::format("TRIM({} {} FROM {})", operand(0), operand(2), operand(1));
-    }
-    return fmt::format("{}({})", name, joined(tree.operands, ", ", needs_nothing));
-}
-
 } // namespace
 
 std::string expression_text(const expression& tree) {
@@ -85,7 +65,7 @@ std::string expression_text(const expression& tree) {
     case expression_kind::literal:
         return literal_text(tree);
     case expression_kind::keyword:
-        return tree.literal == literal_kind::string ? in_quotes(tree.text) : upper(tree.text);
+        return tree.literal == literal_kind::string ? in_quotes(tree.text) : upper_case(tree.text);
     case expression_kind::column:
         return tree.name;
     case expression_kind::call:

@@ -1,11 +1,9 @@
 #include "host/function_list.h"
 
 #include <algorithm>
-#include <vector>
 
 #include "bop/frame/catalogue.h"
 #include "host/member_choice.h"
-#include "host/near_names.h"
 #include "host/program_error.h"
 
 namespace host {
@@ -25,10 +23,7 @@ std::string function_list() {
 std::string function_description(std::string_view name) {
     const bifun::builtin* const known = find_builtin(name);
     if (known == nullptr) {
-        std::vector<std::string> names;
-        std::ranges::transform(bifun::builtins, std::back_inserter(names), [](const bifun::builtin& b) { return std::string(b.name); });
-        const std::string hint = did_you_mean(name, names);
-        fail("there is no function {}{}", name, hint.empty() ? "; \"bifun functions\" lists what there is" : hint);
+        fail("{}", unknown_function(name));
     }
     std::string text =
         fmt::format("{}\n    {}\n\nExample\n    bifun \"SELECT {}\"\n\nEntry points\n", known->form, known->meaning, known->example);

@@ -14,7 +14,7 @@
 namespace host {
 namespace {
 
-constexpr std::string_view introduction =
+constexpr const char introduction[] =
     R"(# Functions
 
 Made by `bifun functions --markdown`. Results are shown as JSON: text in quotes, NULL as `null`.
@@ -32,7 +32,7 @@ everywhere. A number literal is the first of INT, BIGINT and DECIMAL that holds 
 - TRUNC of text takes digits and a point, no sign, and gives a DOUBLE.
 - The formats of TO_CHAR are described in [number formats](number-formats.md).
 
-A NULL argument gives NULL, except in NVL, IF, LNNVL and TO_DAYS. A function that fails for a row ends the query with the status, its
+A NULL argument gives NULL, except in {null_takers}. A function that fails for a row ends the query with the status, its
 meaning and the row: `bifun: LN: -6803 an argument is outside the function's domain in row 15`. The conditions that AND joins in
 WHERE are applied from left to right, so that `WHERE x > 0 AND LN(x) > 3` does not fail; IF does evaluate both of its values for every
 row.
@@ -52,8 +52,7 @@ detail.
 
 - EXTRACT takes the fields YEAR, MONTH, DAY, HOUR, MINUTE, SECOND (with its fraction), TIMEZONE_HOUR, TIMEZONE_MINUTE, and MICROSECOND of an
   interval, as far as the type has them. A text that is no date gives NULL.
-- The other functions with a field know it by these names, bare or in quotes, in any case: year (yyyy, yy), quarter (qq, q), month (mm, m),
-  week (wk, ww), day (dd, d), dayofyear (dy, y), weekday (dw), hour (hh), minute (mi, n), second (ss, s), millisecond (ms).
+{fields}
 - A result has the type of the date that it was made from, with these exceptions: DATEADD of hours or less to a DATE is a TIMESTAMP, and so is
   ADD_DAYS of a DECIMAL or DOUBLE to a DATE; LAST_DAY of text is a TIMESTAMP, unless a literal names a date only; DATE and TIMESTAMP
   together, as in NVL, make a TIMESTAMP.
@@ -63,6 +62,48 @@ detail.
 - Values with zones are compared by the instants that they name. A value without one is taken to be in the session's zone (`--set time_zone`)
   where it is compared with one that has one, and where NVL has both. In differences of dates zones do not count.
 )";
+
+// "A, B and C": the built-ins that take a NULL for something.
+std::string takers_of_null() {
+    std::vector<std::string_view> names;
+    for (const bifun::entry_point& member : bifun::entry_points) {
+        switch (bifun::null_rule_of(member)) {
+        case bifun::null_rule::propagates:
+        case bifun::null_rule::adds_nulls:
+        case bifun::null_rule::first_only:
+            break;
+        default:
+            if (names.empty() || names.back() != member.builtin) {
+                names.push_back(member.builtin);
+            }
+        }
+    }
+    return fmt::format("{} and {}", fmt::join(names.begin(), names.end() - 1, ", "), names.back());
+}
+
+// An item of a list.
+std::string names_of_fields() {
+    constexpr std::size_t widest = 140;
+    std::string line = "- The other functions with a field know it by these names, bare or in quotes, in any case:";
+    std::string text;
+    for (const auto& [code, names] : bifun::datepart_words) {
+        std::string item = " ";
+        for (const char c : names) {
+            if (c == ' ') {
+                item += item.find('(') == item.npos ? " (" : ", ";
+            } else {
+                item.push_back(static_cast<char>(c - 'A' + 'a'));
+            }
+        }
+        item += code == std::rbegin(bifun::datepart_words)->code ? ")." : "),";
+        if (line.size() + item.size() > widest) {
+            text += line + "\n";
+            line.assign(1, ' ');
+        }
+        line += item;
+    }
+    return text + line;
+}
 
 // Text for a cell of a table.
 std::string in_cell(std::string_view text) {
@@ -99,7 +140,7 @@ std::string function_reference() {
     const session_settings settings = read_settings({});
     begin_session(settings);
     const function_library library(default_library, settings.library);
-    std::string text(introduction);
+    std::string text = fmt::format(introduction, fmt::arg("null_takers", takers_of_null()), fmt::arg("fields", names_of_fields()));
     text += "\n## Built-ins\n\n| Function | Meaning | Example | Result |\n|---|---|---|---|\n";
     for (const bifun::builtin& known : bifun::builtins) {
         text += fmt::format("| `{}` | {} | `{}` | `{}` |\n", in_cell(known.form), in_cell(known.meaning), in_cell(known.example),

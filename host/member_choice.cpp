@@ -1,8 +1,7 @@
 #include "host/member_choice.h"
 
 #include <algorithm>
-#include <set>
-#include <utility>
+#include <compare>
 #include <vector>
 
 #include <fmt/format.h>
@@ -12,40 +11,18 @@
 namespace host {
 namespace {
 
+using bifun::argument_fact;
 using bifun::argument_kind;
 using bifun::entry_point;
+using bifun::fact_of;
 using bifun::value_type;
-
-// A neutral NLS text: it says what holds without one, so that the members with NLS parameters serve calls with a format alone.
-constexpr default_argument default_arguments[] = {
-    {"ROUND", {sql_type::double_precision, sql_type::null}, literal_kind::number, "0"},
-    {"TRUNC", {sql_type::varchar, sql_type::null}, literal_kind::number, "0"},
-    {"TO_CHAR", {sql_type::decimal, sql_type::varchar}, literal_kind::string, "NLS_NUMERIC_CHARACTERS='.,'"},
-};
-
-// Arguments, whose types `type_of` tells, have exactly the types that a default argument stands behind.
-template <class Argument, class TypeOf>
-bool stands_behind(const default_argument& known, std::span<const Argument> arguments, TypeOf type_of) {
-    const auto* const end = std::ranges::find(known.given, sql_type::null);
-    return std::ranges::equal(std::span(known.given, end), arguments, {}, {}, type_of);
-}
 
 using parameters = std::span<const bifun::argument>;
 
-// The parameters of a call with so many arguments that the member serves, by itself or with a default argument.
+// The parameters of a call with so many arguments that the member serves, by itself or with what stands for its last one.
 std::optional<parameters> parameters_of_call(const entry_point& member, std::size_t argument_count) {
-    if (member.argument_count == argument_count) {
-        return member.arguments();
-    }
-    if (member.argument_count != argument_count + 1) {
-        return std::nullopt;
-    }
-    const parameters given = member.arguments().first(argument_count);
-    const bool completed = std::ranges::any_of(default_arguments, [&](const default_argument& known) {
-        return known.builtin == member.builtin &&
-               stands_behind(known, given, [](const bifun::argument& parameter) { return sql_type_of(parameter.type); });
-    });
-    return completed ? std::optional(given) : std::nullopt;
+    const bool completed = member.argument_count == argument_count + 1 && !fact_of(member, argument_count).if_omitted.empty();
+    return completed || member.argument_count == argument_count ? std::optional(member.arguments().first(argument_count)) : std::nullopt;
 }
 
 // Takes every call that the other one takes: the same types, and columns wherever the other has columns.
@@ -55,26 +32,50 @@ bool covers(parameters wider, parameters other) {
     });
 }
 
+// The less the better, the first first.
 struct fit {
     unsigned widening = 0;
-    unsigned constants = 0;
+    unsigned omitted = 0;
+    unsigned spread = 0; // literals that columns have to be made of
+
+    auto operator<=>(const fit&) const = default;
 };
 
+bool takes_keyword(const argument_fact& fact, std::optional<std::int32_t> keyword) {
+    return keyword.has_value() == (fact.keywords.role != bifun::keyword_role::none) &&
+           (fact.fields == 0 || bifun::contains(fact.fields, *keyword));
+}
+
 std::optional<fit> fit_of(const entry_point& member, std::span<const offered_argument> offered) {
-    if (member.argument_count != offered.size()) {
+    if (!parameters_of_call(member, offered.size())) {
         return std::nullopt;
     }
-    fit found;
+    fit found{.omitted = member.argument_count == offered.size() ? 0U : 1U};
+    const bool by_field = keywords_of(member.builtin).chooses_member;
     for (std::size_t i = 0; i < offered.size(); ++i) {
-        const bifun::argument& parameter = member.arguments()[i];
-        const std::optional<unsigned> steps = widening(offered[i], parameter.type);
-        if (!steps || (parameter.kind == argument_kind::constant && !offered[i].is_literal)) {
+        const auto [kind, type] = member.arguments()[i];
+        const argument_fact& fact = fact_of(member, i);
+        const std::optional<unsigned> steps = widening(offered[i], type);
+        // NULL may have any field: those with a date, a time and a zone.
+        const sql_type given = offered[i].type == sql_type::null ? sql_type::timestamp_with_zone : offered[i].type;
+        const bool is_kind = !by_field || type != value_type::DATETIME || overlap(fact.kinds, kind_of(given));
+        if (!steps || !is_kind || !takes_keyword(fact, offered[i].keyword) || (kind == argument_kind::constant && !offered[i].is_literal)) {
             return std::nullopt;
         }
         found.widening += *steps;
-        found.constants += parameter.kind == argument_kind::constant ? 1 : 0;
+        found.spread += offered[i].is_literal && kind == argument_kind::column ? 1 : 0;
     }
+    found.spread += found.omitted == 1 && member.arguments().back().kind == argument_kind::column ? 1 : 0;
     return found;
+}
+
+// Calls `visit` with each argument of each member.
+template <class Visit> void for_each_argument(std::string_view builtin, const Visit& visit) {
+    for (const entry_point& member : bifun::entry_points) {
+        for (std::size_t i = 0; member.builtin == builtin && i < member.argument_count; ++i) {
+            visit(member.arguments()[i], fact_of(member, i), i);
+        }
+    }
 }
 
 } // namespace
@@ -95,9 +96,31 @@ std::optional<unsigned> widening(offered_argument argument, value_type parameter
 }
 
 const bifun::builtin* find_builtin(std::string_view name) {
-    const auto* const found =
-        std::ranges::find_if(bifun::builtins, [&](const bifun::builtin& known) { return equal_ignoring_case(known.name, name); });
+    const std::string upper = upper_case(name);
+    const auto* const spelled =
+        std::ranges::find_if(bifun::spellings, [&](const auto& known) { return bifun::has_word(known.names, upper); });
+    const std::string_view own_name = spelled == std::end(bifun::spellings) ? upper : spelled->builtin;
+    const auto* const found = std::ranges::find(bifun::builtins, own_name, &bifun::builtin::name);
     return found == std::end(bifun::builtins) ? nullptr : found;
+}
+
+std::string unknown_function(std::string_view name) {
+    std::vector<std::string> names;
+    std::ranges::transform(bifun::builtins, std::back_inserter(names), [](const bifun::builtin& known) { return std::string(known.name); });
+    const std::string hint = did_you_mean(name, names);
+    return fmt::format("there is no function {}{}", name, hint.empty() ? "; \"bifun functions\" lists what there is" : hint);
+}
+
+keyword_use keywords_of(std::string_view builtin) {
+    keyword_use found;
+    for_each_argument(builtin, [&](bifun::argument argument, const argument_fact& fact, std::size_t position) {
+        if (fact.keywords.role != bifun::keyword_role::none) {
+            found.list = fact.keywords;
+            found.chooses_member |= fact.fields != 0;
+            found.name_position = argument.type == value_type::VARCHAR ? position : found.name_position;
+        }
+    });
+    return found;
 }
 
 const entry_point* choose_member(std::string_view builtin, std::span<const offered_argument> arguments) {
@@ -105,7 +128,7 @@ const entry_point* choose_member(std::string_view builtin, std::span<const offer
     fit best_fit;
     for (const entry_point& member : bifun::entry_points) {
         const std::optional<fit> found = member.builtin == builtin ? fit_of(member, arguments) : std::nullopt;
-        if (found && (best == nullptr || std::pair(found->widening, best_fit.constants) < std::pair(best_fit.widening, found->constants))) {
+        if (found && (best == nullptr || *found < best_fit)) {
             best = &member;
             best_fit = *found;
         }
@@ -113,18 +136,11 @@ const entry_point* choose_member(std::string_view builtin, std::span<const offer
     return best;
 }
 
-const default_argument* find_default_argument(std::string_view builtin, std::span<const offered_argument> arguments) {
-    const auto* const found = std::ranges::find_if(default_arguments, [&](const default_argument& known) {
-        return known.builtin == builtin && stands_behind(known, arguments, &offered_argument::type);
-    });
-    return found == std::end(default_arguments) ? nullptr : found;
-}
-
 std::string argument_counts(std::string_view builtin) {
-    std::set<std::size_t> counts;
-    for (const entry_point& member : bifun::entry_points) {
-        if (member.builtin == builtin) {
-            counts.insert(member.argument_count);
+    std::vector<std::size_t> counts;
+    for (std::size_t count = 0; count <= bifun::most_arguments; ++count) {
+        if (takes_argument_count(builtin, count)) {
+            counts.push_back(count);
         }
     }
     return fmt::format("{}", fmt::join(counts, " or "));
@@ -132,70 +148,54 @@ std::string argument_counts(std::string_view builtin) {
 
 bool takes_argument_count(std::string_view builtin, std::size_t count) {
     return std::ranges::any_of(bifun::entry_points,
-                               [&](const entry_point& member) { return member.builtin == builtin && member.argument_count == count; });
+                               [&](const entry_point& member) { return member.builtin == builtin && parameters_of_call(member, count); });
 }
 
-std::string signatures(std::string_view builtin, std::size_t argument_count, std::string_view role) {
-    std::vector<parameters> calls;
-    const bool has_keyword = !role.empty() && argument_count > 1;
+std::string signatures(std::string_view builtin, std::size_t argument_count) {
+    // A call with the name of a field looks like one with the field, which stands first.
+    const std::optional<std::size_t> name_position = keywords_of(builtin).name_position;
+    std::vector<std::pair<const entry_point*, parameters>> calls;
     for (const entry_point& member : bifun::entry_points) {
         const std::optional<parameters> call =
             member.builtin == builtin ? parameters_of_call(member, argument_count) : std::optional<parameters>();
-        // DATEPART also has a member that takes the field last, as text; calls with a text are turned round.
-        const bool is_turned = call && has_keyword && call->front().type != value_type::INT;
-        if (!call || is_turned || std::ranges::any_of(calls, [&](parameters other) { return covers(other, *call); })) {
+        const bool has_name = call && name_position && *name_position < call->size() && (*call)[*name_position].type == value_type::VARCHAR;
+        if (!call || has_name || std::ranges::any_of(calls, [&](const auto& other) { return covers(other.second, *call); })) {
             continue;
         }
-        std::erase_if(calls, [&](parameters other) { return covers(*call, other); });
-        calls.push_back(*call);
+        std::erase_if(calls, [&](const auto& other) { return covers(*call, other.second); });
+        calls.emplace_back(&member, *call);
     }
     std::string text;
-    for (const parameters call : calls) {
-        std::string types(has_keyword ? role : "");
-        for (const bifun::argument& parameter : call.subspan(has_keyword ? 1 : 0)) {
-            types += fmt::format("{}{}{}", types.empty() ? "" : ", ", parameter.kind == argument_kind::constant ? "constant " : "",
-                                 parameter_type_name(parameter.type));
+    for (const auto& [member, call] : calls) {
+        std::string types;
+        for (std::size_t i = 0; i < call.size(); ++i) {
+            const bifun::keyword_role role = fact_of(*member, i).keywords.role;
+            types += i == 0 ? "" : ", ";
+            types += role != bifun::keyword_role::none ? std::string(role_name(role))
+                                                       : fmt::format("{}{}", call[i].kind == argument_kind::constant ? "constant " : "",
+                                                                     parameter_type_name(call[i].type));
         }
         text += fmt::format("{}({})", text.empty() ? "" : ", ", types);
     }
     return text;
 }
 
-const entry_point& member_named(std::string_view symbol) {
-    return *std::ranges::find_if(bifun::entry_points, [&](const entry_point& member) { return member.symbol == symbol; });
-}
-
-std::string_view advice_for(std::string_view builtin, std::span<const offered_argument> arguments) {
-    const auto has = [&](std::size_t i, auto matches) { return i < arguments.size() && matches(arguments[i].type); };
-    const auto is_text = [](sql_type type) { return type == sql_type::varchar; };
-    // The DOUBLEs that stand for most decimal fractions are a little off, so cutting digits would turn 0.3 into 0.2 now and then.
-    if (builtin == "TRUNC" && has(1, is_number) && has(0, [](sql_type type) { return type == sql_type::double_precision; })) {
-        return "; use ROUND(x, n) for a DOUBLE, or give its column the type DECIMAL with --types";
-    }
-    if ((builtin == "DATE_ADD" || builtin == "DATE_SUB") && has(1, [](sql_type type) { return type == sql_type::interval_dt; })) {
-        return "; use DATEADD(field, n, d) for days and times, such as DATEADD(DAY, 1, d)";
-    }
-    if (builtin == "WEEKDAY" && has(0, is_datetime)) {
-        return "; use DAYOFWEEK(d), which counts from 1";
-    }
-    if (builtin == "MIN" && has(0, is_number)) {
-        return "; it is the minute of a time, and there are no aggregates";
-    }
-    if (builtin == "POSITION" && has(0, is_text) && has(1, is_text)) {
-        return "; use LOCATE(pattern, s)";
-    }
-    const auto needs_datetime = [&](std::size_t i) {
-        return is_text(arguments[i].type) && !arguments[i].is_literal &&
-               std::ranges::any_of(bifun::entry_points, [&](const entry_point& member) {
-                   return member.builtin == builtin && i < member.argument_count && member.arguments()[i].type == value_type::DATETIME;
-               });
+std::string advice_for(std::string_view builtin, std::span<const offered_argument> arguments) {
+    const auto is_of = [&](std::size_t i, bifun::type_set types) {
+        return types.bits == bifun::any_type.bits ||
+               (i < arguments.size() && arguments[i].type != sql_type::null && contains(types, value_type_of(arguments[i].type)));
     };
-    for (std::size_t i = 0; i < arguments.size(); ++i) {
-        if (needs_datetime(i)) {
-            return "; give the column of a date a type such as DATE with --types";
+    for (const bifun::advice& known : bifun::advices) {
+        if (bifun::has_word(known.names, builtin) && is_of(0, known.types[0]) && is_of(1, known.types[1])) {
+            return fmt::format("; {}", known.text);
         }
     }
-    return "";
+    std::string_view text;
+    for_each_argument(builtin, [&](bifun::argument parameter, const argument_fact&, std::size_t i) {
+        const bool is_text = i < arguments.size() && arguments[i].type == sql_type::varchar && !arguments[i].is_literal;
+        text = is_text && parameter.type == value_type::DATETIME ? "; give the column of a date a type such as DATE with --types" : text;
+    });
+    return std::string(text);
 }
 
 } // namespace host

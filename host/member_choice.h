@@ -2,13 +2,13 @@
 #ifndef BIFUN_HOST_MEMBER_CHOICE_H
 #define BIFUN_HOST_MEMBER_CHOICE_H
 
+#include <cstdint>
 #include <optional>
 #include <span>
 #include <string>
 #include <string_view>
 
 #include "bop/frame/catalogue.h"
-#include "host/sql_syntax.h"
 #include "host/sql_type.h"
 
 namespace host {
@@ -17,43 +17,45 @@ namespace host {
 struct offered_argument {
     sql_type type;
     bool is_literal;
+    std::optional<std::int32_t> keyword = {}; // the code of one
 };
 
 // How far an argument is from a parameter's type: 0 for the type itself, more for each step of INT -> BIGINT -> DECIMAL -> DOUBLE,
 // most for a string literal that is read as a datetime; nothing where it does not fit.
 std::optional<unsigned> widening(offered_argument argument, bifun::value_type parameter);
 
-// The built-in with that name, or null; ASCII case does not matter.
+// The built-in with that name, its own or a further one, or null; ASCII case does not matter.
 const bifun::builtin* find_builtin(std::string_view name);
 
-// The member that needs the least widening; among equals the one that takes the most literals as constants; among those the first.
-// Null where none fits. Not for EXTRACT, whose members take the same arguments.
+// That there is none, with names that may be meant.
+std::string unknown_function(std::string_view name);
+
+// What keywords do in the calls of a built-in.
+struct keyword_use {
+    bifun::keyword_list list;                 // none without any
+    bool chooses_member = false;              // which member a call is bound to depends on the field, and on the kind of the datetime
+    std::optional<std::size_t> name_position; // where a member takes the name of a field as a text
+};
+keyword_use keywords_of(std::string_view builtin);
+
+// What messages call such an argument.
+constexpr std::string_view role_name(bifun::keyword_role role) { return role == bifun::keyword_role::mode ? "mode" : "field"; }
+
+// The member that needs the least widening; among equals one that all arguments are given for, then the one that takes the most literals
+// as constants, then the first. Null where none fits. The member may take one argument more than is given, which then has the value that
+// stands for it where it is omitted.
 const bifun::entry_point* choose_member(std::string_view builtin, std::span<const offered_argument> arguments);
 
-// The last argument of a call that SQL lets people leave out while no member does without it.
-struct default_argument {
-    std::string_view builtin;
-    sql_type given[2]; // the types of the arguments before it; null for no argument
-    literal_kind kind;
-    std::string_view text;
-};
-
-// What to add to these arguments before a member is chosen, or null.
-const default_argument* find_default_argument(std::string_view builtin, std::span<const offered_argument> arguments);
-
-// The member of that name in the library.
-const bifun::entry_point& member_named(std::string_view symbol);
-
-// How many arguments the members take: "2", or "2 or 3".
+// How many arguments calls have: "2", or "2 or 3".
 std::string argument_counts(std::string_view builtin);
 bool takes_argument_count(std::string_view builtin, std::size_t count);
 
-// What calls with so many arguments may look like: "(BIGINT), (DECIMAL)". A parameter is called constant where it has to be a literal; the
-// first one of built-ins that take a keyword there is called `role`, which is empty for others.
-std::string signatures(std::string_view builtin, std::size_t argument_count, std::string_view role);
+// What calls with so many arguments may look like: "(BIGINT), (field, DECIMAL)". A parameter is called constant where it has to be a
+// literal.
+std::string signatures(std::string_view builtin, std::size_t argument_count);
 
 // What to do instead where no member takes the arguments: "; use ..."; may be empty.
-std::string_view advice_for(std::string_view builtin, std::span<const offered_argument> arguments);
+std::string advice_for(std::string_view builtin, std::span<const offered_argument> arguments);
 
 } // namespace host
 

@@ -8,7 +8,8 @@
 #include <nlohmann/json.hpp>
 #include <pg_query.h>
 
-#include "host/near_names.h"
+#include "host/call_spelling.h"
+#include "host/member_choice.h"
 #include "host/program_error.h"
 #include "host/sql_text.h"
 
@@ -179,9 +180,13 @@ interval_qualifier translate_qualifier(const json& type, const translation_conte
     return made;
 }
 
-// DATE '2024-02-29' and the like. The parser makes no difference between this and a cast of a constant.
+// DATE '2024-02-29' and the like. The parser makes no difference between this and a cast of a constant. A cast of its own, as around the n
+// of SUBSTRING(s FOR n), has no place in the text.
 expression translate_cast(const json& body, translation_context context) {
     const json& type = body["typeName"];
+    if (body.value("location", 0) < 0 && type.value("location", 0) < 0) {
+        return translate(body["arg"], context);
+    }
     const std::string name = type["names"].back()["String"].value("sval", "");
     const auto* const known = std::ranges::find(literal_types, name, &literal_type::name);
     const bool is_text = body["arg"].contains("A_Const") && body["arg"]["A_Const"].contains("sval");
@@ -211,17 +216,24 @@ constexpr comparison_name comparison_names[] = {
     {"<=", comparison_operator::less_or_equal}, {">", comparison_operator::greater},    {">=", comparison_operator::greater_or_equal},
 };
 
-expression translate_comparison(const json& body, translation_context context) {
+// A comparison, or a call that is written as an operator.
+expression translate_symbol(const json& body, translation_context context) {
     expression made = make(expression_kind::comparison, body);
-    const std::string symbol = body["name"].back()["String"].value("sval", "");
-    const auto* const known = std::ranges::find(comparison_names, symbol, &comparison_name::symbol);
-    if (known == std::end(comparison_names) || !body.contains("lexpr") || body["name"].size() != 1) {
+    made.name = body["name"].back()["String"].value("sval", "");
+    const auto* const known = std::ranges::find(comparison_names, made.name, &comparison_name::symbol);
+    const bool is_comparison = known != std::end(comparison_names);
+    if (!(is_comparison || is_own_syntax(made.name)) || !body.contains("lexpr") || body["name"].size() != 1) {
         fail_at(context.sql, made.offset,
-                fmt::format("the operator {} is not supported; operators are = <> < <= > >= AND OR NOT BETWEEN IN IS", symbol));
+                fmt::format("the operator {} is not supported; operators are = <> < <= > >= AND OR NOT BETWEEN IN IS", made.name));
     }
-    made.comparison = known->operation;
     made.operands.push_back(translate(body["lexpr"], context));
     made.operands.push_back(translate(body["rexpr"], context));
+    if (is_comparison) {
+        made.comparison = known->operation;
+    } else {
+        made.kind = expression_kind::call;
+        spell_as_builtin(made);
+    }
     return made;
 }
 
@@ -237,7 +249,7 @@ expression translate_operator_with_list(const json& body, translation_context co
 expression translate_operator(const json& body, translation_context context) {
     const std::string kind = body.value("kind", "");
     if (kind == "AEXPR_OP") {
-        return translate_comparison(body, context);
+        return translate_symbol(body, context);
     }
     if (kind == "AEXPR_IN") {
         const bool negated = body["name"].back()["String"].value("sval", "") == "<>";
@@ -278,59 +290,13 @@ expression translate_truth_test(const json& body, translation_context context) {
 
 // ---- calls ---------------------------------------------------------------------------------------------------------
 
-// ---- calls with a syntax of their own
-
-expression make_keyword(std::string_view word, std::size_t offset) {
-    expression made{.kind = expression_kind::keyword, .offset = offset};
-    made.text = word;
-    return made;
-}
-
-// TRIM(BOTH c FROM s): the parser has s, then c where there is one. Without a mode and a character it is TRIM(s).
-void order_trim(expression& call, std::string_view mode) {
-    std::vector<expression>& operands = call.operands;
-    const bool has_set = operands.size() > 1;
-    if (mode == "BOTH" && !has_set) {
-        return;
-    }
-    if (!has_set) {
-        expression& blank = operands.emplace_back(expression{.kind = expression_kind::literal, .offset = call.offset});
-        blank.literal = literal_kind::string;
-        blank.text = " ";
-    }
-    operands.insert(operands.begin(), make_keyword(mode, call.offset));
-}
-
-// SUBSTRING(s FOR n): the parser adds the position 1 and a cast around n.
-expression translate_substring_length(const json& argument, const translation_context& context) {
-    const bool added_cast = argument.contains("TypeCast") && argument["TypeCast"].value("location", 0) < 0 &&
-                            argument["TypeCast"]["typeName"].value("location", 0) < 0;
-    return translate(added_cast ? argument["TypeCast"]["arg"] : argument, context);
-}
-
-// The functions that the parser puts in place of SQL's own call syntax, by the names people write.
-struct syntax_call {
-    std::string_view parser_name;
-    std::string_view name;
-    std::string_view trim_mode{};
-};
-
-constexpr syntax_call syntax_calls[] = {
-    {"btrim", "trim", "BOTH"},
-    {"ltrim", "trim", "LEADING"},
-    {"rtrim", "trim", "TRAILING"},
-    {"timezone", "at time zone"},
-};
-
-// Those whose first argument is the field of a date: a bare word, which the parser takes for a column, or a text.
-constexpr std::string_view calls_with_field[] = {"extract", "datepart", "dateadd", "datediff", "bigdatediff"};
-
-expression translate_field(const json& argument, const std::string& call, const translation_context& context) {
+// The field of a date: a bare word, which the parser takes for a column, or a text. In SQL's own syntax it makes no difference between
+// them.
+expression translate_field(const json& argument, bool has_own_syntax, const translation_context& context) {
     if (argument.contains("A_Const") && argument["A_Const"].contains("sval")) {
         expression made = translate_constant(argument["A_Const"], context);
-        // The parser does not tell EXTRACT(YEAR FROM d) from EXTRACT('year' FROM d).
         made.kind = expression_kind::keyword;
-        made.literal = call == "extract" ? literal_kind::null : literal_kind::string;
+        made.literal = has_own_syntax ? literal_kind::null : literal_kind::string;
         return made;
     }
     const bool bare = argument.contains("ColumnRef") && argument["ColumnRef"]["fields"].size() == 1 &&
@@ -338,20 +304,9 @@ expression translate_field(const json& argument, const std::string& call, const 
     if (!bare) {
         refuse(argument, context, "the first argument names a field, such as DAY");
     }
-    const json& column = argument["ColumnRef"];
-    return make_keyword(column["fields"][0]["String"].value("sval", ""), offset_of(column));
-}
-
-std::vector<expression> translate_arguments(const json& arguments, const std::string& call, const translation_context& context) {
-    const bool has_field = std::ranges::find(calls_with_field, call) != std::end(calls_with_field);
-    std::vector<expression> all;
-    for (const json& argument : arguments) {
-        const bool is_length = call == "substring" && all.size() == 2;
-        all.push_back(has_field && all.empty() ? translate_field(argument, call, context)
-                      : is_length              ? translate_substring_length(argument, context)
-                                               : translate(argument, context));
-    }
-    return all;
+    expression made = make(expression_kind::keyword, argument["ColumnRef"]);
+    made.text = argument["ColumnRef"]["fields"][0]["String"].value("sval", "");
+    return made;
 }
 
 struct refused_call_part {
@@ -382,27 +337,27 @@ expression translate_call(const json& body, translation_context context) {
     if (!has_own_syntax && names.size() > 1) {
         fail_at(context.sql, made.offset, "functions have no schema; write the name alone");
     }
-    if (body.contains("args")) {
-        made.operands = translate_arguments(body["args"], made.name, context);
+    const bifun::builtin* const builtin = find_builtin(made.name);
+    const bool has_field = builtin != nullptr && keywords_of(builtin->name).list.role == bifun::keyword_role::field;
+    for (const json& argument : body.value("args", json::array())) {
+        made.operands.push_back(has_field && made.operands.empty() ? translate_field(argument, has_own_syntax, context)
+                                                                   : translate(argument, context));
     }
-    const auto* const known = std::ranges::find(syntax_calls, made.name, &syntax_call::parser_name);
-    if (has_own_syntax && known != std::end(syntax_calls)) {
-        made.name = known->name;
-        if (!known->trim_mode.empty()) {
-            order_trim(made, known->trim_mode);
-        }
-    } else if (has_own_syntax && made.name == "position") {
-        std::ranges::reverse(made.operands); // the parser has the text first
-    } else if (made.name == "substring") {
-        made.name = "substr";
+    if (has_own_syntax && is_own_syntax(made.name)) {
+        spell_as_builtin(made);
+    } else if (builtin != nullptr) {
+        made.name = builtin->name;
+    } else if (has_own_syntax && made.name == "timezone") {
+        made.name = "at time zone"; // as people write it
     }
     return made;
 }
 
 expression translate_extreme(const json& body, translation_context context) {
     expression made = make(expression_kind::call, body);
-    made.name = body.value("op", "") == "IS_LEAST" ? "least" : "greatest";
+    made.name = body.value("op", "IS_GREATEST");
     made.operands = translate_all(body["args"], context);
+    spell_as_builtin(made);
     return made;
 }
 

@@ -51,9 +51,13 @@ constexpr bool is_number(sql_type type) { return type >= sql_type::integer && ty
 constexpr bool is_datetime(sql_type type) { return type >= sql_type::date && type <= sql_type::timestamp_with_zone; }
 constexpr bool is_interval(sql_type type) { return type == sql_type::interval_ym || type == sql_type::interval_dt; }
 
-// Of the datetime types.
-constexpr bool has_zone(sql_type type) { return type == sql_type::time_with_zone || type == sql_type::timestamp_with_zone; }
-constexpr bool has_date(sql_type type) { return is_datetime(type) && type != sql_type::time && type != sql_type::time_with_zone; }
+// Of a datetime type, which are in the same order here; nothing for the others.
+constexpr bifun::datetime_kinds kind_of(sql_type type) {
+    return static_cast<bifun::datetime_kinds>(is_datetime(type) ? 1U << static_cast<unsigned>(type) >> static_cast<unsigned>(sql_type::date)
+                                                                : 0U);
+}
+constexpr bool has_zone(sql_type type) { return overlap(kind_of(type), bifun::datetime_kinds::WITH_ZONE); }
+constexpr bool has_date(sql_type type) { return overlap(kind_of(type), bifun::datetime_kinds::WITH_DATE); }
 
 // The type of the values in a column. NULL literals go into INT columns where nothing asks for another.
 constexpr bifun::value_type value_type_of(sql_type type) {

@@ -28,13 +28,13 @@ constexpr table_column columns[] = {
     {"tsn", value_type::DATETIME, content::uniform, 1970, 2037, true},
     {"n", value_type::INT, content::uniform, -1e6, 1e6, false},
     {"days", value_type::BIGINT, content::uniform, -1000, 1000, false},
-    {"p", value_type::VARCHAR, content::uniform, 5, 25, false, 0, 0, bench::value_form::padded},
+    {"p", value_type::VARCHAR, content::uniform, 5, 25, false, 0, 0, value_form::padded},
     {"pattern", value_type::VARCHAR, content::uniform, 3, 12, false},
-    {"u", value_type::VARCHAR, content::uniform, 6, 16, false, 0, 0, bench::value_form::multilingual},
+    {"u", value_type::VARCHAR, content::uniform, 6, 16, false, 0, 0, value_form::multilingual},
     {"ts2", value_type::DATETIME, content::uniform, 1970, 2037, false},
-    {"dt", value_type::DATETIME, content::uniform, 1970, 2037, false, 0, 0, bench::value_form::date},
-    {"dt2", value_type::DATETIME, content::uniform, 1970, 2037, false, 0, 0, bench::value_form::date},
-    {"text", value_type::VARCHAR, content::uniform, 1970, 2037, false, 0, 0, bench::value_form::datetime_text},
+    {"dt", value_type::DATETIME, content::uniform, 1970, 2037, false, 0, 0, value_form::date},
+    {"dt2", value_type::DATETIME, content::uniform, 1970, 2037, false, 0, 0, value_form::date},
+    {"text", value_type::VARCHAR, content::uniform, 1970, 2037, false, 0, 0, value_form::datetime_text},
 };
 
 constexpr case_argument column(std::string_view name) { return {argument_source::column, name}; }

@@ -7,8 +7,7 @@
 #include <string_view>
 #include <vector>
 
-#include "bench/bench_data.h"
-#include "bop/frame/value_type.h"
+#include "bop/frame/facts.h"
 
 namespace bifun::peers {
 
@@ -18,7 +17,7 @@ enum class content : std::uint8_t {
 };
 
 // A column of the table. The bounds of decimals bound the coefficient, in digits: 38 gives coefficients below 10^38; those of other forms
-// than the usual one are as for bench::value_form.
+// than the usual one are as for value_form.
 struct table_column {
     std::string_view name;
     value_type type;
@@ -28,7 +27,7 @@ struct table_column {
     bool nulls; // in one row of ten
     std::uint8_t precision = 0;
     std::uint8_t scale = 0;
-    bench::value_form form = bench::value_form::usual;
+    value_form form = value_form::usual;
 };
 
 std::span<const table_column> table_columns();

@@ -67,8 +67,7 @@ table make_table(const std::vector<std::string_view>& names, std::uint32_t row_c
         }
         if (definition.values == content::magnitude) {
             fill_by_magnitude(*storage, definition, seed);
-        } else if (!bench::fill_column(*storage,
-                                       {.low = definition.low, .high = definition.high, .constant = nullptr, .form = definition.form}, seed,
+        } else if (!bench::fill_column(*storage, {.low = definition.low, .high = definition.high, .form = definition.form}, seed,
                                        row_count)) {
             throw std::runtime_error("out of memory");
         }

@@ -41,7 +41,7 @@ std::int32_t unix_days(const zqtime& value);
 // The value as an engine sees it that stores trailing blanks.
 std::string text_with_blanks(const bifun_string& value);
 
-inline bool is_date(const table_column& column) { return column.type == value_type::DATETIME && column.form == bench::value_form::date; }
+inline bool is_date(const table_column& column) { return column.type == value_type::DATETIME && column.form == value_form::date; }
 
 } // namespace bifun::peers
 

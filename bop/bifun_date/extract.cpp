@@ -10,6 +10,7 @@
 #include "bop/bifun_date/fields.h"
 #include "bop/bifun_date/weekday.h"
 #include "bop/frame/row_loop.h"
+#include "bop/frame/string_rows.h"
 #include "bop/frame/vector_arithmetic.h"
 
 namespace bifun {

@@ -4,9 +4,9 @@
 
 #include <algorithm>
 
-#include "bop/frame/row_loop.h"
 #include "bop/frame/scratch.h"
 #include "bop/frame/statements.h"
+#include "bop/frame/string_rows.h"
 #include "engine/charset.h"
 
 namespace bifun {

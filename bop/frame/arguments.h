@@ -175,7 +175,7 @@ template <class T> struct block_of<shared_argument<T>> {
 };
 
 // Calls `body(first, count, rows...)` for the blocks of a batch, which begin at row `first` of it, until one returns a status below 0.
-// Returns that, or 0.
+// Returns that, or 0. Inlined, though it has much on the stack: as a call it made a batch of one row take 23 ns instead of 11.
 template <class Body, class... Arguments>
 [[gnu::always_inline]] inline status for_each_block(std::uint32_t row_count, const Body& body, const Arguments&... arguments) {
     return [&](auto&&... block) __attribute__((always_inline))->status {

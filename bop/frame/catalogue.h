@@ -1,5 +1,5 @@
-// The catalogue: every SQL built-in and every entry point, as constant data made from bop/exports.def. For whoever calls the library by
-// name: the host, the generic tests, the benchmarks. The library itself does not include it.
+// The catalogue: every SQL built-in, every entry point and what is true of them, as constant data made from bop/exports.def. For whoever
+// calls the library by name: the host, the generic tests, the benchmarks. The library itself does not include it.
 #ifndef BIFUN_FRAME_CATALOGUE_H
 #define BIFUN_FRAME_CATALOGUE_H
 
@@ -12,6 +12,7 @@
 #include <utility>
 
 #include "bop/bifun.h"
+#include "bop/frame/facts.h"
 #include "bop/frame/value_type.h"
 
 namespace bifun {
@@ -22,8 +23,6 @@ struct argument {
     argument_kind kind;
     value_type type;
 };
-
-constexpr std::size_t most_arguments = 5;
 
 // Calls `function`, an entry point found by name. `arguments` points to its SQL arguments: a bifun_column or a constant record each.
 using entry_invoker = std::int32_t (*)(void* function, bifun_environment* environment, bifun_memory_object* memory,
@@ -104,6 +103,67 @@ inline constexpr const char* other_symbols[] = {
 #define EXPORT_DATA(type, symbol) #symbol,
 #include "bop/exports.def"
 };
+
+// ---- what is true of them ----
+
+namespace detail {
+
+using enum datetime_kinds;
+using enum null_rule;
+using enum value_form;
+using enum value_type;
+
+inline constexpr null_fact null_facts[] = {
+#define NULLS(names, rule) {names, rule},
+#include "bop/exports.def"
+};
+
+inline constexpr argument_fact argument_facts[] = {
+#define ARGUMENT(functions, index, of_type, ...) {.names = functions, .position = index, .type = of_type, __VA_ARGS__},
+#include "bop/exports.def"
+};
+
+inline constexpr spelling spellings[] = {
+#define SPELLING(name, ...) {.builtin = name, __VA_ARGS__},
+#include "bop/exports.def"
+};
+
+inline constexpr advice advices[] = {
+#define ADVICE(names, text, ...) {names, text, {__VA_ARGS__}},
+#include "bop/exports.def"
+};
+
+} // namespace detail
+
+using detail::advices;
+using detail::argument_facts;
+using detail::null_facts;
+using detail::spellings;
+
+constexpr null_rule null_rule_of(const entry_point& entry) {
+    for (const std::string_view name : {std::string_view(entry.symbol), entry.builtin}) {
+        for (const null_fact& fact : null_facts) {
+            if (has_word(fact.names, name)) {
+                return fact.rule;
+            }
+        }
+    }
+    return null_rule::propagates;
+}
+
+inline constexpr argument_fact usual_argument{};
+
+// The line about the entry point, or else the one about its built-in, or else what is usual.
+constexpr const argument_fact& fact_of(const entry_point& entry, std::size_t position) {
+    for (const std::string_view name : {std::string_view(entry.symbol), entry.builtin}) {
+        for (const argument_fact& fact : argument_facts) {
+            if (fact.position == position && fact.type == entry.argument_list[position].type && has_word(fact.names, name)) {
+                return fact;
+            }
+        }
+    }
+    return usual_argument;
+}
 
 } // namespace bifun
 

@@ -2,7 +2,6 @@
 //
 //     set_rows<kernel>(batch, arguments...)            fixed-width results, through the engine's setters
 //     store_rows<kernel>(batch, arguments...)          fixed-width results, straight into the value array
-//     string_rows<kernel>(batch, arguments...)         texts: copied from where the kernel points to, or built in a string_room
 //
 //     set_all_rows<kernel, checks>(batch, arguments...), store_all_rows<...>
 //         the kernel is cheap, has no side effects and is defined for any bits: it is computed for NULL rows as well, whose results become
@@ -280,21 +279,6 @@ template <auto kernel, class Checks = no_checks, value_type result, class... Arg
 status set_rows(batch_of<result> batch, Arguments... arguments) {
     return setters_are_plain_stores() ? store_rows<kernel, Checks>(batch, arguments...)
                                       : evaluate_into<kernel, Checks, set_results, stored<result>>(batch, argument(arguments)...);
-}
-
-template <auto kernel, class Results, class... Arguments> status evaluate_strings(const batch& batch, const Arguments&... arguments) {
-    check_types<kernel, typename Results::place, Arguments...>();
-    return (is_null_constant(arguments) || ...) ? null_rows(batch) : evaluate_rows<kernel, no_checks, Results>(batch, arguments...);
-}
-
-template <auto kernel, class... Arguments> status string_rows(batch_of<VARCHAR> batch, Arguments... arguments) {
-    using result = result_of<kernel, Arguments...>;
-    if constexpr (!std::is_same_v<result, bifun_string>) {
-        return evaluate_strings<kernel, built_strings<result>>(batch, argument(arguments)...);
-    } else {
-        return free_bytes_are_open() ? evaluate_strings<kernel, copied_strings>(batch, argument(arguments)...)
-                                     : evaluate_strings<kernel, assigned_strings>(batch, argument(arguments)...);
-    }
 }
 
 } // namespace bifun

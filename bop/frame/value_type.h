@@ -13,6 +13,22 @@ namespace bifun {
 // DATETIME stands for dates, times and datetimes with and without zone: a column of any of them has the same layout.
 enum class value_type : std::uint8_t { BOOL, INT, BIGINT, DOUBLE, DECIMAL, DATETIME, VARCHAR, VARBINARY, INTERVAL_YM, INTERVAL_DT };
 
+// Which of them, as a set.
+enum class datetime_kinds : std::uint8_t {
+    DATE = 1,
+    TIME = 2,
+    TIMESTAMP = 4,
+    TIME_WITH_ZONE = 8,
+    TIMESTAMP_WITH_ZONE = 16,
+    WITH_DATE = DATE | TIMESTAMP | TIMESTAMP_WITH_ZONE,
+    WITH_TIME = TIME | TIMESTAMP | TIME_WITH_ZONE | TIMESTAMP_WITH_ZONE,
+    WITH_ZONE = TIME_WITH_ZONE | TIMESTAMP_WITH_ZONE,
+    ANY = WITH_DATE | WITH_TIME,
+};
+
+// Whether they have some in common.
+constexpr bool overlap(datetime_kinds a, datetime_kinds b) { return (static_cast<unsigned>(a) & static_cast<unsigned>(b)) != 0; }
+
 constexpr std::string_view type_name(value_type type) {
     constexpr std::string_view names[] = {"BOOL",     "INT",     "BIGINT",    "DOUBLE",      "DECIMAL",
                                           "DATETIME", "VARCHAR", "VARBINARY", "INTERVAL_YM", "INTERVAL_DT"};

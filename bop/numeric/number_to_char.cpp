@@ -4,7 +4,7 @@
 #include <array>
 #include <utility>
 
-#include "bop/frame/row_loop.h"
+#include "bop/frame/string_rows.h"
 #include "bop/numeric/entry_points.h"
 #include "bop/numeric/integer_text.h"
 #include "engine/decimal.h"

@@ -16,7 +16,6 @@
 #include "embedded/session/environment.h"
 #include "engine/columns.h"
 #include "engine/memory.h"
-#include "tests/contract/exceptions.h"
 
 namespace contract {
 namespace {
@@ -115,7 +114,10 @@ void check_invariants(const bifun::entry_point& entry, const outcome& outcome) {
         for (std::uint32_t row = 0; row < outcome.row_count && result.status == 0; ++row) {
             lacking += flags[row] == 1 && !outcome.holds_value(row) ? 1 : 0;
         }
-        EXPECT_TRUE(lacking == 0 || may_keep_values(entry)) << entry.symbol << ": " << lacking << " rows are not NULL and have no value";
+        // Trimming the leading side leaves the value of a row as it was, though the row is not NULL, where the text begins with white space
+        // and the set has none.
+        EXPECT_TRUE(lacking == 0 || bifun::has_word("LTRIM TRIM", entry.builtin))
+            << entry.symbol << ": " << lacking << " rows are not NULL and have no value";
     } else {
         EXPECT_EQ(outcome.no_nulls(), 0U) << "the call failed and the no-null flag is set";
     }

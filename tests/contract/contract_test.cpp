@@ -23,7 +23,6 @@
 #include "tests/contract/called_export.h"
 #include "tests/contract/demanding_engine.h"
 #include "tests/contract/domains.h"
-#include "tests/contract/exceptions.h"
 #include "tests/contract/text_case.h"
 
 namespace contract {
@@ -32,6 +31,7 @@ namespace {
 using bifun::argument_kind;
 using bifun::entry_point;
 using bifun::entry_points;
+using bifun::null_rule;
 using bifun::value_type;
 using zqengine::column_storage;
 
@@ -39,7 +39,7 @@ constexpr double some_nulls = 0.2;
 
 // A column of the argument's domain, made once for all tests that ask for it.
 const column_storage& column_for(const entry_point& entry, std::size_t position, std::uint32_t row_count, double null_rate) {
-    static std::map<std::tuple<const argument_domain*, value_type, std::size_t, std::uint32_t, double>, zqengine::column_pointer> columns;
+    static std::map<std::tuple<const argument_fact*, value_type, std::size_t, std::uint32_t, double>, zqengine::column_pointer> columns;
     auto& column = columns[{domain_of(entry, position), entry.argument_list[position].type, position, row_count, null_rate}];
     if (column == nullptr) {
         column = sound_column(entry, position, row_count, null_rate, position);
@@ -206,19 +206,21 @@ zqengine::column_pointer boundaries_and_null(const entry_point& entry, std::size
 
 TEST_F(Contract, AConstantIsTheColumnThatRepeatsIt) {
     constexpr std::uint32_t row_count = 100;
+    // Its constant may be empty and then decides alone: its rows are not NULL where the other form's are.
+    constexpr std::string_view decides_by_constant = "bltrim_va_str";
+    std::size_t pairs = 0;
     for (const entry_point& entry : entry_points) {
-        std::array<bool, bifun::most_arguments> compared{};
         for (const entry_point& other : entry_points) {
             if (!has_columns_for_constants(entry, other)) {
                 continue;
             }
+            ++pairs;
             std::vector<zqengine::column_pointer> pools(entry.argument_count);
             std::uint32_t choices = 1;
             for (std::size_t i = 0; i < entry.argument_count; ++i) {
                 if (entry.argument_list[i].kind == argument_kind::constant) {
                     pools[i] = boundaries_and_null(entry, i);
                     choices *= pools[i]->capacity;
-                    compared[i] |= other.argument_list[i].kind == argument_kind::column;
                 }
             }
             for (std::uint32_t choice = 0; choice < choices; ++choice) {
@@ -249,11 +251,8 @@ TEST_F(Contract, AConstantIsTheColumnThatRepeatsIt) {
                 EXPECT_TRUE(same_rows(a, 0, b, 0, row_count)) << entry.symbol << " and " << other.symbol << ", constants " << choice;
             }
         }
-        for (std::size_t i = 0; i < entry.argument_count; ++i) {
-            const bool needs_no_other = entry.argument_list[i].kind == argument_kind::column || is_constant_only(entry, i);
-            EXPECT_NE(compared[i], needs_no_other) << entry.symbol << ", argument " << i;
-        }
     }
+    EXPECT_GT(pairs, std::size(entry_points) / 4);
 }
 
 // ---- batches ----------------------------------------------------------------------------------------------------------
@@ -334,7 +333,7 @@ TEST_F(Contract, NullFlagsFollowTheNullRule) {
     // Constants are not NULL or as the last of these.
     constexpr variant variants[] = {{0, 1}, {1, 0}, {0, 0}, {0, 7}, {0.3, 0}};
     for (const entry_point& entry : entry_points) {
-        const null_rule rule = null_rule_of(entry);
+        const null_rule rule = bifun::null_rule_of(entry);
         std::size_t combinations = 1;
         for (const bifun::argument& argument : entry.arguments()) {
             combinations *= argument.kind == argument_kind::constant ? 2 : std::size(variants);
@@ -637,19 +636,20 @@ TEST_F(Contract, TheFirstFailingRowEndsTheBatch) {
     }
 }
 
-// What a domain keeps out must be known to fail.
+// What a domain keeps out must be known to fail, and every name in the catalogue means something.
 TEST_F(Contract, EveryDomainHasAFailingCall) {
     const std::vector<failing_call> calls = failing_calls();
-    for (const argument_domain& domain : argument_domains) {
+    for (const argument_fact& fact : bifun::argument_facts) {
         std::set<std::string_view> named;
         for (const entry_point& entry : entry_points) {
-            if (domain.position < entry.argument_count && domain_of(entry, domain.position) == &domain) {
+            if (fact.position < entry.argument_count && &bifun::fact_of(entry, fact.position) == &fact) {
                 const bool fails = std::ranges::any_of(calls, [&](const failing_call& call) { return call.is_of(entry); });
-                EXPECT_TRUE(fails || !domain.others_fail) << entry.symbol << ", argument " << domain.position;
-                named.insert(domain.names.find(entry.builtin) != std::string_view::npos ? entry.builtin : entry.symbol);
+                EXPECT_TRUE(fails || fact.others_pass || domain_of(entry, fact.position) == nullptr)
+                    << entry.symbol << ", argument " << fact.position;
+                named.insert(bifun::has_word(fact.names, entry.symbol) ? entry.symbol : entry.builtin);
             }
         }
-        EXPECT_EQ(named.size(), 1U + std::ranges::count(domain.names, ' ')) << domain.names;
+        EXPECT_EQ(named.size(), 1U + std::ranges::count(fact.names, ' ')) << fact.names;
     }
 }
 

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
+#include <set>
 #include <sstream>
 #include <string>
 
@@ -12,12 +14,10 @@
 namespace contract {
 namespace {
 
-bool contains(const argument_domain& domain, long double x) {
-    return std::isnan(x) ? domain.takes_nan : x >= domain.low && x <= domain.high;
-}
+bool contains(const argument_fact& domain, long double x) { return std::isnan(x) ? domain.takes_nan : x >= domain.low && x <= domain.high; }
 
 // A value outside goes round in the domain, or to the other side of 0 where there is room without end.
-template <class T> void move_into(const argument_domain& domain, T& value) {
+template <class T> void move_into(const argument_fact& domain, T& value) {
     const auto x = static_cast<long double>(value);
     if (!contains(domain, x)) {
         const long double width = domain.high - domain.low;
@@ -27,7 +27,7 @@ template <class T> void move_into(const argument_domain& domain, T& value) {
 }
 
 // A datetime with such a year, which is a leap year where the old one is.
-void move_into(const argument_domain& domain, zqtime& value) {
+void move_into(const argument_fact& domain, zqtime& value) {
     auto year = static_cast<std::int32_t>(zqtime_get_year(&value));
     if (!contains(domain, year)) {
         constexpr std::int32_t calendar_cycle = 400;
@@ -39,13 +39,13 @@ void move_into(const argument_domain& domain, zqtime& value) {
     }
 }
 
-void move_into(const argument_domain& domain, xdec& value) {
+void move_into(const argument_fact& domain, xdec& value) {
     if (!contains(domain, xdec_to_double(&value))) {
         xdec_fill_one(&value);
     }
 }
 
-template <class T> void move_rows_into(const argument_domain& domain, zqengine::column_storage& column) {
+template <class T> void move_rows_into(const argument_fact& domain, zqengine::column_storage& column) {
     for (std::uint32_t row = 0; row < column.capacity; ++row) {
         if (column.data.null_flags[row] != 0) {
             move_into(domain, zqengine::values_of<T>(column)[row]);
@@ -53,37 +53,52 @@ template <class T> void move_rows_into(const argument_domain& domain, zqengine::
     }
 }
 
+// Texts, or the codes of fields or keywords; none where a range counts.
+std::vector<std::string> texts_of(const argument_fact& domain) {
+    if (!domain.texts.empty()) {
+        return parts_of(domain.texts);
+    }
+    std::set<std::int32_t> codes;
+    for (const bifun::keyword& known : domain.keywords.words) {
+        if (domain.fields == 0 || bifun::contains(domain.fields, known.code)) {
+            codes.insert(known.code);
+        }
+    }
+    std::vector<std::string> texts;
+    std::ranges::transform(codes, std::back_inserter(texts), [](std::int32_t code) { return std::to_string(code); });
+    return texts;
+}
+
 } // namespace
 
-const argument_domain* domain_of(const bifun::entry_point& entry, std::size_t position) {
-    const auto* const found = std::ranges::find_if(argument_domains, [&](const argument_domain& domain) {
-        return is_named(entry, domain.names) && domain.position == position && domain.type == entry.argument_list[position].type;
-    });
-    return found == std::end(argument_domains) ? nullptr : found;
+const argument_fact* domain_of(const bifun::entry_point& entry, std::size_t position) {
+    const argument_fact& fact = bifun::fact_of(entry, position);
+    const bool is_range = fact.low > -bifun::no_limit || fact.high < bifun::no_limit || !fact.takes_nan;
+    return is_range || !texts_of(fact).empty() ? &fact : nullptr;
 }
 
 std::size_t value_count(const bifun::entry_point& entry, std::size_t position) {
-    const argument_domain* const domain = domain_of(entry, position);
-    return domain != nullptr && !domain->texts.empty() ? parts_of(domain->texts).size()
-                                                       : boundary_count(entry.argument_list[position].type);
+    const argument_fact* const domain = domain_of(entry, position);
+    const std::size_t texts = domain == nullptr ? 0 : texts_of(*domain).size();
+    return texts > 0 ? texts : boundary_count(entry.argument_list[position].type);
 }
 
 zqengine::column_pointer sound_column(const bifun::entry_point& entry, std::size_t position, std::uint32_t row_count, double null_rate,
                                       std::uint64_t seed) {
     const value_type type = entry.argument_list[position].type;
     zqengine::column_pointer column = generate_column(type, row_count, null_rate, seed);
-    const argument_domain* const domain = domain_of(entry, position);
+    const argument_fact* const domain = domain_of(entry, position);
     if (domain == nullptr) {
         return column;
     }
-    if (domain->texts.empty()) {
+    const std::vector<std::string> texts = texts_of(*domain);
+    if (texts.empty()) {
         type == value_type::INT        ? move_rows_into<std::int32_t>(*domain, *column)
         : type == value_type::BIGINT   ? move_rows_into<std::int64_t>(*domain, *column)
         : type == value_type::DOUBLE   ? move_rows_into<double>(*domain, *column)
         : type == value_type::DATETIME ? move_rows_into<zqtime>(*domain, *column)
                                        : move_rows_into<xdec>(*domain, *column);
     }
-    const std::vector<std::string> texts = parts_of(domain->texts);
     for (std::uint32_t row = 0; row < row_count && !texts.empty(); ++row) {
         if (column->data.null_flags[row] != 0) {
             read_value(*column, row, texts[(row + seed) % texts.size()]);

@@ -1,0 +1,99 @@
+// The words that people write in a call where its entry points take numbers: fields of dates, and the ends that TRIM trims.
+#ifndef BIFUN_FRAME_KEYWORDS_H
+#define BIFUN_FRAME_KEYWORDS_H
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <string_view>
+
+#include "engine/datetime.h"
+
+namespace bifun {
+
+// Whether `word` is one of `words`, which have single blanks between them.
+constexpr bool has_word(std::string_view words, std::string_view word) {
+    while (!words.empty()) {
+        const std::size_t length = words.substr(0, words.find(' ')).size();
+        if (words.substr(0, length) == word) {
+            return true;
+        }
+        words.remove_prefix(length == words.size() ? length : length + 1);
+    }
+    return false;
+}
+
+// A number by its names in upper case; the first is the one to show.
+struct keyword {
+    std::int32_t code;
+    std::string_view names;
+};
+
+enum class keyword_role : std::uint8_t {
+    none,
+    field, // the part of a date that is meant, a zqtime_field: the first argument as people write it, a bare word or a text
+    mode,  // a word that SQL's own syntax puts into the call
+};
+
+struct keyword_list {
+    keyword_role role = keyword_role::none;
+    std::span<const keyword> words = {};
+};
+
+// Null where the list has no such name. `name` is in upper case.
+constexpr const keyword* find_keyword(const keyword_list& list, std::string_view name) {
+    for (const keyword& known : list.words) {
+        if (has_word(known.names, name)) {
+            return &known;
+        }
+    }
+    return nullptr;
+}
+
+inline constexpr keyword datepart_words[] = {
+    {ZQTIME_YEAR, "YEAR YYYY YY"},
+    {ZQTIME_QUARTER, "QUARTER QQ Q"},
+    {ZQTIME_MONTH, "MONTH MM M"},
+    {ZQTIME_WEEK, "WEEK WK WW"},
+    {ZQTIME_DAY, "DAY DD D"},
+    {ZQTIME_DAY_OF_YEAR, "DAYOFYEAR DY Y"},
+    {ZQTIME_WEEKDAY, "WEEKDAY DW"},
+    {ZQTIME_HOUR, "HOUR HH"},
+    {ZQTIME_MINUTE, "MINUTE MI N"},
+    {ZQTIME_SECOND, "SECOND SS S"},
+    {ZQTIME_SUBSECOND, "MILLISECOND MS"},
+};
+inline constexpr keyword extract_words[] = {
+    {ZQTIME_YEAR, "YEAR"},
+    {ZQTIME_MONTH, "MONTH"},
+    {ZQTIME_DAY, "DAY"},
+    {ZQTIME_HOUR, "HOUR"},
+    {ZQTIME_MINUTE, "MINUTE"},
+    {ZQTIME_SECOND, "SECOND"},
+    {ZQTIME_SUBSECOND, "MICROSECOND"},
+    {ZQTIME_ZONE_HOUR, "TIMEZONE_HOUR"},
+    {ZQTIME_ZONE_MINUTE, "TIMEZONE_MINUTE"},
+};
+inline constexpr keyword trim_words[] = {{0, "BOTH"}, {579, "LEADING"}, {580, "TRAILING"}};
+
+inline constexpr keyword_list datepart_fields{keyword_role::field, datepart_words};
+inline constexpr keyword_list extract_fields{keyword_role::field, extract_words};
+inline constexpr keyword_list trim_modes{keyword_role::mode, trim_words};
+
+// Fields as a set: bit n is the field with code n.
+using field_set = std::uint32_t;
+template <class... Fields> constexpr field_set fields_of(Fields... fields) { return ((1U << fields) | ...); }
+constexpr bool contains(field_set set, std::int32_t field) { return field > 0 && field < 32 && (set >> field & 1) != 0; }
+
+inline constexpr field_set date_fields = fields_of(ZQTIME_YEAR, ZQTIME_MONTH, ZQTIME_DAY);
+inline constexpr field_set time_fields = fields_of(ZQTIME_HOUR, ZQTIME_MINUTE);
+inline constexpr field_set zone_fields = fields_of(ZQTIME_ZONE_HOUR, ZQTIME_ZONE_MINUTE);
+
+// Whether it takes a date to have the field.
+constexpr bool is_date_field(std::int32_t field) {
+    return contains(date_fields | fields_of(ZQTIME_QUARTER, ZQTIME_DAY_OF_YEAR, ZQTIME_WEEK, ZQTIME_WEEKDAY), field);
+}
+
+} // namespace bifun
+
+#endif

@@ -1,0 +1,135 @@
+// The loop of functions whose results are texts:
+//
+//     string_rows<kernel>(batch, arguments...)
+//
+// A kernel that has a bifun_string for its result points to bytes that are there already, of an argument or of the caller: they are copied.
+// One that has a string_room asks it for as many bytes as it needs and fills them.
+#ifndef BIFUN_FRAME_STRING_ROWS_H
+#define BIFUN_FRAME_STRING_ROWS_H
+
+#include "bop/frame/byte_operations.h"
+#include "bop/frame/row_loop.h"
+#include "engine/columns.h"
+
+namespace bifun {
+
+// ---- where texts go: policies as in bop/frame/results.h ----
+
+inline void assign_string(const batch& batch, std::uint32_t row, const bifun_string& value) {
+    (void)bdta3_col_assign_str(batch.environment, batch.memory, batch.result, row, value.data, value.length, value.trailing_blanks);
+}
+
+// Strings whose bytes the engine copies. They may be those of an argument or of the caller.
+struct assigned_strings {
+    using place = bifun_string;
+    const bifun::batch& batch;
+
+    explicit assigned_strings(const bifun::batch& batch) : batch(batch) {}
+    template <class Evaluate> status row(std::uint32_t row, const Evaluate& evaluate) {
+        bifun_string value;
+        const status outcome = evaluate(value);
+        if (outcome == BIFUN_OK) {
+            assign_string(batch, row, value);
+        }
+        return outcome;
+    }
+    void finish() const {}
+};
+
+// The same, copied into the column's free bytes where these lie open and the value fits with room behind it.
+struct copied_strings {
+    using place = bifun_string;
+    const bifun::batch& batch;
+    bifun_string* values;
+    bdta3_free_bytes free; // a copy, so that it stays in registers: only this loop writes the column
+
+    explicit copied_strings(const bifun::batch& batch)
+        : batch(batch), values(bifun::values<bifun_string>(batch)), free(free_bytes::of_column(*batch.result->data)) {}
+
+    template <class Evaluate> status row(std::uint32_t row, const Evaluate& evaluate) {
+        bifun_string value;
+        const status outcome = evaluate(value);
+        if (outcome == BIFUN_OK) {
+            if (value.length <= copy_room && static_cast<std::size_t>(free.end - free.top) >= copy_room) [[likely]] {
+                copy_into_room(free.top, value.data, value.length);
+                values[row] = {value.length, value.trailing_blanks, free.top};
+                free.top += value.length;
+            } else {
+                finish();
+                assign_string(batch, row, value);
+                free = free_bytes::of_column(*batch.result->data);
+            }
+        }
+        return outcome;
+    }
+    void finish() const { free_bytes::of_column(*batch.result->data).top = free.top; }
+};
+
+// ---- strings that kernels build where they are to lie ----
+
+// Which operation of the engine gives the bytes.
+enum class room_source : std::uint8_t { string, column_space };
+
+// Room for the bytes of one row, as the result of a kernel that knows the length before it writes.
+template <room_source source> struct room_in {
+    const bifun::batch& batch;
+    std::uint32_t row;
+};
+using string_room = room_in<room_source::string>;
+using column_space = room_in<room_source::column_space>;
+
+// Gives the row `length` bytes for the kernel to fill and as many blanks behind them. An empty text needs no bytes, and then `bytes` is
+// null. Returns 0 or -503.
+template <room_source source>
+status make_room(room_in<source>& room, std::uint32_t length, std::uint32_t trailing_blanks, std::uint8_t*& bytes) {
+    const batch& batch = room.batch;
+    bytes = nullptr;
+    if (length != 0) {
+        if constexpr (source == room_source::string) {
+            bytes =
+                bdta3_colstr_assign_without_value(batch.environment, batch.memory, batch.result->data, room.row, length, trailing_blanks);
+        } else {
+            bytes = bdta3_col_space_alloc(batch.environment, batch.memory, batch.result->data, length);
+        }
+        if (bytes == nullptr) {
+            return BIFUN_OUT_OF_MEMORY;
+        }
+    }
+    if (source == room_source::column_space || length == 0) {
+        values<bifun_string>(batch)[room.row] = {length, trailing_blanks, bytes};
+    }
+    return BIFUN_OK;
+}
+
+template <class Room> struct built_strings {
+    using place = Room;
+    const bifun::batch& batch;
+
+    explicit built_strings(const bifun::batch& batch) : batch(batch) {}
+    template <class Evaluate> status row(std::uint32_t row, const Evaluate& evaluate) {
+        Room room{batch, row};
+        return evaluate(room);
+    }
+    void finish() const {}
+};
+
+// ---- batches ----
+
+template <auto kernel, class Results, class... Arguments> status evaluate_strings(const batch& batch, const Arguments&... arguments) {
+    check_types<kernel, typename Results::place, Arguments...>();
+    return (is_null_constant(arguments) || ...) ? null_rows(batch) : evaluate_rows<kernel, no_checks, Results>(batch, arguments...);
+}
+
+template <auto kernel, class... Arguments> status string_rows(batch_of<VARCHAR> batch, Arguments... arguments) {
+    using result = result_of<kernel, Arguments...>;
+    if constexpr (!std::is_same_v<result, bifun_string>) {
+        return evaluate_strings<kernel, built_strings<result>>(batch, argument(arguments)...);
+    } else {
+        return free_bytes_are_open() ? evaluate_strings<kernel, copied_strings>(batch, argument(arguments)...)
+                                     : evaluate_strings<kernel, assigned_strings>(batch, argument(arguments)...);
+    }
+}
+
+} // namespace bifun
+
+#endif
