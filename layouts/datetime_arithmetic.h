@@ -100,7 +100,7 @@ constexpr bool add_months(datetime_words words, std::int64_t months, bool keep_l
     const std::uint32_t old_day = datetime_layout::day_of_date(date);
     // Months since the first one, wrapping as above.
     const std::uint64_t count =
-        static_cast<std::uint64_t>(months_of_date(date) - calendar::min_year * 12) + static_cast<std::uint64_t>(months);
+        static_cast<std::uint32_t>(months_of_date(date) - calendar::min_year * 12) + static_cast<std::uint64_t>(months);
     const auto index = static_cast<std::uint32_t>(count);
     const std::int32_t year = static_cast<std::int32_t>(index / 12) + calendar::min_year;
     const std::uint32_t month = index % 12 + 1;

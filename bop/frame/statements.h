@@ -2,7 +2,7 @@
 #ifndef BIFUN_FRAME_STATEMENTS_H
 #define BIFUN_FRAME_STATEMENTS_H
 
-#include <cstddef>
+#include <cstdint>
 
 #include "engine/statements.h"
 
