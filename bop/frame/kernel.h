@@ -14,6 +14,7 @@
 #include <cstddef>
 #include <tuple>
 #include <type_traits>
+#include <utility>
 
 #include "bop/frame/batch.h"
 
@@ -46,8 +47,6 @@ struct value_or_unwritten {
 };
 
 // ---- the types of a kernel ----
-
-template <class... T> struct type_list;
 
 template <std::size_t argument_count, class Outcome, class... Parameters> struct kernel_types {
     static_assert(sizeof...(Parameters) == argument_count, "the kernel has another number of arguments than it is called with");

@@ -18,7 +18,7 @@ double magnitude(double x) {
 
 std::int32_t sign(double x) { return static_cast<std::int32_t>(x > 0) - static_cast<std::int32_t>(0 > x); }
 
-// The sum quiets a signalling NaN, which not every instruction set's rounding does.
+// The sum quiets a signalling NaN, which not every processor's rounding does.
 double ceiling(double x) { return std::isnan(x) ? x + x : std::ceil(x); }
 double floor_of(double x) { return std::isnan(x) ? x + x : std::floor(x); }
 

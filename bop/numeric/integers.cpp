@@ -29,7 +29,7 @@ std::int64_t remainder(std::int64_t x, std::int64_t y) {
     return y == -1 ? 0 : x % y;
 }
 
-// The same without integer division, which no instruction set has for vectors. With d = y and q = x / d in double arithmetic, whose
+// The same without integer division, which vectors do not have. With d = y and q = x / d in double arithmetic, whose
 // error is below |q| 2^-51, x - q d is at most |d| + 2^12 in magnitude; dividing that once more leaves a remainder that is wrong by at
 // most one d. Differences and products wrap; only the remainder has to be right.
 std::int64_t remainder_by_reciprocal(std::int64_t x, std::int64_t y) {
