@@ -11,7 +11,6 @@
 #include "bop/bifun_date/weekday.h"
 #include "bop/frame/row_loop.h"
 #include "bop/frame/string_rows.h"
-#include "bop/frame/vector_arithmetic.h"
 
 namespace bifun {
 namespace {
@@ -42,11 +41,11 @@ template <class Datetimes> double seconds(const zqtime& value) {
 // Interval fields are given as they are stored.
 std::int32_t years(const bifun_interval_ym& value) { return value.years; }
 std::int32_t months(const bifun_interval_ym& value) { return value.months; }
-std::int32_t days(const bifun_interval_dt& value) { return alone(value.days); }
-std::int32_t hours(const bifun_interval_dt& value) { return alone(value.hours); }
-std::int32_t minutes(const bifun_interval_dt& value) { return alone(value.minutes); }
-std::int32_t whole_seconds(const bifun_interval_dt& value) { return alone(value.seconds); }
-std::int32_t fraction(const bifun_interval_dt& value) { return alone(value.microseconds); }
+std::int32_t days(const bifun_interval_dt& value) { return value.days; }
+std::int32_t hours(const bifun_interval_dt& value) { return value.hours; }
+std::int32_t minutes(const bifun_interval_dt& value) { return value.minutes; }
+std::int32_t whole_seconds(const bifun_interval_dt& value) { return value.seconds; }
+std::int32_t fraction(const bifun_interval_dt& value) { return value.microseconds; }
 double seconds_of_interval(const bifun_interval_dt& value) { return value.seconds + value.microseconds / 1000000.0; }
 
 // ---- columns of datetimes ----------------------------------------------------------------------------------------------------

@@ -129,8 +129,8 @@ status evaluate_in_passes(const batch& batch, std::uint32_t first, std::uint32_t
         compute_block<kernel>(results, flags, passed, no_nulls, rows...);
     } else {
         // Results wait here until they are known to be good: a row behind the failing one must not be written.
-        Result waiting[rows_per_block];
-        std::uint8_t waiting_flags[rows_per_block];
+        Result waiting[most_rows_per_block];
+        std::uint8_t waiting_flags[most_rows_per_block];
         write_null_flags(waiting_flags, passed, no_nulls, rows...);
         compute_block<kernel>(waiting, waiting_flags, passed, no_nulls, rows...);
         passed = rows_with_good_results<Checks::result>(waiting, waiting_flags, passed, failure);

@@ -2,8 +2,6 @@
 #ifndef BIFUN_FRAME_VECTOR_ARITHMETIC_H
 #define BIFUN_FRAME_VECTOR_ARITHMETIC_H
 
-#include <cstdint>
-
 namespace bifun {
 
 // x * y + z rounded once, in an instruction; elsewhere std::fma is a call.
@@ -19,12 +17,6 @@ constexpr bool vectors_convert_bigints = true;
 #else
 constexpr bool vectors_convert_bigints = false;
 #endif
-
-// The value, kept out of vectors: assembling them of numbers that lie 20 bytes apart takes twice as long as storing the numbers one by one.
-inline std::int32_t alone(std::int32_t value) {
-    asm("" : "+r"(value)); // NOLINT(hicpp-no-assembler): no instruction, but the compiler does not know that
-    return value;
-}
 
 } // namespace bifun
 

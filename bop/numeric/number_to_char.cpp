@@ -19,7 +19,7 @@ constexpr std::uint32_t longest_nls = 128;
 
 // Where the engine writes the text of a row: zeros when it begins, whatever it did with them in the row before. What it writes up to a NUL
 // is the text.
-template <std::uint32_t size> struct text_buffer { char bytes[size]; };
+template <std::uint32_t size> struct alignas(64) text_buffer { char bytes[size]; };
 using formatted_text = text_buffer<ZQ_FORMATTED_NUMBER_SIZE>;
 using decimal_text = text_buffer<512>;
 using double_text = text_buffer<ZQ_DOUBLE_TEXT_SIZE>;

@@ -115,7 +115,8 @@ status read_digits(const bifun_string& text, digit_text& digits) {
     return BIFUN_OK;
 }
 
-status truncate_digits(const bifun_string& text, std::int32_t scale, double& result) {
+// Not inlined: its buffer is more than a loop over rows should have beside its own.
+[[gnu::noinline]] status truncate_digits(const bifun_string& text, std::int32_t scale, double& result) {
     digit_text digits;
     const status read = read_digits(text, digits);
     if (read != BIFUN_OK) {
