@@ -62,6 +62,20 @@ void spell_as_builtin(expression& call) {
     call.operands = std::move(operands);
 }
 
+std::string meaning_with_names(const bifun::builtin& builtin) {
+    std::string text(builtin.meaning);
+    std::string_view separator = "; also ";
+    for (const bifun::spelling& known : bifun::spellings) {
+        for (std::string_view names = known.builtin == builtin.name ? known.names : std::string_view(); !names.empty();) {
+            const std::string_view name = names.substr(0, names.find(' '));
+            text.append(separator).append(name);
+            separator = ", ";
+            names.remove_prefix(std::min(name.size() + 1, names.size()));
+        }
+    }
+    return text;
+}
+
 std::string call_text(const expression& call) {
     const std::string name = upper_case(call.name);
     const auto* const known = std::ranges::find(bifun::spellings, name, &bifun::spelling::builtin);

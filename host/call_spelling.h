@@ -5,6 +5,7 @@
 #include <string>
 #include <string_view>
 
+#include "bop/frame/catalogue.h"
 #include "host/sql_syntax.h"
 
 namespace host {
@@ -14,6 +15,9 @@ bool is_own_syntax(std::string_view parser_name);
 
 // Gives a call by such a name, with the arguments as the parser has them, the name and the arguments of the built-in.
 void spell_as_builtin(expression& call);
+
+// What a built-in does, with its further names: "...; also SUBSTRING".
+std::string meaning_with_names(const bifun::builtin& builtin);
 
 // A call as SQL text: in the built-in's own syntax where it has one for so many arguments.
 std::string call_text(const expression& call);

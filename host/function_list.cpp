@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "bop/frame/catalogue.h"
+#include "host/call_spelling.h"
 #include "host/member_choice.h"
 #include "host/program_error.h"
 
@@ -15,7 +16,7 @@ std::string function_list() {
     }
     std::string text;
     for (const bifun::builtin& known : bifun::builtins) {
-        text += fmt::format("{:<{}}  {}\n", known.form, width, known.meaning);
+        text += fmt::format("{:<{}}  {}\n", known.form, width, meaning_with_names(known));
     }
     return text;
 }
@@ -25,8 +26,8 @@ std::string function_description(std::string_view name) {
     if (known == nullptr) {
         fail("{}", unknown_function(name));
     }
-    std::string text =
-        fmt::format("{}\n    {}\n\nExample\n    bifun \"SELECT {}\"\n\nEntry points\n", known->form, known->meaning, known->example);
+    std::string text = fmt::format("{}\n    {}\n\nExample\n    bifun \"SELECT {}\"\n\nEntry points\n", known->form,
+                                   meaning_with_names(*known), known->example);
     std::size_t width = 0;
     for (const bifun::entry_point& member : bifun::entry_points) {
         width = member.builtin == known->name ? std::max(width, std::string_view(member.symbol).size()) : width;

@@ -7,6 +7,7 @@
 
 #include "bop/frame/catalogue.h"
 #include "host/binding.h"
+#include "host/call_spelling.h"
 #include "host/execution.h"
 #include "host/output.h"
 #include "host/settings.h"
@@ -143,8 +144,8 @@ std::string function_reference() {
     std::string text = fmt::format(introduction, fmt::arg("null_takers", takers_of_null()), fmt::arg("fields", names_of_fields()));
     text += "\n## Built-ins\n\n| Function | Meaning | Example | Result |\n|---|---|---|---|\n";
     for (const bifun::builtin& known : bifun::builtins) {
-        text += fmt::format("| `{}` | {} | `{}` | `{}` |\n", in_cell(known.form), in_cell(known.meaning), in_cell(known.example),
-                            in_cell(example_result(known, settings, library)));
+        text += fmt::format("| `{}` | {} | `{}` | `{}` |\n", in_cell(known.form), in_cell(meaning_with_names(known)),
+                            in_cell(known.example), in_cell(example_result(known, settings, library)));
     }
     text += "\n## Entry points\n\nArguments are columns unless they are called constant.\n";
     for (const bifun::builtin& known : bifun::builtins) {

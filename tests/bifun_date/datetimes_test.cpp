@@ -12,8 +12,8 @@
 
 #include "embedded/session/parameters.h"
 #include "engine/datetime.h"
-#include "engine/statements.h"
 #include "engine/session.h"
+#include "engine/statements.h"
 #include "tests/contract/text_case.h"
 
 // Replaces the engine's operation in this program: it can be told what to answer.

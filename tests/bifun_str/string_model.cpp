@@ -322,7 +322,9 @@ std::string row_of(const bifun_settings& settings, std::string_view builtin, con
          : builtin == "SUBSTRING_INDEX" ? substring_index(charset, first, second, number(2, 0))
          : builtin == "INSTR"           ? search(settings, true, unit::character, first, second, number(2, 1), number(3, 1))
          : builtin == "INSTRB"          ? search(settings, true, unit::byte, first, second, number(2, 1), number(3, 1))
-         : search(settings, builtin == "POSITION", unit::character, second, first, std::max<std::int64_t>(number(2, 1), 0), 1);
+         : builtin == "POSITION" || builtin == "LOCATE"
+             ? search(settings, builtin == "POSITION", unit::character, second, first, std::max<std::int64_t>(number(2, 1), 0), 1)
+         : "no model of " + std::string(builtin);
     // clang-format on
 }
 
@@ -376,6 +378,16 @@ std::string shown(const contract::outcome& outcome, std::uint32_t row) {
 }
 
 } // namespace
+
+std::vector<const bifun::entry_point*> string_functions() {
+    std::vector<const bifun::entry_point*> found;
+    for (const bifun::entry_point& entry : bifun::entry_points) {
+        if (std::string_view(entry.symbol).ends_with("_str")) {
+            found.push_back(&entry);
+        }
+    }
+    return found;
+}
 
 string_call call_strings(const entry_point& entry, const std::vector<std::vector<value>>& rows) {
     std::vector<argument_column> columns;

@@ -43,6 +43,9 @@ std::string row_of(const bifun_settings& settings, std::string_view builtin, con
 
 // ---- calls of the string functions, whatever bytes the texts hold ----
 
+// Those of the catalogue: their names end in _str.
+std::vector<const bifun::entry_point*> string_functions();
+
 struct string_call {
     contract::outcome outcome;
     std::vector<std::string> rows; // as the model prints them, `?` for one without a flag
