@@ -1,7 +1,6 @@
 // Datetimes moved by an amount: DATEADD, ADD_*, DATE_ADD, DATE_SUB, LAST_DAY, NEXT_DAY; and intervals made from numbers. A result outside
 // the range of years ends the batch.
 
-#include <algorithm>
 #include <array>
 
 #include "bop/bifun_date/datetime_operations.h"
@@ -115,7 +114,9 @@ status parse_weekday(const bifun_string& name, std::int32_t& weekday) {
         return BIFUN_DAY_NAME_TOO_LONG;
     }
     std::array<char, longest_day_name + 1> text{};
-    std::copy_n(name.data, name.length, text.begin());
+    if (name.length != 0) {
+        std::memcpy(text.data(), name.data, name.length);
+    }
     const std::uint32_t found = zqtime_convert_weekday(global_bifun_var.charset_code, text.data());
     weekday = static_cast<std::int32_t>(found);
     return found == ZQTIME_UNKNOWN_WEEKDAY ? BIFUN_UNKNOWN_DAY_NAME : BIFUN_OK;

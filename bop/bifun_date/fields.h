@@ -7,8 +7,8 @@
 namespace bifun {
 
 // The code of a field, as in zqtime_field, from a name of DATEPART: one letter as it is listed, longer names in any case. 0 for another
-// text.
-std::int32_t ifun_parse_datepart(const std::uint8_t* name, std::uint32_t length);
+// text. One function for all instruction sets: it reads a constant, and is called once for a batch.
+extern "C" std::int32_t ifun_parse_datepart(const std::uint8_t* name, std::uint32_t length);
 
 } // namespace bifun
 

@@ -37,7 +37,8 @@ inline void release(bifun_environment* environment, bifun_memory_object* memory,
 inline std::uint8_t* reserve(scratch& scratch, std::uint64_t size) {
     if (scratch.bytes == nullptr || size > scratch.size) {
         constexpr std::uint64_t smallest = 256;
-        const std::uint64_t wanted = std::min<std::uint64_t>(std::max({size, smallest, std::uint64_t{scratch.size} * 2}), UINT32_MAX);
+        const std::uint64_t grown = std::max(smallest, std::uint64_t{scratch.size} * 2);
+        const std::uint64_t wanted = std::min<std::uint64_t>(std::max(size, grown), UINT32_MAX);
         release(scratch.environment, scratch.memory, scratch.bytes);
         scratch.bytes =
             size > wanted
