@@ -280,7 +280,7 @@ status entry::bltrim_va_str(batch_of<VARCHAR> batch, constant_of<VARCHAR> text, 
     // Nothing is left of nothing, whatever the sets are: they are not looked at.
     for (std::uint32_t row = 0; row < batch.row_count; ++row) {
         null_flags(batch)[row] = 1;
-        assign_string(batch, row, {});
+        set_value(batch, row, bifun_string{});
     }
     batch.result->no_nulls = 1;
     return BIFUN_OK;

@@ -28,7 +28,7 @@ void choose_block(std::uint8_t* __restrict flags, T* __restrict results, std::ui
 void choose_one(const batch& batch, std::uint32_t row, bool present, const bifun_string& value) {
     null_flags(batch)[row] = static_cast<std::uint8_t>(present);
     if (present) {
-        (void)bdta3_col_assign_str(batch.environment, batch.memory, batch.result, row, value.data, value.length, value.trailing_blanks);
+        set_value(batch, row, value);
     }
 }
 

@@ -66,9 +66,7 @@ template <value_type type, template <value_type> class Y> status nvl(batch_of<ty
 
 // ---- strings -----------------------------------------------------------------------------------------------------------
 
-void assign(batch_of<VARCHAR> batch, std::uint32_t row, const bifun_string& value) {
-    (void)bdta3_col_assign_str(batch.environment, batch.memory, batch.result, row, value.data, value.length, value.trailing_blanks);
-}
+void assign(batch_of<VARCHAR> batch, std::uint32_t row, const bifun_string& value) { set_value(batch, row, value); }
 
 void assign(batch_of<VARBINARY> batch, std::uint32_t row, const bifun_string& value) {
     (void)bdta3_col_assign_bin(batch.environment, batch.memory, batch.result, row, value.data, value.length);

@@ -33,6 +33,11 @@ inline void set_value(const batch& batch, std::uint32_t row, const zqtime& value
     (void)bdta3_set_datetime(batch.environment, batch.memory, batch.result, row, &record);
 }
 
+// The engine copies the bytes: they may be those of an argument or of the caller.
+inline void set_value(const batch& batch, std::uint32_t row, const bifun_string& value) {
+    (void)bdta3_col_assign_str(batch.environment, batch.memory, batch.result, row, value.data, value.length, value.trailing_blanks);
+}
+
 // Copies `source`, as seen through its selection vector, into the result. Only -503 counts as a failure: an engine's copy may have no
 // status to return.
 inline status copy_column(const batch& batch, const bifun_column* source) {

@@ -15,28 +15,7 @@ namespace bifun {
 
 // ---- where texts go: policies as in bop/frame/results.h ----
 
-inline void assign_string(const batch& batch, std::uint32_t row, const bifun_string& value) {
-    (void)bdta3_col_assign_str(batch.environment, batch.memory, batch.result, row, value.data, value.length, value.trailing_blanks);
-}
-
-// Strings whose bytes the engine copies. They may be those of an argument or of the caller.
-struct assigned_strings {
-    using place = bifun_string;
-    const bifun::batch& batch;
-
-    explicit assigned_strings(const bifun::batch& batch) : batch(batch) {}
-    template <class Evaluate> status row(std::uint32_t row, const Evaluate& evaluate) {
-        bifun_string value;
-        const status outcome = evaluate(value);
-        if (outcome == BIFUN_OK) {
-            assign_string(batch, row, value);
-        }
-        return outcome;
-    }
-    void finish() const {}
-};
-
-// The same, copied into the column's free bytes where these lie open and the value fits with room behind it.
+// Copied into the column's free bytes, where these lie open and the value fits with room behind it. Else through the engine: set_results.
 struct copied_strings {
     using place = bifun_string;
     const bifun::batch& batch;
@@ -56,7 +35,7 @@ struct copied_strings {
                 free.top += value.length;
             } else {
                 finish();
-                assign_string(batch, row, value);
+                set_value(batch, row, value);
                 free = free_bytes::of_column(*batch.result->data);
             }
         }
@@ -126,7 +105,7 @@ template <auto kernel, class... Arguments> status string_rows(batch_of<VARCHAR> 
         return evaluate_strings<kernel, built_strings<result>>(batch, argument(arguments)...);
     } else {
         return free_bytes_are_open() ? evaluate_strings<kernel, copied_strings>(batch, argument(arguments)...)
-                                     : evaluate_strings<kernel, assigned_strings>(batch, argument(arguments)...);
+                                     : evaluate_strings<kernel, set_results<bifun_string>>(batch, argument(arguments)...);
     }
 }
 

@@ -57,7 +57,10 @@ std::int64_t remainder_by_reciprocal(std::int64_t x, std::int64_t y) {
 }
 
 // Divisions one by one are faster by the instruction.
-constexpr auto best_remainder = vectors_convert_bigints ? remainder_by_reciprocal : remainder;
+template <class X, class Y> status remainders(batch_of<BIGINT> batch, X x, Y y) {
+    constexpr auto kernel = vectors_convert_bigints ? remainder_by_reciprocal : remainder;
+    return setters_are_plain_stores() ? store_all_rows<kernel>(batch, x, y) : set_rows<remainder>(batch, x, y);
+}
 
 } // namespace
 
@@ -70,14 +73,8 @@ status entry::bfloor_a_math_int(batch_of<INT> batch, column_of<INT> x) { return 
 status entry::btrunc_int_def_a_math_int(batch_of<INT> batch, column_of<INT> x) { return set_all_rows<whole_integer>(batch, x); }
 status entry::bceil_a_math_int64(batch_of<BIGINT> batch, column_of<BIGINT> x) { return set_all_rows<whole_bigint>(batch, x); }
 
-status entry::bmod_va_do_math_int64(batch_of<BIGINT> batch, constant_of<BIGINT> x, column_of<BIGINT> y) {
-    return set_all_rows<best_remainder>(batch, x, y);
-}
-status entry::bmod_av_do_math_int64(batch_of<BIGINT> batch, column_of<BIGINT> x, constant_of<BIGINT> y) {
-    return set_all_rows<best_remainder>(batch, x, y);
-}
-status entry::bmod_aa_math_int64(batch_of<BIGINT> batch, column_of<BIGINT> x, column_of<BIGINT> y) {
-    return set_all_rows<best_remainder>(batch, x, y);
-}
+status entry::bmod_va_do_math_int64(batch_of<BIGINT> batch, constant_of<BIGINT> x, column_of<BIGINT> y) { return remainders(batch, x, y); }
+status entry::bmod_av_do_math_int64(batch_of<BIGINT> batch, column_of<BIGINT> x, constant_of<BIGINT> y) { return remainders(batch, x, y); }
+status entry::bmod_aa_math_int64(batch_of<BIGINT> batch, column_of<BIGINT> x, column_of<BIGINT> y) { return remainders(batch, x, y); }
 
 } // namespace bifun
