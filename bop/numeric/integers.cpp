@@ -56,10 +56,11 @@ std::int64_t remainder_by_reciprocal(std::int64_t x, std::int64_t y) {
     return y_is_trivial ? trivial_remainder : remainder;
 }
 
+constexpr auto remainder_in_vectors = vectors_convert_bigints ? remainder_by_reciprocal : remainder;
+
 // Divisions one by one are faster by the instruction.
 template <class X, class Y> status remainders(batch_of<BIGINT> batch, X x, Y y) {
-    constexpr auto kernel = vectors_convert_bigints ? remainder_by_reciprocal : remainder;
-    return setters_are_plain_stores() ? store_all_rows<kernel>(batch, x, y) : set_rows<remainder>(batch, x, y);
+    return setters_are_plain_stores() ? store_all_rows<remainder_in_vectors>(batch, x, y) : set_rows<remainder>(batch, x, y);
 }
 
 } // namespace
