@@ -300,6 +300,7 @@ bool expected_flag(null_rule rule, const std::vector<call_argument>& arguments, 
     case null_rule::first_only:
         return present(arguments[0]);
     case null_rule::replaced:
+    case null_rule::both_null:
         return std::ranges::any_of(arguments, present);
     case null_rule::chosen: {
         const std::int32_t condition = zqengine::values_of<std::int32_t>(*arguments[0].column)[row];
