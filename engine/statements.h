@@ -40,6 +40,10 @@ typedef struct bifun_engine_statements {
     /* ZQTIME_LAYOUT_PACKED: datetimes are laid out as layouts/datetime_layout.h describes, and the calendar is that of layouts/calendar.h.
      * The library takes datetimes apart and counts days in its own loops. */
     int32_t datetime_layout;
+
+    /* zq_get_lpad_str and zq_get_rpad_str do what engine/strings.h says. The library pads text of single-byte characters with such
+     * characters itself. */
+    int32_t pads_as_described;
 } bifun_engine_statements;
 
 /* Weak, so that an engine need not have it. */
