@@ -49,6 +49,9 @@ uint32_t zq_mbget_bytelen(const uint8_t* text, uint32_t length, uint32_t start, 
 /* Non-zero where the byte at `offset`, below `length`, is the first of a character. */
 int32_t zq_char_start(const uint8_t* text, uint32_t length, uint32_t offset);
 
+/* Non-zero where one of `count` characters, of which these are the lengths, has more than one byte. */
+int32_t zq_translate_from_str_has_mb(const uint32_t* lengths, uint32_t count);
+
 /* ---- changing text in place ----------------------------------------------------------------------------------------- */
 
 /* Upper and lower case, character by character, by Unicode's simple mappings, where the other case has as many bytes. What is no valid

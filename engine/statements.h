@@ -41,6 +41,9 @@ typedef struct bifun_engine_statements {
      * The library takes datetimes apart and counts days in its own loops. */
     int32_t datetime_layout;
 
+    /* zq_get_lpad_str and zq_get_rpad_str do what engine/strings.h says. The library pads with single-byte characters itself. */
+    int32_t pads_as_described;
+
     /* Where the charset_code of bifun_settings is ZQ_CHARSET_UTF8, the operations of engine/charset.h tell the characters of well-formed
      * UTF-8 as Unicode does, and bytes below 0x80 are a character each, whatever stands before them. The library does not call them for
      * short texts that are well-formed. */

@@ -1,4 +1,4 @@
-/* Owned string values. */
+/* Owned string values, and padding. */
 #ifndef BIFUN_ENGINE_STRINGS_H
 #define BIFUN_ENGINE_STRINGS_H
 
@@ -50,6 +50,25 @@ void nstr_clear(bifun_environment* environment, nstr* target);
 
 /* Releases what the nstr holds outside its reserved bytes; a value that lies in them stays. */
 void nstr_non_reserved_clear(bifun_environment* environment, nstr* target);
+
+/* Store `text`, padded on the left or on the right to `length` characters, in row `row` of a string column that is written: its bytes, if
+ * any, in storage of the column, and the string record. The row's null flag is left alone.
+ *
+ * The text is the full text: its trailing blanks are characters like others. Of a text of `length` characters or more the row gets the
+ * first `length`, and nothing where `length` is below 1. In front of or behind a shorter one stand the characters of `pad`, again and again
+ * until there are `length` characters; a pad of no bytes pads nothing. Where `pad` ends in the beginning of a character, however many bytes
+ * it has, a blank stands in its place, so that it does not join with what follows.
+ *
+ * Blanks at the very end of the result are its trailing blank count where they are trailing blanks of the text or padding; stored blanks of
+ * the text, and all other blanks, are bytes. So padding on the left leaves the text's trailing blanks a count, and padding on the right
+ * with blanks writes none.
+ *
+ * Return 0; -6108 where the result has more than 32767 bytes, its trailing blanks among them, and -503: then the row is as it was, or
+ * empty. */
+int32_t zq_get_lpad_str(bifun_environment* environment, bifun_memory_object* memory, bifun_column_data* result, uint32_t row,
+                        const bifun_string* text, int32_t length, const uint8_t* pad, uint32_t pad_length);
+int32_t zq_get_rpad_str(bifun_environment* environment, bifun_memory_object* memory, bifun_column_data* result, uint32_t row,
+                        const bifun_string* text, int32_t length, const uint8_t* pad, uint32_t pad_length);
 
 #ifdef __cplusplus
 }

@@ -31,6 +31,8 @@ inline bool decimals_are_packed() { return statement_of_engine<&bifun_engine_sta
 
 inline bool datetimes_are_packed() { return statement_of_engine<&bifun_engine_statements::datetime_layout>() == ZQTIME_LAYOUT_PACKED; }
 
+inline bool pads_as_described() { return statement_of_engine<&bifun_engine_statements::pads_as_described>() != 0; }
+
 } // namespace bifun
 
 #endif

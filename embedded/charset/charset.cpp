@@ -242,6 +242,10 @@ std::int32_t zq_char_start(const std::uint8_t* text, std::uint32_t length, std::
     return in_database_charset([=](auto charset) { return charset.is_start(text, length, offset); }) ? 1 : 0;
 }
 
+int32_t zq_translate_from_str_has_mb(const std::uint32_t* lengths, std::uint32_t count) {
+    return std::any_of(lengths, lengths + count, [](std::uint32_t length) { return length > 1; }) ? 1 : 0;
+}
+
 void zq_mbsupper_ex(std::uint8_t* text, std::uint32_t length) { change_text(text, length, letter_case::upper); }
 void zq_mbslower_ex(std::uint8_t* text, std::uint32_t length) { change_text(text, length, letter_case::lower); }
 std::uint8_t zqupper(std::uint8_t character) { return fold_ascii(character, letter_case::upper); }

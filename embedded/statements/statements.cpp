@@ -9,5 +9,6 @@ bifun_engine_statements zq_engine_statements = {
     .ascii_is_single_byte = 1,
     .decimal_layout = XDEC_LAYOUT_PACKED_128,
     .datetime_layout = ZQTIME_LAYOUT_PACKED,
+    .pads_as_described = 1,
     .utf8_is_unicode = 1,
 };

@@ -99,7 +99,9 @@ class Contract : public testing::Test {
 // What the engine says of itself and other engines may not say, in the order of the record.
 constexpr std::int32_t bifun_engine_statements::*engine_statements[] = {
     &bifun_engine_statements::setters_are_plain_stores, &bifun_engine_statements::free_bytes_are_open,
-    &bifun_engine_statements::ascii_is_single_byte, &bifun_engine_statements::decimal_layout, &bifun_engine_statements::datetime_layout};
+    &bifun_engine_statements::ascii_is_single_byte,     &bifun_engine_statements::decimal_layout,
+    &bifun_engine_statements::datetime_layout,          &bifun_engine_statements::pads_as_described,
+    &bifun_engine_statements::utf8_is_unicode};
 constexpr unsigned all_statements = (1U << std::size(engine_statements)) - 1;
 
 // Makes the engine unsay those whose bits are set, as long as this lives.
@@ -480,8 +482,9 @@ TEST_F(Contract, AnyRowIsTheSameWhateverTheEngineSaysOfItself) {
 }
 
 TEST(EngineStatements, AreNotReadBehindTheRecordThatTheEngineHas) {
-    constexpr bool (*library_takes_as_said[])() = {bifun::setters_are_plain_stores, bifun::free_bytes_are_open, bifun::ascii_is_single_byte,
-                                                   bifun::decimals_are_packed, bifun::datetimes_are_packed};
+    constexpr bool (*library_takes_as_said[])() = {bifun::setters_are_plain_stores, bifun::free_bytes_are_open,
+                                                   bifun::ascii_is_single_byte,     bifun::decimals_are_packed,
+                                                   bifun::datetimes_are_packed,     bifun::pads_as_described};
     const unsaid nothing(0);
     for (std::uint32_t count = 0; count <= std::size(engine_statements); ++count) {
         zq_engine_statements.size = static_cast<std::uint32_t>(sizeof zq_engine_statements.size + count * sizeof(std::int32_t));

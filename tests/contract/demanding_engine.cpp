@@ -14,6 +14,7 @@
 #include "engine/interval.h"
 #include "engine/number_check.h"
 #include "engine/number_format.h"
+#include "engine/strings.h"
 
 using u8 = std::uint8_t;
 using u32 = std::uint32_t;
@@ -98,6 +99,16 @@ OPERATION(u8*, bdta3_col_space_alloc, (environment * e, memory* m, bifun_column_
           (demand_room(size), embedded(e, m, c, size)))
 OPERATION(u8*, bdta3_colstr_assign_without_value, (environment * e, memory* m, bifun_column_data* c, u32 row, u32 length, u32 blanks),
           (demand_room(length), embedded(e, m, c, row, length, blanks)))
+
+// ---- strings ----
+
+#define PADDING(name)                                                                                                                      \
+    OPERATION(                                                                                                                             \
+        i32, name,                                                                                                                         \
+        (environment * e, memory * m, bifun_column_data * c, u32 row, const bifun_string* text, i32 length, const u8* pad, u32 size),      \
+        status_of(demand_call(e, m, embedded(e, m, c, row, text, length, pad, size))))
+PADDING(zq_get_lpad_str)
+PADDING(zq_get_rpad_str)
 
 // ---- decimals ----
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <iterator>
 #include <memory>
 #include <numeric>
 #include <random>
@@ -227,6 +228,10 @@ TEST_F(Charset, OperationsAgreeOnAnyBytes) {
                 valid_count += is_valid;
             }
             ASSERT_EQ(zq_mbstrlen_ex(text.data(), text.length), count);
+            std::vector<std::uint32_t> lengths;
+            std::ranges::transform(characters, std::back_inserter(lengths),
+                                   [](const auto& c) { return static_cast<std::uint32_t>(c.size()); });
+            ASSERT_EQ(zq_translate_from_str_has_mb(lengths.data(), count) != 0, count != text.length);
             std::vector<std::uint32_t> written(text.length);
             ASSERT_EQ(zq_mbstrlen_cposition_ex(text.data(), text.length, written.data()), count);
             ASSERT_EQ(written, positions);
