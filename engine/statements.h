@@ -25,8 +25,8 @@ typedef struct bifun_engine_statements {
 
     /* `engine_header[1]` of a string column that is written points to the column's bdta3_free_bytes, all of which may be overwritten at
      * will, and bdta3_col_assign_str does nothing but copy the bytes to `top`, set `top` behind them and store the string record, with
-     * data pointing to the copy. The library does that itself for short values as long as there is room, and calls the operation for the
-     * others. */
+     * data pointing to the copy. bdta3_colstr_assign_without_value and bdta3_col_space_alloc give bytes in the same way. The library does
+     * that itself as long as there is room, and calls the operations for the others. */
     int32_t free_bytes_are_open;
 
     /* In the database character set bytes below 0x80 that only such bytes precede are a character each, and the operations of
@@ -41,9 +41,13 @@ typedef struct bifun_engine_statements {
      * The library takes datetimes apart and counts days in its own loops. */
     int32_t datetime_layout;
 
-    /* zq_get_lpad_str and zq_get_rpad_str do what engine/strings.h says. The library pads text of single-byte characters with such
-     * characters itself. */
+    /* zq_get_lpad_str and zq_get_rpad_str do what engine/strings.h says. The library pads with single-byte characters itself. */
     int32_t pads_as_described;
+
+    /* Where the charset_code of bifun_settings is ZQ_CHARSET_UTF8, the operations of engine/charset.h tell the characters of well-formed
+     * UTF-8 as Unicode does, and bytes below 0x80 are a character each, whatever stands before them. The library does not call them for
+     * short texts that are well-formed. */
+    int32_t utf8_is_unicode;
 } bifun_engine_statements;
 
 /* Weak, so that an engine need not have it. */

@@ -110,6 +110,25 @@ status with_search(bifun_environment* environment, bifun_memory_object* memory, 
     return outcome;
 }
 
+// Calls `body` with the search for a constant's full text, which has at least one byte, as with_search() does.
+template <class Body>
+status with_constant_search(const batch& batch, const bifun_string& pattern, const search_request& request, search_algorithm algorithm,
+                            const Body& body) {
+    return with_scratch(batch.environment, batch.memory, string_source_file, [&](scratch& scratch) -> status {
+        const std::uint64_t length = full_length(pattern);
+        std::uint8_t* bytes = pattern.data;
+        if (pattern.trailing_blanks != 0 || changes_pattern(request)) {
+            bytes = reserve(scratch, length);
+            if (bytes == nullptr) {
+                return fail_batch(batch, BIFUN_OUT_OF_MEMORY);
+            }
+            write_full_text(bytes, pattern);
+        }
+        const auto failed = [&](status failure) { return fail_batch(batch, failure); };
+        return with_search(batch.environment, batch.memory, bytes, static_cast<std::uint32_t>(length), algorithm, request, failed, body);
+    });
+}
+
 // The offset of the occurrence that is asked for, from `from` on, or ZQ_NOT_FOUND. `positions` is null for text of single-byte characters.
 inline std::uint32_t find_occurrence(const zq_pattern& pattern, const std::uint8_t* text, std::uint32_t length,
                                      const std::uint32_t* positions, std::uint32_t from, std::uint32_t occurrence) {

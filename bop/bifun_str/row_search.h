@@ -24,23 +24,27 @@ status with_row_search(bifun_environment* environment, bifun_memory_object* memo
     });
 }
 
-// The pattern has at least one byte or blank.
-[[gnu::noinline]] inline located search_row(const row_search& search, bifun_string pattern, bifun_string value) {
+// Calls `body` with the search for the full text of a pattern, which has at least one byte or blank. -503, or -6108 where it cannot be
+// reversed.
+template <class Body> status with_prepared_row(const row_search& search, const bifun_string& pattern, const Body& body) {
     const std::uint64_t length = full_length(pattern);
     std::uint8_t* const bytes = reserve(search.pattern_scratch, length);
     if (bytes == nullptr) {
-        return {0, BIFUN_OUT_OF_MEMORY};
+        return BIFUN_OUT_OF_MEMORY;
     }
     write_full_text(bytes, pattern);
     const search_algorithm algorithm = length <= ZQ_SHIFT_OR_LENGTH ? search.short_pattern_algorithm : search_algorithm::boyer_moore;
-    located found{};
-    const status searched = with_search(
+    return with_search(
         search.pattern_scratch.environment, search.pattern_scratch.memory, bytes, static_cast<std::uint32_t>(length), algorithm,
-        search.request, [](status failure) { return failure; },
-        [&](pattern_search& prepared) {
-            found = search_value(prepared, search.text_scratch, value);
-            return found.outcome;
-        });
+        search.request, [](status failure) { return failure; }, body);
+}
+
+[[gnu::noinline]] inline located search_row(const row_search& search, bifun_string pattern, bifun_string value) {
+    located found{};
+    const status searched = with_prepared_row(search, pattern, [&](pattern_search& prepared) {
+        found = search_value(prepared, search.text_scratch, value);
+        return found.outcome;
+    });
     return {found.position, searched};
 }
 

@@ -87,21 +87,8 @@ status search_for_constant(batch_of<INT> batch, constant_of<VARCHAR> given, cons
     if (!present || is_empty(pattern)) {
         return null_rows(batch);
     }
-    return with_scratch(batch.environment, batch.memory, string_source_file, [&, &pattern = pattern](scratch& scratch) -> status {
-        const std::uint64_t length = full_length(pattern);
-        std::uint8_t* bytes = pattern.data;
-        if (pattern.trailing_blanks != 0 || changes_pattern(request)) {
-            bytes = reserve(scratch, length);
-            if (bytes == nullptr) {
-                return fail_batch(batch, BIFUN_OUT_OF_MEMORY);
-            }
-            write_full_text(bytes, pattern);
-        }
-        return with_search(
-            batch.environment, batch.memory, bytes, static_cast<std::uint32_t>(length), algorithm, request,
-            [&](status failure) { return fail_batch(batch, failure); },
-            [&](pattern_search& search) { return rows_of_search(batch, search, text); });
-    });
+    return with_constant_search(batch, pattern, request, algorithm,
+                                [&](pattern_search& search) { return rows_of_search(batch, search, text); });
 }
 
 // ---- a pattern for every row -----------------------------------------------------------------------------------------------

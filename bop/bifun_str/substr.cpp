@@ -116,11 +116,11 @@ void whole_text(const bifun_string& text, bifun_string& copy) { copy = text; }
 
 // ---- SUBSTRB -----------------------------------------------------------------------------------------------------------
 
-// Copies bytes `first` to `end` of the stored ones; those of characters that the range cuts become blanks.
-void copy_whole_characters(const text_operations& texts, std::uint8_t* target, const bifun_string& text, std::uint32_t first,
-                           std::uint32_t end) {
+// Bytes `first` to `end` of the stored ones; those of characters that the range cuts become blanks.
+void append_whole_characters(const text_operations& texts, text_writer& part, const bifun_string& text, std::uint32_t first,
+                             std::uint32_t end) {
     if (has_single_bytes(texts, text)) {
-        std::memcpy(target, text.data + first, end - first);
+        append(part, text.data + first, end - first);
         return;
     }
     const auto begins_character = [&](std::uint32_t offset) {
@@ -134,8 +134,9 @@ void copy_whole_characters(const text_operations& texts, std::uint8_t* target, c
     while (whole_end > whole_first && !begins_character(whole_end)) {
         --whole_end;
     }
-    std::memset(target, blank, end - first);
-    std::memcpy(target + (whole_first - first), text.data + whole_first, whole_end - whole_first);
+    append(part, blank, whole_first - first);
+    append(part, text.data + whole_first, whole_end - whole_first);
+    append(part, blank, end - whole_end);
 }
 
 // All blanks of a value of which stored bytes remain are the result's.
@@ -147,10 +148,10 @@ value_or_null substring_in_bytes(const text_operations& texts, const bifun_strin
     }
     const auto first = static_cast<std::uint32_t>(range.start - 1);
     const auto stored = static_cast<std::uint32_t>(range.stored);
-    std::uint8_t* bytes;
-    const status made = make_room(space, stored, stored == 0 ? range.blanks : text.trailing_blanks, bytes);
-    if (made == BIFUN_OK && stored != 0) {
-        copy_whole_characters(texts, bytes, text, first, first + stored);
+    text_writer part;
+    const status made = make_room(space, stored, stored == 0 ? range.blanks : text.trailing_blanks, part);
+    if (made == BIFUN_OK) {
+        append_whole_characters(texts, part, text, first, first + stored);
     }
     return made;
 }

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 
+#include "bop/bifun_str/utf8.h"
 #include "bop/frame/scratch.h"
 #include "bop/frame/statements.h"
 #include "bop/frame/string_rows.h"
@@ -17,9 +18,13 @@ constexpr const char* string_source_file = "bop/bifun_str";
 // How characters are told. For a kernel that has to know, an argument: fixed(text_operations_of_engine()).
 struct text_operations {
     bool ascii_is_single_byte; // so that nobody has to be asked about text of such bytes
+    bool utf8_is_unicode;      // nor about short well-formed text; and bytes below 0x80 are characters anywhere
 };
 
-inline text_operations text_operations_of_engine() { return {ascii_is_single_byte()}; }
+inline text_operations text_operations_of_engine() {
+    const bool is_utf8 = global_bifun_var.charset_code == ZQ_CHARSET_UTF8;
+    return {ascii_is_single_byte(), is_utf8 && utf8_is_unicode()};
+}
 
 // Whether every character of the stored bytes is known to have one byte, without asking the engine.
 inline bool has_single_bytes(const text_operations& texts, const bifun_string& value) {
@@ -29,6 +34,44 @@ inline bool has_single_bytes(const text_operations& texts, const bifun_string& v
 // The same for the first `count` stored bytes.
 inline bool begins_with_single_bytes(const text_operations& texts, const bifun_string& value, std::uint32_t count) {
     return texts.ascii_is_single_byte && begins_with_ascii(value.data, count);
+}
+
+// The number of characters of the stored bytes.
+inline std::uint32_t stored_characters(const text_operations& texts, const bifun_string& value) {
+    if (!texts.ascii_is_single_byte) {
+        return zq_mbstrlen_ex(value.data, value.length);
+    }
+    if (value.length > longest_masked) [[unlikely]] {
+        return is_long_text_ascii(value.data, value.length) ? value.length : zq_mbstrlen_ex(value.data, value.length);
+    }
+    const text_bytes<64> bytes(value.data, value.length);
+    if (bytes_beyond_ascii(bytes) == 0) {
+        return value.length;
+    }
+    if (texts.utf8_is_unicode) {
+        const utf8_characters characters = utf8_characters_of(bytes, value.length);
+        if (characters.are_known) [[likely]] {
+            return static_cast<std::uint32_t>(std::popcount(characters.starts));
+        }
+    }
+    return zq_mbstrlen_ex(value.data, value.length);
+}
+
+// The offset behind the first n characters of the stored bytes; their length where there are fewer.
+inline std::uint32_t offset_of_character(const text_operations& texts, const bifun_string& value, std::uint32_t n) {
+    if (texts.ascii_is_single_byte && value.length <= longest_masked) [[likely]] {
+        const text_bytes<64> bytes(value.data, value.length);
+        if (bytes_beyond_ascii(bytes) == 0) {
+            return n < value.length ? n : value.length;
+        }
+        if (texts.utf8_is_unicode) {
+            const utf8_characters characters = utf8_characters_of(bytes, value.length);
+            if (characters.are_known) [[likely]] {
+                return offset_of_start(characters.starts, n, value.length);
+            }
+        }
+    }
+    return zq_mbsninc_ex(value.data, value.length, n);
 }
 
 // What a call gives for a row. A record, not a reference to the loop's result: that stays in registers then.
@@ -41,12 +84,15 @@ inline bool is_empty(const bifun_string& value) { return value.length == 0 && va
 
 inline std::uint64_t full_length(const bifun_string& value) { return std::uint64_t{value.length} + value.trailing_blanks; }
 
+inline void append_full_text(text_writer& text, const bifun_string& value) {
+    append(text, value.data, value.length);
+    append(text, blank, value.trailing_blanks);
+}
+
 // The full text in `target`, which has room for it.
 inline void write_full_text(std::uint8_t* target, const bifun_string& value) {
-    if (value.length != 0) {
-        std::memcpy(target, value.data, value.length);
-    }
-    std::memset(target + value.length, blank, value.trailing_blanks);
+    text_writer text{target, false};
+    append_full_text(text, value);
 }
 
 } // namespace bifun

@@ -60,6 +60,11 @@ inline std::uint64_t equal_bytes(const text_bytes<16>& text, std::uint8_t byte) 
 inline std::uint64_t bytes_beyond_ascii(const text_bytes<64>& text) { return _mm512_movepi8_mask(text.bytes); }
 inline std::uint64_t bytes_beyond_ascii(const text_bytes<16>& text) { return _mm_movepi8_mask(text.bytes); }
 
+// The bytes of `low` and above, as numbers without sign.
+inline std::uint64_t bytes_from(const text_bytes<64>& text, std::uint8_t low) {
+    return _mm512_mask_cmpge_epu8_mask(text.here, text.bytes, _mm512_set1_epi8(static_cast<char>(low)));
+}
+
 inline std::uint64_t whitespace_bytes(const text_bytes<16>& text) {
     const __mmask16 controls = _mm_mask_cmple_epu8_mask(text.here, _mm_sub_epi8(text.bytes, _mm_set1_epi8(9)), _mm_set1_epi8(4));
     return equal_bytes(text, blank) | controls;
@@ -75,12 +80,18 @@ inline std::uint32_t top_bits(byte_vector bytes) { return static_cast<std::uint3
 inline byte_vector equal(byte_vector bytes, std::uint8_t byte) {
     return _mm256_cmpeq_epi8(bytes, _mm256_set1_epi8(static_cast<char>(byte)));
 }
+inline byte_vector not_below(byte_vector bytes, std::uint8_t low) {
+    return _mm256_cmpeq_epi8(_mm256_max_epu8(bytes, _mm256_set1_epi8(static_cast<char>(low))), bytes);
+}
 #else
 using byte_vector = __m128i;
 inline byte_vector load_vector(const std::uint8_t* bytes) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes)); }
 inline void store_vector(std::uint8_t* to, byte_vector bytes) { _mm_storeu_si128(reinterpret_cast<__m128i*>(to), bytes); }
 inline std::uint32_t top_bits(byte_vector bytes) { return static_cast<std::uint32_t>(_mm_movemask_epi8(bytes)); }
 inline byte_vector equal(byte_vector bytes, std::uint8_t byte) { return _mm_cmpeq_epi8(bytes, _mm_set1_epi8(static_cast<char>(byte))); }
+inline byte_vector not_below(byte_vector bytes, std::uint8_t low) {
+    return _mm_cmpeq_epi8(_mm_max_epu8(bytes, _mm_set1_epi8(static_cast<char>(low))), bytes);
+}
 #endif
 
 // Whether `width` bytes may be loaded where a text of `length` is: it has bytes, and they lie in one page, of the smallest that processors
@@ -134,6 +145,9 @@ inline std::uint64_t equal_bytes(const text_bytes<64>& text, std::uint8_t byte) 
 inline std::uint64_t bytes_beyond_ascii(const text_bytes<64>& text) {
     return mask_of(text, [](byte_vector bytes) { return bytes; });
 }
+inline std::uint64_t bytes_from(const text_bytes<64>& text, std::uint8_t low) {
+    return mask_of(text, [low](byte_vector bytes) { return not_below(bytes, low); });
+}
 
 template <> struct text_bytes<16> {
     std::uint32_t here;
@@ -181,6 +195,9 @@ template <std::uint32_t width> std::uint64_t equal_bytes(const text_bytes<width>
 }
 template <std::uint32_t width> std::uint64_t bytes_beyond_ascii(const text_bytes<width>& text) {
     return mask_of(text, [](std::uint8_t found) { return found >= 0x80; });
+}
+template <std::uint32_t width> std::uint64_t bytes_from(const text_bytes<width>& text, std::uint8_t low) {
+    return mask_of(text, [low](std::uint8_t found) { return found >= low; });
 }
 template <std::uint32_t width> std::uint64_t whitespace_bytes(const text_bytes<width>& text) { return mask_of(text, is_whitespace); }
 

@@ -145,6 +145,43 @@ inline void copy_into_room(std::uint8_t* to, const std::uint8_t* from, std::uint
 #endif
 }
 
+// ---- texts made of pieces ----
+
+// Where a text is being written.
+struct text_writer {
+    std::uint8_t* at;
+    bool may_overrun; // the copy_room bytes behind the text may be changed
+};
+
+inline void append(text_writer& text, const std::uint8_t* bytes, std::uint32_t length) {
+    if (text.may_overrun && length <= copy_room) [[likely]] {
+        copy_into_room(text.at, bytes, length);
+    } else if (length != 0) {
+        std::memcpy(text.at, bytes, length);
+    }
+    text.at += length;
+}
+
+// `count` times the byte.
+inline void append(text_writer& text, std::uint8_t byte, std::uint32_t count) {
+    if (text.may_overrun && count <= copy_room) [[likely]] {
+        std::memset(text.at, byte, copy_room);
+    } else if (count != 0) {
+        std::memset(text.at, byte, count);
+    }
+    text.at += count;
+}
+
+// Copies of what is written from `begin` on, at least one byte, until that has `length` bytes.
+inline void append_copies(text_writer& text, const std::uint8_t* begin, std::uint32_t length) {
+    const std::uint8_t* const end = begin + length;
+    while (text.at < end) {
+        const auto written = static_cast<std::uint32_t>(text.at - begin);
+        const auto left = static_cast<std::uint32_t>(end - text.at);
+        append(text, begin, written < left ? written : left);
+    }
+}
+
 } // namespace bifun
 
 #endif

@@ -20,6 +20,7 @@ constexpr std::size_t most_arguments = 5;
 enum class null_rule : std::uint8_t {
     propagates, // where any argument is: the usual
     replaced,   // where both arguments are: the second one stands in for a NULL
+    both_null,  // where both arguments are, and the no-null flag says whether any row is
     chosen,     // where the argument is that the first one chooses. The condition's own flag does not count, its value does even behind a
                 // NULL, and the result's no-null flag is only ever cleared
     first_only, // where the first argument is: constants go by their length, whatever their flags say

@@ -25,6 +25,8 @@ inline bool free_bytes_are_open() { return statement_of_engine<&bifun_engine_sta
 
 inline bool ascii_is_single_byte() { return statement_of_engine<&bifun_engine_statements::ascii_is_single_byte>() != 0; }
 
+inline bool utf8_is_unicode() { return statement_of_engine<&bifun_engine_statements::utf8_is_unicode>() != 0; }
+
 inline bool decimals_are_packed() { return statement_of_engine<&bifun_engine_statements::decimal_layout>() == XDEC_LAYOUT_PACKED_128; }
 
 inline bool datetimes_are_packed() { return statement_of_engine<&bifun_engine_statements::datetime_layout>() == ZQTIME_LAYOUT_PACKED; }

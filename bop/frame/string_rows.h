@@ -3,7 +3,7 @@
 //     string_rows<kernel>(batch, arguments...)
 //
 // A kernel that has a bifun_string for its result points to bytes that are there already, of an argument or of the caller: they are copied.
-// One that has a string_room asks it for as many bytes as it needs and fills them.
+// One that has a string_room asks it for as many bytes as it needs and writes them, piece by piece.
 #ifndef BIFUN_FRAME_STRING_ROWS_H
 #define BIFUN_FRAME_STRING_ROWS_H
 
@@ -46,47 +46,68 @@ struct copied_strings {
 
 // ---- strings that kernels build where they are to lie ----
 
-// Which operation of the engine gives the bytes.
+// Which operation of the engine gives the bytes where free bytes do not lie open.
 enum class room_source : std::uint8_t { string, column_space };
 
 // Room for the bytes of one row, as the result of a kernel that knows the length before it writes.
 template <room_source source> struct room_in {
     const bifun::batch& batch;
     std::uint32_t row;
+    bdta3_free_bytes* free; // the column's, where they lie open, else null
 };
 using string_room = room_in<room_source::string>;
 using column_space = room_in<room_source::column_space>;
 
-// Gives the row `length` bytes for the kernel to fill and as many blanks behind them. An empty text needs no bytes, and then `bytes` is
-// null. Returns 0 or -503.
+// From the engine.
 template <room_source source>
-status make_room(room_in<source>& room, std::uint32_t length, std::uint32_t trailing_blanks, std::uint8_t*& bytes) {
+[[gnu::noinline]] std::uint8_t* ask_for_room(const room_in<source>& room, std::uint32_t length, std::uint32_t trailing_blanks) {
     const batch& batch = room.batch;
-    bytes = nullptr;
-    if (length != 0) {
-        if constexpr (source == room_source::string) {
-            bytes =
-                bdta3_colstr_assign_without_value(batch.environment, batch.memory, batch.result->data, room.row, length, trailing_blanks);
-        } else {
-            bytes = bdta3_col_space_alloc(batch.environment, batch.memory, batch.result->data, length);
-        }
-        if (bytes == nullptr) {
+    if constexpr (source == room_source::string) {
+        return bdta3_colstr_assign_without_value(batch.environment, batch.memory, batch.result->data, room.row, length, trailing_blanks);
+    } else {
+        return bdta3_col_space_alloc(batch.environment, batch.memory, batch.result->data, length);
+    }
+}
+
+// Gives the row `length` bytes, which the kernel has to write, and as many blanks behind them. An empty text needs no bytes: nothing may be
+// written then. Returns 0 or -503.
+template <room_source source>
+status make_room(const room_in<source>& room, std::uint64_t length, std::uint32_t trailing_blanks, text_writer& text) {
+    const auto size = static_cast<std::uint32_t>(length);
+    if (length == 0) {
+        text = {nullptr, false};
+    } else if (room.free != nullptr && static_cast<std::uint64_t>(room.free->end - room.free->top) >= length + copy_room) [[likely]] {
+        text = {room.free->top, true};
+        room.free->top += length;
+    } else {
+        text = {length > UINT32_MAX ? nullptr : ask_for_room(room, size, trailing_blanks), false};
+        if (text.at == nullptr) {
             return BIFUN_OUT_OF_MEMORY;
         }
     }
-    if (source == room_source::column_space || length == 0) {
-        values<bifun_string>(batch)[room.row] = {length, trailing_blanks, bytes};
-    }
+    values<bifun_string>(room.batch)[room.row] = {size, trailing_blanks, text.at};
     return BIFUN_OK;
+}
+
+// A text that is there already.
+template <room_source source> status copy_text(const room_in<source>& room, const bifun_string& value) {
+    text_writer text;
+    const status made = make_room(room, value.length, value.trailing_blanks, text);
+    if (made == BIFUN_OK) {
+        append(text, value.data, value.length);
+    }
+    return made;
 }
 
 template <class Room> struct built_strings {
     using place = Room;
     const bifun::batch& batch;
+    bdta3_free_bytes* free;
 
-    explicit built_strings(const bifun::batch& batch) : batch(batch) {}
+    explicit built_strings(const bifun::batch& batch)
+        : batch(batch), free(free_bytes_are_open() ? &free_bytes::of_column(*batch.result->data) : nullptr) {}
     template <class Evaluate> status row(std::uint32_t row, const Evaluate& evaluate) {
-        Room room{batch, row};
+        Room room{batch, row, free};
         return evaluate(room);
     }
     void finish() const {}

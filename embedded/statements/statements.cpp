@@ -10,4 +10,5 @@ bifun_engine_statements zq_engine_statements = {
     .decimal_layout = XDEC_LAYOUT_PACKED_128,
     .datetime_layout = ZQTIME_LAYOUT_PACKED,
     .pads_as_described = 1,
+    .utf8_is_unicode = 1,
 };

@@ -100,7 +100,8 @@ class Contract : public testing::Test {
 constexpr std::int32_t bifun_engine_statements::*engine_statements[] = {
     &bifun_engine_statements::setters_are_plain_stores, &bifun_engine_statements::free_bytes_are_open,
     &bifun_engine_statements::ascii_is_single_byte,     &bifun_engine_statements::decimal_layout,
-    &bifun_engine_statements::datetime_layout,          &bifun_engine_statements::pads_as_described};
+    &bifun_engine_statements::datetime_layout,          &bifun_engine_statements::pads_as_described,
+    &bifun_engine_statements::utf8_is_unicode};
 constexpr unsigned all_statements = (1U << std::size(engine_statements)) - 1;
 
 // Makes the engine unsay those whose bits are set, as long as this lives.
@@ -301,6 +302,7 @@ bool expected_flag(null_rule rule, const std::vector<call_argument>& arguments, 
     case null_rule::first_only:
         return present(arguments[0]);
     case null_rule::replaced:
+    case null_rule::both_null:
         return std::ranges::any_of(arguments, present);
     case null_rule::chosen: {
         const std::int32_t condition = zqengine::values_of<std::int32_t>(*arguments[0].column)[row];

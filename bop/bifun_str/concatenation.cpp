@@ -1,0 +1,109 @@
+// CONCAT, REPEAT and SPACE. Blanks at the end of a result are a count.
+
+#include "bop/bifun_str/entry_points.h"
+#include "bop/bifun_str/overlay.h"
+
+namespace bifun {
+namespace {
+
+// ---- CONCAT: a part that is NULL is empty, and the result is NULL where both are ---------------------------------------------
+
+status concatenation(const bifun_string& a, const bifun_string& b, string_room& room) {
+    // Where b has no bytes, a's blanks stay a count.
+    const std::uint64_t length = b.length == 0 ? a.length : full_length(a) + b.length;
+    if (length > longest_built_text) {
+        return BIFUN_INVALID_CHARACTER_STRING;
+    }
+    text_writer text;
+    const status made = make_room(room, length, b.length == 0 ? a.trailing_blanks + b.trailing_blanks : b.trailing_blanks, text);
+    if (made == BIFUN_OK && length != 0) {
+        append(text, a.data, a.length);
+        if (b.length != 0) {
+            append(text, blank, a.trailing_blanks);
+            append(text, b.data, b.length);
+        }
+    }
+    return made;
+}
+
+[[gnu::noinline]] status present_part(const bifun_string* a, const bifun_string* b, string_room& room) {
+    if (b == nullptr && a->length > longest_built_text) {
+        return BIFUN_ARGUMENT_OUT_OF_DOMAIN;
+    }
+    return copy_text(room, b == nullptr ? *a : *b);
+}
+
+template <class A, class B> status concat(batch_of<VARCHAR> batch, A a, B b) {
+    built_strings<string_room> results(batch);
+    batch.result->no_nulls = 1;
+    const auto concatenate = [&](std::uint32_t first, std::uint32_t count, const auto& a_rows, const auto& b_rows) -> status {
+        std::uint8_t* const flags = null_flags(batch) + first;
+        for (std::uint32_t k = 0; k < count; ++k) {
+            const bool a_is_present = a_rows.has_value(k);
+            const bool b_is_present = b_rows.has_value(k);
+            flags[k] = a_is_present || b_is_present ? 1 : 0;
+            if (flags[k] == 0) {
+                batch.result->no_nulls = 0;
+                continue;
+            }
+            const status outcome = results.row(first + k, [&](string_room& room) {
+                return a_is_present && b_is_present
+                           ? concatenation(a_rows[k], b_rows[k], room)
+                           : present_part(a_is_present ? &a_rows[k] : nullptr, b_is_present ? &b_rows[k] : nullptr, room);
+            });
+            if (outcome < BIFUN_OK) {
+                flags[k] = 0;
+                return outcome;
+            }
+        }
+        return BIFUN_OK;
+    };
+    return stop_at_failure(batch, for_each_block(batch.row_count, concatenate, argument(a), argument(b)));
+}
+
+// ---- REPEAT and SPACE --------------------------------------------------------------------------------------------------------
+
+status repeat(const bifun_string& value, std::int32_t count, string_room& room) {
+    const std::uint64_t whole = full_length(value) * static_cast<std::uint32_t>(count);
+    if (whole > longest_built_text) {
+        return BIFUN_ARGUMENT_OUT_OF_DOMAIN;
+    }
+    // The last blanks are a count.
+    const std::uint32_t blanks = value.length == 0 ? static_cast<std::uint32_t>(whole) : count == 0 ? 0 : value.trailing_blanks;
+    const auto length = static_cast<std::uint32_t>(whole) - blanks;
+    text_writer text;
+    const status made = make_room(room, length, blanks, text);
+    if (made != BIFUN_OK || length == 0) {
+        return made;
+    }
+    std::uint8_t* const begin = text.at;
+    append(text, value.data, value.length);
+    if (count > 1) {
+        append(text, blank, value.trailing_blanks);
+        append_copies(text, begin, length);
+    }
+    return BIFUN_OK;
+}
+
+status space(std::int32_t count, string_room& room) {
+    if (count < 0 || static_cast<std::uint32_t>(count) > longest_built_text) {
+        return BIFUN_ARGUMENT_OUT_OF_DOMAIN;
+    }
+    text_writer text;
+    return make_room(room, 0, static_cast<std::uint32_t>(count), text);
+}
+
+} // namespace
+
+status entry::bconcat_aa_str(batch_of<VARCHAR> batch, column_of<VARCHAR> a, column_of<VARCHAR> b) { return concat(batch, a, b); }
+status entry::bconcat_va_str(batch_of<VARCHAR> batch, constant_of<VARCHAR> a, column_of<VARCHAR> b) { return concat(batch, a, b); }
+status entry::bconcat_av_str(batch_of<VARCHAR> batch, column_of<VARCHAR> a, constant_of<VARCHAR> b) { return concat(batch, a, b); }
+
+status entry::brepeatstr_av_str(batch_of<VARCHAR> batch, column_of<VARCHAR> value, constant_of<INT> count) {
+    const auto [times, present] = argument(count);
+    return present && times < 0 ? fail_batch(batch, BIFUN_ARGUMENT_OUT_OF_DOMAIN) : string_rows<repeat>(batch, value, count);
+}
+
+status entry::bspace_a_str(batch_of<VARCHAR> batch, column_of<INT> count) { return string_rows<space>(batch, count); }
+
+} // namespace bifun

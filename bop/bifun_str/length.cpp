@@ -1,0 +1,45 @@
+// LENGTH and LENGTHB: characters or bytes of the stored text, with or without its trailing blanks. The length of an empty text is NULL, or 0
+// in the compatible mode for that.
+
+#include "bop/bifun_str/entry_points.h"
+#include "bop/bifun_str/text.h"
+
+namespace bifun {
+namespace {
+
+constexpr std::uint32_t empty_texts_have_length_zero = 3;
+
+// What the length of an empty text is.
+value_or_null length_of_empty() {
+    return global_bifun_var.compatible_mode == empty_texts_have_length_zero ? value_or_null() : value_or_null::null();
+}
+
+value_or_null length(const text_operations& texts, const value_or_null& of_empty, const bifun_string& text, std::int32_t& characters) {
+    characters = static_cast<std::int32_t>(stored_characters(texts, text));
+    return text.length == 0 ? of_empty : value_or_null();
+}
+
+value_or_null length_space(const text_operations& texts, const value_or_null& of_empty, const bifun_string& text,
+                           std::int32_t& characters) {
+    characters = static_cast<std::int32_t>(stored_characters(texts, text) + text.trailing_blanks);
+    return is_empty(text) ? of_empty : value_or_null();
+}
+
+value_or_null lengthb(const value_or_null& of_empty, const bifun_string& text, std::int32_t& bytes) {
+    bytes = static_cast<std::int32_t>(text.length + text.trailing_blanks);
+    return is_empty(text) ? of_empty : value_or_null();
+}
+
+} // namespace
+
+status entry::blength_a_str(batch_of<INT> batch, column_of<VARCHAR> text) {
+    return set_rows<length>(batch, fixed(text_operations_of_engine()), fixed(length_of_empty()), text);
+}
+status entry::blength_space_a_str(batch_of<INT> batch, column_of<VARCHAR> text) {
+    return set_rows<length_space>(batch, fixed(text_operations_of_engine()), fixed(length_of_empty()), text);
+}
+status entry::blengthb_a_str(batch_of<INT> batch, column_of<VARCHAR> text) {
+    return set_rows<lengthb>(batch, fixed(length_of_empty()), text);
+}
+
+} // namespace bifun

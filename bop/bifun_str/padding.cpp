@@ -1,0 +1,149 @@
+// LPAD and RPAD: a text with copies of a pad before or behind it, or cut, so that it has a certain number of characters. The rules are
+// those of the engine's operations in engine/strings.h. Pads of single-byte characters are set here, where the engine lets the library; the
+// others by the engine.
+
+#include "bop/bifun_str/entry_points.h"
+#include "bop/bifun_str/overlay.h"
+#include "engine/strings.h"
+
+namespace bifun {
+namespace {
+
+enum class side : std::uint8_t { left, right };
+
+// What pads look like to the loop.
+struct pad_operations {
+    text_operations texts;
+    bool pads_as_described;
+};
+
+// How many of the first `length` characters of the pad's copies are blanks at their end.
+std::uint32_t blanks_at_end(const bifun_string& pad, std::uint32_t length) {
+    const std::uint32_t cut = length % pad.length;
+    std::uint32_t blanks = trailing(blank, pad.data, cut);
+    if (blanks == cut && length > cut) {
+        const std::uint32_t of_whole = trailing(blank, pad.data, pad.length);
+        blanks = of_whole == pad.length ? length : blanks + of_whole;
+    }
+    return blanks;
+}
+
+void append_pad(text_writer& text, const bifun_string& pad, std::uint32_t length) {
+    if (pad.length == 1) {
+        append(text, *pad.data, length);
+        return;
+    }
+    std::uint8_t* const begin = text.at;
+    append(text, pad.data, std::min(pad.length, length));
+    append_copies(text, begin, length);
+}
+
+status cut_text(const text_operations& texts, const bifun_string& value, std::uint32_t stored, std::uint32_t length, string_room& room) {
+    if (length >= stored) {
+        return copy_text(room, {value.length, length - stored, value.data});
+    }
+    return copy_text(room, {offset_of_character(texts, value, length), 0, value.data});
+}
+
+template <side at> status pad_single_bytes(const text_operations& texts, const bifun_string& value, std::uint32_t length,
+                                           const bifun_string& pad, string_room& room) {
+    const std::uint32_t stored = stored_characters(texts, value);
+    const std::uint64_t characters = std::uint64_t{stored} + value.trailing_blanks;
+    if (characters >= length) {
+        return cut_text(texts, value, stored, length, room);
+    }
+    const std::uint64_t bytes = full_length(value);
+    auto padded = pad.length == 0 ? 0 : static_cast<std::uint32_t>(length - characters);
+    if (bytes + padded > longest_built_text) {
+        return BIFUN_INVALID_CHARACTER_STRING;
+    }
+    // Where the pad ends the text, its last blanks are a count.
+    const bool pad_is_last = padded != 0 && (at == side::right || value.length == 0);
+    const std::uint32_t last_blanks = pad_is_last ? blanks_at_end(pad, padded) : 0;
+    padded -= last_blanks;
+    std::uint32_t counted = value.trailing_blanks + last_blanks;
+    std::uint32_t written_blanks = 0;
+    if (at == side::right && padded != 0) {
+        written_blanks = value.trailing_blanks;
+        counted = last_blanks;
+    }
+    const std::uint64_t size = std::uint64_t{value.length} + written_blanks + padded;
+    text_writer text;
+    const status made = make_room(room, size, counted, text);
+    if (made != BIFUN_OK || size == 0) {
+        return made;
+    }
+    if (at == side::left) {
+        append_pad(text, pad, padded);
+    }
+    append(text, value.data, value.length);
+    if (at == side::right) {
+        append(text, blank, written_blanks);
+        append_pad(text, pad, padded);
+    }
+    return BIFUN_OK;
+}
+
+struct pad_scratch {
+    bool is_padded_here;
+    scratch& pad;
+};
+
+template <side at>
+status pad_to(const text_operations& texts, const bifun_string& value, std::int32_t length, const bifun_string& pad, pad_scratch& scratch,
+              string_room& room) {
+    bifun_string full_pad = pad;
+    if (pad.trailing_blanks != 0) {
+        const std::uint64_t pad_length = full_length(pad);
+        full_pad.data = reserve(scratch.pad, pad_length);
+        if (full_pad.data == nullptr) {
+            return BIFUN_OUT_OF_MEMORY;
+        }
+        write_full_text(full_pad.data, pad);
+        full_pad.length = static_cast<std::uint32_t>(pad_length);
+    }
+    if (scratch.is_padded_here && has_single_bytes(texts, full_pad)) [[likely]] {
+        return pad_single_bytes<at>(texts, value, static_cast<std::uint32_t>(std::max(length, 0)), full_pad, room);
+    }
+    const batch& batch = room.batch;
+    const auto operation = at == side::left ? zq_get_lpad_str : zq_get_rpad_str;
+    return operation(batch.environment, batch.memory, batch.result->data, room.row, &value, length, full_pad.data, full_pad.length);
+}
+
+template <side at, class Text, class Pad> status pad_rows(batch_of<VARCHAR> batch, Text text, constant_of<INT> length, Pad pad) {
+    return with_scratch(batch.environment, batch.memory, string_source_file, [&](scratch& pad_bytes) {
+        pad_scratch scratch{pads_as_described(), pad_bytes};
+        return string_rows<pad_to<at>>(batch, fixed(text_operations_of_engine()), text, length, pad, shared(scratch));
+    });
+}
+
+constexpr bifun_string one_blank{1, 0, const_cast<std::uint8_t*>(&blank)};
+
+} // namespace
+
+status entry::blpad_ava_str(batch_of<VARCHAR> batch, column_of<VARCHAR> text, constant_of<INT> length, column_of<VARCHAR> pad) {
+    return pad_rows<side::left>(batch, text, length, pad);
+}
+status entry::blpad_vva_str(batch_of<VARCHAR> batch, constant_of<VARCHAR> text, constant_of<INT> length, column_of<VARCHAR> pad) {
+    return pad_rows<side::left>(batch, text, length, pad);
+}
+status entry::blpad_avv_str(batch_of<VARCHAR> batch, column_of<VARCHAR> text, constant_of<INT> length, constant_of<VARCHAR> pad) {
+    return pad_rows<side::left>(batch, text, length, pad);
+}
+status entry::blpad_def_av_str(batch_of<VARCHAR> batch, column_of<VARCHAR> text, constant_of<INT> length) {
+    return pad_rows<side::left>(batch, text, length, fixed(one_blank));
+}
+status entry::brpad_ava_str(batch_of<VARCHAR> batch, column_of<VARCHAR> text, constant_of<INT> length, column_of<VARCHAR> pad) {
+    return pad_rows<side::right>(batch, text, length, pad);
+}
+status entry::brpad_vva_str(batch_of<VARCHAR> batch, constant_of<VARCHAR> text, constant_of<INT> length, column_of<VARCHAR> pad) {
+    return pad_rows<side::right>(batch, text, length, pad);
+}
+status entry::brpad_avv_str(batch_of<VARCHAR> batch, column_of<VARCHAR> text, constant_of<INT> length, constant_of<VARCHAR> pad) {
+    return pad_rows<side::right>(batch, text, length, pad);
+}
+status entry::brpad_def_av_str(batch_of<VARCHAR> batch, column_of<VARCHAR> text, constant_of<INT> length) {
+    return pad_rows<side::right>(batch, text, length, fixed(one_blank));
+}
+
+} // namespace bifun

@@ -1,0 +1,105 @@
+// REPLACE. A constant pattern is prepared once per batch, a column's for every row that needs it.
+
+#include "bop/bifun_str/entry_points.h"
+#include "bop/bifun_str/replacement.h"
+
+namespace bifun {
+namespace {
+
+// ---- a pattern for the whole batch -----------------------------------------------------------------------------------------
+
+struct constant_pattern {
+    pattern_search& search;
+    std::uint32_t blanks; // that the pattern has counted
+    scratch& text_scratch;
+};
+
+status replace_constant_bytes(const text_operations& texts, const bifun_string& source, const needle& sought,
+                              const bifun_string& replacement, string_room& room) {
+    return replace_bytes(texts, source, sought, replacement, room);
+}
+
+status replace_constant(const bifun_string& source, const bifun_string& replacement, constant_pattern& pattern, string_room& room) {
+    return replace_by_search(pattern.search, pattern.text_scratch, pattern.blanks, source, replacement, room);
+}
+
+// An empty pattern occurs nowhere.
+void keep_source(const bifun_string& source, const bifun_string& /*replacement*/, bifun_string& result) { result = source; }
+
+template <class Source, class Replacement>
+status replace(batch_of<VARCHAR> batch, Source source, constant_of<VARCHAR> given, Replacement replacement) {
+    const auto [pattern, present] = argument(given);
+    if (!present) {
+        return null_rows(batch);
+    }
+    if (is_empty(pattern)) {
+        return string_rows<keep_source>(batch, source, replacement);
+    }
+    const text_operations texts = text_operations_of_engine();
+    const search_request request = request_of_replace();
+    if (is_replaced_by_bytes(texts, request, pattern)) {
+        return string_rows<replace_constant_bytes>(batch, fixed(texts), source, fixed(make_needle(pattern.data, pattern.length)),
+                                                   replacement);
+    }
+    const std::uint32_t blanks = pattern.trailing_blanks;
+    return with_constant_search(batch, pattern, request, search_algorithm::boyer_moore, [&](pattern_search& search) {
+        return with_scratch(batch.environment, batch.memory, string_source_file, [&](scratch& text_scratch) {
+            constant_pattern prepared{search, blanks, text_scratch};
+            return string_rows<replace_constant>(batch, source, replacement, shared(prepared));
+        });
+    });
+}
+
+// ---- a pattern for every row -----------------------------------------------------------------------------------------------
+
+template <class Source, class Replacement>
+status replace(batch_of<VARCHAR> batch, Source source, column_of<VARCHAR> pattern, Replacement replacement) {
+    return with_row_search(
+        batch.environment, batch.memory, request_of_replace(), search_algorithm::boyer_moore, [&](row_search& search) {
+            return string_rows<replace_row>(batch, fixed(text_operations_of_engine()), source, pattern, replacement, shared(search));
+        });
+}
+
+constexpr bifun_string nothing{};
+
+} // namespace
+
+status entry::breplace_aaa_str(batch_of<VARCHAR> batch, column_of<VARCHAR> source, column_of<VARCHAR> pattern,
+                               column_of<VARCHAR> replacement) {
+    return replace(batch, source, pattern, replacement);
+}
+status entry::breplace_vaa_str(batch_of<VARCHAR> batch, constant_of<VARCHAR> source, column_of<VARCHAR> pattern,
+                               column_of<VARCHAR> replacement) {
+    return replace(batch, source, pattern, replacement);
+}
+status entry::breplace_ava_str(batch_of<VARCHAR> batch, column_of<VARCHAR> source, constant_of<VARCHAR> pattern,
+                               column_of<VARCHAR> replacement) {
+    return replace(batch, source, pattern, replacement);
+}
+status entry::breplace_aav_str(batch_of<VARCHAR> batch, column_of<VARCHAR> source, column_of<VARCHAR> pattern,
+                               constant_of<VARCHAR> replacement) {
+    return replace(batch, source, pattern, replacement);
+}
+status entry::breplace_vva_str(batch_of<VARCHAR> batch, constant_of<VARCHAR> source, constant_of<VARCHAR> pattern,
+                               column_of<VARCHAR> replacement) {
+    return replace(batch, source, pattern, replacement);
+}
+status entry::breplace_vav_str(batch_of<VARCHAR> batch, constant_of<VARCHAR> source, column_of<VARCHAR> pattern,
+                               constant_of<VARCHAR> replacement) {
+    return replace(batch, source, pattern, replacement);
+}
+status entry::breplace_avv_str(batch_of<VARCHAR> batch, column_of<VARCHAR> source, constant_of<VARCHAR> pattern,
+                               constant_of<VARCHAR> replacement) {
+    return replace(batch, source, pattern, replacement);
+}
+status entry::breplace_def_aa_str(batch_of<VARCHAR> batch, column_of<VARCHAR> source, column_of<VARCHAR> pattern) {
+    return replace(batch, source, pattern, fixed(nothing));
+}
+status entry::breplace_def_va_str(batch_of<VARCHAR> batch, constant_of<VARCHAR> source, column_of<VARCHAR> pattern) {
+    return replace(batch, source, pattern, fixed(nothing));
+}
+status entry::breplace_def_av_str(batch_of<VARCHAR> batch, column_of<VARCHAR> source, constant_of<VARCHAR> pattern) {
+    return replace(batch, source, pattern, fixed(nothing));
+}
+
+} // namespace bifun

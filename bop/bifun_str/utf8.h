@@ -1,0 +1,57 @@
+// The characters of short UTF-8 texts, by masks.
+#ifndef BIFUN_STR_UTF8_H
+#define BIFUN_STR_UTF8_H
+
+#include <bit>
+
+#if defined(__BMI2__)
+#include <immintrin.h>
+#endif
+
+#include "bop/frame/byte_masks.h"
+
+namespace bifun {
+
+// Where the characters of a text begin, as bits; where it is not well-formed, that is not known.
+struct utf8_characters {
+    bool are_known;
+    std::uint64_t starts;
+};
+
+// Well-formed is what Unicode's table 3-7 says. Every byte from 0xC0 on announces as many continuing ones as it has leading bits, less one,
+// and nothing else may continue; four of them allow only some of the bytes that continue for the next one.
+inline utf8_characters utf8_characters_of(const text_bytes<64>& text, std::uint32_t length) {
+    const std::uint64_t leads = bytes_from(text, 0xC0);
+    const std::uint64_t leads_of_three = bytes_from(text, 0xE0);
+    const std::uint64_t leads_of_four = bytes_from(text, 0xF0);
+    const std::uint64_t continuing = bytes_beyond_ascii(text) & ~leads;
+    const std::uint64_t announced = leads << 1 | leads_of_three << 2 | leads_of_four << 3;
+    // What is announced behind a 64th byte has no bit.
+    const std::uint64_t cut = leads >> 63 | leads_of_three >> 62 | leads_of_four >> 61;
+    std::uint64_t wrong = announced ^ continuing;
+    wrong |= cut | (leads & ~bytes_from(text, 0xC2)) | bytes_from(text, 0xF5);
+    if (leads_of_three != 0) {
+        const std::uint64_t from_0x90 = bytes_from(text, 0x90);
+        const std::uint64_t from_0xA0 = bytes_from(text, 0xA0);
+        wrong |= (equal_bytes(text, 0xE0) << 1 & ~from_0xA0) | (equal_bytes(text, 0xED) << 1 & from_0xA0);
+        wrong |= (equal_bytes(text, 0xF0) << 1 & ~from_0x90) | (equal_bytes(text, 0xF4) << 1 & from_0x90);
+    }
+    return {wrong == 0, first_bits(length) & ~continuing};
+}
+
+// The offset of the n-th character from 0 on, below 64, of `length` bytes; `length` where there are fewer.
+inline std::uint32_t offset_of_start(std::uint64_t starts, std::uint32_t n, std::uint32_t length) {
+#if defined(__BMI2__)
+    const std::uint64_t start = n < 64 ? _pdep_u64(std::uint64_t{1} << n, starts) : 0;
+#else
+    std::uint64_t start = starts;
+    for (; n != 0 && start != 0; --n) {
+        start &= start - 1;
+    }
+#endif
+    return start == 0 ? length : static_cast<std::uint32_t>(std::countr_zero(start));
+}
+
+} // namespace bifun
+
+#endif
