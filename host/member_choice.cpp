@@ -143,7 +143,7 @@ std::string argument_counts(std::string_view builtin) {
             counts.push_back(count);
         }
     }
-    return fmt::format("{}", fmt::join(counts, " or "));
+    return fmt::format("{}{}", fmt::join(counts, " or "), bifun::spelling_of(builtin).takes_more ? " or more" : "");
 }
 
 bool takes_argument_count(std::string_view builtin, std::size_t count) {

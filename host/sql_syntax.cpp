@@ -20,8 +20,10 @@ using json = nlohmann::json;
 
 struct translation_context {
     const std::string& sql;
-    int depth = 0;
+    std::size_t depth = 0;
 };
+
+constexpr std::size_t deepest = 500; // expressions in one another
 
 expression translate(const json& node, translation_context context);
 
@@ -324,6 +326,15 @@ constexpr refused_call_part refused_call_parts[] = {
     {"func_variadic", "VARIADIC is not supported"},
 };
 
+expression nested(expression call, translation_context context) {
+    const std::size_t deepest_call = deepest - context.depth;
+    if (bifun::spelling_of(call.name).takes_more && call.operands.size() > deepest_call) {
+        fail_at(context.sql, call.offset, fmt::format("the call has more than {} arguments", deepest_call));
+    }
+    nest_arguments(call);
+    return call;
+}
+
 expression translate_call(const json& body, translation_context context) {
     expression made = make(expression_kind::call, body);
     for (const refused_call_part& part : refused_call_parts) {
@@ -350,7 +361,7 @@ expression translate_call(const json& body, translation_context context) {
     } else if (has_own_syntax && made.name == "timezone") {
         made.name = "at time zone"; // as people write it
     }
-    return made;
+    return nested(std::move(made), context);
 }
 
 expression translate_extreme(const json& body, translation_context context) {
@@ -358,7 +369,7 @@ expression translate_extreme(const json& body, translation_context context) {
     made.name = body.value("op", "IS_GREATEST");
     made.operands = translate_all(body["args"], context);
     spell_as_builtin(made);
-    return made;
+    return nested(std::move(made), context);
 }
 
 // ---- the table of nodes --------------------------------------------------------------------------------------------
@@ -394,7 +405,6 @@ constexpr refused_node refused_nodes[] = {
 };
 
 expression translate(const json& node, translation_context context) {
-    constexpr int deepest = 500;
     const std::string& name = node.begin().key();
     const json& body = node.begin().value();
     if (++context.depth > deepest) {

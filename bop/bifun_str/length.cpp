@@ -1,5 +1,5 @@
-// LENGTH and LENGTHB: characters or bytes of the stored text, with or without its trailing blanks. The length of an empty text is NULL, or 0
-// in the compatible mode for that.
+// LENGTH and LENGTHB: characters or bytes of the stored text, with or without its trailing blanks. The length of an empty text is NULL, or
+// 0 in the compatible mode for that.
 
 #include "bop/bifun_str/entry_points.h"
 #include "bop/bifun_str/text.h"

@@ -35,7 +35,7 @@ inline overlay_parts place_overlay(const text_operations& texts, const bifun_str
     const std::uint64_t start = std::min(std::uint64_t{range.position} - 1, all);
     const std::uint64_t end = std::min(start + length, all);
     const auto offset_of = [&](std::uint64_t characters) {
-        return characters >= stored          ? source.length
+        return characters >= stored      ? source.length
                : stored == source.length ? static_cast<std::uint32_t>(characters)
                                          : offset_of_character(texts, source, static_cast<std::uint32_t>(characters));
     };

@@ -45,8 +45,9 @@ status cut_text(const text_operations& texts, const bifun_string& value, std::ui
     return copy_text(room, {offset_of_character(texts, value, length), 0, value.data});
 }
 
-template <side at> status pad_single_bytes(const text_operations& texts, const bifun_string& value, std::uint32_t length,
-                                           const bifun_string& pad, string_room& room) {
+template <side at>
+status pad_single_bytes(const text_operations& texts, const bifun_string& value, std::uint32_t length, const bifun_string& pad,
+                        string_room& room) {
     const std::uint32_t stored = stored_characters(texts, value);
     const std::uint64_t characters = std::uint64_t{stored} + value.trailing_blanks;
     if (characters >= length) {

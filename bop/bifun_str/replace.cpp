@@ -19,12 +19,14 @@ status replace_constant_bytes(const text_operations& texts, const bifun_string& 
     return replace_bytes(texts, source, sought, replacement, room);
 }
 
-status replace_constant(const bifun_string& source, const bifun_string& replacement, constant_pattern& pattern, string_room& room) {
+status replace_constant(const bifun_string& source, const constant_pattern& pattern, const bifun_string& replacement, string_room& room) {
     return replace_by_search(pattern.search, pattern.text_scratch, pattern.blanks, source, replacement, room);
 }
 
 // An empty pattern occurs nowhere.
-void keep_source(const bifun_string& source, const bifun_string& /*replacement*/, bifun_string& result) { result = source; }
+void keep_source(const bifun_string& source, const bifun_string& /*pattern*/, const bifun_string& /*replacement*/, bifun_string& result) {
+    result = source;
+}
 
 template <class Source, class Replacement>
 status replace(batch_of<VARCHAR> batch, Source source, constant_of<VARCHAR> given, Replacement replacement) {
@@ -33,19 +35,19 @@ status replace(batch_of<VARCHAR> batch, Source source, constant_of<VARCHAR> give
         return null_rows(batch);
     }
     if (is_empty(pattern)) {
-        return string_rows<keep_source>(batch, source, replacement);
+        return string_rows<keep_source>(batch, source, given, replacement);
     }
     const text_operations texts = text_operations_of_engine();
     const search_request request = request_of_replace();
     if (is_replaced_by_bytes(texts, request, pattern)) {
-        return string_rows<replace_constant_bytes>(batch, fixed(texts), source, fixed(make_needle(pattern.data, pattern.length)),
-                                                   replacement);
+        return string_rows<replace_constant_bytes>(batch, fixed(texts), source,
+                                                   constant_argument{make_needle(pattern.data, pattern.length), true}, replacement);
     }
     const std::uint32_t blanks = pattern.trailing_blanks;
     return with_constant_search(batch, pattern, request, search_algorithm::boyer_moore, [&](pattern_search& search) {
         return with_scratch(batch.environment, batch.memory, string_source_file, [&](scratch& text_scratch) {
-            constant_pattern prepared{search, blanks, text_scratch};
-            return string_rows<replace_constant>(batch, source, replacement, shared(prepared));
+            const constant_argument prepared{constant_pattern{search, blanks, text_scratch}, true};
+            return string_rows<replace_constant>(batch, source, prepared, replacement);
         });
     });
 }
@@ -54,10 +56,9 @@ status replace(batch_of<VARCHAR> batch, Source source, constant_of<VARCHAR> give
 
 template <class Source, class Replacement>
 status replace(batch_of<VARCHAR> batch, Source source, column_of<VARCHAR> pattern, Replacement replacement) {
-    return with_row_search(
-        batch.environment, batch.memory, request_of_replace(), search_algorithm::boyer_moore, [&](row_search& search) {
-            return string_rows<replace_row>(batch, fixed(text_operations_of_engine()), source, pattern, replacement, shared(search));
-        });
+    return with_row_search(batch.environment, batch.memory, request_of_replace(), search_algorithm::boyer_moore, [&](row_search& search) {
+        return string_rows<replace_row>(batch, fixed(text_operations_of_engine()), source, pattern, replacement, shared(search));
+    });
 }
 
 constexpr bifun_string nothing{};

@@ -1,6 +1,6 @@
-// REPLACE of one value: every occurrence of a pattern in its full text, from the left on and without overlaps, gives way to the full text of
-// the replacement. Trailing blanks that no occurrence reaches stay a count. A pattern that has no counted blanks itself is looked for among
-// the stored bytes only.
+// REPLACE of one value: every occurrence of a pattern in its full text, from the left on and without overlaps, gives way to the full text
+// of the replacement. Trailing blanks that no occurrence reaches stay a count. A pattern that has no counted blanks itself is looked for
+// among the stored bytes only.
 #ifndef BIFUN_STR_REPLACEMENT_H
 #define BIFUN_STR_REPLACEMENT_H
 
@@ -115,13 +115,12 @@ inline bool is_replaced_by_bytes(const text_operations& texts, const search_requ
            pattern.length <= longest_plain_pattern;
 }
 
-inline status replace_bytes(const text_operations& texts, const bifun_string& source, const needle& sought,
-                            const bifun_string& replacement, string_room& room) {
+inline status replace_bytes(const text_operations& texts, const bifun_string& source, const needle& sought, const bifun_string& replacement,
+                            string_room& room) {
     if (source.length <= longest_masked) [[likely]] {
         return replace_in_short_text(texts, source, sought, replacement, room);
     }
-    const bool places_are_characters =
-        (texts.utf8_is_unicode && sought.first < 0x80) || is_long_text_ascii(source.data, source.length);
+    const bool places_are_characters = (texts.utf8_is_unicode && sought.first < 0x80) || is_long_text_ascii(source.data, source.length);
     return replace_in_long_text(places_are_characters, source, sought, replacement, room);
 }
 

@@ -27,6 +27,7 @@ std::int32_t zq_gather_char_info(bifun_environment* environment, bifun_memory_ob
     auto* const character_starts =
         static_cast<std::uint8_t**>(allocate(environment, memory, room * sizeof(std::uint8_t*), string_source_file, __LINE__));
     if (character_starts == nullptr) {
+        release(environment, memory, character_lengths);
         return BIFUN_OUT_OF_MEMORY;
     }
     std::uint32_t found = 0;

@@ -108,11 +108,13 @@ status translate_bytes(const translations& by, const bifun_string& text, string_
     return BIFUN_OK;
 }
 
-status translate(const text_operations& texts, const bifun_string& text, const translations& by, string_room& room) {
+using translations_of_batch = const translations*;
+
+status translate(const text_operations& texts, const bifun_string& text, const translations_of_batch& by, string_room& room) {
     const bool bytes_are_characters = texts.utf8_is_unicode || has_single_bytes(texts, text);
-    return by.is_of_bytes && bytes_are_characters && (by.blanks_stay || text.trailing_blanks == 0)
-               ? translate_bytes(by, text, room)
-               : translate_characters(texts, by, text, room);
+    return by->is_of_bytes && bytes_are_characters && (by->blanks_stay || text.trailing_blanks == 0)
+               ? translate_bytes(*by, text, room)
+               : translate_characters(texts, *by, text, room);
 }
 
 // ---- once for a batch ----------------------------------------------------------------------------------------------------------
@@ -134,7 +136,7 @@ bool is_ascii_set(const character_set& set) {
 }
 
 void fill_translations(translations& by) {
-    std::memset(by.first, 0xFF, sizeof by.first); // no_character
+    std::memset(by.first, 0xFF, sizeof by.first);     // no_character
     for (std::uint32_t i = by.from.count; i-- > 0;) { // the first of several counts, so it has to be found first
         std::uint32_t& first = by.first[*by.from.starts[i]];
         by.next[i] = first;
@@ -203,7 +205,8 @@ status entry::btranslate_avv_str(batch_of<VARCHAR> batch, column_of<VARCHAR> tex
                 }
                 made = BIFUN_OK;
                 fill_translations(by);
-                return string_rows<translate>(batch, fixed(text_operations_of_engine()), text, shared(by));
+                const constant_argument prepared{translations_of_batch{&by}, true};
+                return string_rows<translate>(batch, fixed(text_operations_of_engine()), text, prepared);
             });
         });
     });

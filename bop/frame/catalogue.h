@@ -151,6 +151,17 @@ constexpr null_rule null_rule_of(const entry_point& entry) {
     return null_rule::propagates;
 }
 
+inline constexpr spelling usual_spelling{};
+
+constexpr const spelling& spelling_of(std::string_view builtin) {
+    for (const spelling& known : spellings) {
+        if (known.builtin == builtin) {
+            return known;
+        }
+    }
+    return usual_spelling;
+}
+
 inline constexpr argument_fact usual_argument{};
 
 // The line about the entry point, or else the one about its built-in, or else what is usual.
