@@ -23,7 +23,7 @@ constexpr std::uint64_t random_at(std::uint64_t seed, std::uint64_t n) {
 // bounds depends on the type:
 //     BOOL 0 or 1, bounds unused | INT, BIGINT, DOUBLE uniform between the bounds
 //     DECIMAL uniform between the bounds with 4 digits behind the point | DATETIME the years, both included, from 1583 on
-//     VARCHAR, VARBINARY the length in bytes, of the letters | INTERVAL_YM months | INTERVAL_DT seconds
+//     VARCHAR, VARBINARY the length in bytes, of the letters | INTERVAL_YM months | INTERVAL_DT seconds | BLOB unused
 typical_values values_of_argument(const entry_point& entry, std::size_t position);
 
 // Fills rows 0 .. row_count - 1 without NULLs; each seed gives other values. False when memory is exhausted.

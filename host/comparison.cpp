@@ -134,6 +134,8 @@ void with_order(bifun::value_type type, const bifun_column& left, const bifun_co
         const auto* const b = static_cast<const bifun_string*>(right.data->values);
         return use([=](std::uint32_t i, std::uint32_t j) { return compare_strings(a[i], b[j], rules); });
     }
+    case value_type::BLOB:
+        break; // of no column
     }
 }
 

@@ -123,6 +123,8 @@ bool store_constant(const constant& value, zqengine::column_storage& column, std
         const std::uint8_t* const bytes = text.length <= BIFUN_INLINE_LENGTH ? text.inline_bytes : value.text.data();
         return bdta3_col_assign_str(nullptr, nullptr, &column.column, row, bytes, text.length, text.trailing_blanks) == 0;
     }
+    case value_type::BLOB:
+        break; // NULL at most
     }
     return true;
 }
@@ -212,6 +214,9 @@ constant make_constant(const expression& literal, bifun::value_type type, const 
     case value_type::VARCHAR:
     case value_type::VARBINARY:
         made.as_string = make_string(literal, *settings.text_charset, sql, made.text);
+        break;
+    case value_type::BLOB:
+        read = false;
         break;
     }
     if (!read) {

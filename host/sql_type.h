@@ -25,7 +25,8 @@ enum class sql_type : std::uint8_t {
     interval_ym,
     interval_dt,
     varchar,
-    varbinary
+    varbinary,
+    blob // of parameters only: no table has such columns
 };
 
 constexpr std::string_view sql_type_name(sql_type type) {
@@ -43,7 +44,8 @@ constexpr std::string_view sql_type_name(sql_type type) {
                                           "INTERVAL YEAR TO MONTH",
                                           "INTERVAL DAY TO SECOND",
                                           "VARCHAR",
-                                          "VARBINARY"};
+                                          "VARBINARY",
+                                          "BLOB"};
     return names[static_cast<std::size_t>(type)];
 }
 
@@ -62,18 +64,18 @@ constexpr bool has_date(sql_type type) { return overlap(kind_of(type), bifun::da
 // The type of the values in a column. NULL literals go into INT columns where nothing asks for another.
 constexpr bifun::value_type value_type_of(sql_type type) {
     using bifun::value_type;
-    constexpr value_type types[] = {value_type::INT,         value_type::BOOL,     value_type::INT,      value_type::BIGINT,
-                                    value_type::DECIMAL,     value_type::DOUBLE,   value_type::DATETIME, value_type::DATETIME,
-                                    value_type::DATETIME,    value_type::DATETIME, value_type::DATETIME, value_type::INTERVAL_YM,
-                                    value_type::INTERVAL_DT, value_type::VARCHAR,  value_type::VARBINARY};
+    constexpr value_type types[] = {value_type::INT,         value_type::BOOL,     value_type::INT,       value_type::BIGINT,
+                                    value_type::DECIMAL,     value_type::DOUBLE,   value_type::DATETIME,  value_type::DATETIME,
+                                    value_type::DATETIME,    value_type::DATETIME, value_type::DATETIME,  value_type::INTERVAL_YM,
+                                    value_type::INTERVAL_DT, value_type::VARCHAR,  value_type::VARBINARY, value_type::BLOB};
     return types[static_cast<std::size_t>(type)];
 }
 
 // The type that an expression has whose values are of a catalogue type and nothing finer is known.
 constexpr sql_type sql_type_of(bifun::value_type type) {
-    constexpr sql_type types[] = {sql_type::boolean,     sql_type::integer,    sql_type::bigint,  sql_type::double_precision,
-                                  sql_type::decimal,     sql_type::timestamp,  sql_type::varchar, sql_type::varbinary,
-                                  sql_type::interval_ym, sql_type::interval_dt};
+    constexpr sql_type types[] = {sql_type::boolean,     sql_type::integer,     sql_type::bigint,  sql_type::double_precision,
+                                  sql_type::decimal,     sql_type::timestamp,   sql_type::varchar, sql_type::varbinary,
+                                  sql_type::interval_ym, sql_type::interval_dt, sql_type::blob};
     return types[static_cast<std::size_t>(type)];
 }
 

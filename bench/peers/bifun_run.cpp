@@ -112,7 +112,8 @@ void add_column(aggregates& total, value_type type, const bifun_column& column, 
     }
     case value_type::INTERVAL_YM:
     case value_type::INTERVAL_DT:
-        throw std::runtime_error("no aggregate of intervals");
+    case value_type::BLOB:
+        throw std::runtime_error("no aggregate of intervals and large objects");
     }
 }
 

@@ -39,6 +39,8 @@ template <> struct storage<VARBINARY> : stored_as<bifun_string, bifun_string_con
 template <> struct storage<INTERVAL_YM> : stored_as<bifun_interval_ym, bifun_interval_ym_constant> {};
 template <> struct storage<INTERVAL_DT> : stored_as<bifun_interval_dt, bifun_interval_dt_constant> {};
 
+template <> struct storage<BLOB> { using value = const bifun_large_object*; }; // there are no constants of it
+
 template <value_type type> using stored = typename storage<type>::value;
 
 template <value_type type> struct column_of { const bifun_column* column; };

@@ -76,6 +76,9 @@ typedef struct bifun_string {
     uint8_t* data;
 } bifun_string;
 
+/* A BLOB, which may be too long for memory. It is read through the operations of engine/large_objects.h. */
+typedef struct bifun_large_object bifun_large_object;
+
 /* ---- batch columns ----------------------------------------------------------------------------------------------- */
 
 /* Arrays of numbers and of strings, and all records but the DECIMAL constant, are aligned as in C; decimals and datetimes have no
@@ -85,7 +88,8 @@ typedef struct bifun_string {
  * is garbage. `values` holds the rows back to back:
  *     INT, BOOL i32 | BIGINT i64 | DOUBLE binary64 | DECIMAL xdec, 30 bytes | DATETIME zqtime, 12 bytes
  *     INTERVAL_YM bifun_interval_ym, 8 bytes | INTERVAL_DT bifun_interval_dt, 20 bytes
- *     CHAR, VARCHAR, BINARY, VARBINARY bifun_string, 16 bytes */
+ *     CHAR, VARCHAR, BINARY, VARBINARY bifun_string, 16 bytes
+ *     BLOB pointer to a bifun_large_object, 8 bytes; the object lives as long as the column */
 typedef struct bifun_column_data {
     void* engine_header[7]; /* the engine's own */
     uint8_t* null_flags;

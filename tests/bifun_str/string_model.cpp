@@ -219,7 +219,7 @@ std::int64_t place_of(const characters& all, const characters& pattern, unit uni
     return occurrence <= static_cast<std::int64_t>(places.size()) ? places[static_cast<std::size_t>(occurrence - 1)] : 0;
 }
 
-// Case pairs of the alphabets.
+// Case pairs of the alphabets of which both have as many bytes.
 text folded(std::uint32_t charset, const text& value) {
     constexpr std::string_view pairs[][2] = {{"\xA6\xA1", "\xA6\xC1"}, {"\xC3\x89", "\xC3\xA9"}, {"\xA5\xC1", "\xA5\xE1"}};
     text result = {"", value.blanks};
@@ -264,13 +264,147 @@ std::string substring_index(std::uint32_t charset, const text& value, const text
     return shown_part(all, value, taken);
 }
 
+// ---- building ---------------------------------------------------------------------------------------------------------
+
+// A character of a text on its way into another: whether it is a blank that is counted where it stands at the end.
+struct cell {
+    std::string character;
+    bool is_counted;
+};
+using cells = std::vector<cell>;
+
+cells cells_of(std::uint32_t charset, const text& value) {
+    cells all;
+    for (const std::string& character : characters_of(charset, value.stored)) {
+        all.push_back({character, false});
+    }
+    all.insert(all.end(), value.blanks, {" ", true});
+    return all;
+}
+
+cells written_out(cells all) {
+    std::ranges::for_each(all, [](cell& cell) { cell.is_counted = false; });
+    return all;
+}
+
+cells part_of(const cells& all, std::size_t begin, std::size_t end) {
+    return {all.begin() + static_cast<std::ptrdiff_t>(begin), all.begin() + static_cast<std::ptrdiff_t>(end)};
+}
+
+cells& append(cells& all, const cells& more) {
+    all.insert(all.end(), more.begin(), more.end());
+    return all;
+}
+
+std::string shown(const cells& all) {
+    text result;
+    const auto uncounted = std::ranges::find_if_not(all.rbegin(), all.rend(), &cell::is_counted);
+    std::for_each(all.begin(), uncounted.base(), [&](const cell& cell) { result.stored += cell.character; });
+    result.blanks = static_cast<std::uint32_t>(uncounted - all.rbegin());
+    return string_model::shown(result);
+}
+
+// A pattern without trailing blanks of its own is not looked for in those of the text.
+std::string replace(const bifun_settings& settings, const text& value, const text& pattern, const text& replacement) {
+    const std::uint32_t charset = settings.charset_code;
+    const bool folds = settings.case_sensitive == 0;
+    const cells original = cells_of(charset, value);
+    const text looked_in = {value.stored, pattern.blanks == 0 ? 0 : value.blanks};
+    const characters searched = full_text(charset, folds ? folded(charset, looked_in) : looked_in);
+    const characters sought = full_text(charset, folds ? folded(charset, pattern) : pattern);
+    cells result;
+    std::size_t done = 0;
+    for (const std::size_t place : sought.empty() ? std::vector<std::size_t>() : occurrences(searched, sought)) {
+        if (place >= done) {
+            append(result, part_of(original, done, place));
+            append(result, written_out(cells_of(charset, replacement)));
+            done = place + sought.size();
+        }
+    }
+    return shown(append(result, part_of(original, done, original.size())));
+}
+
+std::string overlay(std::uint32_t charset, const text& value, std::int64_t position, std::int64_t length, const text& replacement) {
+    const cells all = cells_of(charset, value);
+    const auto begin = static_cast<std::size_t>(std::min(position - 1, std::ssize(all)));
+    const auto end = static_cast<std::size_t>(std::min(position - 1 + length, std::ssize(all)));
+    cells result = written_out(part_of(all, 0, begin));
+    append(result, written_out(cells_of(charset, replacement)));
+    return shown(append(result, part_of(all, end, all.size())));
+}
+
+std::string translate(std::uint32_t charset, const text& value, const text& from, const text& to) {
+    const characters sought = full_text(charset, from);
+    const characters given = full_text(charset, to);
+    cells result;
+    for (const cell& cell : cells_of(charset, value)) {
+        const auto found = static_cast<std::size_t>(std::ranges::find(sought, cell.character) - sought.begin());
+        if (found == sought.size()) {
+            result.push_back(cell);
+        } else if (found < given.size()) {
+            result.push_back({given[found], cell.is_counted && given[found] == " "});
+        }
+    }
+    return shown(result);
+}
+
+// A number of characters, of which those that the text lacks are of the pad.
+cells padding(std::uint32_t charset, std::size_t present, std::int64_t length, const text& pad) {
+    const characters repeated = full_text(charset, pad);
+    cells result;
+    for (std::size_t i = 0; !repeated.empty() && static_cast<std::int64_t>(present + i) < length; ++i) {
+        const std::string& character = repeated[i % repeated.size()];
+        result.push_back({character, character == " "});
+    }
+    return result;
+}
+
+cells beginning(const cells& all, std::int64_t length) {
+    return part_of(all, 0, static_cast<std::size_t>(std::clamp<std::int64_t>(length, 0, std::ssize(all))));
+}
+
+std::string padded_on_the_left(std::uint32_t charset, const text& value, std::int64_t length, const text& pad) {
+    const cells all = cells_of(charset, value);
+    cells result = padding(charset, all.size(), length, pad);
+    return shown(append(result, beginning(all, length)));
+}
+
+std::string padded_on_the_right(std::uint32_t charset, const text& value, std::int64_t length, const text& pad) {
+    const cells all = cells_of(charset, value);
+    cells result = beginning(all, length);
+    return shown(append(result, padding(charset, all.size(), length, pad)));
+}
+
+std::string concatenation(const value& a, const value& b) {
+    if (a.is_null || b.is_null) {
+        return a.is_null && b.is_null ? "NULL" : shown(a.is_null ? b.string : a.string);
+    }
+    const std::string blanks(a.string.blanks, ' ');
+    return b.string.stored.empty() ? shown(text{a.string.stored, a.string.blanks + b.string.blanks})
+                                   : shown(text{a.string.stored + blanks + b.string.stored, b.string.blanks});
+}
+
+std::string repetition(std::uint32_t charset, const text& value, std::int64_t count) {
+    cells result;
+    for (std::int64_t i = 0; i < count; ++i) {
+        append(result, cells_of(charset, value));
+    }
+    return shown(result);
+}
+
+// Nothing has no length, as a rule.
+std::string length_or_null(const bifun_settings& settings, std::size_t length) {
+    return length == 0 && settings.compatible_mode != 3 ? "NULL" : std::to_string(length);
+}
+
 } // namespace
 
 std::vector<std::string> alphabet(std::uint32_t charset) {
-    const std::vector<std::string> of_charsets[] = {{"\201a", "\201A", "\x81\x81", "\2010\2010", "\xA6\xA1", "\xA6\xC1"},
-                                                    {"\xC3\x89", "\xC3\xA9", "\xE4\xB8\x80", "\xE9\x80\x80", "\xF1\x80\x80\x80"},
-                                                    {"\xA5\xC1", "\xA5\xE1", "\xA5\xA5", "\xC1\xA5", "\xB0\xA1"}};
-    std::vector<std::string> all = {"a", "b", "A", "0", " ", "\t", "\r", "\x08", "\x0E", "\xFF"}; // the last is a character of none of them
+    const std::vector<std::string> of_charsets[] = {
+        {"\201a", "\201A", "\x81\x81", "\2010\2010", "\xA6\xA1", "\xA6\xC1"},
+        {"\xC3\x89", "\xC3\xA9", "\xC9\x90", "\xE2\xB1\xAF", "\xE4\xB8\x80", "\xE9\x80\x80", "\xF1\x80\x80\x80"},
+        {"\xA5\xC1", "\xA5\xE1", "\xA5\xA5", "\xC1\xA5", "\xB0\xA1"}};
+    std::vector<std::string> all = {"a", "A", "b", "0", " ", "\t", "\r", "\x08", "\x0E", "\xFF"}; // the last is a character of none of them
     all.insert(all.end(), of_charsets[charset].begin(), of_charsets[charset].end());
     return all;
 }
@@ -298,7 +432,8 @@ std::string shown(const text& value) {
     return print;
 }
 
-std::string row_of(const bifun_settings& settings, std::string_view builtin, const std::vector<value>& arguments) {
+std::string row_of(const bifun_settings& settings, const bifun::entry_point& entry, const std::vector<value>& arguments) {
+    const std::string_view builtin = entry.builtin;
     const std::uint32_t charset = settings.charset_code;
     const std::size_t count = arguments.size();
     const auto number = [&](std::size_t position, std::int64_t otherwise) {
@@ -306,10 +441,15 @@ std::string row_of(const bifun_settings& settings, std::string_view builtin, con
     };
     const text& first = arguments[0].string;
     const text blank = {"", 1};
+    if (builtin == "CONCAT") {
+        return concatenation(arguments[0], arguments[1]);
+    }
     if (std::ranges::any_of(arguments, &value::is_null)) {
         return "NULL";
     }
     const text& second = count > 1 ? arguments[1].string : blank;
+    const text& third = count > 2 ? arguments[2].string : builtin == "REPLACE" ? text{} : blank;
+    const bool counts_blanks = std::string_view(entry.symbol) != "blength_a_str";
     // clang-format off
     return builtin == "TRIM" && count == 1 ? trimmed_on_both_sides(charset, first, blank)
          : builtin == "TRIM"            ? trim(charset, arguments[0].number, second, arguments[2].string)
@@ -324,6 +464,18 @@ std::string row_of(const bifun_settings& settings, std::string_view builtin, con
          : builtin == "INSTRB"          ? search(settings, true, unit::byte, first, second, number(2, 1), number(3, 1))
          : builtin == "POSITION" || builtin == "LOCATE"
              ? search(settings, builtin == "POSITION", unit::character, second, first, std::max<std::int64_t>(number(2, 1), 0), 1)
+         : builtin == "REPLACE"         ? replace(settings, first, second, third)
+         : builtin == "OVERLAY"
+             ? overlay(charset, first, number(2, 1), number(3, std::ssize(full_text(charset, second))), second)
+         : builtin == "INSSTR"          ? overlay(charset, first, number(1, 1), number(2, 0), arguments[3].string)
+         : builtin == "TRANSLATE"       ? translate(charset, first, second, third)
+         : builtin == "LPAD"            ? padded_on_the_left(charset, first, number(1, 0), third)
+         : builtin == "RPAD"            ? padded_on_the_right(charset, first, number(1, 0), third)
+         : builtin == "REPEAT"          ? repetition(charset, first, number(1, 0))
+         : builtin == "SPACE"           ? shown(text{"", static_cast<std::uint32_t>(number(0, 0))})
+         : builtin == "LENGTH"
+             ? length_or_null(settings, full_text(charset, {first.stored, counts_blanks ? first.blanks : 0}).size())
+         : builtin == "LENGTHB"         ? length_or_null(settings, first.stored.size() + first.blanks)
          : "no model of " + std::string(builtin);
     // clang-format on
 }
@@ -382,7 +534,8 @@ std::string shown(const contract::outcome& outcome, std::uint32_t row) {
 std::vector<const bifun::entry_point*> string_functions() {
     std::vector<const bifun::entry_point*> found;
     for (const bifun::entry_point& entry : bifun::entry_points) {
-        if (std::string_view(entry.symbol).ends_with("_str")) {
+        const bool has_large_objects = std::ranges::count(entry.arguments(), value_type::BLOB, &bifun::argument::type) != 0;
+        if (std::string_view(entry.symbol).ends_with("_str") && !has_large_objects) {
             found.push_back(&entry);
         }
     }

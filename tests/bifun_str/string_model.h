@@ -39,11 +39,11 @@ std::vector<std::string> characters_of(std::uint32_t charset, std::string_view b
 // What a row holds, in print: the stored bytes in quotes, then +n for its trailing blanks; a number; `NULL`; or `=?` for a row that is not
 // NULL and has been given no value. An empty text says that the model has no answer for such arguments, as the call fails.
 std::string shown(const text& value);
-std::string row_of(const bifun_settings& settings, std::string_view builtin, const std::vector<value>& arguments);
+std::string row_of(const bifun_settings& settings, const bifun::entry_point& entry, const std::vector<value>& arguments);
 
 // ---- calls of the string functions, whatever bytes the texts hold ----
 
-// Those of the catalogue: their names end in _str.
+// Those of the catalogue: their names end in _str, and they know no large objects.
 std::vector<const bifun::entry_point*> string_functions();
 
 struct string_call {

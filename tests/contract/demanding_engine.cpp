@@ -12,6 +12,7 @@
 #include "engine/datetime.h"
 #include "engine/decimal.h"
 #include "engine/interval.h"
+#include "engine/large_objects.h"
 #include "engine/number_check.h"
 #include "engine/number_format.h"
 #include "engine/strings.h"
@@ -51,10 +52,15 @@ i32 fill_behind_text(char* buffer, i32 status) {
 
 void demand_room(u32 size) { EXPECT_GT(size, 0U) << "an empty value needs no room"; }
 
-// Hands on what only a call that is passed on as it came has.
-i32 demand_call(const bifun_environment* environment, const bifun_memory_object* memory, i32 status) {
-    EXPECT_TRUE(success == 0 || (environment != nullptr && memory != nullptr)) << "the call's environment or memory object is missing";
+// Hand on what only a call that is passed on as it came has.
+i32 demand_environment(const bifun_environment* environment, i32 status) {
+    EXPECT_TRUE(success == 0 || environment != nullptr) << "the call's environment is missing";
     return status;
+}
+
+i32 demand_call(const bifun_environment* environment, const bifun_memory_object* memory, i32 status) {
+    EXPECT_TRUE(success == 0 || memory != nullptr) << "the call's memory object is missing";
+    return demand_environment(environment, status);
 }
 
 i32 move_day_of_moment(const zqtime* value, i64* days, i32 status) {
@@ -100,7 +106,7 @@ OPERATION(u8*, bdta3_col_space_alloc, (environment * e, memory* m, bifun_column_
 OPERATION(u8*, bdta3_colstr_assign_without_value, (environment * e, memory* m, bifun_column_data* c, u32 row, u32 length, u32 blanks),
           (demand_room(length), embedded(e, m, c, row, length, blanks)))
 
-// ---- strings ----
+// ---- strings and large objects ----
 
 #define PADDING(name)                                                                                                                      \
     OPERATION(                                                                                                                             \
@@ -109,6 +115,8 @@ OPERATION(u8*, bdta3_colstr_assign_without_value, (environment * e, memory* m, b
         status_of(demand_call(e, m, embedded(e, m, c, row, text, length, pad, size))))
 PADDING(zq_get_lpad_str)
 PADDING(zq_get_rpad_str)
+OPERATION(i32, nblob_get_length, (environment * e, const bifun_large_object* object, i64* length),
+          status_of(demand_environment(e, embedded(e, object, length))))
 
 // ---- decimals ----
 

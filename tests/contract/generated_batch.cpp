@@ -55,13 +55,15 @@ constexpr std::string_view boundaries_of(value_type type) {
     case value_type::INTERVAL_DT:
         return "0/0/0/0/0 0/0/0/0/-1 1/23/59/59/999999 -3/-4/-5/-6/-7 7/-6/5/-4/3 "
                "-2147483648/-2147483648/-2147483648/-2147483648/-2147483648 2147483647/2147483647/2147483647/2147483647/2147483647";
+    case value_type::BLOB:
+        return "0 1 4096 4097 65536 300000";
     default:
         return {};
     }
 }
 
 const zqengine::column_storage& boundary_column(value_type type) {
-    thread_local std::array<zqengine::column_pointer, 10> columns;
+    thread_local std::array<zqengine::column_pointer, 11> columns;
     zqengine::column_pointer& column = columns.at(static_cast<std::size_t>(type));
     if (column == nullptr) {
         std::istringstream words{std::string(boundaries_of(type))};
@@ -153,6 +155,9 @@ void write_ordinary(zqengine::column_storage& column, std::uint32_t row, random_
     case value_type::INTERVAL_DT:
         values_of<bifun_interval_dt>(column)[row] = {signed_below(100000), signed_below(24), signed_below(60), signed_below(60),
                                                      signed_below(1000000)};
+        break;
+    case value_type::BLOB:
+        read_value(column, row, std::to_string(100 * below(64)));
         break;
     default: {
         std::string text(below(24), ' ');

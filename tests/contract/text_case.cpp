@@ -4,11 +4,13 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <map>
 #include <span>
 #include <sstream>
 #include <utility>
 
 #include "embedded/datetime/text.h"
+#include "embedded/large_objects/large_object.h"
 #include "engine/columns.h"
 #include "engine/datetime.h"
 #include "engine/decimal.h"
@@ -39,6 +41,19 @@ void read_string(zqengine::column_storage& column, std::uint32_t row, std::strin
 std::span<std::int32_t> fields_of(const zqengine::column_storage& column, std::uint32_t row) {
     const std::size_t count = bifun::value_width(column.type) / sizeof(std::int32_t);
     return {static_cast<std::int32_t*>(column.data.values) + row * count, count};
+}
+
+// All that have one length are one.
+const bifun_large_object* large_object_of(std::size_t length) {
+    thread_local const zqengine::large_object_store_pointer store(zqengine::create_large_object_store());
+    thread_local std::map<std::size_t, zqengine::large_object_pointer> objects;
+    zqengine::large_object_pointer& object = objects[length];
+    if (object == nullptr) {
+        object.reset(zqengine::create_large_object(*store));
+        const std::vector<std::uint8_t> bytes(length);
+        EXPECT_EQ(zqengine::append_to_large_object(*object, bytes.data(), length), 0);
+    }
+    return object.get();
 }
 
 } // namespace
@@ -73,6 +88,9 @@ void read_value(zqengine::column_storage& column, std::uint32_t row, const std::
         EXPECT_TRUE(slash == '/' && parts.eof() && std::ranges::count(text, '/') + 1 == std::ssize(fields_of(column, row))) << text;
         break;
     }
+    case value_type::BLOB:
+        values_of<const bifun_large_object*>(column)[row] = large_object_of(std::stoull(text));
+        break;
     default:
         read_string(column, row, text);
     }
@@ -180,6 +198,8 @@ std::string write_value(const zqengine::column_storage& column, std::uint32_t ro
         }
         return text;
     }
+    case value_type::BLOB:
+        return std::to_string(zqengine::length_of(*values_of<const bifun_large_object*>(column)[row]));
     default:
         return write_string(values_of<bifun_string>(column)[row]);
     }

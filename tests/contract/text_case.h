@@ -4,7 +4,8 @@
 // a NULL among the rows, and a selection vector: `[7] @2,0,0 5 6 7`. `NULL=1` is a NULL with a 1 in its value slot. A constant is one
 // such row. Numbers, decimals and datetimes (2024-02-29T13:45:00, a midnight without its time) are written as usual; an interval is its
 // fields, `-1/-6` or `1/2/3/4/500000`; a string is its characters, `~` for a blank that is stored, then `_` for each trailing blank; `''`
-// is the empty string, `a*49` is 49 times a, and `&` joins such parts: `a*49&b`.
+// is the empty string, `a*49` is 49 times a, and `&` joins such parts: `a*49&b`. A large object
+// is its length.
 #ifndef BIFUN_TESTS_CONTRACT_TEXT_CASE_H
 #define BIFUN_TESTS_CONTRACT_TEXT_CASE_H
 

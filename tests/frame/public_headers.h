@@ -5,6 +5,7 @@
 #include "engine/datetime.h"
 #include "engine/decimal.h"
 #include "engine/interval.h"
+#include "engine/large_objects.h"
 #include "engine/memory.h"
 #include "engine/number_check.h"
 #include "engine/number_format.h"
