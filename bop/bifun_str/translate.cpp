@@ -16,6 +16,7 @@ struct translation {
 
 constexpr std::uint32_t byte_values = 256;
 constexpr std::uint32_t no_character = UINT32_MAX;
+constexpr std::uint32_t most_pairs = 24; // for more a table is faster
 
 struct character_set {
     std::uint32_t count;
@@ -37,6 +38,8 @@ struct translations {
     bool leaves_out;
     std::uint8_t byte[byte_values];
     bool is_left_out[byte_values];
+    std::uint32_t pair_count; // of few that change and none that is left out; else 0, or there are none
+    byte_pair pairs[most_pairs];
 
     bool blanks_stay; // the blank is not in the from-set, or becomes itself
     translation of_blank;
@@ -82,6 +85,21 @@ void for_each_translation(const text_operations& texts, const translations& by, 
     return BIFUN_OK;
 }
 
+void translate_all_bytes(const std::uint8_t* __restrict byte, const std::uint8_t* from, std::uint8_t* __restrict to, std::uint32_t length) {
+    for (std::uint32_t i = 0; i < length; ++i) {
+        to[i] = byte[from[i]];
+    }
+}
+
+void translate_kept_bytes(const translations& by, const std::uint8_t* from, std::uint8_t* to, std::uint32_t length) {
+    const std::uint8_t* const end = from + length;
+    for (; from != end; ++from) {
+        if (!by.is_left_out[*from]) {
+            *to++ = by.byte[*from];
+        }
+    }
+}
+
 status translate_bytes(const translations& by, const bifun_string& text, string_room& room) {
     std::uint32_t length = text.length;
     if (by.leaves_out) {
@@ -91,21 +109,13 @@ status translate_bytes(const translations& by, const bifun_string& text, string_
     }
     text_writer result;
     const status made = make_room(room, length, text.trailing_blanks, result);
-    if (made != BIFUN_OK || length == 0) {
-        return made;
+    if (result.may_overrun && length <= copy_room && by.pair_count != 0) [[likely]] {
+        translate_into_room(result.at, text.data, length, by.pairs, by.pair_count);
+    } else if (made == BIFUN_OK && length != 0) {
+        by.leaves_out ? translate_kept_bytes(by, text.data, result.at, text.length)
+                      : translate_all_bytes(by.byte, text.data, result.at, text.length);
     }
-    if (!by.leaves_out) {
-        for (std::uint32_t i = 0; i < length; ++i) {
-            result.at[i] = by.byte[text.data[i]];
-        }
-        return BIFUN_OK;
-    }
-    for (std::uint32_t i = 0; i < text.length; ++i) {
-        if (!by.is_left_out[text.data[i]]) {
-            *result.at++ = by.byte[text.data[i]];
-        }
-    }
-    return BIFUN_OK;
+    return made;
 }
 
 using translations_of_batch = const translations*;
@@ -153,6 +163,16 @@ void fill_translations(translations& by) {
             by.byte[i] = to.length == 0 ? byte : *to.bytes;
         }
     }
+    by.pair_count = 0;
+    for (std::uint32_t i = 0; by.is_of_bytes && !by.leaves_out && i < byte_values && by.pair_count <= most_pairs; ++i) {
+        if (by.byte[i] != i) {
+            if (by.pair_count < most_pairs) {
+                by.pairs[by.pair_count] = {static_cast<std::uint8_t>(i), by.byte[i]};
+            }
+            ++by.pair_count;
+        }
+    }
+    by.pair_count = by.pair_count > most_pairs ? 0 : by.pair_count;
     by.of_blank = translated(by, &blank, 1);
     by.blanks_stay = by.of_blank.length == 1 && *by.of_blank.bytes == blank;
 }

@@ -77,20 +77,24 @@ using byte_vector = __m256i;
 inline byte_vector load_vector(const std::uint8_t* bytes) { return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(bytes)); }
 inline void store_vector(std::uint8_t* to, byte_vector bytes) { _mm256_storeu_si256(reinterpret_cast<__m256i*>(to), bytes); }
 inline std::uint32_t top_bits(byte_vector bytes) { return static_cast<std::uint32_t>(_mm256_movemask_epi8(bytes)); }
-inline byte_vector equal(byte_vector bytes, std::uint8_t byte) {
-    return _mm256_cmpeq_epi8(bytes, _mm256_set1_epi8(static_cast<char>(byte)));
-}
+inline byte_vector every_byte(std::uint8_t byte) { return _mm256_set1_epi8(static_cast<char>(byte)); }
+inline byte_vector equal(byte_vector bytes, std::uint8_t byte) { return _mm256_cmpeq_epi8(bytes, every_byte(byte)); }
 inline byte_vector not_below(byte_vector bytes, std::uint8_t low) {
-    return _mm256_cmpeq_epi8(_mm256_max_epu8(bytes, _mm256_set1_epi8(static_cast<char>(low))), bytes);
+    return _mm256_cmpeq_epi8(_mm256_max_epu8(bytes, every_byte(low)), bytes);
 }
+// Of `mask` every byte is 0 or 0xFF.
+inline byte_vector select(byte_vector mask, byte_vector set, byte_vector clear) { return _mm256_blendv_epi8(clear, set, mask); }
 #else
 using byte_vector = __m128i;
 inline byte_vector load_vector(const std::uint8_t* bytes) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes)); }
 inline void store_vector(std::uint8_t* to, byte_vector bytes) { _mm_storeu_si128(reinterpret_cast<__m128i*>(to), bytes); }
 inline std::uint32_t top_bits(byte_vector bytes) { return static_cast<std::uint32_t>(_mm_movemask_epi8(bytes)); }
-inline byte_vector equal(byte_vector bytes, std::uint8_t byte) { return _mm_cmpeq_epi8(bytes, _mm_set1_epi8(static_cast<char>(byte))); }
-inline byte_vector not_below(byte_vector bytes, std::uint8_t low) {
-    return _mm_cmpeq_epi8(_mm_max_epu8(bytes, _mm_set1_epi8(static_cast<char>(low))), bytes);
+inline byte_vector every_byte(std::uint8_t byte) { return _mm_set1_epi8(static_cast<char>(byte)); }
+inline byte_vector equal(byte_vector bytes, std::uint8_t byte) { return _mm_cmpeq_epi8(bytes, every_byte(byte)); }
+inline byte_vector not_below(byte_vector bytes, std::uint8_t low) { return _mm_cmpeq_epi8(_mm_max_epu8(bytes, every_byte(low)), bytes); }
+// Of `mask` every byte is 0 or 0xFF.
+inline byte_vector select(byte_vector mask, byte_vector set, byte_vector clear) {
+    return _mm_or_si128(_mm_and_si128(mask, set), _mm_andnot_si128(mask, clear));
 }
 #endif
 

@@ -145,6 +145,41 @@ inline void copy_into_room(std::uint8_t* to, const std::uint8_t* from, std::uint
 #endif
 }
 
+// A byte that becomes another.
+struct byte_pair {
+    std::uint8_t from;
+    std::uint8_t to;
+};
+
+// copy_into_room, with the bytes of the pairs changed, of which no two are from the same.
+inline void translate_into_room(std::uint8_t* to, const std::uint8_t* from, std::uint32_t length, const byte_pair* pairs,
+                                std::uint32_t count) {
+#if defined(BIFUN_MASKED_LOADS)
+    const text_bytes<64> text(from, length);
+    __m512i bytes = text.bytes;
+    for (std::uint32_t i = 0; i < count; ++i) {
+        bytes = _mm512_mask_mov_epi8(bytes, equal_bytes(text, pairs[i].from), _mm512_set1_epi8(static_cast<char>(pairs[i].to)));
+    }
+    _mm512_storeu_si512(to, bytes);
+#elif defined(BIFUN_WHOLE_LOADS)
+    const text_bytes<64> text(from, length);
+    for (std::size_t part = 0; part < text_bytes<64>::parts; ++part) {
+        byte_vector bytes = text.part[part];
+        for (std::uint32_t i = 0; i < count; ++i) {
+            bytes = select(equal(text.part[part], pairs[i].from), every_byte(pairs[i].to), bytes);
+        }
+        store_vector(to + part * sizeof(byte_vector), bytes);
+    }
+#else
+    for (std::uint32_t k = 0; k < length; ++k) {
+        to[k] = from[k];
+        for (std::uint32_t i = 0; i < count; ++i) {
+            to[k] = from[k] == pairs[i].from ? pairs[i].to : to[k];
+        }
+    }
+#endif
+}
+
 // ---- texts made of pieces ----
 
 // Where a text is being written.
