@@ -3,6 +3,7 @@
 
 #include "bop/bifun_str/entry_points.h"
 #include "bop/bifun_str/text.h"
+#include "engine/large_objects.h"
 
 namespace bifun {
 namespace {
@@ -30,6 +31,15 @@ value_or_null lengthb(const value_or_null& of_empty, const bifun_string& text, s
     return is_empty(text) ? of_empty : value_or_null();
 }
 
+using large_object = const bifun_large_object*;
+using environment = bifun_environment*;
+
+value_or_null lengthb_of_large_object(const environment& environment, const value_or_null& of_empty, const large_object& object,
+                                      std::int64_t& bytes) {
+    const status found = nblob_get_length(environment, object, &bytes);
+    return found >= BIFUN_OK && bytes == 0 ? of_empty : value_or_null(found);
+}
+
 } // namespace
 
 status entry::blength_a_str(batch_of<INT> batch, column_of<VARCHAR> text) {
@@ -40,6 +50,9 @@ status entry::blength_space_a_str(batch_of<INT> batch, column_of<VARCHAR> text) 
 }
 status entry::blengthb_a_str(batch_of<INT> batch, column_of<VARCHAR> text) {
     return set_rows<lengthb>(batch, fixed(length_of_empty()), text);
+}
+status entry::blengthb_blob_a_str(batch_of<BIGINT> batch, column_of<BLOB> object) {
+    return set_rows<lengthb_of_large_object>(batch, fixed(batch.environment), fixed(length_of_empty()), object);
 }
 
 } // namespace bifun
