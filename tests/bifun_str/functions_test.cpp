@@ -161,7 +161,7 @@ TEST_F(StringFunctions, BuiltTextsHaveAtMost32767Bytes) {
     });
 }
 
-// More than anybody can have stored: texts of as many blanks as can be counted.
+// Texts of as many blanks as can be counted, more than anybody can have stored; and limits that are no numbers of characters.
 TEST_F(StringFunctions, CountsDoNotOverflow) {
     using string_model::value;
     constexpr std::uint32_t most = UINT32_MAX;
@@ -180,6 +180,9 @@ TEST_F(StringFunctions, CountsDoNotOverflow) {
         {"brepeatstr_av_str", {{"", most}, {INT32_MAX}}, BIFUN_ARGUMENT_OUT_OF_DOMAIN, "NULL"},
         {"brepeatstr_av_str", {{"a", most}, {1}}, BIFUN_ARGUMENT_OUT_OF_DOMAIN, "NULL"},
         {"brepeatstr_av_str", {{"a", most}, {0}}, 0, "''"},
+        {"brepeatstr_av_str", {{"一", 0}, {10923}}, BIFUN_ARGUMENT_OUT_OF_DOMAIN, "NULL"},
+        {"brpad_avv_str", {{"", 0}, {10923}, {"一", 0}}, BIFUN_INVALID_CHARACTER_STRING, "NULL"},
+        {"blpad_avv_str", {{"一", 0}, {32766}, {"x", 0}}, BIFUN_INVALID_CHARACTER_STRING, "NULL"},
         {"blpad_avv_str", {{"", most}, {7}, {"x", 0}}, 0, "''+7"},
         {"blpad_avv_str", {{"", most}, {32768}, {"x", 0}}, BIFUN_INVALID_CHARACTER_STRING, "NULL"},
         {"brpad_avv_str", {{"a", most}, {INT32_MAX}, {"x", 0}}, BIFUN_INVALID_CHARACTER_STRING, "NULL"},
