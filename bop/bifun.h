@@ -29,6 +29,16 @@
  * binstr_avvv_process_case_sencitive is the same for one row of INSTR on a server that does not distinguish case: it takes full texts,
  * which it leaves as they are. -6803 where the occurrence is below 1.
  *
+ * bifun_replace_low is REPLACE of one value: it stores the source with the replacement in place of every occurrence of the pattern in row
+ * `row` of `result` and leaves the row's null flag to the caller. bifun_replace_low_1 is the same for patterns of trailing blanks only,
+ * bifun_replace_low_2 for those of bytes only, bifun_replace_low_3 for those of both and the empty one; bifun_replace_def_low removes the
+ * occurrences. They return 0, or -503.
+ *
+ * ifun_overlay_low is OVERLAY of one value: the replacement in place of `length` characters from the `position`-th on, where 0 counts as 1,
+ * or with length 0xFFFFFFFF of as many as the replacement has. `output`, which has room for 32767 bytes, `*output_length` and
+ * `*output_blanks` get the result. It returns 0; -6108 where the result has more than 32767 bytes, its blanks among them, and then nothing
+ * is written.
+ *
  * bifun_dll_var_init stores the three settings; call it once after loading the library and before anything else. It returns 0. */
 #ifndef BIFUN_BIFUN_H
 #define BIFUN_BIFUN_H

@@ -1,5 +1,5 @@
-// What the model of the string functions has no answer for: malformed texts, statuses, reversals that fail, where positions are too; and
-// the exported operations on single values.
+// What the model of the string functions has no answer for: malformed texts, statuses, limits, counts that nobody has stored, reversals
+// that fail, where positions are too; and the exported operations on single values.
 
 #include <dlfcn.h>
 
@@ -18,6 +18,7 @@
 #include "engine/charset.h"
 #include "engine/memory.h"
 #include "tests/bifun_str/string_model.h"
+#include "tests/contract/each_engine.h"
 #include "tests/contract/exact_block.h"
 #include "tests/contract/text_case.h"
 
@@ -134,6 +135,92 @@ TEST_F(StringFunctions, CaseFolding) {
     });
 }
 
+// ---- built texts ------------------------------------------------------------------------------------------------------
+
+// One byte below what fails. Of CONCAT a part that stays alone is measured in its own way, or not at all.
+TEST_F(StringFunctions, BuiltTextsHaveAtMost32767Bytes) {
+    each_engine::expect_results({
+        "boverlay_avvv_str | NULL a*32766 a*32767 | x | 32768 | 0 | [0] NULL a*32766&x NULL status -6108",
+        "boverlay_avvv_str | a*32760______ a*32760_______ | x | 1 | 0 | [0] x&a*32760______ NULL status -6108",
+        "boverlay_aav_str | ___ ___ | a*32765 a*32766 | 3 | [0]   &a*32765 NULL status -6108",
+        "binsstr_avva_str | ab ab | 3 | 0 | x*32765 x*32766 | [0] ab&x*32765 NULL status -6108",
+        "bconcat_aa_str | a*32766 a*32766 | b bc | [0] a*32766&b NULL status -6108",
+        "bconcat_av_str | a*32767_ a*32768 | __ | [0] a*32767___ NULL status -6108",
+        "bconcat_aa_str | a*32767__ NULL a*32768 | NULL a*32768 NULL | [0] a*32767__ a*32768 NULL status -6803",
+        "brepeatstr_av_str | a*4681 '' a*4682 | 7 | [0] a*32767 '' NULL status -6803",
+        "brepeatstr_av_str | '' | 2147483647 | [1] ''",
+        "blpad_avv_str | a a_ a | 32767 | x | [1] x*32766&a x*32765&a_ x*32766&a",
+        "brpad_avv_str | NULL a*32767 a*32768 | 40000 | '' | [0] NULL a*32767 NULL status -6108",
+        // Cut texts are results, too.
+        "brpad_avv_str | a*40000 | 32767 | x | [1] a*32767",
+        "blpad_avv_str | a*40000 | 32768 | x | [0] NULL status -6108",
+        "brpad_def_av_str | a*40000 | 32768 | [0] NULL status -6108",
+        // No limits.
+        "breplace_avv_str | a*20000 | a | bb | [1] b*40000",
+        "btranslate_avv_str | a*40000 | a | b | [1] b*40000",
+    });
+}
+
+// Texts of as many blanks as can be counted, more than anybody can have stored; and limits that are no numbers of characters.
+TEST_F(StringFunctions, CountsDoNotOverflow) {
+    using string_model::value;
+    constexpr std::uint32_t most = UINT32_MAX;
+    const struct {
+        const char* symbol;
+        std::vector<value> arguments;
+        std::int32_t status;
+        const char* row;
+    } cases[] = {
+        {"bconcat_aa_str", {{"a", most}, {"b", 0}}, BIFUN_INVALID_CHARACTER_STRING, "NULL"},
+        {"bconcat_aa_str", {{"a", 0}, {"", most}}, 0, "'a'+4294967295"},
+        {"bconcat_aa_str", {{"a", 1}, {"", most}}, BIFUN_INVALID_CHARACTER_STRING, "NULL"},
+        {"boverlay_aav_str", {{"a", most}, {"b", 0}, {1}}, BIFUN_INVALID_CHARACTER_STRING, "NULL"},
+        {"boverlay_aav_str", {{"a", 0}, {"b", most}, {1}}, BIFUN_INVALID_CHARACTER_STRING, "NULL"},
+        {"boverlay_aavv_str", {{"a", most}, {"b", 0}, {2}, {INT32_MAX}}, BIFUN_INVALID_CHARACTER_STRING, "NULL"},
+        {"brepeatstr_av_str", {{"", most}, {INT32_MAX}}, BIFUN_ARGUMENT_OUT_OF_DOMAIN, "NULL"},
+        {"brepeatstr_av_str", {{"a", most}, {1}}, BIFUN_ARGUMENT_OUT_OF_DOMAIN, "NULL"},
+        {"brepeatstr_av_str", {{"a", most}, {0}}, 0, "''"},
+        {"brepeatstr_av_str", {{"一", 0}, {10923}}, BIFUN_ARGUMENT_OUT_OF_DOMAIN, "NULL"},
+        {"brpad_avv_str", {{"", 0}, {10923}, {"一", 0}}, BIFUN_INVALID_CHARACTER_STRING, "NULL"},
+        {"blpad_avv_str", {{"一", 0}, {32766}, {"x", 0}}, BIFUN_INVALID_CHARACTER_STRING, "NULL"},
+        {"blpad_avv_str", {{"", most}, {7}, {"x", 0}}, 0, "''+7"},
+        {"blpad_avv_str", {{"", most}, {32768}, {"x", 0}}, BIFUN_INVALID_CHARACTER_STRING, "NULL"},
+        {"brpad_avv_str", {{"a", most}, {INT32_MAX}, {"x", 0}}, BIFUN_INVALID_CHARACTER_STRING, "NULL"},
+        {"brpad_avv_str", {{"a", 0}, {9}, {"x", most}}, BIFUN_OUT_OF_MEMORY, "NULL"},
+        {"breplace_aaa_str", {{"a", most}, {"a", 0}, {"b", 0}}, 0, "'b'+4294967295"},
+        {"breplace_aaa_str", {{"a", most}, {"a", most}, {"b", 0}}, BIFUN_OUT_OF_MEMORY, "NULL"},
+        {"breplace_aaa_str", {{"a", 0}, {"a", 0}, {"b", most}}, BIFUN_OUT_OF_MEMORY, "NULL"},
+        {"btranslate_avv_str", {{"a", most}, {" ", 0}, {}}, 0, "NULL"},
+        {"btranslate_avv_str", {{"a", most}, {" ", 0}, {"", 0}}, 0, "'a'"},
+        {"btranslate_avv_str", {{"a", most}, {"a", 0}, {"bc", 0}}, 0, "'b'+4294967295"},
+        {"btranslate_avv_str", {{"a", most}, {" ", 0}, {"xy", 0}}, BIFUN_OUT_OF_MEMORY, "NULL"},
+        {"btranslate_avv_str", {{"a", 0}, {"a", most}, {"b", 0}}, BIFUN_OUT_OF_MEMORY, "NULL"},
+    };
+    each_engine::with_each_engine([&] {
+        for (const auto& c : cases) {
+            const string_model::string_call call = string_model::call_strings(contract::entry_of(c.symbol), {c.arguments});
+            EXPECT_TRUE(call.outcome.status == c.status && call.rows[0] == c.row)
+                << string_model::shown(contract::entry_of(c.symbol), c.arguments) << ": " << call.outcome.status << ", " << call.rows[0];
+        }
+    });
+}
+
+// The folded pattern and its tables, the folded text, the result: whichever has no room, nothing else is lost.
+TEST_F(StringFunctions, ReplacingWithoutMemory) {
+    use(utf8, 0, 0);
+    each_engine::with_each_engine([] {
+        for (const char* const symbol : {"breplace_aaa_str", "breplace_avv_str"}) {
+            std::int64_t step = 0;
+            std::string result;
+            do {
+                result = evaluate({symbol, {"P*3000", "p*300", "x*900"}, {}}, {.failing_step = ++step});
+            } while (result == "[0] NULL status -503");
+            EXPECT_EQ(result, "[1] x*9000");
+            EXPECT_GT(step, 3) << symbol;
+        }
+    });
+}
+
 // ---- operations on single values --------------------------------------------------------------------------------------
 
 template <class Function> Function* exported(const char* name) { return reinterpret_cast<Function*>(contract::library_symbol(name)); }
@@ -198,6 +285,98 @@ TEST_F(StringFunctions, SearchOfOneTextWhateverItsCase) {
                   c.status);
         EXPECT_EQ(position, c.position) << c.text << ", " << c.pattern;
         EXPECT_TRUE(text.text() == c.text && pattern.text() == c.pattern);
+    }
+}
+
+// By the kernel that the pattern asks for, too. The row's flag is the caller's.
+TEST_F(StringFunctions, ReplacingInOneText) {
+    using string_model::text;
+    const zqengine::column_pointer column(zqengine::create_column(bifun::value_type::VARCHAR, 2));
+    const struct {
+        text source, pattern, replacement;
+        const char* result;
+    } cases[] = {{{"abcab", 2}, {"ab", 0}, {"x", 1}, "'x cx '+2"},
+                 {{"ab", 2}, {" ", 0}, {"x", 0}, "'ab'+2"},
+                 {{"a b", 3}, {"", 2}, {"é", 0}, "'a b\\xC3\\xA9'+1"},
+                 {{"ab", 3}, {"b", 2}, {"", 0}, "'a'+1"},
+                 {{"", 3}, {"", 1}, {"", 0}, "''"},
+                 {{"ab", 1}, {"", 0}, {"x", 0}, "'ab'+1"},
+                 {{"aaa", 0}, {"aa", 0}, {"", 0}, "'a'"},
+                 {{"éa", 0}, {"\xA9", 0}, {"", 0}, "'\\xC3\\xA9a'"}};
+    static_assert(std::is_same_v<decltype(bifun_replace_low), decltype(bifun_replace_low_1)>);
+    const auto shown_row = [&](std::int32_t status) {
+        const bifun_string& row = zqengine::values_of<bifun_string>(*column)[1];
+        EXPECT_TRUE(status == 0 && column->data.null_flags[1] == 7) << status;
+        return string_model::shown(text{std::string(row.data, row.data + row.length), row.trailing_blanks});
+    };
+    for (const auto& c : cases) {
+        const exact_block source(c.source.stored);
+        const exact_block pattern(c.pattern.stored);
+        const exact_block with(c.replacement.stored);
+        const char* const kernel = pattern.length == 0 && c.pattern.blanks != 0   ? "bifun_replace_low_1"
+                                   : pattern.length != 0 && c.pattern.blanks == 0 ? "bifun_replace_low_2"
+                                                                                  : "bifun_replace_low_3";
+        column->data.null_flags[1] = 7;
+        for (const char* const name : {"bifun_replace_low", kernel}) {
+            EXPECT_EQ(shown_row(exported<decltype(bifun_replace_low)>(name)(
+                          &environment, memory, 1, &column->column, source.data(), source.length, c.source.blanks, pattern.data(),
+                          pattern.length, c.pattern.blanks, with.data(), with.length, c.replacement.blanks)),
+                      c.result)
+                << name;
+        }
+        if (with.length == 0 && c.replacement.blanks == 0) {
+            EXPECT_EQ(shown_row(exported<decltype(bifun_replace_def_low)>("bifun_replace_def_low")(
+                          &environment, memory, 1, &column->column, source.data(), source.length, c.source.blanks, pattern.data(),
+                          pattern.length, c.pattern.blanks)),
+                      c.result);
+        }
+    }
+    const exact_block long_pattern(std::string(300, 'b'));
+    zqengine::fail_step(1);
+    EXPECT_EQ(exported<decltype(bifun_replace_low)>("bifun_replace_low")(&environment, memory, 1, &column->column, long_pattern.data(), 300,
+                                                                         0, long_pattern.data(), 300, 0, nullptr, 0, 0),
+              BIFUN_OUT_OF_MEMORY);
+}
+
+// The output has room for the longest result and no more.
+TEST_F(StringFunctions, OverlayOfOneText) {
+    using string_model::text;
+    constexpr std::uint32_t by_replacement = UINT32_MAX;
+    const auto overlay = exported<decltype(ifun_overlay_low)>("ifun_overlay_low");
+    const std::string longest(32767, 'x');
+    const struct {
+        text source, replacement;
+        std::uint32_t position, length;
+        std::string result; // empty: -6108
+    } cases[] = {{{"éab", 2}, {"xy", 0}, 2, by_replacement, "'\\xC3\\xA9xy'+2"},
+                 {{"éab", 2}, {"x", 1}, 2, by_replacement, "'\\xC3\\xA9x '+2"},
+                 {{"ab", 4}, {"x", 0}, 4, 2, "'ab x'+1"},
+                 {{"ab", 4}, {"", 2}, 4, 1, "'ab   '+2"},
+                 {{"ab", 4}, {"", 0}, 5, 0, "'ab  '+2"},
+                 {{"ab", 1}, {"x", 0}, 4294967295, 4294967294, "'ab x'"},
+                 {{"ab", 1}, {"x", 0}, 1, 4294967294, "'x'"},
+                 {{"ab", 1}, {"x", 0}, 0, 1, "'xb'+1"}, // as position 1
+                 {{longest, 0}, {"", 0}, 1, 0, string_model::shown(text{longest, 0})},
+                 {{"", 0}, {longest, 0}, 1, by_replacement, string_model::shown(text{longest, 0})},
+                 {{"", 32766}, {"x", 0}, 1, 0, "'x'+32766"},
+                 {{"", 32767}, {"x", 0}, 1, 1, "'x'+32766"},
+                 {{"", 32767}, {"x", 0}, 1, 0, ""},
+                 {{longest, 1}, {"", 0}, 1, 0, ""},
+                 {{longest, 0}, {"x", 0}, 32768, 1, ""},
+                 {{"a", 4294967295}, {"b", 4294967295}, 4294967295, by_replacement, ""},
+                 {{"a", 4294967295}, {"b", 0}, 1, 1, ""}};
+    for (const auto& c : cases) {
+        const exact_block source(c.source.stored);
+        const exact_block replacement(c.replacement.stored);
+        const exact_block output(longest);
+        std::uint32_t length = 7;
+        std::uint32_t blanks = 7;
+        const std::int32_t status = overlay(source.data(), source.length, c.source.blanks, replacement.data(), replacement.length,
+                                            c.replacement.blanks, c.position, c.length, output.data(), &length, &blanks);
+        EXPECT_EQ(status, c.result.empty() ? BIFUN_INVALID_CHARACTER_STRING : BIFUN_OK) << c.position << ' ' << c.length;
+        if (status == BIFUN_OK) {
+            EXPECT_EQ(string_model::shown(text{std::string(output.data(), output.data() + length), blanks}), c.result);
+        }
     }
 }
 

@@ -38,6 +38,25 @@ int32_t bdta3_set_dec(bifun_environment* e, bifun_memory_object* m, bifun_column
     return 0;
 }
 
+int32_t bdta3_set_int64(bifun_environment* e, bifun_memory_object* m, bifun_column* result, uint32_t row,
+                        const bifun_bigint_constant* value) {
+    visit(e, m, &environment.setter_calls);
+    ((int64_t*)result->data->values)[row] = value->value;
+    return 0;
+}
+
+/* Large objects of this engine know nothing but their length, and what is answered when they are asked for it. */
+struct bifun_large_object {
+    int64_t length;
+    int32_t status;
+};
+
+int32_t nblob_get_length(bifun_environment* e, const bifun_large_object* object, int64_t* length) {
+    e->strangers += e != &environment;
+    *length = object->length;
+    return object->status;
+}
+
 /* The width of a value is this engine's own word of a column. */
 int32_t bdta3_col_copy(bifun_environment* e, bifun_memory_object* m, bifun_column* destination, const bifun_column* source,
                        uint32_t row_count) {
@@ -99,7 +118,11 @@ MAKE_COLUMN(ints, int32_t, {1, 99, 0, 3});
 MAKE_COLUMN(decimals, xdec, {{{[28] = 'a', [29] = 5}}, {{0}}, {{[28] = 'a', [29] = 7}}, {{[28] = 'a', [29] = 9}}});
 MAKE_COLUMN(datetimes, zqtime, {{{[11] = 24}}, {{0}}, {{[11] = 7}}, {{[11] = 6}}});
 
+static struct bifun_large_object long_object = {5LL << 30, 7}, short_object = {1, 0}, lost_object = {1, -4711};
+MAKE_COLUMN(objects, bifun_large_object*, {&long_object, NULL, &short_object, &lost_object});
+
 MAKE_COLUMN(int_result, int32_t, {0});
+MAKE_COLUMN(bigint_result, int64_t, {0});
 MAKE_COLUMN(decimal_result, xdec, {{{0}}});
 
 int main(int argument_count, char** arguments) {
@@ -134,6 +157,12 @@ int main(int argument_count, char** arguments) {
     expect(FIND(bdayofweek_a_date)(&environment, &memory, &datetimes, &int_result, ROWS) == 0, "DAYOFWEEK succeeds");
     expect(int_result_values[0] == 4 && int_result_flags[1] == 0 && int_result_values[2] == 1 && int_result_values[3] == 7,
            "DAYOFWEEK of 24, NULL, 7 and 6 days after a Sunday");
+
+    bigint_result.no_nulls = 1;
+    expect(FIND(blengthb_blob_a_str)(&environment, &memory, &objects, &bigint_result, ROWS) == -4711, "LENGTHB fails as the engine does");
+    expect(bigint_result_values[0] == 5LL << 30 && bigint_result_flags[1] == 0 && bigint_result_values[2] == 1,
+           "LENGTHB of 5 GiB, NULL and a byte");
+    expect(bigint_result_flags[3] == 0 && bigint_result.no_nulls == 0, "LENGTHB of an object that cannot be measured");
 
     expect(environment.strangers == 0, "every operation is given the environment, the memory object and a value that is not NULL");
     expect(dlclose(library) == 0, "the library can be unloaded");
