@@ -11,11 +11,12 @@ namespace {
 status concatenation(const bifun_string& a, const bifun_string& b, string_room& room) {
     // Where b has no bytes, a's blanks stay a count.
     const std::uint64_t length = b.length == 0 ? a.length : full_length(a) + b.length;
-    if (length > longest_built_text) {
+    const std::uint64_t blanks = std::uint64_t{b.trailing_blanks} + (b.length == 0 ? a.trailing_blanks : 0);
+    if (length > longest_built_text || blanks > UINT32_MAX) {
         return BIFUN_INVALID_CHARACTER_STRING;
     }
     text_writer text;
-    const status made = make_room(room, length, b.length == 0 ? a.trailing_blanks + b.trailing_blanks : b.trailing_blanks, text);
+    const status made = make_room(room, length, static_cast<std::uint32_t>(blanks), text);
     if (made == BIFUN_OK && length != 0) {
         append(text, a.data, a.length);
         if (b.length != 0) {

@@ -10,7 +10,8 @@ namespace bifun {
 // The longest result of functions that build texts, with its trailing blanks.
 constexpr std::uint32_t longest_built_text = 32767;
 
-// The range begins at character `position`, from 1, and ends `length` characters behind that, or where the replacement's length ends it.
+// The range begins at character `position`, from 1 (0 is taken as 1), and ends `length` characters behind that, or where the replacement's
+// length ends it.
 struct overlaid_range {
     std::uint32_t position;
     std::uint32_t length;
@@ -32,7 +33,7 @@ inline overlay_parts place_overlay(const text_operations& texts, const bifun_str
     const std::uint64_t length = range.length == length_of_replacement
                                      ? std::uint64_t{stored_characters(texts, replacement)} + replacement.trailing_blanks
                                      : range.length;
-    const std::uint64_t start = std::min(std::uint64_t{range.position} - 1, all);
+    const std::uint64_t start = std::min<std::uint64_t>(range.position == 0 ? 0 : range.position - 1, all);
     const std::uint64_t end = std::min(start + length, all);
     const auto offset_of = [&](std::uint64_t characters) {
         return characters >= stored      ? source.length

@@ -79,7 +79,7 @@ void for_each_translation(const text_operations& texts, const translations& by, 
         return made;
     }
     for_each_translation(texts, by, text, [&](const translation& to) { append(result, to.bytes, to.length); });
-    for (std::uint64_t i = 0; i < written_blanks; ++i) {
+    for (std::uint64_t i = 0; i < written_blanks && by.of_blank.length != 0; ++i) {
         append(result, by.of_blank.bytes, by.of_blank.length);
     }
     return BIFUN_OK;
