@@ -50,6 +50,29 @@ TEST(StringCalls, Searches) {
     });
 }
 
+TEST(StringCalls, TextsBuiltOfParts) {
+    expect_shown({
+        {"REPLACE('black and blue', 'bl', 'J') ; REPLACE('aaa', 'aa') ; REPLACE('é日é', 'é', '') ; REPLACE('abc', '', 'x')",
+         R"("Jack and Jue", "a", "日", "abc")"},
+        {"OVERLAY('Txxxxas' PLACING 'hom' FROM 2 FOR 4) ; OVERLAY('éab' PLACING 'xy' FROM 2) ; INSSTR('abcdef', 3, 0, '--')",
+         R"("Thomas", "éxy", "ab--cdef")"},
+        {"TRANSLATE('12345', '143', 'ax') ; TRANSLATE('né', 'é', 'e') ; LPAD('7', 3, '0') ; RPAD('日', 3, 'ab') ; LPAD('abc', 2)",
+         R"("a2x5", "ne", "007", "日ab", "ab")"},
+        {"CONCAT('a', 'b', NULL, 'c') ; 'a' || NULL || 'b' ; CONCAT('a', 'b') ; NULL || NULL", R"("abc", "ab", "ab", null)"},
+        {"REPEAT('ab', 3) ; '[' || SPACE(2) || ']' ; LENGTH('né  ') ; CHAR_LENGTH('') ; CHARACTER_LENGTH('a') ; LENGTHB('né') ; "
+         "OCTET_LENGTH('a')",
+         R"("ababab", "[  ]", 4, null, 1, 3, 1)"},
+        {"OVERLAY('abc' PLACING 'x' FROM 1 FOR -1)", "OVERLAY: -2206 the length of OVERLAY is negative"},
+        {"CONCAT('a')", "8, near CONCAT: CONCAT takes 2 or more arguments, not 1: CONCAT(a, b, ...)"},
+        {"1 || 'a'", "10, near ||: CONCAT does not take (INT, VARCHAR); it takes (VARCHAR, VARCHAR)"},
+    });
+    // Literals stand for columns where no entry point takes them as constants.
+    expect_answer("s,n\nab,3\né,\n,1\n",
+                  "SELECT s || '-' || TO_CHAR(n) AS c, LPAD('x', 3, s) l, REPLACE('cab', s, 'd') r, OVERLAY('xyz' PLACING s FROM 2) o, SPACE(n) || s b "
+                  "FROM t",
+                  "c,l,r,o,b\nab-3,abx,cd,xab,   ab\né-,ééx,cab,xéz,é\n-1,,,, \n");
+}
+
 // A value's blanks are a count beside its text, wherever it comes from.
 TEST(StringCalls, BlankPaddedColumns) {
     const std::string file = "c,v\nab,  x \n\"é \",\"\"\n,\n\"   \",   \n";
