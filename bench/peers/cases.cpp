@@ -211,9 +211,9 @@ std::span<const bench_case> bench_cases() {
         {"concat(s, pattern)", "concat(s, pattern)", "concat(s, pattern)", "s", "bconcat_aa_str", {column("s"), column("pattern")}},
         {"concat(s, ', ')", "concat(s, ', ')", "concat(s, ', ')", "s", "bconcat_av_str", {column("s"), constant(", ")}},
         {"repeat(pattern, 3)", "repeat(pattern, 3)", "repeat(pattern, 3)", "s", "brepeatstr_av_str", {column("pattern"), constant("3")}},
-        {"length(s)", "length(s)", "lengthUTF8(s)", "n", "blength_space_a_str", {column("s")}},
+        // Of text that it knows to be ASCII DuckDB counts the bytes, which its baseline does as well.
+        {"length(s)", "", "lengthUTF8(s)", "n", "blength_space_a_str", {column("s")}},
         {"length(u)", "length(u)", "lengthUTF8(u)", "n", "blength_space_a_str", {column("u")}},
-        {"lengthb(s)", "strlen(s)", "length(s)", "n", "blengthb_a_str", {column("s")}},
         {"extract(year from timestamp)", "year(ts)", "toYear(ts)", "n", "bextract_datetime_va_date", {constant("1"), column("ts")}},
         {"year(date)", "year(dt)", "toYear(dt)", "n", "byear_a_date", {column("dt")}},
         {"month(timestamp)", "month(ts)", "toMonth(ts)", "n", "bmonth_a_date", {column("ts")}},

@@ -77,11 +77,15 @@ status repeat(const bifun_string& value, std::int32_t count, string_room& room) 
     if (made != BIFUN_OK || length == 0) {
         return made;
     }
-    std::uint8_t* const begin = text.at;
+    if (value.trailing_blanks == 0) {
+        append_copies(text, value.data, value.length, length);
+        return BIFUN_OK;
+    }
+    const std::uint8_t* const begin = text.at;
     append(text, value.data, value.length);
     if (count > 1) {
         append(text, blank, value.trailing_blanks);
-        append_copies(text, begin, length);
+        append_copies(text, begin, value.length + value.trailing_blanks, length - (value.length + value.trailing_blanks));
     }
     return BIFUN_OK;
 }

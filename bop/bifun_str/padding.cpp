@@ -31,11 +31,9 @@ std::uint32_t blanks_at_end(const bifun_string& pad, std::uint32_t length) {
 void append_pad(text_writer& text, const bifun_string& pad, std::uint32_t length) {
     if (pad.length == 1) {
         append(text, *pad.data, length);
-        return;
+    } else {
+        append_copies(text, pad.data, pad.length, length);
     }
-    std::uint8_t* const begin = text.at;
-    append(text, pad.data, std::min(pad.length, length));
-    append_copies(text, begin, length);
 }
 
 status cut_text(const text_operations& texts, const bifun_string& value, std::uint32_t stored, std::uint32_t length, string_room& room) {

@@ -19,7 +19,7 @@ struct utf8_characters {
 };
 
 // Well-formed is what Unicode's table 3-7 says. Every byte from 0xC0 on announces as many continuing ones as it has leading bits, less one,
-// and nothing else may continue; four of them allow only some of the bytes that continue for the next one.
+// and nothing else may continue; some lead nothing, and four allow only some of the bytes that continue for the next one.
 inline utf8_characters utf8_characters_of(const text_bytes<64>& text, std::uint32_t length) {
     const std::uint64_t leads = bytes_from(text, 0xC0);
     const std::uint64_t leads_of_three = bytes_from(text, 0xE0);
@@ -28,11 +28,11 @@ inline utf8_characters utf8_characters_of(const text_bytes<64>& text, std::uint3
     const std::uint64_t announced = leads << 1 | leads_of_three << 2 | leads_of_four << 3;
     // What is announced behind a 64th byte has no bit.
     const std::uint64_t cut = leads >> 63 | leads_of_three >> 62 | leads_of_four >> 61;
-    std::uint64_t wrong = announced ^ continuing;
-    wrong |= cut | (leads & ~bytes_from(text, 0xC2)) | bytes_from(text, 0xF5);
-    if (leads_of_three != 0) {
+    std::uint64_t wrong = (announced ^ continuing) | cut;
+    if (has_special_leads(text)) {
         const std::uint64_t from_0x90 = bytes_from(text, 0x90);
         const std::uint64_t from_0xA0 = bytes_from(text, 0xA0);
+        wrong |= (leads & ~bytes_from(text, 0xC2)) | bytes_from(text, 0xF5);
         wrong |= (equal_bytes(text, 0xE0) << 1 & ~from_0xA0) | (equal_bytes(text, 0xED) << 1 & from_0xA0);
         wrong |= (equal_bytes(text, 0xF0) << 1 & ~from_0x90) | (equal_bytes(text, 0xF4) << 1 & from_0x90);
     }

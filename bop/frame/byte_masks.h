@@ -65,6 +65,18 @@ inline std::uint64_t bytes_from(const text_bytes<64>& text, std::uint8_t low) {
     return _mm512_mask_cmpge_epu8_mask(text.here, text.bytes, _mm512_set1_epi8(static_cast<char>(low)));
 }
 
+// Whether some bytes lead no UTF-8 character, or one whose next byte may not be any that continues: 0xC0, 0xC1, 0xE0, 0xED, 0xF0 and those
+// from 0xF4 on.
+inline bool has_special_leads(const text_bytes<64>& text) {
+    const auto is = [&](std::uint8_t byte) { return _mm512_cmpeq_epi8_mask(text.bytes, _mm512_set1_epi8(static_cast<char>(byte))); };
+    const __mmask64 overlong = _mm512_cmpeq_epi8_mask(_mm512_and_si512(text.bytes, _mm512_set1_epi8(static_cast<char>(0xFE))),
+                                                      _mm512_set1_epi8(static_cast<char>(0xC0)));
+    const __mmask64 four = _mm512_cmpge_epu8_mask(text.bytes, _mm512_set1_epi8(static_cast<char>(0xF4)));
+    // In mask registers: in others each of them would be moved there.
+    const __mmask64 threes = _kor_mask64(is(0xE0), is(0xED));
+    return _kortestz_mask64_u8(_kor_mask64(threes, is(0xF0)), _kor_mask64(overlong, four)) == 0;
+}
+
 inline std::uint64_t whitespace_bytes(const text_bytes<16>& text) {
     const __mmask16 controls = _mm_mask_cmple_epu8_mask(text.here, _mm_sub_epi8(text.bytes, _mm_set1_epi8(9)), _mm_set1_epi8(4));
     return equal_bytes(text, blank) | controls;
@@ -205,6 +217,11 @@ template <std::uint32_t width> std::uint64_t bytes_from(const text_bytes<width>&
 }
 template <std::uint32_t width> std::uint64_t whitespace_bytes(const text_bytes<width>& text) { return mask_of(text, is_whitespace); }
 
+#endif
+
+#if !defined(BIFUN_MASKED_LOADS)
+// As masks they are no cheaper told than what follows them: any text may have some.
+inline bool has_special_leads(const text_bytes<64>& /*text*/) { return true; }
 #endif
 
 } // namespace bifun

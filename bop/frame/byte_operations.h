@@ -207,13 +207,18 @@ inline void append(text_writer& text, std::uint8_t byte, std::uint32_t count) {
     text.at += count;
 }
 
-// Copies of what is written from `begin` on, at least one byte, until that has `length` bytes.
-inline void append_copies(text_writer& text, const std::uint8_t* begin, std::uint32_t length) {
-    const std::uint8_t* const end = begin + length;
-    while (text.at < end) {
+// `length` bytes: copies of the unit, of at least one byte, the last one cut.
+inline void append_copies(text_writer& text, const std::uint8_t* unit, std::uint32_t unit_length, std::uint32_t length) {
+    constexpr std::uint32_t long_enough = 256;
+    const std::uint8_t* const begin = text.at;
+    while (length != 0) {
+        // What was written a moment ago cannot be read at once, so it is only copied where that pays.
         const auto written = static_cast<std::uint32_t>(text.at - begin);
-        const auto left = static_cast<std::uint32_t>(end - text.at);
-        append(text, begin, written < left ? written : left);
+        const bool copies_written = written >= long_enough && written > unit_length;
+        const std::uint32_t copied = copies_written ? written : unit_length;
+        const std::uint32_t now = copied < length ? copied : length;
+        append(text, copies_written ? begin : unit, now);
+        length -= now;
     }
 }
 

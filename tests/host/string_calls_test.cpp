@@ -68,7 +68,8 @@ TEST(StringCalls, TextsBuiltOfParts) {
     });
     // Literals stand for columns where no entry point takes them as constants.
     expect_answer("s,n\nab,3\né,\n,1\n",
-                  "SELECT s || '-' || TO_CHAR(n) AS c, LPAD('x', 3, s) l, REPLACE('cab', s, 'd') r, OVERLAY('xyz' PLACING s FROM 2) o, SPACE(n) || s b "
+                  "SELECT s || '-' || TO_CHAR(n) AS c, LPAD('x', 3, s) l, REPLACE('cab', s, 'd') r, OVERLAY('xyz' PLACING s FROM 2) o, "
+                  "SPACE(n) || s b "
                   "FROM t",
                   "c,l,r,o,b\nab-3,abx,cd,xab,   ab\né-,ééx,cab,xéz,é\n-1,,,, \n");
 }
