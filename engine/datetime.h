@@ -126,6 +126,23 @@ uint32_t zqtime_convert_weekday(uint32_t charset_code, const char* name);
  * is no datetime, and then the result is untouched. */
 int32_t zqtime_from_char_ex(const uint8_t* text, uint32_t length, zqtime* result);
 
+/* ---- default text ------------------------------------------------------------------------------------------------- */
+
+/* A datetime with what it is meant to be: a value of a column does not say it. */
+enum zqdt_kind { ZQDT_DATE = 1, ZQDT_TIME = 2, ZQDT_DATETIME = 3 };
+typedef struct zqdt {
+    zqtime value;
+    int32_t kind; /* of zqdt_kind */
+} zqdt;
+
+void zqdt_encode_fast(zqdt* result, const zqtime* value, int32_t kind);
+
+/* Writes what TO_CHAR gives for such a value without a format, in the session's format for its kind where there is one, without a NUL.
+ * A zone is shown where the value has one. Returns the length; 0 where the text is longer than `size`, for which ZQDT_TEXT_SIZE always
+ * suffices, or the kind is none, and then what is in the buffer has no meaning. */
+enum { ZQDT_TEXT_SIZE = 2048 };
+uint32_t zqdt_to_char(bifun_environment* environment, const zqdt* datetime, uint8_t* buffer, uint32_t size);
+
 #ifdef __cplusplus
 }
 #endif

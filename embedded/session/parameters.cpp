@@ -18,7 +18,9 @@ struct parameter {
 
 bool is_zone(std::int64_t value) { return value == ZQTIME_NO_ZONE || (value >= -840 && value <= 840); }
 
-constinit std::array<parameter, 1> parameters{{{INI_NOW_TIME_ZONE, is_zone, ZQTIME_NO_ZONE}}};
+bool is_switch(std::int64_t value) { return value == 0 || value == 1; }
+
+constinit std::array<parameter, 2> parameters{{{INI_SHOW_FRACTION, is_switch, 0}, {INI_NOW_TIME_ZONE, is_zone, ZQTIME_NO_ZONE}}};
 
 parameter* find_parameter(std::int32_t number) {
     for (parameter& candidate : parameters) {
