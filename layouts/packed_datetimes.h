@@ -126,11 +126,11 @@ struct packed_datetimes {
     static std::int32_t subtract_interval(const zqtime& value, const bifun_interval_ym& interval, zqtime& result) {
         return add_months_of_interval(value, -intervals::months_in(interval), result);
     }
-    static std::int32_t add_interval(const zqtime& value, const bifun_interval_dt& interval, zqtime& result) {
+    static std::int32_t add_time_interval(const zqtime& value, const bifun_interval_dt& interval, zqtime& result) {
         const auto [days, microseconds] = intervals::split(interval);
         return add_time(value, days, microseconds, result);
     }
-    static std::int32_t subtract_interval(const zqtime& value, const bifun_interval_dt& interval, zqtime& result) {
+    static std::int32_t subtract_time_interval(const zqtime& value, const bifun_interval_dt& interval, zqtime& result) {
         const auto [days, microseconds] = intervals::split(interval);
         return add_time(value, -days, -microseconds, result);
     }

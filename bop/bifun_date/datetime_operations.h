@@ -71,7 +71,7 @@ struct engine_datetimes {
     static status subtract_interval(const zqtime& value, const bifun_interval_ym& interval, zqtime& result) {
         return datetime_sub_interval_ym(&value, &interval, &result);
     }
-    static status add_interval(const zqtime& value, const bifun_interval_dt& interval, zqtime& result) {
+    static status add_time_interval(const zqtime& value, const bifun_interval_dt& interval, zqtime& result) {
         return datetime_add_interval_dt(&value, &interval, &result);
     }
     static std::int32_t compare(const zqtime& a, const zqtime& b) { return zqtime_cmp(&a, &b); }

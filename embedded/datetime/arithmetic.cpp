@@ -52,11 +52,11 @@ int32_t datetime_sub_interval_ym(const zqtime* value, const bifun_interval_ym* i
 }
 
 int32_t datetime_add_interval_dt(const zqtime* value, const bifun_interval_dt* interval, zqtime* result) {
-    return packed_datetimes::add_interval(*value, *interval, *result);
+    return packed_datetimes::add_time_interval(*value, *interval, *result);
 }
 
 int32_t datetime_sub_interval_dt(const zqtime* value, const bifun_interval_dt* interval, zqtime* result) {
-    return packed_datetimes::subtract_interval(*value, *interval, *result);
+    return packed_datetimes::subtract_time_interval(*value, *interval, *result);
 }
 
 // ---- comparisons --------------------------------------------------------------------------------------------------
