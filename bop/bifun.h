@@ -29,6 +29,11 @@
  * binstr_avvv_process_case_sencitive is the same for one row of INSTR on a server that does not distinguish case: it takes full texts,
  * which it leaves as they are. -6803 where the occurrence is below 1.
  *
+ * zqtime_overlaps_dt_low is OVERLAPS of two periods, 1 or 0. Where a value is missing its `present` is 0, and it is not read. With all four
+ * values the ends of a period may stand in either order and periods that only touch overlap. Else an end without its start stands for the
+ * start; equal starts overlap; so does a period that is a start only, strictly within the other one. What is missing is in no order with
+ * anything.
+ *
  * bifun_dll_var_init stores the three settings; call it once after loading the library and before anything else. It returns 0. */
 #ifndef BIFUN_BIFUN_H
 #define BIFUN_BIFUN_H

@@ -10,6 +10,7 @@
 #include "layouts/calendar.h"
 #include "layouts/datetime_arithmetic.h"
 #include "layouts/datetime_layout.h"
+#include "layouts/intervals.h"
 
 namespace bifun {
 
@@ -120,11 +121,22 @@ struct packed_datetimes {
         return stored(datetime_arithmetic::add_months(words(value), months, true, sum), sum, result);
     }
     static std::int32_t add_interval(const zqtime& value, const bifun_interval_ym& interval, zqtime& result) {
-        return add_months_of_interval(value, months_in(interval), result);
+        return add_months_of_interval(value, intervals::months_in(interval), result);
     }
     static std::int32_t subtract_interval(const zqtime& value, const bifun_interval_ym& interval, zqtime& result) {
-        return add_months_of_interval(value, -months_in(interval), result);
+        return add_months_of_interval(value, -intervals::months_in(interval), result);
     }
+    static std::int32_t add_time_interval(const zqtime& value, const bifun_interval_dt& interval, zqtime& result) {
+        const auto [days, microseconds] = intervals::split(interval);
+        return add_time(value, days, microseconds, result);
+    }
+    static std::int32_t subtract_time_interval(const zqtime& value, const bifun_interval_dt& interval, zqtime& result) {
+        const auto [days, microseconds] = intervals::split(interval);
+        return add_time(value, -days, -microseconds, result);
+    }
+    static std::int32_t compare(const zqtime& a, const zqtime& b) { return datetime_arithmetic::compare(words(a), words(b)); }
+    static std::int32_t compare(const bifun_interval_ym& a, const bifun_interval_ym& b) { return intervals::compare(a, b); }
+    static std::int32_t compare(const bifun_interval_dt& a, const bifun_interval_dt& b) { return intervals::compare(a, b); }
     static std::int32_t last_day_of_month(const zqtime& value, zqtime& result) {
         set_last_day_packed(value, result);
         return BIFUN_OK;
@@ -133,12 +145,39 @@ struct packed_datetimes {
         return number(calendar::last_day_of_month(year, static_cast<std::uint32_t>(month)));
     }
 
+    static bool is_missing_day(const zqtime& value) { return calendar::is_missing_day(year(value), month_of(value), day_of(value)); }
+    static bool is_behind_changeover_in_month(const zqtime& value) {
+        return datetime_layout::are_of_one_month(date(value), datetime_arithmetic::first_gregorian_date) &&
+               day_of(value) > calendar::last_julian_day;
+    }
+    static std::int64_t days_from_zero(std::int32_t year, std::uint32_t month, std::uint32_t day) {
+        return calendar::julian_day(year, month, day) - day_number_of_year_0;
+    }
+    static std::int32_t date_from_zero(std::int64_t number, std::int32_t& year, std::uint32_t& month, std::uint32_t& day) {
+        const std::int64_t julian_day = number + day_number_of_year_0;
+        if (julian_day < 0 || julian_day > calendar::number_of_last_day) {
+            return BIFUN_INVALID_DATETIME;
+        }
+        const calendar::calendar_date date = calendar::date_of_julian_day(static_cast<std::int32_t>(julian_day));
+        year = date.year;
+        month = date.month;
+        day = date.day;
+        return BIFUN_OK;
+    }
+
   private:
+    static constexpr std::int64_t day_number_of_year_0 = calendar::julian_day(0, 1, 1, false);
+
+    static std::uint32_t month_of(const zqtime& value) { return datetime_layout::month_of_date(date(value)); }
+    static std::uint32_t day_of(const zqtime& value) { return datetime_layout::day_of_date(date(value)); }
     static std::int32_t displacement(const zqtime& value) {
         const std::int32_t minutes = zone(value);
         return minutes == ZQTIME_NO_ZONE ? 0 : minutes;
     }
-    static std::int64_t months_in(const bifun_interval_ym& interval) { return std::int64_t{interval.years} * 12 + interval.months; }
+    static std::int32_t add_time(const zqtime& value, std::int64_t days, std::int64_t microseconds, zqtime& result) {
+        datetime_layout::datetime_words sum;
+        return stored(datetime_arithmetic::add_time(words(value), days, microseconds, sum), sum, result);
+    }
     static std::int32_t add_months_of_interval(const zqtime& value, std::int64_t months, zqtime& result) {
         datetime_layout::datetime_words sum;
         return stored(datetime_arithmetic::add_months(words(value), months, false, sum), sum, result);

@@ -71,6 +71,12 @@ struct engine_datetimes {
     static status subtract_interval(const zqtime& value, const bifun_interval_ym& interval, zqtime& result) {
         return datetime_sub_interval_ym(&value, &interval, &result);
     }
+    static status add_time_interval(const zqtime& value, const bifun_interval_dt& interval, zqtime& result) {
+        return datetime_add_interval_dt(&value, &interval, &result);
+    }
+    static std::int32_t compare(const zqtime& a, const zqtime& b) { return zqtime_cmp(&a, &b); }
+    static std::int32_t compare(const bifun_interval_ym& a, const bifun_interval_ym& b) { return interval_ym_cmp(&a, &b); }
+    static std::int32_t compare(const bifun_interval_dt& a, const bifun_interval_dt& b) { return interval_dt_cmp(&a, &b); }
     static status last_day_of_month(const zqtime& value, zqtime& result) {
         zqtime_assign(&result, &value);
         (void)zqtime_set_day(&result, zqtime_month_end_day(year(value), zqtime_get_month(&value)));

@@ -23,6 +23,7 @@ enum class null_rule : std::uint8_t {
     chosen,     // where the argument is that the first one chooses. The condition's own flag does not count, its value does even behind a
                 // NULL, and the result's no-null flag is only ever cleared
     first_only, // where the first argument is: constants go by their length, whatever their flags say
+    first_decides, // where the first argument is: for the others a NULL is a value like any
     never_null, // never; the condition is read as under `chosen`
     defaulted,  // never: something else stands in for a NULL, and the argument's no-null flag is passed on all the same
     adds_nulls, // propagates, but a row without a NULL may be NULL too: the no-null flag is always cleared
