@@ -16,7 +16,9 @@ template <value_type result, class Parsed> status with_format(batch_of<result> b
     if (text.length > DFM_LONGEST_FORMAT) {
         return fail_batch(batch, BIFUN_INVALID_DATE_FORMAT);
     }
-    return parsed(text);
+    const status outcome = parsed(text);
+    batch.result->no_nulls = static_cast<std::uint32_t>(batch.result->no_nulls != 0); // of two arguments it is 0 or 1
+    return outcome;
 }
 
 // `parsed(language)` with the language that an NLS text names.

@@ -225,8 +225,8 @@ status entry::bto_char_str_av_date(batch_of<VARCHAR> batch, column_of<VARCHAR> v
 // The engine tells which formats are too long.
 status entry::bdec_to_char_av_date(batch_of<VARCHAR> batch, column_of<DECIMAL> value, constant_of<VARCHAR> format) {
     const auto [text, present] = argument(format);
-    return !present || text.length == 0 ? null_rows(batch)
-                                        : string_rows<format_decimal>(batch, fixed(number_formatting{batch.environment, text}), value);
+    const constant_argument by{number_formatting{batch.environment, text}, present};
+    return text.length == 0 ? null_rows(batch) : string_rows<format_decimal>(batch, by, value);
 }
 
 status entry::bdate_format_av_date(batch_of<VARCHAR> batch, column_of<DATETIME> value, constant_of<VARCHAR> format) {
