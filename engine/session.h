@@ -2,7 +2,7 @@
 #ifndef BIFUN_ENGINE_SESSION_H
 #define BIFUN_ENGINE_SESSION_H
 
-#include "bop/frame/contract.h"
+#include "engine/date_format.h"
 
 #ifdef __cplusplus
 extern "C" {
@@ -19,6 +19,17 @@ int64_t ini_get_value(int32_t reserved, int32_t parameter);
 
 /* The session's displacement from UTC in minutes, -840..840; 0 without an environment. */
 int32_t sess4_get_time_zone(const bifun_environment* environment);
+
+/* Whether a DATE that text is read into without a format may have a time of day. */
+int32_t ini_enable_oracle_date_fmt(void);
+
+/* The session's formats of values for which a call gives none, to write by and, where they can be read by, to read. Null where none is set
+ * or there is no environment. They belong to the session and stay until its next call. */
+const dfm_model* sess4_get_date_format(bifun_environment* environment);
+const dfm_model* sess4_get_time_format(bifun_environment* environment);
+const dfm_model* sess4_get_datetime_format(bifun_environment* environment);
+const dfm_model* sess4_get_time_tz_format(bifun_environment* environment);
+const dfm_model* sess4_get_datetimetz_format(bifun_environment* environment);
 
 #ifdef __cplusplus
 }

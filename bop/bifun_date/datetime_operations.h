@@ -23,6 +23,7 @@ struct engine_datetimes {
     static std::int32_t minute(const zqtime& value) { return static_cast<std::int32_t>(zqtime_get_min(&value)); }
     static std::int32_t second(const zqtime& value) { return static_cast<std::int32_t>(zqtime_get_sec(&value)); }
     static std::int32_t microsecond(const zqtime& value) { return static_cast<std::int32_t>(zqtime_get_msec(&value)); }
+    static std::int32_t zone(const zqtime& value) { return zqtime_get_tz(&value); }
     static std::int32_t zone_hour(const zqtime& value) { return zqtime_get_zone_hour(&value); }
     static std::int32_t zone_minute(const zqtime& value) { return zqtime_get_zone_min(&value); }
     static std::int32_t day_of_year(const zqtime& value) { return static_cast<std::int32_t>(zqtime_day_of_year(&value)); }

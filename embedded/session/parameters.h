@@ -12,6 +12,9 @@ namespace zqengine {
 //     650 INI_NOW_TIME_ZONE   1000   minutes -840..840 east of UTC, or 1000 for the process's own zone
 [[nodiscard]] std::int32_t set_parameter(std::int32_t number, std::int64_t value);
 
+// What ini_enable_oracle_date_fmt tells; false at first. Safe at any time.
+void set_dates_keep_time(bool keep);
+
 } // namespace zqengine
 
 #endif
