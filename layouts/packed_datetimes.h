@@ -145,7 +145,6 @@ struct packed_datetimes {
         return number(calendar::last_day_of_month(year, static_cast<std::uint32_t>(month)));
     }
 
-    static bool is_missing_day(const zqtime& value) { return is_missing_day(year(value), month(value), day(value)); }
     static bool is_missing_day(std::int32_t year, std::int32_t month, std::int32_t day) {
         return calendar::is_missing_day(year, static_cast<std::uint32_t>(month), static_cast<std::uint32_t>(day));
     }
@@ -183,18 +182,31 @@ struct packed_datetimes {
         }
         return moved;
     }
-    static std::int64_t days_from_zero(std::int32_t year, std::uint32_t month, std::uint32_t day) {
-        return calendar::julian_day(year, month, day) - day_number_of_year_0;
+    // The parts must exist.
+    static std::int32_t encode_minute(std::int32_t year, std::int32_t month, std::int32_t day, std::int32_t hour, std::int32_t minute,
+                                      zqtime& result) {
+        const auto part = [](std::int32_t value) { return static_cast<std::uint32_t>(value); };
+        datetime_layout::store_words(result, datetime_layout::pack_time(part(hour), part(minute), 0),
+                                     datetime_layout::pack_date(year, part(month), part(day)),
+                                     datetime_layout::pack_fraction(0, ZQTIME_NO_ZONE));
+        return BIFUN_OK;
     }
-    static std::int32_t date_from_zero(std::int64_t number, std::int32_t& year, std::uint32_t& month, std::uint32_t& day) {
-        const std::int64_t julian_day = number + day_number_of_year_0;
+    static std::int32_t validate_date(std::int32_t year, std::int32_t month, std::int32_t day) {
+        const bool exists = calendar::date_exists(year, static_cast<std::uint32_t>(month), static_cast<std::uint32_t>(day));
+        return exists || is_missing_day(year, month, day) ? BIFUN_OK : BIFUN_ARGUMENT_OUT_OF_DOMAIN;
+    }
+    static std::int64_t days_from_zero(std::int32_t year, std::int32_t month, std::int32_t day) {
+        return calendar::julian_day(year, static_cast<std::uint32_t>(month), static_cast<std::uint32_t>(day)) - day_number_of_year_0;
+    }
+    static std::int32_t date_from_zero(std::int64_t days, std::int32_t& year, std::int32_t& month, std::int32_t& day) {
+        const std::int64_t julian_day = days + day_number_of_year_0;
         if (julian_day < 0 || julian_day > calendar::number_of_last_day) {
             return BIFUN_INVALID_DATETIME;
         }
         const calendar::calendar_date date = calendar::date_of_julian_day(static_cast<std::int32_t>(julian_day));
         year = date.year;
-        month = date.month;
-        day = date.day;
+        month = number(date.month);
+        day = number(date.day);
         return BIFUN_OK;
     }
 
