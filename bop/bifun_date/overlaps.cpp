@@ -23,75 +23,86 @@ struct period_rows {
 
 // What tells a moment, where its zone does not matter. In 32 bits each, of which loops make vectors.
 struct moment {
-    std::uint32_t date;
-    std::uint32_t time;
-    std::uint32_t fraction;
+    std::int32_t date;
+    std::int32_t time;
+    std::int32_t microsecond;
 };
 
 [[gnu::always_inline]] inline moment moment_at(const zqtime& value) {
-    return {datetime_layout::load_date(value), datetime_layout::load_time(value), datetime_layout::load_fraction_and_zone(value)};
+    const auto number = [](std::uint32_t word) { return static_cast<std::int32_t>(word); };
+    return {number(datetime_layout::load_date(value)), number(datetime_layout::load_time(value)),
+            number(datetime_layout::microsecond_of_fraction(datetime_layout::load_fraction_and_zone(value)))};
 }
 
-// Conditions are numbers, 0 or all ones, so that no compiler makes branches of them.
-using mask = std::uint32_t;
-[[gnu::always_inline]] inline mask mask_of(bool condition) { return 0U - static_cast<mask>(condition); }
-[[gnu::always_inline]] inline std::uint32_t choose_by(mask first, std::uint32_t a, std::uint32_t b) { return (a & first) | (b & ~first); }
+// Below, at or above 0 as a is before, at or behind b. For times of less than 2^31.
+[[gnu::always_inline]] inline std::int32_t order_of(const moment& a, const moment& b) {
+    const std::int32_t dates = a.date - b.date;
+    const std::int32_t times = static_cast<std::int32_t>(static_cast<std::uint32_t>(a.time) - static_cast<std::uint32_t>(b.time));
+    const std::int32_t microseconds = a.microsecond - b.microsecond;
+    return dates != 0 ? dates : times != 0 ? times : microseconds;
+}
 
-[[gnu::always_inline]] inline mask is_before(const moment& a, const moment& b) {
-    const mask by_fraction = mask_of(a.fraction < b.fraction);
-    const mask by_time = mask_of(a.time < b.time) | (mask_of(a.time == b.time) & by_fraction);
-    return mask_of(a.date < b.date) | (mask_of(a.date == b.date) & by_time);
-}
-[[gnu::always_inline]] inline mask is_equal(const moment& a, const moment& b) {
-    return mask_of(((a.date ^ b.date) | (a.time ^ b.time) | (a.fraction ^ b.fraction)) == 0);
-}
+// Conditions are numbers, all ones for true, so that no compiler makes branches of them.
+using mask = std::int32_t;
+[[gnu::always_inline]] inline mask is_negative(std::int32_t order) { return order >> 31; }
+[[gnu::always_inline]] inline mask is_zero(std::int32_t order) { return order == 0 ? -1 : 0; }
+
 [[gnu::always_inline]] inline moment choose_by(mask first, const moment& a, const moment& b) {
-    return {choose_by(first, a.date, b.date), choose_by(first, a.time, b.time), choose_by(first, a.fraction, b.fraction)};
+    return {first != 0 ? a.date : b.date, first != 0 ? a.time : b.time, first != 0 ? a.microsecond : b.microsecond};
 }
 
 struct period {
     moment start, end;
 };
 
-// Exchanges start and end where both are there and stand the other way round.
+// The earlier one first, where both are there.
 [[gnu::always_inline]] inline period in_order(const moment& start, const moment& end, mask both) {
-    const mask exchanged = is_before(end, start) & both;
+    const mask exchanged = is_negative(order_of(end, start)) & both;
     return {choose_by(exchanged, end, start), choose_by(exchanged, start, end)};
 }
 
-// What the rows hold by zqtime_overlaps_dt_low, for values whose zones are alike; 0 where start 1 is missing. Returns whether they are.
-// Without `with_missing` no value is.
+// What the rows hold by zqtime_overlaps_dt_low; 0 where start 1 is missing. Returns false where zones or long times keep the moments from
+// being compared so, and then the results have no meaning. Without `with_missing` no value is missing.
 template <bool with_missing> bool overlaps_of_block(std::int32_t* __restrict results, std::uint32_t count, const period_rows& rows) {
     const auto [start_1, end_1, start_2, end_2] = rows;
-    std::uint32_t different = 0;
+    std::uint32_t zones = 0; // the bits in which those of a row differ
+    std::int32_t times = 0;
     for (std::uint32_t k = 0; k < count; ++k) {
-        const auto present = [k](const datetime_rows& of) { return with_missing ? mask_of(of.has_value(k)) : ~0U; };
+        const auto present = [k](const datetime_rows& of) { return with_missing ? -mask{of.null_flags[k]} : -1; };
         const mask has_start_1 = present(start_1);
         const mask has_end_1 = present(end_1);
         const mask has_start_2 = present(start_2);
         const mask has_end_2 = present(end_2);
-        const moment first_start = moment_at(start_1[k]);
-        const moment first_end = moment_at(end_1[k]);
-        const moment second_start = moment_at(start_2[k]);
-        const moment second_end = moment_at(end_2[k]);
-        different |= has_start_1 & (((first_start.fraction ^ first_end.fraction) & has_end_1) |
-                                    ((first_start.fraction ^ second_start.fraction) & has_start_2) |
-                                    ((first_start.fraction ^ second_end.fraction) & has_end_2));
-        const period first = in_order(first_start, first_end, has_end_1);
-        const period second = in_order(second_start, second_end, has_start_2 & has_end_2);
-        mask result = ~(is_before(second.end, first.start) | is_before(first.end, second.start));
+        const auto zone_differs = [&](const datetime_rows& of, mask counts) {
+            return (datetime_layout::load_fraction_and_zone(start_1[k]) ^ datetime_layout::load_fraction_and_zone(of[k])) &
+                   static_cast<std::uint32_t>(has_start_1 & counts);
+        };
+        zones |= zone_differs(end_1, has_end_1) | zone_differs(start_2, has_start_2) | zone_differs(end_2, has_end_2);
+        const moment given_start_1 = moment_at(start_1[k]);
+        const moment given_end_1 = moment_at(end_1[k]);
+        const moment given_start_2 = moment_at(start_2[k]);
+        const moment given_end_2 = moment_at(end_2[k]);
+        times |= (given_start_1.time & has_start_1) | (given_end_1.time & has_end_1) | (given_start_2.time & has_start_2) |
+                 (given_end_2.time & has_end_2);
+
+        const period first = in_order(given_start_1, given_end_1, has_end_1);
+        const period second = in_order(given_start_2, given_end_2, has_start_2 & has_end_2);
+        const mask ends_before = is_negative(order_of(first.end, second.start));
+        const mask begins_behind = is_negative(order_of(second.end, first.start));
+        mask result = ~(ends_before | begins_behind);
         if constexpr (with_missing) {
-            // One of two equal starts, the only end standing in for its start, or a single moment within the other period.
-            const moment only_start_2 = choose_by(has_start_2, second.start, second_end);
-            const mask equal = is_equal(first.start, only_start_2) & (has_start_2 | has_end_2);
-            const mask start_1_within = is_before(second.start, first.start) & is_before(first.start, second.end) & ~has_end_1 & has_end_2;
-            const mask start_2_within = is_before(first.start, second.start) & is_before(second.start, first.end) & has_end_1 & ~has_end_2;
-            const mask of_some = equal | ((start_1_within | start_2_within) & has_start_2);
-            result = choose_by(has_end_1 & has_start_2 & has_end_2, result, of_some) & has_start_1;
+            // Equal starts, where an end may stand in for its start, or a lone moment within the other period.
+            const std::int32_t starts = order_of(first.start, choose_by(has_start_2, second.start, second.end));
+            const mask equal = is_zero(starts) & (has_start_2 | has_end_2);
+            const mask within_1 = is_negative(starts) & is_negative(order_of(second.start, first.end)) & has_end_1 & ~has_end_2;
+            const mask within_2 = ~is_negative(starts) & is_negative(order_of(first.start, second.end)) & ~has_end_1 & has_end_2;
+            const mask of_some = equal | ((within_1 | within_2) & has_start_2);
+            const mask all = has_end_1 & has_start_2 & has_end_2;
+            result = ((result & all) | (of_some & ~all)) & has_start_1;
         }
-        results[k] = static_cast<std::int32_t>(result & 1);
+        results[k] = result & 1;
     }
-    return (different & datetime_layout::zone_bits) == 0;
+    return (zones & datetime_layout::zone_bits) == 0 && times >= 0;
 }
 
 // ---- any datetimes, row by row -------------------------------------------------------------------------------------------------------
@@ -109,7 +120,8 @@ void overlaps_one_by_one(std::int32_t* results, std::uint32_t count, const perio
 // ---- blocks ------------------------------------------------------------------------------------------------------------------------
 
 // Flags and results of `count` rows of a batch from `first` on.
-void write_block(const batch& batch, std::uint32_t first, std::uint32_t count, bool no_nulls, const period_rows& rows) {
+// A function of its own: it is compiled once for all families of entry points.
+[[gnu::noinline]] void write_block(const batch& batch, std::uint32_t first, std::uint32_t count, bool no_nulls, const period_rows& rows) {
     std::uint8_t* const flags = null_flags(batch) + first;
     const bool stores = setters_are_plain_stores();
     std::int32_t waiting[most_rows_per_block];

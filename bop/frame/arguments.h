@@ -116,10 +116,10 @@ template <class... Arguments> std::uint32_t joint_no_null_flag(const Arguments&.
 // A block's flags and values stay in the first-level cache from one pass over it to the next.
 constexpr std::uint32_t most_rows_per_block = 1024;
 
-// Gathered rows of long values have to stay there as well.
+// Gathered rows of long values and spread constants have to stay there as well.
 template <class Argument> constexpr bool has_long_rows = false;
 template <class T> constexpr bool has_long_rows<column_argument<T>> = sizeof(T) > 16;
-template <class T> constexpr bool has_long_rows<column_or_constant<T>> = sizeof(T) > 16;
+template <class T> constexpr bool has_long_rows<column_or_constant<T>> = true; // a constant is spread over fewer rows
 template <class... Arguments> constexpr std::uint32_t rows_per_block = (has_long_rows<Arguments> || ...) ? 256 : most_rows_per_block;
 
 template <class T> struct dense_rows {
@@ -219,8 +219,10 @@ template <class T, std::uint32_t size> struct block_of<column_or_constant<T>, si
         }
         if (first == 0) { // no later block is longer
             std::memset(room.flags, argument.constant.present ? 1 : 0, count);
-            for (std::uint32_t k = 0; k < count; ++k) {
-                copy_value(room.values[k], argument.constant.value);
+            room.values[0] = argument.constant.value;
+            for (std::uint32_t filled = 1; filled < count; filled *= 2) { // moves of many values take less time than one by one
+                const std::uint32_t more = filled < count - filled ? filled : count - filled;
+                std::memcpy(room.values + filled, room.values, more * sizeof(T));
             }
         }
         return {room.flags, room.values};

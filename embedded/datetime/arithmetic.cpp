@@ -70,9 +70,16 @@ int32_t interval_dt_cmp(const bifun_interval_dt* a, const bifun_interval_dt* b) 
 // ---- days by number -----------------------------------------------------------------------------------------------
 
 int64_t zqtime_calc_n_days_from_zero(int32_t year, uint32_t month, uint32_t day) {
-    return packed_datetimes::days_from_zero(year, month, day);
+    return packed_datetimes::days_from_zero(year, static_cast<int32_t>(month), static_cast<int32_t>(day));
 }
 
 int32_t zqtime_get_date_by_ndays_from_zero(int64_t number, int32_t* year, uint32_t* month, uint32_t* day) {
-    return packed_datetimes::date_from_zero(number, *year, *month, *day);
+    std::int32_t found_month;
+    std::int32_t found_day;
+    const std::int32_t found = packed_datetimes::date_from_zero(number, *year, found_month, found_day);
+    if (found == BIFUN_OK) {
+        *month = static_cast<uint32_t>(found_month);
+        *day = static_cast<uint32_t>(found_day);
+    }
+    return found;
 }

@@ -120,14 +120,18 @@ uint32_t zqtime_week_for_datepart(const zqtime* value) { return component(packed
 uint32_t zqtime_month_end_day(int32_t year, uint32_t month) { return bifun::calendar::last_day_of_month(year, month); }
 
 int32_t zqtime_date_validate(int32_t year, uint32_t month, uint32_t day) {
-    return date_exists(year, month, day) || bifun::calendar::is_missing_day(year, month, day) ? BIFUN_OK : BIFUN_ARGUMENT_OUT_OF_DOMAIN;
+    return packed_datetimes::validate_date(year, static_cast<std::int32_t>(month), static_cast<std::int32_t>(day));
 }
 
 int32_t zqtime_cmp_with_glgl(int32_t year, uint32_t month, uint32_t day) {
     return bifun::calendar::is_missing_day(year, month, day) ? 0 : bifun::calendar::is_gregorian(year, month, day) ? 1 : -1;
 }
 
-int32_t zqtime_glgl_need_adjust_by_zero(const zqtime* value) { return packed_datetimes::is_missing_day(*value) ? 1 : 0; }
+int32_t zqtime_glgl_need_adjust_by_zero(const zqtime* value) {
+    return packed_datetimes::is_missing_day(packed_datetimes::year(*value), packed_datetimes::month(*value), packed_datetimes::day(*value))
+               ? 1
+               : 0;
+}
 
 int32_t zqtime_glgl_need_adjust_for_w(const zqtime* value) { return packed_datetimes::is_behind_changeover_in_month(*value) ? 1 : 0; }
 
