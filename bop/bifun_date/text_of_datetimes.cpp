@@ -149,6 +149,26 @@ status to_char(batch_of<VARCHAR> batch, column_of<DATETIME> values, constant_of<
     });
 }
 
+// ---- unix times under a %-format ----
+
+// A time that is out of range or cannot be converted is NULL.
+template <std::uint32_t room> value_or_null format_unix_time(const date_formatting& by, std::int64_t seconds, bounded_text<room>& text) {
+    zqtime value;
+    if (seconds < 0 || seconds > INT32_MAX || zqtime_from_unix_time(by.environment, seconds, &value) < BIFUN_OK) {
+        return value_or_null::null();
+    }
+    return format_percent(by, value, text);
+}
+
+// `parsed(model)` with the model of a %-format.
+template <class Parsed> status with_percent_format(batch_of<VARCHAR> batch, constant_of<VARCHAR> format, const Parsed& parsed) {
+    return with_format(batch, format, [&](const bifun_string& text) {
+        dfm_model model;
+        const status converted = zqtime_convert_fmt(batch.environment, text.data, text.length, &model);
+        return converted < BIFUN_OK ? fail_batch(batch, converted) : parsed(model);
+    });
+}
+
 // ---- decimals and texts under a format ----
 
 using number_text = bounded_text<ZQ_FORMATTED_NUMBER_SIZE>;
@@ -260,11 +280,16 @@ status entry::bdec_to_char_av_date(batch_of<VARCHAR> batch, column_of<DECIMAL> v
 }
 
 status entry::bdate_format_av_date(batch_of<VARCHAR> batch, column_of<DATETIME> value, constant_of<VARCHAR> format) {
-    return with_format(batch, format, [&](const bifun_string& text) {
-        dfm_model model;
-        const status parsed = zqtime_convert_fmt(batch.environment, text.data, text.length, &model);
-        return parsed < BIFUN_OK ? fail_batch(batch, parsed)
-                                 : format_rows<format_percent<DFM_SHORT_TEXT_SIZE>, format_percent<DFM_TEXT_SIZE>>(batch, value, model);
+    return with_percent_format(batch, format, [&](const dfm_model& model) {
+        return format_rows<format_percent<DFM_SHORT_TEXT_SIZE>, format_percent<DFM_TEXT_SIZE>>(batch, value, model);
+    });
+}
+
+status entry::bfrom_unixtime_fmt_av_date(batch_of<VARCHAR> batch, column_of<BIGINT> seconds, constant_of<VARCHAR> format) {
+    return with_percent_format(batch, format, [&](const dfm_model& model) {
+        const date_formatting by{batch.environment, &model};
+        return model.room <= DFM_SHORT_TEXT_SIZE ? string_rows<format_unix_time<DFM_SHORT_TEXT_SIZE>>(batch, fixed(by), seconds)
+                                                 : string_rows<format_unix_time<DFM_TEXT_SIZE>>(batch, fixed(by), seconds);
     });
 }
 
