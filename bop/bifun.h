@@ -39,6 +39,11 @@
  * `*output_blanks` get the result. It returns 0; -6108 where the result has more than 32767 bytes, its blanks among them, and then nothing
  * is written.
  *
+ * zqtime_overlaps_dt_low is OVERLAPS of two periods, 1 or 0. Where a value is missing its `present` is 0, and it is not read. With all four
+ * values the ends of a period may stand in either order and periods that only touch overlap. Else an end without its start stands for the
+ * start; equal starts overlap; so does a period that is a start only, strictly within the other one. What is missing is in no order with
+ * anything.
+ *
  * bifun_dll_var_init stores the three settings; call it once after loading the library and before anything else. It returns 0. */
 #ifndef BIFUN_BIFUN_H
 #define BIFUN_BIFUN_H

@@ -18,6 +18,10 @@ extern "C" {
 int32_t zqtime_encode(zqtime* result, int32_t year, uint32_t month, uint32_t day, uint32_t hour, uint32_t minute, uint32_t second,
                       uint32_t microsecond, int32_t zone);
 
+/* The same without looking at ranges: for a year from -5000 to 11383, and parts that a valid value could have. Returns 0. */
+int32_t zqtime_encode_without_check(zqtime* result, int32_t year, uint32_t month, uint32_t day, uint32_t hour, uint32_t minute,
+                                    uint32_t second, uint32_t microsecond, int32_t zone);
+
 /* One component. The year is a signed number in the bits of an unsigned one; zqtime_get_msec is the fraction in microseconds, 0-999999. The
  * hour of a time that was made from seconds may be above 23. */
 uint32_t zqtime_get_year(const zqtime* value);
@@ -38,6 +42,9 @@ int32_t zqtime_set_min(zqtime* value, uint32_t minute);
 int32_t zqtime_set_sec(zqtime* value, uint32_t second);
 int32_t zqtime_set_msec(zqtime* value, uint32_t microsecond);
 int32_t zqtime_set_tz(zqtime* value, int32_t zone);
+
+/* Sets an hour of up to 1048575, so that a time can tell more than a day. Returns 0. */
+int32_t zqtime_set_hour_without_check(zqtime* value, uint32_t hour);
 
 /* The components of a value; any pointer may be null. */
 void zqtime_decode(const zqtime* value, int32_t* year, uint32_t* month, uint32_t* day, uint32_t* hour, uint32_t* minute, uint32_t* second,
@@ -125,6 +132,55 @@ uint32_t zqtime_convert_weekday(uint32_t charset_code, const char* name);
  * T and Z are of any case. Blanks around the text are skipped. A text with a time only gives date 1900-01-01. Returns 0; 109 where the text
  * is no datetime, and then the result is untouched. */
 int32_t zqtime_from_char_ex(const uint8_t* text, uint32_t length, zqtime* result);
+
+/* ---- dates by their parts ------------------------------------------------------------------------------------------ */
+
+/* Returns 0; -6803 where the year, the month or the day is outside its range. A day that the changeover left out passes. */
+int32_t zqtime_date_validate(int32_t year, uint32_t month, uint32_t day);
+
+/* Where a date lies to the days that the changeover left out: -1 before them, 0 among them, 1 behind them. */
+int32_t zqtime_cmp_with_glgl(int32_t year, uint32_t month, uint32_t day);
+
+/* Whether a value lies among those days: values that were encoded unchecked may. */
+int32_t zqtime_glgl_need_adjust_by_zero(const zqtime* value);
+
+/* Whether a value lies in October 1582 behind the 4th, where the weeks of the month do not begin as on its first day. */
+int32_t zqtime_glgl_need_adjust_for_w(const zqtime* value);
+
+/* The number of a day as zqtime_to_days counts it, of a date that zqtime_date_validate passes. */
+int64_t zqtime_calc_n_days_from_zero(int32_t year, uint32_t month, uint32_t day);
+
+/* The date of such a number. Returns 0; -6118 where it lies outside years -4712 to 9999, and then nothing is written. */
+int32_t zqtime_get_date_by_ndays_from_zero(int64_t number, int32_t* year, uint32_t* month, uint32_t* day);
+
+/* ---- unix times --------------------------------------------------------------------------------------------------- */
+
+/* The datetime, without a zone, that clocks of the session's zone show so many seconds after 1970-01-01 00:00:00 UTC. Returns 0; -6118
+ * where it lies outside years -4712 to 9999, and then the result is untouched. */
+int32_t zqtime_from_unix_time(const bifun_environment* environment, int64_t seconds, zqtime* result);
+
+/* The seconds from 1970-01-01 00:00:00 to a datetime in UTC, negative before; a fraction is cut, the value's zone does not count. `zone`
+ * says from which displacement in minutes the datetime was brought to UTC; this engine does not need it. Return 0; an engine that cannot
+ * tell the time returns a negative status. */
+int32_t zqtime_unix_timestamp(int32_t zone, const zqtime* value, int64_t* seconds);
+int32_t zqtime_unix_timestamp_low(const zqtime* value, int64_t* seconds);
+
+/* ---- default text ------------------------------------------------------------------------------------------------- */
+
+/* A datetime with what it is meant to be: a value of a column does not say it. */
+enum zqdt_kind { ZQDT_DATE = 1, ZQDT_TIME = 2, ZQDT_DATETIME = 3 };
+typedef struct zqdt {
+    zqtime value;
+    int32_t kind; /* of zqdt_kind */
+} zqdt;
+
+void zqdt_encode_fast(zqdt* result, const zqtime* value, int32_t kind);
+
+/* Writes what TO_CHAR gives for such a value without a format, in the session's format for its kind where there is one, without a NUL.
+ * A zone is shown where the value has one. Returns the length; 0 where the text is longer than `size`, for which ZQDT_TEXT_SIZE always
+ * suffices, or the kind is none, and then what is in the buffer has no meaning. */
+enum { ZQDT_TEXT_SIZE = 2048 };
+uint32_t zqdt_to_char(bifun_environment* environment, const zqdt* datetime, uint8_t* buffer, uint32_t size);
 
 #ifdef __cplusplus
 }

@@ -13,6 +13,15 @@ extern "C" {
 int32_t datetime_add_interval_ym(const zqtime* value, const bifun_interval_ym* interval, zqtime* result);
 int32_t datetime_sub_interval_ym(const zqtime* value, const bifun_interval_ym* interval, zqtime* result);
 
+/* A datetime so many days and so much time later or earlier, in time that passed. Return 0; -6118 where the result would lie outside years
+ * -4712 to 9999, and then it is untouched. `result` may be `value`. */
+int32_t datetime_add_interval_dt(const zqtime* value, const bifun_interval_dt* interval, zqtime* result);
+int32_t datetime_sub_interval_dt(const zqtime* value, const bifun_interval_dt* interval, zqtime* result);
+
+/* -1, 0 or 1 by the order of length: all months, or all microseconds, with a day of 24 hours, so that one day is 24 hours. */
+int32_t interval_ym_cmp(const bifun_interval_ym* a, const bifun_interval_ym* b);
+int32_t interval_dt_cmp(const bifun_interval_dt* a, const bifun_interval_dt* b);
+
 /* So many of a unit as an interval: all fields get the sign of the number and are within their ranges, the first one excepted. The unit's
  * name is in any case, blanks around it do not count.
  *     xdec_to_ivym   YEAR MONTH                 to months, halves away from zero

@@ -16,6 +16,10 @@ int32_t ntype_is_double_overflow(double value);
  * or anything else, or where the number is beyond the largest double, and then the result is untouched. */
 int32_t utl_digit_from_char(const uint8_t* text, uint32_t length, double* result);
 
+/* Reads an integer with or without a sign; blanks around it do not count. Returns 0; -6803 for another text or a number beyond 64 bits,
+ * and then the result is untouched. */
+int32_t str2int64(const uint8_t* text, uint32_t length, int64_t* result);
+
 #ifdef __cplusplus
 }
 #endif

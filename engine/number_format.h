@@ -33,6 +33,10 @@ int32_t xdec_to_char_with_fmt(bifun_environment* environment, const xdec* value,
 int32_t xdec_to_char_with_nls(bifun_environment* environment, const xdec* value, char* buffer, const uint8_t* format,
                               uint32_t format_length, const uint8_t* nls, uint32_t nls_length);
 
+/* xdec_to_char_with_fmt into a buffer that holds anything, with the length of the text, and without a closing NUL. */
+int32_t xdec_to_char_with_fmt_low(bifun_environment* environment, const xdec* value, char* buffer, const uint8_t* format,
+                                  uint32_t format_length, uint32_t* length);
+
 /* Writes the shortest text that reads back as the same double, and a closing NUL: in plain notation from 0.00001 up to but not
  * including 1E+15, else as 1.5E+20, with at least two digits of exponent. The others are NaN, Infinity, -Infinity, 0 and -0.
  * `length` gets the length without the NUL. `buffer_size` is ZQ_DOUBLE_TEXT_SIZE where the library calls, and the bytes are zero. Returns

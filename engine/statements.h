@@ -37,8 +37,9 @@ typedef struct bifun_engine_statements {
      * loops. */
     int32_t decimal_layout;
 
-    /* ZQTIME_LAYOUT_PACKED: datetimes are laid out as layouts/datetime_layout.h describes, and the calendar is that of layouts/calendar.h.
-     * The library takes datetimes apart and counts days in its own loops. */
+    /* ZQTIME_LAYOUT_PACKED: datetimes are laid out as layouts/datetime_layout.h describes, the calendar is that of layouts/calendar.h,
+     * and intervals are compared and added as in layouts/intervals.h. The library takes datetimes apart and counts days in its own loops.
+     */
     int32_t datetime_layout;
 
     /* zq_get_lpad_str and zq_get_rpad_str do what engine/strings.h says. The library pads with single-byte characters itself. */

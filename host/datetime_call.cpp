@@ -41,6 +41,9 @@ std::optional<datetime_refusal> find_datetime_refusal(const bifun::entry_point& 
 
 sql_type datetime_result(const bifun::entry_point& member, std::span<const offered_argument> arguments,
                          std::span<const datetime_argument> datetimes) {
+    if (const std::optional<datetime_kinds> kind = bifun::result_kind_of(member)) {
+        return type_of(*kind);
+    }
     if (datetimes.empty()) {
         return sql_type::timestamp;
     }

@@ -72,6 +72,7 @@ std::string takers_of_null() {
         case bifun::null_rule::propagates:
         case bifun::null_rule::adds_nulls:
         case bifun::null_rule::first_only:
+        case bifun::null_rule::first_decides:
             break;
         default:
             if (names.empty() || names.back() != member.builtin) {

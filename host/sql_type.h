@@ -58,6 +58,14 @@ constexpr bifun::datetime_kinds kind_of(sql_type type) {
     return static_cast<bifun::datetime_kinds>(is_datetime(type) ? 1U << static_cast<unsigned>(type) >> static_cast<unsigned>(sql_type::date)
                                                                 : 0U);
 }
+// The type of a single kind.
+constexpr sql_type type_of(bifun::datetime_kinds kind) {
+    auto type = static_cast<unsigned>(sql_type::date);
+    while (kind_of(static_cast<sql_type>(type)) != kind) {
+        ++type;
+    }
+    return static_cast<sql_type>(type);
+}
 constexpr bool has_zone(sql_type type) { return overlap(kind_of(type), bifun::datetime_kinds::WITH_ZONE); }
 constexpr bool has_date(sql_type type) { return overlap(kind_of(type), bifun::datetime_kinds::WITH_DATE); }
 

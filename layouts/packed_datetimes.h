@@ -10,6 +10,7 @@
 #include "layouts/calendar.h"
 #include "layouts/datetime_arithmetic.h"
 #include "layouts/datetime_layout.h"
+#include "layouts/intervals.h"
 
 namespace bifun {
 
@@ -120,11 +121,22 @@ struct packed_datetimes {
         return stored(datetime_arithmetic::add_months(words(value), months, true, sum), sum, result);
     }
     static std::int32_t add_interval(const zqtime& value, const bifun_interval_ym& interval, zqtime& result) {
-        return add_months_of_interval(value, months_in(interval), result);
+        return add_months_of_interval(value, intervals::months_in(interval), result);
     }
     static std::int32_t subtract_interval(const zqtime& value, const bifun_interval_ym& interval, zqtime& result) {
-        return add_months_of_interval(value, -months_in(interval), result);
+        return add_months_of_interval(value, -intervals::months_in(interval), result);
     }
+    static std::int32_t add_time_interval(const zqtime& value, const bifun_interval_dt& interval, zqtime& result) {
+        const auto [days, microseconds] = intervals::split(interval);
+        return add_time(value, days, microseconds, result);
+    }
+    static std::int32_t subtract_time_interval(const zqtime& value, const bifun_interval_dt& interval, zqtime& result) {
+        const auto [days, microseconds] = intervals::split(interval);
+        return add_time(value, -days, -microseconds, result);
+    }
+    static std::int32_t compare(const zqtime& a, const zqtime& b) { return datetime_arithmetic::compare(words(a), words(b)); }
+    static std::int32_t compare(const bifun_interval_ym& a, const bifun_interval_ym& b) { return intervals::compare(a, b); }
+    static std::int32_t compare(const bifun_interval_dt& a, const bifun_interval_dt& b) { return intervals::compare(a, b); }
     static std::int32_t last_day_of_month(const zqtime& value, zqtime& result) {
         set_last_day_packed(value, result);
         return BIFUN_OK;
@@ -133,12 +145,82 @@ struct packed_datetimes {
         return number(calendar::last_day_of_month(year, static_cast<std::uint32_t>(month)));
     }
 
+    static bool is_missing_day(std::int32_t year, std::int32_t month, std::int32_t day) {
+        return calendar::is_missing_day(year, static_cast<std::uint32_t>(month), static_cast<std::uint32_t>(day));
+    }
+    static bool is_behind_changeover_in_month(const zqtime& value) {
+        return datetime_layout::are_of_one_month(date(value), datetime_arithmetic::first_gregorian_date) &&
+               datetime_layout::day_of_date(date(value)) > calendar::last_julian_day;
+    }
+    // At midnight.
+    static std::int32_t encode_date(std::int32_t year, std::int32_t month, std::int32_t day, std::int32_t zone, zqtime& result) {
+        const auto unsigned_month = static_cast<std::uint32_t>(month);
+        const auto unsigned_day = static_cast<std::uint32_t>(day);
+        if (!calendar::date_exists(year, unsigned_month, unsigned_day)) {
+            return BIFUN_ARGUMENT_OUT_OF_DOMAIN;
+        }
+        datetime_layout::store_words(result, 0, datetime_layout::pack_date(year, unsigned_month, unsigned_day),
+                                     datetime_layout::pack_fraction(0, zone));
+        return BIFUN_OK;
+    }
+    // Sets to 0 what is finer than a day, an hour or a minute.
+    static void clear_below(std::int32_t field, zqtime& value) {
+        const std::uint32_t time = datetime_layout::load_time(value);
+        const std::uint32_t hour = field == ZQTIME_DAY ? 0 : datetime_layout::hour_of_time(time);
+        const std::uint32_t minute = field == ZQTIME_MINUTE ? datetime_layout::minute_of_time(time) : 0;
+        datetime_layout::store_words(value, datetime_layout::pack_time(hour, minute, 0), date(value),
+                                     datetime_layout::pack_fraction(0, zone(value)));
+    }
+    static std::int32_t add(const zqtime& value, std::int32_t field, std::int64_t amount, zqtime& result) {
+        return add_steps(value, datetime_arithmetic::step_of(field), amount, result);
+    }
+    // So many days later, at midnight.
+    static std::int32_t move_to_day(const zqtime& value, std::int32_t days, zqtime& result) {
+        const std::int32_t moved = add(value, ZQTIME_DAY, days, result);
+        if (moved == BIFUN_OK) {
+            clear_below(ZQTIME_DAY, result);
+        }
+        return moved;
+    }
+    // The parts must exist.
+    static std::int32_t encode_minute(std::int32_t year, std::int32_t month, std::int32_t day, std::int32_t hour, std::int32_t minute,
+                                      zqtime& result) {
+        const auto part = [](std::int32_t value) { return static_cast<std::uint32_t>(value); };
+        datetime_layout::store_words(result, datetime_layout::pack_time(part(hour), part(minute), 0),
+                                     datetime_layout::pack_date(year, part(month), part(day)),
+                                     datetime_layout::pack_fraction(0, ZQTIME_NO_ZONE));
+        return BIFUN_OK;
+    }
+    static std::int32_t validate_date(std::int32_t year, std::int32_t month, std::int32_t day) {
+        const bool exists = calendar::date_exists(year, static_cast<std::uint32_t>(month), static_cast<std::uint32_t>(day));
+        return exists || is_missing_day(year, month, day) ? BIFUN_OK : BIFUN_ARGUMENT_OUT_OF_DOMAIN;
+    }
+    static std::int64_t days_from_zero(std::int32_t year, std::int32_t month, std::int32_t day) {
+        return calendar::julian_day(year, static_cast<std::uint32_t>(month), static_cast<std::uint32_t>(day)) - day_number_of_year_0;
+    }
+    static std::int32_t date_from_zero(std::int64_t days, std::int32_t& year, std::int32_t& month, std::int32_t& day) {
+        const std::int64_t julian_day = days + day_number_of_year_0;
+        if (julian_day < 0 || julian_day > calendar::number_of_last_day) {
+            return BIFUN_INVALID_DATETIME;
+        }
+        const calendar::calendar_date date = calendar::date_of_julian_day(static_cast<std::int32_t>(julian_day));
+        year = date.year;
+        month = number(date.month);
+        day = number(date.day);
+        return BIFUN_OK;
+    }
+
   private:
+    static constexpr std::int64_t day_number_of_year_0 = calendar::julian_day(0, 1, 1, false);
+
     static std::int32_t displacement(const zqtime& value) {
         const std::int32_t minutes = zone(value);
         return minutes == ZQTIME_NO_ZONE ? 0 : minutes;
     }
-    static std::int64_t months_in(const bifun_interval_ym& interval) { return std::int64_t{interval.years} * 12 + interval.months; }
+    static std::int32_t add_time(const zqtime& value, std::int64_t days, std::int64_t microseconds, zqtime& result) {
+        datetime_layout::datetime_words sum;
+        return stored(datetime_arithmetic::add_time(words(value), days, microseconds, sum), sum, result);
+    }
     static std::int32_t add_months_of_interval(const zqtime& value, std::int64_t months, zqtime& result) {
         datetime_layout::datetime_words sum;
         return stored(datetime_arithmetic::add_months(words(value), months, false, sum), sum, result);

@@ -1,11 +1,11 @@
 // How far apart two datetimes are: DATEDIFF, BIGDATEDIFF, *_BETWEEN; and the number of a day, TO_DAYS.
 
+#include "bop/bifun_date/current_datetime.h"
 #include "bop/bifun_date/datetime_operations.h"
 #include "bop/bifun_date/entry_points.h"
 #include "bop/bifun_date/weekday.h"
 #include "bop/frame/row_loop.h"
 #include "engine/decimal.h"
-#include "engine/session.h"
 
 namespace bifun {
 namespace {
@@ -189,19 +189,6 @@ bool number_of_day(const zqtime& value, std::int64_t& number) {
     return true;
 }
 
-struct current_day {
-    bool is_known;
-    zqtime moment;
-};
-
-current_day today() {
-    const auto zone = static_cast<std::int32_t>(ini_get_value(0, INI_NOW_TIME_ZONE));
-    constexpr std::int32_t precision = 6;
-    current_day now{};
-    now.is_known = zqtime_tz_now(precision, zone, &now.moment) >= BIFUN_OK;
-    return now;
-}
-
 } // namespace
 
 status entry::bdatediff_vaa_date(batch_of<INT> batch, constant_of<INT> field, column_of<DATETIME> start, column_of<DATETIME> end) {
@@ -262,30 +249,13 @@ status entry::byears_between_va_date(batch_of<INT> batch, constant_of<DATETIME> 
     return years_between(batch, a, b);
 }
 
-// A NULL stands for today, which is asked for once.
+// A NULL stands for today.
 status entry::bto_days_a_date(batch_of<BIGINT> batch, column_of<DATETIME> value) {
-    batch.result->no_nulls = value.column->no_nulls;
-    current_day now{};
-    bool is_asked = false;
-    const auto count_days = [&](std::uint32_t first, std::uint32_t count, const auto& rows) -> status {
-        for (std::uint32_t k = 0; k < count; ++k) {
-            const bool is_today = !rows.has_value(k);
-            if (is_today && !is_asked) {
-                now = today();
-                is_asked = true;
-            }
-            std::int64_t number = 0;
-            const bool is_known = (!is_today || now.is_known) && number_of_day(is_today ? now.moment : rows[k], number);
-            null_flags(batch)[first + k] = static_cast<std::uint8_t>(is_known);
-            if (is_known) {
-                set_value(batch, first + k, number);
-            } else {
-                batch.result->no_nulls = 0;
-            }
-        }
-        return BIFUN_OK;
-    };
-    return for_each_block(batch.row_count, count_days, argument(value));
+    current_datetime now;
+    return rows_or_null<std::int64_t>(batch, value, [&](const zqtime* given, std::int64_t& result) -> value_or_null {
+        const zqtime* const day = given != nullptr ? given : now_of(now);
+        return day != nullptr && number_of_day(*day, result) ? value_or_null() : value_or_null::null();
+    });
 }
 
 } // namespace bifun

@@ -4,11 +4,16 @@
 //     constant_argument{value, present}    a constant in another form; where it is not present, every row is NULL
 //     fixed(value)                         no argument of SQL: what the kernel has to know besides, in registers
 //     shared(value)                        the same by reference, for what is large or changes
+//     column_or_constant<T>                either, as the entry point says at run time: for functions of many arguments, whose entry points
+//                                          share one loop. Takes a column_of or a constant_of by conversion; a constant is spread over the
+//                                          rows of a block once per batch
 //
 // Loops see blocks of rows. The rows of a column with a selection vector are gathered, so that every loop is over dense rows and is
 // compiled once. Rows of all kinds have the same members: has_value(k), and [k] for row k of the block.
 #ifndef BIFUN_FRAME_ARGUMENTS_H
 #define BIFUN_FRAME_ARGUMENTS_H
+
+#include <type_traits>
 
 #include "bop/frame/batch.h"
 
@@ -56,10 +61,23 @@ inline constant_argument<bifun_string> argument(constant_of<VARBINARY> given) {
     return {present ? string_of(*given.record, 0) : bifun_string{}, present};
 }
 
+template <class T> struct column_or_constant {
+    const bifun_column* column; // null for a constant
+    constant_argument<T> constant;
+
+    template <value_type type>
+    requires std::is_same_v<stored<type>, T> column_or_constant(column_of<type> given) // NOLINT(google-explicit-constructor): a conversion
+        : column(given.column), constant() {}
+    template <value_type type>
+    requires std::is_same_v<stored<type>, T> column_or_constant(constant_of<type> given) // NOLINT(google-explicit-constructor): as above
+        : column(nullptr), constant(argument(given)) {}
+};
+
 template <class T> column_argument<T> argument(column_argument<T> given) { return given; }
 template <class T> constant_argument<T> argument(constant_argument<T> given) { return given; }
 template <class T> fixed_argument<T> argument(fixed_argument<T> given) { return given; }
 template <class T> shared_argument<T> argument(shared_argument<T> given) { return given; }
+template <class T> const column_or_constant<T>& argument(const column_or_constant<T>& given) { return given; }
 
 // ---- what is known of an argument before its rows are read ----
 
@@ -67,14 +85,21 @@ template <class T> bool has_no_nulls(const column_argument<T>& argument) { retur
 template <class T> bool has_no_nulls(const constant_argument<T>& argument) { return argument.present; }
 template <class T> bool has_no_nulls(const fixed_argument<T>&) { return true; }
 template <class T> bool has_no_nulls(const shared_argument<T>&) { return true; }
+template <class T> bool has_no_nulls(const column_or_constant<T>& argument) {
+    return argument.column != nullptr ? argument.column->no_nulls != 0 : argument.constant.present;
+}
 
 template <class Argument> bool is_null_constant(const Argument&) { return false; }
 template <class T> bool is_null_constant(const constant_argument<T>& argument) { return !argument.present; }
+template <class T> bool is_null_constant(const column_or_constant<T>& argument) {
+    return argument.column == nullptr && !argument.constant.present;
+}
 
 // A single column's promise is passed on as it stands; those of several arguments of SQL are joined to 0 or 1.
 template <class Argument> constexpr std::uint32_t arguments_of_sql = 0;
 template <class T> constexpr std::uint32_t arguments_of_sql<column_argument<T>> = 1;
 template <class T> constexpr std::uint32_t arguments_of_sql<constant_argument<T>> = 1;
+template <class T> constexpr std::uint32_t arguments_of_sql<column_or_constant<T>> = 1;
 
 template <class T> std::uint32_t promise_of(const column_argument<T>& argument) { return argument.column->no_nulls; }
 template <class Argument> std::uint32_t promise_of(const Argument&) { return 0; }
@@ -91,9 +116,10 @@ template <class... Arguments> std::uint32_t joint_no_null_flag(const Arguments&.
 // A block's flags and values stay in the first-level cache from one pass over it to the next.
 constexpr std::uint32_t most_rows_per_block = 1024;
 
-// Gathered rows of long values have to stay there as well.
+// Gathered rows of long values and spread constants have to stay there as well.
 template <class Argument> constexpr bool has_long_rows = false;
 template <class T> constexpr bool has_long_rows<column_argument<T>> = sizeof(T) > 16;
+template <class T> constexpr bool has_long_rows<column_or_constant<T>> = true; // a constant is spread over fewer rows
 template <class... Arguments> constexpr std::uint32_t rows_per_block = (has_long_rows<Arguments> || ...) ? 256 : most_rows_per_block;
 
 template <class T> struct dense_rows {
@@ -181,6 +207,25 @@ template <class T, std::uint32_t size> struct block_of<column_argument<T>, size>
             return gather(column, first, count, flags, values);
         }
         return {column.data->null_flags + first, static_cast<const T*>(column.data->values) + first};
+    }
+};
+
+template <class T, std::uint32_t size> struct block_of<column_or_constant<T>, size> {
+    block_of<column_argument<T>, size> room;
+
+    dense_rows<T> rows(const column_or_constant<T>& argument, std::uint32_t first, std::uint32_t count) {
+        if (argument.column != nullptr) {
+            return room.rows({argument.column}, first, count);
+        }
+        if (first == 0) { // no later block is longer
+            std::memset(room.flags, argument.constant.present ? 1 : 0, count);
+            room.values[0] = argument.constant.value;
+            for (std::uint32_t filled = 1; filled < count; filled *= 2) { // moves of many values take less time than one by one
+                const std::uint32_t more = filled < count - filled ? filled : count - filled;
+                std::memcpy(room.values + filled, room.values, more * sizeof(T));
+            }
+        }
+        return {room.flags, room.values};
     }
 };
 

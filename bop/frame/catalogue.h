@@ -6,6 +6,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <string_view>
 #include <tuple>
@@ -123,6 +124,11 @@ inline constexpr argument_fact argument_facts[] = {
 #include "bop/exports.def"
 };
 
+inline constexpr result_fact result_facts[] = {
+#define RESULT(names, kind) {names, kind},
+#include "bop/exports.def"
+};
+
 inline constexpr spelling spellings[] = {
 #define SPELLING(name, ...) {.builtin = name, __VA_ARGS__},
 #include "bop/exports.def"
@@ -160,6 +166,18 @@ constexpr const spelling& spelling_of(std::string_view builtin) {
         }
     }
     return usual_spelling;
+}
+
+// Nothing where the arguments decide.
+constexpr std::optional<datetime_kinds> result_kind_of(const entry_point& entry) {
+    for (const std::string_view name : {std::string_view(entry.symbol), entry.builtin}) {
+        for (const result_fact& fact : detail::result_facts) {
+            if (has_word(fact.names, name)) {
+                return fact.kind;
+            }
+        }
+    }
+    return std::nullopt;
 }
 
 inline constexpr argument_fact usual_argument{};

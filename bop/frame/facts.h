@@ -24,9 +24,10 @@ enum class null_rule : std::uint8_t {
     chosen,     // where the argument is that the first one chooses. The condition's own flag does not count, its value does even behind a
                 // NULL, and the result's no-null flag is only ever cleared
     first_only, // where the first argument is: constants go by their length, whatever their flags say
-    never_null, // never; the condition is read as under `chosen`
-    defaulted,  // never: something else stands in for a NULL, and the argument's no-null flag is passed on all the same
-    adds_nulls, // propagates, but a row without a NULL may be NULL too: the no-null flag is always cleared
+    first_decides, // where the first argument is: for the others a NULL is a value like any
+    never_null,    // never; the condition is read as under `chosen`
+    defaulted,     // never: something else stands in for a NULL, and the argument's no-null flag is passed on all the same
+    adds_nulls,    // propagates, but a row without a NULL may be NULL too: the no-null flag is always cleared
 };
 
 struct null_fact {
@@ -82,6 +83,12 @@ struct argument_fact {
     bool others_pass = false; // other values do not fail, and these are only the ones that tell
 
     typical_values typical = {}; // where those of the type would be rejected or take a path that is not the usual one
+};
+
+// The kind of a DATETIME result that is none of the arguments' kinds.
+struct result_fact {
+    std::string_view names;
+    datetime_kinds kind;
 };
 
 // A call as a parser of SQL's own syntax may report it: its name for the call, and the built-in's arguments made from the call's. `$1` is

@@ -3,7 +3,8 @@
 //     string_rows<kernel>(batch, arguments...)
 //
 // A kernel that has a bifun_string for its result points to bytes that are there already, of an argument or of the caller: they are copied.
-// One that has a string_room asks it for as many bytes as it needs and writes them, piece by piece.
+// One that has a string_room asks it for as many bytes as it needs and writes them, piece by piece. One that has a bounded_text writes
+// before it knows how many there are.
 #ifndef BIFUN_FRAME_STRING_ROWS_H
 #define BIFUN_FRAME_STRING_ROWS_H
 
@@ -113,6 +114,62 @@ template <class Room> struct built_strings {
     void finish() const {}
 };
 
+// ---- strings of a length that is known when they are written ----
+
+// Where a kernel writes, as its result: of `bytes` as many as `most` may be overwritten, the first `length` of which are the text.
+template <std::uint32_t most> struct bounded_text {
+    std::uint8_t* bytes;
+    std::uint32_t length;
+};
+
+// Evaluates into a buffer and hands the text to the engine.
+template <std::uint32_t most, class Evaluate> status set_bounded(const batch& batch, std::uint32_t row, const Evaluate& evaluate) {
+    std::uint8_t buffer[most];
+    bounded_text<most> text{buffer, 0};
+    const status outcome = evaluate(text);
+    if (outcome == BIFUN_OK) {
+        set_value(batch, row, bifun_string{text.length, 0, buffer});
+    }
+    return outcome;
+}
+
+template <std::uint32_t most> struct set_bounded_strings {
+    using place = bounded_text<most>;
+    const bifun::batch& batch;
+
+    explicit set_bounded_strings(const bifun::batch& batch) : batch(batch) {}
+    template <class Evaluate> status row(std::uint32_t row, const Evaluate& evaluate) { return set_bounded<most>(batch, row, evaluate); }
+    void finish() const {}
+};
+
+// In the column's free bytes, where these lie open and there is room.
+template <std::uint32_t most> struct bounded_strings {
+    using place = bounded_text<most>;
+    const bifun::batch& batch;
+    bifun_string* values;
+    bdta3_free_bytes free; // a copy, as that of copied_strings
+
+    explicit bounded_strings(const bifun::batch& batch)
+        : batch(batch), values(bifun::values<bifun_string>(batch)), free(free_bytes::of_column(*batch.result->data)) {}
+
+    template <class Evaluate> status row(std::uint32_t row, const Evaluate& evaluate) {
+        if (static_cast<std::size_t>(free.end - free.top) < most) [[unlikely]] {
+            finish();
+            const status outcome = set_bounded<most>(batch, row, evaluate);
+            free = free_bytes::of_column(*batch.result->data);
+            return outcome;
+        }
+        place text{free.top, 0};
+        const status outcome = evaluate(text);
+        if (outcome == BIFUN_OK) {
+            values[row] = {text.length, 0, free.top};
+            free.top += text.length;
+        }
+        return outcome;
+    }
+    void finish() const { free_bytes::of_column(*batch.result->data).top = free.top; }
+};
+
 // ---- batches ----
 
 template <auto kernel, class Results, class... Arguments> status evaluate_strings(const batch& batch, const Arguments&... arguments) {
@@ -120,9 +177,16 @@ template <auto kernel, class Results, class... Arguments> status evaluate_string
     return (is_null_constant(arguments) || ...) ? null_rows(batch) : evaluate_rows<kernel, no_checks, Results>(batch, arguments...);
 }
 
+template <class Result> constexpr std::uint32_t bound_of = 0;
+template <std::uint32_t most> constexpr std::uint32_t bound_of<bounded_text<most>> = most;
+
 template <auto kernel, class... Arguments> status string_rows(batch_of<VARCHAR> batch, Arguments... arguments) {
     using result = result_of<kernel, Arguments...>;
-    if constexpr (!std::is_same_v<result, bifun_string>) {
+    constexpr std::uint32_t bound = bound_of<result>;
+    if constexpr (bound != 0) {
+        return free_bytes_are_open() ? evaluate_strings<kernel, bounded_strings<bound>>(batch, argument(arguments)...)
+                                     : evaluate_strings<kernel, set_bounded_strings<bound>>(batch, argument(arguments)...);
+    } else if constexpr (!std::is_same_v<result, bifun_string>) {
         return evaluate_strings<kernel, built_strings<result>>(batch, argument(arguments)...);
     } else {
         return free_bytes_are_open() ? evaluate_strings<kernel, copied_strings>(batch, argument(arguments)...)

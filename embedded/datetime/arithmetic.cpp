@@ -50,3 +50,36 @@ int32_t datetime_add_interval_ym(const zqtime* value, const bifun_interval_ym* i
 int32_t datetime_sub_interval_ym(const zqtime* value, const bifun_interval_ym* interval, zqtime* result) {
     return packed_datetimes::subtract_interval(*value, *interval, *result);
 }
+
+int32_t datetime_add_interval_dt(const zqtime* value, const bifun_interval_dt* interval, zqtime* result) {
+    return packed_datetimes::add_time_interval(*value, *interval, *result);
+}
+
+int32_t datetime_sub_interval_dt(const zqtime* value, const bifun_interval_dt* interval, zqtime* result) {
+    return packed_datetimes::subtract_time_interval(*value, *interval, *result);
+}
+
+// ---- comparisons --------------------------------------------------------------------------------------------------
+
+int32_t zqtime_cmp(const zqtime* a, const zqtime* b) { return packed_datetimes::compare(*a, *b); }
+
+int32_t interval_ym_cmp(const bifun_interval_ym* a, const bifun_interval_ym* b) { return packed_datetimes::compare(*a, *b); }
+
+int32_t interval_dt_cmp(const bifun_interval_dt* a, const bifun_interval_dt* b) { return packed_datetimes::compare(*a, *b); }
+
+// ---- days by number -----------------------------------------------------------------------------------------------
+
+int64_t zqtime_calc_n_days_from_zero(int32_t year, uint32_t month, uint32_t day) {
+    return packed_datetimes::days_from_zero(year, static_cast<int32_t>(month), static_cast<int32_t>(day));
+}
+
+int32_t zqtime_get_date_by_ndays_from_zero(int64_t number, int32_t* year, uint32_t* month, uint32_t* day) {
+    std::int32_t found_month;
+    std::int32_t found_day;
+    const std::int32_t found = packed_datetimes::date_from_zero(number, *year, found_month, found_day);
+    if (found == BIFUN_OK) {
+        *month = static_cast<uint32_t>(found_month);
+        *day = static_cast<uint32_t>(found_day);
+    }
+    return found;
+}

@@ -34,6 +34,11 @@ int32_t zqtime_encode(zqtime* result, int32_t year, uint32_t month, uint32_t day
     if (!date_exists(year, month, day) || hour > 23 || minute > 59 || second > 59 || microsecond > 999'999 || !is_zone(zone)) {
         return BIFUN_ARGUMENT_OUT_OF_DOMAIN;
     }
+    return zqtime_encode_without_check(result, year, month, day, hour, minute, second, microsecond, zone);
+}
+
+int32_t zqtime_encode_without_check(zqtime* result, int32_t year, uint32_t month, uint32_t day, uint32_t hour, uint32_t minute,
+                                    uint32_t second, uint32_t microsecond, int32_t zone) {
     store_datetime(*result, pack_datetime({.year = year,
                                            .month = month,
                                            .day = day,
@@ -102,6 +107,8 @@ int32_t zqtime_set_msec(zqtime* value, uint32_t microsecond) {
 
 int32_t zqtime_set_tz(zqtime* value, int32_t zone) { return set_part(value, &datetime_parts::zone, zone, is_zone(zone)); }
 
+int32_t zqtime_set_hour_without_check(zqtime* value, uint32_t hour) { return set_part(value, &datetime_parts::hour, hour, true); }
+
 // ---- places in the calendar ---------------------------------------------------------------------------------------
 
 uint32_t zqtime_day_of_year(const zqtime* value) { return component(packed_datetimes::day_of_year(*value)); }
@@ -112,8 +119,22 @@ uint32_t zqtime_week_for_datepart(const zqtime* value) { return component(packed
 
 uint32_t zqtime_month_end_day(int32_t year, uint32_t month) { return bifun::calendar::last_day_of_month(year, month); }
 
+int32_t zqtime_date_validate(int32_t year, uint32_t month, uint32_t day) {
+    return packed_datetimes::validate_date(year, static_cast<std::int32_t>(month), static_cast<std::int32_t>(day));
+}
+
+int32_t zqtime_cmp_with_glgl(int32_t year, uint32_t month, uint32_t day) {
+    return bifun::calendar::is_missing_day(year, month, day) ? 0 : bifun::calendar::is_gregorian(year, month, day) ? 1 : -1;
+}
+
+int32_t zqtime_glgl_need_adjust_by_zero(const zqtime* value) {
+    return packed_datetimes::is_missing_day(packed_datetimes::year(*value), packed_datetimes::month(*value), packed_datetimes::day(*value))
+               ? 1
+               : 0;
+}
+
+int32_t zqtime_glgl_need_adjust_for_w(const zqtime* value) { return packed_datetimes::is_behind_changeover_in_month(*value) ? 1 : 0; }
+
 // ---- whole values -------------------------------------------------------------------------------------------------
 
 void zqtime_assign(zqtime* destination, const zqtime* source) { std::memmove(destination, source, sizeof *destination); }
-
-int32_t zqtime_cmp(const zqtime* a, const zqtime* b) { return bifun::datetime_arithmetic::compare(load_datetime(*a), load_datetime(*b)); }

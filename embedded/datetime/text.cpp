@@ -6,10 +6,15 @@
 #include "embedded/decimal/digits.h"
 #include "engine/datetime.h"
 #include "layouts/datetime_layout.h"
+#include "layouts/fixed_digits.h"
 
 namespace zqengine {
 
 using namespace bifun::datetime_layout;
+using bifun::eight_characters;
+using bifun::joined_digits;
+using bifun::match_digits;
+using bifun::pattern_of;
 
 namespace {
 
@@ -68,45 +73,7 @@ bool take_one_or_two_digits(reader& text, std::uint32_t& number) {
     return true;
 }
 
-// ---- forms of fixed width: eight characters at a time, the first in the lowest byte --------------------------------
-
-std::uint64_t eight_characters(const std::uint8_t* first) {
-    std::uint64_t characters;
-    std::memcpy(&characters, first, sizeof characters);
-    return characters;
-}
-
-constexpr std::uint64_t eight_characters(const char (&pattern)[9]) {
-    std::uint64_t characters = 0;
-    for (int i = 7; i >= 0; --i) {
-        characters = characters << 8 | static_cast<std::uint8_t>(pattern[i]);
-    }
-    return characters;
-}
-
-// Digits joined with the digit behind them: a byte at which two of them begin holds their number. What is in other bytes, and what a last
-// digit without a neighbour gives, has no meaning.
-struct joined_digits {
-    std::uint64_t pairs;
-
-    std::uint32_t at(int index) const { return static_cast<std::uint32_t>(pairs >> 8 * index & 0xFF); }
-};
-
-// Whether the characters are those of the pattern, with any digits where it has zeros.
-template <std::uint64_t pattern> bool match(std::uint64_t characters, joined_digits& digits) {
-    // Added to a byte that may be there, this leaves its top bit clear: 0x76 allows 0 to 9, and 0x7F 0 only.
-    constexpr std::uint64_t allowance = [] {
-        std::uint64_t bytes = 0;
-        for (int i = 0; i < 64; i += 8) {
-            bytes |= std::uint64_t{(pattern >> i & 0xFF) == '0' ? 0x76U : 0x7FU} << i;
-        }
-        return bytes;
-    }();
-    const std::uint64_t values = characters ^ pattern;
-    digits.pairs = values * 10 + (values >> 8);
-    // Carries reach only bytes behind one that has its top bit set itself.
-    return (((values + allowance) | values) & 0x8080808080808080) == 0;
-}
+// ---- forms of fixed width --------------------------------------------------------------------------------------------
 
 std::ptrdiff_t left(const reader& text) { return text.end - text.next; }
 
@@ -114,8 +81,8 @@ std::ptrdiff_t left(const reader& text) { return text.end - text.next; }
 bool take_iso_date(reader& text, datetime_parts& parts) {
     joined_digits year_and_month;
     joined_digits day;
-    if (left(text) < 10 || !match<eight_characters("0000-00-")>(eight_characters(text.next), year_and_month) ||
-        !match<eight_characters("00-00-00")>(eight_characters(text.next + 2), day)) {
+    if (left(text) < 10 || !match_digits<pattern_of("0000-00-")>(eight_characters(text.next), year_and_month) ||
+        !match_digits<pattern_of("00-00-00")>(eight_characters(text.next + 2), day)) {
         return false;
     }
     parts.year = static_cast<std::int32_t>(year_and_month.at(0) * 100 + year_and_month.at(2));
@@ -128,7 +95,7 @@ bool take_iso_date(reader& text, datetime_parts& parts) {
 // HH:MM:SS.
 bool take_iso_time(reader& text, datetime_parts& parts) {
     joined_digits time;
-    if (left(text) < 8 || !match<eight_characters("00:00:00")>(eight_characters(text.next), time)) {
+    if (left(text) < 8 || !match_digits<pattern_of("00:00:00")>(eight_characters(text.next), time)) {
         return false;
     }
     parts.hour = time.at(0);

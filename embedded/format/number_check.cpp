@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <iterator>
 
 #include "bop/frame/status.h"
 
@@ -26,6 +27,22 @@ int32_t utl_digit_from_char(const uint8_t* text, uint32_t length, double* result
             return BIFUN_ARGUMENT_OUT_OF_DOMAIN;
         }
         number = 0; // less than half of the smallest double
+    }
+    *result = number;
+    return BIFUN_OK;
+}
+
+int32_t str2int64(const uint8_t* text, uint32_t length, int64_t* result) {
+    const auto* first = reinterpret_cast<const char*>(text);
+    const char* last = first + length;
+    const auto is_no_blank = [](char byte) { return byte != ' '; };
+    first = std::find_if(first, last, is_no_blank);
+    last = std::find_if(std::reverse_iterator(last), std::reverse_iterator(first), is_no_blank).base();
+    const bool has_plus = last - first > 1 && first[0] == '+' && first[1] != '-';
+    std::int64_t number;
+    const auto [end, error] = std::from_chars(first + (has_plus ? 1 : 0), last, number);
+    if (end != last || error != std::errc()) {
+        return BIFUN_ARGUMENT_OUT_OF_DOMAIN;
     }
     *result = number;
     return BIFUN_OK;

@@ -529,3 +529,12 @@ int32_t xdec_to_char_with_fmt(bifun_environment* environment, const xdec* value,
                               uint32_t format_length) {
     return xdec_to_char_with_nls(environment, value, buffer, format, format_length, nullptr, 0);
 }
+
+int32_t xdec_to_char_with_fmt_low(bifun_environment* environment, const xdec* value, char* buffer, const uint8_t* format,
+                                  uint32_t format_length, uint32_t* length) {
+    const std::int32_t status = xdec_to_char_with_fmt(environment, value, buffer, format, format_length);
+    if (status == 0) {
+        *length = static_cast<std::uint32_t>(std::strlen(buffer));
+    }
+    return status;
+}

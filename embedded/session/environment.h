@@ -2,15 +2,38 @@
 #ifndef BIFUN_EMBEDDED_SESSION_ENVIRONMENT_H
 #define BIFUN_EMBEDDED_SESSION_ENVIRONMENT_H
 
+#include <array>
 #include <cstdint>
+#include <string_view>
 
-#include "bop/frame/contract.h"
+#include "embedded/format/date_format.h"
 #include "embedded/format/number_format.h"
 
-// One per session; a session runs one call at a time.
+namespace zqengine {
+
+enum class session_format : std::uint8_t { date, time, datetime, time_with_zone, datetime_with_zone };
+
+struct session_model {
+    bool is_set = false;
+    dfm_model model;
+};
+
+} // namespace zqengine
+
+// One per session; a session runs one call at a time. Zone, language and formats may be set between calls.
 struct bifun_environment {
     zqengine::number_format_memory number_format;
-    std::int32_t time_zone = 0; // the session's displacement from UTC in minutes, -840..840
+    std::int32_t time_zone = 0;          // the session's displacement from UTC in minutes, -840..840
+    std::int32_t language = DFM_ENGLISH; // of dfm_language, for formats that are parsed from then on
+    std::array<zqengine::session_model, 5> formats;
 };
+
+namespace zqengine {
+
+// Sets the format of values for which a call gives none; an empty text sets none. Returns what keeps the text from being a format, and then
+// none is set.
+[[nodiscard]] format_problem set_session_format(bifun_environment& session, session_format which, std::string_view format);
+
+} // namespace zqengine
 
 #endif

@@ -18,7 +18,11 @@ struct parameter {
 
 bool is_zone(std::int64_t value) { return value == ZQTIME_NO_ZONE || (value >= -840 && value <= 840); }
 
-constinit std::array<parameter, 1> parameters{{{INI_NOW_TIME_ZONE, is_zone, ZQTIME_NO_ZONE}}};
+bool is_switch(std::int64_t value) { return value == 0 || value == 1; }
+
+constinit std::array<parameter, 2> parameters{{{INI_SHOW_FRACTION, is_switch, 0}, {INI_NOW_TIME_ZONE, is_zone, ZQTIME_NO_ZONE}}};
+
+std::atomic<bool> dates_keep_time = false;
 
 parameter* find_parameter(std::int32_t number) {
     for (parameter& candidate : parameters) {
@@ -40,7 +44,11 @@ std::int32_t set_parameter(std::int32_t number, std::int64_t value) {
     return BIFUN_OK;
 }
 
+void set_dates_keep_time(bool keep) { dates_keep_time.store(keep, std::memory_order_relaxed); }
+
 } // namespace zqengine
+
+int32_t ini_enable_oracle_date_fmt(void) { return zqengine::dates_keep_time.load(std::memory_order_relaxed) ? 1 : 0; }
 
 int64_t ini_get_value(int32_t /*reserved*/, int32_t parameter) {
     const zqengine::parameter* const found = zqengine::find_parameter(parameter);

@@ -300,6 +300,7 @@ bool expected_flag(null_rule rule, const std::vector<call_argument>& arguments, 
     case null_rule::adds_nulls:
         return std::ranges::all_of(arguments, present);
     case null_rule::first_only:
+    case null_rule::first_decides:
         return present(arguments[0]);
     case null_rule::replaced:
     case null_rule::both_null:

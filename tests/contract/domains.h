@@ -61,6 +61,13 @@ inline constexpr std::int32_t domain_error = BIFUN_ARGUMENT_OUT_OF_DOMAIN;
 inline constexpr std::int32_t overflow = BIFUN_NUMERIC_OVERFLOW;
 inline constexpr std::int32_t not_a_datetime = BIFUN_INVALID_DATETIME;
 
+inline constexpr std::string_view numbers_under_format =
+    "bto_char_av_int_to_varchar_with_fmt bto_char_av_int64_to_varchar_with_fmt bto_char_av_double_to_varchar_with_fmt bdec_to_char_av_date";
+inline constexpr std::string_view numbers_under_nls = "bto_char_avv_dec_to_varchar_with_nls bto_char_avv_int_to_varchar_with_nls "
+                                                      "bto_char_avv_int64_to_varchar_with_nls bto_char_avv_double_to_varchar_with_nls";
+inline constexpr std::string_view dates_under_model = "bto_char_dt_av_date bto_char_dt_av_date_low bto_char_dt_av_date_real";
+inline constexpr std::string_view dates_in_language = "bto_char_dt_avv_date bto_char_dt_avv_date_real";
+
 // Calls for each check of each built-in.
 inline constexpr failing_calls_of failures[] = {
     {"ABS", "-9223372036854775808", overflow, failing_row::unwritten, in_no_position, value_type::BIGINT},
@@ -79,9 +86,31 @@ inline constexpr failing_calls_of failures[] = {
     {"ROUND", "-inf 39 ; 1.7e308 -308", overflow, failing_row::zero, in_no_position, value_type::DOUBLE},
     {"SINH", "711 ; -inf", overflow, failing_row::unwritten},
     {"TO_CHAR", "inf ; -inf 9 ; nan 9 NLS_CURRENCY=x", overflow, failing_row::null, in_no_position, value_type::DOUBLE},
-    {"TO_CHAR", "1 9x ; 1 9x NLS_CURRENCY=x", ZQ_INVALID_NUMBER_FORMAT},
-    {"TO_CHAR", "1 9 NLS_CURRENCY=x&y*115 ; 1 9 ''", BIFUN_INVALID_NLS_PARAMETER, failing_row::null, 2},
-    {"TO_CHAR", "1 9 x", ZQ_INVALID_NLS_PARAMETERS},
+    {numbers_under_format, "1 9x", ZQ_INVALID_NUMBER_FORMAT},
+    {numbers_under_nls, "1 9x NLS_CURRENCY=x", ZQ_INVALID_NUMBER_FORMAT},
+    {numbers_under_nls, "1 9 NLS_CURRENCY=x&y*115 ; 1 9 ''", BIFUN_INVALID_NLS_PARAMETER, failing_row::null, 2},
+    {numbers_under_nls, "1 9 x", ZQ_INVALID_NLS_PARAMETERS},
+    {dates_under_model, "2024-02-29 YYYX ; 2024-02-29 \"a ; 2024-02-29 MONTHTH ; 2024-02-29 -*76", BIFUN_INVALID_DATE_FORMAT,
+     failing_row::null, 1},
+    {dates_in_language, "2024-02-29 YYYX NLS_DATE_LANGUAGE=ENGLISH", BIFUN_INVALID_DATE_FORMAT, failing_row::null, 1},
+    {dates_in_language, "2024-02-29 YYYY NLS_DATE_LANGUAGE=x&y*115 ; 2024-02-29 YYYY ''", BIFUN_INVALID_NLS_PARAMETER, failing_row::null,
+     2},
+    {dates_in_language, "2024-02-29 YYYY NLS_DATE_LANGUAGE=GERMAN", ZQ_INVALID_NLS_PARAMETERS, failing_row::null, 2},
+    {"bto_char_str_av_date", "2024-02-29 xyz ; 2024-02-29 9*76", BIFUN_INVALID_DATE_FORMAT, failing_row::null, 1},
+    {"bto_char_str_av_date", "2024-02-29 999", BIFUN_NOT_A_NUMBER},
+    {"bdec_to_char_av_date", "1 9*76", ZQ_INVALID_NUMBER_FORMAT},
+    {"DATE_FORMAT", "2024-02-29 % ; 2024-02-29 -*76", BIFUN_INVALID_DATE_FORMAT, failing_row::null, 1},
+    {"bfrom_unixtime_fmt_av_date", "0 % ; 0 -*76", BIFUN_INVALID_DATE_FORMAT, failing_row::null, 1},
+    {"bto_date_def_a_date TO_TIMESTAMP",
+     "2024/02/30 ; 2024 ; 2024-02-29~ ; 2024-00-01 ; 2024-01-00 ; 2024-13-01 ; 0000-01-01 ; 2024:01:01 ; 2024-01/01 ; 2024-02-29x ; ''",
+     BIFUN_INVALID_DATETIME},
+    {"bchar_to_date_av_date bto_dt_tz_av_dt_tz", "2024-02-30 YYYY-MM-DD ; x YYYY ; 2024-02-29x YYYY-MM-DD", BIFUN_INVALID_DATETIME},
+    {"bchar_to_date_avv_date", "2024-FEB-29 YYYY-MON-DD NLS_DATE_LANGUAGE=CHINESE", BIFUN_INVALID_DATETIME},
+    {"bchar_to_date_av_date bto_dt_tz_av_dt_tz", "2024 YYYX ; 2024 YYYY-YY ; 2024 YYYY-Q ; 2024 -*76", BIFUN_INVALID_DATE_FORMAT,
+     failing_row::null, 1},
+    {"bchar_to_date_av_date", "2024+08 YYYYTZH", BIFUN_INVALID_DATE_FORMAT, failing_row::null, 1},
+    {"bchar_to_date_avv_date", "2024 YYYY x", ZQ_INVALID_NLS_PARAMETERS, failing_row::null, 2},
+    {"bchar_to_date_avv_date", "2024 YYYY ''", BIFUN_INVALID_NLS_PARAMETER, failing_row::null, 2},
     // Not digits, or a number beyond DOUBLE.
     {"TRUNC", "12a 0 ; 1.2.3 -5 ; 9*319 1", domain_error, failing_row::null, in_no_position, value_type::VARCHAR},
     {"TRIM", "0 abc xy ; 579 abc x_ ; 580 _ __", BIFUN_TRIM_SET_NOT_ONE_CHARACTER, failing_row::null, 2},

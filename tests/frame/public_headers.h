@@ -2,6 +2,7 @@
 #include "bop/bifun.h"
 #include "engine/charset.h"
 #include "engine/columns.h"
+#include "engine/date_format.h"
 #include "engine/datetime.h"
 #include "engine/decimal.h"
 #include "engine/interval.h"
