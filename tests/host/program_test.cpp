@@ -143,7 +143,7 @@ TEST(Program, SqlErrors) {
         {"SELECT TO_CHAR(qty, Name) FROM t",
          "8, near TO_CHAR: TO_CHAR does not take (INT, VARCHAR); it takes (INT, constant VARCHAR), ..."},
         {"SELECT TRUNC(1.5e0, 1)",
-         "8, near TRUNC: TRUNC does not take (DOUBLE, INT); it takes (DECIMAL, INT), (VARCHAR, INT); use ROUND(x, n) for a DOUBLE, ..."},
+         "8, near TRUNC: TRUNC does not take (DOUBLE, INT); it takes (DECIMAL, INT), (VARCHAR, INT), (DATETIME, constant VARCHAR), ..."},
         {"SELECT 1e999", "8, near 1e999: the number is beyond the range of DOUBLE"},
         {joined({"SELECT ", replaced(std::string(500, '!'), "!", "NOT "), "TRUE"}),
          "2008, near TRUE: the expression is nested more than 500 levels deep"},
