@@ -12,14 +12,23 @@
 extern "C" {
 #endif
 
-enum { DFM_LONGEST_FORMAT = 75, DFM_TEXT_SIZE = 2048, DFM_SHORT_TEXT_SIZE = 64 };
+enum { DFM_LONGEST_FORMAT = 75, DFM_TEXT_SIZE = 2048, DFM_SHORT_TEXT_SIZE = 64, DFM_FIXED_TEXT_SIZE = 48 };
+
+/* What an engine may say of a model, so that the library can spare it calls: the text of a value with a year from 0 to 9999 and an hour
+ * below 100 has `length` characters, where that is not 0, and character i is others[i] or, where order[i] is below 16, character order[i]
+ * of YYYYMMDD00HHMMSS; order[i] is 0x80 for the others, and others[i] is 0 for the digits and behind the text. */
+typedef struct dfm_fixed_text {
+    uint32_t length;
+    uint8_t order[DFM_FIXED_TEXT_SIZE];
+    uint8_t others[DFM_FIXED_TEXT_SIZE];
+} dfm_fixed_text;
 
 /* `room` is how many bytes may be overwritten where a text is written, its text and what lies behind: DFM_SHORT_TEXT_SIZE for most models,
- * at most DFM_TEXT_SIZE. The rest belongs to the engine. */
+ * at most DFM_TEXT_SIZE. The inside belongs to the engine. */
 typedef struct dfm_model {
     uint32_t room;
-    uint32_t reserved;
-    uint64_t opaque[126];
+    dfm_fixed_text fixed;
+    uint64_t inside[120];
 } dfm_model;
 
 /* ---- models --------------------------------------------------------------------------------------------------------- */

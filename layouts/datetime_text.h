@@ -8,6 +8,7 @@
 
 #include "bop/frame/contract.h"
 #include "layouts/eight_digits.h"
+#include "layouts/two_digits.h"
 
 namespace bifun::datetime_text {
 
@@ -22,33 +23,25 @@ inline std::uint8_t* put_bytes(std::uint8_t* out, std::uint64_t bytes) {
     return out + sizeof bytes;
 }
 
-// The characters of a word with two digits each, the first in the lowest bytes.
-inline std::uint64_t between_pairs(std::uint64_t digits, int first_pair, char separator, int second_pair) {
-    return (digits >> 16 * first_pair & 0xFFFF) | std::uint64_t{static_cast<std::uint8_t>(separator)} << 16 |
-           (digits >> 16 * second_pair & 0xFFFF) << 24;
-}
-
 // -0044-03-15: four digits of the year at least, the sign one of them.
 [[gnu::noinline, gnu::cold]] inline std::uint8_t* put_negative_year(std::uint8_t* out, std::uint32_t magnitude) {
-    const bool four_digits = magnitude > 999;
+    const bool has_four = magnitude > 999;
     *out = '-';
-    const std::uint64_t digits = eight_digits(magnitude) >> (four_digits ? 32 : 40);
-    put_bytes(out + 1, digits);
-    return out + (four_digits ? 5 : 4);
+    put_bytes(out + 1, four_digits(magnitude) >> (has_four ? 0 : 8));
+    return out + (has_four ? 5 : 4);
 }
 
 // YYYY-MM-DD, with the year as "%04d" has it.
 [[gnu::always_inline]] inline std::uint8_t* put_date(std::uint8_t* out, std::int32_t year, std::uint32_t month, std::uint32_t day) {
-    const std::uint64_t digits = eight_digits((static_cast<std::uint32_t>(year < 0 ? -year : year) * 100 + month) * 100 + day);
-    const std::uint64_t month_and_day = between_pairs(digits, 2, '-', 3) << 8 | '-';
+    const std::uint64_t month_and_day = std::uint64_t{'-'} | two_digits(month) << 8 | std::uint64_t{'-'} << 24;
     if (year >= 0) [[likely]] {
-        put_bytes(out, (digits & 0xFFFFFFFF) | month_and_day << 32);
-        const auto last = static_cast<std::uint16_t>(digits >> 48);
+        put_bytes(out, four_digits(static_cast<std::uint32_t>(year)) | month_and_day << 32);
+        const auto last = static_cast<std::uint16_t>(two_digits(day));
         std::memcpy(out + 8, &last, sizeof last);
         return out + 10;
     }
     out = put_negative_year(out, static_cast<std::uint32_t>(-year));
-    put_bytes(out, month_and_day);
+    put_bytes(out, month_and_day | two_digits(day) << 32);
     return out + 6;
 }
 
@@ -68,8 +61,8 @@ inline std::uint64_t between_pairs(std::uint64_t digits, int first_pair, char se
         out = put_long_hour(out, hour);
         hour %= 100;
     }
-    const std::uint64_t digits = eight_digits((hour * 100 + minute) * 100 + second);
-    return put_bytes(out, (digits >> 16 & 0xFFFF) | between_pairs(digits, 2, ':', 3) << 24 | std::uint64_t{':'} << 16);
+    return put_bytes(out, two_digits(hour) | std::uint64_t{':'} << 16 | two_digits(minute) << 24 | std::uint64_t{':'} << 40 |
+                              two_digits(second) << 48);
 }
 
 // .FFFFFF
@@ -84,8 +77,8 @@ inline std::uint8_t* put_zone(std::uint8_t* out, std::int32_t zone) {
         return out;
     }
     const auto minutes = static_cast<std::uint32_t>(zone < 0 ? -zone : zone);
-    const std::uint64_t digits = eight_digits(minutes / 60 * 100 + minutes % 60);
-    put_bytes(out, between_pairs(digits, 2, ':', 3) << 16 | (zone < 0 ? std::uint64_t{'-'} << 8 : std::uint64_t{'+'} << 8) | ' ');
+    put_bytes(out, std::uint64_t{' '} | (zone < 0 ? std::uint64_t{'-'} : std::uint64_t{'+'}) << 8 | two_digits(minutes / 60) << 16 |
+                       std::uint64_t{':'} << 32 | two_digits(minutes % 60) << 40);
     return out + 7;
 }
 

@@ -8,6 +8,7 @@
 #include "engine/number_format.h"
 #include "engine/session.h"
 #include "layouts/datetime_text.h"
+#include "layouts/fixed_text.h"
 
 namespace bifun {
 namespace {
@@ -67,16 +68,45 @@ template <std::uint32_t room> status format_percent(const date_formatting& by, c
     return date_to_char(by.environment, by.model, &value, text.bytes, &text.length);
 }
 
+// In place, where the model says how and the value is one that it says it of; else by `operation`.
+using short_text = bounded_text<DFM_SHORT_TEXT_SIZE>;
+static_assert(DFM_SHORT_TEXT_SIZE >= DFM_FIXED_TEXT_SIZE);
+
+template <class Datetimes, auto operation> status format_fixed(const date_formatting& by, const zqtime& value, short_text& text) {
+    const auto year = static_cast<std::uint32_t>(Datetimes::year(value)); // one before 0 wraps
+    const auto hour = static_cast<std::uint32_t>(Datetimes::hour(value));
+    if (year > fixed_text::last_year || hour > fixed_text::last_hour) [[unlikely]] {
+        return operation(by, value, text);
+    }
+    fixed_text::write(by.model->fixed,
+                      fixed_text::digits_of(
+                          year, static_cast<std::uint32_t>(Datetimes::month(value)), static_cast<std::uint32_t>(Datetimes::day(value)),
+                          hour, static_cast<std::uint32_t>(Datetimes::minute(value)), static_cast<std::uint32_t>(Datetimes::second(value))),
+                      text.bytes);
+    text.length = by.model->fixed.length;
+    return BIFUN_OK;
+}
+
+template <auto short_operation, auto operation>
 status format_rows(batch_of<VARCHAR> batch, column_of<DATETIME> values, const dfm_model& model) {
     const date_formatting by{batch.environment, &model};
-    return model.room <= DFM_SHORT_TEXT_SIZE ? string_rows<format_model<DFM_SHORT_TEXT_SIZE>>(batch, fixed(by), values)
-                                             : string_rows<format_model<DFM_TEXT_SIZE>>(batch, fixed(by), values);
+    if (model.room > DFM_SHORT_TEXT_SIZE) {
+        return string_rows<operation>(batch, fixed(by), values);
+    }
+    if (fixed_text::can_write && model.fixed.length != 0 && datetimes_are_packed()) {
+        return string_rows<format_fixed<packed_datetimes, short_operation>>(batch, fixed(by), values);
+    }
+    return string_rows<short_operation>(batch, fixed(by), values);
+}
+
+status model_rows(batch_of<VARCHAR> batch, column_of<DATETIME> values, const dfm_model& model) {
+    return format_rows<format_model<DFM_SHORT_TEXT_SIZE>, format_model<DFM_TEXT_SIZE>>(batch, values, model);
 }
 
 // By the session's format, or else by the rows that `as_it_is` writes.
 template <class AsItIs>
 status write_default(batch_of<VARCHAR> batch, column_of<DATETIME> values, const dfm_model* session_model, const AsItIs& as_it_is) {
-    return session_model != nullptr ? format_rows(batch, values, *session_model) : with_datetimes(as_it_is);
+    return session_model != nullptr ? model_rows(batch, values, *session_model) : with_datetimes(as_it_is);
 }
 
 status write_dates(batch_of<VARCHAR> batch, column_of<DATETIME> values) {
@@ -106,7 +136,7 @@ status to_char(batch_of<VARCHAR> batch, column_of<DATETIME> values, const bifun_
     if (parsed >= BIFUN_OK) {
         parsed = dfm_parse(&model, format.data, format.length);
     }
-    return parsed < BIFUN_OK ? fail_batch(batch, parsed) : format_rows(batch, values, model);
+    return parsed < BIFUN_OK ? fail_batch(batch, parsed) : model_rows(batch, values, model);
 }
 
 status to_char(batch_of<VARCHAR> batch, column_of<DATETIME> values, constant_of<VARCHAR> format) {
@@ -116,6 +146,26 @@ status to_char(batch_of<VARCHAR> batch, column_of<DATETIME> values, constant_of<
 status to_char(batch_of<VARCHAR> batch, column_of<DATETIME> values, constant_of<VARCHAR> format, constant_of<VARCHAR> nls) {
     return with_format(batch, format, [&](const bifun_string& text) {
         return with_language(batch, nls, [&](std::int32_t language) { return to_char(batch, values, text, &language); });
+    });
+}
+
+// ---- unix times under a %-format ----
+
+// A time that is out of range or cannot be converted is NULL.
+template <std::uint32_t room> value_or_null format_unix_time(const date_formatting& by, std::int64_t seconds, bounded_text<room>& text) {
+    zqtime value;
+    if (seconds < 0 || seconds > INT32_MAX || zqtime_from_unix_time(by.environment, seconds, &value) < BIFUN_OK) {
+        return value_or_null::null();
+    }
+    return format_percent(by, value, text);
+}
+
+// `parsed(model)` with the model of a %-format.
+template <class Parsed> status with_percent_format(batch_of<VARCHAR> batch, constant_of<VARCHAR> format, const Parsed& parsed) {
+    return with_format(batch, format, [&](const bifun_string& text) {
+        dfm_model model;
+        const status converted = zqtime_convert_fmt(batch.environment, text.data, text.length, &model);
+        return converted < BIFUN_OK ? fail_batch(batch, converted) : parsed(model);
     });
 }
 
@@ -230,13 +280,16 @@ status entry::bdec_to_char_av_date(batch_of<VARCHAR> batch, column_of<DECIMAL> v
 }
 
 status entry::bdate_format_av_date(batch_of<VARCHAR> batch, column_of<DATETIME> value, constant_of<VARCHAR> format) {
-    return with_format(batch, format, [&](const bifun_string& text) {
-        dfm_model model;
-        const status parsed = zqtime_convert_fmt(batch.environment, text.data, text.length, &model);
+    return with_percent_format(batch, format, [&](const dfm_model& model) {
+        return format_rows<format_percent<DFM_SHORT_TEXT_SIZE>, format_percent<DFM_TEXT_SIZE>>(batch, value, model);
+    });
+}
+
+status entry::bfrom_unixtime_fmt_av_date(batch_of<VARCHAR> batch, column_of<BIGINT> seconds, constant_of<VARCHAR> format) {
+    return with_percent_format(batch, format, [&](const dfm_model& model) {
         const date_formatting by{batch.environment, &model};
-        return parsed < BIFUN_OK                   ? fail_batch(batch, parsed)
-               : model.room <= DFM_SHORT_TEXT_SIZE ? string_rows<format_percent<DFM_SHORT_TEXT_SIZE>>(batch, fixed(by), value)
-                                                   : string_rows<format_percent<DFM_TEXT_SIZE>>(batch, fixed(by), value);
+        return model.room <= DFM_SHORT_TEXT_SIZE ? string_rows<format_unix_time<DFM_SHORT_TEXT_SIZE>>(batch, fixed(by), seconds)
+                                                 : string_rows<format_unix_time<DFM_TEXT_SIZE>>(batch, fixed(by), seconds);
     });
 }
 

@@ -1,5 +1,7 @@
 #include "embedded/format/date_elements.h"
 
+#include <array>
+
 namespace zqengine {
 namespace {
 
@@ -65,17 +67,40 @@ constexpr element_name names[] = {
     {"TZR", zone, 0, says_zone},
 };
 
+// By element.
+constexpr auto said_by_elements = [] {
+    std::array<said_set, static_cast<std::size_t>(time_24) + 1> said{};
+    for (const element_name& known : names) {
+        said[static_cast<std::size_t>(known.element)] = known.said;
+    }
+    return said;
+}();
+
+// Where the names with each first letter begin and end, of A to Z.
+struct name_range {
+    std::uint8_t first;
+    std::uint8_t behind;
+};
+constexpr auto ranges = [] {
+    std::array<name_range, 26> found{};
+    for (std::uint8_t i = 0; i < std::size(names); ++i) {
+        name_range& range = found[static_cast<std::size_t>(names[i].name[0] - 'A')];
+        range.first = range.behind == 0 ? i : range.first;
+        range.behind = static_cast<std::uint8_t>(i + 1);
+    }
+    return found;
+}();
+
 } // namespace
 
-std::span<const element_name> element_names() { return names; }
-
-said_set said_by(date_element element) {
-    for (const element_name& known : names) {
-        if (known.element == element) {
-            return known.said;
-        }
+std::span<const element_name> element_names(std::uint8_t letter) {
+    const auto index = static_cast<std::uint32_t>((letter & ~0x20U) - 'A');
+    if (index >= ranges.size()) {
+        return {};
     }
-    return says_nothing;
+    return std::span(names).subspan(ranges[index].first, ranges[index].behind - std::size_t{ranges[index].first});
 }
+
+said_set said_by(date_element element) { return said_by_elements[static_cast<std::size_t>(element)]; }
 
 } // namespace zqengine

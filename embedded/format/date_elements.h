@@ -43,7 +43,8 @@ struct element_name {
     said_set said;       // nothing: the element cannot be read
 };
 
-std::span<const element_name> element_names();
+// Those that begin with a letter, of either case, and perhaps others.
+std::span<const element_name> element_names(std::uint8_t letter);
 
 // What an element says; nothing for one that cannot be read.
 said_set said_by(date_element element);

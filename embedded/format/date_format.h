@@ -86,16 +86,20 @@ struct fixed_pair {
 };
 
 struct fixed_plan {
-    static constexpr std::size_t most_characters = 48;
     static constexpr std::size_t most_pairs = 24;
 
     std::uint8_t length; // 0: the format has no plan
     std::uint8_t pair_count;
-    std::uint16_t parts;                      // what is to be made ready, of date_digits.h
-    bool can_read;                            // all pairs are digits of a date or time, each once, and the date is whole
-    std::uint8_t pattern[most_characters];    // with a zero in each place of a pair
-    std::uint8_t allowances[most_characters]; // for a text that is read: added to a byte that may be there, leaves its top bit clear
+    std::uint16_t parts;                       // what is to be made ready, of date_digits.h
+    bool can_read;                             // it is of digits of a date and perhaps a time, each once, and the date is whole
+    std::uint8_t pattern[DFM_FIXED_TEXT_SIZE]; // the characters that do not depend on the value; 0 in places of pairs and behind the text
     fixed_pair pairs[most_pairs];
+    // Where in a text that is read the digits of date and time stand, and those of the fraction: in its first part and in its last. A byte
+    // with the top bit set stands for none.
+    std::uint8_t digits_in_first[16];
+    std::uint8_t digits_in_last[16];
+    std::uint8_t fraction_in_first[16];
+    std::uint8_t fraction_in_last[16];
 };
 
 // What keeps a format from being one, or from being read by.
@@ -129,6 +133,7 @@ struct current_date {
 
 struct date_model {
     std::uint32_t room;
+    dfm_fixed_text fixed;
     std::uint8_t language;
     std::uint8_t piece_count;
     bool shows_era; // so that years count from 1 in either direction
@@ -142,7 +147,7 @@ struct date_model {
     date_piece pieces[DFM_LONGEST_FORMAT];
 };
 static_assert(sizeof(date_model) <= sizeof(dfm_model));
-static_assert(offsetof(dfm_model, room) == offsetof(date_model, room));
+static_assert(offsetof(dfm_model, room) == offsetof(date_model, room) && offsetof(dfm_model, fixed) == offsetof(date_model, fixed));
 
 inline date_model& inside(dfm_model& model) { return reinterpret_cast<date_model&>(model); }
 inline const date_model& inside(const dfm_model& model) { return reinterpret_cast<const date_model&>(model); }

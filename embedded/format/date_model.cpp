@@ -55,7 +55,7 @@ format_problem problem_at(format_fault fault, std::uint8_t offset, std::uint32_t
 
 const element_name* longest_name(const format_reader& rest) {
     const element_name* longest = nullptr;
-    for (const element_name& known : element_names()) {
+    for (const element_name& known : element_names(*rest.next)) {
         format_reader ahead = rest;
         if ((longest == nullptr || known.name.size() > longest->name.size()) && take(ahead, known.name)) {
             longest = &known;

@@ -35,7 +35,9 @@ std::int32_t status_of(const date_reading& reading) {
 
 std::int32_t write(const bifun_environment* environment, const dfm_model* model, const zqtime* value, std::uint8_t* buffer,
                    std::uint32_t* length) {
-    *length = static_cast<std::uint32_t>(write_date(inside(*model), *value, sess4_get_time_zone(environment), buffer) - buffer);
+    const date_model& format = inside(*model);
+    const std::int32_t zone = format.has_zone ? sess4_get_time_zone(environment) : 0;
+    *length = static_cast<std::uint32_t>(write_date(format, *value, zone, buffer) - buffer);
     return BIFUN_OK;
 }
 

@@ -15,27 +15,28 @@ using enum date_element;
 struct planner {
     fixed_plan& plan;
     bool fits;
-    std::uint32_t read; // the sources that text is read into, as bits
+    std::uint64_t read; // the characters that are in the text, as bits by their source
 };
+
+constexpr std::uint8_t no_source = 0x80;
 
 // `step` is where the next pair may begin: behind this one or in its middle.
 void add_pair(planner& state, std::uint32_t source, digit_part part, std::uint32_t step = 2) {
     fixed_plan& plan = state.plan;
-    if (plan.pair_count == fixed_plan::most_pairs || plan.length + 2U > fixed_plan::most_characters) {
+    if (plan.pair_count == fixed_plan::most_pairs || plan.length + 2U > DFM_FIXED_TEXT_SIZE) {
         state.fits = false;
         return;
     }
     plan.pairs[plan.pair_count++] = {.source = static_cast<std::uint8_t>(source), .place = plan.length};
     plan.parts = static_cast<std::uint16_t>(plan.parts | part);
     for (std::uint32_t i = 0; i < 2; ++i) {
-        plan.pattern[plan.length + i] = '0';
-        plan.allowances[plan.length + i] = 0x76; // 0 to 9
+        plan.pattern[plan.length + i] = 0;
     }
     plan.length = static_cast<std::uint8_t>(plan.length + step);
-    const std::uint32_t bit = source < 32 ? 1U << source : 0;
-    const bool is_digits_once = source <= source_fraction + 4U && step == 2 && (state.read & bit) == 0;
-    plan.can_read = plan.can_read && is_digits_once;
-    state.read |= bit;
+    // The second character of a pair may be the first of the next one.
+    const std::uint64_t characters = source < source_half_hour ? std::uint64_t{step == 1 ? 1U : 3U} << source : 0;
+    plan.can_read = plan.can_read && characters != 0 && (state.read & characters) == 0;
+    state.read |= characters;
 }
 
 // Three characters or five, as overlapping pairs.
@@ -46,12 +47,11 @@ void add_triple(planner& state, std::uint32_t source, digit_part part) {
 
 void add_text(planner& state, const std::uint8_t* text, std::uint32_t length) {
     fixed_plan& plan = state.plan;
-    if (plan.length + length > fixed_plan::most_characters) {
+    if (plan.length + length > DFM_FIXED_TEXT_SIZE) {
         state.fits = false;
         return;
     }
     std::memcpy(plan.pattern + plan.length, text, length);
-    std::memset(plan.allowances + plan.length, 0x7F, length); // the same byte only
     plan.length = static_cast<std::uint8_t>(plan.length + length);
 }
 
@@ -159,6 +159,41 @@ void add_piece(planner& state, const date_model& model, const date_piece& piece)
     }
 }
 
+// A text of less than sixteen characters is read as its first eight and its last eight, another as its first and last sixteen.
+void plan_reading(fixed_plan& plan) {
+    for (std::uint8_t* const order : {plan.digits_in_first, plan.digits_in_last, plan.fraction_in_first, plan.fraction_in_last}) {
+        std::memset(order, no_source, 16);
+    }
+    const bool is_short = plan.length < 16;
+    for (std::uint32_t i = 0; plan.can_read && i < plan.pair_count; ++i) {
+        const bool is_fraction = plan.pairs[i].source >= source_fraction;
+        for (std::uint32_t k = 0; k < 2; ++k) {
+            const std::uint32_t place = plan.pairs[i].place + k;
+            const std::uint32_t digit = plan.pairs[i].source + k - (is_fraction ? std::uint32_t{source_fraction} : 0U);
+            if (place < 16 && !(is_short && place >= 8)) {
+                (is_fraction ? plan.fraction_in_first : plan.digits_in_first)[digit] = static_cast<std::uint8_t>(place);
+            } else if (is_short) {
+                (is_fraction ? plan.fraction_in_first : plan.digits_in_first)[digit] = static_cast<std::uint8_t>(place + 16 - plan.length);
+            } else {
+                (is_fraction ? plan.fraction_in_last : plan.digits_in_last)[digit] = static_cast<std::uint8_t>(place + 16 - plan.length);
+            }
+        }
+    }
+}
+
+// Of a plan that has no characters but those of a date and a time of day.
+void say_fixed_text(const fixed_plan& plan, dfm_fixed_text& text) {
+    text.length = plan.length;
+    std::memset(text.order, no_source, sizeof text.order);
+    std::memcpy(text.others, plan.pattern, sizeof text.others);
+    for (std::uint32_t i = 0; i < plan.pair_count; ++i) {
+        const fixed_pair pair = plan.pairs[i];
+        text.length = pair.source < source_fraction ? text.length : 0;
+        text.order[pair.place] = pair.source;
+        text.order[pair.place + 1U] = static_cast<std::uint8_t>(pair.source + 1);
+    }
+}
+
 void make_plan(date_model& model) {
     fixed_plan& plan = model.plan;
     plan.length = 0;
@@ -172,9 +207,11 @@ void make_plan(date_model& model) {
     if (!state.fits) {
         plan.length = 0;
     }
-    constexpr std::uint32_t whole_date = 1U << source_year | 1U << (source_year + 2) | 1U << source_month | 1U << source_day;
-    plan.can_read = plan.can_read && plan.length >= 8 && (state.read & whole_date) == whole_date;
-    std::memset(plan.pattern + plan.length, 0, fixed_plan::most_characters - plan.length);
+    constexpr std::uint64_t whole_date = 0xFF;
+    plan.can_read = plan.can_read && plan.length >= 8 && plan.length <= 32 && (state.read & whole_date) == whole_date;
+    std::memset(plan.pattern + plan.length, 0, DFM_FIXED_TEXT_SIZE - plan.length);
+    say_fixed_text(plan, model.fixed);
+    plan_reading(plan);
 }
 
 // The longest text of an element, for any value of a column.

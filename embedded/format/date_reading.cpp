@@ -10,6 +10,10 @@
 #include "layouts/calendar.h"
 #include "layouts/datetime_layout.h"
 
+#if defined(__x86_64__)
+#include <immintrin.h>
+#endif
+
 namespace zqengine {
 namespace {
 
@@ -19,48 +23,76 @@ namespace datetime_layout = bifun::datetime_layout;
 
 // ---- by a plan: texts that have every character in its place ----
 
-std::uint64_t eight_bytes(const std::uint8_t* bytes) {
-    std::uint64_t word;
-    std::memcpy(&word, bytes, sizeof word);
-    return word;
-}
-
-// The values of digits, 0 for other characters. A carry of the addition reaches only bytes behind one that is wrong itself.
-bool match_eight(const fixed_plan& plan, const std::uint8_t* text, std::uint32_t at, std::uint8_t* values) {
-    const std::uint64_t different = eight_bytes(text + at) ^ eight_bytes(plan.pattern + at);
-    std::memcpy(values + at, &different, sizeof different);
-    return (((different + eight_bytes(plan.allowances + at)) | different) & 0x8080808080808080) == 0;
-}
-
-bool read_by_plan(const fixed_plan& plan, const std::uint8_t* text, std::uint32_t length, zqtime& result) {
-    std::uint8_t values[fixed_plan::most_characters];
-    bool matches = true;
-    for (std::uint32_t at = 0; at + 8 < length; at += 8) {
-        matches &= match_eight(plan, text, at, values);
-    }
-    matches &= match_eight(plan, text, length - 8, values);
-    if (!matches) {
-        return false;
-    }
-    std::uint32_t numbers[source_fraction / 2 + 3] = {};
-    for (std::uint32_t i = 0; i < plan.pair_count; ++i) {
-        const std::uint8_t* const pair = values + plan.pairs[i].place;
-        numbers[plan.pairs[i].source / 2] = pair[0] * 10U + pair[1];
-    }
-    const datetime_layout::datetime_parts parts{
-        .year = static_cast<std::int32_t>(numbers[source_year / 2] * 100 + numbers[source_year / 2 + 1]),
-        .month = numbers[source_month / 2],
-        .day = numbers[source_day / 2],
-        .hour = numbers[source_hour / 2],
-        .minute = numbers[source_minute / 2],
-        .second = numbers[source_second / 2],
-        .microsecond = (numbers[source_fraction / 2] * 100 + numbers[source_fraction / 2 + 1]) * 100 + numbers[source_fraction / 2 + 2],
-        .zone = ZQTIME_NO_ZONE};
+bool store_existing(const datetime_layout::datetime_parts& parts, zqtime& result) {
     if (!calendar::date_exists(parts.year, parts.month, parts.day) || parts.hour > 23 || parts.minute > 59 || parts.second > 59) {
         return false; // the other way tells why, or reads a day of the changeover
     }
     datetime_layout::store_datetime(result, datetime_layout::pack_datetime(parts));
     return true;
+}
+
+#if defined(__x86_64__)
+__m128i load(const std::uint8_t* bytes) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes)); }
+
+__m128i load_both_ends(const std::uint8_t* bytes, std::uint32_t length) {
+    return _mm_unpacklo_epi64(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(bytes)),
+                              _mm_loadl_epi64(reinterpret_cast<const __m128i*>(bytes + length - 8)));
+}
+
+// Takes the pattern off a text: digits become their values and characters of the pattern 0, where they are right.
+__m128i take_off(__m128i text, __m128i pattern, __m128i& wrong) {
+    const __m128i at_digits = _mm_cmpeq_epi8(pattern, _mm_setzero_si128());
+    const __m128i values = _mm_xor_si128(text, _mm_or_si128(pattern, _mm_and_si128(at_digits, _mm_set1_epi8('0'))));
+    const __m128i most = _mm_and_si128(at_digits, _mm_set1_epi8(9));
+    wrong = _mm_or_si128(wrong, _mm_subs_epu8(values, most));
+    return values;
+}
+
+// The numbers of two digits each.
+[[gnu::target("ssse3")]] __m128i numbers_in(__m128i first, __m128i last, const std::uint8_t* in_first, const std::uint8_t* in_last) {
+    const __m128i digits = _mm_or_si128(_mm_shuffle_epi8(first, load(in_first)), _mm_shuffle_epi8(last, load(in_last)));
+    return _mm_maddubs_epi16(digits, _mm_set1_epi16(0x010A));
+}
+
+[[gnu::target("ssse3")]] bool read_by_plan(const fixed_plan& plan, const std::uint8_t* text, std::uint32_t length, zqtime& result) {
+    __m128i wrong = _mm_setzero_si128();
+    __m128i first;
+    __m128i last;
+    if (length < 16) {
+        first = take_off(load_both_ends(text, length), load_both_ends(plan.pattern, length), wrong);
+        last = _mm_setzero_si128();
+    } else {
+        first = take_off(load(text), load(plan.pattern), wrong);
+        last = take_off(load(text + length - 16), load(plan.pattern + length - 16), wrong);
+    }
+    if (_mm_movemask_epi8(_mm_cmpeq_epi8(wrong, _mm_setzero_si128())) != 0xFFFF) {
+        return false;
+    }
+    const __m128i numbers = numbers_in(first, last, plan.digits_in_first, plan.digits_in_last);
+    const auto number = [](int word) { return static_cast<std::uint32_t>(word); };
+    datetime_layout::datetime_parts parts{.year = _mm_extract_epi16(numbers, 0) * 100 + _mm_extract_epi16(numbers, 1),
+                                          .month = number(_mm_extract_epi16(numbers, 2)),
+                                          .day = number(_mm_extract_epi16(numbers, 3)),
+                                          .hour = number(_mm_extract_epi16(numbers, 5)),
+                                          .minute = number(_mm_extract_epi16(numbers, 6)),
+                                          .second = number(_mm_extract_epi16(numbers, 7)),
+                                          .microsecond = 0,
+                                          .zone = ZQTIME_NO_ZONE};
+    if ((plan.parts & part_fraction) != 0) {
+        const __m128i fraction = numbers_in(first, last, plan.fraction_in_first, plan.fraction_in_last);
+        parts.microsecond =
+            number((_mm_extract_epi16(fraction, 0) * 100 + _mm_extract_epi16(fraction, 1)) * 100 + _mm_extract_epi16(fraction, 2));
+    }
+    return store_existing(parts, result);
+}
+#endif
+
+bool read_by_plan_if_possible(const fixed_plan& plan, const std::uint8_t* text, std::uint32_t length, zqtime& result) {
+#if defined(__x86_64__)
+    return plan.can_read && length == plan.length && __builtin_cpu_supports("ssse3") != 0 && read_by_plan(plan, text, length, result);
+#else
+    return false;
+#endif
 }
 
 // ---- piece by piece ----
@@ -192,9 +224,14 @@ bool take_name_at(const format_reader& text, std::string_view name, format_reade
 
 template <std::size_t count>
 void find_name(const format_reader& text, const std::array<std::string_view, count>& names, name_choice& longest) {
+    if (at_end(text)) {
+        return;
+    }
+    const std::uint32_t first = *text.next | 0x20U;
     for (std::uint32_t i = 0; i < count; ++i) {
         format_reader ahead{};
-        if (take_name_at(text, names[i], ahead) && (longest.end == nullptr || ahead.next > longest.end)) {
+        if ((static_cast<std::uint8_t>(names[i][0]) | 0x20U) == first && take_name_at(text, names[i], ahead) &&
+            (longest.end == nullptr || ahead.next > longest.end)) {
             longest = {.end = ahead.next, .index = i};
         }
     }
@@ -516,7 +553,7 @@ date_reading read_by_pieces(const date_model& model, const std::uint8_t* text, s
 } // namespace
 
 date_reading read_date(const date_model& model, const std::uint8_t* text, std::uint32_t length, zqtime& result) {
-    if (model.plan.can_read && length == model.plan.length && read_by_plan(model.plan, text, length, result)) [[likely]] {
+    if (read_by_plan_if_possible(model.plan, text, length, result)) [[likely]] {
         return {.fault = text_fault::none, .offset = length, .piece = model.piece_count, .zone = ZQTIME_NO_ZONE};
     }
     if (model.reading_problem.fault != format_fault::none) {

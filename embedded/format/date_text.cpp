@@ -9,6 +9,7 @@
 #include "layouts/datetime_arithmetic.h"
 #include "layouts/datetime_layout.h"
 #include "layouts/datetime_text.h"
+#include "layouts/fixed_text.h"
 
 namespace zqengine {
 namespace {
@@ -54,17 +55,10 @@ void put_zone(std::uint8_t* out, std::int32_t zone) {
 }
 
 void make_ready(std::uint16_t parts, datetime_words words, std::int32_t zone, std::uint8_t* ready) {
-    if ((parts & part_date) != 0) {
-        const std::uint32_t year = static_cast<std::uint32_t>(year_of(words));
-        bifun::datetime_text::put_bytes(ready + source_date, bifun::eight_digits((year * 100 + month_of(words)) * 100 + day_of(words)));
-    }
-    if ((parts & part_time) != 0) {
-        bifun::datetime_text::put_bytes(ready + source_time,
-                                        bifun::eight_digits((hour_of(words) * 100 + minute_of(words)) * 100 + second_of(words)));
-    }
-    if ((parts & ~(part_date | part_time)) == 0) [[likely]] {
-        return;
-    }
+    const bifun::fixed_text::digit_words digits = bifun::fixed_text::digits_of(
+        static_cast<std::uint32_t>(year_of(words)), month_of(words), day_of(words), hour_of(words), minute_of(words), second_of(words));
+    bifun::datetime_text::put_bytes(ready + source_date, digits.date);
+    bifun::datetime_text::put_bytes(ready + source_time, digits.time);
     if ((parts & part_fraction) != 0) {
         bifun::datetime_text::put_bytes(ready + source_fraction, bifun::eight_digits(microsecond_of(words) * 100));
     }
@@ -87,10 +81,16 @@ std::uint8_t* write_by_plan(const fixed_plan& plan, datetime_words words, std::i
     std::uint8_t ready[source_size];
     make_ready(plan.parts, words, zone, ready);
     std::memcpy(out, plan.pattern, sizeof plan.pattern);
-    for (std::uint32_t i = 0; i < plan.pair_count; ++i) {
+    const std::uint32_t count = plan.pair_count;
+    for (std::uint32_t i = 0; i < count; ++i) {
         std::memcpy(out + plan.pairs[i].place, ready + plan.pairs[i].source, 2);
     }
     return out + plan.length;
+}
+
+// Of values that a plan is for. Years before 0 wrap.
+bool fit_plan(datetime_words words) {
+    return static_cast<std::uint32_t>(year_of(words)) <= bifun::fixed_text::last_year && hour_of(words) <= bifun::fixed_text::last_hour;
 }
 
 // ---- piece by piece ----
@@ -382,19 +382,22 @@ std::uint8_t* write_piece(const date_model& model, const date_piece& piece, cons
     }
 }
 
+[[gnu::noinline]] std::uint8_t* write_pieces(const date_model& model, const written_value& value, std::uint8_t* out) {
+    for (std::uint32_t i = 0; i < model.piece_count; ++i) {
+        out = write_piece(model, model.pieces[i], value, out);
+    }
+    return out;
+}
+
 } // namespace
 
 std::uint8_t* write_date(const date_model& model, const zqtime& value, std::int32_t zone, std::uint8_t* out) {
     const datetime_words words = load_datetime(value);
     const std::int32_t shown_zone = zone_of(words) == ZQTIME_NO_ZONE ? zone : zone_of(words);
-    if (model.plan.length != 0 && year_of(words) >= 0 && hour_of(words) <= 99) [[likely]] {
+    if (model.plan.length != 0 && fit_plan(words)) [[likely]] {
         return write_by_plan(model.plan, words, shown_zone, out);
     }
-    const written_value whole{.words = words, .zone = shown_zone, .shows_era = model.shows_era};
-    for (std::uint32_t i = 0; i < model.piece_count; ++i) {
-        out = write_piece(model, model.pieces[i], whole, out);
-    }
-    return out;
+    return write_pieces(model, {.words = words, .zone = shown_zone, .shows_era = model.shows_era}, out);
 }
 
 } // namespace zqengine

@@ -100,6 +100,7 @@ inline constexpr failing_calls_of failures[] = {
     {"bto_char_str_av_date", "2024-02-29 999", BIFUN_NOT_A_NUMBER},
     {"bdec_to_char_av_date", "1 9*76", ZQ_INVALID_NUMBER_FORMAT},
     {"DATE_FORMAT", "2024-02-29 % ; 2024-02-29 -*76", BIFUN_INVALID_DATE_FORMAT, failing_row::null, 1},
+    {"bfrom_unixtime_fmt_av_date", "0 % ; 0 -*76", BIFUN_INVALID_DATE_FORMAT, failing_row::null, 1},
     {"bto_date_def_a_date TO_TIMESTAMP",
      "2024/02/30 ; 2024 ; 2024-02-29~ ; 2024-00-01 ; 2024-01-00 ; 2024-13-01 ; 0000-01-01 ; 2024:01:01 ; 2024-01/01 ; 2024-02-29x ; ''",
      BIFUN_INVALID_DATETIME},
