@@ -30,28 +30,7 @@ expression make_operand(std::string_view text, const std::vector<expression>& gi
     return made;
 }
 
-// The arguments of a call as they are written: those of f(f(a, b), c) are a, b and c where f takes more than two.
-void collect_arguments(const expression& call, std::vector<const expression*>& arguments) {
-    for (const expression& operand : call.operands) {
-        const bool is_chain = &operand == call.operands.data() && operand.kind == expression_kind::call && operand.name == call.name &&
-                              bifun::spelling_of(call.name).takes_more;
-        is_chain ? collect_arguments(operand, arguments) : arguments.push_back(&operand);
-    }
-}
-
 } // namespace
-
-void nest_arguments(expression& call) {
-    if (!bifun::spelling_of(call.name).takes_more) {
-        return;
-    }
-    while (call.operands.size() > 2) {
-        expression first{.kind = expression_kind::call, .offset = call.offset, .name = call.name};
-        first.operands.assign(std::make_move_iterator(call.operands.begin()), std::make_move_iterator(call.operands.begin() + 2));
-        call.operands.erase(call.operands.begin());
-        call.operands.front() = std::move(first);
-    }
-}
 
 bool is_own_syntax(std::string_view parser_name) {
     return std::ranges::any_of(bifun::spellings, [&](const bifun::spelling& known) {
@@ -100,10 +79,8 @@ std::string call_text(const expression& call) {
     std::string_view syntax = bifun::spelling_of(name).syntax;
     std::string text;
     if (syntax.empty() || named_arguments(syntax) != call.operands.size()) {
-        std::vector<const expression*> arguments;
-        collect_arguments(call, arguments);
-        for (const expression* argument : arguments) {
-            text += fmt::format("{}{}", text.empty() ? "" : ", ", expression_text(*argument));
+        for (const expression& operand : call.operands) {
+            text += fmt::format("{}{}", text.empty() ? "" : ", ", expression_text(operand));
         }
         return fmt::format("{}({})", name, text);
     }

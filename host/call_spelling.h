@@ -16,9 +16,6 @@ bool is_own_syntax(std::string_view parser_name);
 // Gives a call by such a name, with the arguments as the parser has them, the name and the arguments of the built-in.
 void spell_as_builtin(expression& call);
 
-// Makes f(f(a, b), c) of a call f(a, b, c) where the built-in takes more than two arguments in this way.
-void nest_arguments(expression& call);
-
 // What a built-in does, with its further names: "...; also SUBSTRING".
 std::string meaning_with_names(const bifun::builtin& builtin);
 

@@ -7,6 +7,7 @@
 #include "bop/frame/status.h"
 #include "embedded/format/number_format.h"
 #include "embedded/session/environment.h"
+#include "engine/datetime.h"
 #include "engine/decimal.h"
 #include "engine/memory.h"
 #include "host/program_error.h"
@@ -140,6 +141,26 @@ std::uint64_t row_in_file(const execution& run, std::uint32_t batch_row) {
     throw program_error(message(status)); // memory ran out for the batch as a whole
 }
 
+// A call may have moved the date of a time, which nobody sees, and dropped a zone.
+void complete_datetimes(const execution& run, step& call, std::uint32_t row_count) {
+    constexpr std::int32_t year_of_times = 1900;
+    const bifun_column& column = call.result->column;
+    auto* const values = static_cast<zqtime*>(column.data->values);
+    for (std::uint32_t k = 0; k < row_count; ++k) {
+        if (column.data->null_flags[k] == 0) {
+            continue;
+        }
+        if (!has_date(call.type)) {
+            (void)zqtime_set_day(&values[k], 1);
+            (void)zqtime_set_month(&values[k], 1);
+            (void)zqtime_set_year(&values[k], year_of_times);
+        }
+        if (has_zone(call.type)) {
+            add_zone(values[k], run.environment.time_zone);
+        }
+    }
+}
+
 void evaluate_call(execution& run, step& call, std::uint32_t row_count) {
     std::array<const bifun_column*, bifun::most_arguments> columns{};
     for (std::size_t i = 0; i < call.operands.size(); ++i) {
@@ -153,6 +174,9 @@ void evaluate_call(execution& run, step& call, std::uint32_t row_count) {
     }
     if (call.type == sql_type::boolean) {
         normalise_condition(call.result->column, row_count);
+    }
+    if (is_datetime(call.type) && (!has_date(call.type) || has_zone(call.type))) {
+        complete_datetimes(run, call, row_count);
     }
 }
 

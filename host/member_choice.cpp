@@ -34,6 +34,7 @@ bool covers(parameters wider, parameters other) {
 
 // The less the better, the first first.
 struct fit {
+    unsigned other_kinds = 0; // datetimes that the member is not for, which it may refuse
     unsigned widening = 0;
     unsigned omitted = 0;
     unsigned spread = 0; // literals that columns have to be made of
@@ -58,10 +59,12 @@ std::optional<fit> fit_of(const entry_point& member, std::span<const offered_arg
         const std::optional<unsigned> steps = widening(offered[i], type);
         // NULL may have any field: those with a date, a time and a zone.
         const sql_type given = offered[i].type == sql_type::null ? sql_type::timestamp_with_zone : offered[i].type;
-        const bool is_kind = !by_field || type != value_type::DATETIME || overlap(fact.kinds, kind_of(given));
-        if (!steps || !is_kind || !takes_keyword(fact, offered[i].keyword) || (kind == argument_kind::constant && !offered[i].is_literal)) {
+        const bool is_kind = type != value_type::DATETIME || overlap(fact.kinds, kind_of(given));
+        if (!steps || (by_field && !is_kind) || !takes_keyword(fact, offered[i].keyword) ||
+            (kind == argument_kind::constant && !offered[i].is_literal)) {
             return std::nullopt;
         }
+        found.other_kinds += is_kind ? 0 : 1;
         found.widening += *steps;
         found.spread += offered[i].is_literal && kind == argument_kind::column ? 1 : 0;
     }
@@ -76,6 +79,12 @@ template <class Visit> void for_each_argument(std::string_view builtin, const Vi
             visit(member.arguments()[i], fact_of(member, i), i);
         }
     }
+}
+
+bool has_member_with(std::string_view builtin, std::size_t argument_count) {
+    return std::ranges::any_of(bifun::entry_points, [&](const entry_point& member) {
+        return member.builtin == builtin && parameters_of_call(member, argument_count);
+    });
 }
 
 } // namespace
@@ -139,7 +148,7 @@ const entry_point* choose_member(std::string_view builtin, std::span<const offer
 std::string argument_counts(std::string_view builtin) {
     std::vector<std::size_t> counts;
     for (std::size_t count = 0; count <= bifun::most_arguments; ++count) {
-        if (takes_argument_count(builtin, count)) {
+        if (has_member_with(builtin, count)) {
             counts.push_back(count);
         }
     }
@@ -147,8 +156,7 @@ std::string argument_counts(std::string_view builtin) {
 }
 
 bool takes_argument_count(std::string_view builtin, std::size_t count) {
-    return std::ranges::any_of(bifun::entry_points,
-                               [&](const entry_point& member) { return member.builtin == builtin && parameters_of_call(member, count); });
+    return has_member_with(builtin, count) || (count > 2 && bifun::spelling_of(builtin).takes_more);
 }
 
 std::string signatures(std::string_view builtin, std::size_t argument_count) {

@@ -326,15 +326,6 @@ constexpr refused_call_part refused_call_parts[] = {
     {"func_variadic", "VARIADIC is not supported"},
 };
 
-expression nested(expression call, translation_context context) {
-    const std::size_t deepest_call = deepest - context.depth;
-    if (bifun::spelling_of(call.name).takes_more && call.operands.size() > deepest_call) {
-        fail_at(context.sql, call.offset, fmt::format("the call has more than {} arguments", deepest_call));
-    }
-    nest_arguments(call);
-    return call;
-}
-
 expression translate_call(const json& body, translation_context context) {
     expression made = make(expression_kind::call, body);
     for (const refused_call_part& part : refused_call_parts) {
@@ -361,7 +352,7 @@ expression translate_call(const json& body, translation_context context) {
     } else if (has_own_syntax && made.name == "timezone") {
         made.name = "at time zone"; // as people write it
     }
-    return nested(std::move(made), context);
+    return made;
 }
 
 expression translate_extreme(const json& body, translation_context context) {
@@ -369,7 +360,7 @@ expression translate_extreme(const json& body, translation_context context) {
     made.name = body.value("op", "IS_GREATEST");
     made.operands = translate_all(body["args"], context);
     spell_as_builtin(made);
-    return nested(std::move(made), context);
+    return made;
 }
 
 // ---- the table of nodes --------------------------------------------------------------------------------------------

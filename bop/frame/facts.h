@@ -69,6 +69,7 @@ struct argument_fact {
     bool adds_time = false;           // a DATE gets a time of day from it: from a field of the time, or from a fraction
     field_set fields = 0;             // the fields for which a call is bound to this entry point, where others take the rest
     keyword_list keywords = {};       // that people write in place of its values
+    std::string_view words = {};      // the texts that a call may have here, in any case, with blanks between
     std::string_view if_omitted = {}; // what stands for this last argument where a call leaves it out
 
     // Sound values, for tests and fuzzers: numbers and the years of datetimes from `low` to `high`; or else `texts`, or else the

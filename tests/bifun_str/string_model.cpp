@@ -534,8 +534,10 @@ std::string shown(const contract::outcome& outcome, std::uint32_t row) {
 std::vector<const bifun::entry_point*> string_functions() {
     std::vector<const bifun::entry_point*> found;
     for (const bifun::entry_point& entry : bifun::entry_points) {
-        const bool has_large_objects = std::ranges::count(entry.arguments(), value_type::BLOB, &bifun::argument::type) != 0;
-        if (std::string_view(entry.symbol).ends_with("_str") && !has_large_objects) {
+        // ROUND of a text is about numbers and dates.
+        const bool is_other =
+            entry.builtin == "ROUND" || std::ranges::count(entry.arguments(), value_type::BLOB, &bifun::argument::type) != 0;
+        if (std::string_view(entry.symbol).ends_with("_str") && !is_other) {
             found.push_back(&entry);
         }
     }
