@@ -34,10 +34,13 @@ struct moment {
             number(datetime_layout::microsecond_of_fraction(datetime_layout::load_fraction_and_zone(value)))};
 }
 
-// Below, at or above 0 as a is before, at or behind b. For times of less than 2^31.
+// Below, at or above 0 as a is before, at or behind b. For times of less than 2^31. Unsigned inside, as the bits of a NULL may be any.
 [[gnu::always_inline]] inline std::int32_t order_of(const moment& a, const moment& b) {
-    const std::int32_t dates = a.date - b.date;
-    const std::int32_t times = static_cast<std::int32_t>(static_cast<std::uint32_t>(a.time) - static_cast<std::uint32_t>(b.time));
+    const auto difference = [](std::int32_t x, std::int32_t y) {
+        return static_cast<std::int32_t>(static_cast<std::uint32_t>(x) - static_cast<std::uint32_t>(y));
+    };
+    const std::int32_t dates = difference(a.date, b.date);
+    const std::int32_t times = difference(a.time, b.time);
     const std::int32_t microseconds = a.microsecond - b.microsecond;
     return dates != 0 ? dates : times != 0 ? times : microseconds;
 }
