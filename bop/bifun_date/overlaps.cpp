@@ -34,10 +34,13 @@ struct moment {
             number(datetime_layout::microsecond_of_fraction(datetime_layout::load_fraction_and_zone(value)))};
 }
 
-// Below, at or above 0 as a is before, at or behind b. For times of less than 2^31.
+// Below, at or above 0 as a is before, at or behind b. For times of less than 2^31. Unsigned inside, as the bits of a NULL may be any.
 [[gnu::always_inline]] inline std::int32_t order_of(const moment& a, const moment& b) {
-    const std::int32_t dates = a.date - b.date;
-    const std::int32_t times = static_cast<std::int32_t>(static_cast<std::uint32_t>(a.time) - static_cast<std::uint32_t>(b.time));
+    const auto difference = [](std::int32_t x, std::int32_t y) {
+        return static_cast<std::int32_t>(static_cast<std::uint32_t>(x) - static_cast<std::uint32_t>(y));
+    };
+    const std::int32_t dates = difference(a.date, b.date);
+    const std::int32_t times = difference(a.time, b.time);
     const std::int32_t microseconds = a.microsecond - b.microsecond;
     return dates != 0 ? dates : times != 0 ? times : microseconds;
 }
@@ -64,7 +67,10 @@ struct period {
 // What the rows hold by zqtime_overlaps_dt_low; 0 where start 1 is missing. Returns false where zones or long times keep the moments from
 // being compared so, and then the results have no meaning. Without `with_missing` no value is missing.
 template <bool with_missing> bool overlaps_of_block(std::int32_t* __restrict results, std::uint32_t count, const period_rows& rows) {
-    const auto [start_1, end_1, start_2, end_2] = rows;
+    const datetime_rows start_1 = rows.start_1;
+    const datetime_rows end_1 = rows.end_1;
+    const datetime_rows start_2 = rows.start_2;
+    const datetime_rows end_2 = rows.end_2;
     std::uint32_t zones = 0; // the bits in which those of a row differ
     std::int32_t times = 0;
     for (std::uint32_t k = 0; k < count; ++k) {
