@@ -23,13 +23,20 @@
 #include "tests/contract/text_case.h"
 
 namespace {
-int reversals_to_failure = 0; // 1: the next one fails; 0: none
-}
+int reversals_to_failure = 0;          // 1: the next one fails; 0: none
+std::uint64_t bytes_before_places = 0; // in front of the places of which the engine was asked whether a character begins there
+} // namespace
 
-// Replaces the engine's operation in this program.
+// Replace the engine's operations in this program.
 extern "C" __attribute__((visibility("default"))) std::uint8_t* zq_mbsrev_ex(std::uint8_t* text, std::uint32_t length) {
     static auto* const reverse = reinterpret_cast<decltype(&zq_mbsrev_ex)>(dlsym(RTLD_NEXT, "zq_mbsrev_ex"));
     return reversals_to_failure > 0 && --reversals_to_failure == 0 ? nullptr : reverse(text, length);
+}
+extern "C" __attribute__((visibility("default"))) std::int32_t zq_char_start(const std::uint8_t* text, std::uint32_t length,
+                                                                             std::uint32_t offset) {
+    static auto* const is_start = reinterpret_cast<decltype(&zq_char_start)>(dlsym(RTLD_NEXT, "zq_char_start"));
+    bytes_before_places += offset;
+    return is_start(text, length, offset);
 }
 
 namespace {
@@ -219,6 +226,28 @@ TEST_F(StringFunctions, ReplacingWithoutMemory) {
             EXPECT_GT(step, 3) << symbol;
         }
     });
+}
+
+// An engine may have to look at all bytes in front of a place. In a run of two-byte characters these must not become the square of the
+// text, be the places characters or not.
+TEST_F(StringFunctions, ReplacingInLongTextsOfMultibyteCharacters) {
+    using string_model::value;
+    constexpr std::size_t length = 20000;
+    use(euc_kr);
+    std::string source;
+    while (source.size() < length) {
+        source += "\xB0\xA1";
+    }
+    const std::pair<const char*, std::string> cases[] = {{"\xB0\xA1", std::string(length / 2, 'x')}, {"\xA1\xB0", source}};
+    for (const char* const symbol : {"breplace_avv_str", "breplace_aaa_str"}) {
+        for (const auto& [pattern, result] : cases) {
+            bytes_before_places = 0;
+            const string_model::string_call call =
+                string_model::call_strings(contract::entry_of(symbol), {{value(source, 0), value(pattern), value("x")}});
+            EXPECT_EQ(call.rows[0], string_model::shown(string_model::text{result, 0})) << symbol;
+            EXPECT_LT(bytes_before_places, 8 * length) << symbol;
+        }
+    }
 }
 
 // ---- operations on single values --------------------------------------------------------------------------------------
