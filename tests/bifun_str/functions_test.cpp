@@ -90,6 +90,10 @@ TEST_F(StringFunctions, MalformedTextsAndPatterns) {
         // Backwards they would be an é.
         "bsubstr_index_aav_str | a.b.c '' | \xA9\xC3 b | -1 | [0] NULL ? status -6108",
         "bsubstr_index_avv_str | '' a | \xA9\xC3 | -1 | [0] NULL ? status -6108",
+        // In the sets the lead byte takes the two behind it along.
+        "btranslate_avv_str | \xE4xyz | \xE4xyz | 1234 | [1] \xE4xy2",
+        "btranslate_avv_str | abc | abc | 1\xE4xy2 | [1] 1\xE4xy2",
+        "btranslate_avv_str | a\xE4 | \xE4 | x | [1] ax",
     });
     use(gb18030);
     expect_results({
