@@ -138,7 +138,7 @@ TEST(Program, SqlErrors) {
         {"SELECT 1 FROM q", "15, near q: there is no table q; the tables are t"},
         {"SELECT q.qty FROM t", "8, near q.qty: there is no table q in FROM"},
         {"SELECT NVLL(1, 2)", "8, near NVLL: there is no function nvll; did you mean NVL?"},
-        {"SELECT GREATEST(1, 2, 3)", "8, near GREATEST: GREATEST takes 2 arguments, not 3: GREATEST(x, y)"},
+        {"SELECT MOD(1, 2, 3)", "8, near MOD: MOD takes 2 arguments, not 3: MOD(x, y)"},
         {"SELECT FLOOR('1')", "8, near FLOOR: FLOOR does not take (VARCHAR); it takes (INT), (DOUBLE), (DECIMAL)"},
         {"SELECT TO_CHAR(qty, Name) FROM t",
          "8, near TO_CHAR: TO_CHAR does not take (INT, VARCHAR); it takes (INT, constant VARCHAR), ..."},
