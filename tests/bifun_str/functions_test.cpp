@@ -206,6 +206,11 @@ TEST_F(StringFunctions, CountsDoNotOverflow) {
         {"btranslate_avv_str", {{"a", most}, {"a", 0}, {"bc", 0}}, 0, "'b'+4294967295"},
         {"btranslate_avv_str", {{"a", most}, {" ", 0}, {"xy", 0}}, BIFUN_OUT_OF_MEMORY, "NULL"},
         {"btranslate_avv_str", {{"a", 0}, {"a", most}, {"b", 0}}, BIFUN_OUT_OF_MEMORY, "NULL"},
+        {"blength_a_str", {{"a", most}}, 0, "1"},
+        {"blength_space_a_str", {{"a", INT32_MAX - 1}}, 0, "2147483647"},
+        {"blength_space_a_str", {{"a", INT32_MAX}}, BIFUN_NUMERIC_OVERFLOW, "NULL"},
+        {"blength_space_a_str", {{"a", most}}, BIFUN_NUMERIC_OVERFLOW, "NULL"},
+        {"blengthb_a_str", {{"", most}}, BIFUN_NUMERIC_OVERFLOW, "NULL"},
     };
     each_engine::with_each_engine([&] {
         for (const auto& c : cases) {
