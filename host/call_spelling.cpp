@@ -30,6 +30,17 @@ expression make_operand(std::string_view text, const std::vector<expression>& gi
     return made;
 }
 
+// The syntax of a call of so many arguments: with what stands in brackets, or without. Empty where no such call has one.
+std::string syntax_for(std::string_view syntax, std::size_t argument_count) {
+    std::string text(syntax);
+    if (const std::size_t open = text.find('['); open != text.npos) {
+        const bool is_whole = named_arguments(text) == argument_count;
+        const std::size_t close = text.find(']', open);
+        is_whole ? text.erase(close, 1).erase(open, 1) : text.erase(open, close + 1 - open);
+    }
+    return named_arguments(text) == argument_count ? text : std::string();
+}
+
 } // namespace
 
 bool is_own_syntax(std::string_view parser_name) {
@@ -76,14 +87,15 @@ std::string meaning_with_names(const bifun::builtin& builtin) {
 
 std::string call_text(const expression& call) {
     const std::string name = upper_case(call.name);
-    std::string_view syntax = bifun::spelling_of(name).syntax;
+    const std::string own_syntax = syntax_for(bifun::spelling_of(name).syntax, call.operands.size());
     std::string text;
-    if (syntax.empty() || named_arguments(syntax) != call.operands.size()) {
+    if (own_syntax.empty()) {
         for (const expression& operand : call.operands) {
             text += fmt::format("{}{}", text.empty() ? "" : ", ", expression_text(operand));
         }
         return fmt::format("{}({})", name, text);
     }
+    std::string_view syntax = own_syntax;
     for (std::size_t next = syntax.find('$'); next != syntax.npos; next = syntax.find('$')) {
         text += syntax.substr(0, next);
         text += expression_text(call.operands[argument_index(syntax[next + 1])]);

@@ -15,20 +15,26 @@ value_or_null length_of_empty() {
     return global_bifun_var.compatible_mode == empty_texts_have_length_zero ? value_or_null() : value_or_null::null();
 }
 
+// A length that is no INT fails (-6102).
+value_or_null length_of_text(std::uint64_t units, const value_or_null& of_empty, std::int32_t& length) {
+    length = static_cast<std::int32_t>(units);
+    if (units - 1 < INT32_MAX) [[likely]] {
+        return {};
+    }
+    return units == 0 ? of_empty : value_or_null(BIFUN_NUMERIC_OVERFLOW);
+}
+
 value_or_null length(const text_operations& texts, const value_or_null& of_empty, const bifun_string& text, std::int32_t& characters) {
-    characters = static_cast<std::int32_t>(stored_characters(texts, text));
-    return text.length == 0 ? of_empty : value_or_null();
+    return length_of_text(stored_characters(texts, text), of_empty, characters);
 }
 
 value_or_null length_space(const text_operations& texts, const value_or_null& of_empty, const bifun_string& text,
                            std::int32_t& characters) {
-    characters = static_cast<std::int32_t>(stored_characters(texts, text) + text.trailing_blanks);
-    return is_empty(text) ? of_empty : value_or_null();
+    return length_of_text(std::uint64_t{stored_characters(texts, text)} + text.trailing_blanks, of_empty, characters);
 }
 
 value_or_null lengthb(const value_or_null& of_empty, const bifun_string& text, std::int32_t& bytes) {
-    bytes = static_cast<std::int32_t>(text.length + text.trailing_blanks);
-    return is_empty(text) ? of_empty : value_or_null();
+    return length_of_text(full_length(text), of_empty, bytes);
 }
 
 using large_object = const bifun_large_object*;

@@ -95,12 +95,25 @@ inline status replace_in_short_text(const text_operations& texts, const bifun_st
     return replace_occurrences(source, sought.length, replacement, next, room);
 }
 
-[[gnu::noinline]] inline status replace_in_long_text(bool is_ascii, const bifun_string& source, needle sought,
+// Whether a character begins at `place`. One begins at `start`, not behind it, which then comes as near as it can: engines may look at all
+// bytes between the two, and from the beginning of the text these would be the square of its length.
+inline bool is_start_behind(std::uint32_t& start, const bifun_string& source, std::uint32_t place) {
+    std::uint32_t begin = place;
+    while (begin != start && zq_char_start(source.data + start, source.length - start, begin - start) == 0) {
+        --begin;
+    }
+    start = begin;
+    return begin == place;
+}
+
+[[gnu::noinline]] inline status replace_in_long_text(bool places_are_characters, const bifun_string& source, needle sought,
                                                      const bifun_string& replacement, string_room& room) {
+    std::uint32_t start = 0;
     const auto next = [&](std::uint32_t from) {
+        start = from < start ? 0 : start;
         for (;;) {
             const std::uint32_t place = find(sought, source.data + from, source.length - from);
-            if (place == no_offset || is_ascii || zq_char_start(source.data, source.length, from + place) != 0) {
+            if (place == no_offset || places_are_characters || is_start_behind(start, source, from + place)) {
                 return place == no_offset ? no_offset : from + place;
             }
             from += place + 1;

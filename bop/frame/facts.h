@@ -103,7 +103,7 @@ struct parsed_call {
 struct spelling {
     std::string_view builtin = {};
     std::string_view names = {};  // further names, in upper case with blanks between
-    std::string_view syntax = {}; // its own syntax, `$1` for the first argument
+    std::string_view syntax = {}; // its own syntax, `$1` for the first argument, in brackets what goes with one that may be missing
     bool takes_more = false;      // more than two arguments: f(a, b, c) is f(f(a, b), c)
     parsed_call parsed[6] = {};   // where that has another name or other arguments; the last counts for which a call has enough
 };

@@ -23,13 +23,20 @@
 #include "tests/contract/text_case.h"
 
 namespace {
-int reversals_to_failure = 0; // 1: the next one fails; 0: none
-}
+int reversals_to_failure = 0;          // 1: the next one fails; 0: none
+std::uint64_t bytes_before_places = 0; // in front of the places of which the engine was asked whether a character begins there
+} // namespace
 
-// Replaces the engine's operation in this program.
+// Replace the engine's operations in this program.
 extern "C" __attribute__((visibility("default"))) std::uint8_t* zq_mbsrev_ex(std::uint8_t* text, std::uint32_t length) {
     static auto* const reverse = reinterpret_cast<decltype(&zq_mbsrev_ex)>(dlsym(RTLD_NEXT, "zq_mbsrev_ex"));
     return reversals_to_failure > 0 && --reversals_to_failure == 0 ? nullptr : reverse(text, length);
+}
+extern "C" __attribute__((visibility("default"))) std::int32_t zq_char_start(const std::uint8_t* text, std::uint32_t length,
+                                                                             std::uint32_t offset) {
+    static auto* const is_start = reinterpret_cast<decltype(&zq_char_start)>(dlsym(RTLD_NEXT, "zq_char_start"));
+    bytes_before_places += offset;
+    return is_start(text, length, offset);
 }
 
 namespace {
@@ -83,6 +90,10 @@ TEST_F(StringFunctions, MalformedTextsAndPatterns) {
         // Backwards they would be an é.
         "bsubstr_index_aav_str | a.b.c '' | \xA9\xC3 b | -1 | [0] NULL ? status -6108",
         "bsubstr_index_avv_str | '' a | \xA9\xC3 | -1 | [0] NULL ? status -6108",
+        // In the sets the lead byte takes the two behind it along.
+        "btranslate_avv_str | \xE4xyz | \xE4xyz | 1234 | [1] \xE4xy2",
+        "btranslate_avv_str | abc | abc | 1\xE4xy2 | [1] 1\xE4xy2",
+        "btranslate_avv_str | a\xE4 | \xE4 | x | [1] ax",
     });
     use(gb18030);
     expect_results({
@@ -195,6 +206,11 @@ TEST_F(StringFunctions, CountsDoNotOverflow) {
         {"btranslate_avv_str", {{"a", most}, {"a", 0}, {"bc", 0}}, 0, "'b'+4294967295"},
         {"btranslate_avv_str", {{"a", most}, {" ", 0}, {"xy", 0}}, BIFUN_OUT_OF_MEMORY, "NULL"},
         {"btranslate_avv_str", {{"a", 0}, {"a", most}, {"b", 0}}, BIFUN_OUT_OF_MEMORY, "NULL"},
+        {"blength_a_str", {{"a", most}}, 0, "1"},
+        {"blength_space_a_str", {{"a", INT32_MAX - 1}}, 0, "2147483647"},
+        {"blength_space_a_str", {{"a", INT32_MAX}}, BIFUN_NUMERIC_OVERFLOW, "NULL"},
+        {"blength_space_a_str", {{"a", most}}, BIFUN_NUMERIC_OVERFLOW, "NULL"},
+        {"blengthb_a_str", {{"", most}}, BIFUN_NUMERIC_OVERFLOW, "NULL"},
     };
     each_engine::with_each_engine([&] {
         for (const auto& c : cases) {
@@ -219,6 +235,28 @@ TEST_F(StringFunctions, ReplacingWithoutMemory) {
             EXPECT_GT(step, 3) << symbol;
         }
     });
+}
+
+// An engine may have to look at all bytes in front of a place. In a run of two-byte characters these must not become the square of the
+// text, be the places characters or not.
+TEST_F(StringFunctions, ReplacingInLongTextsOfMultibyteCharacters) {
+    using string_model::value;
+    constexpr std::size_t length = 20000;
+    use(euc_kr);
+    std::string source;
+    while (source.size() < length) {
+        source += "\xB0\xA1";
+    }
+    const std::pair<const char*, std::string> cases[] = {{"\xB0\xA1", std::string(length / 2, 'x')}, {"\xA1\xB0", source}};
+    for (const char* const symbol : {"breplace_avv_str", "breplace_aaa_str"}) {
+        for (const auto& [pattern, result] : cases) {
+            bytes_before_places = 0;
+            const string_model::string_call call =
+                string_model::call_strings(contract::entry_of(symbol), {{value(source, 0), value(pattern), value("x")}});
+            EXPECT_EQ(call.rows[0], string_model::shown(string_model::text{result, 0})) << symbol;
+            EXPECT_LT(bytes_before_places, 8 * length) << symbol;
+        }
+    }
 }
 
 // ---- operations on single values --------------------------------------------------------------------------------------

@@ -50,28 +50,35 @@ TEST(StringCalls, Searches) {
     });
 }
 
-TEST(StringCalls, TextsBuiltOfParts) {
+TEST(StringCalls, BuiltTexts) {
     expect_shown({
-        {"REPLACE('black and blue', 'bl', 'J') ; REPLACE('aaa', 'aa') ; REPLACE('é日é', 'é', '') ; REPLACE('abc', '', 'x')",
-         R"("Jack and Jue", "a", "日", "abc")"},
-        {"OVERLAY('Txxxxas' PLACING 'hom' FROM 2 FOR 4) ; OVERLAY('éab' PLACING 'xy' FROM 2) ; INSSTR('abcdef', 3, 0, '--')",
-         R"("Thomas", "éxy", "ab--cdef")"},
-        {"TRANSLATE('12345', '143', 'ax') ; TRANSLATE('né', 'é', 'e') ; LPAD('7', 3, '0') ; RPAD('日', 3, 'ab') ; LPAD('abc', 2)",
-         R"("a2x5", "ne", "007", "日ab", "ab")"},
-        {"CONCAT('a', 'b', NULL, 'c') ; 'a' || NULL || 'b' ; CONCAT('a', 'b') ; NULL || NULL", R"("abc", "ab", "ab", null)"},
-        {"REPEAT('ab', 3) ; '[' || SPACE(2) || ']' ; LENGTH('né  ') ; CHAR_LENGTH('') ; CHARACTER_LENGTH('a') ; LENGTHB('né') ; "
-         "OCTET_LENGTH('a')",
-         R"("ababab", "[  ]", 4, null, 1, 3, 1)"},
-        {"OVERLAY('abc' PLACING 'x' FROM 1 FOR -1)", "OVERLAY: -2206 the length of OVERLAY is negative"},
+        {"'a' || NULL || 'b' || SPACE(2) || 'c' ; CONCAT('a', 'b', 'c', 'd') ; NULL || NULL ; CONCAT(NULL, NULL, NULL)",
+         R"("ab  c", "abcd", null, null)"},
+        {"OVERLAY('abcdef' PLACING 'xy' FROM 2) ; OVERLAY('abcdef' PLACING 'xy' FROM 2 FOR 0) ; INSSTR('abcdef', 2, 4, 'xy')",
+         R"("axydef", "axybcdef", "axyf")"},
+        {"REPLACE('a b ', ' ') ; REPLACE('aaa', 'aa', 'é') ; TRANSLATE('abcé', 'éab', 'xy') ; REPEAT('ab', 2)",
+         R"("ab", "éa", "ycx", "abab")"},
+        {"LPAD('é', 3) ; LPAD('é', 3, 'xy') ; RPAD('é', 3, 'xy') ; RPAD('ab', 1)", R"("  é", "xyé", "éxy", "a")"},
+        {"LENGTH('é ') ; CHAR_LENGTH('é ') ; CHARACTER_LENGTH('é ') ; LENGTHB('é ') ; OCTET_LENGTH('é ') ; LENGTH('')",
+         "2, 2, 2, 3, 3, null"},
         {"CONCAT('a')", "8, near CONCAT: CONCAT takes 2 or more arguments, not 1: CONCAT(a, b, ...)"},
-        {"1 || 'a'", "10, near ||: CONCAT does not take (INT, VARCHAR); it takes (VARCHAR, VARCHAR)"},
+        {"'a' || 'b' || 1", "19, near ||: CONCAT does not take (VARCHAR, INT); it takes (VARCHAR, VARCHAR)"},
+        {"OVERLAY('a' PLACING 'b' FROM 0)", "OVERLAY: -6803 an argument is outside the function's domain"},
     });
-    // Literals stand for columns where no entry point takes them as constants.
-    expect_answer("s,n\nab,3\né,\n,1\n",
-                  "SELECT s || '-' || TO_CHAR(n) AS c, LPAD('x', 3, s) l, REPLACE('cab', s, 'd') r, OVERLAY('xyz' PLACING s FROM 2) o, "
-                  "SPACE(n) || s b "
-                  "FROM t",
-                  "c,l,r,o,b\nab-3,abx,cd,xab,   ab\né-,ééx,cab,xéz,é\n-1,,,, \n");
+}
+
+// Literals where some entry point takes a constant and where none does; a column where none takes one.
+TEST(StringCalls, BuiltTextsOfColumnsAndLiterals) {
+    const std::string file = "s,t,n\nabab,b,1\n,x,2\ncb,,3\n";
+    expect_answer(
+        file,
+        "SELECT REPLACE(s, 'b', t) r, REPLACE('abc', t, 'x') e, OVERLAY('abc' PLACING t FROM 2 FOR 1) o, INSSTR('abc', 1, 1, 'x') i, "
+        "LPAD('a', 2, t) l, 'x' || s || t c, TRANSLATE('abc', 'b', 'x') a, REPEAT('x', 2) p, SPACE(1) b, LENGTH(s || SPACE(n)) n FROM t",
+        "r,e,o,i,l,c,a,p,b,n\nabab,axc,abc,xbc,ba,xababb,axc,xx, ,5\n,abc,axc,xbc,xa,xx,axc,xx, ,2\n"
+        ",,,xbc,,xcb,axc,xx, ,5\n");
+    expect_failure(file, "SELECT LPAD(s, n) FROM t",
+                   "SQL, character 8, near LPAD: LPAD does not take (VARCHAR, INT); it takes (VARCHAR, constant INT)");
+    expect_failure(file, "SELECT REPEAT(s, 20000) FROM t", "REPEAT: -6803 an argument is outside the function's domain in row 1");
 }
 
 // A value's blanks are a count beside its text, wherever it comes from.
@@ -116,6 +123,8 @@ TEST(StringCalls, CharacterSets) {
 TEST(StringCalls, Headings) {
     expect_answer("", "SELECT TRIM(LEADING FROM 'a'), POSITION('a' IN 'b'), SUBSTRING('ab' FROM 2)",
                   "TRIM(LEADING ' ' FROM 'a'),POSITION('a' IN 'b'),\"SUBSTR('ab', 2)\"\na,0,b\n");
+    expect_answer("", "SELECT OVERLAY('ab' PLACING 'x' FROM 1), OVERLAY('ab', 'x', 1, 0), CONCAT('a', 'b'), TRIM('a')",
+                  "OVERLAY('ab' PLACING 'x' FROM 1),OVERLAY('ab' PLACING 'x' FROM 1 FOR 0),'a' || 'b',TRIM('a')\nxb,xab,ab,a\n");
 }
 
 } // namespace
