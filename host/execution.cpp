@@ -4,11 +4,14 @@
 #include <array>
 #include <memory>
 
+#include "bop/frame/arguments.h"
 #include "bop/frame/status.h"
 #include "embedded/format/number_format.h"
 #include "embedded/session/environment.h"
 #include "engine/decimal.h"
 #include "engine/memory.h"
+#include "engine/session.h"
+#include "host/date_formats.h"
 #include "host/program_error.h"
 
 namespace host {
@@ -111,6 +114,35 @@ std::uint64_t row_in_file(const execution& run, std::uint32_t batch_row) {
     return run.rows_before + (run.selected ? run.selection[batch_row] : batch_row) + 1;
 }
 
+// Why the text of a row cannot be read as a date; empty where the call does not read text under a format or as a date.
+std::string explain_unread_text(execution& run, const step& call, const std::array<const bifun_column*, bifun::most_arguments>& row) {
+    const bifun::entry_point& entry = *call.entry;
+    if (entry.result != value_type::DATETIME || row[0] == nullptr || entry.arguments()[0].type != value_type::VARCHAR) {
+        return "";
+    }
+    const auto& text = static_cast<const bifun_string*>(row[0]->data->values)[*row[0]->selection];
+    const std::string_view characters(reinterpret_cast<const char*>(text.data), text.length);
+    dfm_model parsed;
+    const dfm_model* model = entry.builtin == "TO_DATE"        ? sess4_get_date_format(&run.environment)
+                             : entry.builtin == "TO_TIMESTAMP" ? sess4_get_datetime_format(&run.environment)
+                             : entry.builtin == "TO_DT_TZ"     ? sess4_get_datetimetz_format(&run.environment)
+                                                               : nullptr;
+    if (entry.argument_count > 1) {
+        const constant& format = run.query.steps[call.operands[1]].value;
+        const bifun_string given = bifun::string_of(format.as_string, 0);
+        (void)parse_date_fmt_with_len(&run.environment, given.data, given.length, 1, &parsed);
+        if (entry.argument_count > 2) {
+            const bifun_string nls = bifun::string_of(run.query.steps[call.operands[2]].value.as_string, 0);
+            std::int32_t language = run.environment.language;
+            (void)to_char_nls_parse(nls.data, nls.length, &language);
+            (void)dfm_set_lang(&parsed, language);
+        }
+        model = &parsed;
+    }
+    return model != nullptr ? explain_mismatch(*model, characters)
+                            : fmt::format("\"{}\" is none; {}", characters, explain_default_mismatch());
+}
+
 // A failed call says what went wrong but not where. Calling again with no rows tells a bad constant; calling again row by row, each
 // alone through a selection vector of one entry, tells the row.
 [[noreturn]] void fail_in_call(execution& run, step& call, const std::array<const bifun_column*, bifun::most_arguments>& columns,
@@ -134,10 +166,24 @@ std::uint64_t row_in_file(const execution& run, std::uint32_t batch_row) {
         }
         const std::int32_t row_status = call_entry(run, call, shown, 1);
         if (row_status != 0) {
-            fail("{} in row {}", message(row_status), row_in_file(run, row));
+            const std::string reason = row_status == BIFUN_INVALID_DATETIME ? explain_unread_text(run, call, shown) : "";
+            fail("{} in row {}{}{}", message(row_status), row_in_file(run, row), reason.empty() ? "" : ": ", reason);
         }
     }
     throw program_error(message(status)); // memory ran out for the batch as a whole
+}
+
+// A date has no time of day that anybody can see: TO_DATE reads one where the text has it.
+void clear_times(zqengine::column_storage& dates, std::uint32_t row_count) {
+    auto* const values = zqengine::values_of<zqtime>(dates);
+    for (std::uint32_t row = 0; row < row_count; ++row) {
+        if (dates.data.null_flags[row] != 0) {
+            (void)zqtime_set_hour(&values[row], 0);
+            (void)zqtime_set_min(&values[row], 0);
+            (void)zqtime_set_sec(&values[row], 0);
+            (void)zqtime_set_msec(&values[row], 0);
+        }
+    }
 }
 
 void evaluate_call(execution& run, step& call, std::uint32_t row_count) {
@@ -153,6 +199,9 @@ void evaluate_call(execution& run, step& call, std::uint32_t row_count) {
     }
     if (call.type == sql_type::boolean) {
         normalise_condition(call.result->column, row_count);
+    }
+    if (call.type == sql_type::date) {
+        clear_times(*call.result, row_count);
     }
 }
 
@@ -337,7 +386,7 @@ void run_plan(plan& query, std::uint32_t batch_rows, const session_settings& set
     const string_rules rules{.fold_case = settings.library.case_sensitive == 0,
                              .two_byte_trailers = settings.text_charset->code == ZQ_CHARSET_GB18030};
     execution run{.query = query, .rules = rules, .environment = {}, .selection = {}};
-    run.environment.time_zone = settings.time_zone();
+    set_up_environment(settings, run.environment);
     constexpr std::uint32_t scratch_size = 64 * 1024;
     run.memory.reset(rt_memobj_create_ex(&run.environment, 0, scratch_size, __FILE__, __LINE__));
     if (run.memory == nullptr) {

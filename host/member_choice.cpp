@@ -46,6 +46,15 @@ bool takes_keyword(const argument_fact& fact, std::optional<std::int32_t> keywor
            (fact.fields == 0 || bifun::contains(fact.fields, *keyword));
 }
 
+// Whether members that take as many arguments take other kinds of datetimes in this place, so that the kind tells which one is meant.
+bool kinds_tell(const entry_point& member, std::size_t position) {
+    return std::ranges::any_of(bifun::entry_points, [&](const entry_point& other) {
+        return other.builtin == member.builtin && other.argument_count == member.argument_count &&
+               other.arguments()[position].type == value_type::DATETIME &&
+               fact_of(other, position).kinds != fact_of(member, position).kinds;
+    });
+}
+
 std::optional<fit> fit_of(const entry_point& member, std::span<const offered_argument> offered) {
     if (!parameters_of_call(member, offered.size())) {
         return std::nullopt;
@@ -58,7 +67,7 @@ std::optional<fit> fit_of(const entry_point& member, std::span<const offered_arg
         const std::optional<unsigned> steps = widening(offered[i], type);
         // NULL may have any field: those with a date, a time and a zone.
         const sql_type given = offered[i].type == sql_type::null ? sql_type::timestamp_with_zone : offered[i].type;
-        const bool is_kind = !by_field || type != value_type::DATETIME || overlap(fact.kinds, kind_of(given));
+        const bool is_kind = type != value_type::DATETIME || overlap(fact.kinds, kind_of(given)) || !(by_field || kinds_tell(member, i));
         if (!steps || !is_kind || !takes_keyword(fact, offered[i].keyword) || (kind == argument_kind::constant && !offered[i].is_literal)) {
             return std::nullopt;
         }
