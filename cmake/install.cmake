@@ -11,8 +11,8 @@ install(FILES bop/frame/contract.h bop/frame/status.h bop/frame/statuses.def bop
     bop/frame/facts.h bop/frame/catalogue.h
   DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/bifun/bop/frame)
 install(DIRECTORY engine layouts DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/bifun FILES_MATCHING PATTERN "*.h")
-foreach(header charset/database_charset.h memory/allocation.h memory/arena.h columns/column_storage.h datetime/text.h format/number_format.h
-    session/environment.h session/parameters.h)
+foreach(header charset/database_charset.h memory/allocation.h memory/arena.h columns/column_storage.h datetime/text.h format/date_format.h
+    format/number_format.h session/environment.h session/parameters.h)
   cmake_path(GET header PARENT_PATH folder)
   install(FILES embedded/${header} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/bifun/embedded/${folder})
 endforeach()

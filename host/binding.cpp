@@ -5,6 +5,7 @@
 #include <map>
 #include <set>
 
+#include "host/call_spelling.h"
 #include "host/date_formats.h"
 #include "host/datetime_call.h"
 #include "host/member_choice.h"
@@ -315,13 +316,90 @@ sql_type type_of_read_date(const binder& state, const bifun::entry_point& member
     return has_time ? sql_type::timestamp : sql_type::date;
 }
 
+// A text that has to be one of some words.
+void check_word(const binder& state, const bifun::entry_point& member, std::size_t position, const operand& argument) {
+    const std::string_view words = fact_of(member, position).words;
+    if (words.empty() || argument.literal == nullptr || argument.type != sql_type::varchar) {
+        return;
+    }
+    const std::string& text = argument.literal->text;
+    const std::size_t first = std::min(text.find_first_not_of(' '), text.size());
+    const std::string word = upper_case(std::string_view(text).substr(first, text.find_last_not_of(' ') + 1 - first));
+    if (word.empty() || word.find(' ') != word.npos || !bifun::has_word(words, word)) {
+        std::string names(words);
+        for (std::size_t blank = names.find(' '); blank != names.npos; blank = names.find(' ', blank + 2)) {
+            names.replace(blank, 1, ", ");
+        }
+        fail_at(state.sql, argument.offset, fmt::format("{} has no unit '{}'; there are {}", member.builtin, text, names));
+    }
+}
+
+// How many of a field are a day; 0 where it is no time.
+std::int64_t count_per_day(std::int32_t field) {
+    switch (field) {
+    case ZQTIME_HOUR:
+        return 24;
+    case ZQTIME_MINUTE:
+        return 24 * 60;
+    case ZQTIME_SECOND:
+        return 24 * 60 * 60;
+    case ZQTIME_SUBSECOND:
+        return 24 * 60 * 60 * 1000;
+    default:
+        return 0;
+    }
+}
+
+// A time that is moved by a field goes round the clock: whole days among the amount do not count, however many.
+void leave_out_whole_days(binder& state, const expression& tree, std::string_view builtin, std::vector<operand>& arguments) {
+    const bool moves = std::ranges::any_of(bifun::entry_points, [&](const bifun::entry_point& member) {
+        return member.builtin == builtin && member.argument_count == 3 && bifun::fact_of(member, 0).adds_time;
+    });
+    if (!moves || arguments.size() != 3 || !arguments[0].keyword || count_per_day(*arguments[0].keyword) == 0) {
+        return;
+    }
+    const operand& moved = arguments[2];
+    const std::optional<sql_type> type =
+        moved.literal != nullptr && moved.type == sql_type::varchar ? datetime_type_of(*moved.literal) : moved.type;
+    const bool is_whole = arguments[1].type == sql_type::integer || arguments[1].type == sql_type::bigint;
+    if (!type || !is_datetime(*type) || has_date(*type) || !is_whole) {
+        return;
+    }
+    const std::int64_t per_day = count_per_day(*arguments[0].keyword);
+    if (arguments[1].literal != nullptr) {
+        const constant amount = make_constant(*arguments[1].literal, value_type::BIGINT, state.settings, state.sql);
+        arguments[1] = add_literal(state, literal_kind::number, std::to_string(amount.as_bigint.value % per_day), arguments[1].offset);
+        return;
+    }
+    expression rest{.kind = expression_kind::call, .offset = tree.operands[1].offset};
+    rest.name = "MOD";
+    rest.operands = {tree.operands[1], *add_literal(state, literal_kind::number, std::to_string(per_day), rest.offset).literal};
+    arguments[1] = bind(state, rest);
+}
+
+// A call with more arguments than two, of functions that go from one pair to the next: GREATEST(GREATEST(x, y), z).
+expression pair_by_pair(const expression& tree) {
+    expression pair = tree;
+    pair.operands.pop_back();
+    expression folded = tree;
+    folded.operands = {pair.operands.size() > 2 ? pair_by_pair(pair) : std::move(pair), tree.operands.back()};
+    return folded;
+}
+
 operand bind_call(binder& state, const expression& tree) {
+    if (tree.operands.size() > 2 && takes_more_arguments(tree.name)) {
+        return bind_call(state, pair_by_pair(tree));
+    }
     const std::string_view builtin = builtin_named(state, tree).name;
     std::vector<operand> arguments;
     for (const expression& argument : tree.operands) {
         arguments.push_back(argument.kind == expression_kind::keyword ? bind_keyword(state, argument, builtin) : bind(state, argument));
     }
+    leave_out_whole_days(state, tree, builtin, arguments);
     const bifun::entry_point& member = find_member(state, tree, builtin, arguments);
+    for (std::size_t i = 0; i < arguments.size(); ++i) {
+        check_word(state, member, i, arguments[i]);
+    }
     check_date_formats(state, member, arguments);
     step call{.kind = step_kind::call, .type = result_type(state, member, arguments), .operands = {}};
     if (builtin == "TO_DATE") {

@@ -38,6 +38,11 @@ bool is_own_syntax(std::string_view parser_name) {
     });
 }
 
+bool takes_more_arguments(std::string_view builtin) {
+    return std::ranges::any_of(
+        bifun::spellings, [&](const bifun::spelling& known) { return known.takes_more && equal_ignoring_case(known.builtin, builtin); });
+}
+
 void spell_as_builtin(expression& call) {
     const bifun::parsed_call* form = nullptr;
     std::string_view builtin;

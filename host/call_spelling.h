@@ -13,6 +13,9 @@ namespace host {
 // Whether the parser has this name for the syntax of a built-in of its own.
 bool is_own_syntax(std::string_view parser_name);
 
+// Whether people may give the built-in of this name more than two arguments.
+bool takes_more_arguments(std::string_view builtin);
+
 // Gives a call by such a name, with the arguments as the parser has them, the name and the arguments of the built-in.
 void spell_as_builtin(expression& call);
 

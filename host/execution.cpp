@@ -8,6 +8,7 @@
 #include "bop/frame/status.h"
 #include "embedded/format/number_format.h"
 #include "embedded/session/environment.h"
+#include "engine/datetime.h"
 #include "engine/decimal.h"
 #include "engine/memory.h"
 #include "engine/session.h"
@@ -173,15 +174,28 @@ std::string explain_unread_text(execution& run, const step& call, const std::arr
     throw program_error(message(status)); // memory ran out for the batch as a whole
 }
 
-// A date has no time of day that anybody can see: TO_DATE reads one where the text has it.
-void clear_times(zqengine::column_storage& dates, std::uint32_t row_count) {
-    auto* const values = zqengine::values_of<zqtime>(dates);
-    for (std::uint32_t row = 0; row < row_count; ++row) {
-        if (dates.data.null_flags[row] != 0) {
-            (void)zqtime_set_hour(&values[row], 0);
-            (void)zqtime_set_min(&values[row], 0);
-            (void)zqtime_set_sec(&values[row], 0);
-            (void)zqtime_set_msec(&values[row], 0);
+// A call may have moved the date of a time or read a time of day into a date, which nobody sees, and dropped a zone.
+void complete_datetimes(const execution& run, step& call, std::uint32_t row_count) {
+    constexpr std::int32_t year_of_times = 1900;
+    const bifun_column& column = call.result->column;
+    auto* const values = static_cast<zqtime*>(column.data->values);
+    for (std::uint32_t k = 0; k < row_count; ++k) {
+        if (column.data->null_flags[k] == 0) {
+            continue;
+        }
+        if (call.type == sql_type::date) {
+            (void)zqtime_set_hour(&values[k], 0);
+            (void)zqtime_set_min(&values[k], 0);
+            (void)zqtime_set_sec(&values[k], 0);
+            (void)zqtime_set_msec(&values[k], 0);
+        }
+        if (!has_date(call.type)) {
+            (void)zqtime_set_day(&values[k], 1);
+            (void)zqtime_set_month(&values[k], 1);
+            (void)zqtime_set_year(&values[k], year_of_times);
+        }
+        if (has_zone(call.type)) {
+            add_zone(values[k], run.environment.time_zone);
         }
     }
 }
@@ -200,8 +214,8 @@ void evaluate_call(execution& run, step& call, std::uint32_t row_count) {
     if (call.type == sql_type::boolean) {
         normalise_condition(call.result->column, row_count);
     }
-    if (call.type == sql_type::date) {
-        clear_times(*call.result, row_count);
+    if (is_datetime(call.type) && call.type != sql_type::timestamp) {
+        complete_datetimes(run, call, row_count);
     }
 }
 

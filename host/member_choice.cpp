@@ -34,6 +34,7 @@ bool covers(parameters wider, parameters other) {
 
 // The less the better, the first first.
 struct fit {
+    unsigned other_kinds = 0; // datetimes that the member is not for, which it may refuse
     unsigned widening = 0;
     unsigned omitted = 0;
     unsigned spread = 0; // literals that columns have to be made of
@@ -44,15 +45,6 @@ struct fit {
 bool takes_keyword(const argument_fact& fact, std::optional<std::int32_t> keyword) {
     return keyword.has_value() == (fact.keywords.role != bifun::keyword_role::none) &&
            (fact.fields == 0 || bifun::contains(fact.fields, *keyword));
-}
-
-// Whether members that take as many arguments take other kinds of datetimes in this place, so that the kind tells which one is meant.
-bool kinds_tell(const entry_point& member, std::size_t position) {
-    return std::ranges::any_of(bifun::entry_points, [&](const entry_point& other) {
-        return other.builtin == member.builtin && other.argument_count == member.argument_count &&
-               other.arguments()[position].type == value_type::DATETIME &&
-               fact_of(other, position).kinds != fact_of(member, position).kinds;
-    });
 }
 
 std::optional<fit> fit_of(const entry_point& member, std::span<const offered_argument> offered) {
@@ -67,10 +59,12 @@ std::optional<fit> fit_of(const entry_point& member, std::span<const offered_arg
         const std::optional<unsigned> steps = widening(offered[i], type);
         // NULL may have any field: those with a date, a time and a zone.
         const sql_type given = offered[i].type == sql_type::null ? sql_type::timestamp_with_zone : offered[i].type;
-        const bool is_kind = type != value_type::DATETIME || overlap(fact.kinds, kind_of(given)) || !(by_field || kinds_tell(member, i));
-        if (!steps || !is_kind || !takes_keyword(fact, offered[i].keyword) || (kind == argument_kind::constant && !offered[i].is_literal)) {
+        const bool is_kind = type != value_type::DATETIME || overlap(fact.kinds, kind_of(given));
+        if (!steps || (by_field && !is_kind) || !takes_keyword(fact, offered[i].keyword) ||
+            (kind == argument_kind::constant && !offered[i].is_literal)) {
             return std::nullopt;
         }
+        found.other_kinds += is_kind ? 0 : 1;
         found.widening += *steps;
         found.spread += offered[i].is_literal && kind == argument_kind::column ? 1 : 0;
     }

@@ -64,7 +64,10 @@ struct period {
 // What the rows hold by zqtime_overlaps_dt_low; 0 where start 1 is missing. Returns false where zones or long times keep the moments from
 // being compared so, and then the results have no meaning. Without `with_missing` no value is missing.
 template <bool with_missing> bool overlaps_of_block(std::int32_t* __restrict results, std::uint32_t count, const period_rows& rows) {
-    const auto [start_1, end_1, start_2, end_2] = rows;
+    const datetime_rows start_1 = rows.start_1;
+    const datetime_rows end_1 = rows.end_1;
+    const datetime_rows start_2 = rows.start_2;
+    const datetime_rows end_2 = rows.end_2;
     std::uint32_t zones = 0; // the bits in which those of a row differ
     std::int32_t times = 0;
     for (std::uint32_t k = 0; k < count; ++k) {

@@ -77,15 +77,16 @@ constexpr std::uint32_t date_in_october_1582(std::uint32_t day) {
     return datetime_arithmetic::pack_date(calendar::date_of_julian_day(number));
 }
 
-// Sunday. Day 0 is a Monday: its Sunday lies before the first year.
+// Sunday. The first year begins on a Monday, whose Sunday lies before it.
 inline void trunc_to_week_packed(const zqtime& value, zqtime& result) {
     const std::int32_t number = datetime_arithmetic::day_number_of_date(datetime_layout::load_date(value));
     const auto weekday = static_cast<std::int32_t>(calendar::weekday_of_julian_day(number));
     store_day(value, date_of_day_number(number - weekday), result);
 }
 inline status check_trunc_to_week_packed(const zqtime& value) {
+    constexpr std::int32_t first_sunday = 6;
     const std::int32_t number = datetime_arithmetic::day_number_of_date(datetime_layout::load_date(value));
-    return number == 0 ? BIFUN_INVALID_DATETIME : BIFUN_OK;
+    return number < first_sunday ? BIFUN_INVALID_DATETIME : BIFUN_OK;
 }
 
 inline void trunc_to_iso_week_packed(const zqtime& value, zqtime& result) {

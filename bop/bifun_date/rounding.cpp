@@ -158,7 +158,9 @@ status round_rows(batch_of<DATETIME> batch, column_of<DATETIME> value, constant_
     if (unit == unit::none) {
         return fail_batch(batch, BIFUN_INVALID_DATE_FORMAT);
     }
-    return with_datetimes([&]<class Datetimes>(Datetimes) { return set_rows<ifun_round_dt_low<Datetimes>>(batch, value, fixed(unit)); });
+    return with_datetimes([&]<class Datetimes>(Datetimes) {
+        return set_rows<ifun_round_dt_low<Datetimes>>(batch, value, constant_argument{unit, true});
+    });
 }
 
 // ---- texts ---------------------------------------------------------------------------------------------------------------------------

@@ -148,7 +148,12 @@ status trunc_rows(batch_of<DATETIME> batch, column_of<DATETIME> value, constant_
     if (unit == unit::none) {
         return fail_batch(batch, BIFUN_INVALID_DATE_FORMAT);
     }
-    return datetimes_are_packed() ? trunc_packed_rows(batch, value, unit) : set_rows<ifun_trunc_dt_low>(batch, value, fixed(unit));
+    if (!datetimes_are_packed()) {
+        return set_rows<ifun_trunc_dt_low>(batch, value, constant_argument{unit, true});
+    }
+    const status outcome = trunc_packed_rows(batch, value, unit);
+    batch.result->no_nulls = batch.result->no_nulls != 0 ? 1 : 0; // the unit is an argument as well
+    return outcome;
 }
 
 // ---- texts -------------------------------------------------------------------------------------------------------------------------

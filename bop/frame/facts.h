@@ -78,6 +78,7 @@ struct argument_fact {
     bool adds_time = false;           // a DATE gets a time of day from it: from a field of the time, or from a fraction
     field_set fields = 0;             // the fields for which a call is bound to this entry point, where others take the rest
     keyword_list keywords = {};       // that people write in place of its values
+    std::string_view words = {};      // the texts that a call may have here, in any case, with blanks between
     std::string_view if_omitted = {}; // what stands for this last argument where a call leaves it out
     date_format format = date_format::none;
 
@@ -114,6 +115,7 @@ struct spelling {
     std::string_view names = {};  // further names, in upper case with blanks between
     std::string_view syntax = {}; // its own syntax, `$1` for the first argument
     parsed_call parsed[6] = {};   // where that has another name or other arguments; the last counts for which a call has enough
+    bool takes_more = false;      // people may give more arguments than two: the result of two goes with the next
 };
 
 // Some types, as bits: all of them, or one.

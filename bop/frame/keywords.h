@@ -51,17 +51,9 @@ constexpr const keyword* find_keyword(const keyword_list& list, std::string_view
 }
 
 inline constexpr keyword datepart_words[] = {
-    {ZQTIME_YEAR, "YEAR YYYY YY"},
-    {ZQTIME_QUARTER, "QUARTER QQ Q"},
-    {ZQTIME_MONTH, "MONTH MM M"},
-    {ZQTIME_WEEK, "WEEK WK WW"},
-    {ZQTIME_DAY, "DAY DD D"},
-    {ZQTIME_DAY_OF_YEAR, "DAYOFYEAR DY Y"},
-    {ZQTIME_WEEKDAY, "WEEKDAY DW"},
-    {ZQTIME_HOUR, "HOUR HH"},
-    {ZQTIME_MINUTE, "MINUTE MI N"},
-    {ZQTIME_SECOND, "SECOND SS S"},
-    {ZQTIME_SUBSECOND, "MILLISECOND MS"},
+    {ZQTIME_YEAR, "YEAR YYYY YY"},  {ZQTIME_QUARTER, "QUARTER QQ Q"},       {ZQTIME_MONTH, "MONTH MM M"},   {ZQTIME_WEEK, "WEEK WK WW"},
+    {ZQTIME_DAY, "DAY DD D"},       {ZQTIME_DAY_OF_YEAR, "DAYOFYEAR DY Y"}, {ZQTIME_HOUR, "HOUR HH"},       {ZQTIME_MINUTE, "MINUTE MI N"},
+    {ZQTIME_SECOND, "SECOND SS S"}, {ZQTIME_SUBSECOND, "MILLISECOND MS"},   {ZQTIME_WEEKDAY, "WEEKDAY DW"},
 };
 inline constexpr keyword extract_words[] = {
     {ZQTIME_YEAR, "YEAR"},
@@ -77,6 +69,7 @@ inline constexpr keyword extract_words[] = {
 inline constexpr keyword trim_words[] = {{0, "BOTH"}, {579, "LEADING"}, {580, "TRAILING"}};
 
 inline constexpr keyword_list datepart_fields{keyword_role::field, datepart_words};
+inline constexpr keyword_list bigdatediff_fields{keyword_role::field, std::span(datepart_words).first(std::size(datepart_words) - 1)};
 inline constexpr keyword_list extract_fields{keyword_role::field, extract_words};
 inline constexpr keyword_list trim_modes{keyword_role::mode, trim_words};
 

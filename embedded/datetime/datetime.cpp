@@ -16,15 +16,22 @@ bool is_zone(std::int32_t zone) { return zone == ZQTIME_NO_ZONE || (zone >= -max
 
 std::uint32_t component(std::int32_t number) { return static_cast<std::uint32_t>(number); }
 
-// Gives a value with one part changed, which is stored where it is in its range and the date exists.
+// Gives a value another part, where that is in its range.
 template <class Part> std::int32_t set_part(zqtime* value, Part datetime_parts::*part, Part number, bool in_range) {
     datetime_parts parts = unpack_datetime(load_datetime(*value));
     parts.*part = number;
-    if (!in_range || !date_exists(parts.year, parts.month, parts.day)) {
+    if (!in_range) {
         return BIFUN_ARGUMENT_OUT_OF_DOMAIN;
     }
     store_datetime(*value, pack_datetime(parts));
     return BIFUN_OK;
+}
+
+// The same of a part of the date, where that exists then.
+template <class Part> std::int32_t set_date_part(zqtime* value, Part datetime_parts::*part, Part number) {
+    datetime_parts parts = unpack_datetime(load_datetime(*value));
+    parts.*part = number;
+    return set_part(value, part, number, date_exists(parts.year, parts.month, parts.day));
 }
 
 } // namespace
@@ -89,11 +96,11 @@ int32_t zqtime_get_zone_hour(const zqtime* value) { return packed_datetimes::zon
 
 int32_t zqtime_get_zone_min(const zqtime* value) { return packed_datetimes::zone_minute(*value); }
 
-int32_t zqtime_set_year(zqtime* value, int32_t year) { return set_part(value, &datetime_parts::year, year, true); }
+int32_t zqtime_set_year(zqtime* value, int32_t year) { return set_date_part(value, &datetime_parts::year, year); }
 
-int32_t zqtime_set_month(zqtime* value, uint32_t month) { return set_part(value, &datetime_parts::month, month, true); }
+int32_t zqtime_set_month(zqtime* value, uint32_t month) { return set_date_part(value, &datetime_parts::month, month); }
 
-int32_t zqtime_set_day(zqtime* value, uint32_t day) { return set_part(value, &datetime_parts::day, day, true); }
+int32_t zqtime_set_day(zqtime* value, uint32_t day) { return set_date_part(value, &datetime_parts::day, day); }
 
 int32_t zqtime_set_hour(zqtime* value, uint32_t hour) { return set_part(value, &datetime_parts::hour, hour, hour <= 23); }
 

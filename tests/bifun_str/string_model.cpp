@@ -382,7 +382,8 @@ std::string shown(const contract::outcome& outcome, std::uint32_t row) {
 std::vector<const bifun::entry_point*> string_functions() {
     std::vector<const bifun::entry_point*> found;
     for (const bifun::entry_point& entry : bifun::entry_points) {
-        if (std::string_view(entry.symbol).ends_with("_str")) {
+        // ROUND of a text is about numbers and dates.
+        if (std::string_view(entry.symbol).ends_with("_str") && entry.builtin != "ROUND") {
             found.push_back(&entry);
         }
     }

@@ -72,6 +72,17 @@ i32 move_day_of_moment(const zqtime* value, i64* days, i32 status) {
     return status_of(status);
 }
 
+// Noon of the day: calls that are compared are not made at the same moment.
+i32 stop_clock(zqtime* now, i32 status) {
+    if (status == 0) {
+        EXPECT_GE(zqtime_set_hour(now, 12), 0);
+        EXPECT_GE(zqtime_set_min(now, 0), 0);
+        EXPECT_GE(zqtime_set_sec(now, 0), 0);
+        EXPECT_GE(zqtime_set_msec(now, 0), 0);
+    }
+    return status_of(status);
+}
+
 } // namespace
 
 #define EMBEDDED(name) reinterpret_cast<decltype(&(name))>(dlsym(RTLD_NEXT, #name))
@@ -127,6 +138,7 @@ STATUS(xdec_div_get_quotient_int_by_16, (const xdec* a, xdec* quotient, i32* rem
 // ---- numbers and text ----
 
 STATUS(ntype_is_double_overflow, (double value), value)
+STATUS(str2int64, (const u8* text, u32 length, i64* r), text, length, r)
 TEXT_STATUS(utl_digit_from_char, (const u8* text, u32 length, double* r), text, length, r)
 STATUS(zq_dou2char, (double value, char* buffer, u32 size, u32* length), value, buffer, size, length)
 STATUS(xdec_to_char_with_zero, (const xdec* a, char* buffer, u32 size, i32 x, i32 y, u32* length), a, buffer, size, x, y, length)
@@ -145,7 +157,15 @@ STATUS(zqtime_set_min, (zqtime * a, u32 minute), a, minute)
 STATUS(zqtime_set_sec, (zqtime * a, u32 second), a, second)
 STATUS(zqtime_set_msec, (zqtime * a, u32 fraction), a, fraction)
 STATUS(zqtime_set_tz, (zqtime * a, i32 zone), a, zone)
-STATUS(zqtime_tz_now, (i32 precision, i32 zone, zqtime* r), precision, zone, r)
+OPERATION(i32, zqtime_tz_now, (i32 precision, i32 zone, zqtime* r), stop_clock(r, embedded(precision, zone, r)))
+STATUS(zqtime_encode_without_check, (zqtime * r, i32 year, u32 month, u32 day, u32 hour, u32 minute, u32 second, u32 fraction, i32 zone), r,
+       year, month, day, hour, minute, second, fraction, zone)
+STATUS(zqtime_set_hour_without_check, (zqtime * a, u32 hour), a, hour)
+STATUS(zqtime_date_validate, (i32 year, u32 month, u32 day), year, month, day)
+STATUS(zqtime_get_date_by_ndays_from_zero, (i64 number, i32* year, u32* month, u32* day), number, year, month, day)
+STATUS(zqtime_from_unix_time, (const environment* e, i64 seconds, zqtime* r), e, seconds, r)
+STATUS(zqtime_unix_timestamp, (i32 zone, const zqtime* a, i64* seconds), zone, a, seconds)
+STATUS(zqtime_unix_timestamp_low, (const zqtime* a, i64* seconds), a, seconds)
 OPERATION(i32, zqtime_to_days, (const zqtime* a, i64* days), move_day_of_moment(a, days, embedded(a, days)))
 STATUS(zqtime_add_by_fmt, (const zqtime* a, i32 field, i64 amount, zqtime* r), a, field, amount, r)
 STATUS(zqtime_date_add_number, (const zqtime* a, double days, zqtime* r), a, days, r)
@@ -153,6 +173,8 @@ STATUS(zqtime_date_add_iv_ym, (const zqtime* a, i32 months, zqtime* r), a, month
 STATUS(zqtime_parse_datediff, (i32 field, const zqtime* a, const zqtime* b, i32* r), field, a, b, r)
 TEXT_STATUS(zqtime_from_char_ex, (const u8* text, u32 length, zqtime* r), text, length, r)
 STATUS(datetime_add_interval_ym, (const zqtime* a, const bifun_interval_ym* b, zqtime* r), a, b, r)
+STATUS(datetime_add_interval_dt, (const zqtime* a, const bifun_interval_dt* b, zqtime* r), a, b, r)
+STATUS(datetime_sub_interval_dt, (const zqtime* a, const bifun_interval_dt* b, zqtime* r), a, b, r)
 STATUS(datetime_sub_interval_ym, (const zqtime* a, const bifun_interval_ym* b, zqtime* r), a, b, r)
 STATUS(xdec_to_ivym, (const xdec* a, const u8* unit, u32 length, bifun_interval_ym* r), a, unit, length, r)
 STATUS(xdec_to_ivdt, (const xdec* a, const u8* unit, u32 length, bifun_interval_dt* r), a, unit, length, r)

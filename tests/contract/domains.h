@@ -112,7 +112,8 @@ inline constexpr failing_calls_of failures[] = {
     {"bchar_to_date_avv_date", "2024 YYYY x", ZQ_INVALID_NLS_PARAMETERS, failing_row::null, 2},
     {"bchar_to_date_avv_date", "2024 YYYY ''", BIFUN_INVALID_NLS_PARAMETER, failing_row::null, 2},
     // Not digits, or a number beyond DOUBLE.
-    {"TRUNC", "12a 0 ; 1.2.3 -5 ; 9*319 1", domain_error, failing_row::null, in_no_position, value_type::VARCHAR},
+    {"btrunc_va_s_math btrunc_av_li_math btrunc_aa_math", "12a 0 ; 1.2.3 -5 ; 9*319 1", domain_error, failing_row::null, in_no_position,
+     value_type::VARCHAR},
     {"TRIM", "0 abc xy ; 579 abc x_ ; 580 _ __", BIFUN_TRIM_SET_NOT_ONE_CHARACTER, failing_row::null, 2},
     {"btrim_vav_str", "0 abc ''", BIFUN_TRIM_SET_NOT_ONE_CHARACTER, failing_row::null, 2},
     {"SUBSTR", "abc 1 -1", BIFUN_NEGATIVE_SUBSTRING_LENGTH, failing_row::null, in_no_position, {}, 1},
@@ -148,6 +149,23 @@ inline constexpr failing_calls_of failures[] = {
     {"NUMTOYMINTERVAL", "3000000000 YEAR", overflow},
     {"NUMTODSINTERVAL", "1 MONTH", domain_error},
     {"NUMTODSINTERVAL", "-3000000000 DAY", overflow},
+    {"btrunc_date_av_date btrunc_time_av_date btrunc_datetime_av_date bround_date_av_date bround_time_av_date bround_datetime_av_date",
+     "2024-02-29 x ; 2024-02-29 '' ; 2024-02-29 ~Y ; 2024-02-29 MONTHS", BIFUN_INVALID_DATE_FORMAT, failing_row::null, 1},
+    {"btrunc_dt_str_av_date bround_dt_str_av_date", "2024-02-29 x ; 2024-02-29 '' ; 2024-02-29 1.5 ; 2024-02-29 9223372036854775808",
+     BIFUN_INVALID_DATE_FORMAT, failing_row::null, 1},
+    // The Sunday before the first day, and what lies behind the last.
+    {"btrunc_date_av_date btrunc_time_av_date btrunc_datetime_av_date btrunc_dt_str_av_date", "-4712-01-06 D", not_a_datetime},
+    {"bround_date_av_date bround_time_av_date bround_datetime_av_date bround_dt_str_av_date", "9999-12-31 D", not_a_datetime},
+    {"bround_date_av_date bround_time_av_date bround_datetime_av_date bround_dt_str_av_date",
+     "9999-07-01 YYYY ; 9999-11-16 Q ; 9999-12-16 MM ; 9950-01-01 CC ; 9999-12-31T12:00 DD", domain_error},
+    {"bround_day_a_date bround_a_str", "9999-12-31T12:00", domain_error},
+    {"TO_DATETIME", "2024 0 1 0 0 ; 2024 13 1 0 0 ; 10000 1 1 0 0 ; 2024 -2147483648 1 0 0", domain_error},
+    {"TO_DATETIME", "0 1 1 0 0 ; 1 1 0 0 0 ; 1 1 1 0 -1", BIFUN_YEAR_ZERO},
+    {"TO_DATETIME", "9999 12 31 24 0 ; -4712 1 1 0 -1 ; 2024 1 2147483647 2147483647 2147483647", not_a_datetime},
+    {"boverlaps_ivym_aaaa_date boverlaps_ivym_avaa_ym_date boverlaps_ivym_avvv_ymtsym_date",
+     "9999-12-31 0/1 2024-01-01 0/1 ; 2024-01-01 0/0 -4712-01-01 0/-1", not_a_datetime},
+    {"boverlaps_ivdt_aaaa_date boverlaps_ivdt_aavv_dtts_date boverlaps_ivdt_avva_tsdt_date",
+     "9999-12-31 1/0/0/0/0 2024-01-01 0/0/0/0/0 ; 2024-01-01 0/0/0/0/0 -4712-01-01 0/0/0/0/-1", not_a_datetime},
 };
 
 // Every call of these.

@@ -110,6 +110,70 @@ TEST(DateCalls, Differences) {
     });
 }
 
+// A time shows no date, and goes round the clock.
+TEST(DateCalls, TimesHaveNoDate) {
+    expect_shown({
+        {"DATEADD(HOUR, 2, TIME '23:00') = TIME '01:00' ; DATEADD(HOUR, 2, TIME '23:00') IN (TIME '01:00')", "true, true"},
+        {"DATEDIFF(MINUTE, DATEADD(HOUR, 2, TIME '23:00'), TIME '01:30') ; GREATEST(DATEADD(HOUR, 2, TIME '23:00'), TIME '02:00')",
+         R"(30, "02:00:00")"},
+        {"DATEADD(HOUR, 1000000000000, TIME '23:00') ; DATEADD(MINUTE, -1, '00:00') ; DATEADD(MS, -9223372036854775808, TIME '00:00')",
+         R"("15:00:00", "23:59:00", "16:47:04.192")"},
+        {"DATEADD(SECOND, ABS(-86401), TIME '23:59:59') ; DATEADD(HOUR, -25, TIME '00:30+02')", R"("00:00:00", "23:30:00+02:00")"},
+        {"ROUND(TIME '23:45', 'HH') = TIME '00:00' ; TRUNC(TIME '13:45:06', 'MI') ; TRUNC(TIME '13:45', 'CC') = TIME '00:00'",
+         R"(true, "13:45:00", true)"},
+    });
+    expect_answer("t,n\n23:00,2\n12:00,9000000000\n,\n", "SELECT DATEADD(HOUR, n, t) a FROM t", "a\n01:00:00\n12:00:00\n\n");
+}
+
+TEST(DateCalls, TruncAndRound) {
+    expect_shown({
+        {"TRUNC(DATE '2024-02-29', 'MM') ; TRUNC(TIMESTAMP '2024-02-29 13:45', 'hh') ; TRUNC(TIMESTAMP '2024-02-29 13:45')",
+         R"("2024-02-01", "2024-02-29 13:00:00", "2024-02-29 00:00:00")"},
+        {"ROUND(DATE '2024-05-16', 'Q') ; ROUND(TIMESTAMP '2024-02-29 12:00') ; TRUNC(TIMESTAMP '2024-02-29 13:45+02', 'YEAR')",
+         R"("2024-07-01", "2024-03-01 00:00:00", "2024-01-01 00:00:00+02:00")"},
+        {"TRUNC('2024-02-29 10:00') ; TRUNC('2024-02-29 10:00', 'IW') ; TRUNC('129.99', '-1') ; ROUND('129.95', '1') ; ROUND('0.5')",
+         R"("2024-02-29 00:00:00", "2024-02-26 00:00:00", "120", "130.0", "1")"},
+        {"TRUNC('soon') ; TRUNC(NULL, 'MM') ; TRUNC(DATE '2024-02-29', NULL) ; TRUNC(7.89, 1)", "null, null, null, 7.8"},
+        {"TRUNC(DATE '2024-02-29', 'MONTHS')", "33, near 'MONTHS': TRUNC has no unit 'MONTHS'; there are CC, SCC, YEAR, ..."},
+        {"ROUND(DATE '9999-12-31', 'MM')", "ROUND: -6803 an argument is outside the function's domain in row 1"},
+    });
+}
+
+TEST(DateCalls, Numbers) {
+    expect_shown({
+        {"TO_DATETIME(2024, 1, 31, 25, 0) ; TO_DATETIME(2024, 3, 0, 0, -1)", R"("2024-02-01 01:00:00", "2024-02-28 23:59:00")"},
+        {"TO_DATETIME(1, 1, 0, 0, 0)", "TO_DATETIME: -6132 the resulting year is 0 in row 1"},
+        {"FROM_UNIXTIME(1709210096) ; FROM_UNIXTIME(-1) ; FROM_UNIXTIME(2147483648)", R"("2024-02-29 12:34:56", null, null)"},
+        {"FROM_UNIXTIME(1709210096) ; UNIX_TIMESTAMP(TIMESTAMP '2024-02-29 20:34:56') ; UNIX_TIMESTAMP('2024-02-29 20:34:56')",
+         R"("2024-02-29 20:34:56", 1709210096, 1709210096)",
+         {"--set", "time_zone=+08:00"}},
+        {"SEC_TO_TIME(-3661) ; SEC_TO_TIME(2147483647) ; TIME_TO_SEC(SEC_TO_TIME(360000)) ; TIME_TO_SEC(TIME '01:01:01')",
+         R"("01:01:01", "596523:14:07", 360000, 3661)"},
+        {"NUMTODSINTERVAL(1, 'MONTH')", "27, near 'MONTH': NUMTODSINTERVAL has no unit 'MONTH'; there are DAY, HOUR, MINUTE, SECOND"},
+        {"BIGDATEDIFF(DW, DATE '2024-02-29', DATE '2024-03-01')", "20, near DW: BIGDATEDIFF has no field DW; ..."},
+    });
+}
+
+TEST(DateCalls, PeriodsAndExtremes) {
+    expect_shown({
+        {"(DATE '2024-01-01', DATE '2024-01-05') OVERLAPS (DATE '2024-01-09', TIMESTAMP '2024-01-05 00:00')", "true"},
+        {"(DATE '2024-01-01', INTERVAL '4' DAY) OVERLAPS ('2024-01-06', INTERVAL '1' DAY)", "false"},
+        {"(DATE '2024-01-31', INTERVAL '1' MONTH) OVERLAPS (DATE '2024-02-29', INTERVAL '0' MONTH)", "true"},
+        {"(DATE '2024-01-01', NULL) OVERLAPS (DATE '2024-01-01', DATE '2024-01-03')", "true"},
+        {"(TIME '10:00', TIME '11:00') OVERLAPS (TIME '11:00', TIME '12:00')", "true"},
+        {"(DATE '2024-01-01', DATE '2024-01-05') OVERLAPS (DATE '2024-01-09', INTERVAL '1' DAY)",
+         "47, near OVERLAPS: OVERLAPS does not take (DATE, DATE, DATE, INTERVAL DAY TO SECOND); it takes ..."},
+        {"GREATEST(DATE '2024-02-29', TIMESTAMP '2024-02-29 01:00') ; LEAST(DATE '2024-02-29', '2023-01-01', DATE '2025-01-01')",
+         R"("2024-02-29 01:00:00", "2023-01-01")"},
+        {"GREATEST(INTERVAL '1' DAY, INTERVAL '25' HOUR, INTERVAL '90' MINUTE) ; LEAST(INTERVAL '1' YEAR, INTERVAL '11' MONTH) ; "
+         "LEAST(3, 1.5, 2)",
+         R"("1 01:00:00", "0-11", 1.5)"},
+    });
+    expect_answer("a,b\n2024-01-01,2024-01-05\n2024-03-01,\n,2024-01-01\n",
+                  "SELECT (a, b) OVERLAPS (DATE '2024-01-05', DATE '2024-02-01') FROM t",
+                  "\"(a, b) OVERLAPS (DATE '2024-01-05', DATE '2024-02-01')\"\ntrue\nfalse\n\n");
+}
+
 const std::string shifts = "day,clock,moment,zoned,span,pause\n"
                            "2024-01-31,23:30,2024-01-31 23:30:00.5,2024-01-31 23:30+02:00,1-02,0 08:30:00\n"
                            "1582-10-04,00:00,1582-10-04 00:00,1999-12-31 22:30:00+01:00,-0-11,-1 00:00:00.25\n"
