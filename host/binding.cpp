@@ -6,6 +6,7 @@
 #include <set>
 
 #include "host/call_spelling.h"
+#include "host/date_formats.h"
 #include "host/datetime_call.h"
 #include "host/member_choice.h"
 #include "host/near_names.h"
@@ -280,6 +281,41 @@ const bifun::entry_point& find_member(binder& state, const expression& tree, std
     return *member;
 }
 
+// The literal that is a date format, in the database character set; nothing where the argument is none, or NULL or empty.
+std::optional<std::string> date_format_of(const binder& state, const bifun::entry_point& member, const std::vector<operand>& arguments,
+                                          std::size_t position) {
+    if (position >= arguments.size() || fact_of(member, position).format == bifun::date_format::none ||
+        arguments[position].literal == nullptr || arguments[position].type == sql_type::null || arguments[position].literal->text.empty()) {
+        return std::nullopt;
+    }
+    return from_utf8(*state.settings.text_charset, arguments[position].literal->text);
+}
+
+void check_date_formats(const binder& state, const bifun::entry_point& member, const std::vector<operand>& arguments) {
+    for (std::size_t i = 0; i < arguments.size(); ++i) {
+        const std::optional<std::string> format = date_format_of(state, member, arguments, i);
+        const std::optional<std::string> fault = format ? find_format_fault(fact_of(member, i).format, *format) : std::nullopt;
+        if (fault) {
+            fail_at(state.sql, arguments[i].offset, *fault);
+        }
+        const sql_type written = arguments[0].type;
+        const bool is_time = is_datetime(written) && !has_date(written);
+        const std::optional<std::string> of_date = format && is_time ? find_date_element(fact_of(member, i).format, *format) : std::nullopt;
+        if (of_date) {
+            fail_at(state.sql, arguments[i].offset,
+                    fmt::format("{} has no date, and the date format has {}", sql_type_name(written), *of_date));
+        }
+    }
+}
+
+// A date that text is read into has a time of day where its format has one, or the session lets it.
+sql_type type_of_read_date(const binder& state, const bifun::entry_point& member, const std::vector<operand>& arguments) {
+    constexpr std::size_t format_position = 1;
+    const std::optional<std::string> format = date_format_of(state, member, arguments, format_position);
+    const bool has_time = member.argument_count > format_position ? format && reads_time(*format) : state.settings.dates_keep_time;
+    return has_time ? sql_type::timestamp : sql_type::date;
+}
+
 // A text that has to be one of some words.
 void check_word(const binder& state, const bifun::entry_point& member, std::size_t position, const operand& argument) {
     const std::string_view words = fact_of(member, position).words;
@@ -347,7 +383,11 @@ operand add_call(binder& state, const expression& tree, std::string_view builtin
     for (std::size_t i = 0; i < arguments.size(); ++i) {
         check_word(state, member, i, arguments[i]);
     }
+    check_date_formats(state, member, arguments);
     step call{.kind = step_kind::call, .type = result_type(state, member, arguments), .operands = {}};
+    if (builtin == "TO_DATE") {
+        call.type = type_of_read_date(state, member, arguments);
+    }
     call.entry = &member;
     call.function = state.library.find(member.symbol);
     const sql_type type = call.type;

@@ -4,12 +4,15 @@
 #include <array>
 #include <memory>
 
+#include "bop/frame/arguments.h"
 #include "bop/frame/status.h"
 #include "embedded/format/number_format.h"
 #include "embedded/session/environment.h"
 #include "engine/datetime.h"
 #include "engine/decimal.h"
 #include "engine/memory.h"
+#include "engine/session.h"
+#include "host/date_formats.h"
 #include "host/program_error.h"
 
 namespace host {
@@ -112,6 +115,35 @@ std::uint64_t row_in_file(const execution& run, std::uint32_t batch_row) {
     return run.rows_before + (run.selected ? run.selection[batch_row] : batch_row) + 1;
 }
 
+// Why the text of a row cannot be read as a date; empty where the call does not read text under a format or as a date.
+std::string explain_unread_text(execution& run, const step& call, const std::array<const bifun_column*, bifun::most_arguments>& row) {
+    const bifun::entry_point& entry = *call.entry;
+    if (entry.result != value_type::DATETIME || row[0] == nullptr || entry.arguments()[0].type != value_type::VARCHAR) {
+        return "";
+    }
+    const auto& text = static_cast<const bifun_string*>(row[0]->data->values)[*row[0]->selection];
+    const std::string_view characters(reinterpret_cast<const char*>(text.data), text.length);
+    dfm_model parsed;
+    const dfm_model* model = entry.builtin == "TO_DATE"        ? sess4_get_date_format(&run.environment)
+                             : entry.builtin == "TO_TIMESTAMP" ? sess4_get_datetime_format(&run.environment)
+                             : entry.builtin == "TO_DT_TZ"     ? sess4_get_datetimetz_format(&run.environment)
+                                                               : nullptr;
+    if (entry.argument_count > 1) {
+        const constant& format = run.query.steps[call.operands[1]].value;
+        const bifun_string given = bifun::string_of(format.as_string, 0);
+        (void)parse_date_fmt_with_len(&run.environment, given.data, given.length, 1, &parsed);
+        if (entry.argument_count > 2) {
+            const bifun_string nls = bifun::string_of(run.query.steps[call.operands[2]].value.as_string, 0);
+            std::int32_t language = run.environment.language;
+            (void)to_char_nls_parse(nls.data, nls.length, &language);
+            (void)dfm_set_lang(&parsed, language);
+        }
+        model = &parsed;
+    }
+    return model != nullptr ? explain_mismatch(*model, characters)
+                            : fmt::format("\"{}\" is none; {}", characters, explain_default_mismatch());
+}
+
 // A failed call says what went wrong but not where. Calling again with no rows tells a bad constant; calling again row by row, each
 // alone through a selection vector of one entry, tells the row.
 [[noreturn]] void fail_in_call(execution& run, step& call, const std::array<const bifun_column*, bifun::most_arguments>& columns,
@@ -135,13 +167,14 @@ std::uint64_t row_in_file(const execution& run, std::uint32_t batch_row) {
         }
         const std::int32_t row_status = call_entry(run, call, shown, 1);
         if (row_status != 0) {
-            fail("{} in row {}", message(row_status), row_in_file(run, row));
+            const std::string reason = row_status == BIFUN_INVALID_DATETIME ? explain_unread_text(run, call, shown) : "";
+            fail("{} in row {}{}{}", message(row_status), row_in_file(run, row), reason.empty() ? "" : ": ", reason);
         }
     }
     throw program_error(message(status)); // memory ran out for the batch as a whole
 }
 
-// A call may have moved the date of a time, which nobody sees, and dropped a zone.
+// A call may have moved the date of a time or read a time of day into a date, which nobody sees, and dropped a zone.
 void complete_datetimes(const execution& run, step& call, std::uint32_t row_count) {
     constexpr std::int32_t year_of_times = 1900;
     const bifun_column& column = call.result->column;
@@ -149,6 +182,12 @@ void complete_datetimes(const execution& run, step& call, std::uint32_t row_coun
     for (std::uint32_t k = 0; k < row_count; ++k) {
         if (column.data->null_flags[k] == 0) {
             continue;
+        }
+        if (call.type == sql_type::date) {
+            (void)zqtime_set_hour(&values[k], 0);
+            (void)zqtime_set_min(&values[k], 0);
+            (void)zqtime_set_sec(&values[k], 0);
+            (void)zqtime_set_msec(&values[k], 0);
         }
         if (!has_date(call.type)) {
             (void)zqtime_set_day(&values[k], 1);
@@ -175,7 +214,7 @@ void evaluate_call(execution& run, step& call, std::uint32_t row_count) {
     if (call.type == sql_type::boolean) {
         normalise_condition(call.result->column, row_count);
     }
-    if (is_datetime(call.type) && (!has_date(call.type) || has_zone(call.type))) {
+    if (is_datetime(call.type) && call.type != sql_type::timestamp) {
         complete_datetimes(run, call, row_count);
     }
 }
@@ -361,7 +400,7 @@ void run_plan(plan& query, std::uint32_t batch_rows, const session_settings& set
     const string_rules rules{.fold_case = settings.library.case_sensitive == 0,
                              .two_byte_trailers = settings.text_charset->code == ZQ_CHARSET_GB18030};
     execution run{.query = query, .rules = rules, .environment = {}, .selection = {}};
-    run.environment.time_zone = settings.time_zone();
+    set_up_environment(settings, run.environment);
     constexpr std::uint32_t scratch_size = 64 * 1024;
     run.memory.reset(rt_memobj_create_ex(&run.environment, 0, scratch_size, __FILE__, __LINE__));
     if (run.memory == nullptr) {

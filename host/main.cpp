@@ -188,7 +188,10 @@ int run(int argument_count, char** arguments) {
            "strings for NULL), charset=utf-8|gb18030|euc-kr (of files and of "
            "CSV output), "
            "case_sensitive=0|1 (0: comparisons and searches fold case), time_zone=+08:00 (of zoned values that name no zone, and of "
-           "the current date), param.650=480 (the zone of the current date alone, in minutes)")
+           "the current date), date_format, time_format, datetime_format, time_tz_format, datetime_tz_format (format models of TO_CHAR, "
+           "TO_DATE and their kin where a call gives none), date_language=ENGLISH|CHINESE (of names in dates), oracle_date=0|1 (1: "
+           "TO_DATE without a format may read a time of day), param.650=480 (the zone of the current date alone, in minutes), "
+           "param.529=1 (TO_CHAR without a format shows fractions)")
         ->type_name("NAME=VALUE")
         ->allow_extra_args(false);
     app.add_option("--batch-rows", options.batch_rows, "rows evaluated at a time, 1 to 65536")

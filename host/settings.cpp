@@ -8,6 +8,7 @@
 #include "embedded/session/parameters.h"
 #include "engine/datetime.h"
 #include "engine/session.h"
+#include "host/date_formats.h"
 #include "host/field_value.h"
 #include "host/near_names.h"
 #include "host/program_error.h"
@@ -26,6 +27,13 @@ bool read_digit(const std::string& text, char least, char most, std::uint32_t& n
     number = text.empty() ? 0 : static_cast<std::uint32_t>(text[0] - '0');
     return text.size() == 1 && text[0] >= least && text[0] <= most;
 }
+
+template <zqengine::session_format which> bool assign_format(session_settings& settings, const std::string& value) {
+    settings.date_formats[static_cast<std::size_t>(which)] = value;
+    return true; // begin_session tells, when the character set is known
+}
+
+constexpr std::string_view format_names[] = {"date_format", "time_format", "datetime_format", "time_tz_format", "datetime_tz_format"};
 
 const std::vector<setting>& all_settings() {
     static const std::vector<setting> settings = {
@@ -47,6 +55,24 @@ const std::vector<setting>& all_settings() {
              s.given_zone = read ? zqtime_get_tz(&midnight) : 0;
              return read;
          }},
+        {"date_language", "ENGLISH, CHINESE",
+         [](session_settings& s, const std::string& value) {
+             const std::string nls = "NLS_DATE_LANGUAGE=" + value;
+             return to_char_nls_parse(reinterpret_cast<const std::uint8_t*>(nls.data()), static_cast<std::uint32_t>(nls.size()),
+                                      &s.language) == 0;
+         }},
+        {"oracle_date", "0, 1",
+         [](session_settings& s, const std::string& value) {
+             std::uint32_t keep = 0;
+             const bool read = read_digit(value, '0', '1', keep);
+             s.dates_keep_time = keep != 0;
+             return read;
+         }},
+        {format_names[0], "", assign_format<zqengine::session_format::date>},
+        {format_names[1], "", assign_format<zqengine::session_format::time>},
+        {format_names[2], "", assign_format<zqengine::session_format::datetime>},
+        {format_names[3], "", assign_format<zqengine::session_format::time_with_zone>},
+        {format_names[4], "", assign_format<zqengine::session_format::datetime_with_zone>},
     };
     return settings;
 }
@@ -78,6 +104,14 @@ void assign(session_settings& settings, std::string_view name, const std::string
     }
 }
 
+std::string in_database_charset(const session_settings& settings, const std::string& text) {
+    const std::optional<std::string> converted = from_utf8(*settings.text_charset, text);
+    if (!converted) {
+        fail("--set: \"{}\" is not text of the character set {}", text, settings.text_charset->name);
+    }
+    return *converted;
+}
+
 } // namespace
 
 session_settings read_settings(const std::vector<std::string>& assignments) {
@@ -87,6 +121,9 @@ session_settings read_settings(const std::vector<std::string>& assignments) {
         .text_charset = standard,
         .given_zone = std::nullopt,
         .parameters = {},
+        .language = DFM_ENGLISH,
+        .date_formats = {},
+        .dates_keep_time = false,
     };
     for (const std::string& assignment : assignments) {
         const std::size_t sign = assignment.find('=');
@@ -109,6 +146,23 @@ void begin_session(const session_settings& settings) {
         if (zqengine::set_parameter(number, value) != 0) {
             fail("--set: there is no parameter {}, or it cannot be {}", number, value);
         }
+    }
+    zqengine::set_dates_keep_time(settings.dates_keep_time);
+    for (std::size_t i = 0; i < settings.date_formats.size(); ++i) {
+        const std::string text = in_database_charset(settings, settings.date_formats[i]);
+        const auto fault = text.empty() ? std::nullopt : find_format_fault(bifun::date_format::model, text);
+        if (fault) {
+            fail("--set: {}: {}", format_names[i], *fault);
+        }
+    }
+}
+
+void set_up_environment(const session_settings& settings, bifun_environment& environment) {
+    environment.time_zone = settings.time_zone();
+    environment.language = settings.language;
+    for (std::size_t i = 0; i < settings.date_formats.size(); ++i) {
+        (void)zqengine::set_session_format(environment, static_cast<zqengine::session_format>(i),
+                                           in_database_charset(settings, settings.date_formats[i]));
     }
 }
 

@@ -2,6 +2,7 @@
 #ifndef BIFUN_HOST_SETTINGS_H
 #define BIFUN_HOST_SETTINGS_H
 
+#include <array>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -18,6 +19,9 @@ struct session_settings {
     const charset* text_charset;
     std::optional<std::int32_t> given_zone;                        // in minutes east of UTC
     std::vector<std::pair<std::int32_t, std::int64_t>> parameters; // of the engine: number and value
+    std::int32_t language;                                         // of names in dates
+    std::array<std::string, 5> date_formats;                       // by zqengine::session_format, empty where there is none
+    bool dates_keep_time;
 
     // The session's zone, which also zoned values have that name none.
     [[nodiscard]] std::int32_t time_zone() const { return given_zone.value_or(0); }
@@ -29,6 +33,9 @@ session_settings read_settings(const std::vector<std::string>& assignments);
 // Tells the engine those that hold for the whole process. A time zone given is also that of the current datetime, unless its parameter says
 // otherwise. Throws where there is no such parameter or value.
 void begin_session(const session_settings& settings);
+
+// Gives an environment those that are its own.
+void set_up_environment(const session_settings& settings, bifun_environment& environment);
 
 } // namespace host
 

@@ -44,6 +44,16 @@ enum class value_form : std::uint8_t {
     date,          // DATETIME: without a time of day
 };
 
+// What a text has to be that says how dates are written or read.
+enum class date_format : std::uint8_t {
+    none,
+    model,                   // a format model
+    model_to_read,           // one by which text can be read
+    model_to_read_with_zone, // the same, and it may have elements of the zone
+    model_or_number_format,
+    percent, // a %-format
+};
+
 // Values that suit an argument, for benchmarks. What is left out is as the form has it, or the type.
 struct typical_values {
     double low = 0; // of numbers, years, lengths in bytes, months or seconds; both are left out together
@@ -71,6 +81,7 @@ struct argument_fact {
     keyword_list keywords = {};       // that people write in place of its values
     std::string_view words = {};      // the texts that a call may have here, in any case, with blanks between
     std::string_view if_omitted = {}; // what stands for this last argument where a call leaves it out
+    date_format format = date_format::none;
 
     // Sound values, for tests and fuzzers: numbers and the years of datetimes from `low` to `high`; or else `texts`, or else the
     // codes of its fields or keywords. A range need not be all that is allowed.

@@ -169,8 +169,8 @@ std::int32_t rounded(std::uint32_t two_digits, std::int32_t this_year) {
 
 bool take_year(format_reader& text, const date_piece& piece, const date_model& model, read_parts& parts) {
     const bool negative = piece.element == signed_year && at(text, '-');
-    if (piece.element == signed_year && !take_character(text, '-')) {
-        (void)take_character(text, '+');
+    if (piece.element == signed_year && !take_character(text, '-') && !take_character(text, '+')) {
+        (void)take_character(text, ' '); // as it is written where it has to be exact
     }
     std::uint32_t number;
     std::uint32_t count;
@@ -254,10 +254,12 @@ bool take_name(format_reader& text, const date_piece& piece, const std::array<st
     return true;
 }
 
-// The blanks behind a name that fill it up.
-void skip_filling(format_reader& text, const date_piece& piece) {
+// The blanks that fill a name up, where they have to be as they are written.
+void skip_filling(format_reader& text, const date_piece& piece, std::uint32_t blanks) {
     if (piece.exact && !piece.fill_mode) {
-        skip_blanks(text);
+        while (blanks-- > 0 && at(text, ' ')) {
+            ++text.next;
+        }
     }
 }
 
@@ -268,7 +270,10 @@ bool take_month(format_reader& text, const date_piece& piece, const date_names& 
                                                      : take_name(text, piece, names.short_months, names.months, index);
     if (taken) {
         parts.month = index + 1;
-        skip_filling(text, piece);
+        skip_filling(text, piece,
+                     piece.element == roman_month  ? static_cast<std::uint32_t>(4 - roman_months[index].size())
+                     : piece.element == month_name ? std::uint32_t{names.month_blanks[index]}
+                                                   : std::uint32_t{names.short_month_blanks[index]});
     }
     return taken;
 }
@@ -279,7 +284,7 @@ bool take_weekday(format_reader& text, const date_piece& piece, const date_names
                                                  : take_name(text, piece, names.short_days, names.days, index);
     if (taken) {
         parts.weekday = index + 1;
-        skip_filling(text, piece);
+        skip_filling(text, piece, piece.element == day_name ? names.day_blanks[index] : 0);
     }
     return taken;
 }
@@ -360,6 +365,16 @@ bool take_same(format_reader& text, const std::uint8_t* bytes, std::uint32_t len
         return false;
     }
     text.next += length;
+    return true;
+}
+
+// Behind any blanks, unless it has to be exact.
+bool take_quoted(format_reader& text, const std::uint8_t* bytes, std::uint32_t length, bool exact) {
+    while (!take_same(text, bytes, length)) {
+        if (exact || !take_character(text, ' ')) {
+            return false;
+        }
+    }
     return true;
 }
 
@@ -455,7 +470,7 @@ date_reading read_pieces(const date_model& model, const std::uint8_t* begin, std
             const bool sign_follows = i + 1 < model.piece_count && may_have_sign(model.pieces[i + 1].element);
             skip_punctuation(text, model.text + piece.offset, piece.length, sign_follows, ends_in_punctuation);
         } else if (is_text(piece)) {
-            taken = take_same(text, model.text + piece.offset, piece.length);
+            taken = take_quoted(text, model.text + piece.offset, piece.length, piece.exact);
         } else {
             taken = take_element(text, piece, model, parts);
             parts.seen |= said_by(piece.element);

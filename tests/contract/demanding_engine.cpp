@@ -9,6 +9,7 @@
 
 #include "bop/frame/status.h"
 #include "engine/columns.h"
+#include "engine/date_format.h"
 #include "engine/datetime.h"
 #include "engine/decimal.h"
 #include "engine/interval.h"
@@ -46,6 +47,14 @@ i32 fill_behind_text(char* buffer, i32 status) {
     if (status == 0 && success != 0) {
         const std::size_t used = std::strlen(buffer) + 1;
         std::memset(buffer + used, '9', text_size - used);
+    }
+    return status_of(status);
+}
+
+// What lies behind a text in its room is the operation's.
+i32 fill_room_behind(const dfm_model* model, u8* text, const u32* length, i32 status) {
+    if (status == 0 && success != 0) {
+        std::memset(text + *length, '9', model->room - *length);
     }
     return status_of(status);
 }
@@ -188,3 +197,23 @@ STATUS(datetime_sub_interval_dt, (const zqtime* a, const bifun_interval_dt* b, z
 STATUS(datetime_sub_interval_ym, (const zqtime* a, const bifun_interval_ym* b, zqtime* r), a, b, r)
 STATUS(xdec_to_ivym, (const xdec* a, const u8* unit, u32 length, bifun_interval_ym* r), a, unit, length, r)
 STATUS(xdec_to_ivdt, (const xdec* a, const u8* unit, u32 length, bifun_interval_dt* r), a, unit, length, r)
+
+// ---- date formats ----
+
+STATUS(dfm_create, (const environment* e, dfm_model* m), e, m)
+STATUS(dfm_set_lang, (dfm_model * m, i32 language), m, language)
+STATUS(dfm_parse, (dfm_model * m, const u8* format, u32 length), m, format, length)
+STATUS(parse_date_fmt_with_len, (const environment* e, const u8* format, u32 length, i32 zone, dfm_model* m), e, format, length, zone, m)
+STATUS(zqtime_convert_fmt, (const environment* e, const u8* format, u32 length, dfm_model* m), e, format, length, m)
+STATUS(to_char_nls_parse, (const u8* nls, u32 length, i32* language), nls, length, language)
+OPERATION(i32, dfm_char_get, (const environment* e, const dfm_model* m, const zqtime* a, u8* text, u32* length),
+          fill_room_behind(m, text, length, embedded(e, m, a, text, length)))
+OPERATION(i32, date_to_char, (const environment* e, const dfm_model* m, const zqtime* a, u8* text, u32* length),
+          fill_room_behind(m, text, length, embedded(e, m, a, text, length)))
+STATUS(char_to_date_simple_with_alen, (const dfm_model* m, const u8* text, u32 length, i32 as, zqtime* r), m, text, length, as, r)
+STATUS(char_to_datetime_tz_simple_with_alen, (const environment* e, const dfm_model* m, const u8* text, u32 length, zqtime* r), e, m, text,
+       length, r)
+TEXT_STATUS(zqtime_from_char_ex2, (environment * e, const u8* text, u32 length, zqtime* r), e, text, length, r)
+TEXT_STATUS(zqtime_from_char_with_tz, (const environment* e, const u8* text, u32 length, zqtime* r), e, text, length, r)
+OPERATION(i32, xdec_to_char_with_fmt_low, (environment * e, const xdec* a, char* buffer, const u8* format, u32 size, u32* length),
+          status_of(embedded(e, a, buffer, format, size, length)))
