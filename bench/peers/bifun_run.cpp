@@ -12,9 +12,11 @@
 #include "bench/bench_data.h"
 #include "bench/peers/sql.h"
 #include "bop/frame/batch.h"
+#include "embedded/session/parameters.h"
 #include "engine/charset.h"
 #include "engine/decimal.h"
 #include "engine/memory.h"
+#include "engine/session.h"
 #include "layouts/datetime_layout.h"
 #include "layouts/decimal_layout.h"
 
@@ -311,6 +313,10 @@ bifun_library load_bifun(const char* path) {
         throw std::runtime_error(dlerror());
     }
     reinterpret_cast<decltype(&bifun_dll_var_init)>(symbol_of(handle, "bifun_dll_var_init"))(1, ZQ_CHARSET_UTF8, 1);
+    // ClickHouse's texts of timestamps have six digits of the fraction.
+    if (zqengine::set_parameter(INI_SHOW_FRACTION, 1) != BIFUN_OK) {
+        throw std::runtime_error("no fraction in texts of timestamps");
+    }
     bifun_library library{handle, {}, nullptr};
     library.memory = rt_memobj_create_ex(&library.environment, 0, 4096, __FILE__, __LINE__);
     if (library.memory == nullptr) {

@@ -47,7 +47,7 @@ struct case_argument {
 };
 
 // Whose results must be bifun's. Where it is not both, a comment beside the case says why.
-enum class compared : std::uint8_t { both, duckdb, neither };
+enum class compared : std::uint8_t { both, duckdb, clickhouse, neither };
 
 struct bench_case {
     std::string_view name;

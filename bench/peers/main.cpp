@@ -226,8 +226,9 @@ std::vector<timing> measure(const bench_case& bench_case, const std::vector<cont
 // ---- comparing results ----
 
 bool is_compared(const contestant& contestant, const bench_case& bench_case) {
-    return takes_part(contestant, bench_case) && (!contestant.peer || bench_case.compared_with == compared::both ||
-                                                  (bench_case.compared_with == compared::duckdb && contestant.peer == dialect::duckdb));
+    const compared with = bench_case.compared_with;
+    return takes_part(contestant, bench_case) && (!contestant.peer || with == compared::both ||
+                                                  with == (contestant.peer == dialect::duckdb ? compared::duckdb : compared::clickhouse));
 }
 
 std::vector<std::string> rows_of(const std::string& sample) {

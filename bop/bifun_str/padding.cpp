@@ -42,6 +42,23 @@ status cut_text(const text_operations& texts, const bifun_string& value, std::ui
     return full_length(kept) > longest_built_text ? BIFUN_INVALID_CHARACTER_STRING : copy_text(room, kept);
 }
 
+// What stands where: on the left the pad and then the text, whose blanks are a count; on the right the text, its blanks as far as they are
+// written, and the pad.
+struct padded_parts {
+    std::uint32_t pad; // bytes of it
+    std::uint32_t written_blanks;
+    std::uint32_t counted_blanks;
+};
+
+// Where the pad ends the text, its last blanks are a count, and so are the text's own where nothing else of the pad is left.
+template <side at> padded_parts place_pad(const bifun_string& value, const bifun_string& pad, std::uint32_t length) {
+    const bool pad_is_last = length != 0 && (at == side::right || value.length == 0);
+    const std::uint32_t last_blanks = pad_is_last ? blanks_at_end(pad, length) : 0;
+    const std::uint32_t written = length - last_blanks;
+    return at == side::right && written != 0 ? padded_parts{written, value.trailing_blanks, last_blanks}
+                                             : padded_parts{written, 0, value.trailing_blanks + last_blanks};
+}
+
 template <side at>
 status pad_single_bytes(const text_operations& texts, const bifun_string& value, std::uint32_t length, const bifun_string& pad,
                         string_room& room) {
@@ -50,34 +67,24 @@ status pad_single_bytes(const text_operations& texts, const bifun_string& value,
     if (characters >= length) {
         return cut_text(texts, value, stored, length, room);
     }
-    const std::uint64_t bytes = full_length(value);
-    auto padded = pad.length == 0 ? 0 : static_cast<std::uint32_t>(length - characters);
-    if (bytes + padded > longest_built_text) {
+    const std::uint32_t missing = pad.length == 0 ? 0 : static_cast<std::uint32_t>(length - characters);
+    if (full_length(value) + missing > longest_built_text) {
         return BIFUN_INVALID_CHARACTER_STRING;
     }
-    // Where the pad ends the text, its last blanks are a count.
-    const bool pad_is_last = padded != 0 && (at == side::right || value.length == 0);
-    const std::uint32_t last_blanks = pad_is_last ? blanks_at_end(pad, padded) : 0;
-    padded -= last_blanks;
-    std::uint32_t counted = value.trailing_blanks + last_blanks;
-    std::uint32_t written_blanks = 0;
-    if (at == side::right && padded != 0) {
-        written_blanks = value.trailing_blanks;
-        counted = last_blanks;
-    }
-    const std::uint64_t size = std::uint64_t{value.length} + written_blanks + padded;
+    const padded_parts parts = place_pad<at>(value, pad, missing);
+    const std::uint32_t size = value.length + parts.written_blanks + parts.pad;
     text_writer text;
-    const status made = make_room(room, size, counted, text);
+    const status made = make_room(room, size, parts.counted_blanks, text);
     if (made != BIFUN_OK || size == 0) {
         return made;
     }
     if (at == side::left) {
-        append_pad(text, pad, padded);
+        append_pad(text, pad, parts.pad);
     }
     append(text, value.data, value.length);
     if (at == side::right) {
-        append(text, blank, written_blanks);
-        append_pad(text, pad, padded);
+        append(text, blank, parts.written_blanks);
+        append_pad(text, pad, parts.pad);
     }
     return BIFUN_OK;
 }

@@ -145,6 +145,21 @@ bool is_ascii_set(const character_set& set) {
     return bits < 0x80;
 }
 
+// The bytes that change: how many, or 0 where they are too many.
+std::uint32_t find_pairs(const std::uint8_t* byte, byte_pair* pairs) {
+    std::uint32_t count = 0;
+    for (std::uint32_t i = 0; i < byte_values; ++i) {
+        if (byte[i] == i) {
+            continue;
+        }
+        if (count == most_pairs) {
+            return 0;
+        }
+        pairs[count++] = {static_cast<std::uint8_t>(i), byte[i]};
+    }
+    return count;
+}
+
 void fill_translations(translations& by) {
     std::memset(by.first, 0xFF, sizeof by.first);     // no_character
     for (std::uint32_t i = by.from.count; i-- > 0;) { // the first of several counts, so it has to be found first
@@ -163,16 +178,7 @@ void fill_translations(translations& by) {
             by.byte[i] = to.length == 0 ? byte : *to.bytes;
         }
     }
-    by.pair_count = 0;
-    for (std::uint32_t i = 0; by.is_of_bytes && !by.leaves_out && i < byte_values && by.pair_count <= most_pairs; ++i) {
-        if (by.byte[i] != i) {
-            if (by.pair_count < most_pairs) {
-                by.pairs[by.pair_count] = {static_cast<std::uint8_t>(i), by.byte[i]};
-            }
-            ++by.pair_count;
-        }
-    }
-    by.pair_count = by.pair_count > most_pairs ? 0 : by.pair_count;
+    by.pair_count = by.is_of_bytes && !by.leaves_out ? find_pairs(by.byte, by.pairs) : 0;
     by.of_blank = translated(by, &blank, 1);
     by.blanks_stay = by.of_blank.length == 1 && *by.of_blank.bytes == blank;
 }
