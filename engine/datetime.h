@@ -147,10 +147,12 @@ int32_t zqtime_glgl_need_adjust_by_zero(const zqtime* value);
 /* Whether a value lies in October 1582 behind the 4th, where the weeks of the month do not begin as on its first day. */
 int32_t zqtime_glgl_need_adjust_for_w(const zqtime* value);
 
-/* The number of a day as zqtime_to_days counts it, of a date that zqtime_date_validate passes. */
+/* The number of a date that zqtime_date_validate passes: days from 0000-01-01 on as the months number them, so that those which the
+ * changeover left out count. */
 int64_t zqtime_calc_n_days_from_zero(int32_t year, uint32_t month, uint32_t day);
 
-/* The date of such a number. Returns 0; -6118 where it lies outside years -4712 to 9999, and then nothing is written. */
+/* The date of such a number, which may be one that the changeover left out. Returns 0; -6118 where it lies outside years -4712 to 9999, and
+ * then nothing is written. */
 int32_t zqtime_get_date_by_ndays_from_zero(int64_t number, int32_t* year, uint32_t* month, uint32_t* day);
 
 /* ---- unix times --------------------------------------------------------------------------------------------------- */

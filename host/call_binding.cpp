@@ -5,6 +5,7 @@
 
 #include "host/binder.h"
 #include "host/date_formats.h"
+#include "engine/number_check.h"
 #include "host/datetime_call.h"
 #include "host/member_choice.h"
 #include "host/near_names.h"
@@ -199,13 +200,22 @@ sql_type type_of_read_date(const binder& state, const bifun::entry_point& member
     return has_time ? sql_type::timestamp : sql_type::date;
 }
 
-// A text that has to be one of some words.
+bool is_integer(std::string_view text) {
+    std::int64_t number;
+    return str2int64(reinterpret_cast<const std::uint8_t*>(text.data()), static_cast<std::uint32_t>(text.size()), &number) == BIFUN_OK;
+}
+
+// A text that has to be one of some words, or may be an integer in place of one.
 void check_word(const binder& state, const bifun::entry_point& member, std::size_t position, const operand& argument) {
     const std::string_view words = fact_of(member, position).words;
     if (words.empty() || argument.literal == nullptr || argument.type != sql_type::varchar) {
         return;
     }
     const std::string& text = argument.literal->text;
+    const bool may_be_integer = fact_of(member, position).or_integer;
+    if (may_be_integer && is_integer(text)) {
+        return;
+    }
     const std::size_t first = std::min(text.find_first_not_of(' '), text.size());
     const std::string word = upper_case(std::string_view(text).substr(first, text.find_last_not_of(' ') + 1 - first));
     if (word.empty() || word.find(' ') != word.npos || !bifun::has_word(words, word)) {
@@ -213,7 +223,8 @@ void check_word(const binder& state, const bifun::entry_point& member, std::size
         for (std::size_t blank = names.find(' '); blank != names.npos; blank = names.find(' ', blank + 2)) {
             names.replace(blank, 1, ", ");
         }
-        fail_at(state.sql, argument.offset, fmt::format("{} has no unit '{}'; there are {}", member.builtin, text, names));
+        fail_at(state.sql, argument.offset,
+                fmt::format("{} has no unit '{}'; there are {}{}", member.builtin, text, names, may_be_integer ? ", and integers" : ""));
     }
 }
 

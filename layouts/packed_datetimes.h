@@ -195,15 +195,21 @@ struct packed_datetimes {
         const bool exists = calendar::date_exists(year, static_cast<std::uint32_t>(month), static_cast<std::uint32_t>(day));
         return exists || is_missing_day(year, month, day) ? BIFUN_OK : BIFUN_ARGUMENT_OUT_OF_DOMAIN;
     }
+    // Days as they are numbered, also those that the changeover left out: behind it there are so many more than passed.
     static std::int64_t days_from_zero(std::int32_t year, std::int32_t month, std::int32_t day) {
-        return calendar::julian_day(year, static_cast<std::uint32_t>(month), static_cast<std::uint32_t>(day)) - day_number_of_year_0;
+        const auto unsigned_month = static_cast<std::uint32_t>(month);
+        const auto unsigned_day = static_cast<std::uint32_t>(day);
+        const bool gregorian = calendar::is_gregorian(year, unsigned_month, unsigned_day);
+        return calendar::julian_day(year, unsigned_month, unsigned_day, gregorian) + (gregorian ? missing_days : 0) - day_number_of_year_0;
     }
     static std::int32_t date_from_zero(std::int64_t days, std::int32_t& year, std::int32_t& month, std::int32_t& day) {
-        const std::int64_t julian_day = days + day_number_of_year_0;
-        if (julian_day < 0 || julian_day > calendar::number_of_last_day) {
+        const std::int64_t number_of_day = days + day_number_of_year_0;
+        if (number_of_day < 0 || number_of_day > calendar::number_of_last_day + missing_days) {
             return BIFUN_INVALID_DATETIME;
         }
-        const calendar::calendar_date date = calendar::date_of_julian_day(static_cast<std::int32_t>(julian_day));
+        const bool gregorian = number_of_day >= calendar::first_gregorian_julian_day + missing_days;
+        const std::int64_t julian_day = number_of_day - (gregorian ? missing_days : 0);
+        const calendar::calendar_date date = calendar::date_of_julian_day(static_cast<std::int32_t>(julian_day), gregorian);
         year = date.year;
         month = number(date.month);
         day = number(date.day);
@@ -212,6 +218,7 @@ struct packed_datetimes {
 
   private:
     static constexpr std::int64_t day_number_of_year_0 = calendar::julian_day(0, 1, 1, false);
+    static constexpr std::int64_t missing_days = calendar::first_gregorian_day - calendar::last_julian_day - 1;
 
     static std::int32_t displacement(const zqtime& value) {
         const std::int32_t minutes = zone(value);

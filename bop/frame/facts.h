@@ -80,6 +80,7 @@ struct argument_fact {
     field_set fields = 0;             // the fields for which a call is bound to this entry point, where others take the rest
     keyword_list keywords = {};       // that people write in place of its values
     std::string_view words = {};      // the texts that a call may have here, in any case, with blanks between
+    bool or_integer = false;          // a text that is an integer may stand in place of one of the words
     std::string_view if_omitted = {}; // what stands for this last argument where a call leaves it out
     date_format format = date_format::none;
 

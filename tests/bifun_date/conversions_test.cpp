@@ -21,10 +21,9 @@ std::int32_t length_of(std::int32_t year, std::int32_t month) {
     return lengths[month - 1] + (month == 2 && is_leap ? 1 : 0);
 }
 
+// Days follow each other as the months number them.
 void next_day(parts& at) {
-    if (at.year == 1582 && at.month == 10 && at.day == 4) {
-        at.day = 15;
-    } else if (++at.day > length_of(at.year, at.month)) {
+    if (++at.day > length_of(at.year, at.month)) {
         at.day = 1;
         at.year += at.month == 12 ? 1 : 0;
         at.month = at.month % 12 + 1;
@@ -32,9 +31,7 @@ void next_day(parts& at) {
 }
 
 void last_day(parts& at) {
-    if (at.year == 1582 && at.month == 10 && at.day == 15) {
-        at.day = 4;
-    } else if (--at.day == 0) {
+    if (--at.day == 0) {
         at.month = at.month == 1 ? 12 : at.month - 1;
         at.year -= at.month == 12 ? 1 : 0;
         at.day = length_of(at.year, at.month);
@@ -61,6 +58,9 @@ parts rolled_over(const parts& given) {
     }
     for (; days < 0; ++days) {
         last_day(at);
+    }
+    if (at.year == 1582 && at.month == 10 && at.day > 4 && at.day < 15) {
+        at.day = 15;
     }
     return at;
 }
@@ -106,6 +106,8 @@ TEST(ToDatetime, OfLargeNumbers) {
     contract::expect_results({
         "bto_datetime_aaaaa_date | 2024 2024 1582 2 | 1 3 10 1 | 31 0 5 1 | 25 0 0 0 | 0 0 0 0 | "
         "[1] 2024-02-01T01:00:00 2024-02-29 1582-10-15 0002-01-01",
+        "bto_datetime_aaaaa_date | 1582 1582 1582 1582 1582 | 10 10 10 10 1 | 4 14 15 31 365 | 24 0 0 0 0 | 0 0 0 0 0 | "
+        "[1] 1582-10-15 1582-10-15 1582-10-15 1582-10-31 1582-12-31",
         // Hours and minutes beyond 32 bits of minutes.
         "bto_datetime_aaaaa_date | 2024 2024 | 1 1 | 1 89478488 | 2147483647 -2147483648 | -2147483648 0 | "
         "[0] NULL ? status -6118",

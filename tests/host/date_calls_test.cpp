@@ -135,6 +135,7 @@ TEST(DateCalls, TruncAndRound) {
          R"("2024-02-29 00:00:00", "2024-02-26 00:00:00", "120", "130.0", "1")"},
         {"TRUNC('soon') ; TRUNC(NULL, 'MM') ; TRUNC(DATE '2024-02-29', NULL) ; TRUNC(7.89, 1)", "null, null, null, 7.8"},
         {"TRUNC(DATE '2024-02-29', 'MONTHS')", "33, near 'MONTHS': TRUNC has no unit 'MONTHS'; there are CC, SCC, YEAR, ..."},
+        {"ROUND('129.95', '1.5')", "24, near '1.5': ROUND has no unit '1.5'; there are CC, ..."},
         {"ROUND(DATE '9999-12-31', 'MM')", "ROUND: -6803 an argument is outside the function's domain in row 1"},
     });
 }
@@ -163,6 +164,8 @@ TEST(DateCalls, PeriodsAndExtremes) {
         {"(TIME '10:00', TIME '11:00') OVERLAPS (TIME '11:00', TIME '12:00')", "true"},
         {"(DATE '2024-01-01', DATE '2024-01-05') OVERLAPS (DATE '2024-01-09', INTERVAL '1' DAY)",
          "47, near OVERLAPS: OVERLAPS does not take (DATE, DATE, DATE, INTERVAL DAY TO SECOND); it takes ..."},
+        {"(TIME '10:00', INTERVAL '1' MONTH) OVERLAPS (TIME '11:00', INTERVAL '1' MONTH)",
+         "9, near TIME: OVERLAPS needs a date here, and this is of type TIME"},
         {"GREATEST(DATE '2024-02-29', TIMESTAMP '2024-02-29 01:00') ; LEAST(DATE '2024-02-29', '2023-01-01', DATE '2025-01-01')",
          R"("2024-02-29 01:00:00", "2023-01-01")"},
         {"GREATEST(INTERVAL '1' DAY, INTERVAL '25' HOUR, INTERVAL '90' MINUTE) ; LEAST(INTERVAL '1' YEAR, INTERVAL '11' MONTH) ; "
