@@ -52,9 +52,11 @@ std::string_view needed_by(std::string_view element) {
     }
 }
 
+// The format, with what lies behind it.
+std::string_view text_of(const date_model& model) { return {reinterpret_cast<const char*>(model.text), DFM_LONGEST_FORMAT}; }
+
 std::string expectation(const date_model& model, const date_piece& piece) {
-    const std::string_view format(reinterpret_cast<const char*>(model.text), DFM_LONGEST_FORMAT);
-    const std::string_view element = format.substr(piece.offset, piece.length);
+    const std::string_view element = text_of(model).substr(piece.offset, piece.length);
     const auto of_element = [&](std::string_view what) { return fmt::format("{} ({})", what, element); };
     switch (piece.element) {
     case date_element::punctuation:
@@ -195,6 +197,12 @@ std::optional<std::string> find_date_element(date_format use, std::string_view f
 bool reads_time(std::string_view format) {
     format_problem problem{};
     return parse(format, problem).has_time;
+}
+
+std::string explain_unreadable(const dfm_model& model) {
+    const date_model& parsed = zqengine::inside(model);
+    const std::string_view format = text_of(parsed);
+    return parsed.reading_problem.fault == format_fault::none ? zone_fault(parsed, format) : describe(parsed.reading_problem, format);
 }
 
 std::string explain_mismatch(const dfm_model& model, std::string_view text) {

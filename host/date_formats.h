@@ -24,6 +24,9 @@ std::optional<std::string> find_date_element(bifun::date_format use, std::string
 // Whether text that is read by the format model has a time of day.
 bool reads_time(std::string_view format);
 
+// Why dates without a zone cannot be read by a model, with the element and its place; empty where they can.
+std::string explain_unreadable(const dfm_model& model);
+
 // Why a text cannot be read by a model, with the place in the text and what was expected there; empty where it can.
 std::string explain_mismatch(const dfm_model& model, std::string_view text);
 

@@ -115,8 +115,10 @@ std::uint64_t row_in_file(const execution& run, std::uint32_t batch_row) {
     return run.rows_before + (run.selected ? run.selection[batch_row] : batch_row) + 1;
 }
 
-// Why the text of a row cannot be read as a date; empty where the call does not read text under a format or as a date.
-std::string explain_unread_text(execution& run, const step& call, const std::array<const bifun_column*, bifun::most_arguments>& row) {
+// Why the text of a row cannot be read as a date; empty where the call does not read text under a format or as a date. What is wrong with a
+// format of the session does not show before a row is read by it.
+std::string explain_unread_text(execution& run, const step& call, const std::array<const bifun_column*, bifun::most_arguments>& row,
+                                std::int32_t row_status) {
     const bifun::entry_point& entry = *call.entry;
     if (entry.result != value_type::DATETIME || row[0] == nullptr || entry.arguments()[0].type != value_type::VARCHAR) {
         return "";
@@ -139,6 +141,9 @@ std::string explain_unread_text(execution& run, const step& call, const std::arr
             (void)dfm_set_lang(&parsed, language);
         }
         model = &parsed;
+    }
+    if (row_status == BIFUN_INVALID_DATE_FORMAT) {
+        return model != nullptr ? explain_unreadable(*model) : "";
     }
     return model != nullptr ? explain_mismatch(*model, characters)
                             : fmt::format("\"{}\" is none; {}", characters, explain_default_mismatch());
@@ -167,7 +172,8 @@ std::string explain_unread_text(execution& run, const step& call, const std::arr
         }
         const std::int32_t row_status = call_entry(run, call, shown, 1);
         if (row_status != 0) {
-            const std::string reason = row_status == BIFUN_INVALID_DATETIME ? explain_unread_text(run, call, shown) : "";
+            const bool is_of_text = row_status == BIFUN_INVALID_DATETIME || row_status == BIFUN_INVALID_DATE_FORMAT;
+            const std::string reason = is_of_text ? explain_unread_text(run, call, shown, row_status) : "";
             fail("{} in row {}{}{}", message(row_status), row_in_file(run, row), reason.empty() ? "" : ": ", reason);
         }
     }

@@ -154,6 +154,12 @@ void begin_session(const session_settings& settings) {
         if (fault) {
             fail("--set: {}: {}", format_names[i], *fault);
         }
+        const auto which = static_cast<zqengine::session_format>(i);
+        const bool is_of_times = which == zqengine::session_format::time || which == zqengine::session_format::time_with_zone;
+        const auto of_date = is_of_times ? find_date_element(bifun::date_format::model, text) : std::nullopt;
+        if (of_date) {
+            fail("--set: {}: a time has no date, and the date format has {}", format_names[i], *of_date);
+        }
     }
 }
 

@@ -51,6 +51,8 @@ void add_text(planner& state, const std::uint8_t* text, std::uint32_t length) {
         state.fits = false;
         return;
     }
+    // In a pattern 0 stands for a digit.
+    plan.can_read = plan.can_read && (length == 0 || std::memchr(text, 0, length) == nullptr);
     std::memcpy(plan.pattern + plan.length, text, length);
     plan.length = static_cast<std::uint8_t>(plan.length + length);
 }

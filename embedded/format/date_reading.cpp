@@ -129,6 +129,11 @@ void skip_blanks(format_reader& text) {
     }
 }
 
+bool only_blanks_left(format_reader text) {
+    skip_blanks(text);
+    return at_end(text);
+}
+
 bool take_character(format_reader& text, char character) {
     if (!at(text, character)) {
         return false;
@@ -355,7 +360,7 @@ void skip_punctuation(format_reader& text, const std::uint8_t* model, std::uint3
         const bool is_sign = *text.next == '-' || *text.next == '+';
         if (*text.next == model[i] || !is_sign || !sign_follows) {
             ++text.next;
-            ends_the_text = at_end(text);
+            ends_the_text = only_blanks_left(text);
         }
     }
 }

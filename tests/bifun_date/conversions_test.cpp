@@ -1,4 +1,5 @@
-// TO_DATETIME against a calendar that is walked a day at a time, unix times against the C library's, and times of seconds.
+// TO_DATETIME against a calendar that is walked a day at a time, unix times against the C library's, times of seconds, and texts without a
+// format.
 
 #include <ctime>
 #include <random>
@@ -6,7 +7,10 @@
 
 #include <gtest/gtest.h>
 
+#include "embedded/session/parameters.h"
 #include "engine/datetime.h"
+#include "engine/session.h"
+#include "tests/contract/each_engine.h"
 #include "tests/contract/text_case.h"
 
 namespace {
@@ -166,6 +170,37 @@ TEST(UnixTimes, OfNullIsNow) {
     ASSERT_EQ(zqtime_unix_timestamp_low(&now, &expected), 0);
     EXPECT_TRUE(evaluated == "[0] " + std::to_string(expected) || evaluated == "[0] " + std::to_string(expected - 1)) << evaluated;
     EXPECT_EQ(contract::evaluate({"bunix_timestamp_str_a_date", {"NULL"}, {}}).substr(0, 8), evaluated.substr(0, 8));
+}
+
+TEST(DefaultTexts, AreReadAndWritten) {
+    each_engine::expect_results({
+        "bto_date_def_a_date | 20240229 2024-2-9 2024/02/29 2024.2.09 2024@2@9 2024#2#9 2024$2$9 2024%2%9 2024*2*9 99-1-02 | "
+        "[1] 2024-02-29 2024-02-09 2024-02-29 2024-02-09 2024-02-09 2024-02-09 2024-02-09 2024-02-09 2024-02-09 0099-01-02",
+        "bto_date_def_a_date | 1582-10-04 1582-10-05 15821014 1582-10-15 1500-02-29 | "
+        "[1] 1582-10-04 1582-10-15 1582-10-15 1582-10-15 1500-02-29",
+        "bto_timestamp_def_a_date | 2024-02-29~1:2:3 20240229~23:59:59.9999999 1582-10-10~01:02:03.5 NULL | "
+        "[0] 2024-02-29T01:02:03 2024-02-29T23:59:59.999999 1582-10-15T01:02:03.5 NULL",
+        "bto_char_date_def_a_date | 2024-02-29T13:45:06.5 -0044-03-15 -4712-01-01 | [1] 2024-02-29 -044-03-15 -4712-01-01",
+        "bto_char_dt_def_a_date | 2024-02-29T13:45:06.5+01:00 0001-01-01 | [1] 2024-02-29 13:45:06 0001-01-01 00:00:00",
+        "bto_char_time_tz_def_a_date | 2024-02-29T13:45:06.5-05:30 2024-02-29T13:45:06 | [1] 13:45:06 -05:30 13:45:06",
+        "bto_char_dt_tz_def_a_date | -0044-03-15T13:45:06+14:00 2024-02-29T13:45:06-00:30 | "
+        "[1] -044-03-15 13:45:06 +14:00 2024-02-29 13:45:06 -00:30",
+    });
+    for (const char* const text : {"2024-02-29~10:00", "2024-02-29~~10:00:00", "2024-02-29~24:00:00", "2024-02-29~10:60:00",
+                                   "2024-02-29~10:00:60", "2024-02-29~10:00:00.", "2024-02-29~10:00:00~", "2024-02-29T10:00:00"}) {
+        EXPECT_EQ(contract::evaluate({"bto_timestamp_def_a_date", {text}, {}}), "[0] NULL status -6118") << text;
+    }
+}
+
+TEST(DefaultTexts, ShowTheFractionWhereTheyAreToldTo) {
+    ASSERT_EQ(zqengine::set_parameter(INI_SHOW_FRACTION, 1), 0);
+    each_engine::expect_results({
+        "bto_char_dt_def_a_date | 2024-02-29T13:45:06.000005 2024-02-29T13:45:06 2024-02-29T13:45:06.5 | "
+        "[1] 2024-02-29 13:45:06.000005 2024-02-29 13:45:06.000000 2024-02-29 13:45:06.500000",
+        "bto_char_time_tz_def_a_date | 2024-02-29T13:45:06.001234-05:30 | [1] 13:45:06.001234 -05:30",
+        "bto_char_date_def_a_date | 2024-02-29T13:45:06.5 | [1] 2024-02-29",
+    });
+    ASSERT_EQ(zqengine::set_parameter(INI_SHOW_FRACTION, 0), 0);
 }
 
 TEST(Seconds, AreTimesOfAnyLength) {

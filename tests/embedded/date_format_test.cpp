@@ -183,6 +183,7 @@ TEST(DateFormat, Reading) {
         {"2024-01-0:", "YYYY-MM-DD", error},
         {"  2024 - 02 - 29  ", "YYYY-MM-DD", "2024-02-29 00:00:00"},
         {"2024-02-29 13:", "YYYY-MM-DD HH24:MI", error},
+        {"2024-02-29 13: ", "YYYY-MM-DD HH24:MI", error},
         {"2024-02-29 13", "YYYY-MM-DD HH24:MI", "2024-02-29 13:00:00"},
         {"", "YYYY", error},
         {" ", "HH24", error},

@@ -81,6 +81,16 @@ TEST(DateFormatCalls, BadFormats) {
         {"TO_DATE('44', 'BC')", "22, near 'BC': in the date format \"BC\" at position 1 needs a year beside it"},
         {"TO_DATE('2024 +01', 'YYYY TZH')",
          "28, near 'YYYY TZH': a date has no time zone, and the date format has \"TZH\" at position 6; TO_DT_TZ reads one"},
+        {"TO_DATE('1')",
+         "TO_DATE: -6127 invalid date format in row 1: by the date format \"Q\" at position 1 cannot be read",
+         {"--set", "date_format=Q"}},
+        {"TO_TIMESTAMP('2024')",
+         "TO_TIMESTAMP: -6127 invalid date format in row 1: a date has no time zone, and the date format has \"TZH\" at position 6; "
+         "TO_DT_TZ reads one",
+         {"--set", "datetime_format=YYYY TZH"}},
+        {"TO_CHAR(TIME '10:00')",
+         "--set: time_format: a time has no date, and the date format has \"DD\" at position 6",
+         {"--set", "time_format=HH24 DD"}},
     });
 }
 
