@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <map>
 
+#include "engine/number_check.h"
 #include "host/binder.h"
 #include "host/date_formats.h"
-#include "engine/number_check.h"
 #include "host/datetime_call.h"
 #include "host/member_choice.h"
 #include "host/near_names.h"
