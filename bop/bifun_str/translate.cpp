@@ -25,7 +25,8 @@ struct character_set {
 };
 
 struct translations {
-    // The characters of the from-set by their first byte: the first of each list, and the next one of the same list.
+    // The characters of the from-set by their last byte, in which those of a script differ most: the first of each list, and the next one of
+    // the same list.
     std::uint32_t first[byte_values];
     std::uint32_t* next;
     character_set from;
@@ -46,7 +47,7 @@ struct translations {
 };
 
 translation translated(const translations& by, const std::uint8_t* character, std::uint32_t length) {
-    for (std::uint32_t i = by.first[*character]; i != no_character; i = by.next[i]) {
+    for (std::uint32_t i = by.first[character[length - 1]]; i != no_character; i = by.next[i]) {
         if (by.from.lengths[i] == length && std::memcmp(by.from.starts[i], character, length) == 0) {
             return i < by.to.count ? translation{by.to.starts[i], by.to.lengths[i]} : translation{nullptr, 0};
         }
@@ -163,7 +164,7 @@ std::uint32_t find_pairs(const std::uint8_t* byte, byte_pair* pairs) {
 void fill_translations(translations& by) {
     std::memset(by.first, 0xFF, sizeof by.first);     // no_character
     for (std::uint32_t i = by.from.count; i-- > 0;) { // the first of several counts, so it has to be found first
-        std::uint32_t& first = by.first[*by.from.starts[i]];
+        std::uint32_t& first = by.first[by.from.starts[i][by.from.lengths[i] - 1]];
         by.next[i] = first;
         first = i;
     }

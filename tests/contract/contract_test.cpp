@@ -124,19 +124,6 @@ class unsaid {
 
 // ---- selection vectors ------------------------------------------------------------------------------------------------
 
-// The rows that a selection names, one after another. Strings stay where they are.
-zqengine::column_pointer gather(const column_storage& column, const std::vector<std::uint16_t>& selection) {
-    zqengine::column_pointer dense(zqengine::create_column(column.type, static_cast<std::uint32_t>(selection.size())));
-    dense->column.no_nulls = column.column.no_nulls;
-    const std::size_t width = bifun::value_width(column.type);
-    for (std::size_t k = 0; k < selection.size(); ++k) {
-        dense->data.null_flags[k] = column.data.null_flags[selection[k]];
-        std::memcpy(zqengine::values_of<std::uint8_t>(*dense) + k * width, zqengine::values_of<std::uint8_t>(column) + selection[k] * width,
-                    width);
-    }
-    return dense;
-}
-
 // Sets of columns, as bits: all there are of one or two, of more none, each, and all of them.
 std::vector<std::uint32_t> sets_of_columns(std::size_t count) {
     const std::uint32_t everyone = (1U << count) - 1;

@@ -216,6 +216,18 @@ zqengine::column_pointer generate_column(value_type type, std::uint32_t row_coun
     return column;
 }
 
+zqengine::column_pointer gather(const zqengine::column_storage& column, const std::vector<std::uint16_t>& selection) {
+    zqengine::column_pointer dense(zqengine::create_column(column.type, static_cast<std::uint32_t>(selection.size())));
+    dense->column.no_nulls = column.column.no_nulls;
+    const std::size_t width = bifun::value_width(column.type);
+    for (std::size_t k = 0; k < selection.size(); ++k) {
+        dense->data.null_flags[k] = column.data.null_flags[selection[k]];
+        std::memcpy(zqengine::values_of<std::uint8_t>(*dense) + k * width, zqengine::values_of<std::uint8_t>(column) + selection[k] * width,
+                    width);
+    }
+    return dense;
+}
+
 generated_constant constant_of_row(const zqengine::column_storage& column, std::uint32_t row) {
     generated_constant constant{};
     std::memset(constant.record, 0xFF, sizeof constant.record);

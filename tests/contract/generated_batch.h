@@ -32,6 +32,9 @@ template <class T> zqengine::column_pointer column_of(bifun::value_type type, co
     return column;
 }
 
+// The rows that a selection names, one after another. Strings stay where they are.
+zqengine::column_pointer gather(const zqengine::column_storage& column, const std::vector<std::uint16_t>& selection);
+
 // A constant record with the bytes that it points to.
 struct generated_constant {
     alignas(16) std::uint8_t record[sizeof(bifun_string_constant)];
