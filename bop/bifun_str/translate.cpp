@@ -25,8 +25,8 @@ struct character_set {
 };
 
 struct translations {
-    // The characters of the from-set by their last byte, in which those of a script differ most: the first of each list, and the next one of
-    // the same list.
+    // The characters of the from-set by their last byte, in which those of a script differ most: the first of each list, and the next one
+    // of the same list.
     std::uint32_t first[byte_values];
     std::uint32_t* next;
     character_set from;
