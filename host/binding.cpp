@@ -4,7 +4,6 @@
 #include <set>
 
 #include "host/binder.h"
-#include "host/call_spelling.h"
 #include "host/near_names.h"
 #include "host/program_error.h"
 #include "host/sql_text.h"

@@ -14,11 +14,6 @@ struct constant_pattern {
     scratch& text_scratch;
 };
 
-status replace_constant_bytes(const text_operations& texts, const bifun_string& source, const needle& sought,
-                              const bifun_string& replacement, string_room& room) {
-    return replace_bytes(texts, source, sought, replacement, room);
-}
-
 status replace_constant(const bifun_string& source, const constant_pattern& pattern, const bifun_string& replacement, string_room& room) {
     return replace_by_search(pattern.search, pattern.text_scratch, pattern.blanks, source, replacement, room);
 }
@@ -40,8 +35,8 @@ status replace(batch_of<VARCHAR> batch, Source source, constant_of<VARCHAR> give
     const text_operations texts = text_operations_of_engine();
     const search_request request = request_of_replace();
     if (is_replaced_by_bytes(texts, request, pattern)) {
-        return string_rows<replace_constant_bytes>(batch, fixed(texts), source,
-                                                   constant_argument{make_needle(pattern.data, pattern.length), true}, replacement);
+        return string_rows<replace_bytes>(batch, fixed(texts), source, constant_argument{make_needle(pattern.data, pattern.length), true},
+                                          replacement);
     }
     const std::uint32_t blanks = pattern.trailing_blanks;
     return with_constant_search(batch, pattern, request, search_algorithm::boyer_moore, [&](pattern_search& search) {
