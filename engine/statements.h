@@ -49,6 +49,14 @@ typedef struct bifun_engine_statements {
      * UTF-8 as Unicode does, and bytes below 0x80 are a character each, whatever stands before them. The library does not call them for
      * short texts that are well-formed. */
     int32_t utf8_is_unicode;
+
+    /* The bytes that string arguments of a call point to, columns and constants, stay as they are until nobody reads the results of the
+     * call any more. A row of a string result may then point to bytes of an argument, or share its bytes with another row, in place of a
+     * copy. Where results are arguments of other calls, the bytes of the innermost arguments live as long as the outermost result.
+     *
+     * Such a result shares the fate of the bytes: trimming reverses those of its argument for a moment, so calls at the same time, on
+     * several threads, may not have arguments that share bytes. */
+    int32_t results_may_refer;
 } bifun_engine_statements;
 
 /* Weak, so that an engine need not have it. */

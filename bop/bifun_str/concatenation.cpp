@@ -15,14 +15,15 @@ status concatenation(const bifun_string& a, const bifun_string& b, string_room& 
     if (length > longest_built_text || blanks > UINT32_MAX) {
         return BIFUN_INVALID_CHARACTER_STRING;
     }
+    if (b.length == 0 || full_length(a) == 0) {
+        return take_text(room, {static_cast<std::uint32_t>(length), static_cast<std::uint32_t>(blanks), b.length == 0 ? a.data : b.data});
+    }
     text_writer text;
     const status made = make_room(room, length, static_cast<std::uint32_t>(blanks), text);
-    if (made == BIFUN_OK && length != 0) {
+    if (made == BIFUN_OK) {
         append(text, a.data, a.length);
-        if (b.length != 0) {
-            append(text, blank, a.trailing_blanks);
-            append(text, b.data, b.length);
-        }
+        append(text, blank, a.trailing_blanks);
+        append(text, b.data, b.length);
     }
     return made;
 }
@@ -31,7 +32,7 @@ status concatenation(const bifun_string& a, const bifun_string& b, string_room& 
     if (b == nullptr && a->length > longest_built_text) {
         return BIFUN_ARGUMENT_OUT_OF_DOMAIN;
     }
-    return copy_text(room, b == nullptr ? *a : *b);
+    return take_text(room, b == nullptr ? *a : *b);
 }
 
 template <class A, class B> status concat(batch_of<VARCHAR> batch, A a, B b) {
@@ -72,6 +73,9 @@ status repeat(const bifun_string& value, std::int32_t count, string_room& room) 
     // The last blanks are a count.
     const std::uint32_t blanks = value.length == 0 ? static_cast<std::uint32_t>(whole) : count == 0 ? 0 : value.trailing_blanks;
     const auto length = static_cast<std::uint32_t>(whole) - blanks;
+    if (count == 1) {
+        return take_text(room, value);
+    }
     text_writer text;
     const status made = make_room(room, length, blanks, text);
     if (made != BIFUN_OK || length == 0) {
@@ -83,10 +87,8 @@ status repeat(const bifun_string& value, std::int32_t count, string_room& room) 
     }
     const std::uint8_t* const begin = text.at;
     append(text, value.data, value.length);
-    if (count > 1) {
-        append(text, blank, value.trailing_blanks);
-        append_copies(text, begin, value.length + value.trailing_blanks, length - (value.length + value.trailing_blanks));
-    }
+    append(text, blank, value.trailing_blanks);
+    append_copies(text, begin, value.length + value.trailing_blanks, length - (value.length + value.trailing_blanks));
     return BIFUN_OK;
 }
 

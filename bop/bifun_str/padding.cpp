@@ -39,7 +39,7 @@ void append_pad(text_writer& text, const bifun_string& pad, std::uint32_t length
 status cut_text(const text_operations& texts, const bifun_string& value, std::uint32_t stored, std::uint32_t length, string_room& room) {
     const bifun_string kept = length >= stored ? bifun_string{value.length, length - stored, value.data}
                                                : bifun_string{offset_of_character(texts, value, length), 0, value.data};
-    return full_length(kept) > longest_built_text ? BIFUN_INVALID_CHARACTER_STRING : copy_text(room, kept);
+    return full_length(kept) > longest_built_text ? BIFUN_INVALID_CHARACTER_STRING : take_text(room, kept);
 }
 
 // What stands where: on the left the pad and then the text, whose blanks are a count; on the right the text, its blanks as far as they are

@@ -35,7 +35,7 @@ status replace_occurrences(const bifun_string& source, std::uint32_t length, con
         end = at + length;
     }
     if (occurrences == 0) {
-        return copy_text(room, source);
+        return take_text(room, source);
     }
     const std::uint32_t rebuilt = end < source.length ? source.length : end; // bytes of the full text; what is behind them is counted
     text_writer text;
@@ -188,7 +188,7 @@ inline status replace_row(const text_operations& texts, const bifun_string& sour
     if (is_replaced_by_bytes(texts, search.request, pattern)) [[likely]] {
         return replace_bytes(texts, source, make_needle(pattern.data, pattern.length), replacement, room);
     }
-    return is_empty(pattern) ? copy_text(room, source) : replace_by_row_search(search, pattern, source, replacement, room);
+    return is_empty(pattern) ? take_text(room, source) : replace_by_row_search(search, pattern, source, replacement, room);
 }
 
 } // namespace bifun

@@ -117,12 +117,7 @@ void whole_text(const bifun_string& text, bifun_string& copy) { copy = text; }
 // ---- SUBSTRB -----------------------------------------------------------------------------------------------------------
 
 // Bytes `first` to `end` of the stored ones; those of characters that the range cuts become blanks.
-void append_whole_characters(const text_operations& texts, text_writer& part, const bifun_string& text, std::uint32_t first,
-                             std::uint32_t end) {
-    if (has_single_bytes(texts, text)) {
-        append(part, text.data + first, end - first);
-        return;
-    }
+void append_whole_characters(text_writer& part, const bifun_string& text, std::uint32_t first, std::uint32_t end) {
     const auto begins_character = [&](std::uint32_t offset) {
         return offset == text.length || zq_char_start(text.data, text.length, offset) != 0;
     };
@@ -148,10 +143,15 @@ value_or_null substring_in_bytes(const text_operations& texts, const bifun_strin
     }
     const auto first = static_cast<std::uint32_t>(range.start - 1);
     const auto stored = static_cast<std::uint32_t>(range.stored);
+    const std::uint32_t blanks = stored == 0 ? range.blanks : text.trailing_blanks;
+    // Single-byte characters up to the end of the range are not cut, whatever is behind.
+    if (begins_with_single_bytes(texts, text, first + stored)) {
+        return take_text(space, {stored, blanks, text.data + first});
+    }
     text_writer part;
-    const status made = make_room(space, stored, stored == 0 ? range.blanks : text.trailing_blanks, part);
+    const status made = make_room(space, stored, blanks, part);
     if (made == BIFUN_OK) {
-        append_whole_characters(texts, part, text, first, first + stored);
+        append_whole_characters(part, text, first, first + stored);
     }
     return made;
 }

@@ -34,31 +34,28 @@ status ifun_substring_index_low(bifun_environment* environment, bifun_memory_obj
     return BIFUN_OK;
 }
 
-struct index_scratch {
-    bifun::batch batch;
-    bifun::scratch& memory;
-};
-
-[[gnu::noinline]] string_outcome<status> part_of_any_text(index_scratch& scratch, bifun_string value, bifun_string separator,
-                                                          std::int32_t n) {
+[[gnu::noinline]] status copy_part_of_any_text(scratch& memory, const bifun_string& value, const bifun_string& separator, std::int32_t n,
+                                               string_room& room) {
     const std::uint64_t length = full_length(value);
     const std::uint64_t separator_length = full_length(separator);
-    bifun_string part{0, 0, reserve(scratch.memory, length + separator_length)};
+    bifun_string part{0, 0, reserve(memory, length + separator_length)};
     if (part.data == nullptr) {
-        return {part, BIFUN_OUT_OF_MEMORY};
+        return BIFUN_OUT_OF_MEMORY;
     }
     std::uint8_t* const delimiter = part.data + length;
     write_full_text(part.data, value);
     write_full_text(delimiter, separator);
     std::uint32_t kept = 0;
-    const status found =
-        ifun_substring_index_low(scratch.batch.environment, scratch.batch.memory, part.data, static_cast<std::uint32_t>(length), delimiter,
-                                 static_cast<std::uint32_t>(separator_length), n, &kept);
+    const status found = ifun_substring_index_low(memory.environment, memory.memory, part.data, static_cast<std::uint32_t>(length),
+                                                  delimiter, static_cast<std::uint32_t>(separator_length), n, &kept);
+    if (found < BIFUN_OK) {
+        return found;
+    }
     // The part begins or ends with the full text, which ends with the blanks.
     const std::uint32_t behind_stored = kept > value.length ? kept - value.length : 0;
     part.trailing_blanks = n < 0 ? std::min(kept, value.trailing_blanks) : behind_stored;
     part.length = kept - part.trailing_blanks;
-    return {part, found};
+    return copy_text(room, part);
 }
 
 // Whether the n-th place of the delimiter, in a text of single-byte characters, is found, and the offset of it. Places may overlap.
@@ -100,28 +97,23 @@ bifun_string part_of_single_bytes(const bifun_string& text, const bifun_string& 
 }
 
 status substring_index(const text_operations& texts, const bifun_string& value, const bifun_string& separator, std::int32_t n,
-                       index_scratch& scratch, bifun_string& part) {
-    part = {0, 0, value.data};
+                       scratch& memory, string_room& room) {
     if (n == 0 || is_empty(separator)) {
-        return BIFUN_OK;
+        return take_text(room, {0, 0, value.data});
     }
     const bool blanks_do_not_matter =
         separator.trailing_blanks == 0 && (value.trailing_blanks == 0 || separator.data[separator.length - 1] != blank);
     if (blanks_do_not_matter && separator.length <= longest_plain_pattern && has_single_bytes(texts, separator) &&
         has_single_bytes(texts, value)) {
-        part = part_of_single_bytes(value, separator, n);
-        return BIFUN_OK;
+        return take_text(room, part_of_single_bytes(value, separator, n));
     }
-    const auto found = part_of_any_text(scratch, value, separator, n);
-    part = found.value;
-    return found.outcome;
+    return copy_part_of_any_text(memory, value, separator, n, room);
 }
 
 template <class Delimiter>
 status substring_index_rows(batch_of<VARCHAR> batch, column_of<VARCHAR> text, Delimiter delimiter, constant_of<INT> count) {
     return with_scratch(batch.environment, batch.memory, string_source_file, [&](scratch& memory) {
-        index_scratch scratch{batch, memory};
-        return string_rows<substring_index>(batch, fixed(text_operations_of_engine()), text, delimiter, count, shared(scratch));
+        return string_rows<substring_index>(batch, fixed(text_operations_of_engine()), text, delimiter, count, shared(memory));
     });
 }
 

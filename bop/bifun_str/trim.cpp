@@ -25,10 +25,11 @@ struct trim_set {
     bool has_whitespace;   // among the stored bytes
     bool has_single_bytes; // and at least one
     byte_set bytes;        // where it has_single_bytes
+    scratch* room;         // for its bytes, where they lie in the text that is trimmed; null for a set without bytes
 };
 
-trim_set make_trim_set(const text_operations& texts, const bifun_string& characters) {
-    trim_set set{characters, false, texts.ascii_is_single_byte && characters.length != 0, {}};
+trim_set make_trim_set(const text_operations& texts, const bifun_string& characters, scratch& room) {
+    trim_set set{characters, false, texts.ascii_is_single_byte && characters.length != 0, {}, &room};
     for (std::uint32_t i = 0; i < characters.length; ++i) {
         const std::uint8_t byte = characters.data[i];
         set.has_whitespace |= is_whitespace(byte);
@@ -84,17 +85,32 @@ struct right_trim_result {
     status outcome;
 };
 
-// The bytes of the argument are reversed and put back. Nothing is to be done for an empty text.
+bool share_bytes(const bifun_string& a, const bifun_string& b) {
+    const auto begin_of_a = reinterpret_cast<std::uintptr_t>(a.data);
+    const auto begin_of_b = reinterpret_cast<std::uintptr_t>(b.data);
+    return begin_of_a < begin_of_b + b.length && begin_of_b < begin_of_a + a.length;
+}
+
+// The bytes of the argument are reversed and put back. Nothing is to be done for an empty text. A set that refers to bytes of the text, as
+// the result of another call may, is copied first.
 [[gnu::noinline]] right_trim_result trim_right_of_any_text(bifun_string text, const trim_set& set) {
     if (text.length == 0) {
         return {0, BIFUN_OK};
+    }
+    const std::uint8_t* characters = set.characters.data;
+    if (share_bytes(text, set.characters)) {
+        std::uint8_t* const copy = reserve(*set.room, set.characters.length);
+        if (copy == nullptr) {
+            return {0, BIFUN_OUT_OF_MEMORY};
+        }
+        characters = static_cast<std::uint8_t*>(std::memcpy(copy, characters, set.characters.length));
     }
     if (zq_mbsrev_ex(text.data, text.length) == nullptr) {
         return {0, BIFUN_INVALID_CHARACTER_STRING};
     }
     const std::uint8_t* first = text.data;
     std::uint32_t rest = text.length;
-    trim_left(set.characters.data, set.characters.length, &first, &rest);
+    trim_left(characters, set.characters.length, &first, &rest);
     if (zq_mbsrev_ex(text.data, text.length) == nullptr) {
         return {0, BIFUN_INVALID_CHARACTER_STRING};
     }
@@ -193,25 +209,25 @@ using trim_kernel = value_or_unwritten (*)(const text_operations&, const bifun_s
 
 // The same with the set of the row.
 template <trim_kernel kernel>
-value_or_unwritten trim_by_row(const text_operations& texts, const bifun_string& value, const bifun_string& characters,
+value_or_unwritten trim_by_row(const text_operations& texts, const bifun_string& value, const bifun_string& characters, scratch& room,
                                bifun_string& text) {
-    return kernel(texts, value, make_trim_set(texts, characters), text);
+    return kernel(texts, value, make_trim_set(texts, characters, room), text);
 }
 
 // The same for a set that must be one character, or empty.
 template <trim_kernel kernel>
 value_or_unwritten trim_one_character(const text_operations& texts, const bifun_string& value, const bifun_string& characters,
-                                      bifun_string& text) {
+                                      scratch& room, bifun_string& text) {
     text = value;
     if (is_empty(value) || is_empty(characters)) {
         return {};
     }
-    return is_one_character(characters) ? trim_by_row<kernel>(texts, value, characters, text) : BIFUN_TRIM_SET_NOT_ONE_CHARACTER;
+    return is_one_character(characters) ? trim_by_row<kernel>(texts, value, characters, room, text) : BIFUN_TRIM_SET_NOT_ONE_CHARACTER;
 }
 
 // The same for a blank. What is known when the kernel is compiled leaves little of it.
 template <trim_kernel kernel> value_or_unwritten trim_blanks(const text_operations& texts, const bifun_string& value, bifun_string& text) {
-    constexpr trim_set blank_set{{0, 1, nullptr}, false, false, {}};
+    constexpr trim_set blank_set{{0, 1, nullptr}, false, false, {}, nullptr};
     return kernel(texts, value, blank_set, text);
 }
 
@@ -224,31 +240,36 @@ template <trim_kernel kernel> status trim_by_default(batch_of<VARCHAR> batch, co
 template <trim_kernel kernel> status trim_by_constant(batch_of<VARCHAR> batch, column_of<VARCHAR> text, constant_of<VARCHAR> set) {
     const text_operations texts = text_operations_of_engine();
     const auto [characters, present] = argument(set);
-    return string_rows<kernel>(batch, fixed(texts), text, constant_argument{make_trim_set(texts, characters), present});
+    return with_scratch(
+        batch.environment, batch.memory, string_source_file, [&, characters = characters, present = present](scratch& room) {
+            return string_rows<kernel>(batch, fixed(texts), text, constant_argument{make_trim_set(texts, characters, room), present});
+        });
 }
 
-template <trim_kernel kernel, class Text> status trim_by_column(batch_of<VARCHAR> batch, Text text, column_of<VARCHAR> set) {
-    return string_rows<trim_by_row<kernel>>(batch, fixed(text_operations_of_engine()), text, set);
+// `trim` is a kernel that is given the set of the row.
+template <auto trim, class Text> status trim_by_column(batch_of<VARCHAR> batch, Text text, column_of<VARCHAR> set) {
+    return with_scratch(batch.environment, batch.memory, string_source_file, [&](scratch& room) {
+        return string_rows<trim>(batch, fixed(text_operations_of_engine()), text, set, shared(room));
+    });
 }
 
 // TRIM with a mode, whose set is one character.
 
-template <class Text> status trim_by_column(batch_of<VARCHAR> batch, constant_of<INT> mode, Text text, column_of<VARCHAR> set) {
+template <class Text> status trim_by_mode(batch_of<VARCHAR> batch, constant_of<INT> mode, Text text, column_of<VARCHAR> set) {
     const auto [sides, present] = argument(mode);
-    const auto texts = fixed(text_operations_of_engine());
     return !present                 ? null_rows(batch)
-           : sides == trim_leading  ? string_rows<trim_one_character<bltrim_process>>(batch, texts, text, set)
-           : sides == trim_trailing ? string_rows<trim_one_character<brtrim_process>>(batch, texts, text, set)
-                                    : string_rows<trim_one_character<btrim_process>>(batch, texts, text, set);
+           : sides == trim_leading  ? trim_by_column<trim_one_character<bltrim_process>>(batch, text, set)
+           : sides == trim_trailing ? trim_by_column<trim_one_character<brtrim_process>>(batch, text, set)
+                                    : trim_by_column<trim_one_character<btrim_process>>(batch, text, set);
 }
 
 } // namespace
 
 status entry::btrim_vaa_str(batch_of<VARCHAR> batch, constant_of<INT> mode, column_of<VARCHAR> text, column_of<VARCHAR> set) {
-    return trim_by_column(batch, mode, text, set);
+    return trim_by_mode(batch, mode, text, set);
 }
 status entry::btrim_vva_str(batch_of<VARCHAR> batch, constant_of<INT> mode, constant_of<VARCHAR> text, column_of<VARCHAR> set) {
-    return trim_by_column(batch, mode, text, set);
+    return trim_by_mode(batch, mode, text, set);
 }
 status entry::btrim_vav_str(batch_of<VARCHAR> batch, constant_of<INT> mode, column_of<VARCHAR> text, constant_of<VARCHAR> set) {
     const auto [characters, present] = argument(set);
@@ -267,7 +288,7 @@ status entry::bltrim_def_a_str(batch_of<VARCHAR> batch, column_of<VARCHAR> text)
 status entry::brtrim_def_a_str(batch_of<VARCHAR> batch, column_of<VARCHAR> text) { return trim_by_default<brtrim_process>(batch, text); }
 
 status entry::bltrim_aa_str(batch_of<VARCHAR> batch, column_of<VARCHAR> text, column_of<VARCHAR> set) {
-    return trim_by_column<bltrim_process>(batch, text, set);
+    return trim_by_column<trim_by_row<bltrim_process>>(batch, text, set);
 }
 status entry::bltrim_av_str(batch_of<VARCHAR> batch, column_of<VARCHAR> text, constant_of<VARCHAR> set) {
     return trim_by_constant<bltrim_process>(batch, text, set);
@@ -275,7 +296,7 @@ status entry::bltrim_av_str(batch_of<VARCHAR> batch, column_of<VARCHAR> text, co
 status entry::bltrim_va_str(batch_of<VARCHAR> batch, constant_of<VARCHAR> text, column_of<VARCHAR> set) {
     const auto [value, present] = argument(text);
     if (!present || !is_empty(value)) {
-        return trim_by_column<bltrim_process>(batch, text, set);
+        return trim_by_column<trim_by_row<bltrim_process>>(batch, text, set);
     }
     // Nothing is left of nothing, whatever the sets are: they are not looked at.
     for (std::uint32_t row = 0; row < batch.row_count; ++row) {
@@ -287,13 +308,13 @@ status entry::bltrim_va_str(batch_of<VARCHAR> batch, constant_of<VARCHAR> text, 
 }
 
 status entry::brtrim_aa_str(batch_of<VARCHAR> batch, column_of<VARCHAR> text, column_of<VARCHAR> set) {
-    return trim_by_column<brtrim_process>(batch, text, set);
+    return trim_by_column<trim_by_row<brtrim_process>>(batch, text, set);
 }
 status entry::brtrim_av_str(batch_of<VARCHAR> batch, column_of<VARCHAR> text, constant_of<VARCHAR> set) {
     return trim_by_constant<brtrim_process>(batch, text, set);
 }
 status entry::brtrim_va_str(batch_of<VARCHAR> batch, constant_of<VARCHAR> text, column_of<VARCHAR> set) {
-    return trim_by_column<brtrim_process>(batch, text, set);
+    return trim_by_column<trim_by_row<brtrim_process>>(batch, text, set);
 }
 
 } // namespace bifun

@@ -80,26 +80,24 @@ status choose_rows(const batch& batch, const condition_argument& condition, cons
     if (batch.row_count == 0) {
         return BIFUN_OK;
     }
-    if constexpr (!std::is_same_v<T, bifun_string>) {
-        if (setters_are_plain_stores()) {
-            batch.result->no_nulls = x.column->no_nulls; // as a copy would
-            const auto choose_all = [&](std::uint32_t first, std::uint32_t count, const auto& holds, const auto& x_rows,
-                                        const auto& y_rows) -> status {
-                choose_block(null_flags(batch) + first, values<T>(batch) + first, count, holds, x_rows, y_rows);
-                clear_promise_for_nulls(batch, count, holds, false, y, y_rows);
-                return BIFUN_OK;
-            };
-            return for_each_block(batch.row_count, choose_all, condition, x, y);
-        }
+    if (!values_can_be_stored<T>()) {
+        return overwrite_copy(batch, condition, x, y);
     }
-    return overwrite_copy(batch, condition, x, y);
+    batch.result->no_nulls = x.column->no_nulls; // as a copy would
+    const auto choose_all = [&](std::uint32_t first, std::uint32_t count, const auto& holds, const auto& x_rows,
+                                const auto& y_rows) -> status {
+        choose_block(null_flags(batch) + first, values<T>(batch) + first, count, holds, x_rows, y_rows);
+        clear_promise_for_nulls(batch, count, holds, false, y, y_rows);
+        return BIFUN_OK;
+    };
+    return for_each_block(batch.row_count, choose_all, condition, x, y);
 }
 
 template <class T>
 status choose_rows(const batch& batch, const condition_argument& condition, const constant_argument<T>& x, const constant_argument<T>& y) {
     const auto choose_all = [&](std::uint32_t first, std::uint32_t count, const auto& holds, const auto& x_rows,
                                 const auto& y_rows) -> status {
-        if constexpr (std::is_same_v<T, bifun_string>) {
+        if (std::is_same_v<T, bifun_string> && !results_may_refer()) {
             for (std::uint32_t k = 0; k < count; ++k) {
                 const constant_rows<T>& chosen = is_true(holds[k]) ? x_rows : y_rows;
                 choose_one(batch, first + k, chosen.present, chosen.value);

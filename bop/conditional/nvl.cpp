@@ -11,9 +11,9 @@ namespace {
 
 constexpr std::uint32_t empty_strings_are_null = 2;
 
-bool counts_as_null(const bifun_string& value) {
-    return global_bifun_var.compatible_mode == empty_strings_are_null && value.length == 0 && value.trailing_blanks == 0;
-}
+bool empty_strings_count_as_null() { return global_bifun_var.compatible_mode == empty_strings_are_null; }
+
+bool counts_as_null(const bifun_string& value) { return empty_strings_count_as_null() && value.length == 0 && value.trailing_blanks == 0; }
 
 // The result begins as a copy of x.
 template <class X, class Y> status begin_with(const batch& batch, const X& x, const Y& y) {
@@ -42,10 +42,11 @@ template <class T, class Y> status replace_nulls_in_copy(const batch& batch, con
 }
 
 template <class T, class Y> status choose_values(const batch& batch, const column_argument<T>& x, const Y& y) {
-    if (!setters_are_plain_stores() || x.column->no_nulls != 0) {
+    // The engine's copy of a whole column is the faster one, but copies the bytes of strings.
+    if (!values_can_be_stored<T>() || (x.column->no_nulls != 0 && !std::is_same_v<T, bifun_string>)) {
         return replace_nulls_in_copy(batch, x, y);
     }
-    batch.result->no_nulls = 0;
+    batch.result->no_nulls = has_no_nulls(x) && has_no_nulls(y);
     const auto choose_block = [&](std::uint32_t first, std::uint32_t count, const auto& x_rows, const auto& y_rows) -> status {
         std::uint8_t* __restrict const flags = null_flags(batch) + first;
         T* __restrict const results = values<T>(batch) + first;
@@ -73,6 +74,9 @@ void assign(batch_of<VARBINARY> batch, std::uint32_t row, const bifun_string& va
 }
 
 template <value_type type, template <value_type> class Y> status nvl_string(batch_of<type> batch, column_of<type> x, Y<type> y) {
+    if (results_may_refer() && !empty_strings_count_as_null()) {
+        return choose_values(batch, argument(x), argument(y));
+    }
     const status begun = begin_with(batch, argument(x), argument(y));
     if (begun != BIFUN_OK) {
         return begun;

@@ -38,6 +38,10 @@ inline void set_value(const batch& batch, std::uint32_t row, const bifun_string&
     (void)bdta3_col_assign_str(batch.environment, batch.memory, batch.result, row, value.data, value.length, value.trailing_blanks);
 }
 
+// Whether the library may put values of the type into the value array itself.
+template <class T> bool values_can_be_stored() { return setters_are_plain_stores(); }
+template <> inline bool values_can_be_stored<bifun_string>() { return results_may_refer(); }
+
 // Copies `source`, as seen through its selection vector, into the result. Only -503 counts as a failure: an engine's copy may have no
 // status to return.
 inline status copy_column(const batch& batch, const bifun_column* source) {

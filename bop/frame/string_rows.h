@@ -2,9 +2,9 @@
 //
 //     string_rows<kernel>(batch, arguments...)
 //
-// A kernel that has a bifun_string for its result points to bytes that are there already, of an argument or of the caller: they are copied.
-// One that has a string_room asks it for as many bytes as it needs and writes them, piece by piece. One that has a bounded_text writes
-// before it knows how many there are.
+// A kernel that has a bifun_string for its result points to bytes that are there already, of an argument or in storage of the result: the
+// row refers to them where the engine says that it may, and else has a copy. One that has a string_room asks it for as many bytes as it
+// needs and writes them, piece by piece. One that has a bounded_text writes before it knows how many there are.
 #ifndef BIFUN_FRAME_STRING_ROWS_H
 #define BIFUN_FRAME_STRING_ROWS_H
 
@@ -16,7 +16,28 @@ namespace bifun {
 
 // ---- where texts go: policies as in bop/frame/results.h ----
 
-// Copied into the column's free bytes, where these lie open and the value fits with room behind it. Else through the engine: set_results.
+struct referring_strings {
+    using place = bifun_string;
+    bifun_string* values;
+
+    explicit referring_strings(const batch& batch) : values(bifun::values<bifun_string>(batch)) {}
+    template <class Evaluate> status row(std::uint32_t row, const Evaluate& evaluate) {
+        bifun_string value;
+        const status outcome = evaluate(value);
+        if (outcome == BIFUN_OK) {
+            values[row] = value;
+        }
+        return outcome;
+    }
+    void finish() const {}
+};
+
+// The column's free bytes where these lie open, else none.
+inline bdta3_free_bytes open_free_bytes(const batch& batch) {
+    return free_bytes_are_open() ? free_bytes::of_column(*batch.result->data) : bdta3_free_bytes{nullptr, nullptr};
+}
+
+// Copied into the column's free bytes, where these lie open and the value fits with room behind it. Else through the engine.
 struct copied_strings {
     using place = bifun_string;
     const bifun::batch& batch;
@@ -24,25 +45,32 @@ struct copied_strings {
     bdta3_free_bytes free; // a copy, so that it stays in registers: only this loop writes the column
 
     explicit copied_strings(const bifun::batch& batch)
-        : batch(batch), values(bifun::values<bifun_string>(batch)), free(free_bytes::of_column(*batch.result->data)) {}
+        : batch(batch), values(bifun::values<bifun_string>(batch)), free(open_free_bytes(batch)) {}
 
     template <class Evaluate> status row(std::uint32_t row, const Evaluate& evaluate) {
         bifun_string value;
         const status outcome = evaluate(value);
         if (outcome == BIFUN_OK) {
-            if (value.length <= copy_room && static_cast<std::size_t>(free.end - free.top) >= copy_room) [[likely]] {
-                copy_into_room(free.top, value.data, value.length);
-                values[row] = {value.length, value.trailing_blanks, free.top};
-                free.top += value.length;
-            } else {
-                finish();
-                set_value(batch, row, value);
-                free = free_bytes::of_column(*batch.result->data);
-            }
+            copy(row, value);
         }
         return outcome;
     }
-    void finish() const { free_bytes::of_column(*batch.result->data).top = free.top; }
+    void copy(std::uint32_t row, const bifun_string& value) {
+        if (value.length <= copy_room && static_cast<std::size_t>(free.end - free.top) >= copy_room) [[likely]] {
+            copy_into_room(free.top, value.data, value.length);
+            values[row] = {value.length, value.trailing_blanks, free.top};
+            free.top += value.length;
+        } else {
+            finish();
+            set_value(batch, row, value);
+            free = open_free_bytes(batch);
+        }
+    }
+    void finish() const {
+        if (free.top != nullptr) {
+            free_bytes::of_column(*batch.result->data).top = free.top;
+        }
+    }
 };
 
 // ---- strings that kernels build where they are to lie ----
@@ -55,6 +83,7 @@ template <room_source source> struct room_in {
     const bifun::batch& batch;
     std::uint32_t row;
     bdta3_free_bytes* free; // the column's, where they lie open, else null
+    bool may_refer;         // the row may point to bytes of an argument
 };
 using string_room = room_in<room_source::string>;
 using column_space = room_in<room_source::column_space>;
@@ -90,7 +119,7 @@ status make_room(const room_in<source>& room, std::uint64_t length, std::uint32_
     return BIFUN_OK;
 }
 
-// A text that is there already.
+// A text that is in bytes of the caller.
 template <room_source source> status copy_text(const room_in<source>& room, const bifun_string& value) {
     text_writer text;
     const status made = make_room(room, value.length, value.trailing_blanks, text);
@@ -100,15 +129,25 @@ template <room_source source> status copy_text(const room_in<source>& room, cons
     return made;
 }
 
+// A text that is there already: of an argument.
+template <room_source source> status take_text(const room_in<source>& room, const bifun_string& value) {
+    if (room.may_refer) {
+        values<bifun_string>(room.batch)[room.row] = value;
+        return BIFUN_OK;
+    }
+    return copy_text(room, value);
+}
+
 template <class Room> struct built_strings {
     using place = Room;
     const bifun::batch& batch;
     bdta3_free_bytes* free;
+    bool may_refer;
 
-    explicit built_strings(const bifun::batch& batch)
-        : batch(batch), free(free_bytes_are_open() ? &free_bytes::of_column(*batch.result->data) : nullptr) {}
+    explicit built_strings(const bifun::batch& batch, bool may_refer = results_may_refer())
+        : batch(batch), free(free_bytes_are_open() ? &free_bytes::of_column(*batch.result->data) : nullptr), may_refer(may_refer) {}
     template <class Evaluate> status row(std::uint32_t row, const Evaluate& evaluate) {
-        Room room{batch, row, free};
+        Room room{batch, row, free, may_refer};
         return evaluate(room);
     }
     void finish() const {}
@@ -189,8 +228,8 @@ template <auto kernel, class... Arguments> status string_rows(batch_of<VARCHAR> 
     } else if constexpr (!std::is_same_v<result, bifun_string>) {
         return evaluate_strings<kernel, built_strings<result>>(batch, argument(arguments)...);
     } else {
-        return free_bytes_are_open() ? evaluate_strings<kernel, copied_strings>(batch, argument(arguments)...)
-                                     : evaluate_strings<kernel, set_results<bifun_string>>(batch, argument(arguments)...);
+        return results_may_refer() ? evaluate_strings<kernel, referring_strings>(batch, argument(arguments)...)
+                                   : evaluate_strings<kernel, copied_strings>(batch, argument(arguments)...);
     }
 }
 

@@ -16,6 +16,7 @@
 #include "embedded/session/environment.h"
 #include "engine/columns.h"
 #include "engine/memory.h"
+#include "engine/statements.h"
 
 namespace contract {
 namespace {
@@ -80,6 +81,37 @@ struct watched_memory {
     std::map<void*, std::pair<std::unique_ptr<std::uint8_t[]>, void*>> taken;
 };
 
+// Copies of the strings of a call's arguments.
+struct short_lived_strings {
+    std::vector<std::unique_ptr<std::uint8_t[]>> bytes;
+    std::vector<std::unique_ptr<bifun_string[]>> columns;
+    std::vector<std::unique_ptr<bifun_string_constant>> constants;
+
+    std::uint8_t* copy(const std::uint8_t* from, std::uint32_t length) {
+        bytes.push_back(std::make_unique_for_overwrite<std::uint8_t[]>(length));
+        std::copy_n(from, length, bytes.back().get());
+        return bytes.back().get();
+    }
+    void* copy(const bifun_column& column, std::uint32_t row_count) {
+        const auto* const values = static_cast<const bifun_string*>(column.data->values);
+        const std::uint32_t last =
+            column.selection == nullptr ? row_count : 1U + *std::max_element(column.selection, column.selection + row_count);
+        columns.push_back(std::make_unique_for_overwrite<bifun_string[]>(last));
+        for (std::uint32_t row = 0; row < last; ++row) {
+            bifun_string& value = columns.back()[row] = values[row];
+            value.data = column.data->null_flags[row] != 0 ? copy(value.data, value.length) : value.data;
+        }
+        return columns.back().get();
+    }
+    const void* copy(const bifun_string_constant& constant) {
+        constants.push_back(std::make_unique<bifun_string_constant>(constant));
+        if (constant.not_null != 0 && constant.length > BIFUN_INLINE_LENGTH) {
+            constants.back()->data = copy(constant.data, constant.length);
+        }
+        return constants.back().get();
+    }
+};
+
 bool is_unwritten(const void* bytes, std::size_t size) {
     const auto* const begin = static_cast<const std::uint8_t*>(bytes);
     return std::all_of(begin, begin + size, [](std::uint8_t byte) { return byte == unwritten; });
@@ -120,6 +152,25 @@ void check_invariants(const bifun::entry_point& entry, const outcome& outcome) {
             << entry.symbol << ": " << lacking << " rows are not NULL and have no value";
     } else {
         EXPECT_EQ(outcome.no_nulls(), 0U) << "the call failed and the no-null flag is set";
+    }
+}
+
+// Has the strings of the result point to copies, so that the arguments need not live as long as the outcome.
+void keep_strings(outcome& outcome) {
+    auto* const values = zqengine::values_of<bifun_string>(*outcome.result);
+    const auto is_kept = [&](std::uint32_t row) { return outcome.flag(row) == 1 && outcome.holds_value(row); };
+    std::size_t length = 0;
+    for (std::uint32_t row = 0; row < outcome.row_count; ++row) {
+        length += is_kept(row) ? values[row].length : 0;
+    }
+    outcome.string_bytes = std::make_unique_for_overwrite<std::uint8_t[]>(length);
+    std::uint8_t* top = outcome.string_bytes.get();
+    for (std::uint32_t row = 0; row < outcome.row_count; ++row) {
+        if (is_kept(row)) {
+            std::uint8_t* const copy = top;
+            top = std::copy_n(values[row].data, values[row].length, top);
+            values[row].data = copy;
+        }
     }
 }
 
@@ -175,6 +226,17 @@ outcome call(const bifun::entry_point& entry, const std::vector<call_argument>& 
         columns[i] = {argument.column->column.no_nulls, argument.selection.empty() ? nullptr : argument.selection.data(), &data[i]};
         pointers[i] = &columns[i];
     }
+    auto copies = std::make_unique<short_lived_strings>();
+    for (std::size_t i = 0; circumstances.arguments_are_short_lived && i < arguments.size(); ++i) {
+        if (!bifun::is_string(entry.arguments()[i].type)) {
+            continue;
+        }
+        if (arguments[i].constant != nullptr) {
+            pointers[i] = copies->copy(*static_cast<const bifun_string_constant*>(pointers[i]));
+        } else if (row_count != 0) {
+            data[i].values = copies->copy(columns[i], row_count);
+        }
+    }
     outcome outcome{0, row_count, zqengine::column_pointer(zqengine::create_column(entry.result, row_count + guard_rows))};
     std::memset(outcome.result->data.null_flags, unwritten, row_count + guard_rows);
     std::memset(outcome.result->data.values, unwritten, (row_count + guard_rows) * bifun::value_width(entry.result));
@@ -206,7 +268,13 @@ outcome call(const bifun::entry_point& entry, const std::vector<call_argument>& 
                     (columns[i].data == &data[i] && columns[i].no_nulls == arguments[i].column->column.no_nulls))
             << "the record of argument " << i << " has changed";
     }
+    if (zq_engine_statements.results_may_refer == 0) {
+        copies.reset();
+    }
     check_invariants(entry, outcome);
+    if (bifun::is_string(entry.result)) {
+        keep_strings(outcome);
+    }
     return outcome;
 }
 

@@ -3,6 +3,7 @@
 #define BIFUN_TESTS_CONTRACT_CALLED_EXPORT_H
 
 #include <cstdint>
+#include <memory>
 #include <span>
 #include <string_view>
 #include <vector>
@@ -36,19 +37,22 @@ struct outcome {
     std::int32_t status;
     std::uint32_t row_count;
     zqengine::column_pointer result;
-    bool ran_out_of_memory = false; // the failing step that was asked for has come
+    std::unique_ptr<std::uint8_t[]> string_bytes = nullptr; // copies of what the strings of the result point to
+    bool ran_out_of_memory = false;                         // the failing step that was asked for has come
 
     [[nodiscard]] std::uint32_t no_nulls() const { return result->column.no_nulls; }
     [[nodiscard]] std::uint8_t flag(std::uint32_t row) const { return result->data.null_flags[row]; }
     [[nodiscard]] bool holds_value(std::uint32_t row) const; // whether the value has been written, be the flag what it may
 };
 
-// How a call is made: the result's no-null flag before it, the step of it that is to run out of memory (1 is the first, 0 none), and
-// whether the memory object has a release function.
+// How a call is made: the result's no-null flag before it, the step of it that is to run out of memory (1 is the first, 0 none), whether
+// the memory object has a release function, and whether the strings of the arguments are copies of which each has memory of its own, gone
+// as soon as the engine may release it.
 struct circumstances {
     std::uint32_t no_nulls_before = 1;
     std::int64_t failing_step = 0;
     bool memory_is_released = true;
+    bool arguments_are_short_lived = false;
 };
 
 // Calls the entry point. Whatever the entry point, it is a failure of the test that arguments change, that scratch memory is kept or

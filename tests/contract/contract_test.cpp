@@ -101,8 +101,9 @@ constexpr std::int32_t bifun_engine_statements::*engine_statements[] = {
     &bifun_engine_statements::setters_are_plain_stores, &bifun_engine_statements::free_bytes_are_open,
     &bifun_engine_statements::ascii_is_single_byte,     &bifun_engine_statements::decimal_layout,
     &bifun_engine_statements::datetime_layout,          &bifun_engine_statements::pads_as_described,
-    &bifun_engine_statements::utf8_is_unicode};
+    &bifun_engine_statements::utf8_is_unicode,          &bifun_engine_statements::results_may_refer};
 constexpr unsigned all_statements = (1U << std::size(engine_statements)) - 1;
+constexpr unsigned results_refer = 1U << (std::size(engine_statements) - 1);
 
 // Makes the engine unsay those whose bits are set, as long as this lives.
 class unsaid {
@@ -416,11 +417,61 @@ TEST_F(Contract, ResultsDoNotDependOnWhatTheEngineSaysOfItself) {
             const std::vector<call_argument> arguments = arguments_of_round(entry, row_count, round % 8 < 4 ? 0 : some_nulls, round);
             const outcome usual = call(entry, arguments, row_count);
             EXPECT_TRUE(same_outcome(call(entry, arguments, row_count, {.memory_is_released = false}), usual)) << entry.symbol;
+            for (const unsigned statements : {0U, results_refer, all_statements}) {
+                const unsaid unsaid(statements);
+                EXPECT_TRUE(same_outcome(call(entry, arguments, row_count, {.arguments_are_short_lived = true}), usual)) << entry.symbol;
+            }
             for (unsigned i = 0; i <= std::size(engine_statements); ++i) {
                 const unsaid unsaid(i < std::size(engine_statements) ? 1U << i : all_statements);
                 EXPECT_TRUE(same_outcome(call(entry, arguments, row_count), usual))
                     << entry.symbol << ", round " << round << " without " << i;
             }
+        }
+    }
+}
+
+// The last character of every text, in the bytes of the text. The column shows what it is given as UTF-8.
+zqengine::column_pointer last_characters(const zqengine::column_storage& texts) {
+    const auto* const values = zqengine::values_of<bifun_string>(texts);
+    std::vector<bifun_string> parts(values, values + texts.capacity);
+    for (std::uint32_t row = 0; row < texts.capacity; ++row) {
+        std::uint32_t first = texts.data.null_flags[row] != 0 && parts[row].length != 0 ? parts[row].length - 1 : 0;
+        while (first != 0 && (parts[row].data[first] & 0xC0) == 0x80) {
+            --first;
+        }
+        if (texts.data.null_flags[row] != 0) {
+            parts[row] = {parts[row].length - first, 0, parts[row].data + first};
+        }
+    }
+    zqengine::column_pointer column = column_of(texts.type, parts);
+    column->column.no_nulls = texts.column.no_nulls;
+    std::copy_n(texts.data.null_flags, texts.capacity, column->data.null_flags);
+    return column;
+}
+
+// As where one is a result that refers to the other.
+TEST_F(Contract, StringArgumentsMayShareBytes) {
+    constexpr std::uint32_t row_count = 300;
+    for (const entry_point& entry : entry_points) {
+        for (std::size_t round = 0; round < 16; ++round) {
+            std::vector<call_argument> arguments = arguments_of_round(entry, row_count, round % 2 == 0 ? 0 : some_nulls, round);
+            const zqengine::column_storage* texts = nullptr;
+            std::vector<zqengine::column_pointer> parts;
+            for (std::size_t i = 0; i < arguments.size(); ++i) {
+                if (arguments[i].column == nullptr || !bifun::is_string(arguments[i].column->type)) {
+                    continue;
+                }
+                if (texts == nullptr) {
+                    texts = arguments[i].column;
+                } else {
+                    parts.push_back(last_characters(*texts));
+                    arguments[i].column = parts.back().get();
+                }
+            }
+            const unsaid unsaid(round % 4 < 2 ? 0U : all_statements);
+            EXPECT_TRUE(parts.empty() || same_outcome(call(entry, arguments, row_count),
+                                                      call(entry, arguments, row_count, {.arguments_are_short_lived = true})))
+                << entry.symbol << ", round " << round;
         }
     }
 }
@@ -495,7 +546,7 @@ TEST_F(Contract, AnyRowIsTheSameWhateverTheEngineSaysOfItself) {
 TEST(EngineStatements, AreNotReadBehindTheRecordThatTheEngineHas) {
     constexpr bool (*library_takes_as_said[])() = {
         bifun::setters_are_plain_stores, bifun::free_bytes_are_open, bifun::ascii_is_single_byte, bifun::decimals_are_packed,
-        bifun::datetimes_are_packed,     bifun::pads_as_described,   bifun::utf8_is_unicode};
+        bifun::datetimes_are_packed,     bifun::pads_as_described,   bifun::utf8_is_unicode,      bifun::results_may_refer};
     const unsaid nothing(0);
     for (std::uint32_t count = 0; count <= std::size(engine_statements); ++count) {
         zq_engine_statements.size = static_cast<std::uint32_t>(sizeof zq_engine_statements.size + count * sizeof(std::int32_t));
