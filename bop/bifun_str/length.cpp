@@ -49,10 +49,10 @@ value_or_null lengthb_of_large_object(const environment& environment, const valu
 } // namespace
 
 status entry::blength_a_str(batch_of<INT> batch, column_of<VARCHAR> text) {
-    return set_rows<length>(batch, fixed(text_operations_of_engine()), fixed(length_of_empty()), text);
+    return set_rows<length>(batch, texts_of(text), fixed(length_of_empty()), text);
 }
 status entry::blength_space_a_str(batch_of<INT> batch, column_of<VARCHAR> text) {
-    return set_rows<length_space>(batch, fixed(text_operations_of_engine()), fixed(length_of_empty()), text);
+    return set_rows<length_space>(batch, texts_of(text), fixed(length_of_empty()), text);
 }
 status entry::blengthb_a_str(batch_of<INT> batch, column_of<VARCHAR> text) {
     return set_rows<lengthb>(batch, fixed(length_of_empty()), text);

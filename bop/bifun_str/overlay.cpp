@@ -36,7 +36,7 @@ status overlay_rows(batch_of<VARCHAR> batch, Source source, Replacement replacem
         return fail_batch(batch, negative_length);
     }
     const overlaid_range range{static_cast<std::uint32_t>(position.value), static_cast<std::uint32_t>(length.value)};
-    return string_rows<overlay>(batch, fixed(text_operations_of_engine()), source, replacement, constant_argument{range, true});
+    return string_rows<overlay>(batch, texts_of(source), source, replacement, constant_argument{range, true});
 }
 
 template <class Source, class Replacement>

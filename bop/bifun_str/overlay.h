@@ -31,7 +31,7 @@ inline overlay_parts place_overlay(const text_operations& texts, const bifun_str
     const std::uint64_t stored = stored_characters(texts, source);
     const std::uint64_t all = stored + source.trailing_blanks;
     const std::uint64_t length = range.length == length_of_replacement
-                                     ? std::uint64_t{stored_characters(texts, replacement)} + replacement.trailing_blanks
+                                     ? std::uint64_t{stored_characters(of_any_text(texts), replacement)} + replacement.trailing_blanks
                                      : range.length;
     const std::uint64_t start = std::min<std::uint64_t>(range.position == 0 ? 0 : range.position - 1, all);
     const std::uint64_t end = std::min(start + length, all);

@@ -107,7 +107,7 @@ status pad_to(const text_operations& texts, const bifun_string& value, std::int3
         write_full_text(full_pad.data, pad);
         full_pad.length = static_cast<std::uint32_t>(pad_length);
     }
-    if (scratch.is_padded_here && has_single_bytes(texts, full_pad)) [[likely]] {
+    if (scratch.is_padded_here && has_single_bytes(of_any_text(texts), full_pad)) [[likely]] {
         return pad_single_bytes<at>(texts, value, static_cast<std::uint32_t>(std::max(length, 0)), full_pad, room);
     }
     const batch& batch = room.batch;
@@ -118,7 +118,7 @@ status pad_to(const text_operations& texts, const bifun_string& value, std::int3
 template <side at, class Text, class Pad> status pad_rows(batch_of<VARCHAR> batch, Text text, constant_of<INT> length, Pad pad) {
     return with_scratch(batch.environment, batch.memory, string_source_file, [&](scratch& pad_bytes) {
         pad_scratch scratch{pads_as_described(), pad_bytes};
-        return string_rows<pad_to<at>>(batch, fixed(text_operations_of_engine()), text, length, pad, shared(scratch));
+        return string_rows<pad_to<at>>(batch, texts_of(text), text, length, pad, shared(scratch));
     });
 }
 

@@ -219,13 +219,23 @@ struct look {
     std::int32_t position;
 };
 
-inline look look_at_bytes(const text_operations& texts, const needle& sought, bool in_bytes, const bifun_string& value) {
+// `offset` is that of the first place of the needle's bytes.
+inline look look_at_bytes(const text_operations& texts, const needle& sought, bool in_bytes, const bifun_string& value,
+                          std::uint32_t offset) {
     if (!texts.ascii_is_single_byte || (value.trailing_blanks != 0 && sought.last == blank)) {
         return {false, 0};
     }
-    const std::uint32_t offset = find(sought, value.data, value.length);
-    if (offset == no_offset || is_ascii(value.data, value.length)) {
-        return {true, static_cast<std::int32_t>(offset + 1)}; // no_offset becomes 0
+    if (offset == no_offset) {
+        return {true, 0};
+    }
+    const utf8_characters characters = value.length <= longest_masked ? characters_of(texts, value) : utf8_characters{false, 0};
+    if (characters.are_known) {
+        const std::uint64_t before = characters.starts & first_bits(offset);
+        const std::uint32_t units = in_bytes ? offset : static_cast<std::uint32_t>(std::popcount(before));
+        return {(characters.starts >> offset & 1) != 0, static_cast<std::int32_t>(units + 1)};
+    }
+    if (has_single_bytes(texts, value)) {
+        return {true, static_cast<std::int32_t>(offset + 1)};
     }
     if (zq_char_start(value.data, value.length, offset) == 0) {
         return {false, 0}; // the bytes lie within a character

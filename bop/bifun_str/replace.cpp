@@ -18,6 +18,17 @@ status replace_constant(const bifun_string& source, const constant_pattern& patt
     return replace_by_search(pattern.search, pattern.text_scratch, pattern.blanks, source, replacement, room);
 }
 
+[[gnu::noinline]] status replace_in_match(text_operations texts, const bifun_string& source, const needle& sought,
+                                          const bifun_string& replacement, string_room& room) {
+    return replace_bytes(texts, source, sought, replacement, room);
+}
+
+// For a pattern of bytes of which the first place in each source is known.
+status replace_found(const text_operations& texts, const bifun_string& source, const needle& sought, std::uint32_t offset,
+                     const bifun_string& replacement, string_room& room) {
+    return offset == no_offset ? take_text(room, source) : replace_in_match(texts, source, sought, replacement, room);
+}
+
 // An empty pattern occurs nowhere.
 void keep_source(const bifun_string& source, const bifun_string& /*pattern*/, const bifun_string& /*replacement*/, bifun_string& result) {
     result = source;
@@ -35,8 +46,13 @@ status replace(batch_of<VARCHAR> batch, Source source, constant_of<VARCHAR> give
     const text_operations texts = text_operations_of_engine();
     const search_request request = request_of_replace();
     if (is_replaced_by_bytes(texts, request, pattern)) {
-        return string_rows<replace_bytes>(batch, fixed(texts), source, constant_argument{make_needle(pattern.data, pattern.length), true},
-                                          replacement);
+        const constant_argument sought{make_needle(pattern.data, pattern.length), true};
+        if constexpr (std::is_same_v<Source, column_of<VARCHAR>>) {
+            const searched_column searched{source.column, sought.value};
+            return string_rows<replace_found>(batch, fixed(texts), source, sought, first_places(searched), replacement);
+        } else {
+            return string_rows<replace_bytes>(batch, fixed(texts), source, sought, replacement);
+        }
     }
     const std::uint32_t blanks = pattern.trailing_blanks;
     return with_constant_search(batch, pattern, request, search_algorithm::boyer_moore, [&](pattern_search& search) {

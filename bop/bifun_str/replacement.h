@@ -59,19 +59,8 @@ status replace_occurrences(const bifun_string& source, std::uint32_t length, con
 
 // The places of the needle at which a character begins, as bits, in a text of at most 64 bytes.
 inline std::uint64_t places_of(const text_operations& texts, const needle& sought, const bifun_string& source) {
-    if (source.length < sought.length) {
-        return 0;
-    }
     const text_bytes<64> bytes(source.data, source.length);
-    std::uint64_t places = equal_bytes(bytes, sought.first) & equal_bytes(bytes, sought.last) >> (sought.length - 1);
-    if (sought.length > 2) {
-        for (std::uint64_t left = places; left != 0; left &= left - 1) {
-            const auto place = static_cast<std::uint32_t>(std::countr_zero(left));
-            if (std::memcmp(source.data + place + 1, sought.bytes + 1, sought.length - 2) != 0) {
-                places &= ~(std::uint64_t{1} << place);
-            }
-        }
-    }
+    std::uint64_t places = places_of_bytes(bytes, sought, source.data);
     // Of bytes that are characters anywhere nobody need ask whether one begins there.
     if (places == 0 || bytes_beyond_ascii(bytes) == 0 || (texts.utf8_is_unicode && sought.first < 0x80)) {
         return places;

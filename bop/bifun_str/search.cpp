@@ -32,12 +32,21 @@ value_or_null binstr_avvv_process(const bifun_string& value, batch_search& by, s
     return set_position(search_value(by.search, by.text_scratch, value), position);
 }
 
-// The same for a search that is_plain().
+[[gnu::noinline]] located search_from_look(text_operations texts, const needle& sought, const bifun_string& value, std::uint32_t offset,
+                                           batch_search& by) {
+    const look found = look_at_bytes(texts, sought, by.search.request.in_bytes, value, offset);
+    return found.is_enough ? located{found.position, BIFUN_OK} : search_value(by.search, by.text_scratch, value);
+}
+
+// The same for a search that is_plain(), where single-byte characters are known: `offset` is that of the pattern's first place among the
+// stored bytes.
 value_or_null binstr_def2_av_process_with_blank(const text_operations& texts, const needle& sought, const bifun_string& value,
-                                                batch_search& by, std::int32_t& position) {
-    const look found = look_at_bytes(texts, sought, by.search.request.in_bytes, value);
-    position = found.position;
-    return found.is_enough ? value_or_null() : binstr_avvv_process(value, by, position);
+                                                std::uint32_t offset, batch_search& by, std::int32_t& position) {
+    if (offset == no_offset && (value.trailing_blanks == 0 || sought.last != blank)) {
+        position = 0;
+        return {};
+    }
+    return set_position(search_from_look(texts, sought, value, offset, by), position);
 }
 
 // The same for a pattern of blanks, without writing the value's blanks out.
@@ -67,22 +76,23 @@ value_or_null binstr_def2_av_process_ignore_blank(const text_operations& texts, 
     return {};
 }
 
-template <class Text> status rows_of_search(batch_of<INT> batch, pattern_search& search, Text text) {
+status rows_of_search(batch_of<INT> batch, pattern_search& search, column_of<VARCHAR> text) {
     return with_scratch(batch.environment, batch.memory, string_source_file, [&](scratch& text_scratch) {
         batch_search by{search, text_scratch};
-        if (!search.request.is_plain() || search.pattern.length > longest_plain_pattern) {
+        const text_operations texts = text_operations_of_engine();
+        if (!texts.ascii_is_single_byte || !search.request.is_plain() || search.pattern.length > longest_plain_pattern) {
             return set_rows<binstr_avvv_process>(batch, text, shared(by));
         }
-        const auto texts = fixed(text_operations_of_engine());
-        const auto sought = fixed(make_needle(search.pattern.bytes, search.pattern.length));
-        return search.is_blank ? set_rows<binstr_def2_av_process_ignore_blank>(batch, texts, sought, text, shared(by))
-                               : set_rows<binstr_def2_av_process_with_blank>(batch, texts, sought, text, shared(by));
+        const searched_column searched{text.column, make_needle(search.pattern.bytes, search.pattern.length)};
+        const auto sought = fixed(searched.sought);
+        return search.is_blank
+                   ? set_rows<binstr_def2_av_process_ignore_blank>(batch, fixed(texts), sought, text, shared(by))
+                   : set_rows<binstr_def2_av_process_with_blank>(batch, fixed(texts), sought, text, first_places(searched), shared(by));
     });
 }
 
-template <class Text>
 status search_for_constant(batch_of<INT> batch, constant_of<VARCHAR> given, const search_request& request, search_algorithm algorithm,
-                           Text text) {
+                           column_of<VARCHAR> text) {
     const auto [pattern, present] = argument(given);
     if (!present || is_empty(pattern)) {
         return null_rows(batch);
@@ -100,7 +110,8 @@ value_or_null binstr_def2_aa_process(const text_operations& texts, const bifun_s
         return value_or_null::null();
     }
     if (search.request.is_plain() && pattern.trailing_blanks == 0 && pattern.length <= longest_plain_pattern) {
-        const look found = look_at_bytes(texts, make_needle(pattern.data, pattern.length), search.request.in_bytes, value);
+        const needle sought = make_needle(pattern.data, pattern.length);
+        const look found = look_at_bytes(texts, sought, search.request.in_bytes, value, find(sought, value.data, value.length));
         if (found.is_enough) {
             position = found.position;
             return {};

@@ -75,22 +75,56 @@ value_or_null place_range(const wanted_range& wanted, std::int64_t stored, std::
     return {part, placed};
 }
 
+value_or_null substring_of_bytes(const bifun_string& text, const wanted_range& wanted, bifun_string& part) {
+    text_range range;
+    const value_or_null placed = place_range(wanted, text.length, text.trailing_blanks, BIFUN_NEGATIVE_SUBSTRING_LENGTH, range);
+    part = {static_cast<std::uint32_t>(range.stored), range.blanks, text.data + (range.start - 1)};
+    return placed;
+}
+
+// Of a text of at most 64 bytes whose characters begin at `starts`.
+value_or_null substring_by_masks(std::uint64_t starts, const bifun_string& text, const wanted_range& wanted, bifun_string& part) {
+    text_range range;
+    const value_or_null placed = place_range(wanted, std::popcount(starts), text.trailing_blanks, BIFUN_NEGATIVE_SUBSTRING_LENGTH, range);
+    const std::uint32_t begin = offset_of_start(starts, static_cast<std::uint32_t>(range.start - 1), text.length);
+    const std::uint32_t end = offset_of_start(starts, static_cast<std::uint32_t>(range.start - 1 + range.stored), text.length);
+    part = {end - begin, range.blanks, text.data + begin};
+    return placed;
+}
+
+// Called, so that a loop over known texts keeps its values in registers.
+[[gnu::noinline]] string_outcome<value_or_null> substring_of_unknown_text(text_operations texts, bifun_string text, wanted_range wanted) {
+    string_outcome<value_or_null> found;
+    if (text.length <= longest_masked) {
+        const utf8_characters characters = characters_of(texts, text);
+        if (characters.are_known) {
+            found.outcome = substring_by_masks(characters.starts, text, wanted, found.value);
+            return found;
+        }
+    } else if (has_single_bytes(texts, text)) {
+        found.outcome = substring_of_bytes(text, wanted, found.value);
+        return found;
+    }
+    return substring_of_any_text(text, wanted);
+}
+
 value_or_null substring(const text_operations& texts, const bifun_string& text, const wanted_range& wanted, bifun_string& part) {
+    if (texts.known == known_texts::ascii) {
+        return substring_of_bytes(text, wanted, part);
+    }
     // A range of stored bytes from the left needs no look at what follows.
     if (wanted.position > 0 && wanted.length >= 0 && wanted.length <= static_cast<std::int64_t>(text.length) - wanted.position + 1 &&
         begins_with_single_bytes(texts, text, static_cast<std::uint32_t>(wanted.position - 1 + wanted.length))) {
         part = {static_cast<std::uint32_t>(wanted.length), 0, text.data + (wanted.position - 1)};
         return {};
     }
-    if (!has_single_bytes(texts, text)) [[unlikely]] {
-        const auto found = substring_of_any_text(text, wanted);
-        part = found.value;
-        return found.outcome;
+    if (texts.known == known_texts::utf8 && text.length <= longest_masked) {
+        const text_bytes<64> bytes(text.data, text.length);
+        return substring_by_masks(starts_of_well_formed(bytes, text.length), text, wanted, part);
     }
-    text_range range;
-    const value_or_null placed = place_range(wanted, text.length, text.trailing_blanks, BIFUN_NEGATIVE_SUBSTRING_LENGTH, range);
-    part = {static_cast<std::uint32_t>(range.stored), range.blanks, text.data + (range.start - 1)};
-    return placed;
+    const auto found = substring_of_unknown_text(texts, text, wanted);
+    part = found.value;
+    return found.outcome;
 }
 
 value_or_null substr(const text_operations& texts, const bifun_string& text, std::int32_t position, std::int32_t length,
@@ -167,8 +201,8 @@ status substrb_to_end(const text_operations& texts, const bifun_string& text, st
 
 // ---- batches -------------------------------------------------------------------------------------------------------------
 
-template <auto kernel, class... Arguments> status rows_of_texts(batch_of<VARCHAR> batch, Arguments... arguments) {
-    return string_rows<kernel>(batch, fixed(text_operations_of_engine()), arguments...);
+template <auto kernel, class... Arguments> status rows_of_texts(batch_of<VARCHAR> batch, column_of<VARCHAR> text, Arguments... arguments) {
+    return string_rows<kernel>(batch, texts_of(text), text, arguments...);
 }
 
 template <auto kernel> status end_of_text(batch_of<VARCHAR> batch, column_of<VARCHAR> text, constant_of<INT> count) {

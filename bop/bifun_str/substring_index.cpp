@@ -84,14 +84,26 @@ delimiter_place find_from_right(const bifun_string& text, const needle& delimite
     return {false, 0};
 }
 
+// The same for a text of at most 64 bytes.
+delimiter_place find_by_masks(const bifun_string& text, const needle& delimiter, std::int32_t n) {
+    const std::uint64_t places = places_of_bytes(text_bytes<64>(text.data, text.length), delimiter, text.data);
+    const auto found = static_cast<std::uint32_t>(std::popcount(places));
+    const std::uint32_t before =
+        n > 0 ? static_cast<std::uint32_t>(n) - 1 : found + static_cast<std::uint32_t>(n); // wraps where there are fewer
+    return {before < found, offset_of_start(places, before, 0)};
+}
+
 // The part where it lies, of a text of single-byte characters whose blanks are not searched.
 bifun_string part_of_single_bytes(const bifun_string& text, const bifun_string& separator, std::int32_t n) {
     const needle delimiter = make_needle(separator.data, separator.length);
+    const bool is_short = text.length <= longest_masked;
     if (n > 0) {
-        const delimiter_place place = find_from_left(text, delimiter, static_cast<std::uint32_t>(n));
+        const delimiter_place place =
+            is_short ? find_by_masks(text, delimiter, n) : find_from_left(text, delimiter, static_cast<std::uint32_t>(n));
         return place.is_found ? bifun_string{place.offset, 0, text.data} : text;
     }
-    const delimiter_place place = find_from_right(text, delimiter, 0U - static_cast<std::uint32_t>(n));
+    const delimiter_place place =
+        is_short ? find_by_masks(text, delimiter, n) : find_from_right(text, delimiter, 0U - static_cast<std::uint32_t>(n));
     const std::uint32_t first = place.is_found ? place.offset + delimiter.length : 0;
     return {text.length - first, text.trailing_blanks, text.data + first};
 }
@@ -103,7 +115,7 @@ status substring_index(const text_operations& texts, const bifun_string& value, 
     }
     const bool blanks_do_not_matter =
         separator.trailing_blanks == 0 && (value.trailing_blanks == 0 || separator.data[separator.length - 1] != blank);
-    if (blanks_do_not_matter && separator.length <= longest_plain_pattern && has_single_bytes(texts, separator) &&
+    if (blanks_do_not_matter && separator.length <= longest_plain_pattern && has_single_bytes(of_any_text(texts), separator) &&
         has_single_bytes(texts, value)) {
         return take_text(room, part_of_single_bytes(value, separator, n));
     }
@@ -113,7 +125,7 @@ status substring_index(const text_operations& texts, const bifun_string& value, 
 template <class Delimiter>
 status substring_index_rows(batch_of<VARCHAR> batch, column_of<VARCHAR> text, Delimiter delimiter, constant_of<INT> count) {
     return with_scratch(batch.environment, batch.memory, string_source_file, [&](scratch& memory) {
-        return string_rows<substring_index>(batch, fixed(text_operations_of_engine()), text, delimiter, count, shared(memory));
+        return string_rows<substring_index>(batch, texts_of(text), text, delimiter, count, shared(memory));
     });
 }
 

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 
+#include "bop/bifun_str/text_blocks.h"
 #include "bop/bifun_str/utf8.h"
 #include "bop/frame/scratch.h"
 #include "bop/frame/statements.h"
@@ -15,60 +16,96 @@ namespace bifun {
 // What scratch allocations of the string families name as their source.
 constexpr const char* string_source_file = "bop/bifun_str";
 
-// How characters are told. For a kernel that has to know, an argument: fixed(text_operations_of_engine()).
+// How characters are told. For a kernel that has to know, an argument: texts_of(text), or fixed(text_operations_of_engine()) where nothing
+// is known of its text before a row is seen.
 struct text_operations {
     bool ascii_is_single_byte; // so that nobody has to be asked about text of such bytes
     bool utf8_is_unicode;      // nor about short well-formed text; and bytes below 0x80 are characters anywhere
+    known_texts known;         // of the kernel's text; of ASCII only where it is single-byte
 };
 
 inline text_operations text_operations_of_engine() {
     const bool is_utf8 = global_bifun_var.charset_code == ZQ_CHARSET_UTF8;
-    return {ascii_is_single_byte(), is_utf8 && utf8_is_unicode()};
+    return {ascii_is_single_byte(), is_utf8 && utf8_is_unicode(), known_texts::nothing};
 }
+
+// For another text than the kernel's.
+inline text_operations of_any_text(text_operations texts) {
+    texts.known = known_texts::nothing;
+    return texts;
+}
+
+[[gnu::noinline]] inline text_operations texts_of_block(const void* source, std::uint32_t first, std::uint32_t count) {
+    const auto& column = *static_cast<const bifun_column*>(source);
+    text_operations texts = text_operations_of_engine();
+    if (texts.ascii_is_single_byte) {
+        texts.known = know_texts(column, first, count, texts.utf8_is_unicode);
+    }
+    return texts;
+}
+
+inline block_argument<text_operations> texts_of(column_of<VARCHAR> text) { return {text.column, texts_of_block}; }
+inline fixed_argument<text_operations> texts_of(constant_of<VARCHAR> /*text*/) { return fixed(text_operations_of_engine()); }
 
 // Whether every character of the stored bytes is known to have one byte, without asking the engine.
 inline bool has_single_bytes(const text_operations& texts, const bifun_string& value) {
-    return texts.ascii_is_single_byte && is_ascii(value.data, value.length);
+    return texts.known == known_texts::ascii || (texts.ascii_is_single_byte && is_ascii(value.data, value.length));
 }
 
 // The same for the first `count` stored bytes.
 inline bool begins_with_single_bytes(const text_operations& texts, const bifun_string& value, std::uint32_t count) {
-    return texts.ascii_is_single_byte && begins_with_ascii(value.data, count);
+    return texts.known == known_texts::ascii || (texts.ascii_is_single_byte && begins_with_ascii(value.data, count));
 }
 
-// The number of characters of the stored bytes.
-inline std::uint32_t stored_characters(const text_operations& texts, const bifun_string& value) {
-    if (!texts.ascii_is_single_byte) {
-        return zq_mbstrlen_ex(value.data, value.length);
-    }
-    if (value.length > longest_masked) [[unlikely]] {
-        return is_long_text_ascii(value.data, value.length) ? value.length : zq_mbstrlen_ex(value.data, value.length);
+// Where the characters of a text of at most 64 bytes begin, as bits, as far as it is known without asking the engine.
+inline utf8_characters characters_of(const text_operations& texts, const bifun_string& value) {
+    if (texts.known == known_texts::ascii) {
+        return {true, first_bits(value.length)};
     }
     const text_bytes<64> bytes(value.data, value.length);
-    if (bytes_beyond_ascii(bytes) == 0) {
-        return value.length;
+    if (texts.known == known_texts::utf8) {
+        return {true, starts_of_well_formed(bytes, value.length)};
     }
-    if (texts.utf8_is_unicode) {
-        const utf8_characters characters = utf8_characters_of(bytes, value.length);
-        if (characters.are_known) [[likely]] {
+    if (texts.ascii_is_single_byte && bytes_beyond_ascii(bytes) == 0) {
+        return {true, first_bits(value.length)};
+    }
+    return texts.utf8_is_unicode ? utf8_characters_of(bytes, value.length) : utf8_characters{false, 0};
+}
+
+// Called, so that a loop over known texts keeps its values in registers.
+[[gnu::noinline]] inline std::uint32_t count_characters(text_operations texts, bifun_string value) {
+    if (value.length <= longest_masked) {
+        const utf8_characters characters = characters_of(texts, value);
+        if (characters.are_known) {
             return static_cast<std::uint32_t>(std::popcount(characters.starts));
         }
+    } else if (texts.ascii_is_single_byte && is_long_text_ascii(value.data, value.length)) {
+        return value.length;
     }
     return zq_mbstrlen_ex(value.data, value.length);
 }
 
+// The number of characters of the stored bytes.
+inline std::uint32_t stored_characters(const text_operations& texts, const bifun_string& value) {
+    if (texts.known == known_texts::ascii) {
+        return value.length;
+    }
+    if (texts.known == known_texts::utf8 && value.length <= longest_masked) {
+        const text_bytes<64> bytes(value.data, value.length);
+        return static_cast<std::uint32_t>(std::popcount(starts_of_well_formed(bytes, value.length)));
+    }
+    return count_characters(texts, value);
+}
+
 // The offset behind the first n characters of the stored bytes; their length where there are fewer.
 inline std::uint32_t offset_of_character(const text_operations& texts, const bifun_string& value, std::uint32_t n) {
-    if (texts.ascii_is_single_byte && value.length <= longest_masked) [[likely]] {
-        const text_bytes<64> bytes(value.data, value.length);
-        if (bytes_beyond_ascii(bytes) == 0) {
-            return n < value.length ? n : value.length;
-        }
-        if (texts.utf8_is_unicode) {
-            const utf8_characters characters = utf8_characters_of(bytes, value.length);
-            if (characters.are_known) [[likely]] {
-                return offset_of_start(characters.starts, n, value.length);
-            }
+    if (texts.known == known_texts::ascii) {
+        return n < value.length ? n : value.length;
+    }
+    if (value.length <= longest_masked) [[likely]] {
+        const utf8_characters characters = characters_of(texts, value);
+        if (characters.are_known) [[likely]] {
+            return offset_of_start(characters.starts, n, value.length);
         }
     }
     return zq_mbsninc_ex(value.data, value.length, n);

@@ -233,7 +233,7 @@ status entry::btranslate_avv_str(batch_of<VARCHAR> batch, column_of<VARCHAR> tex
                 made = BIFUN_OK;
                 fill_translations(by);
                 const constant_argument prepared{translations_of_batch{&by}, true};
-                return string_rows<translate>(batch, fixed(text_operations_of_engine()), text, prepared);
+                return string_rows<translate>(batch, texts_of(text), text, prepared);
             });
         });
     });

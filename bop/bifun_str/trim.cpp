@@ -2,8 +2,6 @@
 // by a part of them. The trailing side is trimmed on reversed bytes, because a character set can be read from the left only; text of
 // single-byte characters is trimmed where it lies.
 
-#include <array>
-
 #include "bop/bifun_str/entry_points.h"
 #include "bop/bifun_str/text.h"
 
@@ -13,18 +11,12 @@ namespace {
 // The mode of TRIM, as the parser numbers its keywords. Any other number is for both sides.
 enum trim_mode : std::int32_t { trim_leading = 579, trim_trailing = 580 };
 
-struct byte_set {
-    std::array<std::uint64_t, 4> bits;
-};
-
-bool contains(const byte_set& set, std::uint8_t byte) { return (set.bits[byte >> 6] >> (byte & 63) & 1) != 0; }
-
 // The characters to trim, and what can be told of them before a row is seen.
 struct trim_set {
     bifun_string characters;
     bool has_whitespace;   // among the stored bytes
     bool has_single_bytes; // and at least one
-    byte_set bytes;        // where it has_single_bytes
+    ascii_set bytes;       // where it has_single_bytes
     scratch* room;         // for its bytes, where they lie in the text that is trimmed; null for a set without bytes
 };
 
@@ -34,7 +26,7 @@ trim_set make_trim_set(const text_operations& texts, const bifun_string& charact
         const std::uint8_t byte = characters.data[i];
         set.has_whitespace |= is_whitespace(byte);
         set.has_single_bytes &= byte < 0x80;
-        set.bytes.bits[byte >> 6] |= std::uint64_t{1} << (byte & 63);
+        include(set.bytes, byte);
     }
     return set;
 }
@@ -68,15 +60,10 @@ void drop_first(bifun_string& text, std::uint32_t count) {
 }
 
 void trim_stored_left(const text_operations& texts, bifun_string& text, const trim_set& set) {
-    if (!set.has_single_bytes || !has_single_bytes(texts, text)) {
+    if (!set.has_single_bytes || !(texts.utf8_is_unicode || has_single_bytes(texts, text))) {
         text = trim_left_of_any_text(text, set);
-        return;
-    }
-    if (set.characters.length == 1) {
-        return drop_first(text, leading(set.characters.data[0], text.data, text.length));
-    }
-    while (text.length != 0 && contains(set.bytes, text.data[0])) {
-        drop_first(text, 1);
+    } else {
+        drop_first(text, leading_in(set.bytes, text.data, text.length));
     }
 }
 
@@ -117,19 +104,19 @@ bool share_bytes(const bifun_string& a, const bifun_string& b) {
     return {rest, BIFUN_OK};
 }
 
+// Whether bytes below 0x80 can be trimmed from the end: each is a character, and the text could be reversed.
+bool ends_in_single_bytes(const text_operations& texts, const bifun_string& text) {
+    return texts.known != known_texts::nothing ||
+           (text.length <= longest_masked ? characters_of(texts, text).are_known : has_single_bytes(texts, text));
+}
+
 status trim_stored_right(const text_operations& texts, bifun_string& text, const trim_set& set) {
-    if (!set.has_single_bytes || !has_single_bytes(texts, text)) {
+    if (!set.has_single_bytes || !ends_in_single_bytes(texts, text)) {
         const right_trim_result trimmed = trim_right_of_any_text(text, set);
         text.length = trimmed.length;
         return trimmed.outcome;
     }
-    if (set.characters.length == 1) {
-        text.length -= trailing(set.characters.data[0], text.data, text.length);
-        return BIFUN_OK;
-    }
-    while (text.length != 0 && contains(set.bytes, text.data[text.length - 1])) {
-        --text.length;
-    }
+    text.length -= trailing_in(set.bytes, text.data, text.length);
     return BIFUN_OK;
 }
 
@@ -242,15 +229,14 @@ template <trim_kernel kernel> status trim_by_constant(batch_of<VARCHAR> batch, c
     const auto [characters, present] = argument(set);
     return with_scratch(
         batch.environment, batch.memory, string_source_file, [&, characters = characters, present = present](scratch& room) {
-            return string_rows<kernel>(batch, fixed(texts), text, constant_argument{make_trim_set(texts, characters, room), present});
+            return string_rows<kernel>(batch, texts_of(text), text, constant_argument{make_trim_set(texts, characters, room), present});
         });
 }
 
 // `trim` is a kernel that is given the set of the row.
 template <auto trim, class Text> status trim_by_column(batch_of<VARCHAR> batch, Text text, column_of<VARCHAR> set) {
-    return with_scratch(batch.environment, batch.memory, string_source_file, [&](scratch& room) {
-        return string_rows<trim>(batch, fixed(text_operations_of_engine()), text, set, shared(room));
-    });
+    return with_scratch(batch.environment, batch.memory, string_source_file,
+                        [&](scratch& room) { return string_rows<trim>(batch, texts_of(text), text, set, shared(room)); });
 }
 
 // TRIM with a mode, whose set is one character.

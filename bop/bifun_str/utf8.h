@@ -39,6 +39,11 @@ inline utf8_characters utf8_characters_of(const text_bytes<64>& text, std::uint3
     return {wrong == 0, first_bits(length) & ~continuing};
 }
 
+// Where the characters of a well-formed text begin.
+inline std::uint64_t starts_of_well_formed(const text_bytes<64>& text, std::uint32_t length) {
+    return first_bits(length) & ~(bytes_beyond_ascii(text) & ~bytes_from(text, 0xC0));
+}
+
 // The offset of the n-th character from 0 on, below 64, of `length` bytes; `length` where there are fewer.
 inline std::uint32_t offset_of_start(std::uint64_t starts, std::uint32_t n, std::uint32_t length) {
 #if defined(__BMI2__)

@@ -4,6 +4,8 @@
 //     constant_argument{value, present}    a constant in another form; where it is not present, every row is NULL
 //     fixed(value)                         no argument of SQL: what the kernel has to know besides, in registers
 //     shared(value)                        the same by reference, for what is large or changes
+//     block_argument<T>                    the same, made anew for the rows of each block
+//     derived_argument<T>                  a value for each row that the kernel gets besides, derived from a whole block of rows at once
 //     column_or_constant<T>                either, as the entry point says at run time: for functions of many arguments, whose entry points
 //                                          share one loop. Takes a column_of or a constant_of by conversion; a constant is spread over the
 //                                          rows of a block once per batch
@@ -33,6 +35,18 @@ template <class T> fixed_argument<T> fixed(T value) { return {value}; }
 
 template <class T> struct shared_argument { T* value; };
 template <class T> shared_argument<T> shared(T& value) { return {&value}; }
+
+// `of_block(source, first, count)` is for the rows from `first` on.
+template <class T> struct block_argument {
+    const void* source;
+    T (*of_block)(const void* source, std::uint32_t first, std::uint32_t count);
+};
+
+// `derive(source, first, count, values)` fills in the values of the rows from `first` on; those of NULL rows do not matter.
+template <class T> struct derived_argument {
+    const void* source;
+    void (*derive)(const void* source, std::uint32_t first, std::uint32_t count, T* values);
+};
 
 // ---- what an entry point is given, as arguments of a loop ----
 
@@ -77,6 +91,8 @@ template <class T> column_argument<T> argument(column_argument<T> given) { retur
 template <class T> constant_argument<T> argument(constant_argument<T> given) { return given; }
 template <class T> fixed_argument<T> argument(fixed_argument<T> given) { return given; }
 template <class T> shared_argument<T> argument(shared_argument<T> given) { return given; }
+template <class T> block_argument<T> argument(block_argument<T> given) { return given; }
+template <class T> derived_argument<T> argument(derived_argument<T> given) { return given; }
 template <class T> const column_or_constant<T>& argument(const column_or_constant<T>& given) { return given; }
 
 // ---- what is known of an argument before its rows are read ----
@@ -85,6 +101,8 @@ template <class T> bool has_no_nulls(const column_argument<T>& argument) { retur
 template <class T> bool has_no_nulls(const constant_argument<T>& argument) { return argument.present; }
 template <class T> bool has_no_nulls(const fixed_argument<T>&) { return true; }
 template <class T> bool has_no_nulls(const shared_argument<T>&) { return true; }
+template <class T> bool has_no_nulls(const block_argument<T>&) { return true; }
+template <class T> bool has_no_nulls(const derived_argument<T>&) { return true; }
 template <class T> bool has_no_nulls(const column_or_constant<T>& argument) {
     return argument.column != nullptr ? argument.column->no_nulls != 0 : argument.constant.present;
 }
@@ -146,6 +164,14 @@ template <class T> struct shared_rows {
 
     [[nodiscard]] static bool has_value(std::uint32_t) { return true; }
     T& operator[](std::uint32_t) const { return *value; }
+};
+
+template <class T> struct derived_rows {
+    using value_type = T;
+    const T* values;
+
+    [[nodiscard]] static bool has_value(std::uint32_t) { return true; }
+    const T& operator[](std::uint32_t k) const { return values[k]; }
 };
 
 // Whether no argument of row k is NULL, without a branch.
@@ -237,6 +263,22 @@ template <class T, std::uint32_t size> struct block_of<constant_argument<T>, siz
 
 template <class T, std::uint32_t size> struct block_of<fixed_argument<T>, size> {
     static constant_rows<T> rows(const fixed_argument<T>& argument, std::uint32_t, std::uint32_t) { return {argument.value, true}; }
+};
+
+template <class T, std::uint32_t size> struct block_of<block_argument<T>, size> {
+    static constant_rows<T> rows(const block_argument<T>& argument, std::uint32_t first, std::uint32_t count) {
+        return {argument.of_block(argument.source, first, count), true};
+    }
+};
+
+template <class T, std::uint32_t size> struct block_of<derived_argument<T>, size> {
+    T values[size];
+
+    block_of() {} // NOLINT(modernize-use-equals-default): as for columns
+    derived_rows<T> rows(const derived_argument<T>& argument, std::uint32_t first, std::uint32_t count) {
+        argument.derive(argument.source, first, count, values);
+        return {values};
+    }
 };
 
 template <class T, std::uint32_t size> struct block_of<shared_argument<T>, size> {

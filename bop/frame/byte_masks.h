@@ -25,6 +25,17 @@ constexpr std::uint8_t blank = 0x20;
 // 9 to 13 and 32, in every character set.
 constexpr bool is_whitespace(std::uint8_t byte) { return byte == blank || static_cast<std::uint8_t>(byte - 9) <= 4; }
 
+// Bytes below 0x80, by their lower half: a bit for each upper half.
+struct ascii_set {
+    std::uint8_t upper_halves[16];
+};
+inline void include(ascii_set& set, std::uint8_t byte) {
+    set.upper_halves[byte & 0x0F] = static_cast<std::uint8_t>(set.upper_halves[byte & 0x0F] | 1U << (byte >> 4 & 7));
+}
+inline bool contains(const ascii_set& set, std::uint8_t byte) {
+    return byte < 0x80 && (set.upper_halves[byte & 0x0F] >> (byte >> 4) & 1) != 0;
+}
+
 // The longest text that a mask has bits for.
 constexpr std::uint32_t longest_masked = 64;
 
@@ -217,6 +228,35 @@ template <std::uint32_t width> std::uint64_t bytes_from(const text_bytes<width>&
 }
 template <std::uint32_t width> std::uint64_t whitespace_bytes(const text_bytes<width>& text) { return mask_of(text, is_whitespace); }
 
+#endif
+
+// The bytes of the set.
+#if defined(BIFUN_MASKED_LOADS) || (defined(BIFUN_WHOLE_LOADS) && defined(__AVX2__))
+inline std::uint64_t bytes_in(const ascii_set& set, const text_bytes<16>& text) {
+    const __m128i lower = _mm_loadu_si128(reinterpret_cast<const __m128i*>(set.upper_halves));
+    const __m128i bits = _mm_setr_epi8(1, 2, 4, 8, 16, 32, 64, -128, 0, 0, 0, 0, 0, 0, 0, 0);
+    const __m128i upper_half = _mm_and_si128(_mm_srli_epi16(text.bytes, 4), _mm_set1_epi8(0x0F));
+    const __m128i found = _mm_and_si128(_mm_shuffle_epi8(lower, text.bytes), _mm_shuffle_epi8(bits, upper_half));
+#if defined(BIFUN_MASKED_LOADS)
+    return _mm_mask_test_epi8_mask(text.here, found, found);
+#else
+    return static_cast<std::uint64_t>(~_mm_movemask_epi8(_mm_cmpeq_epi8(found, _mm_setzero_si128()))) & text.here;
+#endif
+}
+#elif defined(BIFUN_WHOLE_LOADS)
+inline std::uint64_t bytes_in(const ascii_set& set, const text_bytes<16>& text) {
+    std::uint8_t bytes[16];
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(bytes), text.bytes);
+    std::uint64_t mask = 0;
+    for (std::uint32_t i = 0; i < 16; ++i) {
+        mask |= std::uint64_t{contains(set, bytes[i]) ? 1U : 0U} << i;
+    }
+    return mask & text.here;
+}
+#else
+inline std::uint64_t bytes_in(const ascii_set& set, const text_bytes<16>& text) {
+    return mask_of(text, [&set](std::uint8_t found) { return contains(set, found); });
+}
 #endif
 
 #if !defined(BIFUN_MASKED_LOADS)

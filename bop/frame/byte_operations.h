@@ -56,6 +56,28 @@ inline std::uint32_t leading(std::uint8_t byte, const std::uint8_t* text, std::u
     return count;
 }
 
+inline std::uint32_t leading_in(const ascii_set& set, const std::uint8_t* text, std::uint32_t length) {
+    const std::uint32_t first = length < 16 ? length : 16;
+    auto count = static_cast<std::uint32_t>(std::countr_one(bytes_in(set, text_bytes<16>(text, first))));
+    while (count >= 16 && count < length && contains(set, text[count])) {
+        ++count;
+    }
+    return count;
+}
+
+inline std::uint32_t trailing_in(const ascii_set& set, const std::uint8_t* text, std::uint32_t length) {
+    const std::uint32_t last = length < 16 ? length : 16;
+    const std::uint64_t others = ~bytes_in(set, text_bytes<16>(text + (length - last), last)) & first_bits(last);
+    if (others != 0) {
+        return last - 64 + static_cast<std::uint32_t>(std::countl_zero(others));
+    }
+    std::uint32_t count = last;
+    while (count < length && contains(set, text[length - 1 - count])) {
+        ++count;
+    }
+    return count;
+}
+
 inline std::uint32_t trailing(std::uint8_t byte, const std::uint8_t* text, std::uint32_t length) {
     const std::uint32_t last = length < 16 ? length : 16;
     const std::uint64_t differ = ~equal_bytes(text_bytes<16>(text + (length - last), last), byte) & first_bits(last);
@@ -90,6 +112,20 @@ inline std::uint32_t first_match(const needle& sought, const std::uint8_t* text,
         }
     }
     return no_offset;
+}
+
+// All places of the needle, of at most 64 bytes, in the bytes of `text`.
+inline std::uint64_t places_of_bytes(const text_bytes<64>& bytes, const needle& sought, const std::uint8_t* text) {
+    std::uint64_t places = equal_bytes(bytes, sought.first) & equal_bytes(bytes, sought.last) >> (sought.length - 1);
+    if (sought.length > 2) {
+        for (std::uint64_t left = places; left != 0; left &= left - 1) {
+            const auto place = static_cast<std::uint32_t>(std::countr_zero(left));
+            if (std::memcmp(text + place + 1, sought.bytes + 1, sought.length - 2) != 0) {
+                places &= ~(std::uint64_t{1} << place);
+            }
+        }
+    }
+    return places;
 }
 
 [[gnu::noinline]] inline std::uint32_t find_in_long_text(needle sought, const std::uint8_t* text, std::uint32_t length) {

@@ -1,0 +1,163 @@
+// What is known of all texts of a block at once. A column's texts mostly lie one behind the other, as they were stored: then one pass over
+// their bytes tells what would take a look at each of them.
+#ifndef BIFUN_STR_TEXT_BLOCKS_H
+#define BIFUN_STR_TEXT_BLOCKS_H
+
+#include "bop/bifun_str/utf8_validation.h"
+#include "bop/frame/arguments.h"
+#include "bop/frame/byte_operations.h"
+
+namespace bifun {
+
+enum class known_texts : std::uint8_t { nothing, ascii, utf8 };
+
+// The stored bytes of a block's texts, where these lie one behind the other and are short; else none.
+struct bytes_of_texts {
+    const std::uint8_t* begin;
+    const std::uint8_t* end;
+};
+
+// Reading all of long texts may take longer than what is wanted of them.
+constexpr std::uint32_t longest_mean_of_texts = 64;
+
+// Whether every text begins where the one before it ends.
+inline bool follow_each_other(const bifun_string* values, std::uint32_t count) {
+    std::uintptr_t gaps = 0;
+    for (std::uint32_t k = 0; k + 1 < count; ++k) {
+        gaps |=
+            (reinterpret_cast<std::uintptr_t>(values[k].data) + values[k].length) ^ reinterpret_cast<std::uintptr_t>(values[k + 1].data);
+    }
+    return gaps == 0;
+}
+
+inline bytes_of_texts if_short(std::uint32_t count, const std::uint8_t* begin, const std::uint8_t* end) {
+    const bool are_short = static_cast<std::uint64_t>(end - begin) <= std::uint64_t{count} * longest_mean_of_texts;
+    return are_short ? bytes_of_texts{begin, end} : bytes_of_texts{nullptr, nullptr};
+}
+
+inline bytes_of_texts find_bytes_of_texts(const bifun_column& column, std::uint32_t first, std::uint32_t count) {
+    if (column.selection != nullptr) {
+        return {nullptr, nullptr};
+    }
+    const auto* const values = static_cast<const bifun_string*>(column.data->values) + first;
+    const std::uint8_t* const flags = column.data->null_flags + first;
+    const bool no_nulls = column.no_nulls != 0 || std::memchr(flags, 0, count) == nullptr;
+    if (no_nulls && follow_each_other(values, count)) [[likely]] {
+        return if_short(count, values[0].data, values[count - 1].data + values[count - 1].length);
+    }
+    // Texts that are NULL or empty may point anywhere.
+    const std::uint8_t* begin = nullptr;
+    const std::uint8_t* end = nullptr;
+    for (std::uint32_t k = 0; k < count; ++k) {
+        if ((!no_nulls && flags[k] == 0) || values[k].length == 0) {
+            continue;
+        }
+        if (values[k].data != end) {
+            if (end != nullptr) {
+                return {nullptr, nullptr};
+            }
+            begin = values[k].data;
+        }
+        end = values[k].data + values[k].length;
+    }
+    return if_short(count, begin, end);
+}
+
+#if defined(BIFUN_WIDE_BYTES)
+
+// Whether no text begins within a character: bytes that are well-formed as a whole then are so text by text.
+inline bool begin_with_characters(const bifun_column& column, std::uint32_t first, std::uint32_t count) {
+    const auto* const values = static_cast<const bifun_string*>(column.data->values) + first;
+    const std::uint8_t* const flags = column.data->null_flags + first;
+    std::uint32_t within = 0;
+    for (std::uint32_t k = 0; k < count; ++k) {
+        if ((column.no_nulls != 0 || flags[k] != 0) && values[k].length != 0) {
+            within |= static_cast<std::uint32_t>((values[k].data[0] & 0xC0) == 0x80);
+        }
+    }
+    return within == 0;
+}
+
+inline known_texts know_texts(const bifun_column& column, std::uint32_t first, std::uint32_t count, bool utf8_is_unicode) {
+    const bytes_of_texts bytes = find_bytes_of_texts(column, first, count);
+    if (bytes.begin == nullptr) {
+        return known_texts::nothing;
+    }
+    const std::uint8_t* const beyond_ascii = skip_ascii(bytes.begin, bytes.end);
+    if (beyond_ascii == bytes.end) {
+        return known_texts::ascii;
+    }
+    return utf8_is_unicode && begin_with_characters(column, first, count) && is_well_formed(beyond_ascii, bytes.end) ? known_texts::utf8
+                                                                                                                     : known_texts::nothing;
+}
+
+#else
+
+inline known_texts know_texts(const bifun_column& column, std::uint32_t first, std::uint32_t count, bool /*utf8_is_unicode*/) {
+    const bytes_of_texts bytes = find_bytes_of_texts(column, first, count);
+    return bytes.begin != nullptr && is_long_text_ascii(bytes.begin, static_cast<std::uint32_t>(bytes.end - bytes.begin))
+               ? known_texts::ascii
+               : known_texts::nothing;
+}
+
+#endif
+
+// ---- where a pattern is in the texts of a block ----
+
+struct searched_column {
+    const bifun_column* column;
+    needle sought;
+};
+
+inline void find_row_by_row(const searched_column& searched, std::uint32_t first, std::uint32_t count, std::uint32_t* offsets) {
+    const bifun_column& column = *searched.column;
+    const auto* const values = static_cast<const bifun_string*>(column.data->values);
+    for (std::uint32_t k = 0; k < count; ++k) {
+        const std::uint32_t row = column.selection != nullptr ? column.selection[first + k] : first + k;
+        const bool is_present = column.no_nulls != 0 || column.data->null_flags[row] != 0;
+        offsets[k] = is_present ? find(searched.sought, values[row].data, values[row].length) : no_offset;
+    }
+}
+
+// A match that reaches from one text into the next is none.
+inline void find_in_bytes(const searched_column& searched, bytes_of_texts bytes, std::uint32_t first, std::uint32_t* offsets) {
+    const auto* const values = static_cast<const bifun_string*>(searched.column->data->values) + first;
+    const std::uint8_t* const flags = searched.column->data->null_flags + first;
+    const bool no_nulls = searched.column->no_nulls != 0;
+    const std::uint8_t* from = bytes.begin;
+    std::uint32_t row = 0;
+    for (;;) {
+        const std::uint32_t found = find_in_long_text(searched.sought, from, static_cast<std::uint32_t>(bytes.end - from));
+        if (found == no_offset) {
+            return;
+        }
+        from += found;
+        while ((!no_nulls && flags[row] == 0) || values[row].data + values[row].length <= from) {
+            ++row;
+        }
+        const std::uint8_t* const end = values[row].data + values[row].length;
+        if (static_cast<std::size_t>(end - from) >= searched.sought.length) {
+            offsets[row] = static_cast<std::uint32_t>(from - values[row].data);
+            from = end;
+        } else {
+            ++from;
+        }
+    }
+}
+
+// The offset of the first place of the needle in each text, or no_offset.
+[[gnu::noinline]] inline void find_in_block(const void* source, std::uint32_t first, std::uint32_t count, std::uint32_t* offsets) {
+    const auto& searched = *static_cast<const searched_column*>(source);
+    const bytes_of_texts bytes = find_bytes_of_texts(*searched.column, first, count);
+    if (bytes.begin == nullptr) {
+        return find_row_by_row(searched, first, count, offsets);
+    }
+    std::memset(offsets, 0xFF, count * sizeof *offsets); // no_offset
+    find_in_bytes(searched, bytes, first, offsets);
+}
+
+inline derived_argument<std::uint32_t> first_places(const searched_column& searched) { return {&searched, find_in_block}; }
+
+} // namespace bifun
+
+#endif
