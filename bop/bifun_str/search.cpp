@@ -42,9 +42,12 @@ value_or_null binstr_avvv_process(const bifun_string& value, batch_search& by, s
 // stored bytes.
 value_or_null binstr_def2_av_process_with_blank(const text_operations& texts, const needle& sought, const bifun_string& value,
                                                 std::uint32_t offset, batch_search& by, std::int32_t& position) {
-    if (offset == no_offset && (value.trailing_blanks == 0 || sought.last != blank)) {
-        position = 0;
-        return {};
+    if (value.trailing_blanks == 0 || sought.last != blank) [[likely]] {
+        position = static_cast<std::int32_t>(offset + 1); // no_offset becomes 0
+        // A character of one byte begins behind others.
+        if (offset == no_offset || (sought.first < 0x80 && begins_with_ascii(value.data, offset))) {
+            return {};
+        }
     }
     return set_position(search_from_look(texts, sought, value, offset, by), position);
 }

@@ -92,8 +92,9 @@ value_or_null substring_by_masks(std::uint64_t starts, const bifun_string& text,
     return placed;
 }
 
-// Called, so that a loop over known texts keeps its values in registers.
-[[gnu::noinline]] string_outcome<value_or_null> substring_of_unknown_text(text_operations texts, bifun_string text, wanted_range wanted) {
+// Called, so that a loop over the usual ranges keeps its values in registers.
+[[gnu::noinline]] string_outcome<value_or_null> substring_of_any_range(text_operations texts, bifun_string text,
+                                                                       const wanted_range& wanted) {
     string_outcome<value_or_null> found;
     if (text.length <= longest_masked) {
         const utf8_characters characters = characters_of(texts, text);
@@ -109,20 +110,27 @@ value_or_null substring_by_masks(std::uint64_t starts, const bifun_string& text,
 }
 
 value_or_null substring(const text_operations& texts, const bifun_string& text, const wanted_range& wanted, bifun_string& part) {
+    const std::int64_t before = wanted.position - 1;
+    const bool is_from_left = before >= 0 && wanted.length >= 0;
+    // A range of stored bytes from the left needs no look at what follows.
+    if (is_from_left && before + wanted.length <= text.length &&
+        begins_with_single_bytes(texts, text, static_cast<std::uint32_t>(before + wanted.length))) {
+        part = {static_cast<std::uint32_t>(wanted.length), 0, text.data + before};
+        return {};
+    }
     if (texts.known == known_texts::ascii) {
         return substring_of_bytes(text, wanted, part);
     }
-    // A range of stored bytes from the left needs no look at what follows.
-    if (wanted.position > 0 && wanted.length >= 0 && wanted.length <= static_cast<std::int64_t>(text.length) - wanted.position + 1 &&
-        begins_with_single_bytes(texts, text, static_cast<std::uint32_t>(wanted.position - 1 + wanted.length))) {
-        part = {static_cast<std::uint32_t>(wanted.length), 0, text.data + (wanted.position - 1)};
-        return {};
+    if (is_from_left && texts.known == known_texts::utf8 && text.length <= longest_masked) {
+        const std::uint64_t starts = starts_of_well_formed(text_bytes<64>(text.data, text.length), text.length);
+        if (before + wanted.length <= std::popcount(starts)) {
+            const std::uint32_t begin = offset_of_start(starts, static_cast<std::uint32_t>(before), text.length);
+            const std::uint32_t end = offset_of_start(starts, static_cast<std::uint32_t>(before + wanted.length), text.length);
+            part = {end - begin, 0, text.data + begin};
+            return {};
+        }
     }
-    if (texts.known == known_texts::utf8 && text.length <= longest_masked) {
-        const text_bytes<64> bytes(text.data, text.length);
-        return substring_by_masks(starts_of_well_formed(bytes, text.length), text, wanted, part);
-    }
-    const auto found = substring_of_unknown_text(texts, text, wanted);
+    const auto found = substring_of_any_range(texts, text, wanted);
     part = found.value;
     return found.outcome;
 }

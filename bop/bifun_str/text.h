@@ -69,7 +69,7 @@ inline utf8_characters characters_of(const text_operations& texts, const bifun_s
     if (texts.ascii_is_single_byte && bytes_beyond_ascii(bytes) == 0) {
         return {true, first_bits(value.length)};
     }
-    return texts.utf8_is_unicode ? utf8_characters_of(bytes, value.length) : utf8_characters{false, 0};
+    return texts.utf8_is_unicode ? utf8_characters_of(bytes, value.data, value.length) : utf8_characters{false, 0};
 }
 
 // Called, so that a loop over known texts keeps its values in registers.

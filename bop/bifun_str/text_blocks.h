@@ -109,51 +109,19 @@ struct searched_column {
     needle sought;
 };
 
-inline void find_row_by_row(const searched_column& searched, std::uint32_t first, std::uint32_t count, std::uint32_t* offsets) {
-    const bifun_column& column = *searched.column;
-    const auto* const values = static_cast<const bifun_string*>(column.data->values);
-    for (std::uint32_t k = 0; k < count; ++k) {
-        const std::uint32_t row = column.selection != nullptr ? column.selection[first + k] : first + k;
-        const bool is_present = column.no_nulls != 0 || column.data->null_flags[row] != 0;
-        offsets[k] = is_present ? find(searched.sought, values[row].data, values[row].length) : no_offset;
-    }
-}
-
-// A match that reaches from one text into the next is none.
-inline void find_in_bytes(const searched_column& searched, bytes_of_texts bytes, std::uint32_t first, std::uint32_t* offsets) {
-    const auto* const values = static_cast<const bifun_string*>(searched.column->data->values) + first;
-    const std::uint8_t* const flags = searched.column->data->null_flags + first;
-    const bool no_nulls = searched.column->no_nulls != 0;
-    const std::uint8_t* from = bytes.begin;
-    std::uint32_t row = 0;
-    for (;;) {
-        const std::uint32_t found = find_in_long_text(searched.sought, from, static_cast<std::uint32_t>(bytes.end - from));
-        if (found == no_offset) {
-            return;
-        }
-        from += found;
-        while ((!no_nulls && flags[row] == 0) || values[row].data + values[row].length <= from) {
-            ++row;
-        }
-        const std::uint8_t* const end = values[row].data + values[row].length;
-        if (static_cast<std::size_t>(end - from) >= searched.sought.length) {
-            offsets[row] = static_cast<std::uint32_t>(from - values[row].data);
-            from = end;
-        } else {
-            ++from;
-        }
-    }
-}
-
-// The offset of the first place of the needle in each text, or no_offset.
+// The offset of the first place of the needle in each text, or no_offset. A loop of its own, which has nothing else to keep in registers.
 [[gnu::noinline]] inline void find_in_block(const void* source, std::uint32_t first, std::uint32_t count, std::uint32_t* offsets) {
-    const auto& searched = *static_cast<const searched_column*>(source);
-    const bytes_of_texts bytes = find_bytes_of_texts(*searched.column, first, count);
-    if (bytes.begin == nullptr) {
-        return find_row_by_row(searched, first, count, offsets);
+    const auto& [column, needle] = *static_cast<const searched_column*>(source);
+    const auto sought = needle;
+    const auto* const values = static_cast<const bifun_string*>(column->data->values);
+    const std::uint8_t* const flags = column->data->null_flags;
+    const std::uint16_t* const selection = column->selection;
+    const bool no_nulls = column->no_nulls != 0;
+    for (std::uint32_t k = 0; k < count; ++k) {
+        const std::uint32_t row = selection != nullptr ? selection[first + k] : first + k;
+        const bool is_present = no_nulls || flags[row] != 0;
+        offsets[k] = is_present ? find(sought, values[row].data, values[row].length) : no_offset;
     }
-    std::memset(offsets, 0xFF, count * sizeof *offsets); // no_offset
-    find_in_bytes(searched, bytes, first, offsets);
 }
 
 inline derived_argument<std::uint32_t> first_places(const searched_column& searched) { return {&searched, find_in_block}; }

@@ -40,7 +40,13 @@ inline bool contains(const ascii_set& set, std::uint8_t byte) {
 constexpr std::uint32_t longest_masked = 64;
 
 // `count` is at most 64.
-inline std::uint64_t first_bits(std::uint32_t count) { return count == 64 ? ~std::uint64_t{0} : (std::uint64_t{1} << count) - 1; }
+inline std::uint64_t first_bits(std::uint32_t count) {
+#if defined(__BMI2__)
+    return _bzhi_u64(~std::uint64_t{0}, count);
+#else
+    return count == 64 ? ~std::uint64_t{0} : (std::uint64_t{1} << count) - 1;
+#endif
+}
 
 #if defined(BIFUN_MASKED_LOADS)
 
@@ -74,18 +80,6 @@ inline std::uint64_t bytes_beyond_ascii(const text_bytes<16>& text) { return _mm
 // The bytes of `low` and above, as numbers without sign.
 inline std::uint64_t bytes_from(const text_bytes<64>& text, std::uint8_t low) {
     return _mm512_mask_cmpge_epu8_mask(text.here, text.bytes, _mm512_set1_epi8(static_cast<char>(low)));
-}
-
-// Whether some bytes lead no UTF-8 character, or one whose next byte may not be any that continues: 0xC0, 0xC1, 0xE0, 0xED, 0xF0 and those
-// from 0xF4 on.
-inline bool has_special_leads(const text_bytes<64>& text) {
-    const auto is = [&](std::uint8_t byte) { return _mm512_cmpeq_epi8_mask(text.bytes, _mm512_set1_epi8(static_cast<char>(byte))); };
-    const __mmask64 overlong = _mm512_cmpeq_epi8_mask(_mm512_and_si512(text.bytes, _mm512_set1_epi8(static_cast<char>(0xFE))),
-                                                      _mm512_set1_epi8(static_cast<char>(0xC0)));
-    const __mmask64 four = _mm512_cmpge_epu8_mask(text.bytes, _mm512_set1_epi8(static_cast<char>(0xF4)));
-    // In mask registers: in others each of them would be moved there.
-    const __mmask64 threes = _kor_mask64(is(0xE0), is(0xED));
-    return _kortestz_mask64_u8(_kor_mask64(threes, is(0xF0)), _kor_mask64(overlong, four)) == 0;
 }
 
 inline std::uint64_t whitespace_bytes(const text_bytes<16>& text) {
@@ -257,11 +251,6 @@ inline std::uint64_t bytes_in(const ascii_set& set, const text_bytes<16>& text) 
 inline std::uint64_t bytes_in(const ascii_set& set, const text_bytes<16>& text) {
     return mask_of(text, [&set](std::uint8_t found) { return contains(set, found); });
 }
-#endif
-
-#if !defined(BIFUN_MASKED_LOADS)
-// As masks they are no cheaper told than what follows them: any text may have some.
-inline bool has_special_leads(const text_bytes<64>& /*text*/) { return true; }
 #endif
 
 } // namespace bifun

@@ -105,13 +105,13 @@ inline needle make_needle(const std::uint8_t* bytes, std::uint32_t length) { ret
 
 // The first of the places, as bits, at which the whole needle is, or no_offset.
 inline std::uint32_t first_match(const needle& sought, const std::uint8_t* text, std::uint64_t places) {
-    for (; places != 0; places &= places - 1) {
-        const auto place = static_cast<std::uint32_t>(std::countr_zero(places));
-        if (sought.length <= 2 || std::memcmp(text + place + 1, sought.bytes + 1, sought.length - 2) == 0) {
-            return place;
+    if (sought.length > 2) {
+        while (places != 0 && std::memcmp(text + std::countr_zero(places) + 1, sought.bytes + 1, sought.length - 2) != 0) {
+            places &= places - 1;
         }
     }
-    return no_offset;
+    const auto place = static_cast<std::uint32_t>(std::countr_zero(places));
+    return places == 0 ? no_offset : place;
 }
 
 // All places of the needle, of at most 64 bytes, in the bytes of `text`.
@@ -131,7 +131,7 @@ inline std::uint64_t places_of_bytes(const text_bytes<64>& bytes, const needle& 
 [[gnu::noinline]] inline std::uint32_t find_in_long_text(needle sought, const std::uint8_t* text, std::uint32_t length) {
     const std::uint32_t behind_first = sought.length - 1;
     std::uint32_t offset = 0;
-    while (length - offset > behind_first) {
+    while (std::uint64_t{offset} + behind_first < length) {
         const std::uint32_t rest = length - offset - behind_first;
         const std::uint32_t places = rest < longest_masked ? rest : longest_masked;
         const std::uint8_t* const at = text + offset;
@@ -148,15 +148,11 @@ inline std::uint64_t places_of_bytes(const text_bytes<64>& bytes, const needle& 
 
 // The offset of the first place of the needle, or no_offset.
 inline std::uint32_t find(const needle& sought, const std::uint8_t* text, std::uint32_t length) {
-    const std::uint32_t behind_first = sought.length - 1;
-    if (length <= behind_first) {
-        return no_offset;
-    }
-    if (length > longest_masked) [[unlikely]] {
+    if (length > longest_masked || sought.length > longest_masked) [[unlikely]] {
         return find_in_long_text(sought, text, length);
     }
     const text_bytes<64> bytes(text, length);
-    return first_match(sought, text, equal_bytes(bytes, sought.first) & equal_bytes(bytes, sought.last) >> behind_first);
+    return first_match(sought, text, equal_bytes(bytes, sought.first) & equal_bytes(bytes, sought.last) >> (sought.length - 1));
 }
 
 // ---- copies ----

@@ -225,17 +225,24 @@ template <auto kernel, class Checks, class Result, class... Arguments>
     return stop_at_failure(batch, for_each_block(batch.row_count, block, arguments...));
 }
 
+// The rows of a block. A function of its own: in the loop over blocks, what that loop holds would take registers from this one.
+template <auto kernel, class Checks, class Results, class... Rows>
+[[gnu::flatten, gnu::noinline]] status evaluate_block(const batch& batch, std::uint32_t first, std::uint32_t count, bool no_nulls,
+                                                      const Rows... rows) {
+    Results results(batch);
+    const status outcome = evaluate_one_by_one<kernel, Checks>(batch, results, first, count, no_nulls, rows...);
+    results.finish();
+    return outcome;
+}
+
 template <auto kernel, class Checks, class Results, class... Arguments>
-[[gnu::flatten]] status evaluate_rows(const batch& batch, const Arguments&... arguments) {
+status evaluate_rows(const batch& batch, const Arguments&... arguments) {
     const bool no_nulls = (has_no_nulls(arguments) && ...);
     batch.result->no_nulls = no_null_flag<kernel>(arguments...);
-    Results results(batch);
     const auto block = [&](std::uint32_t first, std::uint32_t count, const auto&... rows) {
-        return evaluate_one_by_one<kernel, Checks>(batch, results, first, count, no_nulls, rows...);
+        return evaluate_block<kernel, Checks, Results>(batch, first, count, no_nulls, rows...);
     };
-    const status outcome = for_each_block(batch.row_count, block, arguments...);
-    results.finish();
-    return stop_at_failure(batch, outcome);
+    return stop_at_failure(batch, for_each_block(batch.row_count, block, arguments...));
 }
 
 // What a kernel is called with, and what it gives, is what the catalogue says.
