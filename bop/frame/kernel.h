@@ -68,7 +68,7 @@ template <class Outcome, class... Parameters, Outcome (*kernel)(Parameters...)> 
     // Whether these are the types of the first parameters: no value is converted on its way into a kernel.
     template <class... Values> static constexpr bool takes = []<std::size_t... position>(std::index_sequence<position...>) {
         using parameters = std::tuple<std::decay_t<Parameters>...>;
-        return (std::is_same_v<std::tuple_element_t<position, parameters>, Values> && ...);
+        return (std::is_same_v<std::tuple_element_t<position, parameters>, std::remove_const_t<Values>> && ...);
     }
     (std::index_sequence_for<Values...>());
 };

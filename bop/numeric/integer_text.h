@@ -10,39 +10,33 @@
 
 namespace bifun {
 
-constexpr std::size_t integer_text_size = 32;
+constexpr std::uint32_t integer_text_size = 32;
 
-// Writes the number into `buffer`, of integer_text_size bytes, from its end, and returns where it begins; it ends with the buffer.
-inline char* write_integer(std::int64_t number, char* buffer) {
+// Writes the number to the beginning of `text`, of which integer_text_size bytes may be overwritten, and returns its length. Without a
+// branch: how many digits numbers have is hard to guess.
+inline std::uint32_t write_integer(std::int64_t number, std::uint8_t* text) {
     constexpr std::uint64_t eight = 100'000'000;
-    constexpr std::uint64_t sixteen = eight * eight;
+    constexpr std::uint64_t zeros = 0x3030303030303030;
     const bool negative = number < 0;
     const std::uint64_t magnitude = negative ? 0 - static_cast<std::uint64_t>(number) : static_cast<std::uint64_t>(number);
+    *text = '-'; // unless a digit takes its place
+    std::uint8_t* at = text + static_cast<std::uint32_t>(negative);
 
-    char* first = buffer + integer_text_size;
-    std::uint64_t leading = magnitude; // what is left for the first group, below 10^8
-    const auto write_group = [&first](std::uint64_t group) {
+    // Of the first group that has other digits than zeros these go, of those before it all digits.
+    std::uint64_t shown = 0;
+    const auto write_group = [&](std::uint64_t group, std::uint64_t last_digit) {
         const std::uint64_t characters = eight_digits(static_cast<std::uint32_t>(group));
-        first -= sizeof characters;
-        std::memcpy(first, &characters, sizeof characters);
-        return characters;
+        const auto hidden = static_cast<std::uint32_t>(std::countr_zero((characters ^ zeros) | shown | last_digit)) & 0x78U;
+        const std::uint64_t first_shown = characters >> (hidden & 63);
+        std::memcpy(at, &first_shown, sizeof first_shown);
+        at += 8 - hidden / 8;
+        shown = hidden == 64 ? 0 : 1;
     };
-    if (magnitude >= sixteen) {
-        write_group(magnitude % eight);
-        write_group(magnitude / eight % eight);
-        leading = magnitude / sixteen;
-    } else if (magnitude >= eight) {
-        write_group(magnitude % eight);
-        leading = magnitude / eight;
-    }
-    const std::uint64_t characters = write_group(leading);
-    // Leading zeros go, but the last digit stays.
-    const std::uint64_t digits = (characters ^ 0x3030303030303030) | std::uint64_t{1} << 56;
-    first += std::countr_zero(digits) / 8;
-    if (negative) {
-        *--first = '-';
-    }
-    return first;
+    const std::uint64_t leading = magnitude / eight;
+    write_group(leading / eight, 0);
+    write_group(leading % eight, 0);
+    write_group(magnitude % eight, std::uint64_t{1} << 56);
+    return static_cast<std::uint32_t>(at - text);
 }
 
 } // namespace bifun
