@@ -81,9 +81,18 @@ struct packed_decimals {
             engine_decimals::floor(value, result);
         }
     }
-
-    static void magnitude(const xdec& value, xdec& result) { decimal_layout::set_magnitude(value, result); }
 };
+
+// A block at once: what lies behind a NULL gets a magnitude as well.
+status packed_magnitudes(const batch& batch, const column_argument<xdec>& x) {
+    batch.result->no_nulls = promise_of(x);
+    const auto block = [&](std::uint32_t first, std::uint32_t count, const dense_rows<xdec>& rows) -> status {
+        write_null_flags(null_flags(batch) + first, count, has_no_nulls(x), rows);
+        decimal_layout::set_magnitudes(rows.values, values<xdec>(batch) + first, count);
+        return BIFUN_OK;
+    };
+    return for_each_block(batch.row_count, block, x);
+}
 
 // ---- the functions, over either ----
 
@@ -137,7 +146,8 @@ status entry::bfloor_a_math_dec(batch_of<DECIMAL> batch, column_of<DECIMAL> x) {
     return with_decimals([&](auto decimals) { return set_rows<decltype(decimals)::floor>(batch, x); });
 }
 status entry::babs_a_math_dec(batch_of<DECIMAL> batch, column_of<DECIMAL> x) {
-    return with_decimals([&](auto decimals) { return set_rows<decltype(decimals)::magnitude>(batch, x); });
+    return decimals_are_packed() && setters_are_plain_stores() ? packed_magnitudes(batch, argument(x))
+                                                               : set_rows<engine_decimals::magnitude>(batch, x);
 }
 
 } // namespace bifun
