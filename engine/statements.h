@@ -49,6 +49,11 @@ typedef struct bifun_engine_statements {
      * UTF-8 as Unicode does, and bytes below 0x80 are a character each, whatever stands before them. The library does not call them for
      * short texts that are well-formed. */
     int32_t utf8_is_unicode;
+
+    /* The operations that write numbers as text do what engine/decimal.h and engine/number_format.h say, whatever the buffer holds: `length`
+     * gets the length of the text, and a NUL stands behind it. The library does not clear the buffer, and it writes short packed decimals
+     * itself. */
+    int32_t number_texts_as_described;
 } bifun_engine_statements;
 
 /* Weak, so that an engine need not have it. */

@@ -7,6 +7,7 @@
 #include "embedded/decimal/digits.h"
 #include "embedded/format/shortest_decimal.h"
 #include "engine/number_format.h"
+#include "layouts/decimal_text.h"
 
 namespace zqengine {
 
@@ -30,8 +31,10 @@ digit_characters characters_of(std::uint64_t digits) {
     const std::uint64_t leading = digits / ten_to_8;
     digit_characters characters{};
     characters.first = leading / ten_to_8;
-    characters.middle = bifun::eight_digits(static_cast<std::uint32_t>(leading % ten_to_8));
-    characters.last = bifun::eight_digits(static_cast<std::uint32_t>(digits % ten_to_8));
+    const auto [middle, last] =
+        bifun::sixteen_digits(static_cast<std::uint32_t>(leading % ten_to_8), static_cast<std::uint32_t>(digits % ten_to_8));
+    characters.middle = middle;
+    characters.last = last;
     const auto zeros = [](std::uint64_t eight) { return static_cast<std::uint32_t>(std::countl_zero(eight ^ eight_zero_characters)) / 8; };
     const std::uint32_t zeros_of_last = zeros(characters.last);
     characters.count = max_digits - (zeros_of_last == 8 ? 8 + zeros(characters.middle) : zeros_of_last);
@@ -63,9 +66,8 @@ char* write_plain(char* out, const digit_characters& digits, std::uint32_t befor
     }
     // The first sixteen as one word, which the point is put into.
     const uint128 sixteen = uint128{digits.last} << 72 | uint128{digits.middle} << 8 | ('0' + digits.first);
-    const uint128 integer = (uint128{1} << 8 * before) - 1;
-    const uint128 with_point = (sixteen & integer) | (sixteen & ~integer) << 8 | uint128{'.'} << 8 * before;
-    std::memcpy(out, &with_point, sizeof with_point);
+    const uint128 word = bifun::decimal_layout::with_point(sixteen, before);
+    std::memcpy(out, &word, sizeof word);
     out[16] = static_cast<char>(digits.last >> 48);
     out[17] = static_cast<char>(digits.last >> 56);
     return out + digits.count + 1;
@@ -97,9 +99,8 @@ char* write_double(char* out, double value) {
     if (std::isnan(value)) {
         return write_name(out, "NaN");
     }
-    if (std::signbit(value)) {
-        *out++ = '-';
-    }
+    *out = '-'; // unless a digit takes its place: signs in a column are as good as random
+    out += std::signbit(value) ? 1 : 0;
     if (std::isinf(value)) {
         return write_name(out, "Infinity");
     }

@@ -119,14 +119,13 @@ shortest_decimal shortest_decimal_of(double magnitude) {
     const std::uint64_t tens = number / 40;
     const bool tens_below = least <= 40 * tens;
     const bool tens_above = 40 * tens + 40 <= greatest;
-    if (tens != 0 && tens_below != tens_above) {
-        return {.digits = tens + (tens_above ? 1 : 0), .exponent = k + 1};
-    }
+    const bool takes_tens = (tens != 0) & (tens_below != tens_above);
     const bool below = least <= 4 * down;
     const bool above = 4 * down + 4 <= greatest;
     const std::uint64_t middle = 4 * down + 2;
-    const bool nearer_above = number > middle || (number == middle && (down & 1) != 0);
-    return {.digits = down + ((below != above ? above : nearer_above) ? 1 : 0), .exponent = k};
+    const bool nearer_above = (number > middle) | ((number == middle) & ((down & 1) != 0));
+    const std::uint64_t units = down + ((below != above ? above : nearer_above) ? 1 : 0);
+    return {.digits = takes_tens ? tens + (tens_above ? 1 : 0) : units, .exponent = k + (takes_tens ? 1 : 0)};
 }
 
 } // namespace zqengine
