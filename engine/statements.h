@@ -50,9 +50,9 @@ typedef struct bifun_engine_statements {
      * short texts that are well-formed. */
     int32_t utf8_is_unicode;
 
-    /* The operations that write numbers as text do what engine/decimal.h and engine/number_format.h say, whatever the buffer holds: `length`
-     * gets the length of the text, and a NUL stands behind it. The library does not clear the buffer, and it writes short packed decimals
-     * itself. */
+    /* The operations that write numbers as text do what engine/decimal.h and engine/number_format.h say, whatever the buffer holds:
+     * `length` gets the length of the text, and a NUL stands behind it. The library does not clear the buffer, and it writes short packed
+     * decimals itself. */
     int32_t number_texts_as_described;
 } bifun_engine_statements;
 
