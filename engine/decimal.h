@@ -66,7 +66,8 @@ int32_t xdec_div_get_quotient_int_by_16(const xdec* value, xdec* quotient, int32
 int32_t xdec_from_char(const uint8_t* text, uint32_t length, xdec* result);
 
 /* Writes the value in plain notation, a zero before the point, all digits of its scale, and a closing NUL: -0.50. The two reserved
- * arguments are 0. `length` gets the length without the NUL. Returns 0; -6803 where `buffer_size` is too small (256 always suffices). */
+ * arguments are 0. `length` gets the length without the NUL; what lies behind it is garbage. Returns 0; -6803 where `buffer_size` is too
+ * small (256 always suffices). */
 int32_t xdec_to_char_with_zero(const xdec* value, char* buffer, uint32_t buffer_size, int32_t reserved_1, int32_t reserved_2,
                                uint32_t* length);
 

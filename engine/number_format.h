@@ -17,10 +17,11 @@ enum {
     ZQ_INVALID_NLS_PARAMETERS = -6131 /* the text is no list of NLS parameters or longer than 128 bytes */
 };
 
-/* How far an engine may write. The library clears as many bytes before every call. */
+/* How far an engine may write. The library clears as many bytes before every call, unless number_texts_as_described is said
+ * (engine/statements.h). */
 enum { ZQ_FORMATTED_NUMBER_SIZE = 1024, ZQ_DOUBLE_TEXT_SIZE = 512 };
 
-/* Writes the value under the format and a closing NUL. `buffer` has ZQ_FORMATTED_NUMBER_SIZE bytes, all zero. The value is rounded half
+/* Writes the value under the format and a closing NUL. `buffer` has ZQ_FORMATTED_NUMBER_SIZE bytes. The value is rounded half
  * away from zero to the digits of the format; one that does not fit gives a row of # as wide as the format.
  *
  * The environment keeps the format, so that rows with the same text do not parse it again; a null environment keeps nothing.
@@ -39,7 +40,7 @@ int32_t xdec_to_char_with_fmt_low(bifun_environment* environment, const xdec* va
 
 /* Writes the shortest text that reads back as the same double, and a closing NUL: in plain notation from 0.00001 up to but not
  * including 1E+15, else as 1.5E+20, with at least two digits of exponent. The others are NaN, Infinity, -Infinity, 0 and -0.
- * `length` gets the length without the NUL. `buffer_size` is ZQ_DOUBLE_TEXT_SIZE where the library calls, and the bytes are zero. Returns
+ * `length` gets the length without the NUL. `buffer_size` is ZQ_DOUBLE_TEXT_SIZE where the library calls. Returns
  * 0; -6803 where `buffer_size` is too small (32 always suffices). */
 int32_t zq_dou2char(double value, char* buffer, uint32_t buffer_size, uint32_t* length);
 

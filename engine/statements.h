@@ -50,6 +50,11 @@ typedef struct bifun_engine_statements {
      * short texts that are well-formed. */
     int32_t utf8_is_unicode;
 
+    /* The operations that write numbers as text do what engine/decimal.h and engine/number_format.h say, whatever the buffer holds:
+     * `length` gets the length of the text, and a NUL stands behind it. The library does not clear the buffer, and it writes short packed
+     * decimals itself. */
+    int32_t number_texts_as_described;
+
     /* The bytes that string arguments of a call point to, columns and constants, stay as they are until nobody reads the results of the
      * call any more. A row of a string result may then point to bytes of an argument, or share its bytes with another row, in place of a
      * copy. Where results are arguments of other calls, the bytes of the innermost arguments live as long as the outermost result.

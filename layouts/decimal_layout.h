@@ -53,12 +53,47 @@ template <class Word> inline void store_parts(xdec& result, std::uint64_t head, 
     std::memcpy(result.bytes + coefficient_at, &coefficient, sizeof coefficient);
 }
 
-// The magnitude, and the value with the other sign. `result` may be the place of `value`.
+// The magnitude. `result` may be the place of `value`.
 inline void set_magnitude(const xdec& value, xdec& result) {
     const std::uint8_t mark = value.bytes[0];
     result = value;
     result.bytes[0] = mark == XDEC_ZERO ? mark : std::uint8_t{XDEC_POSITIVE};
 }
+
+// As many values as their bytes and those of a vector have a common multiple: their marks are at the same places of the vectors again.
+constexpr std::uint32_t values_per_period = 32;
+
+struct mark_pattern {
+    std::uint8_t bytes[values_per_period * sizeof(xdec)];
+};
+
+// 0xFF where a mark is.
+[[gnu::visibility("hidden")]] inline constexpr mark_pattern marks_of_period = [] {
+    mark_pattern pattern{};
+    for (std::size_t k = 0; k < values_per_period; ++k) {
+        pattern.bytes[k * sizeof(xdec)] = 0xFF;
+    }
+    return pattern;
+}();
+
+// set_magnitude of `count` values side by side, in vectors: the mark of a negative value is the one whose top bit is clear, and the
+// complement of that of a positive one.
+inline void set_magnitudes(const xdec* __restrict values, xdec* __restrict results, std::uint32_t count) {
+    std::uint32_t first = 0;
+    for (; count - first >= values_per_period; first += values_per_period) {
+        const std::uint8_t* const from = values[first].bytes;
+        std::uint8_t* const to = results[first].bytes;
+        for (std::size_t i = 0; i < sizeof marks_of_period; ++i) {
+            const auto top_bit_clear = static_cast<std::uint8_t>(static_cast<std::int8_t>(from[i]) >= 0 ? 0xFF : 0);
+            to[i] = static_cast<std::uint8_t>(from[i] ^ (top_bit_clear & marks_of_period.bytes[i]));
+        }
+    }
+    for (; first < count; ++first) {
+        set_magnitude(values[first], results[first]);
+    }
+}
+
+// The value with the other sign. `result` may be the place of `value`.
 inline void set_negation(const xdec& value, xdec& result) {
     const std::uint8_t mark = value.bytes[0];
     result = value;

@@ -181,6 +181,50 @@ inline bool step_down(const xdec& value, xdec* result) {
            set_digits<rounding::then_one_down, uint128>(value, 0, result);
 }
 
+// What the operations of `mode` above do, to `count` values side by side of which those with a flag other than 0 count: in one pass for
+// values that have the scale of the first one and a coefficient below 2^63, where up to 19 digits are cut off. Otherwise false, and the
+// results are garbage; those of the other values always are.
+template <rounding mode>
+bool set_digits_of_all(const xdec* __restrict values, const std::uint8_t* flags, std::int32_t digits, xdec* __restrict results,
+                       std::uint32_t count) {
+    std::uint32_t first = 0;
+    while (first < count && flags[first] == 0) {
+        ++first;
+    }
+    if (first == count) {
+        return true;
+    }
+    const std::uint32_t scale = values[first].bytes[scale_at];
+    const std::uint32_t cut = scale - static_cast<std::uint32_t>(digits);
+    if (digits < 0 || cut - 1 >= max_short_cut) {
+        return false;
+    }
+    const reciprocal<std::uint64_t> by = short_reciprocals[cut];
+    const std::uint64_t scale_and_exponent = pack_head(0, 0, scale, 0);
+    const std::uint64_t digits_of_result = pack_head(0, 0, static_cast<std::uint32_t>(digits), 0);
+    std::uint64_t others = 0;
+    for (std::uint32_t k = first; k < count; ++k) {
+        std::uint64_t head;
+        std::uint64_t magnitude;
+        std::uint64_t high;
+        std::memcpy(&head, values[k].bytes, sizeof head);
+        std::memcpy(&magnitude, values[k].bytes + coefficient_at, sizeof magnitude);
+        std::memcpy(&high, values[k].bytes + coefficient_at + sizeof magnitude, sizeof high);
+        others |= (((head ^ scale_and_exponent) & 0xFFFF0000) | high | magnitude >> 63) & (std::uint64_t{0} - flags[k]);
+        const std::uint64_t halves = high_half(uint128{magnitude} * by.multiplier) >> by.shift;
+        const auto mark = static_cast<std::uint8_t>(head);
+        const std::uint64_t rounded = mode == rounding::half_away_from_zero ? (halves + 1) >> 1 : (halves >> 1) + unit_added<mode>(mark);
+        // As in set_digits(). What is no precision stays within the table.
+        const auto precision = static_cast<std::int32_t>(head >> 8 & 0xFF);
+        const auto kept = static_cast<std::uint32_t>(std::max(precision - static_cast<std::int32_t>(cut), 1)) & 31;
+        const bool one_more = mode != rounding::toward_zero && rounded >= static_cast<std::uint64_t>(powers_of_ten[kept]);
+        const std::uint32_t unless_zero = std::uint32_t{0} - (rounded != 0 ? 1 : 0);
+        const std::uint32_t mark_change = (std::uint32_t{mark} ^ XDEC_ZERO) & unless_zero;
+        store_parts(results[k], digits_of_result | (mark_change ^ XDEC_ZERO) | std::uint64_t{kept + (one_more ? 1 : 0)} << 8, rounded);
+    }
+    return others == 0;
+}
+
 } // namespace bifun::decimal_layout
 
 #endif

@@ -10,12 +10,14 @@
 #include <cstdint>
 #include <cstring>
 
+#if defined(__SSE2__)
+#include <immintrin.h>
+#endif
+
 #if defined(__AVX512BW__) && defined(__AVX512VL__) && defined(__BMI2__)
 #define BIFUN_MASKED_LOADS
-#include <immintrin.h>
 #elif defined(__SSE2__) && !defined(BIFUN_SANITIZED)
 #define BIFUN_WHOLE_LOADS
-#include <immintrin.h>
 #endif
 
 namespace bifun {

@@ -33,6 +33,8 @@ inline bool datetimes_are_packed() { return statement_of_engine<&bifun_engine_st
 
 inline bool pads_as_described() { return statement_of_engine<&bifun_engine_statements::pads_as_described>() != 0; }
 
+inline bool number_texts_are_as_described() { return statement_of_engine<&bifun_engine_statements::number_texts_as_described>() != 0; }
+
 inline bool results_may_refer() { return statement_of_engine<&bifun_engine_statements::results_may_refer>() != 0; }
 
 } // namespace bifun

@@ -81,9 +81,33 @@ struct packed_decimals {
             engine_decimals::floor(value, result);
         }
     }
-
-    static void magnitude(const xdec& value, xdec& result) { decimal_layout::set_magnitude(value, result); }
 };
+
+// A block at once: what lies behind a NULL gets a magnitude as well.
+status packed_magnitudes(const batch& batch, const column_argument<xdec>& x) {
+    batch.result->no_nulls = promise_of(x);
+    const auto block = [&](std::uint32_t first, std::uint32_t count, const dense_rows<xdec>& rows) -> status {
+        write_null_flags(null_flags(batch) + first, count, has_no_nulls(x), rows);
+        decimal_layout::set_magnitudes(rows.values, values<xdec>(batch) + first, count);
+        return BIFUN_OK;
+    };
+    return for_each_block(batch.row_count, block, x);
+}
+
+// To a constant number of digits: a block at once where its values allow it, else row by row.
+template <decimal_layout::rounding mode, auto kernel, class... Digits>
+status set_digits(const batch& batch, const column_argument<xdec>& x, std::int32_t digits, const Digits&... digits_argument) {
+    batch.result->no_nulls = joint_no_null_flag(x, digits_argument...);
+    stored_results<xdec> results(batch);
+    const auto block = [&](std::uint32_t first, std::uint32_t count, const dense_rows<xdec>& rows, const auto&... digit_rows) -> status {
+        std::uint8_t* const flags = null_flags(batch) + first;
+        write_null_flags(flags, count, has_no_nulls(x), rows);
+        return decimal_layout::set_digits_of_all<mode>(rows.values, flags, digits, results.values + first, count)
+                   ? BIFUN_OK
+                   : evaluate_one_by_one<kernel, no_checks>(batch, results, first, count, has_no_nulls(x), rows, digit_rows...);
+    };
+    return for_each_block(batch.row_count, block, x, digits_argument...);
+}
 
 // ---- the functions, over either ----
 
@@ -92,6 +116,16 @@ template <class Operations> void round_to_integer(const xdec& value, xdec& resul
 // Calls `set` with the operations that serve this engine.
 template <class Set> status with_decimals(const Set& set) {
     return decimals_are_packed() ? set(packed_decimals{}) : set(engine_decimals{});
+}
+
+using decimal_layout::rounding;
+
+bool can_set_blocks() { return decimals_are_packed() && setters_are_plain_stores(); }
+
+// With digits that are a constant.
+template <rounding mode, auto kernel> status set_constant_digits(const batch& batch, column_of<DECIMAL> x, constant_of<INT> digits) {
+    const constant_argument count = argument(digits);
+    return count.present ? set_digits<mode, kernel>(batch, argument(x), count.value, count) : null_rows(batch);
 }
 
 template <class X, class Digits> status truncate_rows(batch_of<DECIMAL> batch, X x, Digits digits) {
@@ -105,26 +139,34 @@ template <class X, class Digits> status round_rows(batch_of<DECIMAL> batch, X x,
 } // namespace
 
 status entry::btrunc_dec_def_a_math(batch_of<DECIMAL> batch, column_of<DECIMAL> x) {
+    if (can_set_blocks()) {
+        return set_digits<rounding::toward_zero, packed_decimals::truncate>(batch, argument(x), 0);
+    }
     return with_decimals([&](auto decimals) { return set_rows<decltype(decimals)::truncate>(batch, x); });
 }
 status entry::btrunc_dec_va_de_math(batch_of<DECIMAL> batch, constant_of<DECIMAL> x, column_of<INT> digits) {
     return truncate_rows(batch, x, digits);
 }
 status entry::btrunc_dec_av_li_math(batch_of<DECIMAL> batch, column_of<DECIMAL> x, constant_of<INT> digits) {
-    return truncate_rows(batch, x, digits);
+    return can_set_blocks() ? set_constant_digits<rounding::toward_zero, packed_decimals::truncate_to>(batch, x, digits)
+                            : truncate_rows(batch, x, digits);
 }
 status entry::btrunc_dec_aa_math(batch_of<DECIMAL> batch, column_of<DECIMAL> x, column_of<INT> digits) {
     return truncate_rows(batch, x, digits);
 }
 
 status entry::bround_def_a_math_dbl(batch_of<DECIMAL> batch, column_of<DECIMAL> x) {
+    if (can_set_blocks()) {
+        return set_digits<rounding::half_away_from_zero, round_to_integer<packed_decimals>>(batch, argument(x), 0);
+    }
     return with_decimals([&](auto decimals) { return store_rows<round_to_integer<decltype(decimals)>>(batch, x); });
 }
 status entry::bround_dec_va_de_math_dbl(batch_of<DECIMAL> batch, constant_of<DECIMAL> x, column_of<INT> digits) {
     return round_rows(batch, x, digits);
 }
 status entry::bround_dec_av_li_math_dbl(batch_of<DECIMAL> batch, column_of<DECIMAL> x, constant_of<INT> digits) {
-    return round_rows(batch, x, digits);
+    return can_set_blocks() ? set_constant_digits<rounding::half_away_from_zero, packed_decimals::round_to>(batch, x, digits)
+                            : round_rows(batch, x, digits);
 }
 status entry::bround_dec_aa_math_dbl(batch_of<DECIMAL> batch, column_of<DECIMAL> x, column_of<INT> digits) {
     return round_rows(batch, x, digits);
@@ -137,7 +179,7 @@ status entry::bfloor_a_math_dec(batch_of<DECIMAL> batch, column_of<DECIMAL> x) {
     return with_decimals([&](auto decimals) { return set_rows<decltype(decimals)::floor>(batch, x); });
 }
 status entry::babs_a_math_dec(batch_of<DECIMAL> batch, column_of<DECIMAL> x) {
-    return with_decimals([&](auto decimals) { return set_rows<decltype(decimals)::magnitude>(batch, x); });
+    return can_set_blocks() ? packed_magnitudes(batch, argument(x)) : set_rows<engine_decimals::magnitude>(batch, x);
 }
 
 } // namespace bifun

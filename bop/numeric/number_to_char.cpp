@@ -2,14 +2,17 @@
 // column alone.
 
 #include <array>
+#include <cmath>
 #include <utility>
 
+#include "bop/frame/statements.h"
 #include "bop/frame/string_rows.h"
 #include "bop/numeric/entry_points.h"
 #include "bop/numeric/integer_text.h"
 #include "engine/decimal.h"
 #include "engine/number_check.h"
 #include "engine/number_format.h"
+#include "layouts/decimal_text.h"
 
 namespace bifun {
 namespace {
@@ -17,14 +20,16 @@ namespace {
 constexpr std::uint32_t longest_format = 75;
 constexpr std::uint32_t longest_nls = 128;
 
-// Where a text goes, which the engine finds all zero: whatever it does with the bytes behind its text, what it writes up to a NUL is the
-// text.
+// Where a text goes.
 using formatted_text = bounded_text<ZQ_FORMATTED_NUMBER_SIZE>;
 using decimal_text = bounded_text<512>;
 using double_text = bounded_text<ZQ_DOUBLE_TEXT_SIZE>;
 
-// Vector by vector: compilers clear an array of such a size by an instruction that takes 8 ns longer.
-template <std::uint32_t size> char* cleared(const bounded_text<size>& text) {
+template <std::uint32_t size> char* characters(const bounded_text<size>& text) { return reinterpret_cast<char*>(text.bytes); }
+
+// An engine that does not say how it writes texts finds all bytes zero: whatever it does with those behind the text, what it writes up to a
+// NUL is the text. Vector by vector: compilers clear an array of such a size by an instruction that takes 8 ns longer.
+template <std::uint32_t size> void clear(const bounded_text<size>& text) {
     using vector = std::array<char, 64>;
     static_assert(size % sizeof(vector) == 0);
     const auto clear_vectors = [&]<std::size_t... i>(std::index_sequence<i...>) {
@@ -32,11 +37,10 @@ template <std::uint32_t size> char* cleared(const bounded_text<size>& text) {
         (std::memcpy(text.bytes + i * sizeof zeros, zeros.data(), sizeof zeros), ...);
     };
     clear_vectors(std::make_index_sequence<size / sizeof(vector)>());
-    return reinterpret_cast<char*>(text.bytes);
 }
 
 template <std::uint32_t size> void measure(bounded_text<size>& text) {
-    text.length = static_cast<std::uint32_t>(strnlen(reinterpret_cast<const char*>(text.bytes), size));
+    text.length = static_cast<std::uint32_t>(strnlen(characters(text), size));
 }
 
 // ---- without a format ----
@@ -45,23 +49,30 @@ template <class Integer> void render_integer(Integer number, bounded_text<intege
     text.length = write_integer(number, text.bytes);
 }
 
-status render_decimal(const xdec& number, decimal_text& text) {
+status render(const xdec& number, decimal_text& text) {
     constexpr std::uint32_t room = 500;
-    std::uint32_t length = 0;
-    const status rendered = xdec_to_char_with_zero(&number, cleared(text), room, 0, 0, &length);
+    return xdec_to_char_with_zero(&number, characters(text), room, 0, 0, &text.length);
+}
+
+status check_overflow_of(double number) { return std::isfinite(number) ? BIFUN_OK : ntype_is_double_overflow(number); }
+
+status render(double number, double_text& text) {
+    const status overflow = check_overflow_of(number);
+    return overflow < BIFUN_OK ? overflow : zq_dou2char(number, characters(text), ZQ_DOUBLE_TEXT_SIZE, &text.length);
+}
+
+template <class Number, class Text> status render_as_described(Number number, Text& text) { return render(number, text); }
+
+template <class Number, class Text> status render_into_zeros(Number number, Text& text) {
+    clear(text);
+    const status rendered = render(number, text);
     measure(text);
     return rendered;
 }
 
-status render_double(double number, double_text& text) {
-    const status overflow = ntype_is_double_overflow(number);
-    if (overflow < BIFUN_OK) {
-        return overflow;
-    }
-    std::uint32_t length = 0;
-    const status rendered = zq_dou2char(number, cleared(text), ZQ_DOUBLE_TEXT_SIZE, &length);
-    measure(text);
-    return rendered;
+status render_packed(const xdec& number, decimal_text& text) {
+    text.length = decimal_layout::write_short(number, text.bytes);
+    return text.length != 0 ? BIFUN_OK : render(number, text);
 }
 
 // ---- with a format ----
@@ -76,7 +87,7 @@ status decimal_of(std::int64_t number, xdec& result) { return xdec_from_int64(&r
 status decimal_of(std::int32_t number, xdec& result) { return decimal_of(std::int64_t{number}, result); }
 
 status decimal_of(double number, xdec& result) {
-    const status overflow = ntype_is_double_overflow(number);
+    const status overflow = check_overflow_of(number);
     return overflow < BIFUN_OK ? overflow : xdec_from_double(&result, number);
 }
 
@@ -85,6 +96,7 @@ struct number_formatting {
     bifun_environment* environment;
     bifun_string format;
     bifun_string nls; // empty where there is none
+    bool texts_are_as_described;
 };
 
 template <class Number> status format_number(const Number& number, const number_formatting& by, formatted_text& text) {
@@ -93,7 +105,10 @@ template <class Number> status format_number(const Number& number, const number_
     if (converted < BIFUN_OK) {
         return converted;
     }
-    char* const bytes = cleared(text);
+    if (!by.texts_are_as_described) {
+        clear(text);
+    }
+    char* const bytes = characters(text);
     const bifun_string& format = by.format;
     const status rendered =
         by.nls.length == 0 ? xdec_to_char_with_fmt(by.environment, &decimal, bytes, format.data, format.length)
@@ -113,7 +128,7 @@ template <value_type type> status to_char(batch_of<VARCHAR> batch, column_of<typ
     if (is_no_format(format)) {
         return null_rows(batch);
     }
-    return format_rows(batch, numbers, {batch.environment, string_of(*format.record, 0), {}});
+    return format_rows(batch, numbers, {batch.environment, string_of(*format.record, 0), {}, number_texts_are_as_described()});
 }
 
 template <value_type type>
@@ -124,7 +139,8 @@ status to_char(batch_of<VARCHAR> batch, column_of<type> numbers, constant_of<VAR
     if (nls.record->length < 1 || nls.record->length > longest_nls) {
         return fail_batch(batch, BIFUN_INVALID_NLS_PARAMETER);
     }
-    return format_rows(batch, numbers, {batch.environment, string_of(*format.record, 0), string_of(*nls.record, 0)});
+    return format_rows(batch, numbers,
+                       {batch.environment, string_of(*format.record, 0), string_of(*nls.record, 0), number_texts_are_as_described()});
 }
 
 } // namespace
@@ -135,8 +151,17 @@ status entry::bto_char_a_int_to_varchar(batch_of<VARCHAR> batch, column_of<INT> 
 status entry::bto_char_a_int64_to_varchar(batch_of<VARCHAR> batch, column_of<BIGINT> x) {
     return string_rows<render_integer<std::int64_t>>(batch, x);
 }
-status entry::bto_char_a_dec_to_varchar(batch_of<VARCHAR> batch, column_of<DECIMAL> x) { return string_rows<render_decimal>(batch, x); }
-status entry::bto_char_a_double_to_varchar(batch_of<VARCHAR> batch, column_of<DOUBLE> x) { return string_rows<render_double>(batch, x); }
+status entry::bto_char_a_dec_to_varchar(batch_of<VARCHAR> batch, column_of<DECIMAL> x) {
+    if (!number_texts_are_as_described()) {
+        return string_rows<render_into_zeros<const xdec&, decimal_text>>(batch, x);
+    }
+    return decimals_are_packed() ? string_rows<render_packed>(batch, x)
+                                 : string_rows<render_as_described<const xdec&, decimal_text>>(batch, x);
+}
+status entry::bto_char_a_double_to_varchar(batch_of<VARCHAR> batch, column_of<DOUBLE> x) {
+    return number_texts_are_as_described() ? string_rows<render_as_described<double, double_text>>(batch, x)
+                                           : string_rows<render_into_zeros<double, double_text>>(batch, x);
+}
 
 status entry::bto_char_av_int_to_varchar_with_fmt(batch_of<VARCHAR> batch, column_of<INT> x, constant_of<VARCHAR> format) {
     return to_char(batch, x, format);

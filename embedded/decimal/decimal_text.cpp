@@ -5,6 +5,7 @@
 #include "embedded/decimal/decimal_parts.h"
 #include "embedded/decimal/digits.h"
 #include "engine/decimal.h"
+#include "layouts/decimal_text.h"
 
 namespace zqengine {
 
@@ -193,6 +194,14 @@ int32_t xdec_to_char_with_zero(const xdec* value, char* buffer, uint32_t buffer_
                                uint32_t* length) {
     static_cast<void>(reserved_1);
     static_cast<void>(reserved_2);
+    if (buffer_size > bifun::decimal_layout::short_text_room) {
+        const std::uint32_t written = bifun::decimal_layout::write_short(*value, reinterpret_cast<std::uint8_t*>(buffer));
+        if (written != 0) {
+            buffer[written] = '\0';
+            *length = written;
+            return BIFUN_OK;
+        }
+    }
     const std::uint32_t exponent = value->bytes[bifun::decimal_layout::exponent_at];
     const std::uint32_t scale = value->bytes[bifun::decimal_layout::scale_at];
     const std::uint32_t digits = coefficient_digits(*value);

@@ -1,45 +1,146 @@
-#include <charconv>
+#include <bit>
 #include <cmath>
 #include <cstring>
 #include <string_view>
 
 #include "bop/frame/status.h"
+#include "embedded/decimal/digits.h"
+#include "embedded/format/shortest_decimal.h"
 #include "engine/number_format.h"
+#include "layouts/decimal_text.h"
+
+namespace zqengine {
 
 namespace {
 
-// Long enough for any double: -1.2345678901234567E-308, -0.000012345678901234567.
-constexpr std::size_t longest_text = 32;
+// Long enough for any double, -1.2345678901234567E-308 or -0.000012345678901234567, and for what is written behind it.
+constexpr std::size_t text_room = 32;
 
-std::string_view text_of(double value, char (&room)[longest_text]) {
-    constexpr double least_plain = 1e-5;
-    constexpr double least_beyond_plain = 1e15;
+constexpr std::uint32_t max_digits = 17;
+
+// Seventeen digits of which the last ones may be zeros: as characters, the first in the lowest byte.
+struct digit_characters {
+    std::uint64_t first; // 0 to 9
+    std::uint64_t middle;
+    std::uint64_t last;
+    std::uint32_t count; // without the zeros at the end, at least 1
+};
+
+digit_characters characters_of(std::uint64_t digits) {
+    constexpr std::uint64_t ten_to_8 = 100'000'000;
+    const std::uint64_t leading = digits / ten_to_8;
+    digit_characters characters{};
+    characters.first = leading / ten_to_8;
+    const auto [middle, last] =
+        bifun::sixteen_digits(static_cast<std::uint32_t>(leading % ten_to_8), static_cast<std::uint32_t>(digits % ten_to_8));
+    characters.middle = middle;
+    characters.last = last;
+    const auto zeros = [](std::uint64_t eight) { return static_cast<std::uint32_t>(std::countl_zero(eight ^ eight_zero_characters)) / 8; };
+    const std::uint32_t zeros_of_last = zeros(characters.last);
+    characters.count = max_digits - (zeros_of_last == 8 ? 8 + zeros(characters.middle) : zeros_of_last);
+    return characters;
+}
+
+char* write_8(char* out, std::uint64_t characters) {
+    std::memcpy(out, &characters, sizeof characters);
+    return out + sizeof characters;
+}
+
+char first_character(const digit_characters& digits) { return static_cast<char>('0' + digits.first); }
+
+// Above 0 and below 1: `zeros` digits behind the point are 0, at most 4.
+char* write_fraction(char* out, const digit_characters& digits, std::uint32_t zeros) {
+    write_8(out, 0x30303030'30302E30); // 0.000000
+    out += 2 + zeros;
+    *out = first_character(digits);
+    write_8(write_8(out + 1, digits.middle), digits.last);
+    return out + digits.count;
+}
+
+// `before` digits, 1 to 15, stand before the point, which is only there where digits follow.
+char* write_plain(char* out, const digit_characters& digits, std::uint32_t before) {
+    if (digits.count <= before) {
+        *out = first_character(digits);
+        write_8(write_8(out + 1, digits.middle), digits.last);
+        return out + before;
+    }
+    // The first sixteen as one word, which the point is put into.
+    const uint128 sixteen = uint128{digits.last} << 72 | uint128{digits.middle} << 8 | ('0' + digits.first);
+    const uint128 word = bifun::decimal_layout::with_point(sixteen, before);
+    std::memcpy(out, &word, sizeof word);
+    out[16] = static_cast<char>(digits.last >> 48);
+    out[17] = static_cast<char>(digits.last >> 56);
+    return out + digits.count + 1;
+}
+
+char* write_scientific(char* out, const digit_characters& digits, std::int32_t exponent) {
+    *out = first_character(digits);
+    out[1] = '.';
+    write_8(write_8(out + 2, digits.middle), digits.last);
+    out += digits.count == 1 ? 1 : digits.count + 1;
+    *out++ = 'E';
+    *out++ = exponent < 0 ? '-' : '+';
+    const auto magnitude = static_cast<std::uint32_t>(exponent < 0 ? -exponent : exponent);
+    if (magnitude >= 100) {
+        *out++ = static_cast<char>('0' + magnitude / 100);
+    }
+    *out++ = static_cast<char>('0' + magnitude / 10 % 10);
+    *out++ = static_cast<char>('0' + magnitude % 10);
+    return out;
+}
+
+char* write_name(char* out, std::string_view name) {
+    std::memcpy(out, name.data(), name.size());
+    return out + name.size();
+}
+
+// Writes the text, and anything behind it, into text_room bytes and returns the end of the text.
+char* write_double(char* out, double value) {
     if (std::isnan(value)) {
-        return "NaN";
+        return write_name(out, "NaN");
     }
+    *out = '-'; // unless a digit takes its place: signs in a column are as good as random
+    out += std::signbit(value) ? 1 : 0;
     if (std::isinf(value)) {
-        return value < 0 ? "-Infinity" : "Infinity";
+        return write_name(out, "Infinity");
     }
-    const double magnitude = std::fabs(value);
-    const bool plain = magnitude == 0 || (magnitude >= least_plain && magnitude < least_beyond_plain);
-    const auto notation = plain ? std::chars_format::fixed : std::chars_format::scientific;
-    char* const end = std::to_chars(room, room + longest_text, value, notation).ptr;
-    if (!plain) {
-        *static_cast<char*>(std::memchr(room, 'e', static_cast<std::size_t>(end - room))) = 'E';
+    if (value == 0) {
+        return write_name(out, "0");
     }
-    return {room, static_cast<std::size_t>(end - room)};
+    constexpr std::int32_t least_plain = -5; // the exponent of the first digit
+    constexpr std::int32_t most_plain = 14;
+    const shortest_decimal shortest = shortest_decimal_of(std::fabs(value));
+    // 1233 / 4096 is the logarithm of two to the base of ten, near enough for numbers of 64 bits.
+    const auto estimate = static_cast<std::uint32_t>(std::bit_width(shortest.digits)) * 1233 >> 12;
+    const std::uint32_t count = estimate + (shortest.digits >= static_cast<std::uint64_t>(powers_of_ten[estimate]) ? 1 : 0);
+    const digit_characters digits = characters_of(shortest.digits * static_cast<std::uint64_t>(powers_of_ten[max_digits - count]));
+    const std::int32_t exponent = shortest.exponent + static_cast<std::int32_t>(count) - 1;
+    if (exponent < least_plain || exponent > most_plain) {
+        return write_scientific(out, digits, exponent);
+    }
+    return exponent < 0 ? write_fraction(out, digits, static_cast<std::uint32_t>(-exponent - 1))
+                        : write_plain(out, digits, static_cast<std::uint32_t>(exponent + 1));
 }
 
 } // namespace
 
+} // namespace zqengine
+
+using namespace zqengine;
+
 int32_t zq_dou2char(double value, char* buffer, uint32_t buffer_size, uint32_t* length) {
-    char room[longest_text];
-    const std::string_view text = text_of(value, room);
-    if (text.size() >= buffer_size) {
+    char room[text_room];
+    const bool writes_in_place = buffer_size >= text_room;
+    char* const begin = writes_in_place ? buffer : room;
+    char* const end = write_double(begin, value);
+    const auto size = static_cast<std::uint32_t>(end - begin);
+    if (size >= buffer_size) {
         return BIFUN_ARGUMENT_OUT_OF_DOMAIN;
     }
-    std::memcpy(buffer, text.data(), text.size());
-    buffer[text.size()] = '\0';
-    *length = static_cast<std::uint32_t>(text.size());
+    if (!writes_in_place) {
+        std::memcpy(buffer, room, size);
+    }
+    buffer[size] = '\0';
+    *length = size;
     return BIFUN_OK;
 }

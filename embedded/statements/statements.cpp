@@ -11,5 +11,6 @@ bifun_engine_statements zq_engine_statements = {
     .datetime_layout = ZQTIME_LAYOUT_PACKED,
     .pads_as_described = 1,
     .utf8_is_unicode = 1,
+    .number_texts_as_described = 1,
     .results_may_refer = 1,
 };

@@ -221,6 +221,26 @@ TEST(Decimal, WritesIntoRoomThatJustSuffices) {
     }
 }
 
+TEST(Decimal, WritesAnyDigitsUnderAnyScale) {
+    for (std::size_t digits = 1; digits <= 38; ++digits) {
+        for (std::size_t scale = 0; scale <= 40; ++scale) {
+            std::string text;
+            for (std::size_t i = 0; i < digits; ++i) {
+                text += static_cast<char>('0' + (i * 7 + scale) % 9 + 1);
+            }
+            text.insert(0, text.size() <= scale ? scale + 1 - text.size() : 0, '0');
+            if (scale != 0) {
+                text.insert(text.size() - scale, 1, '.');
+            }
+            for (const std::string& signed_text : {text, '-' + text}) {
+                xdec value;
+                ASSERT_EQ(read(signed_text, value), 0);
+                EXPECT_EQ(written(value), signed_text);
+            }
+        }
+    }
+}
+
 TEST(Decimal, FillsAndCopies) {
     xdec a;
     xdec b;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <charconv>
 #include <cmath>
 #include <cstring>
 #include <fstream>
@@ -225,13 +226,54 @@ TEST(DoubleText, Cases) {
         EXPECT_EQ(zq_dou2char(value, buffer, length + 1, &length), 0);
         EXPECT_EQ(zq_dou2char(value, buffer, length, &length), BIFUN_ARGUMENT_OUT_OF_DOMAIN);
     }
+}
+
+// The same by the standard library's shortest notation.
+std::string standard_text(double value) {
+    if (std::isnan(value) || std::isinf(value)) {
+        return std::isnan(value) ? "NaN" : value < 0 ? "-Infinity" : "Infinity";
+    }
+    const double magnitude = std::fabs(value);
+    const bool plain = magnitude == 0 || (magnitude >= 1e-5 && magnitude < 1e15);
+    char buffer[32];
+    char* const end =
+        std::to_chars(std::begin(buffer), std::end(buffer), value, plain ? std::chars_format::fixed : std::chars_format::scientific).ptr;
+    std::replace(std::begin(buffer), end, 'e', 'E');
+    return {buffer, end};
+}
+
+void expect_standard_text(double value) {
+    char buffer[64];
+    std::uint32_t length = 0;
+    ASSERT_EQ(zq_dou2char(value, buffer, sizeof buffer, &length), 0);
+    ASSERT_EQ(std::string(buffer, length), standard_text(value)) << std::bit_cast<std::uint64_t>(value);
+}
+
+TEST(DoubleText, IsTheStandardShortestText) {
     std::mt19937_64 random(11);
-    for (int i = 0; i < 20000; ++i) {
-        const auto value = std::bit_cast<double>(random());
-        char buffer[32];
-        std::uint32_t length = 0;
-        ASSERT_EQ(zq_dou2char(value, buffer, sizeof buffer, &length), 0);
-        ASSERT_TRUE(std::isnan(value) || std::strtod(buffer, nullptr) == value) << buffer;
+    const auto expect_with_neighbours = [](double value) {
+        for (const double near : {std::nextafter(value, 0.0), value, std::nextafter(value, HUGE_VAL)}) {
+            expect_standard_text(near);
+            expect_standard_text(-near);
+        }
+    };
+    for (int exponent = -1074; exponent < 1024; ++exponent) {
+        expect_with_neighbours(std::ldexp(1.0, exponent));
+    }
+    for (int exponent = -323; exponent <= 308; ++exponent) {
+        for (int digit = 1; digit < 10; ++digit) {
+            std::ostringstream text;
+            text << digit << 'e' << exponent;
+            expect_with_neighbours(std::strtod(text.str().c_str(), nullptr));
+        }
+    }
+    for (int i = 0; i < 50'000; ++i) {
+        expect_standard_text(std::bit_cast<double>(random()));
+        // Of plain notation, with few digits and with many.
+        const auto digits = static_cast<double>(random() >> random() % 64);
+        expect_standard_text(digits / std::pow(10.0, static_cast<double>(random() % 22)));
+        expect_standard_text(std::ldexp(digits, -static_cast<int>(random() % 70)));
+        expect_standard_text(std::trunc(digits));
     }
 }
 
