@@ -1,9 +1,6 @@
 // Components of datetimes and intervals: EXTRACT, DATEPART and the functions that are named after a component. A field that the kind of
 // value does not have fails at the first row that is not NULL. Integers go straight into the value array.
 
-#include <array>
-#include <string_view>
-
 #include "bop/bifun_date/datetime_operations.h"
 #include "bop/bifun_date/datetime_text.h"
 #include "bop/bifun_date/entry_points.h"
@@ -157,23 +154,42 @@ template <class Datetimes> status ifun_parse_extract_msec(std::int32_t field, co
 
 // ---- names -----------------------------------------------------------------------------------------------------------------------
 
-constexpr std::string_view day_names[] = {"Sunday", "Monday", "Tuesday", "Wednesday", "Thursday", "Friday", "Saturday"};
-constexpr std::string_view month_names[] = {"January", "February", "March",     "April",   "May",      "June",
-                                            "July",    "August",   "September", "October", "November", "December"};
+constexpr std::uint32_t name_size = 16;
+using name_text = bounded_text<name_size>;
 
-// The name with this number, counted from 0; an empty text where there is none.
-template <std::size_t count> bifun_string name_at(const std::string_view (&names)[count], std::int32_t number) {
-    const std::string_view name = number >= 0 && number < static_cast<std::int32_t>(count) ? names[number] : "";
-    // Results are copied from here; nobody writes.
-    return {static_cast<std::uint32_t>(name.size()), 0, reinterpret_cast<std::uint8_t*>(const_cast<char*>(name.data()))};
+struct name {
+    std::uint8_t length;
+    char bytes[name_size];
+};
+template <std::size_t size> constexpr name name_of(const char (&text)[size]) {
+    name made{size - 1, {}};
+    for (std::size_t i = 0; i + 1 < size; ++i) {
+        made.bytes[i] = text[i];
+    }
+    return made;
 }
 
-template <class Datetimes> void ifun_parse_dayname(const zqtime& value, bifun_string& name) {
-    name = name_at(day_names, Datetimes::day_of_week(value));
+// As many as their number has bits for; numbers without a name have the empty text.
+constexpr name day_names[8] = {name_of("Sunday"),   name_of("Monday"), name_of("Tuesday"),  name_of("Wednesday"),
+                               name_of("Thursday"), name_of("Friday"), name_of("Saturday"), name_of("")};
+constexpr name month_names[16] = {name_of(""),         name_of("January"),   name_of("February"), name_of("March"),
+                                  name_of("April"),    name_of("May"),       name_of("June"),     name_of("July"),
+                                  name_of("August"),   name_of("September"), name_of("October"),  name_of("November"),
+                                  name_of("December"), name_of(""),          name_of(""),         name_of("")};
+
+template <std::size_t count> void put_name(const name (&names)[count], std::int32_t number, name_text& text) {
+    const auto place = static_cast<std::uint32_t>(number);
+    const name& shown = names[place < count ? place : count - 1];
+    std::memcpy(text.bytes, shown.bytes, name_size);
+    text.length = shown.length;
 }
 
-template <class Datetimes> void ifun_parse_monthname(const zqtime& value, bifun_string& name) {
-    name = name_at(month_names, Datetimes::month(value) - 1);
+template <class Datetimes> void ifun_parse_dayname(const zqtime& value, name_text& text) {
+    put_name(day_names, Datetimes::day_of_week(value), text);
+}
+
+template <class Datetimes> void ifun_parse_monthname(const zqtime& value, name_text& text) {
+    put_name(month_names, Datetimes::month(value), text);
 }
 
 status weekday_from_1_of_engine(const zqtime& value, std::int32_t& number) {

@@ -165,34 +165,34 @@ status round_rows(batch_of<DATETIME> batch, column_of<DATETIME> value, constant_
 
 // ---- texts ---------------------------------------------------------------------------------------------------------------------------
 
-value_or_null ifun_round_dt_str_low(const bifun_string& text, text_rounding& by, bifun_string& result) {
+value_or_null ifun_round_dt_str_low(const bifun_string& text, const text_rounding& by, rounded_text& result) {
     return round_datetime_text<ifun_round_dt_low<engine_datetimes>>(text, by, result);
 }
 
 status round_decimal(const xdec& number, std::int32_t scale, xdec& result) { return xdec_round(&number, 0, scale, &result); }
 
-value_or_null ifun_round_dec_str_low(const bifun_string& text, text_rounding& by, bifun_string& result) {
+value_or_null ifun_round_dec_str_low(const bifun_string& text, const text_rounding& by, rounded_text& result) {
     return round_number_text<round_decimal>(text, by, result);
 }
 
 // A number to an integer; another text as a datetime to the day.
-value_or_null ifun_round_str_low(const bifun_string& text, text_rounding& by, bifun_string& result) {
+value_or_null ifun_round_str_low(const bifun_string& text, const text_rounding& by, rounded_text& result) {
     xdec number;
     const status read = xdec_from_char(text.data, text.length, &number);
     if (read < BIFUN_OK || read == BIFUN_UNUSABLE_TEXT) {
         return ifun_round_dt_str_low(text, by, result);
     }
     const status rounded = round_decimal(number, 0, number);
-    return rounded < BIFUN_OK ? rounded : show_number(number, by, result);
+    return rounded < BIFUN_OK ? rounded : show_number(number, result);
 }
 
-status bround_dt_str_av_process(batch_of<VARCHAR> batch, column_of<VARCHAR> text, text_rounding& by) {
-    return by.unit != unit::none ? string_rows<ifun_round_dt_str_low>(batch, text, shared(by))
-                                 : string_rows<ifun_round_dec_str_low>(batch, text, shared(by));
+status bround_dt_str_av_process(batch_of<VARCHAR> batch, column_of<VARCHAR> text, const text_rounding& by) {
+    return by.unit != unit::none ? string_rows<ifun_round_dt_str_low>(batch, text, fixed(by))
+                                 : string_rows<ifun_round_dec_str_low>(batch, text, fixed(by));
 }
 
-status bround_str_a_process(batch_of<VARCHAR> batch, column_of<VARCHAR> text, text_rounding& by) {
-    return string_rows<ifun_round_str_low>(batch, text, shared(by));
+status bround_str_a_process(batch_of<VARCHAR> batch, column_of<VARCHAR> text, const text_rounding& by) {
+    return string_rows<ifun_round_str_low>(batch, text, fixed(by));
 }
 
 } // namespace
@@ -211,10 +211,10 @@ status entry::bround_day_a_date(batch_of<DATETIME> batch, column_of<DATETIME> va
 }
 
 status entry::bround_dt_str_av_date(batch_of<VARCHAR> batch, column_of<VARCHAR> text, constant_of<VARCHAR> unit_or_scale) {
-    return with_text_rounding(batch, unit_or_scale, [&](text_rounding& by) { return bround_dt_str_av_process(batch, text, by); });
+    return with_text_rounding(batch, unit_or_scale, [&](const text_rounding& by) { return bround_dt_str_av_process(batch, text, by); });
 }
 status entry::bround_a_str(batch_of<VARCHAR> batch, column_of<VARCHAR> text) {
-    text_rounding by = rounding_to(unit::day, batch);
+    const text_rounding by = rounding_to(unit::day, batch);
     return bround_str_a_process(batch, text, by);
 }
 

@@ -158,13 +158,13 @@ status trunc_rows(batch_of<DATETIME> batch, column_of<DATETIME> value, constant_
 
 // ---- texts -------------------------------------------------------------------------------------------------------------------------
 
-value_or_null btrunc_dt_str_low(const bifun_string& text, text_rounding& by, bifun_string& result) {
+value_or_null btrunc_dt_str_low(const bifun_string& text, const text_rounding& by, rounded_text& result) {
     return round_datetime_text<ifun_trunc_dt_low>(text, by, result);
 }
 
 status trunc_decimal(const xdec& number, std::int32_t scale, xdec& result) { return xdec_trunc_scale_with_pos(&number, scale, &result); }
 
-value_or_null btrunc_dec_str_low(const bifun_string& text, text_rounding& by, bifun_string& result) {
+value_or_null btrunc_dec_str_low(const bifun_string& text, const text_rounding& by, rounded_text& result) {
     return round_number_text<trunc_decimal>(text, by, result);
 }
 
@@ -184,14 +184,14 @@ status entry::btrunc_day_a_date(batch_of<DATETIME> batch, column_of<DATETIME> va
 }
 
 status entry::btrunc_dt_str_av_date(batch_of<VARCHAR> batch, column_of<VARCHAR> text, constant_of<VARCHAR> unit_or_scale) {
-    return with_text_rounding(batch, unit_or_scale, [&](text_rounding& by) {
-        return by.unit != unit::none ? string_rows<btrunc_dt_str_low>(batch, text, shared(by))
-                                     : string_rows<btrunc_dec_str_low>(batch, text, shared(by));
+    return with_text_rounding(batch, unit_or_scale, [&](const text_rounding& by) {
+        return by.unit != unit::none ? string_rows<btrunc_dt_str_low>(batch, text, fixed(by))
+                                     : string_rows<btrunc_dec_str_low>(batch, text, fixed(by));
     });
 }
 status entry::btrunc_day_str_a_date(batch_of<VARCHAR> batch, column_of<VARCHAR> text) {
-    text_rounding by = rounding_to(unit::day, batch);
-    return string_rows<btrunc_dt_str_low>(batch, text, shared(by));
+    const text_rounding by = rounding_to(unit::day, batch);
+    return string_rows<btrunc_dt_str_low>(batch, text, fixed(by));
 }
 
 } // namespace bifun
