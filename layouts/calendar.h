@@ -50,20 +50,25 @@ constexpr bool is_gregorian(std::int32_t year, std::uint32_t month, std::uint32_
     return key(year, month, day) >= key(changeover_year, changeover_month, first_gregorian_day);
 }
 
-// The Julian day number: -4712-01-01 is day 0. For years from -8000 on, month 1-12, and any day, counted on from the month's first. Years
-// are counted from March, so that the leap day is the last. `gregorian` says by which calendar the date is.
-[[gnu::always_inline]] constexpr std::int32_t julian_day(std::int32_t year, std::uint32_t month, std::uint32_t day, bool gregorian) {
+// The Julian day number: -4712-01-01 is day 0. For years from -8000 on and any day, counted on from the month's first. `gregorian` says by
+// which calendar the date is. Years are counted from March, so that the leap day is the last: 0 March to 11 February.
+[[gnu::always_inline]] constexpr std::int32_t julian_day_from_march(std::int32_t year, std::uint32_t month, std::uint32_t day,
+                                                                    bool gregorian) {
     constexpr std::int32_t year_origin = -8000; // a multiple of 400, before every year
-    const bool before_march = month <= 2;
-    const auto years = static_cast<std::uint32_t>(year - year_origin) - (before_march ? 1U : 0U);
-    const std::uint32_t months = before_march ? month + 12 : month;            // 3 March to 14 February
-    const std::uint32_t days = (979 * months - 2919) / 32 + day - 1;           // since 1 March
+    const auto years = static_cast<std::uint32_t>(year - year_origin);
+    const std::uint32_t days = (979 * month + 18) / 32 + day - 1;              // since 1 March
     const std::uint32_t julian_days = days + 1461 * years / 4;                 // since 1 March of the origin, by the Julian calendar
     const std::uint32_t centuries = years * 5243 >> 19;                        // years / 100, for years below 43699
     const std::uint32_t left_out = gregorian ? centuries - centuries / 4 : 0U; // leap days that the Gregorian calendar leaves out
     constexpr std::int32_t julian_origin = -1200882;                           // the day number of -8000-03-01, Julian
     constexpr std::int32_t gregorian_shift = 62;                               // Gregorian less Julian day number of that date
     return static_cast<std::int32_t>(julian_days - left_out) + julian_origin + (gregorian ? gregorian_shift : 0);
+}
+
+// The same of a month 1-12 of a year from January on.
+[[gnu::always_inline]] constexpr std::int32_t julian_day(std::int32_t year, std::uint32_t month, std::uint32_t day, bool gregorian) {
+    const bool before_march = month <= 2;
+    return julian_day_from_march(year - (before_march ? 1 : 0), before_march ? month + 9 : month - 3, day, gregorian);
 }
 
 constexpr std::int32_t julian_day(std::int32_t year, std::uint32_t month, std::uint32_t day) {

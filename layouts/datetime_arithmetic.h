@@ -29,8 +29,12 @@ constexpr bool is_gregorian(std::uint32_t date) { return date >= first_gregorian
 
 // The Julian day number of a date, adjusted or not, or taken for a Gregorian one.
 [[gnu::always_inline]] constexpr std::int32_t day_number_of_date(std::uint32_t date, bool gregorian) {
-    return calendar::julian_day(datetime_layout::year_of_date(date), datetime_layout::month_of_date(date),
-                                datetime_layout::day_of_date(date), gregorian);
+    // Three months taken from the packed date: what is left are a year and months from March on, but that January and February, 14 and 15
+    // then, come behind 9.
+    const std::uint32_t from_march = date - (3U << 5);
+    const std::uint32_t field = datetime_layout::month_of_date(from_march);
+    const std::uint32_t month = field > 9 ? field - 4 : field;
+    return calendar::julian_day_from_march(datetime_layout::year_of_date(from_march), month, datetime_layout::day_of_date(date), gregorian);
 }
 [[gnu::always_inline]] constexpr std::int32_t day_number_of_date(std::uint32_t date) {
     return day_number_of_date(date, is_gregorian(date));

@@ -32,6 +32,34 @@ constexpr std::int64_t most_days = 1 << 22;
     return datetime_arithmetic::pack_date(calendar::date_of_julian_day(static_cast<std::int32_t>(number)));
 }
 
+// 0 to 30 days, from fewer instructions than any number of them, to a date that is not of the month of the changeover, the one before it or
+// the last.
+constexpr std::uint32_t most_few_days = 30;
+[[gnu::always_inline]] constexpr bool few_days_are_usual(std::uint32_t date) {
+    constexpr std::uint32_t first_of_last_month = datetime_layout::with_day(last_date, 1);
+    constexpr std::uint32_t month_of_changeover = datetime_arithmetic::first_gregorian_date >> 5;
+    const std::uint32_t behind_august_1582 = (date >> 5) - (month_of_changeover - 1);
+    return (static_cast<unsigned>(date < first_of_last_month) & static_cast<unsigned>(behind_august_1582 > 1)) != 0;
+}
+
+[[gnu::always_inline]] constexpr std::uint32_t date_plus_few_days(std::uint32_t date, std::uint32_t days) {
+    const std::uint32_t month = datetime_layout::month_of_date(date);
+    const std::uint32_t last_day = datetime_arithmetic::last_day_of_month(date);
+    const std::uint32_t day = datetime_layout::day_of_date(date) + days;
+    // One month on, or two where that is a February in which the day is not.
+    const std::uint32_t next_month = 1U << 5;
+    const std::uint32_t next_year = (1U << 9) - (12U << 5);
+    const std::uint32_t february = calendar::last_day_of_month(datetime_layout::year_of_date(date), 2);
+    const std::uint32_t passed = day > last_day ? next_month + (month == 12 ? next_year : 0U) - last_day : 0U;
+    const bool passes_february = (static_cast<unsigned>(month == 1) & static_cast<unsigned>(day > 31 + february)) != 0;
+    return date + days + passed + (passes_february ? next_month - february : 0U);
+}
+
+[[gnu::always_inline]] inline void add_few_days(const zqtime& value, std::uint32_t days, zqtime& result) {
+    datetime_layout::store_words(result, datetime_layout::load_time(value), date_plus_few_days(datetime_layout::load_date(value), days),
+                                 datetime_layout::load_fraction_and_zone(value));
+}
+
 [[gnu::always_inline]] inline void add_days(const zqtime& value, std::uint32_t days, zqtime& result) {
     datetime_layout::store_words(result, datetime_layout::load_time(value), date_plus_days(datetime_layout::load_date(value), days),
                                  datetime_layout::load_fraction_and_zone(value));
@@ -79,27 +107,30 @@ constexpr std::uint32_t seconds_per_day = datetime_arithmetic::seconds_per_day;
 constexpr std::uint32_t origin_in_days = 24'855;                                          // half of what 32 bits of seconds hold
 constexpr std::int64_t most_seconds = std::int64_t{origin_in_days - 2} * seconds_per_day; // 68 years
 
+[[gnu::always_inline]] constexpr bool is_time_of_day(std::uint32_t time) { return time < datetime_layout::pack_time(24, 0, 0); }
+
 [[gnu::always_inline]] constexpr bool seconds_are_usual(std::uint32_t time, std::uint32_t date, std::uint32_t seconds) {
-    constexpr std::uint32_t end_of_day = datetime_layout::pack_time(24, 0, 0);
     // Seconds are days in 17 bits, nearly; the margin of dates has room for what is lost.
     const auto days = static_cast<std::uint32_t>(static_cast<std::int32_t>(seconds) >> 16);
-    return static_cast<unsigned>(time < end_of_day) & static_cast<unsigned>(days_are_usual(date, days));
+    return (static_cast<unsigned>(is_time_of_day(time)) & static_cast<unsigned>(days_are_usual(date, days))) != 0;
 }
 
-// Up to most_seconds. The microseconds stay.
-[[gnu::always_inline]] inline void add_seconds(const zqtime& value, std::uint32_t seconds, zqtime& result) {
-    const std::uint32_t sum =
-        datetime_layout::seconds_of_time(datetime_layout::load_time(value)) + seconds + origin_in_days * seconds_per_day;
+// Up to most_seconds; with `few` 0 to most_few_seconds, to a time of less than a day. The microseconds stay.
+constexpr std::int64_t most_few_seconds = std::int64_t{most_few_days - 1} * seconds_per_day;
+
+template <bool few> [[gnu::always_inline]] inline void add_seconds(const zqtime& value, std::uint32_t seconds, zqtime& result) {
+    constexpr std::uint32_t origin = few ? 0 : origin_in_days;
+    const std::uint32_t sum = datetime_layout::seconds_of_time(datetime_layout::load_time(value)) + seconds + origin * seconds_per_day;
     const std::uint32_t days = sum / seconds_per_day;
     const std::uint32_t time = sum - days * seconds_per_day;
-    const std::uint32_t hour = time * 37283 >> 27;      // time / 3600
-    const std::uint32_t minutes = time - hour * 3600;   // below: in seconds
-    const std::uint32_t minute = minutes * 34953 >> 21; // minutes / 60
-    const std::uint32_t second = minutes - minute * 60;
-    const std::uint32_t word = datetime_layout::load_fraction_and_zone(value);
-    datetime_layout::store_words(result, datetime_layout::pack_time(hour, minute, second),
-                                 date_plus_days(datetime_layout::load_date(value), days - origin_in_days),
-                                 datetime_layout::with_microsecond(word, datetime_layout::microsecond_of_fraction(word)));
+    const std::uint32_t hour = time * 37283 >> 27;                   // time / 3600
+    const std::uint32_t minute = (time - hour * 3600) * 34953 >> 21; // divided by 60
+    const std::uint32_t date = datetime_layout::load_date(value);
+    // A packed hour is 4096, its 64 minutes of 60 seconds 256 more than 3600: seconds_of_time() the other way.
+    constexpr std::uint32_t zero_bit = 1U << 11;
+    datetime_layout::store_words(result, time + 496 * hour + 4 * minute,
+                                 few ? date_plus_few_days(date, days) : date_plus_days(date, days - origin),
+                                 datetime_layout::load_fraction_and_zone(value) & ~zero_bit);
 }
 
 } // namespace bifun::packed_sums

@@ -68,6 +68,14 @@ void add_steps_of_days(const packed_step& by, std::int64_t amount, const zqtime&
     packed_sums::add_days(value, unsigned_product(amount, by.step.size), result);
 }
 
+// With a constant amount that is 0 to 30 days.
+bool few_steps_are_usual(const packed_step&, std::int64_t, const zqtime& value) {
+    return packed_sums::few_days_are_usual(datetime_layout::load_date(value));
+}
+void add_few_steps_of_days(const packed_step& by, std::int64_t amount, const zqtime& value, zqtime& result) {
+    packed_sums::add_few_days(value, unsigned_product(amount, by.step.size), result);
+}
+
 constexpr std::int64_t most_months_per_step = 12;
 bool steps_of_months_are_usual(const packed_step& by, std::int64_t amount, const zqtime& value) {
     return is_within(amount, packed_sums::most_months / most_months_per_step) &
@@ -84,18 +92,38 @@ bool steps_of_time_are_usual(const packed_step& by, std::int64_t amount, const z
                                           unsigned_product(amount, seconds_in(by)));
 }
 void add_steps_of_time(const packed_step& by, std::int64_t amount, const zqtime& value, zqtime& result) {
-    packed_sums::add_seconds(value, unsigned_product(amount, seconds_in(by)), result);
+    packed_sums::add_seconds<false>(value, unsigned_product(amount, seconds_in(by)), result);
 }
+bool few_steps_of_time_are_usual(const packed_step& by, std::int64_t amount, const zqtime& value) {
+    return few_steps_are_usual(by, amount, value) & packed_sums::is_time_of_day(datetime_layout::load_time(value));
+}
+void add_few_steps_of_time(const packed_step& by, std::int64_t amount, const zqtime& value, zqtime& result) {
+    packed_sums::add_seconds<true>(value, unsigned_product(amount, seconds_in(by)), result);
+}
+
+// Whether an amount is a constant that makes 0 to `most` with steps of this size.
+bool is_few(constant_of<BIGINT> amount, std::int64_t size, std::int64_t most) {
+    const auto [count, present] = argument(amount);
+    return present && count >= 0 && count <= most / size;
+}
+bool is_few(column_of<BIGINT>, std::int64_t, std::int64_t) { return false; }
 
 template <class Amount, class Value>
 status dateadd_packed(batch_of<DATETIME> batch, constant_argument<packed_step> step, Amount amount, Value value) {
     switch (step.value.step.kind) {
     case datetime_arithmetic::step_kind::days:
+        if (is_few(amount, step.value.step.size, packed_sums::most_few_days)) {
+            return set_usual_rows<few_steps_are_usual, add_few_steps_of_days, add_steps<packed_datetimes>>(batch, step, amount, value);
+        }
         return set_usual_rows<steps_of_days_are_usual, add_steps_of_days, add_steps<packed_datetimes>>(batch, step, amount, value);
     case datetime_arithmetic::step_kind::months:
         return set_usual_rows<steps_of_months_are_usual, add_steps_of_months, add_steps<packed_datetimes>>(batch, step, amount, value);
     case datetime_arithmetic::step_kind::time:
         if (step.value.step.size >= datetime_arithmetic::microseconds_per_second) {
+            if (is_few(amount, seconds_in(step.value), packed_sums::most_few_seconds)) {
+                return set_usual_rows<few_steps_of_time_are_usual, add_few_steps_of_time, add_steps<packed_datetimes>>(batch, step, amount,
+                                                                                                                       value);
+            }
             return set_usual_rows<steps_of_time_are_usual, add_steps_of_time, add_steps<packed_datetimes>>(batch, step, amount, value);
         }
         [[fallthrough]];
@@ -128,6 +156,13 @@ void add_whole_days(const zqtime& value, const constant_span<packed_datetimes>& 
     packed_sums::add_days(value, static_cast<std::uint32_t>(by.span.days), result);
 }
 
+bool few_whole_days_are_usual(const zqtime& value, const constant_span<packed_datetimes>&) {
+    return packed_sums::few_days_are_usual(datetime_layout::load_date(value));
+}
+void add_few_whole_days(const zqtime& value, const constant_span<packed_datetimes>& by, zqtime& result) {
+    packed_sums::add_few_days(value, static_cast<std::uint32_t>(by.span.days), result);
+}
+
 template <class Value> status add_days(batch_of<DATETIME> batch, Value value, column_of<DOUBLE> days) {
     return with_datetimes([&]<class Datetimes>(Datetimes) { return set_rows<add_number_of_days<Datetimes>>(batch, value, days); });
 }
@@ -136,7 +171,10 @@ status add_days(batch_of<DATETIME> batch, column_of<DATETIME> value, constant_of
     const auto [days, present] = argument(given_days);
     datetime_arithmetic::day_span whole;
     if (datetimes_are_packed() && datetime_arithmetic::split_days(days, whole) && whole.microseconds == 0) {
-        constant_argument by{constant_span<packed_datetimes>{whole, BIFUN_OK}, present};
+        const constant_argument by{constant_span<packed_datetimes>{whole, BIFUN_OK}, present};
+        if (whole.days >= 0 && whole.days <= packed_sums::most_few_days) {
+            return set_usual_rows<few_whole_days_are_usual, add_few_whole_days, add_span<packed_datetimes>>(batch, value, by);
+        }
         return set_usual_rows<whole_days_are_usual, add_whole_days, add_span<packed_datetimes>>(batch, value, by);
     }
     return with_datetimes([&, &days = days, &present = present]<class Datetimes>(Datetimes) {

@@ -127,6 +127,42 @@ TEST(ManyRows, OfDateadd) {
     }
 }
 
+// Constant amounts of 0 to 30 days have a loop of their own, for dates outside two months.
+TEST(ManyRows, OfDaysAndTimesThatAreConstant) {
+    constexpr std::pair<std::int32_t, std::int64_t> amounts[] = {
+        {ZQTIME_DAY, 0},  {ZQTIME_DAY, 1},   {ZQTIME_DAY, 27},   {ZQTIME_DAY, 30},    {ZQTIME_DAY, 31},           {ZQTIME_DAY, -1},
+        {ZQTIME_WEEK, 4}, {ZQTIME_HOUR, 25}, {ZQTIME_HOUR, 696}, {ZQTIME_MINUTE, 90}, {ZQTIME_SECOND, 2'505'600}, {ZQTIME_SECOND, -1}};
+    for (const auto& [field, amount] : amounts) {
+        SCOPED_TRACE(testing::Message() << field << ' ' << amount);
+        const contract::generated_constant code = constant_of(field);
+        const contract::generated_constant count =
+            contract::constant_of_row(*contract::column_of(bifun::value_type::BIGINT, std::vector{amount}), 0);
+        const auto is_added = [&](const std::vector<zqtime>& values) {
+            std::vector<zqtime> expected(values.size());
+            for (std::size_t i = 0; i < values.size(); ++i) {
+                ASSERT_EQ(zqtime_add_by_fmt(&values[i], field, amount, &expected[i]), 0);
+            }
+            const auto value = contract::column_of(bifun::value_type::DATETIME, values);
+            expect_values(contract::call(contract::entry_of("bdateadd_vva_date"),
+                                         {{.constant = &code}, {.constant = &count}, {.column = value.get()}}, value->capacity),
+                          expected);
+        };
+        random_bits random(1);
+        std::vector<zqtime> values;
+        for (std::int32_t day = 40; day < bifun::calendar::number_of_last_day - 40; ++day) {
+            // Every day about the changeover, and of a century with and without a leap day; one of some days else.
+            if (day % 53 == 0 || (day >= 2'298'000 && day < 2'300'000) || (day >= 2'341'800 && day < 2'342'100) ||
+                (day >= 2'451'500 && day < 2'451'700)) {
+                values.push_back(draw_datetime(random, {day, day, 0, 23}));
+            }
+            if (values.size() == rows) {
+                is_added(values);
+                values.clear();
+            }
+        }
+    }
+}
+
 TEST(ManyRows, OfMonthsAndWeeksAdded) {
     const auto draw = [](random_bits& random, std::int64_t to) { return static_cast<std::int32_t>(between(random, -to, to)); };
     expect_sums<std::int32_t>(
