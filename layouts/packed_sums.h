@@ -16,6 +16,9 @@ namespace bifun::packed_sums {
 constexpr std::uint32_t first_date = datetime_layout::pack_date(calendar::min_year, 1, 1);
 constexpr std::uint32_t last_date = datetime_layout::pack_date(calendar::max_year, 12, 31);
 
+// && that never is a branch.
+[[gnu::always_inline]] constexpr bool both(bool a, bool b) { return (static_cast<unsigned>(a) & static_cast<unsigned>(b)) != 0; }
+
 // ---- days ---------------------------------------------------------------------------------------------------------
 
 constexpr std::int64_t most_days = 1 << 22;
@@ -39,7 +42,7 @@ constexpr std::uint32_t most_few_days = 30;
     constexpr std::uint32_t first_of_last_month = datetime_layout::with_day(last_date, 1);
     constexpr std::uint32_t month_of_changeover = datetime_arithmetic::first_gregorian_date >> 5;
     const std::uint32_t behind_august_1582 = (date >> 5) - (month_of_changeover - 1);
-    return (static_cast<unsigned>(date < first_of_last_month) & static_cast<unsigned>(behind_august_1582 > 1)) != 0;
+    return both(date<first_of_last_month, behind_august_1582> 1);
 }
 
 [[gnu::always_inline]] constexpr std::uint32_t date_plus_few_days(std::uint32_t date, std::uint32_t days) {
@@ -51,7 +54,7 @@ constexpr std::uint32_t most_few_days = 30;
     const std::uint32_t next_year = (1U << 9) - (12U << 5);
     const std::uint32_t february = calendar::last_day_of_month(datetime_layout::year_of_date(date), 2);
     const std::uint32_t passed = day > last_day ? next_month + (month == 12 ? next_year : 0U) - last_day : 0U;
-    const bool passes_february = (static_cast<unsigned>(month == 1) & static_cast<unsigned>(day > 31 + february)) != 0;
+    const bool passes_february = both(month == 1, day > 31 + february);
     return date + days + passed + (passes_february ? next_month - february : 0U);
 }
 
@@ -112,7 +115,7 @@ constexpr std::int64_t most_seconds = std::int64_t{origin_in_days - 2} * seconds
 [[gnu::always_inline]] constexpr bool seconds_are_usual(std::uint32_t time, std::uint32_t date, std::uint32_t seconds) {
     // Seconds are days in 17 bits, nearly; the margin of dates has room for what is lost.
     const auto days = static_cast<std::uint32_t>(static_cast<std::int32_t>(seconds) >> 16);
-    return (static_cast<unsigned>(is_time_of_day(time)) & static_cast<unsigned>(days_are_usual(date, days))) != 0;
+    return both(is_time_of_day(time), days_are_usual(date, days));
 }
 
 // Up to most_seconds; with `few` 0 to most_few_seconds, to a time of less than a day. The microseconds stay.

@@ -61,8 +61,8 @@ using packed_step = constant_step<packed_datetimes>;
 
 constexpr std::int64_t most_days_per_step = 7;
 bool steps_of_days_are_usual(const packed_step& by, std::int64_t amount, const zqtime& value) {
-    return is_within(amount, packed_sums::most_days / most_days_per_step) &
-           packed_sums::days_are_usual(datetime_layout::load_date(value), unsigned_product(amount, by.step.size));
+    return packed_sums::both(is_within(amount, packed_sums::most_days / most_days_per_step),
+                             packed_sums::days_are_usual(datetime_layout::load_date(value), unsigned_product(amount, by.step.size)));
 }
 void add_steps_of_days(const packed_step& by, std::int64_t amount, const zqtime& value, zqtime& result) {
     packed_sums::add_days(value, unsigned_product(amount, by.step.size), result);
@@ -78,8 +78,8 @@ void add_few_steps_of_days(const packed_step& by, std::int64_t amount, const zqt
 
 constexpr std::int64_t most_months_per_step = 12;
 bool steps_of_months_are_usual(const packed_step& by, std::int64_t amount, const zqtime& value) {
-    return is_within(amount, packed_sums::most_months / most_months_per_step) &
-           packed_sums::months_are_usual(datetime_layout::load_date(value), unsigned_product(amount, by.step.size));
+    return packed_sums::both(is_within(amount, packed_sums::most_months / most_months_per_step),
+                             packed_sums::months_are_usual(datetime_layout::load_date(value), unsigned_product(amount, by.step.size)));
 }
 void add_steps_of_months(const packed_step& by, std::int64_t amount, const zqtime& value, zqtime& result) {
     packed_sums::add_months<false>(value, unsigned_product(amount, by.step.size), result);
@@ -87,15 +87,15 @@ void add_steps_of_months(const packed_step& by, std::int64_t amount, const zqtim
 
 std::int64_t seconds_in(const packed_step& by) { return by.step.size / datetime_arithmetic::microseconds_per_second; }
 bool steps_of_time_are_usual(const packed_step& by, std::int64_t amount, const zqtime& value) {
-    return is_within(amount, packed_sums::most_seconds / seconds_in(by)) &
-           packed_sums::seconds_are_usual(datetime_layout::load_time(value), datetime_layout::load_date(value),
-                                          unsigned_product(amount, seconds_in(by)));
+    return packed_sums::both(is_within(amount, packed_sums::most_seconds / seconds_in(by)),
+                             packed_sums::seconds_are_usual(datetime_layout::load_time(value), datetime_layout::load_date(value),
+                                                            unsigned_product(amount, seconds_in(by))));
 }
 void add_steps_of_time(const packed_step& by, std::int64_t amount, const zqtime& value, zqtime& result) {
     packed_sums::add_seconds<false>(value, unsigned_product(amount, seconds_in(by)), result);
 }
 bool few_steps_of_time_are_usual(const packed_step& by, std::int64_t amount, const zqtime& value) {
-    return few_steps_are_usual(by, amount, value) & packed_sums::is_time_of_day(datetime_layout::load_time(value));
+    return packed_sums::both(few_steps_are_usual(by, amount, value), packed_sums::is_time_of_day(datetime_layout::load_time(value)));
 }
 void add_few_steps_of_time(const packed_step& by, std::int64_t amount, const zqtime& value, zqtime& result) {
     packed_sums::add_seconds<true>(value, unsigned_product(amount, seconds_in(by)), result);
@@ -149,8 +149,8 @@ template <class Amount, class Value> status dateadd(batch_of<DATETIME> batch, co
 }
 
 bool whole_days_are_usual(const zqtime& value, const constant_span<packed_datetimes>& by) {
-    return is_within(by.span.days, packed_sums::most_days) &
-           packed_sums::days_are_usual(datetime_layout::load_date(value), static_cast<std::uint32_t>(by.span.days));
+    return packed_sums::both(is_within(by.span.days, packed_sums::most_days),
+                             packed_sums::days_are_usual(datetime_layout::load_date(value), static_cast<std::uint32_t>(by.span.days)));
 }
 void add_whole_days(const zqtime& value, const constant_span<packed_datetimes>& by, zqtime& result) {
     packed_sums::add_days(value, static_cast<std::uint32_t>(by.span.days), result);
@@ -185,8 +185,8 @@ status add_days(batch_of<DATETIME> batch, column_of<DATETIME> value, constant_of
 }
 
 bool weeks_are_usual(const zqtime& value, std::int32_t weeks) {
-    return is_within(weeks, packed_sums::most_days / 7) &
-           packed_sums::days_are_usual(datetime_layout::load_date(value), static_cast<std::uint32_t>(weeks) * 7);
+    return packed_sums::both(is_within(weeks, packed_sums::most_days / 7),
+                             packed_sums::days_are_usual(datetime_layout::load_date(value), static_cast<std::uint32_t>(weeks) * 7));
 }
 void add_usual_weeks(const zqtime& value, std::int32_t weeks, zqtime& result) {
     packed_sums::add_days(value, static_cast<std::uint32_t>(weeks) * 7, result);
@@ -201,8 +201,8 @@ template <class Value, class Weeks> status add_weeks(batch_of<DATETIME> batch, V
 // ---- ADD_MONTHS, and intervals of years and months ----
 
 bool months_are_usual(const zqtime& value, std::int32_t months) {
-    return is_within(months, packed_sums::most_months) &
-           packed_sums::months_are_usual(datetime_layout::load_date(value), static_cast<std::uint32_t>(months));
+    return packed_sums::both(is_within(months, packed_sums::most_months),
+                             packed_sums::months_are_usual(datetime_layout::load_date(value), static_cast<std::uint32_t>(months)));
 }
 void add_usual_months(const zqtime& value, std::int32_t months, zqtime& result) {
     packed_sums::add_months<true>(value, static_cast<std::uint32_t>(months), result);
@@ -218,8 +218,9 @@ template <std::int32_t sign> std::uint32_t signed_months(const bifun_interval_ym
     return sign < 0 ? 0 - months : months;
 }
 template <std::int32_t sign> bool interval_is_usual(const zqtime& value, const bifun_interval_ym& interval) {
-    return is_within(interval.years, packed_sums::most_months / 24) & is_within(interval.months, packed_sums::most_months / 2) &
-           packed_sums::months_are_usual(datetime_layout::load_date(value), signed_months<sign>(interval));
+    const bool are_within = packed_sums::both(is_within(interval.years, packed_sums::most_months / 24),
+                                              is_within(interval.months, packed_sums::most_months / 2));
+    return packed_sums::both(are_within, packed_sums::months_are_usual(datetime_layout::load_date(value), signed_months<sign>(interval)));
 }
 template <std::int32_t sign> void add_usual_interval(const zqtime& value, const bifun_interval_ym& interval, zqtime& result) {
     packed_sums::add_months<false>(value, signed_months<sign>(interval), result);

@@ -24,22 +24,32 @@ template <auto count_to> std::int32_t packed_datediff(const zqtime& start, const
     return count_to(datetime_layout::load_date(end)) - count_to(datetime_layout::load_date(start));
 }
 
-std::int64_t seconds_to(const zqtime& value) {
-    return datetime_arithmetic::seconds_of(datetime_layout::load_date(value), datetime_layout::load_time(value));
+std::uint32_t second_of_day(const zqtime& value) { return datetime_layout::seconds_of_time(datetime_layout::load_time(value)); }
+
+std::int64_t packed_big_seconds(const zqtime& start, const zqtime& end) {
+    return packed_datediff<days_to>(start, end) * datetime_arithmetic::seconds_per_day +
+           (std::int64_t{second_of_day(end)} - std::int64_t{second_of_day(start)});
 }
 
-std::int32_t packed_seconds(const zqtime& start, const zqtime& end) {
-    return static_cast<std::int32_t>(seconds_to(end) - seconds_to(start));
+status packed_seconds(const zqtime& start, const zqtime& end, std::int32_t& result) {
+    const std::int64_t count = packed_big_seconds(start, end);
+    result = static_cast<std::int32_t>(count);
+    return count == result ? BIFUN_OK : BIFUN_NUMERIC_OVERFLOW;
 }
 
-status check_seconds(const zqtime& start, const zqtime& end) {
-    const std::int64_t count = seconds_to(end) - seconds_to(start);
-    return count == static_cast<std::int32_t>(count) ? BIFUN_OK : BIFUN_NUMERIC_OVERFLOW;
+// Less than 60 years apart and no times of many days, so that all fits in 32 bits; 2^31 seconds are 68 years.
+bool seconds_are_few(const zqtime& start, const zqtime& end) {
+    constexpr std::uint32_t years = 60U << 9;
+    constexpr std::uint32_t longest_time = datetime_layout::pack_time(1000, 0, 0);
+    const std::uint32_t apart = datetime_layout::load_date(end) - datetime_layout::load_date(start) + years;
+    return (static_cast<unsigned>(apart < 2 * years) & static_cast<unsigned>(datetime_layout::load_time(start) < longest_time) &
+            static_cast<unsigned>(datetime_layout::load_time(end) < longest_time)) != 0;
 }
-
-using checks_of_seconds = row_checks<check_seconds, nullptr, failing_row::null>;
-
-std::int64_t packed_big_seconds(const zqtime& start, const zqtime& end) { return seconds_to(end) - seconds_to(start); }
+std::int32_t few_seconds(const zqtime& start, const zqtime& end) {
+    constexpr auto seconds_per_day = static_cast<std::uint32_t>(datetime_arithmetic::seconds_per_day);
+    const auto days = static_cast<std::uint32_t>(packed_datediff<days_to>(start, end));
+    return static_cast<std::int32_t>(days * seconds_per_day + second_of_day(end) - second_of_day(start));
+}
 
 template <class Datetimes> status datediff(const zqtime& start, const zqtime& end, std::int32_t field, std::int32_t& result) {
     return Datetimes::datediff(field, start, end, result);
@@ -55,7 +65,7 @@ template <class Start, class End> status datediff_rows(batch_of<INT> batch, cons
     case ZQTIME_DAY:
         return set_all_rows<packed_datediff<days_to>>(batch, start, end);
     case ZQTIME_SECOND:
-        return set_all_rows<packed_seconds, checks_of_seconds>(batch, start, end);
+        return set_usual_rows<seconds_are_few, few_seconds, packed_seconds>(batch, start, end);
     default:
         return with_datetimes([&]<class Datetimes>(Datetimes) { return set_rows<datediff<Datetimes>>(batch, start, end, field); });
     }

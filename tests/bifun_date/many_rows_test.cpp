@@ -70,7 +70,7 @@ void expect_values(const contract::outcome& outcome, const std::vector<zqtime>& 
 // ends a batch.
 template <class Amount, class Draw, class Add, class Call>
 void expect_sums(std::int64_t most, const Draw& draw, const Add& add, const Call& call) {
-    random_bits random(most);
+    random_bits random(static_cast<std::uint64_t>(most));
     for (int batch = 0; batch < batches; ++batch) {
         const spread within = spread_of(batch, most);
         std::vector<zqtime> values;
@@ -137,7 +137,7 @@ TEST(ManyRows, OfDaysAndTimesThatAreConstant) {
         const contract::generated_constant code = constant_of(field);
         const contract::generated_constant count =
             contract::constant_of_row(*contract::column_of(bifun::value_type::BIGINT, std::vector{amount}), 0);
-        const auto is_added = [&](const std::vector<zqtime>& values) {
+        const auto is_added = [&, field = field, amount = amount](const std::vector<zqtime>& values) {
             std::vector<zqtime> expected(values.size());
             for (std::size_t i = 0; i < values.size(); ++i) {
                 ASSERT_EQ(zqtime_add_by_fmt(&values[i], field, amount, &expected[i]), 0);
@@ -217,6 +217,48 @@ TEST(ManyRows, OfGreatestAndLeast) {
     }
 }
 
+// Up to 60 years, up to what 32 bits hold, and beyond.
+TEST(ManyRows, OfSecondsBetween) {
+    random_bits random(1);
+    const contract::generated_constant code = constant_of(ZQTIME_SECOND);
+    for (const std::int32_t span : {1, 20'000, 24'800, 30'000}) {
+        std::vector<zqtime> first;
+        std::vector<zqtime> second;
+        std::vector<std::int32_t> expected;
+        bool overflows = false;
+        while (first.size() < rows) {
+            const auto day = static_cast<std::int32_t>(between(random, 0, bifun::calendar::number_of_last_day - span));
+            const zqtime a = draw_datetime(random, {day, day + span, 0, 2000});
+            const zqtime b = draw_datetime(random, {day, day + span, 0, 23});
+            std::int32_t count = 0;
+            if (zqtime_parse_datediff(ZQTIME_SECOND, &a, &b, &count) == 0) {
+                first.push_back(a);
+                second.push_back(b);
+                expected.push_back(count);
+            } else if (!overflows) {
+                overflows = true;
+                const auto alone = [](const zqtime& value) { return contract::column_of(bifun::value_type::DATETIME, std::vector{value}); };
+                const auto start = alone(a);
+                const auto end = alone(b);
+                EXPECT_EQ(contract::call(contract::entry_of("bdatediff_vaa_date"),
+                                         {{.constant = &code}, {.column = start.get()}, {.column = end.get()}}, 1)
+                              .status,
+                          -6102);
+            }
+        }
+        EXPECT_EQ(overflows, span > 24'800);
+        const auto start = contract::column_of(bifun::value_type::DATETIME, first);
+        const auto end = contract::column_of(bifun::value_type::DATETIME, second);
+        const contract::outcome outcome = contract::call(contract::entry_of("bdatediff_vaa_date"),
+                                                         {{.constant = &code}, {.column = start.get()}, {.column = end.get()}}, rows);
+        ASSERT_EQ(outcome.status, 0);
+        const auto* const results = static_cast<const std::int32_t*>(outcome.result->data.values);
+        for (std::size_t i = 0; i < rows; ++i) {
+            ASSERT_EQ(results[i], expected[i]) << span << ' ' << i;
+        }
+    }
+}
+
 // Days of one month and of any two, and what a double of their distance is as a decimal.
 TEST(ManyRows, OfMonthsBetween) {
     random_bits random(1);
@@ -229,7 +271,9 @@ TEST(ManyRows, OfMonthsBetween) {
             zqtime a = draw_datetime(random, {day, day + span, 0, 23});
             zqtime b = draw_datetime(random, {day, day + span, 0, 23});
             const auto part = [](std::uint32_t (*get)(const zqtime*), const zqtime& of) { return static_cast<std::int32_t>(get(&of)); };
-            const auto month_end = [](const zqtime& of) { return zqtime_month_end_day(zqtime_get_year(&of), zqtime_get_month(&of)); };
+            const auto month_end = [](const zqtime& of) {
+                return zqtime_month_end_day(static_cast<std::int32_t>(zqtime_get_year(&of)), zqtime_get_month(&of));
+            };
             const std::int32_t months =
                 (static_cast<std::int32_t>(zqtime_get_year(&a)) - static_cast<std::int32_t>(zqtime_get_year(&b))) * 12 +
                 part(zqtime_get_month, a) - part(zqtime_get_month, b);
