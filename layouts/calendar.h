@@ -18,10 +18,14 @@ constexpr std::uint32_t changeover_month = 10;
 constexpr std::uint32_t last_julian_day = 4;
 constexpr std::uint32_t first_gregorian_day = 15;
 
-constexpr bool is_leap_year(std::int32_t year) {
+// For years from -10000 on.
+[[gnu::always_inline]] constexpr bool is_leap_year(std::int32_t year) {
+    const std::uint32_t years = static_cast<std::uint32_t>(year) + 10000; // a multiple of 400
+    // 25 divides the numbers whose product with its inverse modulo 2^32 is no larger than 2^32 / 25.
+    const bool divides_25 = years * 0xC28F5C29 <= UINT32_MAX / 25;
     // A year that 25 divides is a century where 4 divides it, and then a leap year only where 16 does.
-    const bool may_be_common_century = year > changeover_year && year % 25 == 0;
-    return (year & (may_be_common_century ? 15 : 3)) == 0;
+    const bool may_be_common_century = year > changeover_year && divides_25;
+    return (years & (may_be_common_century ? 15U : 3U)) == 0;
 }
 
 // The number of the last day of a month, 1 to 12. October 1582 has 31, as its missing days lie within.
@@ -46,20 +50,25 @@ constexpr bool is_gregorian(std::int32_t year, std::uint32_t month, std::uint32_
     return key(year, month, day) >= key(changeover_year, changeover_month, first_gregorian_day);
 }
 
-// The Julian day number: -4712-01-01 is day 0. For years from -8000 on, month 1-12, and any day, counted on from the month's first. Years
-// are counted from March, so that the leap day is the last. `gregorian` says by which calendar the date is.
-[[gnu::always_inline]] constexpr std::int32_t julian_day(std::int32_t year, std::uint32_t month, std::uint32_t day, bool gregorian) {
+// The Julian day number: -4712-01-01 is day 0. For years from -8000 on and any day, counted on from the month's first. `gregorian` says by
+// which calendar the date is. Years are counted from March, so that the leap day is the last: 0 March to 11 February.
+[[gnu::always_inline]] constexpr std::int32_t julian_day_from_march(std::int32_t year, std::uint32_t month, std::uint32_t day,
+                                                                    bool gregorian) {
     constexpr std::int32_t year_origin = -8000; // a multiple of 400, before every year
-    const bool before_march = month <= 2;
-    const auto years = static_cast<std::uint32_t>(year - year_origin) - (before_march ? 1U : 0U);
-    const std::uint32_t months = before_march ? month + 12 : month;            // 3 March to 14 February
-    const std::uint32_t days = (979 * months - 2919) / 32 + day - 1;           // since 1 March
+    const auto years = static_cast<std::uint32_t>(year - year_origin);
+    const std::uint32_t days = (979 * month + 18) / 32 + day - 1;              // since 1 March
     const std::uint32_t julian_days = days + 1461 * years / 4;                 // since 1 March of the origin, by the Julian calendar
     const std::uint32_t centuries = years * 5243 >> 19;                        // years / 100, for years below 43699
     const std::uint32_t left_out = gregorian ? centuries - centuries / 4 : 0U; // leap days that the Gregorian calendar leaves out
     constexpr std::int32_t julian_origin = -1200882;                           // the day number of -8000-03-01, Julian
     constexpr std::int32_t gregorian_shift = 62;                               // Gregorian less Julian day number of that date
     return static_cast<std::int32_t>(julian_days - left_out) + julian_origin + (gregorian ? gregorian_shift : 0);
+}
+
+// The same of a month 1-12 of a year from January on.
+[[gnu::always_inline]] constexpr std::int32_t julian_day(std::int32_t year, std::uint32_t month, std::uint32_t day, bool gregorian) {
+    const bool before_march = month <= 2;
+    return julian_day_from_march(year - (before_march ? 1 : 0), before_march ? month + 9 : month - 3, day, gregorian);
 }
 
 constexpr std::int32_t julian_day(std::int32_t year, std::uint32_t month, std::uint32_t day) {
@@ -87,7 +96,7 @@ struct calendar_date {
     const bool after_december = day_of_year >= 306;
     return {.year = static_cast<std::int32_t>(quarters / 1461) - 4716 + (after_december ? 1 : 0),
             .month = (months >> 16) - (after_december ? 12U : 0U),
-            .day = (months & 0xFFFF) / 2141 + 1};
+            .day = ((months & 0xFFFF) * 62690 >> 27) + 1}; // divided by 2141
 }
 
 constexpr calendar_date date_of_julian_day(std::int32_t julian_day) {
@@ -96,11 +105,11 @@ constexpr calendar_date date_of_julian_day(std::int32_t julian_day) {
 
 // The number of the day in its year, 1 to 366; the missing days do not count.
 [[gnu::always_inline]] constexpr std::uint32_t day_of_year(std::int32_t year, std::uint32_t month, std::uint32_t day) {
-    const std::uint32_t before_month = (367 * month - 362) / 12; // as if February had 30 days
+    const std::uint32_t before_month = (979 * month - 966) / 32; // as if February had 30 days
     const std::uint32_t february = month <= 2 ? 0U : is_leap_year(year) ? 1U : 2U;
-    const std::uint32_t missing =
-        year == changeover_year && is_gregorian(year, month, day) ? first_gregorian_day - last_julian_day - 1 : 0U;
-    return before_month + day - february - missing;
+    // Without a branch: of the changeover year those behind the changeover.
+    const auto missed = static_cast<std::uint32_t>(year == changeover_year) & static_cast<std::uint32_t>(is_gregorian(year, month, day));
+    return before_month + day - february - missed * (first_gregorian_day - last_julian_day - 1);
 }
 
 // 0 Sunday to 6 Saturday.

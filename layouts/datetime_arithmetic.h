@@ -29,8 +29,12 @@ constexpr bool is_gregorian(std::uint32_t date) { return date >= first_gregorian
 
 // The Julian day number of a date, adjusted or not, or taken for a Gregorian one.
 [[gnu::always_inline]] constexpr std::int32_t day_number_of_date(std::uint32_t date, bool gregorian) {
-    return calendar::julian_day(datetime_layout::year_of_date(date), datetime_layout::month_of_date(date),
-                                datetime_layout::day_of_date(date), gregorian);
+    // Three months taken from the packed date: what is left are a year and months from March on, but that January and February, 14 and 15
+    // then, come behind 9.
+    const std::uint32_t from_march = date - (3U << 5);
+    const std::uint32_t field = datetime_layout::month_of_date(from_march);
+    const std::uint32_t month = field > 9 ? field - 4 : field;
+    return calendar::julian_day_from_march(datetime_layout::year_of_date(from_march), month, datetime_layout::day_of_date(date), gregorian);
 }
 [[gnu::always_inline]] constexpr std::int32_t day_number_of_date(std::uint32_t date) {
     return day_number_of_date(date, is_gregorian(date));
@@ -41,21 +45,24 @@ constexpr std::int32_t day_number(datetime_words words) { return day_number_of_d
 constexpr std::int32_t days_from_year_0(datetime_words words) { return day_number(words) - calendar::julian_day(0, 1, 1, false); }
 
 // 0 Sunday to 6 Saturday.
-constexpr std::uint32_t day_of_week(datetime_words words) { return calendar::weekday_of_julian_day(day_number(words)); }
+constexpr std::uint32_t day_of_week(std::uint32_t date) { return calendar::weekday_of_julian_day(day_number_of_date(date)); }
+constexpr std::uint32_t day_of_week(datetime_words words) { return day_of_week(date_of(words)); }
 
 constexpr std::uint32_t last_day_of_month(std::uint32_t date) {
     return calendar::last_day_of_month(datetime_layout::year_of_date(date), datetime_layout::month_of_date(date));
 }
 
 // 1-366, counting days that exist.
-constexpr std::uint32_t day_of_year(datetime_words words) {
-    return calendar::day_of_year(datetime_layout::year_of(words), datetime_layout::month_of(words), datetime_layout::day_of(words));
+[[gnu::always_inline]] constexpr std::uint32_t day_of_year(std::uint32_t date) {
+    return calendar::day_of_year(datetime_layout::year_of_date(date), datetime_layout::month_of_date(date),
+                                 datetime_layout::day_of_date(date));
 }
+constexpr std::uint32_t day_of_year(datetime_words words) { return day_of_year(date_of(words)); }
 
 // 1-54: weeks begin on Sunday and 1 January lies in week 1.
-constexpr std::uint32_t week_of_year(datetime_words words) {
-    const std::uint32_t days = day_of_year(words) - 1;
-    const auto first_day = static_cast<std::int32_t>(static_cast<std::uint32_t>(day_number(words)) - days);
+[[gnu::always_inline]] constexpr std::uint32_t week_of_year(std::uint32_t date) {
+    const std::uint32_t days = day_of_year(date) - 1;
+    const auto first_day = static_cast<std::int32_t>(static_cast<std::uint32_t>(day_number_of_date(date)) - days);
     return (days + calendar::weekday_of_julian_day(first_day)) / 7 + 1;
 }
 

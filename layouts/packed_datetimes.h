@@ -30,23 +30,6 @@ struct weekday_reference {
                                  datetime_layout::load_fraction_and_zone(value));
 }
 
-// Adds days; the check tells whether the result is within the range of years.
-[[gnu::always_inline]] inline void add_days_packed(const zqtime& value, std::int64_t count, std::int64_t days_per_count, zqtime& result) {
-    // Unsigned: what does not fit is not used.
-    const std::uint32_t days = static_cast<std::uint32_t>(count) * static_cast<std::uint32_t>(days_per_count);
-    const std::uint32_t number =
-        static_cast<std::uint32_t>(datetime_arithmetic::day_number_of_date(datetime_layout::load_date(value))) + days;
-    const calendar::calendar_date moved = calendar::date_of_julian_day(static_cast<std::int32_t>(number));
-    datetime_layout::store_words(result, datetime_layout::load_time(value), datetime_arithmetic::pack_date(moved),
-                                 datetime_layout::load_fraction_and_zone(value));
-}
-[[gnu::always_inline]] inline std::int32_t check_add_days_packed(const zqtime& value, std::int64_t count, std::int64_t days_per_count) {
-    constexpr std::int64_t most_days = 10'000'000; // more would leave the range anyway
-    const std::int64_t limited = count < -most_days ? -most_days : count > most_days ? most_days : count;
-    const std::int64_t number = datetime_arithmetic::day_number_of_date(datetime_layout::load_date(value)) + limited * days_per_count;
-    return number >= 0 && number <= calendar::number_of_last_day ? BIFUN_OK : BIFUN_INVALID_DATETIME;
-}
-
 // ---- operations --------------------------------------------------------------------------------------------------------------
 
 // Components are signed: a year may be negative, and differences are taken of all of them.
@@ -70,9 +53,9 @@ struct packed_datetimes {
     }
     static std::int32_t zone_hour(const zqtime& value) { return displacement(value) / 60; }
     static std::int32_t zone_minute(const zqtime& value) { return displacement(value) % 60; }
-    static std::int32_t day_of_year(const zqtime& value) { return number(datetime_arithmetic::day_of_year(words(value))); }
-    static std::int32_t day_of_week(const zqtime& value) { return number(datetime_arithmetic::day_of_week(words(value))); }
-    static std::int32_t week(const zqtime& value) { return number(datetime_arithmetic::week_of_year(words(value))); }
+    static std::int32_t day_of_year(const zqtime& value) { return number(datetime_arithmetic::day_of_year(date(value))); }
+    static std::int32_t day_of_week(const zqtime& value) { return number(datetime_arithmetic::day_of_week(date(value))); }
+    static std::int32_t week(const zqtime& value) { return number(datetime_arithmetic::week_of_year(date(value))); }
 
     static std::int32_t diff_day(const zqtime& a, const zqtime& b) {
         return datetime_arithmetic::day_number_of_date(date(a)) - datetime_arithmetic::day_number_of_date(date(b));

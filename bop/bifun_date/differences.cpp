@@ -3,6 +3,7 @@
 #include "bop/bifun_date/current_datetime.h"
 #include "bop/bifun_date/datetime_operations.h"
 #include "bop/bifun_date/entry_points.h"
+#include "bop/bifun_date/month_fractions.h"
 #include "bop/bifun_date/weekday.h"
 #include "bop/frame/row_loop.h"
 #include "engine/decimal.h"
@@ -23,22 +24,32 @@ template <auto count_to> std::int32_t packed_datediff(const zqtime& start, const
     return count_to(datetime_layout::load_date(end)) - count_to(datetime_layout::load_date(start));
 }
 
-std::int64_t seconds_to(const zqtime& value) {
-    return datetime_arithmetic::seconds_of(datetime_layout::load_date(value), datetime_layout::load_time(value));
+std::uint32_t second_of_day(const zqtime& value) { return datetime_layout::seconds_of_time(datetime_layout::load_time(value)); }
+
+std::int64_t packed_big_seconds(const zqtime& start, const zqtime& end) {
+    return packed_datediff<days_to>(start, end) * datetime_arithmetic::seconds_per_day +
+           (std::int64_t{second_of_day(end)} - std::int64_t{second_of_day(start)});
 }
 
-std::int32_t packed_seconds(const zqtime& start, const zqtime& end) {
-    return static_cast<std::int32_t>(seconds_to(end) - seconds_to(start));
+status packed_seconds(const zqtime& start, const zqtime& end, std::int32_t& result) {
+    const std::int64_t count = packed_big_seconds(start, end);
+    result = static_cast<std::int32_t>(count);
+    return count == result ? BIFUN_OK : BIFUN_NUMERIC_OVERFLOW;
 }
 
-status check_seconds(const zqtime& start, const zqtime& end) {
-    const std::int64_t count = seconds_to(end) - seconds_to(start);
-    return count == static_cast<std::int32_t>(count) ? BIFUN_OK : BIFUN_NUMERIC_OVERFLOW;
+// Less than 60 years apart and no times of many days, so that all fits in 32 bits; 2^31 seconds are 68 years.
+bool seconds_are_few(const zqtime& start, const zqtime& end) {
+    constexpr std::uint32_t years = 60U << 9;
+    constexpr std::uint32_t longest_time = datetime_layout::pack_time(1000, 0, 0);
+    const std::uint32_t apart = datetime_layout::load_date(end) - datetime_layout::load_date(start) + years;
+    return (static_cast<unsigned>(apart < 2 * years) & static_cast<unsigned>(datetime_layout::load_time(start) < longest_time) &
+            static_cast<unsigned>(datetime_layout::load_time(end) < longest_time)) != 0;
 }
-
-using checks_of_seconds = row_checks<check_seconds, nullptr, failing_row::null>;
-
-std::int64_t packed_big_seconds(const zqtime& start, const zqtime& end) { return seconds_to(end) - seconds_to(start); }
+std::int32_t few_seconds(const zqtime& start, const zqtime& end) {
+    constexpr auto seconds_per_day = static_cast<std::uint32_t>(datetime_arithmetic::seconds_per_day);
+    const auto days = static_cast<std::uint32_t>(packed_datediff<days_to>(start, end));
+    return static_cast<std::int32_t>(days * seconds_per_day + second_of_day(end) - second_of_day(start));
+}
 
 template <class Datetimes> status datediff(const zqtime& start, const zqtime& end, std::int32_t field, std::int32_t& result) {
     return Datetimes::datediff(field, start, end, result);
@@ -54,7 +65,7 @@ template <class Start, class End> status datediff_rows(batch_of<INT> batch, cons
     case ZQTIME_DAY:
         return set_all_rows<packed_datediff<days_to>>(batch, start, end);
     case ZQTIME_SECOND:
-        return set_all_rows<packed_seconds, checks_of_seconds>(batch, start, end);
+        return set_usual_rows<seconds_are_few, few_seconds, packed_seconds>(batch, start, end);
     default:
         return with_datetimes([&]<class Datetimes>(Datetimes) { return set_rows<datediff<Datetimes>>(batch, start, end, field); });
     }
@@ -133,8 +144,8 @@ template <class A, class B> status years_between(batch_of<INT> batch, A a, B b) 
 }
 
 // Weeks begin on Sunday. The days are those of the calendar as it is written, the weekdays those that were.
-template <class Datetimes> status ifun_parse_weeks_between(const zqtime& a, const zqtime& b, std::int32_t& result) {
-    constexpr Datetimes datetimes;
+status ifun_parse_weeks_between(const zqtime& a, const zqtime& b, std::int32_t& result) {
+    constexpr engine_datetimes datetimes;
     const std::int32_t days = datetimes.diff_day_without_adjust(a, b);
     if (days == 0) {
         result = 0;
@@ -162,15 +173,53 @@ template <class Datetimes> status ifun_parse_months_between(const zqtime& a, con
     return xdec_from_double(&result, day_a == day_b || are_ends ? months : months + (day_a - day_b) / 31.0);
 }
 
+void months_between_packed(const zqtime& a, const zqtime& b, xdec& result) {
+    const std::uint32_t date_a = datetime_layout::load_date(a);
+    const std::uint32_t date_b = datetime_layout::load_date(b);
+    const std::uint32_t day_a = datetime_layout::day_of_date(date_a);
+    const std::uint32_t day_b = datetime_layout::day_of_date(date_b);
+    const std::int32_t months = months_to(date_a) - months_to(date_b);
+    const bool are_ends =
+        day_a == datetime_arithmetic::last_day_of_month(date_a) && day_b == datetime_arithmetic::last_day_of_month(date_b);
+    if (day_a == day_b || are_ends) [[unlikely]] {
+        month_fractions::store_months(result, months);
+    } else {
+        month_fractions::store_fraction(result, months + static_cast<std::int32_t>(day_a - day_b) / 31.0);
+    }
+}
+
+// The same without a branch: where no days lie between, the weekdays do not make a week either.
+std::int32_t weeks_between_packed(const zqtime& a, const zqtime& b) {
+    const auto weekday = [](const zqtime& value) {
+        std::int32_t number;
+        (void)ifun_weekday_in(packed_datetimes{}, value, number); // which does not fail
+        return number;
+    };
+    return (packed_datetimes::diff_day_without_adjust(a, b) + weekday(b) - weekday(a)) / 7;
+}
+
 template <class A, class B> status weeks_between(batch_of<INT> batch, A a, B b) {
-    return with_datetimes([&]<class Datetimes>(Datetimes) { return set_rows<ifun_parse_weeks_between<Datetimes>>(batch, a, b); });
+    return datetimes_are_packed() ? set_all_rows<weeks_between_packed>(batch, a, b) : set_rows<ifun_parse_weeks_between>(batch, a, b);
 }
 
 template <class A, class B> status months_between(batch_of<DECIMAL> batch, A a, B b) {
+    if (datetimes_are_packed() && decimals_are_packed()) {
+        return set_rows<months_between_packed>(batch, a, b);
+    }
     return with_datetimes([&]<class Datetimes>(Datetimes) { return set_rows<ifun_parse_months_between<Datetimes>>(batch, a, b); });
 }
 
 // ---- TO_DAYS -----------------------------------------------------------------------------------------------------------------------
+
+// The numbers that SQL users know are two lower; up to this year they are those of the engine.
+constexpr std::int32_t last_year_as_counted = 1600;
+
+std::int64_t number_of_packed_day(const zqtime& value) {
+    const std::uint32_t date = datetime_layout::load_date(value);
+    constexpr std::int32_t first_day_of_year_0 = calendar::julian_day(0, 1, 1, false);
+    return datetime_arithmetic::day_number_of_date(date) - first_day_of_year_0 -
+           (datetime_layout::year_of_date(date) > last_year_as_counted ? 2 : 0);
+}
 
 // Returns whether the day has a number.
 bool number_of_day(const zqtime& value, std::int64_t& number) {
@@ -183,8 +232,6 @@ bool number_of_day(const zqtime& value, std::int64_t& number) {
     if (zqtime_to_days(&date, &number) < BIFUN_OK || number > INT32_MAX) {
         return false;
     }
-    // The numbers that SQL users know are two lower; up to 1600 they are those of the engine.
-    constexpr std::int32_t last_year_as_counted = 1600;
     number -= engine_datetimes::year(date) > last_year_as_counted ? 2 : 0;
     return true;
 }
@@ -251,6 +298,9 @@ status entry::byears_between_va_date(batch_of<INT> batch, constant_of<DATETIME> 
 
 // A NULL stands for today.
 status entry::bto_days_a_date(batch_of<BIGINT> batch, column_of<DATETIME> value) {
+    if (datetimes_are_packed() && value.column->no_nulls != 0) {
+        return set_all_rows<number_of_packed_day>(batch, value);
+    }
     current_datetime now;
     return rows_or_null<std::int64_t>(batch, value, [&](const zqtime* given, std::int64_t& result) -> value_or_null {
         const zqtime* const day = given != nullptr ? given : now_of(now);

@@ -184,13 +184,11 @@ template <std::size_t count> void put_name(const name (&names)[count], std::int3
     text.length = shown.length;
 }
 
-template <class Datetimes> void ifun_parse_dayname(const zqtime& value, name_text& text) {
-    put_name(day_names, Datetimes::day_of_week(value), text);
-}
+void put_day_name(std::int32_t day_of_week, name_text& text) { put_name(day_names, day_of_week, text); }
+void put_month_name(std::int32_t month, name_text& text) { put_name(month_names, month, text); }
 
-template <class Datetimes> void ifun_parse_monthname(const zqtime& value, name_text& text) {
-    put_name(month_names, Datetimes::month(value), text);
-}
+void ifun_parse_dayname(const zqtime& value, name_text& text) { put_day_name(engine_datetimes::day_of_week(value), text); }
+void ifun_parse_monthname(const zqtime& value, name_text& text) { put_month_name(engine_datetimes::month(value), text); }
 
 status weekday_from_1_of_engine(const zqtime& value, std::int32_t& number) {
     std::int32_t weekday;
@@ -312,10 +310,12 @@ status entry::bweekday_str_a_date(batch_of<INT> batch, column_of<VARCHAR> value)
 }
 
 status entry::bdayname_a_date(batch_of<VARCHAR> batch, column_of<DATETIME> value) {
-    return with_datetimes([&]<class Datetimes>(Datetimes) { return string_rows<ifun_parse_dayname<Datetimes>>(batch, value); });
+    return datetimes_are_packed() ? string_rows<put_day_name>(batch, mapped<packed_datetimes::day_of_week>(value))
+                                  : string_rows<ifun_parse_dayname>(batch, value);
 }
 status entry::bmonthname_a_date(batch_of<VARCHAR> batch, column_of<DATETIME> value) {
-    return with_datetimes([&]<class Datetimes>(Datetimes) { return string_rows<ifun_parse_monthname<Datetimes>>(batch, value); });
+    return datetimes_are_packed() ? string_rows<put_month_name>(batch, mapped<packed_datetimes::month>(value))
+                                  : string_rows<ifun_parse_monthname>(batch, value);
 }
 
 status entry::bdatepart_av_date(batch_of<INT> batch, column_of<DATETIME> value, constant_of<VARCHAR> field) {

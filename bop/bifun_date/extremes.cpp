@@ -16,9 +16,40 @@ template <class Datetimes, class T> void wanted_of_two(const T& first, const T& 
     result = choose(Datetimes::compare(first, second) == wanted, first, second);
 }
 
+// ---- datetimes ------------------------------------------------------------------------------------------------------------------------
+
+// In one zone, or without one, moments are in the order of what their words say.
+bool are_in_one_zone(const zqtime& first, const zqtime& second, std::int32_t) {
+    const std::uint32_t differ = datetime_layout::load_fraction_and_zone(first) ^ datetime_layout::load_fraction_and_zone(second);
+    return (differ & datetime_layout::zone_bits) == 0;
+}
+
+// Without a branch, for loops over many rows.
+template <std::int32_t wanted> void wanted_in_one_zone(const zqtime& first, const zqtime& second, std::int32_t, zqtime& result) {
+    const std::uint32_t date_1 = datetime_layout::load_date(first);
+    const std::uint32_t date_2 = datetime_layout::load_date(second);
+    const std::uint32_t time_1 = datetime_layout::load_time(first);
+    const std::uint32_t time_2 = datetime_layout::load_time(second);
+    const std::uint32_t fraction_1 = datetime_layout::load_fraction_and_zone(first);
+    const std::uint32_t fraction_2 = datetime_layout::load_fraction_and_zone(second);
+    const auto comes_first = [](std::uint32_t a, std::uint32_t b) { return static_cast<unsigned>(wanted == greater ? a > b : a < b); };
+    const auto are_equal = [](std::uint32_t a, std::uint32_t b) { return static_cast<unsigned>(a == b); };
+    const unsigned is_first =
+        comes_first(date_1, date_2) |
+        (are_equal(date_1, date_2) & (comes_first(time_1, time_2) | (are_equal(time_1, time_2) & comes_first(fraction_1, fraction_2))));
+    datetime_layout::store_words(result, is_first != 0 ? time_1 : time_2, is_first != 0 ? date_1 : date_2,
+                                 is_first != 0 ? fraction_1 : fraction_2);
+}
+
 template <class A, class B> status wanted_datetimes(batch_of<DATETIME> batch, A first, B second, std::int32_t wanted) {
-    return with_datetimes(
-        [&]<class Datetimes>(Datetimes) { return set_rows<wanted_of_two<Datetimes, zqtime>>(batch, first, second, fixed(wanted)); });
+    if (!datetimes_are_packed()) {
+        return set_rows<wanted_of_two<engine_datetimes, zqtime>>(batch, first, second, fixed(wanted));
+    }
+    return wanted == greater
+               ? set_usual_rows<are_in_one_zone, wanted_in_one_zone<greater>, wanted_of_two<packed_datetimes, zqtime>>(batch, first, second,
+                                                                                                                       fixed(wanted))
+               : set_usual_rows<are_in_one_zone, wanted_in_one_zone<lesser>, wanted_of_two<packed_datetimes, zqtime>>(batch, first, second,
+                                                                                                                      fixed(wanted));
 }
 
 // ---- intervals: a loop for each kind ------------------------------------------------------------------------------------------------

@@ -6,6 +6,8 @@
 //     shared(value)                        the same by reference, for what is large or changes
 //     block_argument<T>                    the same, made anew for the rows of each block
 //     derived_argument<T>                  a value for each row that the kernel gets besides, derived from a whole block of rows at once
+//     mapped<function>(column)             what a plain function makes of every value of a column, defined for any bits and without a branch:
+//                                          computed for all rows of a block at once, so that a loop that does not vectorise has it ready
 //     column_or_constant<T>                either, as the entry point says at run time: for functions of many arguments, whose entry points
 //                                          share one loop. Takes a column_of or a constant_of by conversion; a constant is spread over the
 //                                          rows of a block once per batch
@@ -87,7 +89,35 @@ template <class T> struct column_or_constant {
         : column(nullptr), constant(argument(given)) {}
 };
 
+// `map` puts what the rows of a block make into `values`.
+template <class T> struct mapped_argument {
+    const bifun_column* column;
+    void (*map)(const bifun_column& column, std::uint32_t first, std::uint32_t count, T* values);
+};
+
+template <auto function, class From, class To>
+[[gnu::flatten, gnu::noinline]] void map_rows(const bifun_column& column, std::uint32_t first, std::uint32_t count, To* __restrict values) {
+    const From* const from = static_cast<const From*>(column.data->values);
+    if (column.selection != nullptr) {
+        const std::uint16_t* const selection = column.selection + first;
+        for (std::uint32_t k = 0; k < count; ++k) {
+            values[k] = function(from[selection[k]]);
+        }
+        return;
+    }
+    const From* const dense = from + first;
+    for (std::uint32_t k = 0; k < count; ++k) {
+        values[k] = function(dense[k]);
+    }
+}
+
+template <auto function, value_type type, class To = std::decay_t<decltype(function(std::declval<stored<type>>()))>>
+mapped_argument<To> mapped(column_of<type> given) {
+    return {given.column, map_rows<function, stored<type>, To>};
+}
+
 template <class T> column_argument<T> argument(column_argument<T> given) { return given; }
+template <class T> mapped_argument<T> argument(mapped_argument<T> given) { return given; }
 template <class T> constant_argument<T> argument(constant_argument<T> given) { return given; }
 template <class T> fixed_argument<T> argument(fixed_argument<T> given) { return given; }
 template <class T> shared_argument<T> argument(shared_argument<T> given) { return given; }
@@ -98,6 +128,7 @@ template <class T> const column_or_constant<T>& argument(const column_or_constan
 // ---- what is known of an argument before its rows are read ----
 
 template <class T> bool has_no_nulls(const column_argument<T>& argument) { return argument.column->no_nulls != 0; }
+template <class T> bool has_no_nulls(const mapped_argument<T>& argument) { return argument.column->no_nulls != 0; }
 template <class T> bool has_no_nulls(const constant_argument<T>& argument) { return argument.present; }
 template <class T> bool has_no_nulls(const fixed_argument<T>&) { return true; }
 template <class T> bool has_no_nulls(const shared_argument<T>&) { return true; }
@@ -116,10 +147,12 @@ template <class T> bool is_null_constant(const column_or_constant<T>& argument) 
 // A single column's promise is passed on as it stands; those of several arguments of SQL are joined to 0 or 1.
 template <class Argument> constexpr std::uint32_t arguments_of_sql = 0;
 template <class T> constexpr std::uint32_t arguments_of_sql<column_argument<T>> = 1;
+template <class T> constexpr std::uint32_t arguments_of_sql<mapped_argument<T>> = 1;
 template <class T> constexpr std::uint32_t arguments_of_sql<constant_argument<T>> = 1;
 template <class T> constexpr std::uint32_t arguments_of_sql<column_or_constant<T>> = 1;
 
 template <class T> std::uint32_t promise_of(const column_argument<T>& argument) { return argument.column->no_nulls; }
+template <class T> std::uint32_t promise_of(const mapped_argument<T>& argument) { return argument.column->no_nulls; }
 template <class Argument> std::uint32_t promise_of(const Argument&) { return 0; }
 
 template <class... Arguments> std::uint32_t joint_no_null_flag(const Arguments&... arguments) {
@@ -233,6 +266,24 @@ template <class T, std::uint32_t size> struct block_of<column_argument<T>, size>
             return gather(column, first, count, flags, values);
         }
         return {column.data->null_flags + first, static_cast<const T*>(column.data->values) + first};
+    }
+};
+
+template <class T, std::uint32_t size> struct block_of<mapped_argument<T>, size> {
+    std::uint8_t flags[size];
+    T values[size];
+
+    block_of() {} // NOLINT(modernize-use-equals-default): as above
+    dense_rows<T> rows(const mapped_argument<T>& argument, std::uint32_t first, std::uint32_t count) {
+        const bifun_column& column = *argument.column;
+        argument.map(column, first, count, values);
+        if (column.selection == nullptr) {
+            return {column.data->null_flags + first, values};
+        }
+        for (std::uint32_t k = 0; k < count; ++k) {
+            flags[k] = column.no_nulls != 0 ? 1 : column.data->null_flags[column.selection[first + k]];
+        }
+        return {flags, values};
     }
 };
 

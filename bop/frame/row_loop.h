@@ -7,6 +7,10 @@
 //         the kernel is cheap, has no side effects and is defined for any bits: it is computed for NULL rows as well, whose results become
 //         zero, so that the loop has no branch and vectorises
 //
+//     set_usual_rows<is_usual, usual_kernel, kernel>(batch, arguments...)
+//         the same for `usual_kernel` in blocks of rows that are all usual, by a plain function of the values that is defined for any bits
+//         and told from few instructions; any other block is evaluated row by row by `kernel`, which gives the same results
+//
 // bop/frame/kernel.h says what a kernel is, bop/frame/arguments.h what arguments may be. `checks` says which rows fail, where values tell.
 // A function with a NULL rule of its own has a loop of its own over for_each_block.
 #ifndef BIFUN_FRAME_ROW_LOOP_H
@@ -81,18 +85,25 @@ template <class... Rows> void write_null_flags(std::uint8_t* __restrict flags, s
     }
 }
 
-// Zero where the flag is 0. Longer values are masked word by word: choosing between two of them would take a branch.
-template <class Result> void zero_unless(std::uint8_t flag, Result& value) {
+// Copies a value, or zero where the flag is 0. Longer values are masked word by word, each on its own: choosing between two values would
+// take a branch, and a copy of a whole record would keep the loop from becoming vectors.
+template <class Result> void store_unless_null(std::uint8_t flag, const Result& value, Result& to) {
     if constexpr (std::is_arithmetic_v<Result>) {
-        value = flag != 0 ? value : Result{};
+        to = flag != 0 ? value : Result{};
     } else {
         static_assert(sizeof(Result) % sizeof(std::uint32_t) == 0);
-        std::uint32_t words[sizeof(Result) / sizeof(std::uint32_t)];
-        std::memcpy(words, &value, sizeof words);
-        for (std::uint32_t& word : words) {
-            word &= 0U - flag;
+        const auto* const from_bytes = reinterpret_cast<const std::uint8_t*>(&value);
+        auto* const to_bytes = reinterpret_cast<std::uint8_t*>(&to);
+        [&]<std::size_t... word>(std::index_sequence<word...>) {
+            const auto copy = [&](std::size_t at) {
+                std::uint32_t bits;
+                std::memcpy(&bits, from_bytes + at, sizeof bits);
+                bits &= 0U - flag;
+                std::memcpy(to_bytes + at, &bits, sizeof bits);
+            };
+            (copy(word * sizeof(std::uint32_t)), ...);
         }
-        std::memcpy(&value, words, sizeof words);
+        (std::make_index_sequence<sizeof(Result) / sizeof(std::uint32_t)>());
     }
 }
 
@@ -110,8 +121,7 @@ template <auto kernel, class Result, class... Rows>
     for (std::uint32_t k = 0; k < count; ++k) {
         Result value;
         (void)evaluate<kernel>(value, rows[k]...);
-        zero_unless(flags[k], value);
-        results[k] = value;
+        store_unless_null(flags[k], value, results[k]);
     }
 }
 
@@ -147,6 +157,20 @@ status evaluate_in_passes(const batch& batch, std::uint32_t first, std::uint32_t
         }
     }
     return failure;
+}
+
+template <auto is_usual, class... Rows> bool are_usual(std::uint32_t count, bool no_nulls, const Rows&... rows) {
+    std::uint32_t unusual = 0;
+    if (no_nulls) {
+        for (std::uint32_t k = 0; k < count; ++k) {
+            unusual |= static_cast<std::uint32_t>(!is_usual(rows[k]...));
+        }
+    } else {
+        for (std::uint32_t k = 0; k < count; ++k) {
+            unusual |= static_cast<std::uint32_t>(!is_usual(rows[k]...)) & static_cast<std::uint32_t>(all_have_values(k, rows...));
+        }
+    }
+    return unusual == 0;
 }
 
 // ---- row by row ----
@@ -245,6 +269,22 @@ status evaluate_rows(const batch& batch, const Arguments&... arguments) {
     return stop_at_failure(batch, for_each_block(batch.row_count, block, arguments...));
 }
 
+template <auto is_usual, auto usual_kernel, auto kernel, class Result, class... Arguments>
+[[gnu::flatten]] status evaluate_usual_rows(const batch& batch, const Arguments&... arguments) {
+    const bool no_nulls = (has_no_nulls(arguments) && ...);
+    batch.result->no_nulls = joint_no_null_flag(arguments...);
+    stored_results<Result> results(batch);
+    const auto block = [&](std::uint32_t first, std::uint32_t count, const auto&... rows) {
+        if (!are_usual<is_usual>(count, no_nulls, rows...)) {
+            return evaluate_one_by_one<kernel, no_checks>(batch, results, first, count, no_nulls, rows...);
+        }
+        write_null_flags(null_flags(batch) + first, count, no_nulls, rows...);
+        compute_block<usual_kernel>(values<Result>(batch) + first, null_flags(batch) + first, count, no_nulls, rows...);
+        return status{BIFUN_OK};
+    };
+    return stop_at_failure(batch, for_each_block(batch.row_count, block, arguments...));
+}
+
 // What a kernel is called with, and what it gives, is what the catalogue says.
 template <auto kernel, class... Arguments> constexpr bool takes_arguments = false;
 template <auto kernel, template <class> class... Argument, class... T>
@@ -275,6 +315,20 @@ template <auto kernel, class Checks = no_checks, value_type result, class... Arg
 status set_all_rows(batch_of<result> batch, Arguments... arguments) {
     return setters_are_plain_stores() ? store_all<kernel, Checks, stored<result>>(batch, argument(arguments)...)
                                       : evaluate_into<kernel, Checks, set_results, stored<result>>(batch, argument(arguments)...);
+}
+
+template <auto is_usual, auto usual_kernel, auto kernel, class Result, class... Arguments>
+status store_usual(const batch& batch, const Arguments&... arguments) {
+    check_types<kernel, Result, Arguments...>();
+    check_types<usual_kernel, Result, Arguments...>();
+    return (is_null_constant(arguments) || ...) ? null_rows(batch)
+                                                : evaluate_usual_rows<is_usual, usual_kernel, kernel, Result>(batch, arguments...);
+}
+
+template <auto is_usual, auto usual_kernel, auto kernel, value_type result, class... Arguments>
+status set_usual_rows(batch_of<result> batch, Arguments... arguments) {
+    return setters_are_plain_stores() ? store_usual<is_usual, usual_kernel, kernel, stored<result>>(batch, argument(arguments)...)
+                                      : evaluate_into<kernel, no_checks, set_results, stored<result>>(batch, argument(arguments)...);
 }
 
 template <auto kernel, class Checks = no_checks, value_type result, class... Arguments>

@@ -18,7 +18,7 @@ inline void say(std::int32_t layout, std::int32_t said) {
     zq_engine_statements.datetime_layout = layout;
     zq_engine_statements.ascii_is_single_byte = zq_engine_statements.utf8_is_unicode = zq_engine_statements.pads_as_described = said;
     zq_engine_statements.setters_are_plain_stores = zq_engine_statements.free_bytes_are_open = said;
-    zq_engine_statements.results_may_refer = said;
+    zq_engine_statements.results_may_refer = zq_engine_statements.number_texts_as_described = said;
 }
 
 template <class Body> void with_each_engine(const Body& body) {
