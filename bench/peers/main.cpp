@@ -15,10 +15,10 @@
 // are the host's own: `d > 0` is evaluated for each batch by a plain loop within bifun's time. The embedded engine's setters are plain
 // stores and its decimals are packed, as engine/columns.h and engine/decimal.h let an engine say.
 //
-// The engines take turns, each beginning with a baseline that is not counted and fills the caches, then the two queries in alternating
-// order; the figure is the median over the repetitions of measured minus baseline, in processor time per row. Five rounds before that are
-// not counted: ClickHouse compiles an expression at run time when it has seen it three times, its default. The aggregates of all engines
-// are compared, and before that the values of the first 1,000 rows one by one; a difference fails the run.
+// The engines take turns, in another order in every round, each beginning with both queries uncounted, which fills the caches, then
+// the two in alternating order; the figure is the median over the repetitions of measured minus baseline, in processor time per row. Three
+// rounds before that are not counted: ClickHouse compiles an expression at run time when it has seen it three times, its default.
+// The aggregates of all engines are compared, and before that the values of the first 1,000 rows one by one; a difference fails the run.
 //
 // With --instruction_sets the library runs two more times in the same rounds, made to use less than the processor has. The peers use all
 // of it.
@@ -33,6 +33,7 @@
 #include <fstream>
 #include <functional>
 #include <list>
+#include <numeric>
 #include <optional>
 #include <regex>
 #include <sstream>
@@ -41,6 +42,7 @@
 #include <string_view>
 #include <vector>
 
+#include "bench/bench_data.h"
 #include "bench/peers/bifun_run.h"
 #include "bench/peers/clickhouse.h"
 #include "bench/peers/duckdb.h"
@@ -62,7 +64,7 @@ struct options {
     bool explain = false;
 };
 
-constexpr std::uint32_t warm_up_rounds = 5;
+constexpr std::uint32_t warm_up_rounds = 3;
 constexpr std::uint32_t sampled_rows = 1000;
 constexpr std::uint32_t batch_sizes[] = {2048, 1024, 65536};
 constexpr const char* lesser_instruction_sets[] = {"x86-64-v3", "x86-64"};
@@ -135,16 +137,25 @@ std::string processor() {
 
 // ---- the run ----
 
+// Shuffled: who comes after a peer finds the machine in another state than who comes after bifun.
+std::vector<std::size_t> order_of_round(std::size_t contestants, std::uint32_t round) {
+    std::vector<std::size_t> order(contestants);
+    std::iota(order.begin(), order.end(), std::size_t{0});
+    std::ranges::sort(order, {}, [&](std::size_t i) { return bifun::bench::random_at(round, i); });
+    return order;
+}
+
 std::vector<timing> measure(const bench_case& bench_case, const std::vector<contestant>& contestants, std::uint32_t repetitions) {
     std::vector<timing> timings(contestants.size());
     for (std::uint32_t round = 0; round < warm_up_rounds + repetitions; ++round) {
-        for (std::size_t i = 0; i < contestants.size(); ++i) {
+        for (const std::size_t i : order_of_round(contestants.size(), round)) {
             if (!takes_part(contestants[i], bench_case)) {
                 continue;
             }
             const auto run = [&](part part) { return contestants[i].run(bench_case, part); };
             // The engine before has taken the caches, and which of the two queries comes first must not matter.
             (void)run(part::baseline);
+            (void)run(part::measured);
             const bool baseline_first = round % 2 == 0;
             const measurement first = run(baseline_first ? part::baseline : part::measured);
             const measurement second = run(baseline_first ? part::measured : part::baseline);
