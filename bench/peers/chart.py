@@ -107,14 +107,15 @@ def ratio_panel(families, left, top, low, high):
 def ratio_chart(run):
     families = [(name, run.of_family(name)) for name in FAMILIES.values() if run.of_family(name)]
     # Two panels, as equal as they get.
-    splits = [[[family for i, family in enumerate(families) if (which >> i & 1) == side] for side in (1, 0)] for which in range(1, 2 ** len(families))]
+    splits = [[[family for i, family in enumerate(families) if (which >> i & 1) == side] for side in (1, 0)]
+              for which in range(1, 2 ** len(families))]
     panels = min(splits, key=lambda split: max(sum(4 + len(rows) for _, rows in side) for side in split))
     values = [row.ratios["all"].value for row in run.rows]
     low, high = min(0.5, *values), max(10.0, *values)
     title = "Time of the faster of DuckDB and ClickHouse / time of bifun"
     parts = [text(12, 22, title, "title"),
-             text(12, 40, "Log scale, one thread, ratios of medians. Right of 1, blue: bifun is ahead. Faint: the machine's noise swallows the "
-                          "difference.", "quiet")]
+             text(12, 40, "Log scale, one thread, ratios of medians. Right of 1, blue: bifun is ahead. "
+                          "Faint: the machine's noise swallows the difference.", "quiet")]
     bottom = 0
     for i, panel in enumerate(panels):
         drawn, y = ratio_panel(panel, 12 + 456 * i, 56, low, high)
@@ -149,7 +150,8 @@ def time_chart(run):
         parts.append(line(place(min(points.values())), y, place(max(points.values())), y, "range"))
         # bifun last, on top.
         for engine, value in reversed(points.items()):
-            parts.append(f'<circle cx="{place(value):.1f}" cy="{y:.1f}" r="5" class="{engine.lower()}"><title>{engine} {value:.2f}</title></circle>')
+            parts.append(f'<circle cx="{place(value):.1f}" cy="{y:.1f}" r="5" class="{engine.lower()}">'
+                         f"<title>{engine} {value:.2f}</title></circle>")
     return svg(width, bottom + 12, title, parts)
 
 

@@ -49,8 +49,11 @@ class Row:
 
 class Run:
     def __init__(self, path):
-        with open(path, encoding="utf-8") as file:
-            self.facts = json.load(file)
+        try:
+            with open(path, encoding="utf-8") as file:
+                self.facts = json.load(file)
+        except (OSError, ValueError) as failure:
+            raise SystemExit(f"no figures: {path}: {failure}") from failure
         for name in (*BUILDS.values(), *PEERS):
             if any(name not in case for case in self.facts["cases"]):
                 raise SystemExit(f"{path} has no figures of {name}: bifun_peers needs both peers and --instruction_sets")
