@@ -17,15 +17,18 @@ LEAST_RATIO = {"all": 1.0, "x86-64-v3": 0.8, "x86-64": 0.8}
 
 # A difference of two times that is less cannot be told from none.
 LEAST_NS = 0.05
+ENOUGH_FOR_QUARTILES = 5
 
 
 class Span:
-    """Median and quartiles of the repetitions, in ns per row."""
+    """Median and quartiles of the repetitions, in ns per row; the extremes for quartiles where there are too few repetitions."""
 
     def __init__(self, costs):
         costs = [max(cost, LEAST_NS) for cost in costs]
-        quartiles = statistics.quantiles(costs, n=4, method="inclusive") if len(costs) > 1 else 3 * costs
-        self.low, self.median, self.high = quartiles
+        self.median = statistics.median(costs)
+        self.low, self.high = min(costs), max(costs)
+        if len(costs) >= ENOUGH_FOR_QUARTILES:
+            self.low, _, self.high = statistics.quantiles(costs, n=4, method="inclusive")
 
 
 class Ratio:
