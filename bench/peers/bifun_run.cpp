@@ -1,19 +1,22 @@
 #include "bench/peers/bifun_run.h"
 
 #include <dlfcn.h>
+#include <sys/mman.h>
 
 #include <algorithm>
 #include <array>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
+#include <fstream>
 #include <memory>
 #include <stdexcept>
 
 #include "bench/bench_data.h"
+#include "bench/catalogue_calls.h"
 #include "bench/peers/sql.h"
 #include "bop/frame/batch.h"
 #include "embedded/session/parameters.h"
-#include "engine/charset.h"
 #include "engine/decimal.h"
 #include "engine/memory.h"
 #include "engine/session.h"
@@ -332,11 +335,7 @@ void evaluate(bifun_library& library, expression& expression, std::uint32_t rows
 } // namespace
 
 bifun_library load_bifun(const char* path) {
-    void* const handle = dlopen(path, RTLD_NOW | RTLD_LOCAL);
-    if (handle == nullptr) {
-        throw std::runtime_error(dlerror());
-    }
-    reinterpret_cast<decltype(&bifun_dll_var_init)>(symbol_of(handle, "bifun_dll_var_init"))(1, ZQ_CHARSET_UTF8, 1);
+    void* const handle = bench::open_library(path);
     // ClickHouse's texts of timestamps have six digits of the fraction.
     if (zqengine::set_parameter(INI_SHOW_FRACTION, 1) != BIFUN_OK) {
         throw std::runtime_error("no fraction in texts of timestamps");
@@ -346,6 +345,20 @@ bifun_library load_bifun(const char* path) {
     if (library.memory == nullptr) {
         throw std::runtime_error("out of memory");
     }
+    return library;
+}
+
+bifun_library load_bifun_copy(const char* path, const char* instruction_set) {
+    // The file stays open: of two files under the same name the loader would take the second one for the first.
+    const int file = memfd_create("libbifun.so", MFD_CLOEXEC);
+    const std::string name = "/proc/self/fd/" + std::to_string(file);
+    std::ofstream(name, std::ios::binary) << std::ifstream(path, std::ios::binary).rdbuf();
+    const bifun_library library = load_bifun(name.c_str());
+    // The library chooses when it is called for the first time.
+    setenv("BIFUN_INSTRUCTION_SET", instruction_set, 1);
+    const entry_point& any = entry_points[0];
+    (void)bench::call_at(*bench::prepare_call(any, bench::call_paths[0], 1), symbol_of(library.handle, any.symbol), 0);
+    unsetenv("BIFUN_INSTRUCTION_SET");
     return library;
 }
 

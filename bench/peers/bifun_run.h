@@ -18,8 +18,12 @@ struct bifun_library {
     bifun_memory_object* memory;
 };
 
-// Both throw std::runtime_error with what is wrong.
+// Throw std::runtime_error with what is wrong.
 bifun_library load_bifun(const char* path);
+
+// A copy in memory of the same library, which uses this instruction set where the processor has it, whatever the others use.
+bifun_library load_bifun_copy(const char* path, const char* instruction_set);
+
 void unload_bifun(bifun_library& library);
 
 enum class part : std::uint8_t { measured, baseline };

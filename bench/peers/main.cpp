@@ -15,12 +15,15 @@
 // are the host's own: `d > 0` is evaluated for each batch by a plain loop within bifun's time. The embedded engine's setters are plain
 // stores and its decimals are packed, as engine/columns.h and engine/decimal.h let an engine say.
 //
-// The engines take turns, each beginning with a baseline that is not counted and fills the caches, then the two queries in alternating
-// order; the figure is the median over the repetitions of measured minus baseline, in processor time per row. Five rounds before that are
-// not counted: ClickHouse compiles an expression at run time when it has seen it three times, its default. The aggregates of all engines
-// are compared, and before that the values of the first 1,000 rows one by one; a difference fails the run.
+// The engines take turns, in another order in every round, each beginning with both queries uncounted, which fills the caches, then
+// the two in alternating order; the figure is the median over the repetitions of measured minus baseline, in processor time per row. Three
+// rounds before that are not counted: ClickHouse compiles an expression at run time when it has seen it three times, its default.
+// The aggregates of all engines are compared, and before that the values of the first 1,000 rows one by one; a difference fails the run.
 //
-// Options: --rows=N --repetitions=N --filter=REGEX --peers=DIRECTORY --raw --explain
+// With --instruction_sets the library runs two more times in the same rounds, made to use less than the processor has. The peers use all
+// of it.
+//
+// Options: --rows=N --repetitions=N --filter=REGEX --peers=DIRECTORY --instruction_sets --json=FILE --raw --explain
 
 #include <algorithm>
 #include <charconv>
@@ -29,6 +32,8 @@
 #include <cstdlib>
 #include <fstream>
 #include <functional>
+#include <list>
+#include <numeric>
 #include <optional>
 #include <regex>
 #include <sstream>
@@ -37,9 +42,11 @@
 #include <string_view>
 #include <vector>
 
+#include "bench/bench_data.h"
 #include "bench/peers/bifun_run.h"
 #include "bench/peers/clickhouse.h"
 #include "bench/peers/duckdb.h"
+#include "bench/peers/figures.h"
 #include "bench/peers/sql.h"
 
 namespace {
@@ -51,44 +58,16 @@ struct options {
     std::uint32_t repetitions = 15;
     std::string filter = ".*";
     std::string peers = BIFUN_PEERS_DIR;
+    std::string json = {}; // the file that gets the figures, if any
+    bool instruction_sets = false;
     bool raw = false;
     bool explain = false;
 };
 
-constexpr std::uint32_t warm_up_rounds = 5;
+constexpr std::uint32_t warm_up_rounds = 3;
 constexpr std::uint32_t sampled_rows = 1000;
 constexpr std::uint32_t batch_sizes[] = {2048, 1024, 65536};
-
-// A column of the report: one engine in one configuration.
-struct contestant {
-    std::string name;
-    std::function<measurement(const bench_case&, part)> run;
-    std::optional<dialect> peer = std::nullopt;                     // unless it is bifun
-    std::function<std::string(const bench_case&)> sample = nullptr; // the values in the first rows
-};
-
-bool takes_part(const contestant& contestant, const bench_case& bench_case) {
-    return !contestant.peer || !expression_of(bench_case, *contestant.peer).empty();
-}
-
-// Empty where the engine does not take part.
-struct timing {
-    std::vector<double> measured; // seconds
-    std::vector<double> baseline;
-    std::string value;
-};
-
-double median(std::vector<double> values) {
-    const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
-    std::nth_element(values.begin(), middle, values.end());
-    return *middle;
-}
-
-double cost(const timing& timing) {
-    std::vector<double> differences(timing.measured.size());
-    std::ranges::transform(timing.measured, timing.baseline, differences.begin(), std::minus<>());
-    return median(differences);
-}
+constexpr const char* lesser_instruction_sets[] = {"x86-64-v3", "x86-64"};
 
 // Sums of doubles depend on the order of the additions; everything else is exact.
 bool agree(const std::string& a, const std::string& b) {
@@ -129,19 +108,22 @@ options read_options(int count, char** arguments) {
             read.filter = *filter;
         } else if (const auto peers = value_of(option, "--peers=")) {
             read.peers = *peers;
+        } else if (const auto json = value_of(option, "--json=")) {
+            read.json = *json;
+        } else if (option == "--instruction_sets") {
+            read.instruction_sets = true;
         } else if (option == "--raw") {
             read.raw = true;
         } else if (option == "--explain") {
             read.explain = true;
         } else {
             throw std::runtime_error("unknown option " + std::string(option) +
-                                     "; there are --rows=N --repetitions=N --filter=REGEX --peers=DIRECTORY --raw --explain");
+                                     "; there are --rows=N --repetitions=N --filter=REGEX --peers=DIRECTORY --instruction_sets --json=FILE "
+                                     "--raw --explain");
         }
     }
     return read;
 }
-
-// ---- report ----
 
 std::string processor() {
     std::ifstream file("/proc/cpuinfo");
@@ -153,61 +135,27 @@ std::string processor() {
     return "unknown processor";
 }
 
-void print_head(const std::vector<contestant>& contestants) {
-    std::printf("| expression |");
-    for (const contestant& contestant : contestants) {
-        std::printf(" %s |", contestant.name.c_str());
-    }
-    for (std::size_t i = std::size(batch_sizes); i < contestants.size(); ++i) {
-        std::printf(" %s / bifun |", contestants[i].name.c_str());
-    }
-    std::printf("\n|---|");
-    for (std::size_t i = 0; i < 2 * contestants.size() - std::size(batch_sizes); ++i) {
-        std::printf("--:|");
-    }
-    std::printf("\n");
-}
-
-void print_row(const bench_case& bench_case, const std::vector<timing>& timings, std::uint32_t rows) {
-    std::printf("| %s |", std::string(bench_case.name).c_str());
-    std::vector<double> nanoseconds;
-    for (const timing& timing : timings) {
-        nanoseconds.push_back(timing.measured.empty() ? std::nan("") : cost(timing) * 1e9 / rows);
-        std::printf(timing.measured.empty() ? " - |" : " %.2f |", nanoseconds.back());
-    }
-    for (std::size_t i = std::size(batch_sizes); i < timings.size(); ++i) {
-        std::printf(timings[i].measured.empty() ? " - |" : " %.1f |", nanoseconds[i] / nanoseconds[0]);
-    }
-    std::printf("\n");
-    std::fflush(stdout);
-}
-
-void print_raw(const bench_case& bench_case, const std::vector<contestant>& contestants, const std::vector<timing>& timings,
-               std::uint32_t rows) {
-    for (std::size_t i = 0; i < timings.size(); ++i) {
-        const auto [measured, baseline, value] = timings[i];
-        if (measured.empty()) {
-            continue;
-        }
-        std::fprintf(stderr, "%-34s %-14s measured %8.3f least %8.3f, baseline %8.3f least %8.3f ns per row; result %s\n",
-                     std::string(bench_case.name).c_str(), contestants[i].name.c_str(), median(measured) * 1e9 / rows,
-                     *std::ranges::min_element(measured) * 1e9 / rows, median(baseline) * 1e9 / rows,
-                     *std::ranges::min_element(baseline) * 1e9 / rows, value.c_str());
-    }
-}
-
 // ---- the run ----
+
+// Shuffled: who comes after a peer finds the machine in another state than who comes after bifun.
+std::vector<std::size_t> order_of_round(std::size_t contestants, std::uint32_t round) {
+    std::vector<std::size_t> order(contestants);
+    std::iota(order.begin(), order.end(), std::size_t{0});
+    std::ranges::sort(order, {}, [&](std::size_t i) { return bifun::bench::random_at(round, i); });
+    return order;
+}
 
 std::vector<timing> measure(const bench_case& bench_case, const std::vector<contestant>& contestants, std::uint32_t repetitions) {
     std::vector<timing> timings(contestants.size());
     for (std::uint32_t round = 0; round < warm_up_rounds + repetitions; ++round) {
-        for (std::size_t i = 0; i < contestants.size(); ++i) {
+        for (const std::size_t i : order_of_round(contestants.size(), round)) {
             if (!takes_part(contestants[i], bench_case)) {
                 continue;
             }
             const auto run = [&](part part) { return contestants[i].run(bench_case, part); };
             // The engine before has taken the caches, and which of the two queries comes first must not matter.
             (void)run(part::baseline);
+            (void)run(part::measured);
             const bool baseline_first = round % 2 == 0;
             const measurement first = run(baseline_first ? part::baseline : part::measured);
             const measurement second = run(baseline_first ? part::measured : part::baseline);
@@ -290,42 +238,50 @@ int run(const options& options) {
 
     std::vector<contestant> contestants;
     bifun_library library = load_bifun(BIFUN_LIBRARY);
-    for (const std::uint32_t batch_rows : batch_sizes) {
-        contestants.push_back({"bifun " + std::to_string(batch_rows), [&, batch_rows](const bench_case& bench_case, part part) {
+    const auto add_bifun = [&](const std::string& name, bifun_library& library, std::uint32_t batch_rows) {
+        contestants.push_back({name, [&, batch_rows](const bench_case& bench_case, part part) {
                                    return run_bifun(library, table, bench_case, batch_rows, part);
                                }});
+    };
+    for (const std::uint32_t batch_rows : batch_sizes) {
+        add_bifun("bifun " + std::to_string(batch_rows), library, batch_rows);
+    }
+    std::list<bifun_library> lesser;
+    for (const char* const set : lesser_instruction_sets) {
+        if (options.instruction_sets) {
+            add_bifun(std::string("bifun ") + set, lesser.emplace_back(load_bifun_copy(BIFUN_LIBRARY, set)), batch_sizes[0]);
+        }
     }
     const std::uint32_t sampled = std::min(sampled_rows, options.rows);
     contestants[0].sample = [&](const bench_case& bench_case) { return sample_bifun(library, table, bench_case, sampled); };
     const duckdb_pointer duckdb = open_duckdb(options.peers + "/libduckdb.so");
     const clickhouse_pointer clickhouse = open_clickhouse(options.peers + "/libchdb.so");
-    const auto add_peer = [&](const char* name, dialect dialect, const std::function<measurement(const std::string&)>& run_query) {
+    const auto add_peer = [&](const char* name, dialect dialect, const std::string& version,
+                              const std::function<measurement(const std::string&)>& run_query) {
         contestants.push_back(
             {name,
              [=](const bench_case& bench_case, part part) {
                  return run_query(part == part::measured ? measured_query(bench_case, dialect) : baseline_query(bench_case, dialect));
              },
-             dialect, [=](const bench_case& bench_case) { return run_query(sample_query(bench_case, dialect, sampled)).value; }});
+             dialect, [=](const bench_case& bench_case) { return run_query(sample_query(bench_case, dialect, sampled)).value; }, version});
     };
-    std::string versions;
     if (duckdb != nullptr) {
         load_duckdb(*duckdb, table);
-        versions += ", DuckDB " + duckdb_version(*duckdb);
-        add_peer("DuckDB", dialect::duckdb, [&](const std::string& query) { return run_duckdb(*duckdb, query); });
+        add_peer("DuckDB", dialect::duckdb, duckdb_version(*duckdb), [&](const std::string& query) { return run_duckdb(*duckdb, query); });
     }
     if (clickhouse != nullptr) {
         load_clickhouse(*clickhouse, table);
-        versions += ", ClickHouse " + clickhouse_version(*clickhouse);
-        add_peer("ClickHouse", dialect::clickhouse, [&](const std::string& query) { return run_clickhouse(*clickhouse, query); });
+        add_peer("ClickHouse", dialect::clickhouse, clickhouse_version(*clickhouse),
+                 [&](const std::string& query) { return run_clickhouse(*clickhouse, query); });
     }
     if (duckdb == nullptr || clickhouse == nullptr) {
         std::fprintf(stderr, "bifun_peers: %s%s not found in %s; bench/peers/fetch.sh gets both\n",
                      duckdb == nullptr ? "libduckdb.so " : "", clickhouse == nullptr ? "libchdb.so " : "", options.peers.c_str());
     }
 
-    std::printf("ns per row, one thread; %u rows, median of %u; %s%s. bifun by rows per batch.\n\n", options.rows, options.repetitions,
-                processor().c_str(), versions.c_str());
-    print_head(contestants);
+    const run_facts facts{options.rows, options.repetitions, processor()};
+    print_head(facts, contestants);
+    std::vector<figures_of_case> figures;
     int exit_status = EXIT_SUCCESS;
     for (const bench_case& bench_case : cases) {
         if (options.explain && duckdb != nullptr) {
@@ -335,16 +291,21 @@ int run(const options& options) {
         if (samples_differ(bench_case, contestants)) {
             exit_status = EXIT_FAILURE;
         }
-        const std::vector<timing> timings = measure(bench_case, contestants, options.repetitions);
-        print_row(bench_case, timings, options.rows);
+        figures.push_back({&bench_case, measure(bench_case, contestants, options.repetitions)});
+        const std::vector<timing>& timings = figures.back().timings;
+        print_row(facts, contestants, bench_case, timings);
         if (options.raw) {
-            print_raw(bench_case, contestants, timings, options.rows);
+            print_raw(facts, contestants, bench_case, timings);
         }
         if (totals_differ(bench_case, contestants, timings)) {
             exit_status = EXIT_FAILURE;
         }
     }
+    if (!options.json.empty()) {
+        write_json(options.json, facts, contestants, figures);
+    }
     unload_bifun(library);
+    std::ranges::for_each(lesser, unload_bifun);
     return exit_status;
 }
 

@@ -2,8 +2,9 @@
 #ifndef BIFUN_BENCH_PEERS_MEASUREMENT_H
 #define BIFUN_BENCH_PEERS_MEASUREMENT_H
 
-#include <ctime>
 #include <string>
+
+#include "bench/processor_time.h"
 
 namespace bifun::peers {
 
@@ -13,13 +14,7 @@ struct measurement {
     std::string value;
 };
 
-// Processor time of the whole process. Every engine has one thread that works at a time, but not always the calling one, and other
-// programs that take the processor must not count.
-inline double processor_seconds() {
-    timespec time{};
-    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
-    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
-}
+using bench::processor_seconds;
 
 } // namespace bifun::peers
 
