@@ -7,6 +7,7 @@
 #include "bop/bifun_date/weekday.h"
 #include "bop/frame/row_loop.h"
 #include "engine/decimal.h"
+#include "layouts/packed_sums.h"
 
 namespace bifun {
 namespace {
@@ -37,13 +38,13 @@ status packed_seconds(const zqtime& start, const zqtime& end, std::int32_t& resu
     return count == result ? BIFUN_OK : BIFUN_NUMERIC_OVERFLOW;
 }
 
-// Less than 60 years apart and no times of many days, so that all fits in 32 bits; 2^31 seconds are 68 years.
+// Times of a day, less than 68 years apart, which are 24,837 days: the count fits in 32 bits.
 bool seconds_are_few(const zqtime& start, const zqtime& end) {
-    constexpr std::uint32_t years = 60U << 9;
-    constexpr std::uint32_t longest_time = datetime_layout::pack_time(1000, 0, 0);
-    const std::uint32_t apart = datetime_layout::load_date(end) - datetime_layout::load_date(start) + years;
-    return (static_cast<unsigned>(apart < 2 * years) & static_cast<unsigned>(datetime_layout::load_time(start) < longest_time) &
-            static_cast<unsigned>(datetime_layout::load_time(end) < longest_time)) != 0;
+    constexpr std::uint32_t years = 68U << 9;
+    const std::uint32_t apart = datetime_layout::load_date(end) - datetime_layout::load_date(start) + (years - 1);
+    const bool are_times_of_day = packed_sums::both(packed_sums::is_time_of_day(datetime_layout::load_time(start)),
+                                                    packed_sums::is_time_of_day(datetime_layout::load_time(end)));
+    return packed_sums::both(apart < 2 * years - 1, are_times_of_day);
 }
 std::int32_t few_seconds(const zqtime& start, const zqtime& end) {
     constexpr auto seconds_per_day = static_cast<std::uint32_t>(datetime_arithmetic::seconds_per_day);

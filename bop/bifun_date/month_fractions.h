@@ -7,34 +7,17 @@
 #include <cstdint>
 
 #include "layouts/decimal_layout.h"
+#include "layouts/decimal_rounding.h"
 
 namespace bifun::month_fractions {
 
-constexpr std::uint64_t powers_of_ten[] = {1,
-                                           10,
-                                           100,
-                                           1'000,
-                                           10'000,
-                                           100'000,
-                                           1'000'000,
-                                           10'000'000,
-                                           100'000'000,
-                                           1'000'000'000,
-                                           10'000'000'000,
-                                           100'000'000'000,
-                                           1'000'000'000'000,
-                                           10'000'000'000'000,
-                                           100'000'000'000'000,
-                                           1'000'000'000'000'000,
-                                           10'000'000'000'000'000,
-                                           100'000'000'000'000'000,
-                                           1'000'000'000'000'000'000};
+constexpr std::uint64_t power_of_ten(std::uint32_t exponent) { return static_cast<std::uint64_t>(decimal_layout::powers_of_ten[exponent]); }
 
 // How many of the powers of ten from one to another a number reaches.
 inline std::uint32_t digits_above(std::uint32_t number, std::uint32_t first, std::uint32_t last) {
     std::uint32_t count = 0;
     for (std::uint32_t power = first; power <= last; ++power) {
-        count += static_cast<std::uint32_t>(number >= powers_of_ten[power]);
+        count += static_cast<std::uint32_t>(number >= power_of_ten(power));
     }
     return count;
 }
@@ -65,7 +48,7 @@ inline void store_fraction(xdec& result, double value) {
     const auto hundreds = static_cast<std::uint32_t>(std::bit_cast<double>(bits) * 100);
     // Of digits behind the point as many as make 17 from the first that is not 0.
     const std::uint32_t scale = most_digits + 1 - digits_above(hundreds, 1, 7);
-    const std::uint64_t power = powers_of_ten[scale];
+    const std::uint64_t power = power_of_ten(scale);
 
     constexpr std::uint32_t fraction_bits = 52;
     constexpr std::uint32_t exponent_bias = 1023;
