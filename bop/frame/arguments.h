@@ -6,7 +6,7 @@
 //     shared(value)                        the same by reference, for what is large or changes
 //     block_argument<T>                    the same, made anew for the rows of each block
 //     derived_argument<T>                  a value for each row that the kernel gets besides, derived from a whole block of rows at once
-//     mapped<function>(column)             what a plain function, defined for any bits and without a branch, makes of every value of a column:
+//     mapped<function>(column)             what a plain function, defined for any bits and without a branch, makes of a column's values:
 //                                          computed for all rows of a block at once, so that a loop that does not vectorise has it ready
 //     column_or_constant<T>                either, as the entry point says at run time: for functions of many arguments, whose entry points
 //                                          share one loop. Takes a column_of or a constant_of by conversion; a constant is spread over the
