@@ -33,6 +33,19 @@ value_or_null length_space(const text_operations& texts, const value_or_null& of
     return length_of_text(std::uint64_t{stored_characters(texts, text)} + text.trailing_blanks, of_empty, characters);
 }
 
+// Of ASCII there is nothing to count.
+bool is_usual(const text_operations& texts, const value_or_null& /*of_empty*/, const bifun_string& text) {
+    return (static_cast<std::uint32_t>(is_told_by_record(texts, text)) & static_cast<std::uint32_t>(text.length != 0)) != 0;
+}
+void length_of_ascii(const text_operations& /*texts*/, const value_or_null& /*of_empty*/, const bifun_string& text,
+                     std::int32_t& characters) {
+    characters = static_cast<std::int32_t>(text.length);
+}
+void length_space_of_ascii(const text_operations& /*texts*/, const value_or_null& /*of_empty*/, const bifun_string& text,
+                           std::int32_t& characters) {
+    characters = static_cast<std::int32_t>(text.length + text.trailing_blanks);
+}
+
 value_or_null lengthb(const value_or_null& of_empty, const bifun_string& text, std::int32_t& bytes) {
     return length_of_text(full_length(text), of_empty, bytes);
 }
@@ -49,10 +62,10 @@ value_or_null lengthb_of_large_object(const environment& environment, const valu
 } // namespace
 
 status entry::blength_a_str(batch_of<INT> batch, column_of<VARCHAR> text) {
-    return set_rows<length>(batch, texts_of(text), fixed(length_of_empty()), text);
+    return set_usual_rows<is_usual, length_of_ascii, length>(batch, texts_of(text), fixed(length_of_empty()), text);
 }
 status entry::blength_space_a_str(batch_of<INT> batch, column_of<VARCHAR> text) {
-    return set_rows<length_space>(batch, texts_of(text), fixed(length_of_empty()), text);
+    return set_usual_rows<is_usual, length_space_of_ascii, length_space>(batch, texts_of(text), fixed(length_of_empty()), text);
 }
 status entry::blengthb_a_str(batch_of<INT> batch, column_of<VARCHAR> text) {
     return set_rows<lengthb>(batch, fixed(length_of_empty()), text);

@@ -18,15 +18,16 @@ status replace_constant(const bifun_string& source, const constant_pattern& patt
     return replace_by_search(pattern.search, pattern.text_scratch, pattern.blanks, source, replacement, room);
 }
 
-[[gnu::noinline]] status replace_in_match(text_operations texts, const bifun_string& source, const needle& sought,
-                                          const bifun_string& replacement, string_room& room) {
+// The room by value, so that a row without a match has it in registers.
+[[gnu::noinline]] status replace_matches(text_operations texts, const bifun_string& source, const needle& sought,
+                                         const bifun_string& replacement, string_room room) {
     return replace_bytes(texts, source, sought, replacement, room);
 }
 
 // For a pattern of bytes of which the first place in each source is known.
 status replace_found(const text_operations& texts, const bifun_string& source, const needle& sought, std::uint32_t offset,
                      const bifun_string& replacement, string_room& room) {
-    return offset == no_offset ? take_text(room, source) : replace_in_match(texts, source, sought, replacement, room);
+    return offset == no_offset ? take_text(room, source) : replace_matches(texts, source, sought, replacement, room);
 }
 
 // An empty pattern occurs nowhere.

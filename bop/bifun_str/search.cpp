@@ -32,24 +32,50 @@ value_or_null binstr_avvv_process(const bifun_string& value, batch_search& by, s
     return set_position(search_value(by.search, by.text_scratch, value), position);
 }
 
-[[gnu::noinline]] located search_from_look(text_operations texts, const needle& sought, const bifun_string& value, std::uint32_t offset,
-                                           batch_search& by) {
-    const look found = look_at_bytes(texts, sought, by.search.request.in_bytes, value, offset);
-    return found.is_enough ? located{found.position, BIFUN_OK} : search_value(by.search, by.text_scratch, value);
+// Positions of the first place, as far as a look at the bytes tells them.
+struct looked_at_column {
+    searched_column searched;
+    text_operations texts;
+    bool in_bytes;
+};
+constexpr std::int32_t not_told = -1;
+
+bool may_reach_blanks(const needle& sought, const bifun_string& value) { return sought.last == blank && value.trailing_blanks != 0; }
+
+[[gnu::noinline]] void put_position(const looked_at_column& by, const bifun_string& value, std::uint64_t places, std::int32_t& position) {
+    const needle& sought = by.searched.sought;
+    const std::uint32_t offset = first_of_places(sought, value, places);
+    const bool is_known = offset == no_offset || (sought.first < 0x80 && begins_with_ascii(value.data, offset));
+    position = static_cast<std::int32_t>(offset + 1); // no_offset becomes 0
+    if (may_reach_blanks(sought, value)) {
+        position = not_told;
+    } else if (!is_known) {
+        const look found = look_at_bytes(by.texts, sought, by.in_bytes, value, offset);
+        position = found.is_enough ? found.position : not_told;
+    }
 }
 
-// The same for a search that is_plain(), where single-byte characters are known: `offset` is that of the pattern's first place among the
-// stored bytes.
-value_or_null binstr_def2_av_process_with_blank(const text_operations& texts, const needle& sought, const bifun_string& value,
-                                                std::uint32_t offset, batch_search& by, std::int32_t& position) {
-    if (value.trailing_blanks == 0 || sought.last != blank) [[likely]] {
-        position = static_cast<std::int32_t>(offset + 1); // no_offset becomes 0
-        // A character of one byte begins behind others.
-        if (offset == no_offset || (sought.first < 0x80 && begins_with_ascii(value.data, offset))) {
-            return {};
-        }
-    }
-    return set_position(search_from_look(texts, sought, value, offset, by), position);
+[[gnu::noinline]] void look_at_block(const void* source, std::uint32_t first, std::uint32_t count, std::int32_t* positions) {
+    const auto& by = *static_cast<const looked_at_column*>(source);
+    const bool ends_in_blank = by.searched.sought.last == blank;
+    look_for(
+        by.searched, first, count,
+        [ends_in_blank, positions](std::uint32_t k, const bifun_string& value) {
+            positions[k] = ends_in_blank && value.trailing_blanks != 0 ? not_told : 0;
+        },
+        [&by, positions](std::uint32_t k, const bifun_string& value, std::uint64_t places) {
+            put_position(by, value, places, positions[k]);
+        });
+}
+
+// A search that is_plain(), where single-byte characters are known.
+bool is_told(const bifun_string& /*value*/, std::int32_t position, const batch_search& /*by*/) { return position != not_told; }
+void told_position(const bifun_string& /*value*/, std::int32_t position, const batch_search& /*by*/, std::int32_t& result) {
+    result = position;
+}
+value_or_null binstr_def2_av_process_with_blank(const bifun_string& value, std::int32_t position, batch_search& by, std::int32_t& result) {
+    result = position;
+    return position != not_told ? value_or_null() : binstr_avvv_process(value, by, result);
 }
 
 // The same for a pattern of blanks, without writing the value's blanks out.
@@ -87,10 +113,12 @@ status rows_of_search(batch_of<INT> batch, pattern_search& search, column_of<VAR
             return set_rows<binstr_avvv_process>(batch, text, shared(by));
         }
         const searched_column searched{text.column, make_needle(search.pattern.bytes, search.pattern.length)};
-        const auto sought = fixed(searched.sought);
-        return search.is_blank
-                   ? set_rows<binstr_def2_av_process_ignore_blank>(batch, fixed(texts), sought, text, shared(by))
-                   : set_rows<binstr_def2_av_process_with_blank>(batch, fixed(texts), sought, text, first_places(searched), shared(by));
+        if (search.is_blank) {
+            return set_rows<binstr_def2_av_process_ignore_blank>(batch, fixed(texts), fixed(searched.sought), text, shared(by));
+        }
+        const looked_at_column looked_at{searched, texts, search.request.in_bytes};
+        return set_usual_rows<is_told, told_position, binstr_def2_av_process_with_blank>(
+            batch, text, derived_argument<std::int32_t>{&looked_at, look_at_block}, shared(by));
     });
 }
 

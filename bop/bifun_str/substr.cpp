@@ -135,6 +135,49 @@ value_or_null substring(const text_operations& texts, const bifun_string& text, 
     return found.outcome;
 }
 
+// ---- of ASCII: by arithmetic on records ----
+
+// `count` characters from offset `first` on, either of which may be beyond the text.
+bifun_string range_of_ascii(const bifun_string& text, std::uint32_t first, std::uint32_t count) {
+    const std::uint32_t total = text.length + text.trailing_blanks;
+    const std::uint32_t begin = std::min(first, total);
+    const std::uint32_t end = begin + std::min(count, total - begin);
+    const std::uint32_t stored_begin = std::min(begin, text.length);
+    const std::uint32_t stored = std::min(end, text.length) - stored_begin;
+    return {stored, end - begin - stored, text.data + stored_begin};
+}
+
+// The offset of a position; one before the text is as one behind it.
+std::uint32_t offset_of_position(const bifun_string& text, std::int32_t position) {
+    const std::uint32_t total = text.length + text.trailing_blanks;
+    return static_cast<std::uint32_t>(position) - (position > 0 ? 1 : 0) + (position < 0 ? total : 0);
+}
+
+bool is_usual_substr(const text_operations& texts, const bifun_string& text, std::int32_t /*position*/, std::int32_t length) {
+    return (static_cast<std::uint32_t>(is_told_by_record(texts, text)) & static_cast<std::uint32_t>(length >= 0)) != 0;
+}
+void substr_of_ascii(const text_operations& /*texts*/, const bifun_string& text, std::int32_t position, std::int32_t length,
+                     bifun_string& part) {
+    part = range_of_ascii(text, offset_of_position(text, position), static_cast<std::uint32_t>(length));
+}
+
+bool is_usual_part(const text_operations& texts, const bifun_string& text, std::int32_t /*number*/) {
+    return is_told_by_record(texts, text);
+}
+void end_of_ascii(const text_operations& /*texts*/, const bifun_string& text, std::int32_t position, bifun_string& part) {
+    part = range_of_ascii(text, offset_of_position(text, position), UINT32_MAX);
+}
+void left_of_ascii(const text_operations& /*texts*/, const bifun_string& text, std::int32_t count, bifun_string& part) {
+    part = range_of_ascii(text, 0, static_cast<std::uint32_t>(count));
+}
+void right_of_ascii(const text_operations& /*texts*/, const bifun_string& text, std::int32_t count, bifun_string& part) {
+    const std::uint32_t total = text.length + text.trailing_blanks;
+    const std::uint32_t kept = std::min(static_cast<std::uint32_t>(count), total);
+    part = range_of_ascii(text, total - kept, kept);
+}
+
+// ---- of any text ----
+
 value_or_null substr(const text_operations& texts, const bifun_string& text, std::int32_t position, std::int32_t length,
                      bifun_string& part) {
     return substring(texts, text, {position, length}, part);
@@ -213,30 +256,40 @@ template <auto kernel, class... Arguments> status rows_of_texts(batch_of<VARCHAR
     return string_rows<kernel>(batch, texts_of(text), text, arguments...);
 }
 
-template <auto kernel> status end_of_text(batch_of<VARCHAR> batch, column_of<VARCHAR> text, constant_of<INT> count) {
+template <class Position, class Length>
+status substr_rows(batch_of<VARCHAR> batch, column_of<VARCHAR> text, Position position, Length length) {
+    return usual_string_rows<is_usual_substr, substr_of_ascii, substr>(batch, texts_of(text), text, position, length);
+}
+
+template <class Position> status substr_rows(batch_of<VARCHAR> batch, column_of<VARCHAR> text, Position position) {
+    return usual_string_rows<is_usual_part, end_of_ascii, substr_to_end>(batch, texts_of(text), text, position);
+}
+
+template <auto kernel_of_ascii, auto kernel> status end_of_text(batch_of<VARCHAR> batch, column_of<VARCHAR> text, constant_of<INT> count) {
     const auto [characters, present] = argument(count);
-    return present && characters < 0 ? fail_batch(batch, BIFUN_ARGUMENT_OUT_OF_DOMAIN) : rows_of_texts<kernel>(batch, text, count);
+    return present && characters < 0 ? fail_batch(batch, BIFUN_ARGUMENT_OUT_OF_DOMAIN)
+                                     : usual_string_rows<is_usual_part, kernel_of_ascii, kernel>(batch, texts_of(text), text, count);
 }
 
 } // namespace
 
 status entry::bsubstr_avv_str(batch_of<VARCHAR> batch, column_of<VARCHAR> text, constant_of<INT> position, constant_of<INT> length) {
-    return rows_of_texts<substr>(batch, text, position, length);
+    return substr_rows(batch, text, position, length);
 }
 status entry::bsubstr_ava_str(batch_of<VARCHAR> batch, column_of<VARCHAR> text, constant_of<INT> position, column_of<INT> length) {
-    return rows_of_texts<substr>(batch, text, position, length);
+    return substr_rows(batch, text, position, length);
 }
 status entry::bsubstr_aav_str(batch_of<VARCHAR> batch, column_of<VARCHAR> text, column_of<INT> position, constant_of<INT> length) {
-    return rows_of_texts<substr>(batch, text, position, length);
+    return substr_rows(batch, text, position, length);
 }
 status entry::bsubstr_aaa_str(batch_of<VARCHAR> batch, column_of<VARCHAR> text, column_of<INT> position, column_of<INT> length) {
-    return rows_of_texts<substr>(batch, text, position, length);
+    return substr_rows(batch, text, position, length);
 }
 status entry::bsubstr_def1_aa_str(batch_of<VARCHAR> batch, column_of<VARCHAR> text, column_of<INT> position) {
-    return rows_of_texts<substr_to_end>(batch, text, position);
+    return substr_rows(batch, text, position);
 }
 status entry::bsubstr_def1_av_str(batch_of<VARCHAR> batch, column_of<VARCHAR> text, constant_of<INT> position) {
-    return rows_of_texts<substr_to_end>(batch, text, position);
+    return substr_rows(batch, text, position);
 }
 status entry::bsubstr_def2_a_str(batch_of<VARCHAR> batch, column_of<VARCHAR> text) { return string_rows<whole_text>(batch, text); }
 
@@ -248,10 +301,10 @@ status entry::bsubstrb_def_av_str(batch_of<VARCHAR> batch, column_of<VARCHAR> te
 }
 
 status entry::bleftstr_av_str(batch_of<VARCHAR> batch, column_of<VARCHAR> text, constant_of<INT> count) {
-    return end_of_text<left>(batch, text, count);
+    return end_of_text<left_of_ascii, left>(batch, text, count);
 }
 status entry::brightstr_av_str(batch_of<VARCHAR> batch, column_of<VARCHAR> text, constant_of<INT> count) {
-    return end_of_text<right>(batch, text, count);
+    return end_of_text<right_of_ascii, right>(batch, text, count);
 }
 
 } // namespace bifun

@@ -57,6 +57,12 @@ inline bool begins_with_single_bytes(const text_operations& texts, const bifun_s
     return texts.known == known_texts::ascii || (texts.ascii_is_single_byte && begins_with_ascii(value.data, count));
 }
 
+// Whether a text is known to be of as many characters as bytes, and its full length is far from the largest numbers. Without a branch.
+inline bool is_told_by_record(const text_operations& texts, const bifun_string& text) {
+    const auto is_ascii = static_cast<std::uint32_t>(texts.known == known_texts::ascii);
+    return (is_ascii & static_cast<std::uint32_t>((text.length | text.trailing_blanks) < 1U << 30)) != 0;
+}
+
 // Where the characters of a text of at most 64 bytes begin, as bits, as far as it is known without asking the engine.
 inline utf8_characters characters_of(const text_operations& texts, const bifun_string& value) {
     if (texts.known == known_texts::ascii) {

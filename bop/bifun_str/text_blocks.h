@@ -3,6 +3,8 @@
 #ifndef BIFUN_STR_TEXT_BLOCKS_H
 #define BIFUN_STR_TEXT_BLOCKS_H
 
+#include <algorithm>
+
 #include "bop/bifun_str/utf8_validation.h"
 #include "bop/frame/arguments.h"
 #include "bop/frame/byte_operations.h"
@@ -109,21 +111,56 @@ struct searched_column {
     needle sought;
 };
 
-// The offset of the first place of the needle in each text, or no_offset. A loop of its own, which has nothing else to keep in registers.
-[[gnu::noinline]] inline void find_in_block(const void* source, std::uint32_t first, std::uint32_t count, std::uint32_t* offsets) {
-    const auto& [column, needle] = *static_cast<const searched_column*>(source);
-    const auto sought = needle;
-    const auto* const values = static_cast<const bifun_string*>(column->data->values);
-    const std::uint8_t* const flags = column->data->null_flags;
-    const std::uint16_t* const selection = column->selection;
-    const bool no_nulls = column->no_nulls != 0;
+// Calls `nowhere(k, value)` for rows that do not have the needle, NULLs maybe among them, and `somewhere(k, value, places)` for those that
+// may: where its first and last byte are, as bits, or all bits of a text or a needle of more than 64 bytes. Inlined into loops that have
+// nothing else to keep in registers: `somewhere` should be a call.
+template <class Nowhere, class Somewhere>
+void look_for(const searched_column& searched, std::uint32_t first, std::uint32_t count, const Nowhere& nowhere,
+              const Somewhere& somewhere) {
+    const needle sought = searched.sought;
+    const bool no_nulls = searched.column->no_nulls != 0;
+    block_of<column_argument<bifun_string>, most_rows_per_block> room;
+    const dense_rows<bifun_string> texts = room.rows({searched.column}, first, count);
+    const std::uint32_t longest = sought.length <= longest_masked ? longest_masked : 0;
     for (std::uint32_t k = 0; k < count; ++k) {
-        const std::uint32_t row = selection != nullptr ? selection[first + k] : first + k;
-        const bool is_present = no_nulls || flags[row] != 0;
-        offsets[k] = is_present ? find(sought, values[row].data, values[row].length) : no_offset;
+        if (!no_nulls && !texts.has_value(k)) {
+            continue;
+        }
+        const bifun_string& text = texts[k];
+        std::uint64_t places = ~std::uint64_t{0};
+        if (text.length <= longest) [[likely]] {
+            const text_bytes<64> bytes(text.data, text.length);
+            places = equal_bytes(bytes, sought.first) & equal_bytes(bytes, sought.last) >> (sought.length - 1);
+        }
+        if (places == 0) {
+            nowhere(k, text);
+        } else {
+            somewhere(k, text, places);
+        }
     }
 }
 
+// The offset of the first of such places.
+inline std::uint32_t first_of_places(const needle& sought, const bifun_string& text, std::uint64_t places) {
+    return text.length > longest_masked || sought.length > longest_masked ? find_in_long_text(sought, text.data, text.length)
+                                                                          : first_match(sought, text.data, places);
+}
+
+[[gnu::noinline]] inline void put_first_place(const searched_column& searched, const bifun_string& text, std::uint64_t places,
+                                              std::uint32_t& offset) {
+    offset = first_of_places(searched.sought, text, places);
+}
+
+[[gnu::noinline]] inline void find_in_block(const void* source, std::uint32_t first, std::uint32_t count, std::uint32_t* offsets) {
+    const auto& searched = *static_cast<const searched_column*>(source);
+    look_for(
+        searched, first, count, [offsets](std::uint32_t k, const bifun_string& /*text*/) { offsets[k] = no_offset; },
+        [&searched, offsets](std::uint32_t k, const bifun_string& text, std::uint64_t places) {
+            put_first_place(searched, text, places, offsets[k]);
+        });
+}
+
+// The offset of the first place of the needle in each text, or no_offset.
 inline derived_argument<std::uint32_t> first_places(const searched_column& searched) { return {&searched, find_in_block}; }
 
 } // namespace bifun

@@ -269,14 +269,13 @@ status evaluate_rows(const batch& batch, const Arguments&... arguments) {
     return stop_at_failure(batch, for_each_block(batch.row_count, block, arguments...));
 }
 
-template <auto is_usual, auto usual_kernel, auto kernel, class Result, class... Arguments>
+template <auto is_usual, auto usual_kernel, auto kernel, class Results, class Result, class... Arguments>
 [[gnu::flatten]] status evaluate_usual_rows(const batch& batch, const Arguments&... arguments) {
     const bool no_nulls = (has_no_nulls(arguments) && ...);
-    batch.result->no_nulls = joint_no_null_flag(arguments...);
-    stored_results<Result> results(batch);
+    batch.result->no_nulls = no_null_flag<kernel>(arguments...);
     const auto block = [&](std::uint32_t first, std::uint32_t count, const auto&... rows) {
         if (!are_usual<is_usual>(count, no_nulls, rows...)) {
-            return evaluate_one_by_one<kernel, no_checks>(batch, results, first, count, no_nulls, rows...);
+            return evaluate_block<kernel, no_checks, Results>(batch, first, count, no_nulls, rows...);
         }
         write_null_flags(null_flags(batch) + first, count, no_nulls, rows...);
         compute_block<usual_kernel>(values<Result>(batch) + first, null_flags(batch) + first, count, no_nulls, rows...);
@@ -317,17 +316,18 @@ status set_all_rows(batch_of<result> batch, Arguments... arguments) {
                                       : evaluate_into<kernel, Checks, set_results, stored<result>>(batch, argument(arguments)...);
 }
 
-template <auto is_usual, auto usual_kernel, auto kernel, class Result, class... Arguments>
+template <auto is_usual, auto usual_kernel, auto kernel, class Results, class Result, class... Arguments>
 status store_usual(const batch& batch, const Arguments&... arguments) {
     check_types<kernel, Result, Arguments...>();
     check_types<usual_kernel, Result, Arguments...>();
     return (is_null_constant(arguments) || ...) ? null_rows(batch)
-                                                : evaluate_usual_rows<is_usual, usual_kernel, kernel, Result>(batch, arguments...);
+                                                : evaluate_usual_rows<is_usual, usual_kernel, kernel, Results, Result>(batch, arguments...);
 }
 
 template <auto is_usual, auto usual_kernel, auto kernel, value_type result, class... Arguments>
 status set_usual_rows(batch_of<result> batch, Arguments... arguments) {
-    return setters_are_plain_stores() ? store_usual<is_usual, usual_kernel, kernel, stored<result>>(batch, argument(arguments)...)
+    using results = stored_results<stored<result>>;
+    return setters_are_plain_stores() ? store_usual<is_usual, usual_kernel, kernel, results, stored<result>>(batch, argument(arguments)...)
                                       : evaluate_into<kernel, no_checks, set_results, stored<result>>(batch, argument(arguments)...);
 }
 

@@ -1,6 +1,7 @@
 // The loop of functions whose results are texts:
 //
 //     string_rows<kernel>(batch, arguments...)
+//     usual_string_rows<is_usual, usual_kernel, kernel>(batch, arguments...)
 //
 // A kernel that has a bifun_string for its result points to bytes that are there already, of an argument or in storage of the result: the
 // row refers to them where the engine says that it may, and else has a copy. One that has a string_room asks it for as many bytes as it
@@ -231,6 +232,13 @@ template <auto kernel, class... Arguments> status string_rows(batch_of<VARCHAR> 
         return results_may_refer() ? evaluate_strings<kernel, referring_strings>(batch, argument(arguments)...)
                                    : evaluate_strings<kernel, copied_strings>(batch, argument(arguments)...);
     }
+}
+
+// set_usual_rows for kernels that give a bifun_string: vectors where rows may refer.
+template <auto is_usual, auto usual_kernel, auto kernel, class... Arguments>
+status usual_string_rows(batch_of<VARCHAR> batch, Arguments... arguments) {
+    return results_may_refer() ? store_usual<is_usual, usual_kernel, kernel, referring_strings, bifun_string>(batch, argument(arguments)...)
+                               : evaluate_strings<kernel, copied_strings>(batch, argument(arguments)...);
 }
 
 } // namespace bifun
