@@ -24,26 +24,39 @@ value_or_null length_of_text(std::uint64_t units, const value_or_null& of_empty,
     return units == 0 ? of_empty : value_or_null(BIFUN_NUMERIC_OVERFLOW);
 }
 
-value_or_null length(const text_operations& texts, const value_or_null& of_empty, const bifun_string& text, std::int32_t& characters) {
-    return length_of_text(stored_characters(texts, text), of_empty, characters);
+// The characters of each stored text. In loops of their own, which have nothing else to keep in registers.
+[[gnu::noinline]] void count_in_block(const void* source, std::uint32_t first, std::uint32_t count, std::uint32_t* characters) {
+    const column_argument<bifun_string> text{static_cast<const bifun_column*>(source)};
+    const text_operations texts = texts_of_block(source, first, count);
+    block_of<column_argument<bifun_string>, most_rows_per_block> room;
+    const dense_rows<bifun_string> rows = room.rows(text, first, count);
+    for (std::uint32_t k = 0; texts.known == known_texts::ascii && k < count; ++k) {
+        characters[k] = rows[k].length;
+    }
+    for (std::uint32_t k = 0; texts.known != known_texts::ascii && k < count; ++k) {
+        characters[k] = has_no_nulls(text) || rows.has_value(k) ? stored_characters(texts, rows[k]) : 0;
+    }
 }
 
-value_or_null length_space(const text_operations& texts, const value_or_null& of_empty, const bifun_string& text,
-                           std::int32_t& characters) {
-    return length_of_text(std::uint64_t{stored_characters(texts, text)} + text.trailing_blanks, of_empty, characters);
+derived_argument<std::uint32_t> characters_in(column_of<VARCHAR> text) { return {text.column, count_in_block}; }
+
+value_or_null length(const value_or_null& of_empty, const bifun_string& /*text*/, std::uint32_t stored, std::int32_t& characters) {
+    return length_of_text(stored, of_empty, characters);
 }
 
-// Of ASCII there is nothing to count.
-bool is_usual(const text_operations& texts, const value_or_null& /*of_empty*/, const bifun_string& text) {
-    return (static_cast<std::uint32_t>(is_told_by_record(texts, text)) & static_cast<std::uint32_t>(text.length != 0)) != 0;
+value_or_null length_space(const value_or_null& of_empty, const bifun_string& text, std::uint32_t stored, std::int32_t& characters) {
+    return length_of_text(std::uint64_t{stored} + text.trailing_blanks, of_empty, characters);
 }
-void length_of_ascii(const text_operations& /*texts*/, const value_or_null& /*of_empty*/, const bifun_string& text,
-                     std::int32_t& characters) {
-    characters = static_cast<std::int32_t>(text.length);
+
+// Neither empty nor anywhere near what is no INT.
+bool is_usual(const value_or_null& /*of_empty*/, const bifun_string& text, std::uint32_t stored) {
+    return (static_cast<std::uint32_t>(stored != 0) & static_cast<std::uint32_t>((stored | text.trailing_blanks) < 1U << 30)) != 0;
 }
-void length_space_of_ascii(const text_operations& /*texts*/, const value_or_null& /*of_empty*/, const bifun_string& text,
-                           std::int32_t& characters) {
-    characters = static_cast<std::int32_t>(text.length + text.trailing_blanks);
+void usual_length(const value_or_null& /*of_empty*/, const bifun_string& /*text*/, std::uint32_t stored, std::int32_t& characters) {
+    characters = static_cast<std::int32_t>(stored);
+}
+void usual_length_space(const value_or_null& /*of_empty*/, const bifun_string& text, std::uint32_t stored, std::int32_t& characters) {
+    characters = static_cast<std::int32_t>(stored + text.trailing_blanks);
 }
 
 value_or_null lengthb(const value_or_null& of_empty, const bifun_string& text, std::int32_t& bytes) {
@@ -62,10 +75,10 @@ value_or_null lengthb_of_large_object(const environment& environment, const valu
 } // namespace
 
 status entry::blength_a_str(batch_of<INT> batch, column_of<VARCHAR> text) {
-    return set_usual_rows<is_usual, length_of_ascii, length>(batch, texts_of(text), fixed(length_of_empty()), text);
+    return set_usual_rows<is_usual, usual_length, length>(batch, fixed(length_of_empty()), text, characters_in(text));
 }
 status entry::blength_space_a_str(batch_of<INT> batch, column_of<VARCHAR> text) {
-    return set_usual_rows<is_usual, length_space_of_ascii, length_space>(batch, texts_of(text), fixed(length_of_empty()), text);
+    return set_usual_rows<is_usual, usual_length_space, length_space>(batch, fixed(length_of_empty()), text, characters_in(text));
 }
 status entry::blengthb_a_str(batch_of<INT> batch, column_of<VARCHAR> text) {
     return set_rows<lengthb>(batch, fixed(length_of_empty()), text);
