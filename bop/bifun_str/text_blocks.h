@@ -89,7 +89,7 @@ inline known_texts know_texts(const bifun_column& column, std::uint32_t first, s
     if (beyond_ascii == bytes.end) {
         return known_texts::ascii;
     }
-    return utf8_is_unicode && begin_with_characters(column, first, count) && is_well_formed(beyond_ascii, bytes.end) ? known_texts::utf8
+    return utf8_is_unicode && is_well_formed(beyond_ascii, bytes.end) && begin_with_characters(column, first, count) ? known_texts::utf8
                                                                                                                      : known_texts::nothing;
 }
 

@@ -20,7 +20,12 @@ struct utf8_characters {
 
 // Where the characters of a well-formed text begin.
 inline std::uint64_t starts_of_well_formed(const text_bytes<64>& text, std::uint32_t length) {
+#if defined(BIFUN_MASKED_LOADS)
+    (void)length;
+    return _mm512_mask_cmpgt_epi8_mask(text.here, text.bytes, _mm512_set1_epi8(static_cast<char>(0xBF))); // with signs
+#else
     return first_bits(length) & ~(bytes_beyond_ascii(text) & ~bytes_from(text, 0xC0));
+#endif
 }
 
 #if defined(BIFUN_MASKED_LOADS)
