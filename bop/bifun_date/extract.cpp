@@ -190,6 +190,30 @@ void put_month_name(std::int32_t month, name_text& text) { put_name(month_names,
 void ifun_parse_dayname(const zqtime& value, name_text& text) { put_day_name(engine_datetimes::day_of_week(value), text); }
 void ifun_parse_monthname(const zqtime& value, name_text& text) { put_month_name(engine_datetimes::month(value), text); }
 
+// Names in storage of the result, which its rows share.
+template <std::size_t count> struct shared_names { bifun_string of_number[count]; };
+
+template <std::size_t count> void refer_to_name(std::int32_t number, const shared_names<count>& names, bifun_string& text) {
+    const auto place = static_cast<std::uint32_t>(number);
+    text = names.of_number[place < count ? place : count - 1];
+}
+
+template <std::size_t count, class Numbers> status rows_of_names(batch_of<VARCHAR> batch, const name (&names)[count], Numbers numbers) {
+    shared_names<count> shared_by_rows{};
+    if (batch.row_count != 0) {
+        std::uint8_t* bytes = bdta3_col_space_alloc(batch.environment, batch.memory, batch.result->data, sizeof names);
+        if (bytes == nullptr) {
+            return stop_at_failure(batch, BIFUN_OUT_OF_MEMORY);
+        }
+        for (std::size_t i = 0; i < count; ++i, bytes += sizeof(name)) {
+            std::memcpy(bytes, names[i].bytes, name_size);
+            shared_by_rows.of_number[i] = {names[i].length, 0, bytes};
+        }
+    }
+    return store_all<refer_to_name<count>, no_checks, bifun_string>(batch, argument(numbers),
+                                                                    argument(shared(std::as_const(shared_by_rows))));
+}
+
 status weekday_from_1_of_engine(const zqtime& value, std::int32_t& number) {
     std::int32_t weekday;
     const status counted = ifun_weekday_in(engine_datetimes{}, value, weekday);
@@ -310,12 +334,16 @@ status entry::bweekday_str_a_date(batch_of<INT> batch, column_of<VARCHAR> value)
 }
 
 status entry::bdayname_a_date(batch_of<VARCHAR> batch, column_of<DATETIME> value) {
-    return datetimes_are_packed() ? string_rows<put_day_name>(batch, mapped<packed_datetimes::day_of_week>(value))
-                                  : string_rows<ifun_parse_dayname>(batch, value);
+    const auto numbers = mapped<packed_datetimes::day_of_week>(value);
+    return !datetimes_are_packed() ? string_rows<ifun_parse_dayname>(batch, value)
+           : results_may_refer()   ? rows_of_names(batch, day_names, numbers)
+                                   : string_rows<put_day_name>(batch, numbers);
 }
 status entry::bmonthname_a_date(batch_of<VARCHAR> batch, column_of<DATETIME> value) {
-    return datetimes_are_packed() ? string_rows<put_month_name>(batch, mapped<packed_datetimes::month>(value))
-                                  : string_rows<ifun_parse_monthname>(batch, value);
+    const auto numbers = mapped<packed_datetimes::month>(value);
+    return !datetimes_are_packed() ? string_rows<ifun_parse_monthname>(batch, value)
+           : results_may_refer()   ? rows_of_names(batch, month_names, numbers)
+                                   : string_rows<put_month_name>(batch, numbers);
 }
 
 status entry::bdatepart_av_date(batch_of<INT> batch, column_of<DATETIME> value, constant_of<VARCHAR> field) {
