@@ -113,7 +113,7 @@ value_or_null substring(const text_operations& texts, const bifun_string& text, 
     const std::int64_t before = wanted.position - 1;
     const bool is_from_left = before >= 0 && wanted.length >= 0;
     // A range of stored bytes from the left needs no look at what follows.
-    if (is_from_left && before + wanted.length <= text.length &&
+    if (is_from_left && wanted.length <= text.length - before &&
         begins_with_single_bytes(texts, text, static_cast<std::uint32_t>(before + wanted.length))) {
         part = {static_cast<std::uint32_t>(wanted.length), 0, text.data + before};
         return {};
@@ -123,7 +123,7 @@ value_or_null substring(const text_operations& texts, const bifun_string& text, 
     }
     if (is_from_left && texts.known == known_texts::utf8 && text.length <= longest_masked) {
         const std::uint64_t starts = starts_of_well_formed(text_bytes<64>(text.data, text.length), text.length);
-        if (before + wanted.length <= std::popcount(starts)) {
+        if (wanted.length <= std::popcount(starts) - before) {
             const std::uint32_t begin = offset_of_start(starts, static_cast<std::uint32_t>(before), text.length);
             const std::uint32_t end = offset_of_start(starts, static_cast<std::uint32_t>(before + wanted.length), text.length);
             part = {end - begin, 0, text.data + begin};

@@ -72,7 +72,7 @@ inline utf8_characters characters_of(const text_operations& texts, const bifun_s
     if (texts.known == known_texts::utf8) {
         return {true, starts_of_well_formed(bytes, value.length)};
     }
-    if (texts.ascii_is_single_byte && bytes_beyond_ascii(bytes) == 0) {
+    if ((texts.ascii_is_single_byte || texts.utf8_is_unicode) && bytes_beyond_ascii(bytes) == 0) {
         return {true, first_bits(value.length)};
     }
     return texts.utf8_is_unicode ? utf8_characters_of(bytes, value.data, value.length) : utf8_characters{false, 0};

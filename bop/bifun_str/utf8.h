@@ -30,7 +30,7 @@ inline std::uint64_t starts_of_well_formed(const text_bytes<64>& text, std::uint
 
 #if defined(BIFUN_MASKED_LOADS)
 
-// `bytes` are those of `text`.
+// `bytes` are those of `text`, which is not empty.
 inline utf8_characters utf8_characters_of(const text_bytes<64>& bytes, const std::uint8_t* text, std::uint32_t length) {
     constexpr std::uint32_t shortest_cut = 62; // of longer texts what is announced last has no byte behind it to show
     const auto back = [&](std::uint32_t places) { return _mm512_maskz_loadu_epi8(bytes.here << places, text - places); };
