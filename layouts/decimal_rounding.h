@@ -202,7 +202,6 @@ bool set_digits_of_all(const xdec* __restrict values, const std::uint8_t* flags,
     const reciprocal<std::uint64_t> by = short_reciprocals[cut];
     const std::uint64_t scale_and_exponent = pack_head(0, 0, scale, 0);
     const std::uint64_t digits_of_result = pack_head(0, 0, static_cast<std::uint32_t>(digits), 0);
-    std::uint64_t others = 0;
     for (std::uint32_t k = first; k < count; ++k) {
         std::uint64_t head;
         std::uint64_t magnitude;
@@ -210,7 +209,10 @@ bool set_digits_of_all(const xdec* __restrict values, const std::uint8_t* flags,
         std::memcpy(&head, values[k].bytes, sizeof head);
         std::memcpy(&magnitude, values[k].bytes + coefficient_at, sizeof magnitude);
         std::memcpy(&high, values[k].bytes + coefficient_at + sizeof magnitude, sizeof high);
-        others |= (((head ^ scale_and_exponent) & 0xFFFF0000) | high | magnitude >> 63) & (std::uint64_t{0} - flags[k]);
+        const std::uint64_t differs = ((head ^ scale_and_exponent) & 0xFFFF0000) | high | magnitude >> 63;
+        if ((differs & (std::uint64_t{0} - flags[k])) != 0) {
+            return false; // at once: where there is one there are many, and all rows are to be done again
+        }
         const std::uint64_t halves = high_half(uint128{magnitude} * by.multiplier) >> by.shift;
         const auto mark = static_cast<std::uint8_t>(head);
         const std::uint64_t rounded = mode == rounding::half_away_from_zero ? (halves + 1) >> 1 : (halves >> 1) + unit_added<mode>(mark);
@@ -222,7 +224,7 @@ bool set_digits_of_all(const xdec* __restrict values, const std::uint8_t* flags,
         const std::uint32_t mark_change = (std::uint32_t{mark} ^ XDEC_ZERO) & unless_zero;
         store_parts(results[k], digits_of_result | (mark_change ^ XDEC_ZERO) | std::uint64_t{kept + (one_more ? 1 : 0)} << 8, rounded);
     }
-    return others == 0;
+    return true;
 }
 
 } // namespace bifun::decimal_layout

@@ -11,12 +11,6 @@ namespace {
 
 enum class side : std::uint8_t { left, right };
 
-// What pads look like to the loop.
-struct pad_operations {
-    text_operations texts;
-    bool pads_as_described;
-};
-
 // How many of the first `length` characters of the pad's copies are blanks at their end.
 std::uint32_t blanks_at_end(const bifun_string& pad, std::uint32_t length) {
     const std::uint32_t cut = length % pad.length;

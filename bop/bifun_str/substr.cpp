@@ -135,7 +135,7 @@ value_or_null substring(const text_operations& texts, const bifun_string& text, 
     return found.outcome;
 }
 
-// ---- of ASCII: by arithmetic on records ----
+// ---- of ASCII: by arithmetic on records, for blocks of nothing else; other blocks go row by row, below ----
 
 // `count` characters from offset `first` on, either of which may be beyond the text.
 bifun_string range_of_ascii(const bifun_string& text, std::uint32_t first, std::uint32_t count) {
@@ -144,7 +144,9 @@ bifun_string range_of_ascii(const bifun_string& text, std::uint32_t first, std::
     const std::uint32_t end = begin + std::min(count, total - begin);
     const std::uint32_t stored_begin = std::min(begin, text.length);
     const std::uint32_t stored = std::min(end, text.length) - stored_begin;
-    return {stored, end - begin - stored, text.data + stored_begin};
+    // As a number: a NULL row has garbage for an address.
+    const std::uintptr_t address = reinterpret_cast<std::uintptr_t>(text.data) + stored_begin;
+    return {stored, end - begin - stored, reinterpret_cast<std::uint8_t*>(address)}; // NOLINT(performance-no-int-to-ptr): see above
 }
 
 // The offset of a position; one before the text is as one behind it.

@@ -1,6 +1,6 @@
 // SUBSTRING_INDEX: the text before the n-th delimiter, or behind the n-th from the end. What it has of the value's trailing blanks is a
-// count. The search reverses what it searches backwards, so both texts are scratch copies with their blanks written out, made afresh for
-// every row.
+// count. Texts of single-byte characters are searched where they lie. The search of others reverses what it searches backwards, so both
+// texts are scratch copies then, with their blanks written out, made afresh for every row.
 
 #include "bop/bifun.h"
 #include "bop/bifun_str/entry_points.h"

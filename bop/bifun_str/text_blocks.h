@@ -111,9 +111,9 @@ struct searched_column {
     needle sought;
 };
 
-// Calls `nowhere(k, value)` for rows that do not have the needle, NULLs maybe among them, and `somewhere(k, value, places)` for those that
-// may: where its first and last byte are, as bits, or all bits of a text or a needle of more than 64 bytes. Inlined into loops that have
-// nothing else to keep in registers: `somewhere` should be a call.
+// Calls `nowhere(k, value)` for rows that do not have the needle, of at most 64 bytes, and `somewhere(k, value, places)` for those that
+// may: where its first and last byte are, as bits, or all bits of a text of more than 64 bytes. For NULLs neither is called. Inlined into
+// loops that have nothing else to keep in registers: `somewhere` should be a call.
 template <class Nowhere, class Somewhere>
 void look_for(const searched_column& searched, std::uint32_t first, std::uint32_t count, const Nowhere& nowhere,
               const Somewhere& somewhere) {
@@ -121,14 +121,13 @@ void look_for(const searched_column& searched, std::uint32_t first, std::uint32_
     const bool no_nulls = searched.column->no_nulls != 0;
     block_of<column_argument<bifun_string>, most_rows_per_block> room;
     const dense_rows<bifun_string> texts = room.rows({searched.column}, first, count);
-    const std::uint32_t longest = sought.length <= longest_masked ? longest_masked : 0;
     for (std::uint32_t k = 0; k < count; ++k) {
         if (!no_nulls && !texts.has_value(k)) {
             continue;
         }
         const bifun_string& text = texts[k];
         std::uint64_t places = ~std::uint64_t{0};
-        if (text.length <= longest) [[likely]] {
+        if (text.length <= longest_masked) [[likely]] {
             const text_bytes<64> bytes(text.data, text.length);
             places = equal_bytes(bytes, sought.first) & equal_bytes(bytes, sought.last) >> (sought.length - 1);
         }
@@ -142,8 +141,7 @@ void look_for(const searched_column& searched, std::uint32_t first, std::uint32_
 
 // The offset of the first of such places.
 inline std::uint32_t first_of_places(const needle& sought, const bifun_string& text, std::uint64_t places) {
-    return text.length > longest_masked || sought.length > longest_masked ? find_in_long_text(sought, text.data, text.length)
-                                                                          : first_match(sought, text.data, places);
+    return text.length > longest_masked ? find_in_long_text(sought, text.data, text.length) : first_match(sought, text.data, places);
 }
 
 [[gnu::noinline]] inline void put_first_place(const searched_column& searched, const bifun_string& text, std::uint64_t places,

@@ -11,11 +11,11 @@ namespace {
 status replace_value(bifun_environment* environment, bifun_memory_object* memory, std::uint32_t row, bifun_column* result,
                      const bifun_string& source, const bifun_string& pattern, const bifun_string& replacement) {
     const batch batch{environment, memory, result, row + 1};
+    constexpr bool may_refer = false; // nobody says how long the source's bytes live
     return with_row_search(environment, memory, request_of_replace(), search_algorithm::boyer_moore, [&](row_search& search) {
-        return built_strings<string_room>(batch, /* may_refer */ false)
-            .row( // nobody says how long the source's bytes live
-                row,
-                [&](string_room& room) { return replace_row(text_operations_of_engine(), source, pattern, replacement, search, room); });
+        return built_strings<string_room>(batch, may_refer).row(row, [&](string_room& room) {
+            return replace_row(text_operations_of_engine(), source, pattern, replacement, search, room);
+        });
     });
 }
 

@@ -2,7 +2,7 @@
 // the text. In the widest form that the build's instruction set has; all of them give the same masks.
 //
 // Without masked loads, bytes behind the text are loaded as well, but none of another page, so that nothing can happen; a text that ends a
-// page is copied first. Sanitizers do not know that, and get the plain form.
+// page is copied first. Sanitizers do not know that, and get the plain form in its place.
 #ifndef BIFUN_FRAME_BYTE_MASKS_H
 #define BIFUN_FRAME_BYTE_MASKS_H
 

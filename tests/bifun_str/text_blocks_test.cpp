@@ -41,7 +41,7 @@ TEST(TextBlocks, AreTheirTexts) {
         for (unsigned round = 0; round < 12; ++round) {
             const std::size_t used = round % 3 == 0 ? ascii_pieces : std::size(pieces);
             std::string bytes;
-            for (std::size_t i = 0, random = round + 1; i < 3000; ++i, random = random * 48271 % 2147483647) {
+            for (std::size_t i = 0, random = round + 1; i < 14000; ++i, random = random * 48271 % 2147483647) {
                 bytes += pieces[random % used];
             }
             const std::vector<std::size_t> ends = cut(bytes, round % 3 != 2);
@@ -49,12 +49,15 @@ TEST(TextBlocks, AreTheirTexts) {
             for (std::size_t i = 1; i < ends.size(); ++i) {
                 texts.push_back(text_at(bytes, ends[i - 1], ends[i] - ends[i - 1]));
             }
+            if (round % 2 != 0) { // between texts that touch
+                texts.insert(texts.begin() + 40, {7, 3, nullptr});
+                texts.insert(texts.begin() + 90, {UINT32_MAX, UINT32_MAX, text_at(bytes, 0, 0).data});
+            }
             const auto row_count = static_cast<std::uint32_t>(texts.size());
             const zqengine::column_pointer column = column_of(bifun::value_type::VARCHAR, texts);
             if (round % 2 != 0) {
                 column->column.no_nulls = 0;
-                column->data.null_flags[row_count / 2] = 0;
-                zqengine::values_of<bifun_string>(*column)[row_count / 2].data = nullptr;
+                column->data.null_flags[40] = column->data.null_flags[90] = 0;
             }
             for (const bifun::entry_point& entry : bifun::entry_points) {
                 std::vector<zqengine::column_pointer> others;
