@@ -56,8 +56,9 @@ typedef struct bifun_engine_statements {
     int32_t number_texts_as_described;
 
     /* The bytes of string arguments of a call, columns and constants, stay where and as they are until nobody reads the results of the call
-     * any more; so do the records of constants, which have short bytes inside. A row of a string result may then point to bytes of an argument, or share its bytes with another row, in place of a
-     * copy. Where results are arguments of other calls, the bytes of the innermost arguments live as long as the outermost result.
+     * any more; so do the records of constants, which have short bytes inside. A row of a string result may then point to bytes of an
+     * argument, or share its bytes with another row, in place of a copy. Where results are arguments of other calls, the bytes of the
+     * innermost arguments live as long as the outermost result.
      *
      * Such a result shares the fate of the bytes: trimming reverses those of its argument for a moment, so calls at the same time, on
      * several threads, may not have arguments that share bytes. */
