@@ -20,6 +20,13 @@ bifun_string text_at(std::string& bytes, std::size_t first, std::size_t length) 
     return {static_cast<std::uint32_t>(length), 0, reinterpret_cast<std::uint8_t*>(bytes.data() + first)};
 }
 
+// Whether the catalogue lets an argument be any text. Where it does not, other texts may mean the time of day.
+bool takes_any_text(const bifun::entry_point& entry, std::size_t position) {
+    const argument_fact* const fact = domain_of(entry, position);
+    return entry.argument_list[position].type == bifun::value_type::VARCHAR &&
+           (fact == nullptr || fact->texts.empty() || fact->others_pass);
+}
+
 // Ends of pieces of the bytes: at characters, or anywhere. Some pieces are empty.
 std::vector<std::size_t> cut(const std::string& bytes, bool at_characters) {
     std::vector<std::size_t> ends;
@@ -70,7 +77,7 @@ TEST(TextBlocks, AreTheirTexts) {
                         others.push_back(sound_column(entry, i, static_cast<std::uint32_t>(values), 0, 0));
                         constants[i] = constant_of_row(*others.back(), static_cast<std::uint32_t>((round + i) % values));
                         arguments[i].constant = &constants[i];
-                    } else if (entry.argument_list[i].type == bifun::value_type::VARCHAR && !has_texts) {
+                    } else if (!has_texts && takes_any_text(entry, i)) {
                         has_texts = true;
                         arguments[i].column = column.get();
                     } else {
