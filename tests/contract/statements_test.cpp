@@ -38,6 +38,9 @@ TEST_F(Contract, ResultsDoNotDependOnWhatTheEngineSaysOfItself) {
             const outcome usual = call(entry, arguments, row_count);
             EXPECT_TRUE(same_outcome(call(entry, arguments, row_count, {.memory_is_released = false}), usual)) << entry.symbol;
             for (const unsigned statements : {0U, results_refer, all_statements}) {
+                if (!bifun::is_string(entry.result)) {
+                    continue; // results that are values outlive their arguments
+                }
                 const unsaid unsaid(statements);
                 EXPECT_TRUE(same_outcome(call(entry, arguments, row_count, {.arguments_are_short_lived = true}), usual)) << entry.symbol;
             }
