@@ -24,17 +24,51 @@ value_or_null length_of_text(std::uint64_t units, const value_or_null& of_empty,
     return units == 0 ? of_empty : value_or_null(BIFUN_NUMERIC_OVERFLOW);
 }
 
-// The characters of each stored text. In loops of their own, which have nothing else to keep in registers.
+template <class HasValue>
+void count_well_formed(const text_operations& texts, const bifun_string* values, std::uint32_t count, HasValue has_value,
+                       std::uint32_t* characters) {
+    for (std::uint32_t k = 0;; ++k) {
+        // A loop without a call in it.
+        for (; k < count && (!has_value(k) || values[k].length <= longest_masked); ++k) {
+            const bifun_string& value = values[k];
+            characters[k] = has_value(k)
+                                ? static_cast<std::uint32_t>(std::popcount(starts_of_well_formed({value.data, value.length}, value.length)))
+                                : 0;
+        }
+        if (k == count) {
+            return;
+        }
+        characters[k] = count_characters(texts, values[k]);
+    }
+}
+
+// The characters of each stored text.
 [[gnu::noinline]] void count_in_block(const void* source, std::uint32_t first, std::uint32_t count, std::uint32_t* characters) {
     const column_argument<bifun_string> text{static_cast<const bifun_column*>(source)};
     const text_operations texts = texts_of_block(source, first, count);
     block_of<column_argument<bifun_string>, most_rows_per_block> room;
     const dense_rows<bifun_string> rows = room.rows(text, first, count);
-    for (std::uint32_t k = 0; texts.known == known_texts::ascii && k < count; ++k) {
-        characters[k] = rows[k].length;
-    }
-    for (std::uint32_t k = 0; texts.known != known_texts::ascii && k < count; ++k) {
-        characters[k] = has_no_nulls(text) || rows.has_value(k) ? stored_characters(texts, rows[k]) : 0;
+    const bool no_nulls = has_no_nulls(text) || std::memchr(rows.null_flags, 0, count) == nullptr;
+    switch (texts.known) {
+    case known_texts::ascii:
+        for (std::uint32_t k = 0; k < count; ++k) {
+            characters[k] = rows[k].length;
+        }
+        break;
+    case known_texts::utf8:
+        if (no_nulls) {
+            count_well_formed(
+                texts, rows.values, count, [](std::uint32_t /*k*/) { return true; }, characters);
+        } else {
+            count_well_formed(
+                texts, rows.values, count, [rows](std::uint32_t k) { return rows.has_value(k); }, characters);
+        }
+        break;
+    case known_texts::nothing:
+        for (std::uint32_t k = 0; k < count; ++k) {
+            characters[k] = no_nulls || rows.has_value(k) ? stored_characters(texts, rows[k]) : 0;
+        }
+        break;
     }
 }
 

@@ -178,6 +178,16 @@ void right_of_ascii(const text_operations& /*texts*/, const bifun_string& text, 
     part = range_of_ascii(text, total - kept, kept);
 }
 
+// All blanks of a value of which stored bytes remain are the result's.
+void substrb_of_ascii(const text_operations& texts, const bifun_string& text, std::int32_t position, std::int32_t length,
+                      bifun_string& part) {
+    substr_of_ascii(texts, text, position, length, part);
+    part.trailing_blanks = part.length != 0 ? text.trailing_blanks : part.trailing_blanks;
+}
+void end_in_bytes_of_ascii(const text_operations& texts, const bifun_string& text, std::int32_t position, bifun_string& part) {
+    substrb_of_ascii(texts, text, position, INT32_MAX, part);
+}
+
 // ---- of any text ----
 
 value_or_null substr(const text_operations& texts, const bifun_string& text, std::int32_t position, std::int32_t length,
@@ -221,7 +231,6 @@ void append_whole_characters(text_writer& part, const bifun_string& text, std::u
     append(part, blank, end - whole_end);
 }
 
-// All blanks of a value of which stored bytes remain are the result's.
 value_or_null substring_in_bytes(const text_operations& texts, const bifun_string& text, const wanted_range& wanted, column_space& space) {
     text_range range;
     const value_or_null placed = place_range(wanted, text.length, text.trailing_blanks, BIFUN_ARGUMENT_OUT_OF_DOMAIN, range);
@@ -253,10 +262,6 @@ status substrb_to_end(const text_operations& texts, const bifun_string& text, st
 }
 
 // ---- batches -------------------------------------------------------------------------------------------------------------
-
-template <auto kernel, class... Arguments> status rows_of_texts(batch_of<VARCHAR> batch, column_of<VARCHAR> text, Arguments... arguments) {
-    return string_rows<kernel>(batch, texts_of(text), text, arguments...);
-}
 
 template <class Position, class Length>
 status substr_rows(batch_of<VARCHAR> batch, column_of<VARCHAR> text, Position position, Length length) {
@@ -296,10 +301,10 @@ status entry::bsubstr_def1_av_str(batch_of<VARCHAR> batch, column_of<VARCHAR> te
 status entry::bsubstr_def2_a_str(batch_of<VARCHAR> batch, column_of<VARCHAR> text) { return string_rows<whole_text>(batch, text); }
 
 status entry::bsubstrb_avv_str(batch_of<VARCHAR> batch, column_of<VARCHAR> text, constant_of<INT> position, constant_of<INT> length) {
-    return rows_of_texts<substrb>(batch, text, position, length);
+    return usual_string_rows<is_usual_substr, substrb_of_ascii, substrb>(batch, texts_of(text), text, position, length);
 }
 status entry::bsubstrb_def_av_str(batch_of<VARCHAR> batch, column_of<VARCHAR> text, constant_of<INT> position) {
-    return rows_of_texts<substrb_to_end>(batch, text, position);
+    return usual_string_rows<is_usual_part, end_in_bytes_of_ascii, substrb_to_end>(batch, texts_of(text), text, position);
 }
 
 status entry::bleftstr_av_str(batch_of<VARCHAR> batch, column_of<VARCHAR> text, constant_of<INT> count) {

@@ -111,31 +111,55 @@ struct searched_column {
     needle sought;
 };
 
+struct needle_ends {
+    std::uint8_t first;
+    std::uint8_t last;
+    std::uint32_t distance;
+};
+
+// Where the needle, of at most 64 bytes, may be: the places of its first byte that have its last one behind them, as bits; all bits for a
+// text of more than 64 bytes.
+inline std::uint64_t places_of_ends(needle_ends ends, const bifun_string& text) {
+    if (text.length > longest_masked) [[unlikely]] {
+        return ~std::uint64_t{0};
+    }
+    const text_bytes<64> bytes(text.data, text.length);
+    return equal_bytes(bytes, ends.first) & equal_bytes(bytes, ends.last) >> ends.distance;
+}
+
+template <class HasValue, class Nowhere, class Somewhere>
+void look_for(needle_ends ends, const bifun_string* texts, std::uint32_t count, HasValue has_value, Nowhere nowhere, Somewhere somewhere) {
+    for (std::uint32_t k = 0;; ++k) {
+        std::uint64_t places = 0;
+        // A loop without a call in it: what is compared with stays in registers.
+        for (; k < count; ++k) {
+            if (!has_value(k)) {
+                continue;
+            }
+            places = places_of_ends(ends, texts[k]);
+            if (places != 0) {
+                break;
+            }
+            nowhere(k, texts[k]);
+        }
+        if (k == count) {
+            return;
+        }
+        somewhere(k, texts[k], places);
+    }
+}
+
 // Calls `nowhere(k, value)` for rows that do not have the needle, of at most 64 bytes, and `somewhere(k, value, places)` for those that
-// may: where its first and last byte are, as bits, or all bits of a text of more than 64 bytes. For NULLs neither is called. Inlined into
-// loops that have nothing else to keep in registers: `somewhere` should be a call.
+// may, with the places_of_ends(). For NULLs neither is called. `somewhere` should be a call and `nowhere` none.
 template <class Nowhere, class Somewhere>
-void look_for(const searched_column& searched, std::uint32_t first, std::uint32_t count, const Nowhere& nowhere,
-              const Somewhere& somewhere) {
-    const needle sought = searched.sought;
-    const bool no_nulls = searched.column->no_nulls != 0;
+void look_for(const searched_column& searched, std::uint32_t first, std::uint32_t count, Nowhere nowhere, Somewhere somewhere) {
+    const needle_ends ends{searched.sought.first, searched.sought.last, searched.sought.length - 1};
     block_of<column_argument<bifun_string>, most_rows_per_block> room;
     const dense_rows<bifun_string> texts = room.rows({searched.column}, first, count);
-    for (std::uint32_t k = 0; k < count; ++k) {
-        if (!no_nulls && !texts.has_value(k)) {
-            continue;
-        }
-        const bifun_string& text = texts[k];
-        std::uint64_t places = ~std::uint64_t{0};
-        if (text.length <= longest_masked) [[likely]] {
-            const text_bytes<64> bytes(text.data, text.length);
-            places = equal_bytes(bytes, sought.first) & equal_bytes(bytes, sought.last) >> (sought.length - 1);
-        }
-        if (places == 0) {
-            nowhere(k, text);
-        } else {
-            somewhere(k, text, places);
-        }
+    if (searched.column->no_nulls != 0 || std::memchr(texts.null_flags, 0, count) == nullptr) {
+        look_for(ends, texts.values, count, [](std::uint32_t /*k*/) { return true; }, nowhere, somewhere);
+    } else {
+        look_for(ends, texts.values, count, [texts](std::uint32_t k) { return texts.has_value(k); }, nowhere, somewhere);
     }
 }
 

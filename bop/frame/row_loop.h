@@ -318,7 +318,7 @@ status set_all_rows(batch_of<result> batch, Arguments... arguments) {
 
 template <auto is_usual, auto usual_kernel, auto kernel, class Results, class Result, class... Arguments>
 status store_usual(const batch& batch, const Arguments&... arguments) {
-    check_types<kernel, Result, Arguments...>();
+    check_types<kernel, typename Results::place, Arguments...>();
     check_types<usual_kernel, Result, Arguments...>();
     return (is_null_constant(arguments) || ...) ? null_rows(batch)
                                                 : evaluate_usual_rows<is_usual, usual_kernel, kernel, Results, Result>(batch, arguments...);

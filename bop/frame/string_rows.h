@@ -234,11 +234,13 @@ template <auto kernel, class... Arguments> status string_rows(batch_of<VARCHAR> 
     }
 }
 
-// set_usual_rows for kernels that give a bifun_string: vectors where rows may refer.
+// set_usual_rows for a usual kernel that gives a bifun_string: vectors where rows may refer.
 template <auto is_usual, auto usual_kernel, auto kernel, class... Arguments>
 status usual_string_rows(batch_of<VARCHAR> batch, Arguments... arguments) {
-    return results_may_refer() ? store_usual<is_usual, usual_kernel, kernel, referring_strings, bifun_string>(batch, argument(arguments)...)
-                               : evaluate_strings<kernel, copied_strings>(batch, argument(arguments)...);
+    using result = result_of<kernel, Arguments...>;
+    using results = std::conditional_t<std::is_same_v<result, bifun_string>, referring_strings, built_strings<result>>;
+    return results_may_refer() ? store_usual<is_usual, usual_kernel, kernel, results, bifun_string>(batch, argument(arguments)...)
+                               : string_rows<kernel>(batch, arguments...);
 }
 
 } // namespace bifun
