@@ -106,7 +106,7 @@ status pad_to(const text_operations& texts, const bifun_string& value, std::int3
     }
     const batch& batch = room.batch;
     const auto operation = at == side::left ? zq_get_lpad_str : zq_get_rpad_str;
-    return operation(batch.environment, batch.memory, batch.result->data, room.row, &value, length, full_pad.data, full_pad.length);
+    return operation(batch.environment, batch.memory, batch.result->data, row_of(room), &value, length, full_pad.data, full_pad.length);
 }
 
 template <side at, class Text, class Pad> status pad_rows(batch_of<VARCHAR> batch, Text text, constant_of<INT> length, Pad pad) {

@@ -82,19 +82,24 @@ enum class room_source : std::uint8_t { string, column_space };
 // Room for the bytes of one row, as the result of a kernel that knows the length before it writes.
 template <room_source source> struct room_in {
     const bifun::batch& batch;
-    std::uint32_t row;
+    bifun_string* value;    // the record of the row
     bdta3_free_bytes* free; // the column's, where they lie open, else null
     bool may_refer;         // the row may point to bytes of an argument
 };
 using string_room = room_in<room_source::string>;
 using column_space = room_in<room_source::column_space>;
 
+template <room_source source> std::uint32_t row_of(const room_in<source>& room) {
+    return static_cast<std::uint32_t>(room.value - values<bifun_string>(room.batch));
+}
+
 // From the engine.
 template <room_source source>
 [[gnu::noinline]] std::uint8_t* ask_for_room(const room_in<source>& room, std::uint32_t length, std::uint32_t trailing_blanks) {
     const batch& batch = room.batch;
     if constexpr (source == room_source::string) {
-        return bdta3_colstr_assign_without_value(batch.environment, batch.memory, batch.result->data, room.row, length, trailing_blanks);
+        return bdta3_colstr_assign_without_value(batch.environment, batch.memory, batch.result->data, row_of(room), length,
+                                                 trailing_blanks);
     } else {
         return bdta3_col_space_alloc(batch.environment, batch.memory, batch.result->data, length);
     }
@@ -116,7 +121,7 @@ status make_room(const room_in<source>& room, std::uint64_t length, std::uint32_
             return BIFUN_OUT_OF_MEMORY;
         }
     }
-    values<bifun_string>(room.batch)[room.row] = {size, trailing_blanks, text.at};
+    *room.value = {size, trailing_blanks, text.at};
     return BIFUN_OK;
 }
 
@@ -133,7 +138,7 @@ template <room_source source> status copy_text(const room_in<source>& room, cons
 // A text that is there already: of an argument.
 template <room_source source> status take_text(const room_in<source>& room, const bifun_string& value) {
     if (room.may_refer) {
-        values<bifun_string>(room.batch)[room.row] = value;
+        *room.value = value;
         return BIFUN_OK;
     }
     return copy_text(room, value);
@@ -142,13 +147,15 @@ template <room_source source> status take_text(const room_in<source>& room, cons
 template <class Room> struct built_strings {
     using place = Room;
     const bifun::batch& batch;
+    bifun_string* values;
     bdta3_free_bytes* free;
     bool may_refer;
 
     explicit built_strings(const bifun::batch& batch, bool may_refer = results_may_refer())
-        : batch(batch), free(free_bytes_are_open() ? &free_bytes::of_column(*batch.result->data) : nullptr), may_refer(may_refer) {}
+        : batch(batch), values(bifun::values<bifun_string>(batch)),
+          free(free_bytes_are_open() ? &free_bytes::of_column(*batch.result->data) : nullptr), may_refer(may_refer) {}
     template <class Evaluate> status row(std::uint32_t row, const Evaluate& evaluate) {
-        Room room{batch, row, free, may_refer};
+        Room room{batch, values + row, free, may_refer};
         return evaluate(room);
     }
     void finish() const {}
