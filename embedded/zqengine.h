@@ -91,8 +91,8 @@ enum zqengine_type {
 bifun_column* zqengine_column_create(int32_t type, uint32_t capacity);
 void zqengine_column_destroy(bifun_column* column);
 
-/* Makes the column ready for the next batch: all rows are NULL, no_nulls is 0 and the status forgotten; bytes of strings are used again.
- * A selection stays. */
+/* Makes the column ready for the next batch: all rows are NULL, their values zero, no_nulls is 0 and the status forgotten; bytes of strings
+ * are used again. A selection stays. */
 void zqengine_column_clear(bifun_column* column);
 
 int32_t zqengine_column_type(const bifun_column* column);

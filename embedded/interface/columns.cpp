@@ -107,6 +107,8 @@ void zqengine_column_clear(bifun_column* column) {
     column_storage& storage = storage_of(column->data);
     zqengine::clear_column(storage);
     std::memset(storage.data.null_flags, 0, storage.capacity);
+    // A function may give a row a flag and leave the value as it was: it must not point to bytes of the batch before.
+    std::memset(storage.data.values, 0, bifun::value_width(storage.type) * storage.capacity);
     column->no_nulls = 0;
 }
 
