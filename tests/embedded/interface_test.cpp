@@ -4,8 +4,10 @@
 #include <memory>
 #include <string>
 
+#include <dlfcn.h>
 #include <gtest/gtest.h>
 
+#include "bop/bifun.h"
 #include "bop/frame/status.h"
 #include "embedded/columns/column_storage.h"
 #include "embedded/memory/allocation.h"
@@ -311,6 +313,15 @@ TEST(InterfaceDeathTest, AColumnOfAnotherMakeIsNamed) {
     EXPECT_DEATH(bdta3_col_space_alloc(nullptr, nullptr, &data, 0), "bdta3_col_space_alloc");
     EXPECT_DEATH(bdta3_col_copy(nullptr, nullptr, &column, own.get(), 1), "bdta3_col_copy");
     EXPECT_DEATH(zqengine_column_get_text(&column, 0, nullptr, 0, &length), "zqengine_column_get_text");
+
+    // The library itself, which writes where the engine says that free bytes lie open.
+    void* const library = dlopen(BIFUN_LIBRARY, RTLD_NOW | RTLD_LOCAL);
+    ASSERT_NE(library, nullptr) << dlerror();
+    const auto concat = reinterpret_cast<decltype(&bconcat_aa_str)>(dlsym(library, "bconcat_aa_str"));
+    ASSERT_NE(concat, nullptr);
+    EXPECT_EQ(zqengine_column_set_string(own.get(), 0, "x", 1, 0), 0);
+    EXPECT_DEATH(concat(nullptr, nullptr, own.get(), own.get(), &column, 1), "has no free bytes");
+    dlclose(library);
 #endif
 }
 
