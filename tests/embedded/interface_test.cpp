@@ -281,6 +281,7 @@ TEST(Interface, MemoryIsReleasedAndItsLackTold) {
 TEST(Interface, StatusesHaveMeanings) {
     EXPECT_STREQ(zqengine_status_meaning(BIFUN_OUT_OF_MEMORY), "out of memory");
     EXPECT_STREQ(zqengine_status_meaning(-6130), "invalid number format");
+    EXPECT_STREQ(zqengine_status_meaning(-6131), "invalid NLS parameters");
     EXPECT_STREQ(zqengine_status_meaning(0), "no error");
     EXPECT_STREQ(zqengine_status_meaning(-1), "engine error");
 }
