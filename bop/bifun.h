@@ -44,7 +44,8 @@
  * start; equal starts overlap; so does a period that is a start only, strictly within the other one. What is missing is in no order with
  * anything.
  *
- * bifun_dll_var_init stores the three settings; call it once after loading the library and before anything else. It returns 0. */
+ * bifun_dll_var_init stores the three settings and tells the engine of them, where it has zq_settings_changed (engine/session.h); call it
+ * once after loading the library and before anything else. It returns 0. */
 #ifndef BIFUN_BIFUN_H
 #define BIFUN_BIFUN_H
 

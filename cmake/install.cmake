@@ -7,15 +7,12 @@ install(FILES bop/bifun.h bop/exports.def DESTINATION ${CMAKE_INSTALL_INCLUDEDIR
 foreach(family frame conditional numeric bifun_str bifun_date)
   install(FILES bop/${family}/exports.def DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/bifun/bop/${family})
 endforeach()
-install(FILES bop/frame/contract.h bop/frame/status.h bop/frame/statuses.def bop/frame/value_type.h bop/frame/keywords.h
+install(FILES bop/frame/contract.h bop/frame/status.h bop/frame/statuses.def bop/frame/value_type.h bop/frame/value_types.def
+    bop/frame/keywords.h
     bop/frame/facts.h bop/frame/catalogue.h
   DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/bifun/bop/frame)
 install(DIRECTORY engine layouts DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/bifun FILES_MATCHING PATTERN "*.h")
-foreach(header charset/database_charset.h memory/allocation.h memory/arena.h columns/column_storage.h datetime/text.h format/date_format.h
-    format/number_format.h session/environment.h session/parameters.h)
-  cmake_path(GET header PARENT_PATH folder)
-  install(FILES embedded/${header} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/bifun/embedded/${folder})
-endforeach()
+install(FILES embedded/zqengine.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/bifun/embedded)
 
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/bifun)
 install(EXPORT bifunTargets NAMESPACE bifun:: DESTINATION ${package_dir})

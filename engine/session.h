@@ -31,6 +31,13 @@ const dfm_model* sess4_get_datetime_format(bifun_environment* environment);
 const dfm_model* sess4_get_time_tz_format(bifun_environment* environment);
 const dfm_model* sess4_get_datetimetz_format(bifun_environment* environment);
 
+/* ---- the library's settings ----------------------------------------------------------------------------------------- */
+
+/* Optional: where there is one, bifun_dll_var_init calls it with the settings that it has stored, so that the engine has the same database
+ * character set. The record is the library's own; it stays where it is, and changes before the next call of this operation only. No other
+ * operation runs meanwhile. */
+void zq_settings_changed(const bifun_settings* settings) __attribute__((weak));
+
 #ifdef __cplusplus
 }
 #endif

@@ -6,8 +6,8 @@
 
 #include "bop/frame/arguments.h"
 #include "bop/frame/status.h"
-#include "embedded/format/number_format.h"
 #include "embedded/session/environment.h"
+#include "embedded/zqengine.h"
 #include "engine/datetime.h"
 #include "engine/decimal.h"
 #include "engine/memory.h"
@@ -77,20 +77,6 @@ void create_results(plan& query, std::uint32_t batch_rows, string_rules rules) {
 
 // ---- calls ---------------------------------------------------------------------------------------------------------
 
-const char* status_meaning(std::int32_t status) {
-    switch (status) {
-#define STATUS(code, name, meaning)                                                                                                        \
-    case code:                                                                                                                             \
-        return meaning;
-#include "bop/frame/statuses.def"
-#undef STATUS
-    default: {
-        const char* const meaning = zqengine::number_format_status_meaning(status);
-        return meaning != nullptr ? meaning : "engine error";
-    }
-    }
-}
-
 // Calls the step's entry point for `row_count` rows. `columns` are the arguments that are columns, in place of the operands' own.
 std::int32_t call_entry(execution& run, step& call, const std::array<const bifun_column*, bifun::most_arguments>& columns,
                         std::uint32_t row_count) {
@@ -153,7 +139,9 @@ std::string explain_unread_text(execution& run, const step& call, const std::arr
 // alone through a selection vector of one entry, tells the row.
 [[noreturn]] void fail_in_call(execution& run, step& call, const std::array<const bifun_column*, bifun::most_arguments>& columns,
                                std::int32_t status, std::uint32_t row_count) {
-    const auto message = [&](std::int32_t code) { return fmt::format("{}: {} {}", call.entry->builtin, code, status_meaning(code)); };
+    const auto message = [&](std::int32_t code) {
+        return fmt::format("{}: {} {}", call.entry->builtin, code, zqengine_status_meaning(code));
+    };
     const std::int32_t constant_status = call_entry(run, call, columns, 0);
     if (constant_status != 0) {
         throw program_error(message(constant_status));

@@ -171,24 +171,4 @@ span_of_time total_time(const bifun_interval_dt& value) {
     return total;
 }
 
-void append_interval(std::string& text, const bifun_interval_ym& value) {
-    const std::int64_t months = total_months(value);
-    fmt::format_to(std::back_inserter(text), "{}{}-{:02}", months < 0 ? "-" : "", std::abs(months) / 12, std::abs(months) % 12);
-}
-
-void append_interval(std::string& text, const bifun_interval_dt& value) {
-    span_of_time total = total_time(value);
-    if (total.seconds < 0) {
-        text += '-';
-        const bool borrows = total.microseconds > 0;
-        total = {.seconds = -total.seconds - (borrows ? 1 : 0), .microseconds = borrows ? microseconds_per_second - total.microseconds : 0};
-    }
-    fmt::format_to(std::back_inserter(text), "{} {:02}:{:02}:{:02}", total.seconds / 86400, total.seconds / 3600 % 24,
-                   total.seconds / 60 % 60, total.seconds % 60);
-    if (total.microseconds > 0) {
-        fmt::format_to(std::back_inserter(text), ".{:06}", total.microseconds);
-        text.resize(text.find_last_not_of('0') + 1);
-    }
-}
-
 } // namespace host

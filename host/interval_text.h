@@ -1,4 +1,4 @@
-// Intervals from and to text.
+// Intervals from text.
 #ifndef BIFUN_HOST_INTERVAL_TEXT_H
 #define BIFUN_HOST_INTERVAL_TEXT_H
 
@@ -43,10 +43,6 @@ struct span_of_time {
     auto operator<=>(const span_of_time&) const = default;
 };
 span_of_time total_time(const bifun_interval_dt& value);
-
-// Appends "1-02" or "1 02:03:04[.5]", with a sign before negative intervals: text that read_interval takes.
-void append_interval(std::string& text, const bifun_interval_ym& value);
-void append_interval(std::string& text, const bifun_interval_dt& value);
 
 } // namespace host
 

@@ -83,10 +83,11 @@ void run_query(const program_options& options) {
     const std::string& sql = options.words.back();
     const std::vector<std::string> files(options.words.begin(), options.words.end() - 1);
     const session_settings settings = read_settings(options.settings);
+    // First of all: it tells the engine of the character set, in which everything else is text.
+    const function_library library(options.library, settings.library);
     begin_session(settings);
     const given_types types = parse_types(options.types);
     const select_statement statement = parse_select(sql);
-    const function_library library(options.library, settings.library);
     const output_format format = chosen_format(options.format);
 
     progress_bar progress;

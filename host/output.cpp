@@ -1,13 +1,9 @@
 #include "host/output.h"
 
 #include <algorithm>
-#include <charconv>
-#include <cmath>
 
-#include "embedded/datetime/text.h"
-#include "engine/decimal.h"
+#include "embedded/columns/value_text.h"
 #include "host/display_width.h"
-#include "host/interval_text.h"
 #include "host/program_error.h"
 
 namespace host {
@@ -19,22 +15,6 @@ std::uint32_t row_of(const bifun_column& column, std::uint32_t row) { return col
 
 template <class T> const T& value_at(const bifun_column& column, std::uint32_t row) {
     return static_cast<const T*>(column.data->values)[row];
-}
-
-template <class Number> void append_number(std::string& text, Number value) {
-    char digits[40];
-    const auto [end, error] = std::to_chars(digits, digits + sizeof digits, value);
-    text.append(digits, end);
-}
-
-void append_double(std::string& text, double value) {
-    if (std::isnan(value)) {
-        text += "NaN";
-    } else if (std::isinf(value)) {
-        text += value < 0 ? "-Infinity" : "Infinity";
-    } else {
-        append_number(text, value);
-    }
 }
 
 bool is_text(sql_type type) { return type == sql_type::varchar || type == sql_type::varbinary; }
@@ -126,45 +106,13 @@ void append_table_row(std::string& out, const std::vector<std::string>& cells, c
 } // namespace
 
 void append_value(std::string& text, const bifun_column& column, sql_type type, std::uint32_t row) {
-    switch (type) {
-    case sql_type::boolean:
-        text += value_at<std::int32_t>(column, row) == 1 ? "true" : "false";
-        break;
-    case sql_type::bigint:
-        append_number(text, value_at<std::int64_t>(column, row));
-        break;
-    case sql_type::double_precision:
-        append_double(text, value_at<double>(column, row));
-        break;
-    case sql_type::decimal: {
-        char digits[256];
-        std::uint32_t length = 0;
-        xdec_to_char_with_zero(&value_at<xdec>(column, row), digits, sizeof digits, 0, 0, &length);
-        text.append(digits, length);
-        break;
-    }
-    case sql_type::date:
-    case sql_type::time:
-    case sql_type::timestamp:
-    case sql_type::time_with_zone:
-    case sql_type::timestamp_with_zone: {
-        char characters[zqengine::datetime_text_size];
-        const auto kind = type == sql_type::date ? zqengine::datetime_kind::date
-                          : has_date(type)       ? zqengine::datetime_kind::datetime
-                                                 : zqengine::datetime_kind::time;
-        text.append(characters, zqengine::write_datetime(value_at<zqtime>(column, row), kind, characters));
-        break;
-    }
-    case sql_type::interval_ym:
-        append_interval(text, value_at<bifun_interval_ym>(column, row));
-        break;
-    case sql_type::interval_dt:
-        append_interval(text, value_at<bifun_interval_dt>(column, row));
-        break;
-    default:
-        append_number(text, value_at<std::int32_t>(column, row));
-        break;
-    }
+    const bifun::value_type of_values = value_type_of(type);
+    const auto kind = type == sql_type::date ? zqengine::datetime_kind::date
+                      : has_date(type)       ? zqengine::datetime_kind::datetime
+                                             : zqengine::datetime_kind::time;
+    const auto* const value = static_cast<const std::uint8_t*>(column.data->values) + row * bifun::value_width(of_values);
+    char characters[zqengine::value_text_size];
+    text.append(characters, zqengine::write_value(of_values, kind, value, characters));
 }
 
 result_output::result_output(output_format format, output_stream& stream, const std::vector<result_column>& columns, const charset& set)

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <iterator>
 
-#include "embedded/charset/database_charset.h"
 #include "embedded/datetime/text.h"
 #include "embedded/session/parameters.h"
 #include "engine/datetime.h"
@@ -136,7 +135,6 @@ session_settings read_settings(const std::vector<std::string>& assignments) {
 }
 
 void begin_session(const session_settings& settings) {
-    zqengine::set_database_charset(settings.library.charset_code);
     std::vector<std::pair<std::int32_t, std::int64_t>> parameters;
     if (settings.given_zone) {
         parameters.emplace_back(INI_NOW_TIME_ZONE, *settings.given_zone);

@@ -6,6 +6,10 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#ifdef BIFUN_CHECK_COLUMNS
+#include <cstdio>
+#include <cstdlib>
+#endif
 
 #include "bop/frame/contract.h"
 
@@ -50,7 +54,17 @@ inline void copy_bytes(std::uint8_t* to, const std::uint8_t* from, std::size_t l
 }
 
 // The free bytes of a string column that is written.
-inline bdta3_free_bytes& of_column(const bifun_column_data& column) { return *static_cast<bdta3_free_bytes*>(column.engine_header[1]); }
+inline bdta3_free_bytes& of_column(const bifun_column_data& column) {
+#ifdef BIFUN_CHECK_COLUMNS
+    if (column.engine_header[1] == nullptr) {
+        static_cast<void>(std::fputs("bifun: the column of a string result has no free bytes (engine_header[1] is null), but the engine "
+                                     "says that they lie open (engine/statements.h): result columns have to be those of the engine\n",
+                                     stderr));
+        std::abort();
+    }
+#endif
+    return *static_cast<bdta3_free_bytes*>(column.engine_header[1]);
+}
 
 } // namespace bifun::free_bytes
 

@@ -105,8 +105,12 @@ status pad_to(const text_operations& texts, const bifun_string& value, std::int3
         return pad_single_bytes<at>(texts, value, static_cast<std::uint32_t>(std::max(length, 0)), full_pad, room);
     }
     const batch& batch = room.batch;
-    const auto operation = at == side::left ? zq_get_lpad_str : zq_get_rpad_str;
-    return operation(batch.environment, batch.memory, batch.result->data, row_of(room), &value, length, full_pad.data, full_pad.length);
+    bifun_column_data* const result = batch.result->data;
+    if constexpr (at == side::left) {
+        return zq_get_lpad_str(batch.environment, batch.memory, result, row_of(room), &value, length, full_pad.data, full_pad.length);
+    } else {
+        return zq_get_rpad_str(batch.environment, batch.memory, result, row_of(room), &value, length, full_pad.data, full_pad.length);
+    }
 }
 
 template <side at, class Text, class Pad> status pad_rows(batch_of<VARCHAR> batch, Text text, constant_of<INT> length, Pad pad) {

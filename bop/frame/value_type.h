@@ -10,8 +10,11 @@
 
 namespace bifun {
 
-// DATETIME stands for dates, times and datetimes with and without zone: a column of any of them has the same layout.
-enum class value_type : std::uint8_t { BOOL, INT, BIGINT, DOUBLE, DECIMAL, DATETIME, VARCHAR, VARBINARY, INTERVAL_YM, INTERVAL_DT, BLOB };
+enum class value_type : std::uint8_t {
+#define VALUE_TYPE(code, name, row) name = (code),
+#include "bop/frame/value_types.def"
+#undef VALUE_TYPE
+};
 
 // Which of them, as a set.
 enum class datetime_kinds : std::uint8_t {
@@ -32,24 +35,21 @@ enum class datetime_kinds : std::uint8_t {
 constexpr bool overlap(datetime_kinds a, datetime_kinds b) { return (static_cast<unsigned>(a) & static_cast<unsigned>(b)) != 0; }
 
 constexpr std::string_view type_name(value_type type) {
-    constexpr std::string_view names[] = {"BOOL",    "INT",       "BIGINT",      "DOUBLE",      "DECIMAL", "DATETIME",
-                                          "VARCHAR", "VARBINARY", "INTERVAL_YM", "INTERVAL_DT", "BLOB"};
+    constexpr std::string_view names[] = {
+#define VALUE_TYPE(code, name, row) #name,
+#include "bop/frame/value_types.def"
+#undef VALUE_TYPE
+    };
     return names[static_cast<std::size_t>(type)];
 }
 
 // Bytes per row in a column's value array.
 constexpr std::size_t value_width(value_type type) {
-    constexpr std::size_t widths[] = {sizeof(std::int32_t),
-                                      sizeof(std::int32_t),
-                                      sizeof(std::int64_t),
-                                      sizeof(double),
-                                      sizeof(xdec),
-                                      sizeof(zqtime),
-                                      sizeof(bifun_string),
-                                      sizeof(bifun_string),
-                                      sizeof(bifun_interval_ym),
-                                      sizeof(bifun_interval_dt),
-                                      sizeof(void*)};
+    constexpr std::size_t widths[] = {
+#define VALUE_TYPE(code, name, row) sizeof(row),
+#include "bop/frame/value_types.def"
+#undef VALUE_TYPE
+    };
     return widths[static_cast<std::size_t>(type)];
 }
 

@@ -1,5 +1,7 @@
 #include "embedded/columns/column_storage.h"
 
+#include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <new>
 
@@ -18,6 +20,10 @@ void* allocate_zeroed(std::size_t size) {
     return memory;
 }
 
+// The third word of the header of our columns points to it.
+constexpr char own_column_mark = 0;
+constexpr std::size_t mark_word = 2;
+
 } // namespace
 
 column_storage* create_column(bifun::value_type type, std::uint32_t capacity) {
@@ -27,10 +33,12 @@ column_storage* create_column(bifun::value_type type, std::uint32_t capacity) {
     }
     column_storage* const column = new (memory) column_storage{};
     column->type = type;
+    column->kind = datetime_kind::datetime;
     column->capacity = capacity;
     column->column.data = &column->data;
     column->data.engine_header[0] = column;
     column->data.engine_header[1] = static_cast<bdta3_free_bytes*>(&column->string_bytes);
+    column->data.engine_header[mark_word] = const_cast<char*>(&own_column_mark);
     column->data.null_flags = static_cast<std::uint8_t*>(allocate_zeroed(capacity));
     column->data.values = allocate_zeroed(value_bytes(type, capacity));
     if (column->data.null_flags == nullptr || column->data.values == nullptr) {
@@ -53,6 +61,17 @@ void destroy_column(column_storage* column) {
 void clear_column(column_storage& column) {
     arena_clear(column.string_bytes);
     column.status = 0;
+}
+
+void require_own_column(const bifun_column_data* data, const char* operation) {
+    if (data != nullptr && data->engine_header[mark_word] == &own_column_mark) {
+        return;
+    }
+    static_cast<void>(std::fprintf(stderr,
+                                   "libzqengine: %s: the column is not of this engine: the columns that it writes are made by "
+                                   "zqengine_column_create (embedded/zqengine.h)\n",
+                                   operation));
+    std::abort();
 }
 
 } // namespace zqengine

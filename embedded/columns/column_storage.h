@@ -7,6 +7,7 @@
 
 #include "bop/frame/contract.h"
 #include "bop/frame/value_type.h"
+#include "embedded/datetime/text.h"
 #include "embedded/memory/arena.h"
 
 namespace zqengine {
@@ -16,6 +17,7 @@ struct column_storage {
     bifun_column column;
     bifun_column_data data;
     bifun::value_type type;
+    datetime_kind kind; // of what its datetimes are to be written as
     std::uint32_t capacity;
     std::int32_t status; // -503 once an assignment has found no memory, until the column is cleared
     arena string_bytes;
@@ -28,6 +30,21 @@ void destroy_column(column_storage* column);
 // Forgets the string bytes and the status, so that the column can take the next batch. Flags and values stay as they are,
 // but string values point to bytes that are used again: they must not be read before they are assigned.
 void clear_column(column_storage& column);
+
+// Ends the process with a message unless a column of create_column has this data, or a copy of it. The operations that need such a column
+// ask where BIFUN_CHECK_COLUMNS is defined, which it is in debug builds and under sanitizers.
+void require_own_column(const bifun_column_data* data, const char* operation);
+inline void check_column(const bifun_column_data* data, const char* operation) {
+#ifdef BIFUN_CHECK_COLUMNS
+    require_own_column(data, operation);
+#else
+    static_cast<void>(data);
+    static_cast<void>(operation);
+#endif
+}
+
+// The storage of such a column.
+inline column_storage& storage_of(const bifun_column_data* data) { return *static_cast<column_storage*>(data->engine_header[0]); }
 
 struct column_deleter {
     void operator()(column_storage* column) const { destroy_column(column); }

@@ -12,11 +12,11 @@
 using bifun::free_bytes::copy_bytes;
 using bifun::free_bytes::copy_short;
 using bifun::free_bytes::longest_short;
+using zqengine::check_column;
 using zqengine::column_storage;
+using zqengine::storage_of;
 
 namespace {
-
-column_storage& storage_of(const bifun_column_data* data) { return *static_cast<column_storage*>(data->engine_header[0]); }
 
 // ---- strings ----------------------------------------------------------------------------------------------------------
 
@@ -165,26 +165,31 @@ int32_t bdta3_set_datetime(bifun_environment* /*environment*/, bifun_memory_obje
 
 int32_t bdta3_col_assign_str(bifun_environment* /*environment*/, bifun_memory_object* /*memory*/, bifun_column* result, uint32_t row,
                              const uint8_t* data, uint32_t length, uint32_t trailing_blanks) {
+    check_column(result->data, __func__);
     return assign(result, row, data, length, trailing_blanks);
 }
 
 int32_t bdta3_col_assign_bin(bifun_environment* /*environment*/, bifun_memory_object* /*memory*/, bifun_column* result, uint32_t row,
                              const uint8_t* data, uint32_t length) {
+    check_column(result->data, __func__);
     return assign(result, row, data, length, 0);
 }
 
 int32_t bdta3_set_str_from_str_with_len(bifun_environment* /*environment*/, bifun_memory_object* /*memory*/, bifun_column* result,
                                         uint32_t row, const uint8_t* data, uint32_t length) {
+    check_column(result->data, __func__);
     return assign(result, row, data, length, 0);
 }
 
 int32_t bdta3_colstr_copy(bifun_environment* /*environment*/, bifun_memory_object* /*memory*/, bifun_column* result, uint32_t row,
                           const bifun_string* source) {
+    check_column(result->data, __func__);
     return assign(result, row, source->data, source->length, source->trailing_blanks);
 }
 
 uint8_t* bdta3_colstr_assign_without_value(bifun_environment* environment, bifun_memory_object* memory, bifun_column_data* result,
                                            uint32_t row, uint32_t length, uint32_t trailing_blanks) {
+    check_column(result, __func__);
     uint8_t* const bytes = bdta3_col_space_alloc(environment, memory, result, length);
     bifun_string& value = string_at(result, row);
     if (bytes == nullptr) {
@@ -197,6 +202,7 @@ uint8_t* bdta3_colstr_assign_without_value(bifun_environment* environment, bifun
 
 uint8_t* bdta3_col_space_alloc(bifun_environment* /*environment*/, bifun_memory_object* /*memory*/, bifun_column_data* result,
                                uint32_t size) {
+    check_column(result, __func__);
     column_storage& column = storage_of(result);
     uint8_t* const bytes = zqengine::must_fail() ? nullptr : arena_take(column.string_bytes, size, 1);
     if (bytes == nullptr) {
@@ -209,6 +215,7 @@ uint8_t* bdta3_col_space_alloc(bifun_environment* /*environment*/, bifun_memory_
 
 int32_t bdta3_col_copy(bifun_environment* /*environment*/, bifun_memory_object* /*memory*/, bifun_column* destination,
                        const bifun_column* source, uint32_t row_count) {
+    check_column(destination->data, __func__);
     if (zqengine::must_fail()) {
         return copy_failed(destination, 0, row_count);
     }

@@ -252,15 +252,4 @@ bool parse_number_format(const std::uint8_t* characters, std::uint32_t length, c
     return read && text.next == text.end;
 }
 
-const char* number_format_status_meaning(std::int32_t status) {
-    switch (status) {
-    case ZQ_INVALID_NUMBER_FORMAT:
-        return "invalid number format";
-    case ZQ_INVALID_NLS_PARAMETERS:
-        return "invalid NLS parameters";
-    default:
-        return nullptr;
-    }
-}
-
 } // namespace zqengine

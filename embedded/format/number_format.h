@@ -72,9 +72,6 @@ struct number_format_memory {
     number_format format;
 };
 
-// What a status of this engine's own (engine/number_format.h) means, for a message; null where the status is none of those.
-const char* number_format_status_meaning(std::int32_t status);
-
 } // namespace zqengine
 
 #endif

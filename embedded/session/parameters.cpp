@@ -4,6 +4,7 @@
 #include <atomic>
 
 #include "bop/frame/status.h"
+#include "embedded/charset/database_charset.h"
 #include "engine/datetime.h"
 #include "engine/session.h"
 
@@ -47,6 +48,8 @@ std::int32_t set_parameter(std::int32_t number, std::int64_t value) {
 void set_dates_keep_time(bool keep) { dates_keep_time.store(keep, std::memory_order_relaxed); }
 
 } // namespace zqengine
+
+void zq_settings_changed(const bifun_settings* settings) { zqengine::set_database_charset(settings->charset_code); }
 
 int32_t ini_enable_oracle_date_fmt(void) { return zqengine::dates_keep_time.load(std::memory_order_relaxed) ? 1 : 0; }
 

@@ -11,7 +11,6 @@
 #include <string>
 #include <utility>
 
-#include "embedded/charset/database_charset.h"
 #include "embedded/memory/allocation.h"
 #include "embedded/session/environment.h"
 #include "engine/columns.h"
@@ -203,7 +202,6 @@ const bifun::entry_point& entry_of(std::string_view symbol) {
 void set_up(const bifun_settings& settings) {
     auto* const initialise = reinterpret_cast<decltype(&bifun_dll_var_init)>(library_symbol("bifun_dll_var_init"));
     ASSERT_NE(initialise, nullptr);
-    zqengine::set_database_charset(settings.charset_code);
     EXPECT_EQ(initialise(settings.compatible_mode, settings.charset_code, settings.case_sensitive), 0);
 }
 

@@ -74,7 +74,7 @@ template <class... T> outcome call_with(const char* symbol, const std::vector<T>
     return call(entry, arguments, columns[0]->capacity);
 }
 
-// Calls bifun_dll_var_init, and tells the engine of the character set.
+// Calls bifun_dll_var_init.
 void set_up(const bifun_settings& settings);
 
 // Whether `count` rows of a, from `first_a` on, are those of b from `first_b` on: flags, and to the bit the values of rows not NULL. A

@@ -117,9 +117,6 @@ TEST(NumberFormat, BadFormats) {
     EXPECT_EQ(formatted(nullptr, "1", ""), "-6130");
     EXPECT_EQ(formatted(nullptr, "1", std::string("9\0", 2)), "-6130");
     EXPECT_EQ(formatted(nullptr, "1", std::string(76, '9')), "-6130");
-    EXPECT_STREQ(zqengine::number_format_status_meaning(ZQ_INVALID_NUMBER_FORMAT), "invalid number format");
-    EXPECT_STREQ(zqengine::number_format_status_meaning(ZQ_INVALID_NLS_PARAMETERS), "invalid NLS parameters");
-    EXPECT_EQ(zqengine::number_format_status_meaning(-6102), nullptr);
 }
 
 TEST(NumberFormat, BadNlsTexts) {

@@ -1,5 +1,6 @@
-# Installs into a directory of its own and builds a consumer against that, by the CMake package and by pkg-config.
-#     cmake -DBUILD=build directory -DWORK=scratch directory -DCONSUMER=source -DCOMPILER=c++ -DPKG_CONFIG=pkg-config -P install_test.cmake
+# Installs into a directory of its own and builds a consumer against that, by the CMake package and by pkg-config, and the examples.
+#     cmake -DBUILD=build directory -DWORK=scratch directory -DCONSUMER=source -DEXAMPLES=source -DCOMPILER=c++ -DPKG_CONFIG=pkg-config
+#         -P install_test.cmake
 function(run)
   execute_process(COMMAND ${ARGN} RESULT_VARIABLE failed OUTPUT_VARIABLE output ERROR_VARIABLE output)
   if(failed)
@@ -15,6 +16,9 @@ run(${CMAKE_COMMAND} --install ${BUILD} --prefix ${prefix})
 run(${CMAKE_COMMAND} -S ${CONSUMER} -B ${WORK}/build -DCMAKE_CXX_COMPILER=${COMPILER} -DCMAKE_PREFIX_PATH=${prefix} -DCMAKE_BUILD_TYPE=Release)
 run(${CMAKE_COMMAND} --build ${WORK}/build)
 run(${WORK}/build/consumer)
+run(${CMAKE_COMMAND} -S ${EXAMPLES} -B ${WORK}/examples -DCMAKE_PREFIX_PATH=${prefix} -DCMAKE_BUILD_TYPE=Release)
+run(${CMAKE_COMMAND} --build ${WORK}/examples)
+run(${WORK}/examples/evaluate)
 
 file(GLOB package ${prefix}/lib*/pkgconfig ${prefix}/lib/*/pkgconfig)
 set(ENV{PKG_CONFIG_PATH} ${package})

@@ -1,5 +1,6 @@
 /* Every public header, which is C11. No guard: an engine may meet them in any order and more than once. */
 #include "bop/bifun.h"
+#include "embedded/zqengine.h"
 #include "engine/charset.h"
 #include "engine/columns.h"
 #include "engine/date_format.h"
