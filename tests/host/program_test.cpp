@@ -109,8 +109,8 @@ TEST(Program, FilesAndFormats) {
     expect_answer("a\n1\n2\nx\n", "SELECT a FROM t LIMIT 2", "a\n1\n2\n", {"--types", "a:INT", "--batch-rows", "1"});
     expect_answer("a\n1\n5\n2\n6\n7\n", "SELECT a FROM t WHERE a > 4 LIMIT 2", "a\n5\n6\n", {"--batch-rows", "2"});
     expect_answer("a,b\n1,\n2,5\n3,\n4,6\n", "SELECT a, NVL(b, 0) n, a > b c FROM t WHERE a <> 2", "a,n,c\n1,0,\n3,0,\n4,6,false\n");
-    expect_answer("", "SELECT zone, country FROM zones WHERE latitude BETWEEN 55 AND 58 AND country <> 'Canada' AND mean_time_until < '1890-01-01'",
-                  "zone,country\nEurope/Riga,Latvia\nEurope/Moscow,Russia\n", {BIFUN_ZONES});
+    expect_answer("", "SELECT zone FROM zones WHERE latitude > 60.0 AND mean_time_until < '1900-01-01'", "zone\nEurope/Helsinki\n",
+                  {BIFUN_ZONES});
 }
 
 // A function's error names the row of the file. What is complete before it stays.
