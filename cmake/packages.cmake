@@ -2,7 +2,7 @@
 # made of a component of what is installed, and of one with what Debian alone wants.
 find_program(DPKG_DEB_PROGRAM dpkg-deb)
 find_program(GZIP_PROGRAM gzip)
-if(NOT DPKG_DEB_PROGRAM OR NOT GZIP_PROGRAM)
+if(NOT DPKG_DEB_PROGRAM OR NOT GZIP_PROGRAM OR CMAKE_CROSSCOMPILING) # cpack takes the machine that it runs on for that of the packages
   return()
 endif()
 
