@@ -36,13 +36,6 @@ inline wide_bytes looked_up(const std::uint8_t (&table)[16], wide_bytes index) {
 
 using wide_bytes = __m256i;
 inline wide_bytes load_wide(const std::uint8_t* bytes) { return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(bytes)); }
-inline wide_bytes load_part(const std::uint8_t* bytes, std::uint32_t skipped, std::uint32_t length) {
-    std::uint8_t part[sizeof(wide_bytes)] = {};
-    for (std::uint32_t i = skipped; i < length; ++i) {
-        part[i] = bytes[i];
-    }
-    return load_wide(part);
-}
 inline bool has_bytes_beyond_ascii(wide_bytes bytes) { return _mm256_movemask_epi8(bytes) != 0; }
 inline bool has_bits(wide_bytes bytes) { return _mm256_testz_si256(bytes, bytes) == 0; }
 inline wide_bytes every_wide_byte(std::uint8_t byte) { return _mm256_set1_epi8(static_cast<char>(byte)); }
@@ -56,9 +49,35 @@ inline wide_bytes looked_up(const std::uint8_t (&table)[16], wide_bytes index) {
 }
 #define BIFUN_WIDE_BYTES
 
+#elif defined(BIFUN_BLOCK_LOOKUP)
+
+using wide_bytes = byte_block;
+inline wide_bytes load_wide(const std::uint8_t* bytes) { return load_block(bytes); }
+inline bool has_bytes_beyond_ascii(wide_bytes bytes) { return ((first_word(bytes) | last_word(bytes)) & 0x8080808080808080) != 0; }
+inline bool has_bits(wide_bytes bytes) { return (first_word(bytes) | last_word(bytes)) != 0; }
+inline wide_bytes every_wide_byte(std::uint8_t byte) { return repeated(byte); }
+inline wide_bytes either(wide_bytes a, wide_bytes b) { return a | b; }
+inline wide_bytes both(wide_bytes a, wide_bytes b) { return a & b; }
+inline wide_bytes difference(wide_bytes a, wide_bytes b) { return a ^ b; }
+inline wide_bytes reduced(wide_bytes bytes, std::uint8_t by) { return (bytes - by) & where_at_least(bytes, repeated(by)); }
+inline wide_bytes high_halves(wide_bytes bytes) { return bytes >> 4; }
+inline wide_bytes looked_up(const std::uint8_t (&table)[16], wide_bytes index) { return looked_up(load_block(table), index); }
+#define BIFUN_WIDE_BYTES
+
 #endif
 
 #if defined(BIFUN_WIDE_BYTES)
+
+#if !defined(BIFUN_MASKED_LOADS)
+// The bytes from `skipped` to `length`, zeros in place of the others.
+inline wide_bytes load_part(const std::uint8_t* bytes, std::uint32_t skipped, std::uint32_t length) {
+    std::uint8_t part[sizeof(wide_bytes)] = {};
+    for (std::uint32_t i = skipped; i < length; ++i) {
+        part[i] = bytes[i];
+    }
+    return load_wide(part);
+}
+#endif
 
 // What a pair of bytes may be wrong in, as a bit for each; a byte that continues wants a look at three. J. Keiser and D. Lemire, Validating
 // UTF-8 in less than one instruction per byte, 2021.
@@ -136,7 +155,7 @@ inline wide_bytes wrong_bytes(wide_bytes bytes, wide_bytes back_1, wide_bytes ba
     return difference(both(third_or_fourth, every_wide_byte(0x80)), pairs);
 }
 
-// The first place of 64 or 32 bytes of which some are beyond ASCII; `end` where there is none.
+// Where the first vector begins of whose bytes some are beyond ASCII; `end` where there is none.
 inline const std::uint8_t* skip_ascii(const std::uint8_t* bytes, const std::uint8_t* end) {
     while (end - bytes >= static_cast<std::ptrdiff_t>(sizeof(wide_bytes))) {
         if (has_bytes_beyond_ascii(load_wide(bytes))) {

@@ -10,13 +10,15 @@
 #include <cstdint>
 #include <cstring>
 
-#if defined(__SSE2__)
+#include "layouts/byte_block.h"
+
+#if defined(__AVX2__)
 #include <immintrin.h>
 #endif
 
 #if defined(__AVX512BW__) && defined(__AVX512VL__) && defined(__BMI2__)
 #define BIFUN_MASKED_LOADS
-#elif defined(__SSE2__) && !defined(BIFUN_SANITIZED)
+#elif !defined(BIFUN_SANITIZED)
 #define BIFUN_WHOLE_LOADS
 #endif
 
@@ -104,17 +106,15 @@ inline byte_vector not_below(byte_vector bytes, std::uint8_t low) {
 // Of `mask` every byte is 0 or 0xFF.
 inline byte_vector select(byte_vector mask, byte_vector set, byte_vector clear) { return _mm256_blendv_epi8(clear, set, mask); }
 #else
-using byte_vector = __m128i;
-inline byte_vector load_vector(const std::uint8_t* bytes) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes)); }
-inline void store_vector(std::uint8_t* to, byte_vector bytes) { _mm_storeu_si128(reinterpret_cast<__m128i*>(to), bytes); }
-inline std::uint32_t top_bits(byte_vector bytes) { return static_cast<std::uint32_t>(_mm_movemask_epi8(bytes)); }
-inline byte_vector every_byte(std::uint8_t byte) { return _mm_set1_epi8(static_cast<char>(byte)); }
-inline byte_vector equal(byte_vector bytes, std::uint8_t byte) { return _mm_cmpeq_epi8(bytes, every_byte(byte)); }
-inline byte_vector not_below(byte_vector bytes, std::uint8_t low) { return _mm_cmpeq_epi8(_mm_max_epu8(bytes, every_byte(low)), bytes); }
+using byte_vector = byte_block;
+inline byte_vector load_vector(const std::uint8_t* bytes) { return load_block(bytes); }
+inline void store_vector(std::uint8_t* to, byte_vector bytes) { store_block(to, bytes); }
+inline std::uint32_t top_bits(byte_vector bytes) { return bits_of(bytes); }
+inline byte_vector every_byte(std::uint8_t byte) { return repeated(byte); }
+inline byte_vector equal(byte_vector bytes, std::uint8_t byte) { return where_equal(bytes, every_byte(byte)); }
+inline byte_vector not_below(byte_vector bytes, std::uint8_t low) { return where_at_least(bytes, every_byte(low)); }
 // Of `mask` every byte is 0 or 0xFF.
-inline byte_vector select(byte_vector mask, byte_vector set, byte_vector clear) {
-    return _mm_or_si128(_mm_and_si128(mask, set), _mm_andnot_si128(mask, clear));
-}
+inline byte_vector select(byte_vector mask, byte_vector set, byte_vector clear) { return (mask & set) | (~mask & clear); }
 #endif
 
 // Whether `width` bytes may be loaded where a text of `length` is: it has bytes, and they lie in one page, of the smallest that processors
@@ -174,10 +174,10 @@ inline std::uint64_t bytes_from(const text_bytes<64>& text, std::uint8_t low) {
 
 template <> struct text_bytes<16> {
     std::uint32_t here;
-    __m128i bytes;
+    byte_block bytes;
 
     text_bytes(const std::uint8_t* text, std::uint32_t length) : here(static_cast<std::uint32_t>(first_bits(length))) {
-        const auto load = [this](const std::uint8_t* from) { bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(from)); };
+        const auto load = [this](const std::uint8_t* from) { bytes = load_block(from); };
         if (can_load<16>(text, length)) [[likely]] {
             load(text);
         } else {
@@ -185,17 +185,14 @@ template <> struct text_bytes<16> {
         }
     }
 };
-inline std::uint64_t mask_of(const text_bytes<16>& text, __m128i found) {
-    return static_cast<std::uint32_t>(_mm_movemask_epi8(found)) & text.here;
-}
+inline std::uint64_t mask_of(const text_bytes<16>& text, byte_block found) { return bits_of(found) & text.here; }
 inline std::uint64_t equal_bytes(const text_bytes<16>& text, std::uint8_t byte) {
-    return mask_of(text, _mm_cmpeq_epi8(text.bytes, _mm_set1_epi8(static_cast<char>(byte))));
+    return mask_of(text, where_equal(text.bytes, repeated(byte)));
 }
 inline std::uint64_t bytes_beyond_ascii(const text_bytes<16>& text) { return mask_of(text, text.bytes); }
 inline std::uint64_t whitespace_bytes(const text_bytes<16>& text) {
-    const __m128i from_tab = _mm_sub_epi8(text.bytes, _mm_set1_epi8(9));
-    const __m128i controls = _mm_cmpeq_epi8(_mm_min_epu8(from_tab, _mm_set1_epi8(4)), from_tab);
-    return mask_of(text, _mm_or_si128(controls, _mm_cmpeq_epi8(text.bytes, _mm_set1_epi8(static_cast<char>(blank)))));
+    const byte_block controls = where_at_most(text.bytes - 9, repeated(4));
+    return mask_of(text, controls | where_equal(text.bytes, repeated(blank)));
 }
 
 #else
@@ -227,24 +224,24 @@ template <std::uint32_t width> std::uint64_t whitespace_bytes(const text_bytes<w
 #endif
 
 // The bytes of the set.
-#if defined(BIFUN_MASKED_LOADS) || (defined(BIFUN_WHOLE_LOADS) && defined(__AVX2__))
+#if defined(BIFUN_MASKED_LOADS) || (defined(BIFUN_WHOLE_LOADS) && defined(BIFUN_BLOCK_LOOKUP))
 inline std::uint64_t bytes_in(const ascii_set& set, const text_bytes<16>& text) {
-    const __m128i lower = _mm_loadu_si128(reinterpret_cast<const __m128i*>(set.upper_halves));
-    const __m128i bits = _mm_setr_epi8(1, 2, 4, 8, 16, 32, 64, -128, 0, 0, 0, 0, 0, 0, 0, 0);
-    const __m128i upper_half = _mm_and_si128(_mm_srli_epi16(text.bytes, 4), _mm_set1_epi8(0x0F));
-    const __m128i found = _mm_and_si128(_mm_shuffle_epi8(lower, text.bytes), _mm_shuffle_epi8(bits, upper_half));
+    const auto bytes = reinterpret_cast<byte_block>(text.bytes);
+    const byte_block bits = {1, 2, 4, 8, 16, 32, 64, 128};
+    const byte_block found = looked_up(load_block(set.upper_halves), bytes) & looked_up(bits, bytes >> 4);
 #if defined(BIFUN_MASKED_LOADS)
-    return _mm_mask_test_epi8_mask(text.here, found, found);
+    const auto tested = reinterpret_cast<__m128i>(found);
+    return _mm_mask_test_epi8_mask(text.here, tested, tested);
 #else
-    return static_cast<std::uint64_t>(~_mm_movemask_epi8(_mm_cmpeq_epi8(found, _mm_setzero_si128()))) & text.here;
+    return ~bits_of(where_equal(found, byte_block{})) & text.here;
 #endif
 }
 #elif defined(BIFUN_WHOLE_LOADS)
 inline std::uint64_t bytes_in(const ascii_set& set, const text_bytes<16>& text) {
-    std::uint8_t bytes[16];
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(bytes), text.bytes);
+    std::uint8_t bytes[block_length];
+    store_block(bytes, text.bytes);
     std::uint64_t mask = 0;
-    for (std::uint32_t i = 0; i < 16; ++i) {
+    for (std::uint32_t i = 0; i < block_length; ++i) {
         mask |= std::uint64_t{contains(set, bytes[i]) ? 1U : 0U} << i;
     }
     return mask & text.here;

@@ -1,8 +1,8 @@
 // The exported entry points: each calls its like of the best instruction set that the processor has. The first call chooses, once for the
 // process.
 //
-// BIFUN_INSTRUCTION_SET=x86-64 or x86-64-v3 in the environment asks for less than the processor has: tests run every instruction set on one
-// machine, and benchmarks compare them.
+// BIFUN_INSTRUCTION_SET, such as x86-64 or x86-64-v3, in the environment asks for less than the processor has: tests run every instruction
+// set on one machine, and benchmarks compare them.
 
 #include <atomic>
 #include <cstdlib>

@@ -7,19 +7,22 @@
 #include <cstdint>
 #include <cstring>
 
-#include <emmintrin.h>
+#include "layouts/byte_block.h"
 
 namespace zqengine {
 
+using bifun::bits_of;
+using bifun::block_length;
+using bifun::byte_block;
+using bifun::load_block;
+using bifun::repeated;
+using bifun::store_block;
+using bifun::where_equal;
+using bifun::where_less_signed;
+
 enum class letter_case : std::uint32_t { upper, lower };
 
-constexpr std::uint32_t block_length = 16;
-
-inline __m128i load_block(const std::uint8_t* bytes) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes)); }
-inline void store_block(std::uint8_t* bytes, __m128i block) { _mm_storeu_si128(reinterpret_cast<__m128i*>(bytes), block); }
-inline __m128i every_byte(int byte) { return _mm_set1_epi8(static_cast<char>(byte)); }
-inline std::uint32_t bits_of(__m128i block) { return static_cast<std::uint32_t>(_mm_movemask_epi8(block)); }
-inline bool is_ascii(__m128i block) { return bits_of(block) == 0; }
+inline bool is_ascii(byte_block block) { return bits_of(block) == 0; }
 
 template <class Word> Word load_word(const std::uint8_t* bytes) {
     Word word;
@@ -30,7 +33,7 @@ template <class Word> Word load_word(const std::uint8_t* bytes) {
 template <class Word> void store_word(std::uint8_t* bytes, Word word) { std::memcpy(bytes, &word, sizeof word); }
 
 // `length` bytes, below 16, and zeros behind them.
-inline __m128i load_short(const std::uint8_t* bytes, std::uint32_t length) {
+inline byte_block load_short(const std::uint8_t* bytes, std::uint32_t length) {
     std::uint64_t low = 0;
     std::uint64_t high = 0;
     if (length >= 8) {
@@ -41,16 +44,16 @@ inline __m128i load_short(const std::uint8_t* bytes, std::uint32_t length) {
     } else if (length > 0) {
         low = bytes[0] | std::uint64_t{bytes[length / 2]} << (8 * (length / 2)) | std::uint64_t{bytes[length - 1]} << (8 * (length - 1));
     }
-    return _mm_set_epi64x(static_cast<long long>(high), static_cast<long long>(low));
+    return bifun::block_of_words(low, high);
 }
 
 // The bytes with their ASCII letters in the case asked for; other bytes, those above 0x7F too, as they are.
-inline __m128i fold_ascii(__m128i block, letter_case to) {
+inline byte_block fold_ascii(byte_block block, letter_case to) {
     const int first_letter = to == letter_case::upper ? 'a' : 'A';
     // Letters come to stand at the least signed values.
-    const __m128i from_first = _mm_sub_epi8(block, every_byte(first_letter - 0x80));
-    const __m128i is_letter = _mm_cmplt_epi8(from_first, every_byte(26 - 0x80));
-    return _mm_xor_si128(block, _mm_and_si128(is_letter, every_byte(0x20)));
+    const byte_block from_first = block - repeated(first_letter - 0x80);
+    const byte_block is_letter = where_less_signed(from_first, repeated(26 - 0x80));
+    return block ^ (is_letter & 0x20);
 }
 
 inline std::uint8_t fold_ascii(std::uint8_t byte, letter_case to) {
@@ -64,9 +67,9 @@ inline std::uint32_t fold_leading_ascii(std::uint8_t* text, std::uint32_t length
     if (length >= block_length) {
         // What the blocks leave over is done with the bytes before it, read before these are written: a load that spans a fresh store
         // waits.
-        const __m128i last = load_block(text + length - block_length);
+        const byte_block last = load_block(text + length - block_length);
         for (; length - offset >= block_length; offset += block_length) {
-            const __m128i block = load_block(text + offset);
+            const byte_block block = load_block(text + offset);
             if (!is_ascii(block)) {
                 return offset;
             }
@@ -80,13 +83,13 @@ inline std::uint32_t fold_leading_ascii(std::uint8_t* text, std::uint32_t length
     }
     if (length >= 8) {
         std::uint8_t* const last = text + length - 8;
-        const __m128i block = _mm_set_epi64x(load_word<long long>(last), load_word<long long>(text));
+        const byte_block block = bifun::block_of_words(load_word<std::uint64_t>(text), load_word<std::uint64_t>(last));
         if (!is_ascii(block)) {
             return 0;
         }
-        const __m128i folded = fold_ascii(block, to);
-        store_word(text, _mm_cvtsi128_si64(folded));
-        store_word(last, _mm_cvtsi128_si64(_mm_unpackhi_epi64(folded, folded)));
+        const byte_block folded = fold_ascii(block, to);
+        store_word(text, bifun::first_word(folded));
+        store_word(last, bifun::last_word(folded));
         return length;
     }
     while (offset < length && text[offset] < 0x80) {
@@ -102,8 +105,7 @@ inline std::uint32_t leading_ascii_groups(const std::uint8_t* text, std::uint32_
     std::uint32_t offset = 0;
     while (length - offset >= group) {
         const std::uint8_t* const p = text + offset;
-        if (!is_ascii(
-                _mm_or_si128(_mm_or_si128(load_block(p), load_block(p + 16)), _mm_or_si128(load_block(p + 32), load_block(p + 48))))) {
+        if (!is_ascii(load_block(p) | load_block(p + 16) | load_block(p + 32) | load_block(p + 48))) {
             break;
         }
         offset += group;

@@ -57,7 +57,7 @@ void change_characters(Charset /*charset*/, std::uint8_t* text, std::uint32_t of
                 change_case(tables, text + offset, character_length, to);
             }
             offset += character_length;
-        } else if (const __m128i block = length - offset >= block_length ? load_block(text + offset) : every_byte(0x80); is_ascii(block)) {
+        } else if (const byte_block block = length - offset >= block_length ? load_block(text + offset) : repeated(0x80); is_ascii(block)) {
             store_block(text + offset, fold_ascii(block, to));
             offset += block_length;
         } else {

@@ -90,36 +90,34 @@ struct utf8 {
 // The places, as bytes of 0xFF, where valid characters of two, three and four bytes end. Exact for any bytes, since the lead byte of a
 // valid character never stands inside another one.
 struct utf8_ends {
-    __m128i of_two;
-    __m128i of_three;
-    __m128i of_four;
+    byte_block of_two;
+    byte_block of_three;
+    byte_block of_four;
 };
 
 // `before1` are the bytes one place before those of the block, and so on; zeros before the text.
-inline utf8_ends ends_in(__m128i block, __m128i before1, __m128i before2, __m128i before3) {
-    const auto from_to = [](__m128i bytes, int first, int last) {
-        return _mm_cmplt_epi8(_mm_sub_epi8(bytes, every_byte(first - 0x80)), every_byte(last - first + 1 - 0x80));
+inline utf8_ends ends_in(byte_block block, byte_block before1, byte_block before2, byte_block before3) {
+    const auto from_to = [](byte_block bytes, int first, int last) {
+        return where_less_signed(bytes - repeated(first - 0x80), repeated(last - first + 1 - 0x80));
     };
-    const auto is = [](__m128i bytes, int byte) { return _mm_cmpeq_epi8(bytes, every_byte(byte)); };
-    const auto below = [](__m128i bytes, int byte) { return _mm_cmplt_epi8(bytes, every_byte(byte)); }; // both in 0x80 to 0xFF
-    const __m128i continues = below(block, 0xC0);
-    const __m128i two_continue = _mm_and_si128(continues, below(before1, 0xC0));
-    const __m128i three_continue = _mm_and_si128(two_continue, below(before2, 0xC0));
+    const auto is = [](byte_block bytes, int byte) { return where_equal(bytes, repeated(byte)); };
+    const auto below = [](byte_block bytes, int byte) { return where_less_signed(bytes, repeated(byte)); }; // both in 0x80 to 0xFF
+    const byte_block continues = below(block, 0xC0);
+    const byte_block two_continue = continues & below(before1, 0xC0);
+    const byte_block three_continue = two_continue & below(before2, 0xC0);
 
-    const __m128i second_of_three_low = below(before1, 0xA0);
-    const __m128i bad_three =
-        _mm_or_si128(_mm_and_si128(is(before2, 0xE0), second_of_three_low), _mm_andnot_si128(second_of_three_low, is(before2, 0xED)));
-    const __m128i second_of_four_low = below(before2, 0x90);
-    const __m128i bad_four =
-        _mm_or_si128(_mm_and_si128(is(before3, 0xF0), second_of_four_low), _mm_andnot_si128(second_of_four_low, is(before3, 0xF4)));
-    return {.of_two = _mm_and_si128(continues, from_to(before1, 0xC2, 0xDF)),
-            .of_three = _mm_andnot_si128(bad_three, _mm_and_si128(two_continue, from_to(before2, 0xE0, 0xEF))),
-            .of_four = _mm_andnot_si128(bad_four, _mm_and_si128(three_continue, from_to(before3, 0xF0, 0xF4)))};
+    const byte_block second_of_three_low = below(before1, 0xA0);
+    const byte_block bad_three = (is(before2, 0xE0) & second_of_three_low) | (~second_of_three_low & is(before2, 0xED));
+    const byte_block second_of_four_low = below(before2, 0x90);
+    const byte_block bad_four = (is(before3, 0xF0) & second_of_four_low) | (~second_of_four_low & is(before3, 0xF4));
+    return {.of_two = continues & from_to(before1, 0xC2, 0xDF),
+            .of_three = ~bad_three & two_continue & from_to(before2, 0xE0, 0xEF),
+            .of_four = ~bad_four & three_continue & from_to(before3, 0xF0, 0xF4)};
 }
 
 // With nothing before the block.
-inline utf8_ends ends_in(__m128i block) {
-    return ends_in(block, _mm_slli_si128(block, 1), _mm_slli_si128(block, 2), _mm_slli_si128(block, 3));
+inline utf8_ends ends_in(byte_block block) {
+    return ends_in(block, bifun::moved_back<1>(block), bifun::moved_back<2>(block), bifun::moved_back<3>(block));
 }
 
 inline utf8_ends ends_in(const std::uint8_t* block) {
@@ -127,45 +125,37 @@ inline utf8_ends ends_in(const std::uint8_t* block) {
 }
 
 // For every end the bytes of its character but the first.
-inline __m128i continuing_bytes(const utf8_ends& ends) {
-    return _mm_or_si128(_mm_and_si128(ends.of_two, every_byte(1)),
-                        _mm_or_si128(_mm_and_si128(ends.of_three, every_byte(2)), _mm_and_si128(ends.of_four, every_byte(3))));
-}
-
-inline std::uint32_t sum_of(__m128i bytes) {
-    const __m128i sums = _mm_sad_epu8(bytes, _mm_setzero_si128());
-    return static_cast<std::uint32_t>(_mm_cvtsi128_si32(sums) + _mm_extract_epi16(sums, 4));
-}
+inline byte_block continuing_bytes(const utf8_ends& ends) { return (ends.of_two & 1) | (ends.of_three & 2) | (ends.of_four & 3); }
 
 // Characters are the bytes less those that continue one, which are counted where the character ends.
 inline std::uint32_t utf8::count(const std::uint8_t* text, std::uint32_t length) {
     if (length < block_length) {
-        const __m128i block = load_short(text, length);
-        return is_ascii(block) ? length : length - sum_of(continuing_bytes(ends_in(block)));
+        const byte_block block = load_short(text, length);
+        return is_ascii(block) ? length : length - bifun::sum_of(continuing_bytes(ends_in(block)));
     }
     std::uint32_t continuing = 0;
-    const __m128i first = load_block(text);
+    const byte_block first = load_block(text);
     if (!is_ascii(first)) {
-        continuing = sum_of(continuing_bytes(ends_in(first)));
+        continuing = bifun::sum_of(continuing_bytes(ends_in(first)));
     }
     std::uint32_t offset = block_length;
     while (length - offset >= block_length) {
         if (is_ascii(load_block(text + offset))) {
             offset += std::max(leading_ascii_groups(text + offset, length - offset), block_length);
         } else {
-            continuing += sum_of(continuing_bytes(ends_in(text + offset)));
+            continuing += bifun::sum_of(continuing_bytes(ends_in(text + offset)));
             offset += block_length;
         }
     }
     const std::uint32_t remaining = length - offset;
-    const __m128i last = load_block(text + length - block_length);
+    const byte_block last = load_block(text + length - block_length);
     if (remaining > 0 && !is_ascii(last)) {
         alignas(16) static constexpr std::uint8_t none_then_all[2 * block_length] = {
             0,    0,    0,    0,    0,    0,    0,    0,    0,    0,    0,    0,    0,    0,    0,    0,
             0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF};
         // Below 19 bytes there are not three before the last block, and at most two of its bytes remain, which do not look before it.
         const utf8_ends ends = length >= block_length + 3 ? ends_in(text + length - block_length) : ends_in(last);
-        continuing += sum_of(_mm_and_si128(continuing_bytes(ends), load_block(none_then_all + remaining)));
+        continuing += bifun::sum_of(continuing_bytes(ends) & load_block(none_then_all + remaining));
     }
     return length - continuing;
 }
@@ -175,14 +165,14 @@ inline window utf8::window_at(const std::uint8_t* text, std::uint32_t remaining)
     constexpr std::uint32_t sure = block_length - 3;
     const std::uint32_t size = std::min(remaining, block_length);
     const std::uint32_t all = (1U << size) - 1;
-    const __m128i block = size == block_length ? load_block(text) : load_short(text, size);
+    const byte_block block = size == block_length ? load_block(text) : load_short(text, size);
     if (is_ascii(block)) {
         return {.starts = all, .length = size};
     }
     const utf8_ends ends = ends_in(block);
-    const __m128i of_more_than_two = _mm_or_si128(ends.of_three, ends.of_four);
-    const __m128i last_two = _mm_or_si128(_mm_or_si128(ends.of_two, of_more_than_two), _mm_srli_si128(of_more_than_two, 1));
-    const std::uint32_t continuing = bits_of(_mm_or_si128(last_two, _mm_srli_si128(ends.of_four, 2)));
+    const byte_block of_more_than_two = ends.of_three | ends.of_four;
+    const byte_block last_two = ends.of_two | of_more_than_two | bifun::moved_to_front<1>(of_more_than_two);
+    const std::uint32_t continuing = bits_of(last_two | bifun::moved_to_front<2>(ends.of_four));
     const std::uint32_t starts = ~continuing & all;
     if (size == remaining) {
         return {.starts = starts, .length = size};

@@ -7,6 +7,7 @@
 #include "embedded/format/date_format.h"
 #include "embedded/format/date_names.h"
 #include "embedded/format/format_reader.h"
+#include "layouts/byte_block.h"
 #include "layouts/calendar.h"
 #include "layouts/datetime_layout.h"
 
@@ -18,6 +19,8 @@ namespace zqengine {
 namespace {
 
 using enum date_element;
+using bifun::byte_block;
+using bifun::load_block;
 namespace calendar = bifun::calendar;
 namespace datetime_layout = bifun::datetime_layout;
 
@@ -31,68 +34,82 @@ bool store_existing(const datetime_layout::datetime_parts& parts, zqtime& result
     return true;
 }
 
-#if defined(__x86_64__)
-__m128i load(const std::uint8_t* bytes) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes)); }
+using number_block [[gnu::vector_size(16)]] = std::uint16_t;
 
-__m128i load_both_ends(const std::uint8_t* bytes, std::uint32_t length) {
-    return _mm_unpacklo_epi64(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(bytes)),
-                              _mm_loadl_epi64(reinterpret_cast<const __m128i*>(bytes + length - 8)));
+// The numbers of two digits each, which are found in two blocks.
+#if defined(__x86_64__)
+// Not every processor has the instructions that look bytes up.
+#define READS_BY_PLAN [[gnu::target("ssse3")]]
+bool has_lookups() { return __builtin_cpu_supports("ssse3") != 0; }
+
+READS_BY_PLAN __m128i looked_up(byte_block digits, const std::uint8_t* index) {
+    return _mm_shuffle_epi8(reinterpret_cast<__m128i>(digits), reinterpret_cast<__m128i>(load_block(index)));
+}
+
+READS_BY_PLAN number_block numbers_in(byte_block first, byte_block last, const std::uint8_t* in_first, const std::uint8_t* in_last) {
+    const __m128i digits = _mm_or_si128(looked_up(first, in_first), looked_up(last, in_last));
+    return reinterpret_cast<number_block>(_mm_maddubs_epi16(digits, _mm_set1_epi16(0x010A)));
+}
+#else
+#define READS_BY_PLAN
+bool has_lookups() { return true; }
+
+number_block numbers_in(byte_block first, byte_block last, const std::uint8_t* in_first, const std::uint8_t* in_last) {
+    const byte_block digits = bifun::looked_up(first, load_block(in_first)) | bifun::looked_up(last, load_block(in_last));
+    const auto pairs = reinterpret_cast<number_block>(digits);
+    return (pairs & 0xFF) * 10 + (pairs >> 8);
+}
+#endif
+
+byte_block load_both_ends(const std::uint8_t* bytes, std::uint32_t length) {
+    std::uint64_t first;
+    std::uint64_t last;
+    std::memcpy(&first, bytes, sizeof first);
+    std::memcpy(&last, bytes + length - sizeof last, sizeof last);
+    return bifun::block_of_words(first, last);
 }
 
 // Takes the pattern off a text: digits become their values and characters of the pattern 0, where they are right.
-__m128i take_off(__m128i text, __m128i pattern, __m128i& wrong) {
-    const __m128i at_digits = _mm_cmpeq_epi8(pattern, _mm_setzero_si128());
-    const __m128i values = _mm_xor_si128(text, _mm_or_si128(pattern, _mm_and_si128(at_digits, _mm_set1_epi8('0'))));
-    const __m128i most = _mm_and_si128(at_digits, _mm_set1_epi8(9));
-    wrong = _mm_or_si128(wrong, _mm_subs_epu8(values, most));
+byte_block take_off(byte_block text, byte_block pattern, byte_block& right) {
+    const byte_block at_digits = bifun::where_equal(pattern, byte_block{});
+    const byte_block values = text ^ (pattern | (at_digits & '0'));
+    right &= bifun::where_at_most(values, at_digits & 9);
     return values;
 }
 
-// The numbers of two digits each.
-[[gnu::target("ssse3")]] __m128i numbers_in(__m128i first, __m128i last, const std::uint8_t* in_first, const std::uint8_t* in_last) {
-    const __m128i digits = _mm_or_si128(_mm_shuffle_epi8(first, load(in_first)), _mm_shuffle_epi8(last, load(in_last)));
-    return _mm_maddubs_epi16(digits, _mm_set1_epi16(0x010A));
-}
-
-[[gnu::target("ssse3")]] bool read_by_plan(const fixed_plan& plan, const std::uint8_t* text, std::uint32_t length, zqtime& result) {
-    __m128i wrong = _mm_setzero_si128();
-    __m128i first;
-    __m128i last;
-    if (length < 16) {
-        first = take_off(load_both_ends(text, length), load_both_ends(plan.pattern, length), wrong);
-        last = _mm_setzero_si128();
+READS_BY_PLAN bool read_by_plan(const fixed_plan& plan, const std::uint8_t* text, std::uint32_t length, zqtime& result) {
+    byte_block right = bifun::repeated(0xFF);
+    byte_block first;
+    byte_block last{};
+    if (length < bifun::block_length) {
+        first = take_off(load_both_ends(text, length), load_both_ends(plan.pattern, length), right);
     } else {
-        first = take_off(load(text), load(plan.pattern), wrong);
-        last = take_off(load(text + length - 16), load(plan.pattern + length - 16), wrong);
+        const std::uint32_t at = length - bifun::block_length;
+        first = take_off(load_block(text), load_block(plan.pattern), right);
+        last = take_off(load_block(text + at), load_block(plan.pattern + at), right);
     }
-    if (_mm_movemask_epi8(_mm_cmpeq_epi8(wrong, _mm_setzero_si128())) != 0xFFFF) {
+    if (bifun::bits_of(right) != 0xFFFF) {
         return false;
     }
-    const __m128i numbers = numbers_in(first, last, plan.digits_in_first, plan.digits_in_last);
-    const auto number = [](int word) { return static_cast<std::uint32_t>(word); };
-    datetime_layout::datetime_parts parts{.year = _mm_extract_epi16(numbers, 0) * 100 + _mm_extract_epi16(numbers, 1),
-                                          .month = number(_mm_extract_epi16(numbers, 2)),
-                                          .day = number(_mm_extract_epi16(numbers, 3)),
-                                          .hour = number(_mm_extract_epi16(numbers, 5)),
-                                          .minute = number(_mm_extract_epi16(numbers, 6)),
-                                          .second = number(_mm_extract_epi16(numbers, 7)),
+    const number_block numbers = numbers_in(first, last, plan.digits_in_first, plan.digits_in_last);
+    datetime_layout::datetime_parts parts{.year = numbers[0] * 100 + numbers[1],
+                                          .month = numbers[2],
+                                          .day = numbers[3],
+                                          .hour = numbers[5],
+                                          .minute = numbers[6],
+                                          .second = numbers[7],
                                           .microsecond = 0,
                                           .zone = ZQTIME_NO_ZONE};
     if ((plan.parts & part_fraction) != 0) {
-        const __m128i fraction = numbers_in(first, last, plan.fraction_in_first, plan.fraction_in_last);
-        parts.microsecond =
-            number((_mm_extract_epi16(fraction, 0) * 100 + _mm_extract_epi16(fraction, 1)) * 100 + _mm_extract_epi16(fraction, 2));
+        const number_block fraction = numbers_in(first, last, plan.fraction_in_first, plan.fraction_in_last);
+        parts.microsecond = static_cast<std::uint32_t>((fraction[0] * 100 + fraction[1]) * 100 + fraction[2]);
     }
     return store_existing(parts, result);
 }
-#endif
+#undef READS_BY_PLAN
 
 bool read_by_plan_if_possible(const fixed_plan& plan, const std::uint8_t* text, std::uint32_t length, zqtime& result) {
-#if defined(__x86_64__)
-    return plan.can_read && length == plan.length && __builtin_cpu_supports("ssse3") != 0 && read_by_plan(plan, text, length, result);
-#else
-    return false;
-#endif
+    return plan.can_read && length == plan.length && has_lookups() && read_by_plan(plan, text, length, result);
 }
 
 // ---- piece by piece ----

@@ -1,5 +1,3 @@
-#include <emmintrin.h>
-
 #include <algorithm>
 #include <array>
 #include <bit>
@@ -12,6 +10,7 @@
 #include "embedded/format/number_format.h"
 #include "embedded/session/environment.h"
 #include "engine/number_format.h"
+#include "layouts/eight_digits.h"
 
 namespace zqengine {
 
@@ -47,16 +46,8 @@ constexpr std::uint32_t ten_to_8 = 100'000'000;
 
 // Writes 16 digits: two numbers below 10^8, one behind the other.
 void write_16_digits(char* destination, std::uint32_t first, std::uint32_t second) {
-    const auto lanes = [](std::uint32_t low, std::uint32_t high) {
-        return _mm_unpacklo_epi32(_mm_cvtsi32_si128(static_cast<int>(low)), _mm_cvtsi32_si128(static_cast<int>(high)));
-    };
-    const __m128i fours = _mm_unpacklo_epi64(lanes(first / 10000, first % 10000), lanes(second / 10000, second % 10000));
-    // Four numbers of four digits, eight of two, sixteen of one; each division is a multiplication that is exact for its range.
-    const __m128i hundreds = _mm_srli_epi16(_mm_mulhi_epu16(fours, _mm_set1_epi16(5243)), 3);
-    const __m128i twos = _mm_or_si128(hundreds, _mm_slli_epi32(_mm_sub_epi16(fours, _mm_mullo_epi16(hundreds, _mm_set1_epi16(100))), 16));
-    const __m128i tens = _mm_srli_epi16(_mm_mullo_epi16(twos, _mm_set1_epi16(103)), 10);
-    const __m128i ones = _mm_or_si128(tens, _mm_slli_epi16(_mm_sub_epi16(twos, _mm_mullo_epi16(tens, _mm_set1_epi16(10))), 8));
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(destination), _mm_or_si128(ones, _mm_set1_epi8('0')));
+    const bifun::sixteen_characters characters = bifun::sixteen_digits(first, second);
+    std::memcpy(destination, &characters, sizeof characters);
 }
 
 // Writes the last 8, 16 or 24 digits of the number, enough for `columns`.

@@ -6,9 +6,11 @@
 #include <cstddef>
 #include <cstring>
 
-#include <emmintrin.h>
+#include "layouts/byte_block.h"
 
 namespace {
+
+using bifun::byte_block;
 
 struct text_span {
     const uint8_t* bytes;
@@ -67,23 +69,25 @@ constexpr size_t block = 16;
 constexpr size_t half_block = 8;
 
 struct end_bytes {
-    __m128i first;
-    __m128i last;
+    byte_block first;
+    byte_block last;
 };
 
-unsigned candidates(__m128i first, __m128i last, const end_bytes& ends) {
-    return static_cast<unsigned>(_mm_movemask_epi8(_mm_and_si128(_mm_cmpeq_epi8(first, ends.first), _mm_cmpeq_epi8(last, ends.last))));
+unsigned candidates(byte_block first, byte_block last, const end_bytes& ends) {
+    return bifun::bits_of(bifun::where_equal(first, ends.first) & bifun::where_equal(last, ends.last));
 }
 
 unsigned candidates_of_block(const uint8_t* text, size_t last_byte, const end_bytes& ends) {
-    return candidates(_mm_loadu_si128(reinterpret_cast<const __m128i_u*>(text)),
-                      _mm_loadu_si128(reinterpret_cast<const __m128i_u*>(text + last_byte)), ends);
+    return candidates(bifun::load_block(text), bifun::load_block(text + last_byte), ends);
 }
 
 unsigned candidates_of_half_block(const uint8_t* text, size_t last_byte, const end_bytes& ends) {
-    return candidates(_mm_loadl_epi64(reinterpret_cast<const __m128i_u*>(text)),
-                      _mm_loadl_epi64(reinterpret_cast<const __m128i_u*>(text + last_byte)), ends) &
-           0xFFU;
+    const auto load = [](const uint8_t* bytes) {
+        uint64_t word;
+        std::memcpy(&word, bytes, sizeof word);
+        return bifun::block_of_words(word, 0);
+    };
+    return candidates(load(text), load(text + last_byte), ends) & 0xFFU;
 }
 
 // How far the filter came.
@@ -95,7 +99,7 @@ struct filtered {
 template <typename Accept> filtered filter(const text_span& text, size_t from, const zq_pattern& pattern, Accept& accept) {
     const size_t last_byte = pattern.length - 1;
     const size_t behind = text.length - last_byte; // the last place, and one on
-    const end_bytes ends = {_mm_set1_epi8(static_cast<char>(pattern.bytes[0])), _mm_set1_epi8(static_cast<char>(pattern.bytes[last_byte]))};
+    const end_bytes ends = {bifun::repeated(pattern.bytes[0]), bifun::repeated(pattern.bytes[last_byte])};
     size_t comparisons = block; // that may be made before the text counts as full of candidates
     filtered result = {from, false};
 

@@ -319,19 +319,24 @@ TEST_F(Contract, NullFlagsFollowTheNullRule) {
 // The settings are stored anew: the next call chooses.
 TEST_F(Contract, ResultsDoNotDependOnTheInstructionSet) {
     constexpr const char* variable = "BIFUN_INSTRUCTION_SET";
+    const std::vector<const char*> sets = {BIFUN_INSTRUCTION_SETS};
+    if (sets.size() == 1) {
+        GTEST_SKIP() << "compiled for " << sets.front() << " alone";
+    }
     constexpr std::uint32_t row_count = 1500;
     const char* const usual = std::getenv(variable);
     const std::string wanted = usual == nullptr ? "" : usual;
     for (const entry_point& entry : entry_points) {
         for (const double null_rate : {0.0, some_nulls}) {
             const std::vector<call_argument> arguments = arguments_of(entry, row_count, null_rate);
-            setenv(variable, "x86-64", 1);
-            set_up(usual_settings);
-            const outcome least = call(entry, arguments, row_count);
-            for (const char* const set : {"x86-64-v3", "x86-64-v4"}) {
+            const auto call_on = [&](const char* set) {
                 setenv(variable, set, 1);
                 set_up(usual_settings);
-                EXPECT_TRUE(same_outcome(call(entry, arguments, row_count), least)) << entry.symbol << " on " << set;
+                return call(entry, arguments, row_count);
+            };
+            const outcome least = call_on(sets.front());
+            for (std::size_t i = 1; i < sets.size(); ++i) {
+                EXPECT_TRUE(same_outcome(call_on(sets[i]), least)) << entry.symbol << " on " << sets[i];
             }
         }
     }

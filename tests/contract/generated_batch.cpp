@@ -1,6 +1,7 @@
 #include "tests/contract/generated_batch.h"
 
 #include <sys/mman.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <array>
@@ -85,7 +86,8 @@ void* readable_pages(std::size_t size) {
     return pages;
 }
 
-constexpr std::size_t page = 4096;
+// Not the same on every machine of an architecture.
+std::size_t page_size() { return static_cast<std::size_t>(sysconf(_SC_PAGESIZE)); }
 
 // A copy of a text before a page that cannot be read. There are four of each for a thread, because a trim reverses its arguments for a
 // moment: columns of other seeds have others.
@@ -94,6 +96,7 @@ bifun_string guarded_text(const bifun_string& text, std::size_t index, std::uint
     thread_local std::map<std::size_t, std::uint8_t*> guarded;
     std::uint8_t*& data = guarded[index * copies + seed % copies];
     if (data == nullptr && text.length > 0) {
+        const std::size_t page = page_size();
         const std::size_t room = (text.length + page - 1) / page * page;
         auto* const pages = static_cast<std::uint8_t*>(readable_pages(room + page));
         EXPECT_EQ(mprotect(pages + room, page, PROT_NONE), 0);
@@ -185,7 +188,7 @@ void write_garbage(value_type type, std::uint8_t* slot, std::uint64_t bits) {
             std::memcpy(slot + field, &smallest_field, sizeof smallest_field);
         }
     } else if (bifun::is_string(type)) {
-        static void* const unreadable = mmap(nullptr, page, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+        static void* const unreadable = mmap(nullptr, page_size(), PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
         const bifun_string garbage{1000, 0, static_cast<std::uint8_t*>(unreadable)};
         std::memcpy(slot, &garbage, sizeof garbage);
     }

@@ -1,4 +1,4 @@
-"""Checks decimals against Python's: decimal_oracle.py PROGRAM [COUNT]. PROGRAM is embedded_decimal_test, asked with --answer."""
+"""Checks decimals against Python's: decimal_oracle.py COMMAND..., which runs embedded_decimal_test; it is asked with --answer."""
 import decimal
 import random
 import struct
@@ -157,10 +157,10 @@ def question(index):
 
 
 def main():
-    count = int(sys.argv[2]) if len(sys.argv) > 2 else 400000
+    count = 400000
     questions = [question(index) for index in range(count)]
     lines = "".join(line + "\n" for line, _ in questions)
-    answers = subprocess.run([sys.argv[1], "--answer"], input=lines, capture_output=True, text=True, check=True).stdout.splitlines()
+    answers = subprocess.run([*sys.argv[1:], "--answer"], input=lines, capture_output=True, text=True, check=True).stdout.splitlines()
     wrong = [(line, expected, got) for (line, expected), got in zip(questions, answers) if expected != got]
     for line, expected, got in wrong[:10]:
         print("%s\n  expected %s\n  got      %s" % (line, expected, got))

@@ -37,7 +37,7 @@ void scratch_directory::write(const std::string& name, const std::string& text) 
 }
 
 run_result scratch_directory::run(const arguments& words, const std::string& output) const {
-    std::string command = joined({"cd '", path.string(), "' && '", BIFUN_PROGRAM_PATH, "'"});
+    std::string command = joined({"cd '", path.string(), "' && ", BIFUN_PROGRAM_COMMAND});
     for (const std::string& word : words) {
         command += joined({" '", replaced(word, "'", "'\\''"), "'"});
     }
