@@ -97,6 +97,14 @@ value_or_null lengthb(const value_or_null& of_empty, const bifun_string& text, s
     return length_of_text(full_length(text), of_empty, bytes);
 }
 
+bool is_usual_size(const value_or_null& /*of_empty*/, const bifun_string& text) {
+    const std::uint32_t either = text.length | text.trailing_blanks;
+    return (static_cast<std::uint32_t>(either != 0) & static_cast<std::uint32_t>(either < 1U << 30)) != 0;
+}
+void usual_size(const value_or_null& /*of_empty*/, const bifun_string& text, std::int32_t& bytes) {
+    bytes = static_cast<std::int32_t>(text.length + text.trailing_blanks);
+}
+
 using large_object = const bifun_large_object*;
 using environment = bifun_environment*;
 
@@ -115,7 +123,7 @@ status entry::blength_space_a_str(batch_of<INT> batch, column_of<VARCHAR> text) 
     return set_usual_rows<is_usual, usual_length_space, length_space>(batch, fixed(length_of_empty()), text, characters_in(text));
 }
 status entry::blengthb_a_str(batch_of<INT> batch, column_of<VARCHAR> text) {
-    return set_rows<lengthb>(batch, fixed(length_of_empty()), text);
+    return set_usual_rows<is_usual_size, usual_size, lengthb>(batch, fixed(length_of_empty()), text);
 }
 status entry::blengthb_blob_a_str(batch_of<BIGINT> batch, column_of<BLOB> object) {
     return set_rows<lengthb_of_large_object>(batch, fixed(batch.environment), fixed(length_of_empty()), object);

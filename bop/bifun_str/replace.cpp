@@ -18,16 +18,19 @@ status replace_constant(const bifun_string& source, const constant_pattern& patt
     return replace_by_search(pattern.search, pattern.text_scratch, pattern.blanks, source, replacement, room);
 }
 
-// The room by value, so that a row without a match has it in registers.
-[[gnu::noinline]] status replace_matches(text_operations texts, const bifun_string& source, const needle& sought,
-                                         const bifun_string& replacement, string_room room) {
-    return replace_bytes(texts, source, sought, replacement, room);
-}
-
 // For a pattern of bytes of which the first place in each source is known.
 status replace_found(const text_operations& texts, const bifun_string& source, const needle& sought, std::uint32_t offset,
                      const bifun_string& replacement, string_room& room) {
-    return offset == no_offset ? take_text(room, source) : replace_matches(texts, source, sought, replacement, room);
+    return offset == no_offset ? take_text(room, source) : replace_bytes(texts, source, sought, replacement, room);
+}
+
+bool is_without(const text_operations& /*texts*/, const bifun_string& /*source*/, const needle& /*sought*/, std::uint32_t offset,
+                const bifun_string& /*replacement*/) {
+    return offset == no_offset;
+}
+void source_itself(const text_operations& /*texts*/, const bifun_string& source, const needle& /*sought*/, std::uint32_t /*offset*/,
+                   const bifun_string& /*replacement*/, bifun_string& result) {
+    result = source;
 }
 
 // An empty pattern occurs nowhere.
@@ -50,7 +53,8 @@ status replace(batch_of<VARCHAR> batch, Source source, constant_of<VARCHAR> give
         const constant_argument sought{make_needle(pattern.data, pattern.length), true};
         if constexpr (std::is_same_v<Source, column_of<VARCHAR>>) {
             const searched_column searched{source.column, sought.value};
-            return string_rows<replace_found>(batch, fixed(texts), source, sought, first_places(searched), replacement);
+            return usual_string_rows<is_without, source_itself, replace_found>(batch, fixed(texts), source, sought, first_places(searched),
+                                                                               replacement);
         } else {
             return string_rows<replace_bytes>(batch, fixed(texts), source, sought, replacement);
         }

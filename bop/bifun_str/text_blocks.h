@@ -157,9 +157,11 @@ void look_for(const searched_column& searched, std::uint32_t first, std::uint32_
     block_of<column_argument<bifun_string>, most_rows_per_block> room;
     const dense_rows<bifun_string> texts = room.rows({searched.column}, first, count);
     if (searched.column->no_nulls != 0 || std::memchr(texts.null_flags, 0, count) == nullptr) {
-        look_for(ends, texts.values, count, [](std::uint32_t /*k*/) { return true; }, nowhere, somewhere);
+        look_for(
+            ends, texts.values, count, [](std::uint32_t /*k*/) { return true; }, nowhere, somewhere);
     } else {
-        look_for(ends, texts.values, count, [texts](std::uint32_t k) { return texts.has_value(k); }, nowhere, somewhere);
+        look_for(
+            ends, texts.values, count, [texts](std::uint32_t k) { return texts.has_value(k); }, nowhere, somewhere);
     }
 }
 

@@ -9,7 +9,8 @@
 //
 //     set_usual_rows<is_usual, usual_kernel, kernel>(batch, arguments...)
 //         the same for `usual_kernel` in blocks of rows that are all usual, by a plain function of the values that is defined for any bits
-//         and told from few instructions; any other block is evaluated row by row by `kernel`, which gives the same results
+//         and told from few instructions; of other blocks the rows that are not usual are evaluated one by one, by `kernel`, which would
+//         give the same results for all
 //
 // bop/frame/kernel.h says what a kernel is, bop/frame/arguments.h what arguments may be. `checks` says which rows fail, where values tell.
 // A function with a NULL rule of its own has a loop of its own over for_each_block.
@@ -159,18 +160,18 @@ status evaluate_in_passes(const batch& batch, std::uint32_t first, std::uint32_t
     return failure;
 }
 
-template <auto is_usual, class... Rows> bool are_usual(std::uint32_t count, bool no_nulls, const Rows&... rows) {
+template <auto is_usual, class... Rows> std::uint32_t count_unusual(std::uint32_t count, bool no_nulls, const Rows&... rows) {
     std::uint32_t unusual = 0;
     if (no_nulls) {
         for (std::uint32_t k = 0; k < count; ++k) {
-            unusual |= static_cast<std::uint32_t>(!is_usual(rows[k]...));
+            unusual += static_cast<std::uint32_t>(!is_usual(rows[k]...));
         }
     } else {
         for (std::uint32_t k = 0; k < count; ++k) {
-            unusual |= static_cast<std::uint32_t>(!is_usual(rows[k]...)) & static_cast<std::uint32_t>(all_have_values(k, rows...));
+            unusual += static_cast<std::uint32_t>(!is_usual(rows[k]...)) & static_cast<std::uint32_t>(all_have_values(k, rows...));
         }
     }
-    return unusual == 0;
+    return unusual;
 }
 
 // ---- row by row ----
@@ -190,11 +191,12 @@ template <auto kernel, class Checks, class Result, class... Values> status evalu
     return outcome;
 }
 
+// Rows `begin` to `end` of the block that begins with row `first`.
 template <auto kernel, class Checks, class Results, class... Rows>
-status evaluate_one_by_one(const batch& batch, Results& results, std::uint32_t first, std::uint32_t count, bool no_nulls,
+status evaluate_one_by_one(const batch& batch, Results& results, std::uint32_t first, std::uint32_t begin, std::uint32_t end, bool no_nulls,
                            const Rows&... rows) {
     std::uint8_t* const flags = null_flags(batch) + first;
-    for (std::uint32_t k = 0; k < count; ++k) {
+    for (std::uint32_t k = begin; k < end; ++k) {
         if (!no_nulls && !all_have_values(k, rows...)) {
             flags[k] = 0;
             continue;
@@ -222,6 +224,40 @@ status evaluate_one_by_one(const batch& batch, Results& results, std::uint32_t f
         flags[k] = 1;
     }
     return BIFUN_OK;
+}
+
+// Called, so that a loop over the usual rows keeps its values in registers.
+template <auto kernel, class Results, class... Rows>
+[[gnu::flatten, gnu::noinline]] status evaluate_unusual_row(const batch& batch, Results& results, std::uint32_t first, std::uint32_t k,
+                                                            const Rows&... rows) {
+    return evaluate_one_by_one<kernel, no_checks>(batch, results, first, k, k + 1, true, rows...);
+}
+
+// Rows of which most are usual.
+template <auto is_usual, auto usual_kernel, auto kernel, class Results, class Result, class... Rows>
+status evaluate_mostly_usual(const batch& batch, Results& results, std::uint32_t first, std::uint32_t count, bool no_nulls,
+                             const Rows&... rows) {
+    std::uint8_t* const flags = null_flags(batch) + first;
+    Result* const usual_results = values<Result>(batch) + first;
+    for (std::uint32_t k = 0;; ++k) {
+        for (; k < count; ++k) {
+            const bool has_value = no_nulls || all_have_values(k, rows...);
+            if (has_value) {
+                if (!is_usual(rows[k]...)) {
+                    break;
+                }
+                (void)evaluate<usual_kernel>(usual_results[k], rows[k]...);
+            }
+            flags[k] = static_cast<std::uint8_t>(has_value);
+        }
+        if (k == count) {
+            return BIFUN_OK;
+        }
+        const status outcome = evaluate_unusual_row<kernel>(batch, results, first, k, rows...);
+        if (outcome < BIFUN_OK) [[unlikely]] {
+            return outcome;
+        }
+    }
 }
 
 // ---- batches ----
@@ -254,7 +290,7 @@ template <auto kernel, class Checks, class Results, class... Rows>
 [[gnu::flatten, gnu::noinline]] status evaluate_block(const batch& batch, std::uint32_t first, std::uint32_t count, bool no_nulls,
                                                       const Rows... rows) {
     Results results(batch);
-    const status outcome = evaluate_one_by_one<kernel, Checks>(batch, results, first, count, no_nulls, rows...);
+    const status outcome = evaluate_one_by_one<kernel, Checks>(batch, results, first, 0, count, no_nulls, rows...);
     results.finish();
     return outcome;
 }
@@ -269,13 +305,27 @@ status evaluate_rows(const batch& batch, const Arguments&... arguments) {
     return stop_at_failure(batch, for_each_block(batch.row_count, block, arguments...));
 }
 
+template <auto is_usual, auto usual_kernel, auto kernel, class Results, class Result, class... Rows>
+[[gnu::flatten, gnu::noinline]] status evaluate_mixed_block(const batch& batch, std::uint32_t first, std::uint32_t count, bool no_nulls,
+                                                            const Rows... rows) {
+    Results results(batch);
+    const status outcome =
+        evaluate_mostly_usual<is_usual, usual_kernel, kernel, Results, Result>(batch, results, first, count, no_nulls, rows...);
+    results.finish();
+    return outcome;
+}
+
 template <auto is_usual, auto usual_kernel, auto kernel, class Results, class Result, class... Arguments>
 [[gnu::flatten]] status evaluate_usual_rows(const batch& batch, const Arguments&... arguments) {
     const bool no_nulls = (has_no_nulls(arguments) && ...);
     batch.result->no_nulls = no_null_flag<kernel>(arguments...);
     const auto block = [&](std::uint32_t first, std::uint32_t count, const auto&... rows) {
-        if (!are_usual<is_usual>(count, no_nulls, rows...)) {
+        const std::uint32_t unusual = count_unusual<is_usual>(count, no_nulls, rows...);
+        if (unusual > count / 2) {
             return evaluate_block<kernel, no_checks, Results>(batch, first, count, no_nulls, rows...);
+        }
+        if (unusual != 0) {
+            return evaluate_mixed_block<is_usual, usual_kernel, kernel, Results, Result>(batch, first, count, no_nulls, rows...);
         }
         write_null_flags(null_flags(batch) + first, count, no_nulls, rows...);
         compute_block<usual_kernel>(values<Result>(batch) + first, null_flags(batch) + first, count, no_nulls, rows...);

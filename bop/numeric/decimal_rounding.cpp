@@ -104,7 +104,7 @@ status set_digits(const batch& batch, const column_argument<xdec>& x, std::int32
         write_null_flags(flags, count, has_no_nulls(x), rows);
         return decimal_layout::set_digits_of_all<mode>(rows.values, flags, digits, results.values + first, count)
                    ? BIFUN_OK
-                   : evaluate_one_by_one<kernel, no_checks>(batch, results, first, count, has_no_nulls(x), rows, digit_rows...);
+                   : evaluate_one_by_one<kernel, no_checks>(batch, results, first, 0, count, has_no_nulls(x), rows, digit_rows...);
     };
     return for_each_block(batch.row_count, block, x, digits_argument...);
 }

@@ -123,9 +123,7 @@ template <extreme which> status choose_packed(const batch& batch, const column_a
         write_null_flags(flags, count, no_nulls, x_rows, y_rows);
         const std::int64_t done = choose_fours<which>(x_rows.values, y_rows.values, flags, results.values + first, count);
         const auto from = static_cast<std::uint32_t>(done < 0 ? 0 : done);
-        const auto rest = [from](const dense_rows<xdec>& rows) -> dense_rows<xdec> { return {rows.null_flags + from, rows.values + from}; };
-        return evaluate_one_by_one<packed_kernel<which>, no_checks>(batch, results, first + from, count - from, no_nulls, rest(x_rows),
-                                                                    rest(y_rows));
+        return evaluate_one_by_one<packed_kernel<which>, no_checks>(batch, results, first, from, count, no_nulls, x_rows, y_rows);
     };
     return for_each_block(batch.row_count, block, x, y);
 }
