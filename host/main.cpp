@@ -10,15 +10,16 @@
 #include <CLI/CLI.hpp>
 #include <unistd.h>
 
-#include "host/binding.h"
-#include "host/execution.h"
-#include "host/function_list.h"
-#include "host/function_reference.h"
+#include "host/binding/binding.h"
+#include "host/evaluation/execution.h"
+#include "host/functions/function_list.h"
+#include "host/functions/function_reference.h"
 #include "host/near_names.h"
-#include "host/output.h"
+#include "host/output/output.h"
 #include "host/program_error.h"
-#include "host/settings.h"
-#include "host/sql_text.h"
+#include "host/session/settings.h"
+#include "host/sql/sql_text.h"
+#include "host/sql/syntax.h"
 
 namespace host {
 namespace {

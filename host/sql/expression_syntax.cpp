@@ -1,0 +1,144 @@
+// Operators and conditions, and the kinds of nodes that there are.
+
+#include <algorithm>
+
+#include <fmt/format.h>
+
+#include "host/sql/call_spelling.h"
+#include "host/sql/parse_tree.h"
+#include "host/sql/sql_text.h"
+
+namespace host {
+namespace {
+
+constexpr std::size_t deepest = 500; // expressions in one another
+
+struct comparison_name {
+    std::string_view symbol;
+    comparison_operator operation;
+};
+
+constexpr comparison_name comparison_names[] = {
+    {"=", comparison_operator::equal},          {"<>", comparison_operator::not_equal}, {"<", comparison_operator::less},
+    {"<=", comparison_operator::less_or_equal}, {">", comparison_operator::greater},    {">=", comparison_operator::greater_or_equal},
+};
+
+// A comparison, or a call that is written as an operator.
+expression translate_symbol(const json& body, translation_context context) {
+    expression made = make(expression_kind::comparison, body);
+    made.name = body["name"].back()["String"].value("sval", "");
+    const auto* const known = std::ranges::find(comparison_names, made.name, &comparison_name::symbol);
+    const bool is_comparison = known != std::end(comparison_names);
+    if (!(is_comparison || is_own_syntax(made.name)) || !body.contains("lexpr") || body["name"].size() != 1) {
+        fail_at(context.sql, made.offset,
+                fmt::format("the operator {} is not supported; operators are = <> < <= > >= AND OR NOT BETWEEN IN IS", made.name));
+    }
+    made.operands.push_back(translate(body["lexpr"], context));
+    made.operands.push_back(translate(body["rexpr"], context));
+    if (is_comparison) {
+        made.comparison = known->operation;
+    } else {
+        made.kind = expression_kind::call;
+        spell_as_builtin(made);
+    }
+    return made;
+}
+
+// x BETWEEN y AND z, x IN (y, ...).
+expression translate_operator_with_list(const json& body, translation_context context, expression_kind kind, bool negated) {
+    expression made = make(kind, body);
+    made.negated = negated;
+    made.operands = translate_all(body["rexpr"]["List"]["items"], context);
+    made.operands.insert(made.operands.begin(), translate(body["lexpr"], context));
+    return made;
+}
+
+expression translate_operator(const json& body, translation_context context) {
+    const std::string kind = body.value("kind", "");
+    if (kind == "AEXPR_OP") {
+        return translate_symbol(body, context);
+    }
+    if (kind == "AEXPR_IN") {
+        const bool negated = body["name"].back()["String"].value("sval", "") == "<>";
+        return translate_operator_with_list(body, context, expression_kind::in_list, negated);
+    }
+    if (kind == "AEXPR_BETWEEN" || kind == "AEXPR_NOT_BETWEEN") {
+        return translate_operator_with_list(body, context, expression_kind::between, kind == "AEXPR_NOT_BETWEEN");
+    }
+    fail_at(context.sql, offset_of(body), "this operator is not supported; operators are = <> < <= > >= AND OR NOT BETWEEN IN IS");
+}
+
+expression translate_boolean(const json& body, translation_context context) {
+    const std::string operation = body.value("boolop", "");
+    expression made = make(operation == "AND_EXPR"  ? expression_kind::conjunction
+                           : operation == "OR_EXPR" ? expression_kind::disjunction
+                                                    : expression_kind::negation,
+                           body);
+    made.operands = translate_all(body["args"], context);
+    return made;
+}
+
+expression translate_null_test(const json& body, translation_context context) {
+    expression made = make(expression_kind::null_test, body);
+    made.negated = body.value("nulltesttype", "") == "IS_NOT_NULL";
+    made.operands.push_back(translate(body["arg"], context));
+    return made;
+}
+
+expression translate_truth_test(const json& body, translation_context context) {
+    expression made = make(expression_kind::truth_test, body);
+    std::string_view test = body["booltesttype"].get_ref<const std::string&>();
+    made.negated = test.starts_with("IS_NOT_");
+    test.remove_prefix(made.negated ? 7 : 3);
+    made.tested = test == "TRUE" ? truth_value::true_value : test == "FALSE" ? truth_value::false_value : truth_value::unknown;
+    made.operands.push_back(translate(body["arg"], context));
+    return made;
+}
+
+struct node_translation {
+    std::string_view node;
+    expression (*translate)(const json& body, translation_context context);
+};
+
+constexpr node_translation node_translations[] = {
+    {"A_Const", translate_constant},   {"ColumnRef", translate_column},   {"FuncCall", translate_call},
+    {"MinMaxExpr", translate_extreme}, {"TypeCast", translate_cast},      {"A_Expr", translate_operator},
+    {"BoolExpr", translate_boolean},   {"NullTest", translate_null_test}, {"BooleanTest", translate_truth_test},
+};
+
+struct refused_node {
+    std::string_view node;
+    std::string_view message;
+};
+
+constexpr refused_node refused_nodes[] = {
+    {"CoalesceExpr", "COALESCE is not supported; use NVL(x, y)"},
+    {"CaseExpr", "CASE is not supported; use IF(condition, x, y)"},
+    {"SubLink", "subqueries are not supported"},
+    {"ParamRef", "there are no parameters; write the value"},
+    {"SQLValueFunction", "this value is not supported"},
+    {"A_ArrayExpr", "arrays are not supported"},
+    {"A_Indirection", "arrays and records are not supported"},
+    {"RowExpr", "records are not supported"},
+    {"NamedArgExpr", "arguments have no names; write the value alone"},
+    {"CollateClause", "COLLATE is not supported"},
+    {"SetToDefault", "DEFAULT is not a value"},
+};
+
+} // namespace
+
+expression translate(const json& node, translation_context context) {
+    const std::string& name = node.begin().key();
+    const json& body = node.begin().value();
+    if (++context.depth > deepest) {
+        refuse(node, context, fmt::format("the expression is nested more than {} levels deep", deepest));
+    }
+    const auto* const known = std::ranges::find(node_translations, name, &node_translation::node);
+    if (known != std::end(node_translations)) {
+        return known->translate(body, context);
+    }
+    const auto* const refused = std::ranges::find(refused_nodes, name, &refused_node::node);
+    refuse(node, context, refused != std::end(refused_nodes) ? refused->message : "this expression is not supported");
+}
+
+} // namespace host
