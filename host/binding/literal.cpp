@@ -11,17 +11,7 @@
 namespace host {
 namespace {
 
-// Reads a number as it stands in SQL: digits with a point and an exponent at will.
-std::size_t significant_digits(std::string_view number) {
-    std::size_t digits = 0;
-    for (const char c : number) {
-        digits += c >= '1' && c <= '9' ? 1 : c == '0' && digits > 0 ? 1 : 0;
-    }
-    return digits;
-}
-
 sql_type type_of_number(const expression& literal, const std::string& sql) {
-    constexpr std::size_t most_digits = 38;
     const std::string& text = literal.text;
     std::int32_t small = 0;
     std::int64_t large = 0;
@@ -39,8 +29,9 @@ sql_type type_of_number(const expression& literal, const std::string& sql) {
         return sql_type::bigint;
     }
     xdec exact;
-    if (significant_digits(text) > most_digits || !read_decimal(text, exact)) {
-        fail_at(sql, literal.offset, "a DECIMAL has at most 38 digits; write the number with an exponent for a DOUBLE");
+    if (!read_decimal(text, exact)) {
+        fail_at(sql, literal.offset,
+                "a DECIMAL has at most 38 digits, and at most 127 behind the point; write the number with an exponent for a DOUBLE");
     }
     return sql_type::decimal;
 }

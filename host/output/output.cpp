@@ -6,6 +6,7 @@
 
 #include "embedded/datetime/text.h"
 #include "engine/decimal.h"
+#include "engine/number_format.h"
 #include "host/output/display_width.h"
 #include "host/program_error.h"
 #include "host/values/interval_text.h"
@@ -27,14 +28,12 @@ template <class Number> void append_number(std::string& text, Number value) {
     text.append(digits, end);
 }
 
+// As TO_CHAR without a format writes it.
 void append_double(std::string& text, double value) {
-    if (std::isnan(value)) {
-        text += "NaN";
-    } else if (std::isinf(value)) {
-        text += value < 0 ? "-Infinity" : "Infinity";
-    } else {
-        append_number(text, value);
-    }
+    char characters[32];
+    std::uint32_t length = 0;
+    (void)zq_dou2char(value, characters, sizeof characters, &length);
+    text.append(characters, length);
 }
 
 bool is_text(sql_type type) { return type == sql_type::varchar || type == sql_type::varbinary; }

@@ -50,9 +50,8 @@ class result_output {
     bool widths_settled_ = false;
 };
 
-// The value of a row that is not NULL and no string, as text: numbers in full, doubles as the shortest text that reads back as the same,
-// NaN, Infinity, -Infinity, true, false, dates in ISO form and
-// intervals as append_interval writes them. Appended to `text`.
+// The value of a row that is not NULL and no string, as text: numbers in full, doubles as TO_CHAR writes them, true,
+// false, dates in ISO form and intervals as append_interval writes them. Appended to `text`.
 void append_value(std::string& text, const bifun_column& column, sql_type type, std::uint32_t row);
 
 } // namespace host

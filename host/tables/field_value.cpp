@@ -59,6 +59,13 @@ field_fault store_text(const column_type& type, const charset& set, std::string_
     return status == 0 ? field_fault::none : field_fault::out_of_memory;
 }
 
+// Of a text that is not read: whether that is because its type does not keep all of its digits.
+bool has_too_many_digits(const column_type& type, std::string_view text) {
+    const bool has_fraction = is_datetime(type.type) || is_interval(type.type);
+    return type.type == sql_type::decimal ? shape_of_number(without_blanks_around(text)).is_number
+                                          : has_fraction && has_excess_fraction(text);
+}
+
 std::string with_single_blanks(std::string_view text) {
     std::string made;
     for (const char c : without_blanks_around(text)) {
@@ -131,7 +138,7 @@ field_fault store_field(const column_type& type, const session_settings& setting
     default:
         return store_text(type, *settings.text_charset, text, column, row);
     }
-    return read ? field_fault::none : field_fault::not_of_type;
+    return read ? field_fault::none : has_too_many_digits(type, text) ? field_fault::too_many_digits : field_fault::not_of_type;
 }
 
 } // namespace host

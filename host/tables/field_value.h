@@ -29,7 +29,7 @@ constexpr std::string_view column_type_names = "INT, BIGINT, DECIMAL, DOUBLE, DA
                                                "TIME ZONE, INTERVAL with its fields (such as "
                                                "INTERVAL DAY TO SECOND), CHAR(n) and VARCHAR";
 
-enum class field_fault : std::uint8_t { none, not_of_type, too_long, invalid_text, out_of_memory };
+enum class field_fault : std::uint8_t { none, not_of_type, too_many_digits, too_long, invalid_text, out_of_memory };
 
 // Stores a field that is not NULL as row `row` of a column of its type.
 field_fault store_field(const column_type& type, const session_settings& settings, std::string_view text, zqengine::column_storage& column,

@@ -30,6 +30,9 @@ std::string shown_field(const charset& set, std::string_view text) {
         fail("{}: \"{}\" is not valid {}; name the file's character set with --set charset=NAME", place, shown_field(set, text), set.name);
     case field_fault::too_long:
         fail("{}: \"{}\" does not fit {}; give the column a longer type with --types", place, shown_field(set, text), type);
+    case field_fault::too_many_digits:
+        fail("{}: \"{}\" has more digits than {} keeps; give the column another type with --types, such as {}:VARCHAR", place,
+             shown_field(set, text), type, column.name);
     case field_fault::out_of_memory:
         fail("{}: out of memory", place);
     default:

@@ -10,66 +10,42 @@ namespace {
 
 bool is_digit(char c) { return c >= '0' && c <= '9'; }
 
-// How a number is written; `is_number` false where the text is none.
-struct number_shape {
-    bool is_number = false;
-    bool has_point = false;
-    bool has_exponent = false;
-    bool has_leading_zero = false; // and further digits before the point
-    std::size_t digits = 0;        // without leading zeros
-};
-
-number_shape shape_of_number(std::string_view text) {
-    number_shape shape;
-    std::size_t i = !text.empty() && (text[0] == '-' || text[0] == '+') ? 1 : 0;
-    std::size_t all_digits = 0;
-    shape.has_leading_zero = i + 1 < text.size() && text[i] == '0' && is_digit(text[i + 1]);
-    for (; i < text.size() && (is_digit(text[i]) || (text[i] == '.' && !shape.has_point)); ++i) {
-        if (text[i] == '.') {
-            shape.has_point = true;
-            continue;
-        }
-        ++all_digits;
-        shape.digits += shape.digits > 0 || text[i] != '0' ? 1 : 0;
-    }
-    if (all_digits > 0 && i < text.size() && (text[i] == 'e' || text[i] == 'E')) {
-        shape.has_exponent = true;
-        ++i;
-        i += i < text.size() && (text[i] == '-' || text[i] == '+') ? 1 : 0;
-        const std::size_t first = i;
-        while (i < text.size() && is_digit(text[i])) {
-            ++i;
-        }
-        all_digits = i == first ? 0 : all_digits;
-    }
-    shape.is_number = all_digits > 0 && i == text.size();
-    return shape;
+// Whether the double nearest to the number, as the shortest text for it, has the same digits.
+bool survives_as_double(std::string_view text, const xdec& value) {
+    constexpr std::size_t room = 32;
+    double nearest = 0;
+    char shortest[room];
+    xdec kept;
+    return read_number(text, nearest) && read_decimal({shortest, std::to_chars(shortest, shortest + room, nearest).ptr}, kept) &&
+           xdec_cmp(&value, &kept) == 0;
 }
 
-field_kind classify_number(std::string_view text, const number_shape& shape) {
+field_kinds classify_number(std::string_view text, const number_shape& shape) {
     constexpr std::size_t digits_of_any_int = 9;
     constexpr std::size_t digits_of_any_bigint = 18;
-    constexpr std::size_t digits_of_any_decimal = 38;
+    constexpr std::size_t digits_of_any_double = 15;
     if (shape.has_exponent) {
-        return double_field;
+        double value = 0;
+        return read_number(text, value) ? double_field : text_field;
     }
-    if (!shape.has_point) {
-        if (shape.digits <= digits_of_any_int) {
-            return integer_field;
-        }
-        std::int64_t value = 0;
-        text.remove_prefix(text[0] == '+' ? 1 : 0);
-        if (shape.digits <= digits_of_any_bigint + 1 && std::from_chars(text.data(), text.data() + text.size(), value).ec == std::errc{}) {
-            return value >= INT32_MIN && value <= INT32_MAX ? integer_field : bigint_field;
-        }
+    if (!shape.has_point && shape.digits <= digits_of_any_int) {
+        return integer_field;
     }
-    xdec value;
-    return shape.digits <= digits_of_any_decimal || read_decimal(text, value) ? decimal_field : double_field;
+    xdec decimal;
+    if (!read_decimal(text, decimal)) {
+        return text_field;
+    }
+    const field_kinds precise = shape.digits <= digits_of_any_double || survives_as_double(text, decimal) ? 0U : precise_field;
+    std::int64_t value = 0;
+    if (!shape.has_point && shape.digits <= digits_of_any_bigint + 1 && read_number(text, value)) {
+        return (value >= INT32_MIN && value <= INT32_MAX ? integer_field : bigint_field) | precise;
+    }
+    return decimal_field | precise;
 }
 
 } // namespace
 
-field_kind classify_field(std::string_view text) {
+field_kinds classify_field(std::string_view text) {
     const std::string_view trimmed = without_blanks_around(text);
     const number_shape shape = shape_of_number(trimmed);
     if (shape.is_number) {
@@ -97,8 +73,9 @@ field_kind classify_field(std::string_view text) {
 }
 
 sql_type type_of_fields(field_kinds kinds) {
-    constexpr field_kinds numbers = integer_field | bigint_field | decimal_field | double_field;
-    if (kinds != 0 && (kinds & ~numbers) == 0) {
+    constexpr field_kinds numbers = integer_field | bigint_field | decimal_field | double_field | precise_field;
+    constexpr field_kinds changed_by_widening = double_field | precise_field;
+    if (kinds != 0 && (kinds & ~numbers) == 0 && (kinds & changed_by_widening) != changed_by_widening) {
         return (kinds & double_field) != 0    ? sql_type::double_precision
                : (kinds & decimal_field) != 0 ? sql_type::decimal
                : (kinds & bigint_field) != 0  ? sql_type::bigint

@@ -26,14 +26,17 @@ enum field_kind : field_kinds {
     time_with_zone_field = 128,
     timestamp_with_zone_field = 256,
     text_field = 512,
+    precise_field = 1024, // besides the kind of a number: as a double it would have other digits
 };
 
-// The kind of one field that is not NULL. Numbers may have blanks around them. A number with a leading zero, such as 007, is text: as a
-// number it would lose its zeros. A number with more than 38 digits is a decimal, which rounds it, or a double where it is too large.
-field_kind classify_field(std::string_view text);
+// The kind of one field that is not NULL. Numbers may have blanks around them. What no number or datetime keeps as it is, is text: 007,
+// which would lose its zeros, numbers with too many digits for a decimal or an exponent beyond doubles, and fractions of a second with more
+// than six digits.
+field_kinds classify_field(std::string_view text);
 
 // The type that holds every field of a column: the widest of its numbers (a double wherever an exponent stands), TIMESTAMP for dates
-// and timestamps together, VARCHAR for any other mixture, such as values with and without zones, and where every field is NULL.
+// and timestamps together, VARCHAR for any other mixture, such as values with and without zones or exponents and numbers that a double
+// would change, and where every field is NULL.
 sql_type type_of_fields(field_kinds kinds);
 
 // Reads a whole file and rewinds it. One type per column; columns that are not `wanted` are VARCHAR.

@@ -51,11 +51,13 @@ bool take_fraction(std::string_view& text, std::int64_t& microseconds) {
     if (text.empty() || !is_digit(text.front())) {
         return false;
     }
+    bool is_kept = true;
     for (std::int64_t unit = microseconds_per_second / 10; !text.empty() && is_digit(text.front()); unit /= 10) {
+        is_kept &= unit > 0 || text.front() == '0';
         microseconds += (text.front() - '0') * unit;
         text.remove_prefix(1);
     }
-    return true;
+    return is_kept;
 }
 
 bool take_field(std::string_view& text, interval_field field, bool is_first, field_sum& sum) {

@@ -30,8 +30,8 @@ std::string qualifier_name(interval_qualifier qualifier);
 std::optional<interval_qualifier> find_qualifier(std::string_view name);
 
 // Reads all fields of the qualifier: "1-2", "-3 04:05:06.5", "90:30". Only the first one may be beyond its range, and then is carried
-// over, so that 14 months are 1-02. Digits of a fraction behind the sixth are cut. Returns false where the text has not these fields
-// or the years or days do not fit 32 bits; blanks around it do not count.
+// over, so that 14 months are 1-02. Returns false where the text has not these fields, digits other than 0 stand behind the sixth of a
+// fraction, or the years or days do not fit 32 bits; blanks around it do not count.
 bool read_interval(std::string_view text, interval_qualifier qualifier, bifun_interval_ym& value);
 bool read_interval(std::string_view text, interval_qualifier qualifier, bifun_interval_dt& value);
 
