@@ -273,6 +273,22 @@ void leave_out_whole_days(binder& state, const expression& tree, std::string_vie
     arguments[1] = bind(state, rest);
 }
 
+// Whether a number is written under a format that shows all of its digits, however small it is.
+bool shows_all_digits(const bifun::entry_point& member, const std::vector<operand>& arguments) {
+    if (member.builtin != "TO_CHAR" || arguments.size() < 2 || member.arguments()[0].type != value_type::DOUBLE) {
+        return false;
+    }
+    const std::string format = upper_case(arguments[1].literal->text);
+    return format.find("EEEE") != format.npos || format.find("TM") != format.npos;
+}
+
+// Members whose NULL rule speaks of the first argument alone are asked for no row where another one is NULL: constants they take by their
+// length.
+bool is_null_by_constant(const bifun::entry_point& member, const std::vector<operand>& arguments) {
+    return bifun::null_rule_of(member) == bifun::null_rule::first_only &&
+           std::ranges::find(arguments, sql_type::null, &operand::type) != arguments.end();
+}
+
 operand add_call(binder& state, const expression& tree, std::string_view builtin, std::vector<operand> arguments) {
     leave_out_whole_days(state, tree, builtin, arguments);
     const bifun::entry_point& member = find_member(state, tree, builtin, arguments);
@@ -280,12 +296,18 @@ operand add_call(binder& state, const expression& tree, std::string_view builtin
         check_word(state, member, i, arguments[i]);
     }
     check_date_formats(state, member, arguments);
+    if (is_null_by_constant(member, arguments)) {
+        const sql_type type = sql_type_of(member.result);
+        const operand null = add_literal(state, literal_kind::null, "", tree.offset);
+        return {nullptr, as_type(state, null, type), type, tree.offset};
+    }
     step call{.kind = step_kind::call, .type = result_type(state, member, arguments), .operands = {}};
     if (builtin == "TO_DATE") {
         call.type = type_of_read_date(state, member, arguments);
     }
     call.entry = &member;
     call.function = state.library.find(member.symbol);
+    call.shows_all_digits = shows_all_digits(member, arguments);
     const sql_type type = call.type;
     for (std::size_t i = 0; i < arguments.size(); ++i) {
         const value_type parameter = member.arguments()[i].type;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <memory>
 
 #include "bop/frame/arguments.h"
@@ -207,6 +208,35 @@ void complete_datetimes(const execution& run, step& call, std::uint32_t row_coun
     }
 }
 
+// Results of functions end in blanks that are stored or counted, literals and fields in counted ones. Functions tell the two apart, people
+// do not.
+void count_trailing_blanks(bifun_column& column, std::uint32_t row_count) {
+    auto* const texts = static_cast<bifun_string*>(column.data->values);
+    for (std::uint32_t k = 0; k < row_count; ++k) {
+        bifun_string& text = texts[k];
+        while (column.data->null_flags[k] != 0 && text.length > 0 && text.data[text.length - 1] == ' ') {
+            --text.length;
+            ++text.trailing_blanks;
+        }
+    }
+}
+
+// A number so small that a decimal would lose digits of it, or all of them, is not shown with zeros in their place.
+void check_digits(const execution& run, const step& call, const bifun_column& numbers, std::uint32_t row_count) {
+    constexpr double always_kept = 1e-100; // 17 digits lie before the 127th behind the point
+    const auto* const values = static_cast<const double*>(numbers.data->values);
+    for (std::uint32_t k = 0; k < row_count; ++k) {
+        const std::uint32_t row = numbers.selection == nullptr ? k : numbers.selection[k];
+        xdec decimal;
+        if (numbers.data->null_flags[row] != 0 && values[row] != 0 && std::fabs(values[row]) < always_kept &&
+            xdec_from_double(&decimal, values[row]) == 0 && xdec_to_double(&decimal) != values[row]) {
+            fail("{}: a format shows no digits behind the 127th of a fraction, and the number in row {} has some; without a format it is "
+                 "shown in full",
+                 call.entry->builtin, row_in_file(run, k));
+        }
+    }
+}
+
 void evaluate_call(execution& run, step& call, std::uint32_t row_count) {
     std::array<const bifun_column*, bifun::most_arguments> columns{};
     for (std::size_t i = 0; i < call.operands.size(); ++i) {
@@ -214,12 +244,18 @@ void evaluate_call(execution& run, step& call, std::uint32_t row_count) {
             columns[i] = &column_of(run, call.operands[i]);
         }
     }
+    if (call.shows_all_digits) {
+        check_digits(run, call, *columns[0], row_count);
+    }
     const std::int32_t status = call_entry(run, call, columns, row_count);
     if (status != 0) {
         fail_in_call(run, call, columns, status, row_count);
     }
     if (call.type == sql_type::boolean) {
         normalise_condition(call.result->column, row_count);
+    }
+    if (call.type == sql_type::varchar) {
+        count_trailing_blanks(call.result->column, row_count);
     }
     if (is_datetime(call.type) && call.type != sql_type::timestamp) {
         complete_datetimes(run, call, row_count);

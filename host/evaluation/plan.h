@@ -43,6 +43,7 @@ struct step {
     constant value{.as_string = {}, .text = {}};
     const bifun::entry_point* entry = nullptr;
     void* function = nullptr;
+    bool shows_all_digits = false; // call: of its first argument, a double that becomes a decimal
     comparison_operator comparison = comparison_operator::equal;
     truth_value tested = truth_value::true_value;
     bool negated = false;

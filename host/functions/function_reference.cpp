@@ -30,6 +30,9 @@ everywhere. A number literal is the first of INT, BIGINT and DECIMAL that holds 
 - A DOUBLE has 15 to 17 significant digits. A BIGINT or DECIMAL with more becomes the nearest DOUBLE: in SQRT and the other functions
   that take nothing else, and also in MOD, SIGN and POWER of a DECIMAL, so that `MOD(0.3, 0.1)` is not 0. ROUND, TRUNC, CEIL, FLOOR, ABS,
   GREATEST, LEAST, NVL, IF, BITAND and TO_CHAR keep every digit of a DECIMAL.
+- A DOUBLE of a file may be `NaN` or `Infinity`. NaN stays NaN, but SIGN of it is 0, GREATEST and LEAST take the other value, and TO_CHAR under
+  a format fails; comparisons with it are false. TO_CHAR, ROUND and POWER of an infinite number fail, and so does every function whose
+  result would be one and whose arguments are not.
 - A DOUBLE never becomes a DECIMAL. TRUNC to n digits therefore takes no DOUBLE; ROUND does.
 - TRUNC of text takes digits and a point, no sign, and gives a DOUBLE.
 - The formats of TO_CHAR and its kin are described in [number formats](number-formats.md) and [date formats](date-formats.md).
@@ -41,8 +44,8 @@ row.
 
 ## Text
 
-Blanks at the end are part of a text. They are kept as a count beside it, whether they come from a literal, a file or the padding of a CHAR(n)
-column, and printed in full. Functions see them (`RIGHT('ab  ', 3)` is `'b  '`); comparisons do not (`'ab' = 'ab  '`). `TRIM(s)` is
+Blanks at the end are part of a text. They are kept as a count beside it, whether they come from a literal, a file, the padding of a CHAR(n)
+column or a function, so that texts that print alike behave alike, and are printed in full. Functions see them (`RIGHT('ab  ', 3)` is `'b  '`); comparisons do not (`'ab' = 'ab  '`). `TRIM(s)` is
 `TRIM(BOTH ' ' FROM s)`; `SUBSTRING(s FROM p FOR n)` and `SUBSTRING(s, p, n)` are SUBSTR. [Strings](strings.md) says what the functions do
 in detail.
 

@@ -89,4 +89,29 @@ TEST(ExactValues, Literals) {
     });
 }
 
+// Blanks at the end are a count, whoever made the text: functions take counted and stored ones for different things.
+TEST(ExactValues, TextsThatPrintAlike) {
+    expect_shown({
+        {"RTRIM(SUBSTR('ab   c', 1, 4)) ; RTRIM('ab  ') ; TRIM(RPAD('ab', 5)) ; RTRIM(REPLACE('abx', 'x', '  ')) ; RTRIM('a' || '  ')",
+         R"("ab", "ab", "ab", "ab", "a")"},
+        {"SUBSTR('ab   c', 1, 4) ; SUBSTR('ab   c', 1, 4) || 'x' ; LENGTH(SUBSTR('ab   c', 1, 4)) ; LENGTH('ab  ')",
+         R"("ab  ", "ab  x", 4, 4)"},
+        {"LENGTH(SUBSTR('a   c', 2, 3)) ; LENGTH(REPLACE('x', 'x', '   ')) ; LENGTH('   ')", "3, 3, 3"},
+    });
+    expect_answer("s,n\nab   c,1\n,2\nb c,3\n", "SELECT RTRIM(SUBSTR(s, n, 3)) || '.' v FROM t", "v\nab.\n.\nc.\n");
+}
+
+TEST(ExactValues, NumbersUnderFormats) {
+    const std::string refusal = "TO_CHAR: a format shows no digits behind the 127th of a fraction, and the number in row ";
+    expect_shown({
+        {"TO_CHAR(1.5, '9.9', NULL) ; TO_CHAR(1.5e0, NULL, NULL) ; TO_CHAR(ABS(-5), NULL) ; TO_CHAR(DATE '2024-02-29', 'YYYY', NULL)",
+         "null, null, null, null"},
+        {"TO_CHAR(1e-127, '9.9EEEE') ; TO_CHAR(0e0, 'TM') ; TO_CHAR(1e-200, '0.99') ; TO_CHAR(1e-200) ; 1e-200",
+         R"(" 1.0E-127", "0", " 0.00", "1E-200", 1E-200)"},
+        {"TO_CHAR(1.25e-126, '9.9EEEE')", "TO_CHAR: a format ..."},
+    });
+    expect_failure("x\n1e-5\n\n-1e-130\n", "SELECT TO_CHAR(x, 'tme') FROM t",
+                   joined({refusal, "3 has some; without a format it is shown in full"}));
+}
+
 } // namespace
