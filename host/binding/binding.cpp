@@ -1,7 +1,7 @@
 #include "host/binding/binding.h"
 
 #include <algorithm>
-#include <set>
+#include <map>
 
 #include "host/binding/binder.h"
 #include "host/binding/literal.h"
@@ -291,13 +291,16 @@ void bind_item(binder& state, const select_item& item, plan& made) {
 
 // Every result column gets a name of its own: a, a_2, a_3.
 void make_names_unique(std::vector<result_column>& results) {
-    std::set<std::string> taken;
+    std::map<std::string, int> taken; // with the last number that was given
     for (result_column& result : results) {
-        std::string name = result.name;
-        for (int number = 2; !taken.insert(name).second; ++number) {
-            name = fmt::format("{}_{}", result.name, number);
+        const auto [same, is_first] = taken.try_emplace(result.name, 1);
+        while (!is_first) {
+            std::string name = fmt::format("{}_{}", same->first, ++same->second);
+            if (taken.try_emplace(name, 1).second) {
+                result.name = std::move(name);
+                break;
+            }
         }
-        result.name = std::move(name);
     }
 }
 

@@ -59,7 +59,7 @@ expression translate_call(const json& body, translation_context context) {
     }
     const bifun::builtin* const builtin = find_builtin(made.name);
     const bool has_field = builtin != nullptr && keywords_of(builtin->name).list.role == bifun::keyword_role::field;
-    for (const json& argument : body.value("args", json::array())) {
+    for (const json& argument : list_in(body, "args")) {
         made.operands.push_back(has_field && made.operands.empty() ? translate_field(argument, has_own_syntax, context)
                                                                    : translate(argument, context));
     }

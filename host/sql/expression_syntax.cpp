@@ -11,8 +11,6 @@
 namespace host {
 namespace {
 
-constexpr std::size_t deepest = 500; // expressions in one another
-
 struct comparison_name {
     std::string_view symbol;
     comparison_operator operation;
@@ -130,9 +128,6 @@ constexpr refused_node refused_nodes[] = {
 expression translate(const json& node, translation_context context) {
     const std::string& name = node.begin().key();
     const json& body = node.begin().value();
-    if (++context.depth > deepest) {
-        refuse(node, context, fmt::format("the expression is nested more than {} levels deep", deepest));
-    }
     const auto* const known = std::ranges::find(node_translations, name, &node_translation::node);
     if (known != std::end(node_translations)) {
         return known->translate(body, context);

@@ -30,6 +30,12 @@ std::size_t offset_of(const json& body) {
     return location->get<int>() >= 0 ? location->get<std::size_t>() : first_offset(body);
 }
 
+const json& list_in(const json& body, const char* key) {
+    static const json empty = json::array();
+    const auto list = body.find(key);
+    return list == body.end() ? empty : *list;
+}
+
 [[noreturn]] void refuse(const json& part, const translation_context& context, std::string_view message) {
     const std::size_t offset = first_offset(part);
     fail_at(context.sql, offset == nowhere ? 0 : offset, message);

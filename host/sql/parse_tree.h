@@ -17,7 +17,6 @@ using json = nlohmann::json;
 
 struct translation_context {
     const std::string& sql;
-    std::size_t depth = 0;
 };
 
 constexpr std::size_t nowhere = static_cast<std::size_t>(-1);
@@ -27,6 +26,9 @@ std::size_t first_offset(const json& node);
 
 // The place that a node itself names; the tree leaves out a location of 0.
 std::size_t offset_of(const json& body);
+
+// The list that a body has there; an empty one where it has none.
+const json& list_in(const json& body, const char* key);
 
 [[noreturn]] void refuse(const json& part, const translation_context& context, std::string_view message);
 

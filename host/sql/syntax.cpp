@@ -7,6 +7,7 @@
 #include <pg_query.h>
 
 #include "host/program_error.h"
+#include "host/sql/nesting.h"
 #include "host/sql/parse_tree.h"
 #include "host/sql/sql_text.h"
 
@@ -95,7 +96,7 @@ select_statement translate_statement(const json& body, const translation_context
         refuse(body["rarg"], context, "UNION, INTERSECT and EXCEPT are not supported");
     }
     select_statement statement;
-    for (const json& target : body.value("targetList", json::array())) {
+    for (const json& target : list_in(body, "targetList")) {
         statement.items.push_back(translate_item(target["ResTarget"], context));
     }
     if (statement.items.empty()) {
@@ -120,6 +121,7 @@ json parse_tree(const std::string& sql) {
     if (sql.find('\0') != std::string::npos) {
         fail("SQL: the text holds a NUL character");
     }
+    check_nesting(sql);
     const PgQueryParseResult parsed = pg_query_parse(sql.c_str());
     const std::unique_ptr<const PgQueryParseResult, void (*)(const PgQueryParseResult*)> owner(
         &parsed, [](const PgQueryParseResult* result) { pg_query_free_parse_result(*result); });
