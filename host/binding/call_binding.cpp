@@ -19,13 +19,6 @@ namespace {
 
 using bifun::value_type;
 
-operand add_literal(binder& state, literal_kind kind, std::string text, std::size_t offset) {
-    expression& literal = state.added_literals.emplace_back(expression{.kind = expression_kind::literal, .offset = offset});
-    literal.literal = kind;
-    literal.text = std::move(text);
-    return {&literal, 0, literal_type_of(literal, state.sql), offset};
-}
-
 // The names of keywords to show, by their codes.
 std::map<std::int32_t, std::string> names_of(bifun::keyword_list keywords) {
     std::map<std::int32_t, std::string> names;
@@ -289,7 +282,9 @@ bool is_null_by_constant(const bifun::entry_point& member, const std::vector<ope
            std::ranges::find(arguments, sql_type::null, &operand::type) != arguments.end();
 }
 
-operand add_call(binder& state, const expression& tree, std::string_view builtin, std::vector<operand> arguments) {
+} // namespace
+
+operand bind_call(binder& state, const expression& tree, std::string_view builtin, std::vector<operand> arguments) {
     leave_out_whole_days(state, tree, builtin, arguments);
     const bifun::entry_point& member = find_member(state, tree, builtin, arguments);
     for (std::size_t i = 0; i < arguments.size(); ++i) {
@@ -317,8 +312,6 @@ operand add_call(binder& state, const expression& tree, std::string_view builtin
     return {nullptr, add_step(state, std::move(call)), type, tree.offset};
 }
 
-} // namespace
-
 operand bind_call(binder& state, const expression& tree) {
     const std::string_view builtin = builtin_named(state, tree).name;
     std::vector<operand> arguments;
@@ -326,11 +319,11 @@ operand bind_call(binder& state, const expression& tree) {
         arguments.push_back(argument.kind == expression_kind::keyword ? bind_keyword(state, argument, builtin) : bind(state, argument));
     }
     if (!bifun::spelling_of(builtin).takes_more) {
-        return add_call(state, tree, builtin, std::move(arguments));
+        return bind_call(state, tree, builtin, std::move(arguments));
     }
     operand joined = arguments[0];
     for (std::size_t i = 1; i < arguments.size(); ++i) {
-        joined = add_call(state, tree, builtin, {joined, arguments[i]});
+        joined = bind_call(state, tree, builtin, {joined, arguments[i]});
     }
     return joined;
 }

@@ -63,7 +63,7 @@ detail.
   together, as in NVL, make a TIMESTAMP.
 - Intervals are of months or of time: `INTERVAL '1-2' YEAR TO MONTH`, `INTERVAL '14' MONTH`, `INTERVAL '-1 02:03:04.5' DAY TO SECOND`,
   `INTERVAL '90' MINUTE` and so on for all fields. They print as `1-02` and `-1 02:03:04.5`. Two intervals of one kind can be compared.
-  DATE_ADD and DATE_SUB take those of months; days and times are added with DATEADD.
+  DATE_ADD and DATE_SUB take those of months; `+` and `-` take both.
 - Values with zones are compared by the instants that they name. A value without one is taken to be in the session's zone (`--set time_zone`)
   where it is compared with one that has one, and where NVL has both. In differences of dates zones do not count.
 )";

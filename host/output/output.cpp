@@ -16,8 +16,6 @@ namespace {
 
 constexpr std::uint64_t rows_that_settle_widths = 1000;
 
-std::uint32_t row_of(const bifun_column& column, std::uint32_t row) { return column.selection == nullptr ? row : column.selection[row]; }
-
 template <class T> const T& value_at(const bifun_column& column, std::uint32_t row) {
     return static_cast<const T*>(column.data->values)[row];
 }

@@ -18,12 +18,19 @@ enum class expression_kind : std::uint8_t {
     keyword,     // `text`: a word that the syntax of a call puts into the first operand, such as a field of a date or LEADING
     column,      // `table`.`name`
     call,        // `name` (operands)
+    cast,        // CAST(operand AS `target`)
+    choice,      // CASE: condition, value, condition, value, ..., value of ELSE; the tested value before all of them, if any
+    first_known, // COALESCE(operands)
+    null_if,     // NULLIF(operand, operand)
+    moment,      // CURRENT_DATE and the like, of the literal's kind, `text`
+    arithmetic,  // operand `operation` operand, or `operation` operand
     comparison,  // operand `comparison` operand
     conjunction, // operand AND operand ...
     disjunction, // operand OR operand ...
     negation,    // NOT operand
     between,     // operand BETWEEN operand AND operand
     in_list,     // operand IN (operands)
+    like,        // operand LIKE operand, with `text` behind ESCAPE
     null_test,   // operand IS NULL
     truth_test,  // operand IS TRUE, FALSE or UNKNOWN
 };
@@ -49,6 +56,11 @@ constexpr std::string_view literal_type_name(literal_kind kind) {
     return names[static_cast<std::size_t>(kind)];
 }
 
+struct cast_target {
+    sql_type type = sql_type::null;
+    std::optional<decimal_shape> shape{};
+};
+
 struct expression {
     expression_kind kind;
     std::size_t offset = 0;                    // of its characteristic word or symbol in the SQL text, in bytes
@@ -59,8 +71,11 @@ struct expression {
     interval_qualifier fields{}; // interval literal
     bool truth = false;
     comparison_operator comparison = comparison_operator::equal;
+    arithmetic_operator operation = arithmetic_operator::add;
+    cast_target target{};
     truth_value tested = truth_value::true_value;
-    bool negated = false; // NOT BETWEEN, NOT IN, IS NOT ...
+    bool has_tested = false; // CASE x WHEN y ...
+    bool negated = false;    // NOT BETWEEN, NOT IN, IS NOT ...
     std::vector<expression> operands{};
 };
 
@@ -81,6 +96,7 @@ struct select_statement {
     std::optional<table_name> from;
     std::optional<expression> where;
     std::optional<std::uint64_t> limit;
+    std::uint64_t offset = 0;
 };
 
 // The expression as SQL text: the heading of a result column without an alias.

@@ -52,7 +52,25 @@ template <class Nested> std::string joined(std::span<const expression> operands,
 
 bool needs_nothing(expression_kind) { return false; }
 bool is_logic(expression_kind kind) { return kind == expression_kind::conjunction || kind == expression_kind::disjunction; }
-bool is_operator(expression_kind kind) { return kind >= expression_kind::comparison; }
+bool is_operator(expression_kind kind) { return kind >= expression_kind::arithmetic; }
+
+std::string choice_text(const expression& tree) {
+    std::span<const expression> operands = tree.operands;
+    std::string text = "CASE";
+    if (tree.has_tested) {
+        text += fmt::format(" {}", expression_text(operands.front()));
+        operands = operands.subspan(1);
+    }
+    for (std::size_t i = 0; i + 1 < operands.size(); i += 2) {
+        text += fmt::format(" WHEN {} THEN {}", expression_text(operands[i]), expression_text(operands[i + 1]));
+    }
+    return operands.size() % 2 == 0 ? text + " END" : fmt::format("{} ELSE {} END", text, expression_text(operands.back()));
+}
+
+std::string cast_target_name(const cast_target& target) {
+    return target.shape ? fmt::format("DECIMAL({}, {})", target.shape->digits, target.shape->fraction_digits)
+                        : std::string(sql_type_name(target.type));
+}
 
 } // namespace
 
@@ -70,6 +88,19 @@ std::string expression_text(const expression& tree) {
         return tree.name;
     case expression_kind::call:
         return call_text(tree);
+    case expression_kind::cast:
+        return fmt::format("CAST({} AS {})", expression_text(tree.operands[0]), cast_target_name(tree.target));
+    case expression_kind::choice:
+        return choice_text(tree);
+    case expression_kind::first_known:
+        return fmt::format("COALESCE({})", joined(operands, ", ", needs_nothing));
+    case expression_kind::null_if:
+        return fmt::format("NULLIF({})", joined(operands, ", ", needs_nothing));
+    case expression_kind::moment:
+        return tree.text;
+    case expression_kind::arithmetic:
+        return operands.size() == 1 ? fmt::format("{}{}", arithmetic_symbol(tree.operation), joined(operands, "", is_operator))
+                                    : joined(operands, fmt::format(" {} ", arithmetic_symbol(tree.operation)), is_operator);
     case expression_kind::comparison:
         return joined(operands, fmt::format(" {} ", comparison_symbol(tree.comparison)), is_operator);
     case expression_kind::conjunction:
@@ -82,6 +113,9 @@ std::string expression_text(const expression& tree) {
         return fmt::format("{} {}BETWEEN {}", first, negation, joined(operands.subspan(1), " AND ", is_operator));
     case expression_kind::in_list:
         return fmt::format("{} {}IN ({})", first, negation, joined(operands.subspan(1), ", ", needs_nothing));
+    case expression_kind::like:
+        return fmt::format("{} {}LIKE {}{}", first, negation, joined(operands.subspan(1), "", is_operator),
+                           tree.text.empty() ? "" : fmt::format(" ESCAPE {}", in_quotes(tree.text)));
     case expression_kind::null_test:
         return fmt::format("{} IS {}NULL", first, negation);
     case expression_kind::truth_test:

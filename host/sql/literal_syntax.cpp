@@ -5,6 +5,7 @@
 #include <fmt/format.h>
 
 #include "host/sql/parse_tree.h"
+#include "host/sql/sql_text.h"
 
 namespace host {
 namespace {
@@ -115,6 +116,63 @@ expression translate_column(const json& body, translation_context context) {
     return made;
 }
 
+namespace {
+
+struct cast_type {
+    std::string_view name; // as the parser calls it
+    sql_type type;
+};
+
+constexpr cast_type cast_types[] = {
+    {"int4", sql_type::integer},
+    {"int8", sql_type::bigint},
+    {"bigint", sql_type::bigint},
+    {"numeric", sql_type::decimal},
+    {"float8", sql_type::double_precision},
+    {"double", sql_type::double_precision},
+    {"varchar", sql_type::varchar},
+    {"text", sql_type::varchar},
+    {"date", sql_type::date},
+    {"time", sql_type::time},
+    {"timestamp", sql_type::timestamp},
+    {"datetime", sql_type::timestamp},
+    {"timetz", sql_type::time_with_zone},
+    {"timestamptz", sql_type::timestamp_with_zone},
+};
+
+// DECIMAL(p) and DECIMAL(p, s)
+decimal_shape translate_shape(const json& modifiers, const translation_context& context) {
+    const auto number = [&](std::size_t i) {
+        const json& modifier = modifiers[i];
+        return modifier.contains("A_Const") && modifier["A_Const"].contains("ival") ? modifier["A_Const"]["ival"].value("ival", 0) : -1;
+    };
+    const decimal_shape shape{number(0), modifiers.size() > 1 ? number(1) : 0};
+    constexpr int most_digits = 38;
+    if (shape.digits < 1 || shape.digits > most_digits || shape.fraction_digits < 0 || shape.fraction_digits > shape.digits) {
+        refuse(modifiers, context, "DECIMAL(p, s) has 1 to 38 digits, and 0 to p of them behind the point");
+    }
+    return shape;
+}
+
+cast_target translate_target(const json& type, const translation_context& context) {
+    const std::string name = type["names"].back()["String"].value("sval", "");
+    const auto* const known = std::ranges::find(cast_types, name, &cast_type::name);
+    if (known == std::end(cast_types) || type.contains("arrayBounds")) {
+        refuse(
+            type, context,
+            "CAST makes INT, BIGINT, DECIMAL, DOUBLE, VARCHAR, DATE, TIME and TIMESTAMP, these two also WITH TIME ZONE, and no other type");
+    }
+    cast_target made{.type = known->type};
+    if (made.type == sql_type::decimal && type.contains("typmods")) {
+        made.shape = translate_shape(type["typmods"], context);
+    } else if (type.contains("typmods")) {
+        refuse(type, context, fmt::format("in a CAST {} has no length or precision; use SUBSTR for texts", sql_type_name(made.type)));
+    }
+    return made;
+}
+
+} // namespace
+
 // DATE '2024-02-29' and the like. The parser makes no difference between this and a cast of a constant. A cast of its own, as around the n
 // of SUBSTRING(s FOR n), has no place in the text.
 expression translate_cast(const json& body, translation_context context) {
@@ -127,8 +185,10 @@ expression translate_cast(const json& body, translation_context context) {
     const bool is_text = body["arg"].contains("A_Const") && body["arg"]["A_Const"].contains("sval");
     const bool is_interval = known != std::end(literal_types) && known->kind == literal_kind::interval;
     if (known == std::end(literal_types) || !is_text || (type.contains("typmods") && !is_interval)) {
-        refuse(body, context,
-               "casts are not supported; literals with a type are DATE '...', TIME '...', TIMESTAMP '...' and INTERVAL '...' DAY");
+        expression made = make(expression_kind::cast, body);
+        made.target = translate_target(type, context);
+        made.operands.push_back(translate(body["arg"], context));
+        return made;
     }
     expression made = translate_constant(body["arg"]["A_Const"], context);
     made.literal = known->kind;
@@ -136,6 +196,30 @@ expression translate_cast(const json& body, translation_context context) {
         made.fields = translate_qualifier(type, context);
     }
     made.offset = std::min(made.offset, offset_of(type));
+    return made;
+}
+
+expression translate_moment(const json& body, translation_context context) {
+    struct named_moment {
+        std::string_view operation;
+        std::string_view name;
+        literal_kind kind;
+    };
+    constexpr named_moment moments[] = {
+        {"SVFOP_CURRENT_DATE", "CURRENT_DATE", literal_kind::date},
+        {"SVFOP_CURRENT_TIME", "CURRENT_TIME", literal_kind::time_with_zone},
+        {"SVFOP_CURRENT_TIMESTAMP", "CURRENT_TIMESTAMP", literal_kind::timestamp_with_zone},
+        {"SVFOP_LOCALTIME", "LOCALTIME", literal_kind::time},
+        {"SVFOP_LOCALTIMESTAMP", "LOCALTIMESTAMP", literal_kind::timestamp},
+    };
+    expression made = make(expression_kind::moment, body);
+    const auto* const known = std::ranges::find(moments, body.value("op", ""), &named_moment::operation);
+    if (known == std::end(moments)) {
+        fail_at(context.sql, made.offset,
+                "this value is not supported; there are CURRENT_DATE, CURRENT_TIME, CURRENT_TIMESTAMP, LOCALTIME and LOCALTIMESTAMP");
+    }
+    made.text = known->name;
+    made.literal = known->kind;
     return made;
 }
 

@@ -15,6 +15,13 @@ constexpr std::string_view comparison_symbol(comparison_operator operation) {
     return symbols[static_cast<std::size_t>(operation)];
 }
 
+enum class arithmetic_operator : std::uint8_t { add, subtract, multiply, divide, negate };
+
+constexpr std::string_view arithmetic_symbol(arithmetic_operator operation) {
+    constexpr std::string_view symbols[] = {"+", "-", "*", "/", "-"};
+    return symbols[static_cast<std::size_t>(operation)];
+}
+
 enum class truth_value : std::uint8_t { true_value, false_value, unknown };
 
 } // namespace host

@@ -43,6 +43,7 @@ std::vector<expression> translate_all(const json& list, translation_context cont
 expression translate_constant(const json& body, translation_context context);
 expression translate_column(const json& body, translation_context context);
 expression translate_cast(const json& body, translation_context context);
+expression translate_moment(const json& body, translation_context context); // CURRENT_DATE
 expression translate_call(const json& body, translation_context context);
 expression translate_extreme(const json& body, translation_context context); // GREATEST, LEAST
 

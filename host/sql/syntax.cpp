@@ -28,7 +28,6 @@ constexpr refused_clause refused_clauses[] = {
     {"windowClause", "window functions are not supported"},
     {"valuesLists", "VALUES is not supported; write SELECT"},
     {"sortClause", "ORDER BY is not supported; rows come in the order of the file"},
-    {"limitOffset", "OFFSET is not supported"},
     {"lockingClause", "FOR UPDATE and the like are not supported"},
 };
 
@@ -53,7 +52,7 @@ table_name translate_from(const json& from, const translation_context& context) 
     return named;
 }
 
-std::optional<std::uint64_t> translate_limit(const json& limit, const translation_context& context) {
+std::optional<std::uint64_t> translate_row_count(const json& limit, std::string_view clause, const translation_context& context) {
     const expression count = limit.contains("A_Const") ? translate_constant(limit["A_Const"], context) : expression{};
     if (limit.contains("A_Const") && count.literal == literal_kind::null) {
         return std::nullopt; // LIMIT ALL
@@ -62,7 +61,7 @@ std::optional<std::uint64_t> translate_limit(const json& limit, const translatio
     const char* const end = count.text.data() + count.text.size();
     const auto [next, error] = std::from_chars(count.text.data(), end, rows);
     if (count.literal != literal_kind::number || next != end || error != std::errc{}) {
-        refuse(limit, context, "LIMIT takes a whole number that is not negative");
+        refuse(limit, context, fmt::format("{} takes a whole number that is not negative", clause));
     }
     return rows;
 }
@@ -112,7 +111,10 @@ select_statement translate_statement(const json& body, const translation_context
         if (body.value("limitOption", "") == "LIMIT_OPTION_WITH_TIES") {
             refuse(body["limitCount"], context, "WITH TIES is not supported");
         }
-        statement.limit = translate_limit(body["limitCount"], context);
+        statement.limit = translate_row_count(body["limitCount"], "LIMIT", context);
+    }
+    if (body.contains("limitOffset")) {
+        statement.offset = translate_row_count(body["limitOffset"], "OFFSET", context).value_or(0);
     }
     return statement;
 }

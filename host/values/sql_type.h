@@ -49,6 +49,12 @@ constexpr std::string_view sql_type_name(sql_type type) {
     return names[static_cast<std::size_t>(type)];
 }
 
+// DECIMAL(10, 2): digits in all, and behind the point.
+struct decimal_shape {
+    std::int32_t digits;
+    std::int32_t fraction_digits;
+};
+
 constexpr bool is_number(sql_type type) { return type >= sql_type::integer && type <= sql_type::double_precision; }
 constexpr bool is_datetime(sql_type type) { return type >= sql_type::date && type <= sql_type::timestamp_with_zone; }
 constexpr bool is_interval(sql_type type) { return type == sql_type::interval_ym || type == sql_type::interval_dt; }

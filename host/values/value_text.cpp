@@ -125,6 +125,24 @@ void add_zone(zqtime& value, std::int32_t time_zone) {
     }
 }
 
+void complete_datetime(zqtime& value, sql_type type, std::int32_t time_zone) {
+    constexpr std::int32_t year_of_times = 1900;
+    if (type == sql_type::date) {
+        (void)zqtime_set_hour(&value, 0);
+        (void)zqtime_set_min(&value, 0);
+        (void)zqtime_set_sec(&value, 0);
+        (void)zqtime_set_msec(&value, 0);
+    }
+    if (!has_date(type)) {
+        (void)zqtime_set_day(&value, 1);
+        (void)zqtime_set_month(&value, 1);
+        (void)zqtime_set_year(&value, year_of_times);
+    }
+    if (has_zone(type)) {
+        add_zone(value, time_zone);
+    }
+}
+
 bool read_datetime(std::string_view text, sql_type type, std::int32_t time_zone, zqtime& value) {
     const std::optional<sql_type> found = read_any_datetime(text, value);
     if (!found || has_date(*found) != has_date(type) || (type == sql_type::date && *found != type) ||

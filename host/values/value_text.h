@@ -69,6 +69,10 @@ bool read_datetime(std::string_view text, sql_type type, std::int32_t time_zone,
 // Gives a value without a zone this one, in minutes.
 void add_zone(zqtime& value, std::int32_t time_zone);
 
+// Gives a value what others of its type have where nobody sees it: a date midnight, a time the date 1900-01-01; and a zone where it lacks
+// one of its own.
+void complete_datetime(zqtime& value, sql_type type, std::int32_t time_zone);
+
 // Whether digits other than 0 stand behind the sixth of a fraction, which no datetime or interval keeps.
 bool has_excess_fraction(std::string_view text);
 
