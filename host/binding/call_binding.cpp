@@ -260,10 +260,8 @@ void leave_out_whole_days(binder& state, const expression& tree, std::string_vie
         arguments[1] = add_literal(state, literal_kind::number, std::to_string(amount.as_bigint.value % per_day), arguments[1].offset);
         return;
     }
-    expression rest{.kind = expression_kind::call, .offset = tree.operands[1].offset};
-    rest.name = "MOD";
-    rest.operands = {tree.operands[1], *add_literal(state, literal_kind::number, std::to_string(per_day), rest.offset).literal};
-    arguments[1] = bind(state, rest);
+    arguments[1] = bind_call(state, tree.operands[1], "MOD",
+                             {arguments[1], add_literal(state, literal_kind::number, std::to_string(per_day), arguments[1].offset)});
 }
 
 // Whether a number is written under a format that shows all of its digits, however small it is.

@@ -81,6 +81,33 @@ template <class Visit> void for_each_argument(std::string_view builtin, const Vi
     }
 }
 
+// For the first argument that fits no member, as far as one type would.
+std::string advice_to_cast(std::string_view builtin, std::span<const offered_argument> offered) {
+    for (std::size_t i = 0; i < offered.size(); ++i) {
+        std::uint32_t taken = 0;
+        bool fits = offered[i].keyword.has_value();
+        for_each_argument(builtin, [&](bifun::argument parameter, const argument_fact& fact, std::size_t position) {
+            if (position == i && fact.keywords.role == bifun::keyword_role::none) {
+                taken |= bifun::type_set(parameter.type).bits;
+                fits |= widening(offered[i], parameter.type).has_value();
+            }
+        });
+        if (fits) {
+            continue;
+        }
+        if (taken == bifun::type_set(value_type::VARCHAR).bits) {
+            return "; CAST(x AS VARCHAR) makes a text of it";
+        }
+        for (const value_type number : {value_type::DECIMAL, value_type::BIGINT, value_type::INT, value_type::DOUBLE}) {
+            if ((taken & ~bifun::any_number.bits) == 0 && (taken & bifun::type_set(number).bits) != 0) {
+                return fmt::format("; CAST(x AS {}) makes one of it", parameter_type_name(number));
+            }
+        }
+        break;
+    }
+    return "";
+}
+
 bool has_member_with(std::string_view builtin, std::size_t argument_count) {
     return std::ranges::any_of(bifun::entry_points, [&](const entry_point& member) {
         return member.builtin == builtin && parameters_of_call(member, argument_count);
@@ -175,7 +202,7 @@ std::string advice_for(std::string_view builtin, std::span<const offered_argumen
         const bool is_text = i < arguments.size() && arguments[i].type == sql_type::varchar && !arguments[i].is_literal;
         text = is_text && parameter.type == value_type::DATETIME ? "; give the column of a date a type such as DATE with --types" : text;
     });
-    return std::string(text);
+    return text.empty() ? advice_to_cast(builtin, arguments) : std::string(text);
 }
 
 } // namespace host

@@ -82,10 +82,8 @@ bool to_decimal(const bifun_column& from, value_type type, std::uint32_t row, xd
     case value_type::DECIMAL:
         xdec_copy(&value, &static_cast<const xdec*>(from.data->values)[row]);
         return true;
-    default: {
-        const double number = static_cast<const double*>(from.data->values)[row];
-        return xdec_from_double(&value, number) == BIFUN_OK && xdec_to_double(&value) == number;
-    }
+    default:
+        return xdec_from_double(&value, static_cast<const double*>(from.data->values)[row]) == BIFUN_OK;
     }
 }
 
@@ -123,11 +121,10 @@ void cast_to_number(const execution& run, step& made, std::uint32_t row_count) {
         case sql_type::bigint:
             return to_integer(value, zqengine::values_of<std::int64_t>(*made.result)[place]);
         default:
-            if (made.shape && !fit_to_shape(value, *made.shape)) {
-                return false;
-            }
             zqengine::values_of<xdec>(*made.result)[place] = value;
-            return true;
+            return made.shape
+                       ? fit_to_shape(zqengine::values_of<xdec>(*made.result)[place], *made.shape)
+                       : source != value_type::DOUBLE || xdec_to_double(&value) == static_cast<const double*>(from.data->values)[row];
         }
     });
 }

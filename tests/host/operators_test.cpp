@@ -96,6 +96,7 @@ TEST(Operators, Casts) {
         {"CAST('x' AS INT)", "CAST: \"x\" cannot be INT in row 1"},
         {"CAST(3000000000 AS INT)", "CAST: 3000000000 cannot be INT in row 1"},
         {"CAST(1234.5 AS DECIMAL(5, 2))", "CAST: 1234.5 cannot be DECIMAL(5, 2) in row 1"},
+        {"CAST(1e-200 AS INT) ; CAST(1e-200 AS DECIMAL(3, 2))", "0, 0.00"},
         {"CAST(1e-200 AS DECIMAL)", "CAST: 1E-200 cannot be DECIMAL in row 1"},
         {"CAST(1 AS DATE)", "8, near CAST: CAST makes no DATE of INT"},
         {"CAST(1 AS BOOLEAN)", "18, near BOOLEAN: CAST makes INT, BIGINT, DECIMAL, DOUBLE, VARCHAR, ..."},
