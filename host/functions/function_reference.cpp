@@ -30,9 +30,9 @@ everywhere. A number literal is the first of INT, BIGINT and DECIMAL that holds 
 - A DOUBLE has 15 to 17 significant digits. A BIGINT or DECIMAL with more becomes the nearest DOUBLE: in SQRT and the other functions
   that take nothing else, and also in MOD, SIGN and POWER of a DECIMAL, so that `MOD(0.3, 0.1)` is not 0. ROUND, TRUNC, CEIL, FLOOR, ABS,
   GREATEST, LEAST, NVL, IF, BITAND and TO_CHAR keep every digit of a DECIMAL.
-- A DOUBLE of a file may be `NaN` or `Infinity`. NaN stays NaN, but SIGN of it is 0, GREATEST and LEAST take the other value, and TO_CHAR under
-  a format fails; comparisons with it are false. TO_CHAR, ROUND and POWER of an infinite number fail, and so does every function whose
-  result would be one and whose arguments are not.
+- A DOUBLE of a file may be `NaN` or `Infinity`. NaN stays NaN, but SIGN of it is 0, GREATEST and LEAST of it and another value are the one
+  that stands second, and TO_CHAR under a format fails; of the comparisons with it only `<>` is true. TO_CHAR, ROUND and POWER of an infinite
+  number fail.
 - A DOUBLE never becomes a DECIMAL. TRUNC to n digits therefore takes no DOUBLE; ROUND does.
 - TRUNC of text takes digits and a point, no sign, and gives a DOUBLE.
 - The formats of TO_CHAR and its kin are described in [number formats](number-formats.md) and [date formats](date-formats.md).
@@ -40,7 +40,7 @@ everywhere. A number literal is the first of INT, BIGINT and DECIMAL that holds 
 A NULL argument gives NULL, except in {null_takers}. A function that fails for a row ends the query with the status, its
 meaning and the row: `bifun: LN: -6803 an argument is outside the function's domain in row 15`. The conditions that AND joins in
 WHERE are applied from left to right, so that `WHERE x > 0 AND LN(x) > 3` does not fail; IF does evaluate both of its values for every
-row.
+row, CASE and COALESCE only those that they take.
 
 ## Text
 
