@@ -33,12 +33,12 @@ struct refused_call_part {
 };
 
 constexpr refused_call_part refused_call_parts[] = {
-    {"agg_star", "aggregates such as COUNT(*) are not supported"},
+    {"agg_star", "aggregates such as COUNT(*) are not supported; a query gives a row for every row of the file that passes WHERE"},
     {"agg_distinct", "aggregates are not supported, so there is no DISTINCT in a call"},
     {"agg_order", "aggregates are not supported, so there is no ORDER BY in a call"},
     {"agg_filter", "aggregates are not supported, so there is no FILTER"},
     {"agg_within_group", "aggregates are not supported, so there is no WITHIN GROUP"},
-    {"over", "window functions are not supported"},
+    {"over", "window functions are not supported; a function sees the values of one row"},
     {"func_variadic", "VARIADIC is not supported"},
 };
 

@@ -204,10 +204,14 @@ struct refused_node {
 };
 
 constexpr refused_node refused_nodes[] = {
-    {"SubLink", "subqueries are not supported"},   {"ParamRef", "there are no parameters; write the value"},
-    {"A_ArrayExpr", "arrays are not supported"},   {"A_Indirection", "arrays and records are not supported"},
-    {"RowExpr", "records are not supported"},      {"NamedArgExpr", "arguments have no names; write the value alone"},
-    {"CollateClause", "COLLATE is not supported"}, {"SetToDefault", "DEFAULT is not a value"},
+    {"SubLink", "subqueries are not supported; write the values, as in x IN (1, 2)"},
+    {"ParamRef", "there are no parameters; write the value"},
+    {"A_ArrayExpr", "arrays are not supported"},
+    {"A_Indirection", "arrays and records are not supported"},
+    {"RowExpr", "records are not supported"},
+    {"NamedArgExpr", "arguments have no names; write the value alone"},
+    {"CollateClause", "COLLATE is not supported; --set case_sensitive=0 makes comparisons disregard case"},
+    {"SetToDefault", "DEFAULT is not a value"},
 };
 
 } // namespace

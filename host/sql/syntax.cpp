@@ -20,12 +20,12 @@ struct refused_clause {
 };
 
 constexpr refused_clause refused_clauses[] = {
-    {"withClause", "WITH is not supported"},
-    {"distinctClause", "DISTINCT is not supported"},
-    {"intoClause", "INTO is not supported"},
-    {"groupClause", "GROUP BY is not supported"},
-    {"havingClause", "HAVING is not supported"},
-    {"windowClause", "window functions are not supported"},
+    {"withClause", "WITH is not supported; a query is one SELECT over one file"},
+    {"distinctClause", "DISTINCT is not supported; a query gives a row for every row of the file that passes WHERE"},
+    {"intoClause", "INTO is not supported; the result goes to the standard output"},
+    {"groupClause", "GROUP BY is not supported; a query gives a row for every row of the file that passes WHERE"},
+    {"havingClause", "HAVING is not supported; WHERE takes conditions on rows"},
+    {"windowClause", "window functions are not supported; a function sees the values of one row"},
     {"valuesLists", "VALUES is not supported; write SELECT"},
     {"sortClause", "ORDER BY is not supported; rows come in the order of the file"},
     {"lockingClause", "FOR UPDATE and the like are not supported"},
@@ -92,7 +92,7 @@ select_statement translate_statement(const json& body, const translation_context
         }
     }
     if (body.value("op", "SETOP_NONE") != "SETOP_NONE") {
-        refuse(body["rarg"], context, "UNION, INTERSECT and EXCEPT are not supported");
+        refuse(body["rarg"], context, "UNION, INTERSECT and EXCEPT are not supported; a query is one SELECT over one file");
     }
     select_statement statement;
     for (const json& target : list_in(body, "targetList")) {
@@ -109,7 +109,7 @@ select_statement translate_statement(const json& body, const translation_context
     }
     if (body.contains("limitCount")) {
         if (body.value("limitOption", "") == "LIMIT_OPTION_WITH_TIES") {
-            refuse(body["limitCount"], context, "WITH TIES is not supported");
+            refuse(body["limitCount"], context, "WITH TIES is not supported; write LIMIT n");
         }
         statement.limit = translate_row_count(body["limitCount"], "LIMIT", context);
     }
