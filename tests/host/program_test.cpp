@@ -212,7 +212,7 @@ TEST(Program, DeepStatements) {
     };
     const scratch_directory directory;
     for (const nested& kind : kinds) {
-        for (const std::size_t depth : {200U, 10000U}) {
+        for (const std::size_t depth : {95U, 10000U}) {
             SCOPED_TRACE(joined({kind.begin, kind.open, kind.middle}));
             std::string sql = joined({"SELECT ", kind.begin});
             for (std::size_t i = 0; i < depth && sql.size() < 25000; ++i) {
@@ -223,9 +223,9 @@ TEST(Program, DeepStatements) {
                 sql += kind.close;
             }
             const run_result result = directory.run({sql});
-            const bool fails = depth > 200 || !kind.error.empty();
+            const bool fails = depth > 100 || !kind.error.empty();
             EXPECT_EQ(result.status, fails ? 1 : 0) << result.err;
-            EXPECT_NE(result.err.find(depth > 200 ? "nested more than 500 levels deep" : kind.error), std::string::npos) << result.err;
+            EXPECT_NE(result.err.find(depth > 100 ? "nested more than 200 levels deep" : kind.error), std::string::npos) << result.err;
         }
     }
     // What is long is not deep, nor is what stands in quotes and comments.
