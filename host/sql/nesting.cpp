@@ -93,8 +93,9 @@ enum class nesting_effect : unsigned char {
     close,
     close_case,
     begins_chain,
-    joins_conditions, // AND
-    takes_and,        // BETWEEN
+    joins_by_and,
+    joins_by_or,
+    takes_and, // BETWEEN
     lengthens_chain,
     lengthens_statement // chains that go on behind what begins others
 };
@@ -107,8 +108,8 @@ struct word_effect {
 constexpr word_effect word_effects[] = {
     {"CASE", nesting_effect::open_case},
     {"END", nesting_effect::close_case},
-    {"AND", nesting_effect::joins_conditions},
-    {"OR", nesting_effect::begins_chain},
+    {"AND", nesting_effect::joins_by_and},
+    {"OR", nesting_effect::joins_by_or},
     {"WHEN", nesting_effect::begins_chain},
     {"THEN", nesting_effect::begins_chain},
     {"ELSE", nesting_effect::begins_chain},
@@ -167,6 +168,8 @@ std::size_t operators_in(std::string_view token) {
 struct nesting_level {
     bool is_case = false;
     bool and_is_taken = false; // by a BETWEEN
+    bool has_and = false;      // any number of conditions that AND joins is one step deeper than each of them
+    bool has_or = false;
     std::size_t chain = 0;
     std::size_t statement_chain = 0;
 };
@@ -200,13 +203,22 @@ void check_nesting(std::string_view sql) {
                 levels.pop_back();
             }
             break;
-        case nesting_effect::joins_conditions:
+        case nesting_effect::joins_by_and:
+        case nesting_effect::joins_by_or:
         case nesting_effect::begins_chain:
-            if (!level.and_is_taken || effect != nesting_effect::joins_conditions) {
-                depth -= level.chain;
-                level.chain = 0;
+            if (effect == nesting_effect::joins_by_and && level.and_is_taken) {
+                level.and_is_taken = false;
+                break;
             }
+            depth -= level.chain;
+            level.chain = 0;
             level.and_is_taken = false;
+            if (effect != nesting_effect::begins_chain) {
+                bool& has_join = effect == nesting_effect::joins_by_and ? level.has_and : level.has_or;
+                level.statement_chain += has_join ? 0 : 1;
+                depth += has_join ? 0 : 1;
+                has_join = true;
+            }
             break;
         case nesting_effect::takes_and:
         case nesting_effect::lengthens_chain: {
