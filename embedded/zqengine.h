@@ -141,7 +141,7 @@ enum { ZQENGINE_NULL = 1 };
  * rows of the data.
  *     BOOL                  true, false
  *     INT, BIGINT           decimal digits
- *     DOUBLE                the shortest text that reads back as the same; NaN, Infinity, -Infinity
+ *     DOUBLE                as zq_dou2char writes it: the shortest text that reads back as the same
  *     DECIMAL               in plain notation, with all digits of its scale
  *     DATETIME              2024-02-29, 13:45:00[.123456] or both with a blank between, by zqengine_column_set_kind; behind a time its zone
  *                           where there is one (+08:00)

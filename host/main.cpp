@@ -10,15 +10,16 @@
 #include <CLI/CLI.hpp>
 #include <unistd.h>
 
-#include "host/binding.h"
-#include "host/execution.h"
-#include "host/function_list.h"
-#include "host/function_reference.h"
+#include "host/binding/binding.h"
+#include "host/evaluation/execution.h"
+#include "host/functions/function_list.h"
+#include "host/functions/function_reference.h"
 #include "host/near_names.h"
-#include "host/output.h"
+#include "host/output/output.h"
 #include "host/program_error.h"
-#include "host/settings.h"
-#include "host/sql_text.h"
+#include "host/session/settings.h"
+#include "host/sql/sql_text.h"
+#include "host/sql/syntax.h"
 
 namespace host {
 namespace {
@@ -132,12 +133,14 @@ constexpr const char* description =
     "  bifun functions [NAME]                          the built-in functions, or one of them in full\n\n"
     "A file is a table named after its base name: staff.csv is the table staff. Without FROM there is one row.";
 
-constexpr const char* footer = "\nSQL: SELECT list FROM table WHERE condition LIMIT n, with = <> < <= > >= AND OR NOT BETWEEN IN IS NULL.\n"
-                               "An empty field is NULL; \"\" is the empty string. Exit status: 0, or 1 after an error.\n\n"
-                               "Examples\n"
-                               "  bifun \"SELECT NVL(NULL, 7)\"\n"
-                               "  bifun peaks.csv \"SELECT name, height_m FROM peaks WHERE height_m >= 8000 LIMIT 5\"\n"
-                               "  bifun --format json --types \"name:CHAR(10)\" staff.csv \"SELECT * FROM staff\"";
+constexpr const char* footer =
+    "\nSQL: SELECT list FROM table WHERE condition LIMIT n OFFSET m, with functions, + - * / % || = <> < <= > >= AND OR NOT\n"
+    "BETWEEN IN LIKE IS NULL, CASE, COALESCE, NULLIF, CAST, CURRENT_DATE and CURRENT_TIMESTAMP; no sorting, aggregates or joins.\n"
+    "An empty field is NULL; \"\" is the empty string. Exit status: 0, or 1 after an error.\n\n"
+    "Examples\n"
+    "  bifun \"SELECT NVL(NULL, 7)\"\n"
+    "  bifun peaks.csv \"SELECT name, height_m FROM peaks WHERE height_m >= 8000 LIMIT 5\"\n"
+    "  bifun --format json --types \"name:CHAR(10)\" staff.csv \"SELECT * FROM staff\"";
 
 // Prints a help or version that was asked for; any other reason to stop is an error.
 int answer(const CLI::App& app, const CLI::ParseError& reason) {

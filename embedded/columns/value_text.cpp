@@ -1,13 +1,13 @@
 #include "embedded/columns/value_text.h"
 
 #include <charconv>
-#include <cmath>
 #include <cstring>
 #include <limits>
 
 #include "bop/frame/status.h"
 #include "engine/datetime.h"
 #include "engine/decimal.h"
+#include "engine/number_format.h"
 #include "layouts/intervals.h"
 
 namespace zqengine {
@@ -45,13 +45,9 @@ char* put_two_digits(char* out, std::uint64_t value) {
 }
 
 char* put_double(char* out, double value) {
-    if (std::isnan(value)) {
-        return put(out, "NaN");
-    }
-    if (std::isinf(value)) {
-        return put(out, value < 0 ? "-Infinity" : "Infinity");
-    }
-    return put_number(out, value);
+    std::uint32_t length = 0;
+    static_cast<void>(zq_dou2char(value, out, value_text_size, &length));
+    return out + length;
 }
 
 char* put_decimal(char* out, const xdec& value) {

@@ -16,7 +16,7 @@ constexpr std::size_t value_text_size = 256;
 // Writes a value of any type but strings and large objects into `buffer`, which has room for value_text_size bytes, and returns the length.
 // There is no closing NUL. `value` may be unaligned.
 //     BOOL          true, false for any number but 1
-//     DOUBLE        the shortest text that reads back as the same; NaN, Infinity, -Infinity
+//     DOUBLE        as zq_dou2char writes it: the shortest text that reads back as the same
 //     DECIMAL       in plain notation, with all digits of its scale
 //     DATETIME      by write_datetime, as `kind`, which has no meaning for the other types
 //     INTERVAL_YM   1-02

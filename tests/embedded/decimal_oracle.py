@@ -98,6 +98,19 @@ def rounded_to(number, to, mode):
     return rounded.quantize(Decimal(1)) if to < 0 else rounded
 
 
+def quotient_answer(a, b):
+    if not b:
+        return "-6803"
+    quotient = a / b
+    least = max(0, b.as_tuple().exponent - a.as_tuple().exponent)
+    if not a:
+        return answer_of(encoded(Decimal(0), min(least, 127)))
+    if quotient * b == a and len(quotient.normalize().as_tuple().digits) <= 38:  # exact: no more zeros at the end than have to be
+        exponent = min(quotient.normalize().as_tuple().exponent, -least)
+        quotient = quotient.normalize().quantize(Decimal((0, (1,), exponent)))
+    return answer_of(encoded(quotient))
+
+
 def calculation(kind):
     a = operand()
     number = stored(a)
@@ -118,6 +131,9 @@ def calculation(kind):
         return "%s %s %d" % (letter, a, to), answer_of(encoded(rounded_to(number, to, mode)))
     if generator.random() < 0.2:
         return "N " + a, answer_of(encoded(-number)) + " " + encoded(abs(number))[0]
+    if generator.random() < 0.3:
+        b = generator.choice([operand, lambda: neighbour(a), lambda: "%dE%d" % (generator.randint(-40, 40), generator.randint(-5, 5))])()
+        return "Q %s %s" % (a, b), quotient_answer(number, stored(b))
     integer = generator.choice([2 ** 64 + generator.randint(-2, 1), generator.randrange(10 ** generator.randint(1, 38)), 10 ** 38 - 1])
     zeros = generator.randint(0, 38 - len(str(integer)))
     text = "%s%dE%d" % (generator.choice(["", "", "-"]), integer * 10 ** zeros, generator.choice([-zeros, -zeros, 0, 3, -3, 89]))

@@ -8,6 +8,7 @@
 
 #include "bop/frame/status.h"
 #include "embedded/decimal/decimal_parts.h"
+#include "embedded/decimal/division.h"
 #include "engine/decimal.h"
 #include "tests/contract/exact_block.h"
 
@@ -99,6 +100,8 @@ answer calculate(char operation, const std::string& first, const std::string& se
         return in_all_places(a, b, xdec_sub);
     case '*':
         return in_all_places(a, b, xdec_mul);
+    case 'Q':
+        return in_all_places(a, b, [](const xdec* x, const xdec* y, xdec* result) { return zqengine::divide(*x, *y, *result); });
     case 'N': {
         answer negated = of_one(xdec_neg);
         negated.further += " " + bytes_of(of_one(xdec_abs).result);

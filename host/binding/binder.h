@@ -1,0 +1,98 @@
+// What the parts of binding share: an expression becomes steps, one behind the other, in a binder.
+#ifndef BIFUN_HOST_BINDING_BINDER_H
+#define BIFUN_HOST_BINDING_BINDER_H
+
+#include <cstdint>
+#include <deque>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "host/evaluation/plan.h"
+#include "host/session/library.h"
+#include "host/session/settings.h"
+#include "host/sql/expression.h"
+#include "host/tables/table.h"
+
+namespace host {
+
+// What an expression has become: a step, or a literal that does not know its place yet.
+struct operand {
+    const expression* literal; // null for a step
+    std::size_t step;
+    sql_type type;
+    std::size_t offset;
+    std::optional<std::int32_t> keyword = {}; // the code, where it is one
+};
+
+struct statement_moment {
+    zqtime local;
+    zqtime zoned; // in the session's zone
+};
+
+struct binder {
+    const std::string& sql;
+    table* source;
+    std::vector<std::string> table_names; // that may stand before a column
+    const session_settings& settings;
+    const function_library& library;
+    std::vector<step> steps;
+    sequence in_hand;                      // where steps are added
+    std::optional<statement_moment> now;   // once it is asked for
+    std::deque<expression> added_literals; // omitted arguments of calls and the codes of keywords
+};
+
+// At the end of the sequence in hand.
+std::size_t add_step(binder& state, step made);
+
+// Calls `bind` with `steps` as the sequence in hand.
+template <class Bind> auto in_sequence(binder& state, sequence& steps, const Bind& bind) {
+    std::swap(state.in_hand, steps);
+    const auto made = bind();
+    std::swap(state.in_hand, steps);
+    return made;
+}
+
+const table_column& column_named(const table& source, const expression& tree, const std::string& sql);
+void check_table_prefix(const binder& state, std::string_view name, std::size_t offset);
+
+// All of these throw program_error, with the place in the SQL text, for what cannot be bound.
+
+operand bind(binder& state, const expression& tree);
+
+// Of a call, to the member of its built-in that takes the arguments.
+operand bind_call(binder& state, const expression& tree);
+
+// The same to a built-in, of arguments that are bound.
+operand bind_call(binder& state, const expression& tree, std::string_view builtin, std::vector<operand> arguments);
+
+// + - * /, and CASE, COALESCE, NULLIF and CAST.
+operand bind_arithmetic(binder& state, const expression& tree);
+operand bind_choice(binder& state, const expression& tree);
+operand bind_first_known(binder& state, const expression& tree);
+operand bind_null_if(binder& state, const expression& tree);
+operand bind_cast(binder& state, const expression& tree);
+
+// A literal that is not in the text of the statement.
+operand add_literal(binder& state, literal_kind kind, std::string text, std::size_t offset);
+
+// The type that values become where they meet: the widest of numbers, or the one type that all of them have. A string literal may stand for
+// a datetime. A datetime without a zone becomes one with a zone where it meets one. `complaint` says what types cannot do that do not go
+// together: "cannot be compared".
+sql_type common_type(const binder& state, const std::vector<operand>& operands, std::size_t offset, std::string_view complaint);
+
+// A step with the truth value of the comparison.
+std::size_t add_comparison(binder& state, comparison_operator operation, const operand& left, const operand& right, std::size_t offset);
+
+// A step of a condition. Any other type is refused.
+std::size_t as_condition(binder& state, const operand& given);
+
+// A step whose values have exactly the type asked for. Any datetime is one without a zone; where one with a zone is asked for, a value
+// without gets the session's.
+std::size_t as_type(binder& state, const operand& given, sql_type type);
+
+} // namespace host
+
+#endif

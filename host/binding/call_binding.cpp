@@ -1,0 +1,329 @@
+// Calls: from a name and arguments to a member and what it is given.
+
+#include <algorithm>
+#include <map>
+
+#include "engine/number_check.h"
+#include "host/binding/binder.h"
+#include "host/binding/datetime_call.h"
+#include "host/binding/literal.h"
+#include "host/binding/member_choice.h"
+#include "host/near_names.h"
+#include "host/program_error.h"
+#include "host/sql/builtins.h"
+#include "host/sql/sql_text.h"
+#include "host/values/date_formats.h"
+
+namespace host {
+namespace {
+
+using bifun::value_type;
+
+// The names of keywords to show, by their codes.
+std::map<std::int32_t, std::string> names_of(bifun::keyword_list keywords) {
+    std::map<std::int32_t, std::string> names;
+    for (const auto& [code, all] : keywords.words) {
+        names[code] = all.substr(0, all.find(' '));
+    }
+    return names;
+}
+
+std::int32_t code_of_keyword(const binder& state, const expression& keyword, std::string_view builtin) {
+    const bifun::keyword_list keywords = keywords_of(builtin).list;
+    const bifun::keyword* const known = find_keyword(keywords, upper_case(keyword.text));
+    if (known == nullptr) {
+        std::vector<std::string> names;
+        for (const auto& [code, name] : names_of(keywords)) {
+            names.push_back(name);
+        }
+        const std::string hint = did_you_mean(keyword.text, names);
+        fail_at(state.sql, keyword.offset,
+                fmt::format("{} has no {} {}{}", builtin, role_name(keywords.role), expression_text(keyword),
+                            hint.empty() ? fmt::format("; there are {}", fmt::join(names, ", ")) : hint));
+    }
+    return known->code;
+}
+
+// A keyword becomes its code, or stays a text where it is one and a member takes that.
+operand bind_keyword(binder& state, const expression& keyword, std::string_view builtin) {
+    const std::int32_t code = code_of_keyword(state, keyword, builtin);
+    const bool is_name = keyword.literal == literal_kind::string && keywords_of(builtin).name_position;
+    operand made = is_name ? add_literal(state, literal_kind::string, keyword.text, keyword.offset)
+                           : add_literal(state, literal_kind::number, std::to_string(code), keyword.offset);
+    made.keyword = code;
+    return made;
+}
+
+std::vector<offered_argument> offered_of(const std::vector<operand>& arguments) {
+    std::vector<offered_argument> offered;
+    offered.reserve(arguments.size());
+    for (const operand& argument : arguments) {
+        offered.push_back({argument.type, argument.literal != nullptr, argument.keyword});
+    }
+    return offered;
+}
+
+// The datetimes among a call's arguments. The catalogue knows one type for all of them; a text may stand for any.
+std::vector<datetime_argument> datetimes_of(const binder& state, const bifun::entry_point& member, const std::vector<operand>& arguments) {
+    std::vector<datetime_argument> found;
+    for (std::size_t i = 0; i < arguments.size(); ++i) {
+        const operand& argument = arguments[i];
+        if (member.arguments()[i].type != value_type::DATETIME || argument.type == sql_type::null) {
+            continue;
+        }
+        const std::optional<sql_type> type = argument.type == sql_type::varchar ? datetime_type_of(*argument.literal) : argument.type;
+        if (!type) {
+            fail_at(state.sql, argument.offset, "this text cannot be read as a date, time or timestamp");
+        }
+        found.push_back({i, *type});
+    }
+    return found;
+}
+
+// The catalogue knows one datetime type; the result keeps the finer one of the datetime arguments.
+sql_type result_type(const binder& state, const bifun::entry_point& member, const std::vector<operand>& arguments) {
+    std::vector<datetime_argument> datetimes = datetimes_of(state, member, arguments);
+    const std::vector<offered_argument> offered = offered_of(arguments);
+    const auto refusal = find_datetime_refusal(member, offered, datetimes);
+    if (refusal) {
+        fail_at(state.sql, arguments[refusal->position].offset, refusal->message);
+    }
+    if (member.result != value_type::DATETIME) {
+        return sql_type_of(member.result);
+    }
+    const operand& first = arguments.front();
+    if (first.type == sql_type::varchar && first.literal != nullptr && datetimes.empty()) {
+        datetimes.push_back({0, datetime_type_of(*first.literal).value_or(sql_type::timestamp)}); // LAST_DAY of a text
+    }
+    return datetime_result(member, offered, datetimes);
+}
+
+const bifun::builtin& builtin_named(const binder& state, const expression& tree) {
+    const bifun::builtin* const builtin = find_builtin(tree.name);
+    if (builtin == nullptr) {
+        fail_at(state.sql, tree.offset, unknown_function(tree.name));
+    }
+    if (!takes_argument_count(builtin->name, tree.operands.size())) {
+        fail_at(state.sql, tree.offset,
+                fmt::format("{} takes {} argument{}, not {}: {}", builtin->name, argument_counts(builtin->name),
+                            argument_counts(builtin->name) == "1" ? "" : "s", tree.operands.size(), builtin->form));
+    }
+    return *builtin;
+}
+
+// A value that has not the field which stands first, or none at all.
+[[noreturn]] void refuse_field(const binder& state, const expression& tree, std::string_view builtin,
+                               std::vector<offered_argument> offered) {
+    std::vector<std::string> names;
+    for (const auto& [code, name] : names_of(keywords_of(builtin).list)) {
+        offered.front().keyword = code;
+        if (choose_member(builtin, offered) != nullptr) {
+            names.push_back(name);
+        }
+    }
+    const std::string_view type = sql_type_name(offered.back().type);
+    if (names.empty()) {
+        fail_at(state.sql, tree.operands.back().offset,
+                fmt::format("{} takes dates, times, timestamps, intervals and text, not {}", builtin, type));
+    }
+    fail_at(state.sql, tree.operands.front().offset,
+            fmt::format("{} has no field {}; it has {}", type, expression_text(tree.operands.front()), fmt::join(names, ", ")));
+}
+
+// May add the argument that is omitted, and moves the name of a field to where the member takes it.
+const bifun::entry_point& find_member(binder& state, const expression& tree, std::string_view builtin, std::vector<operand>& arguments) {
+    const keyword_use keywords = keywords_of(builtin);
+    std::vector<std::string_view> types;
+    types.reserve(arguments.size());
+    for (const operand& argument : arguments) {
+        types.push_back(argument.keyword ? role_name(keywords.list.role) : sql_type_name(argument.type));
+    }
+    if (keywords.name_position && arguments.front().type == sql_type::varchar) {
+        const auto behind = static_cast<std::ptrdiff_t>(*keywords.name_position) + 1;
+        std::rotate(arguments.begin(), arguments.begin() + 1, arguments.begin() + behind);
+    }
+    const std::vector<offered_argument> offered = offered_of(arguments);
+    const bifun::entry_point* const member = choose_member(builtin, offered);
+    if (member == nullptr && keywords.chooses_member) {
+        refuse_field(state, tree, builtin, offered);
+    }
+    if (member == nullptr) {
+        fail_at(state.sql, tree.offset,
+                fmt::format("{} does not take ({}); it takes {}{}", builtin, fmt::join(types, ", "), signatures(builtin, types.size()),
+                            advice_for(builtin, offered)));
+    }
+    if (member->argument_count > arguments.size()) {
+        const bool is_text = bifun::is_string(member->arguments().back().type);
+        arguments.push_back(add_literal(state, is_text ? literal_kind::string : literal_kind::number,
+                                        std::string(fact_of(*member, arguments.size()).if_omitted), tree.offset));
+    }
+    return *member;
+}
+
+// The literal that is a date format, in the database character set; nothing where the argument is none, or NULL or empty.
+std::optional<std::string> date_format_of(const binder& state, const bifun::entry_point& member, const std::vector<operand>& arguments,
+                                          std::size_t position) {
+    if (position >= arguments.size() || fact_of(member, position).format == bifun::date_format::none ||
+        arguments[position].literal == nullptr || arguments[position].type == sql_type::null || arguments[position].literal->text.empty()) {
+        return std::nullopt;
+    }
+    return from_utf8(*state.settings.text_charset, arguments[position].literal->text);
+}
+
+void check_date_formats(const binder& state, const bifun::entry_point& member, const std::vector<operand>& arguments) {
+    for (std::size_t i = 0; i < arguments.size(); ++i) {
+        const std::optional<std::string> format = date_format_of(state, member, arguments, i);
+        const std::optional<std::string> fault = format ? find_format_fault(fact_of(member, i).format, *format) : std::nullopt;
+        if (fault) {
+            fail_at(state.sql, arguments[i].offset, *fault);
+        }
+        const sql_type written = arguments[0].type;
+        const bool is_time = is_datetime(written) && !has_date(written);
+        const std::optional<std::string> of_date = format && is_time ? find_date_element(fact_of(member, i).format, *format) : std::nullopt;
+        if (of_date) {
+            fail_at(state.sql, arguments[i].offset,
+                    fmt::format("{} has no date, and the date format has {}", sql_type_name(written), *of_date));
+        }
+    }
+}
+
+// A date that text is read into has a time of day where its format has one, or the session lets it.
+sql_type type_of_read_date(const binder& state, const bifun::entry_point& member, const std::vector<operand>& arguments) {
+    constexpr std::size_t format_position = 1;
+    const std::optional<std::string> format = date_format_of(state, member, arguments, format_position);
+    const bool has_time = member.argument_count > format_position ? format && reads_time(*format) : state.settings.dates_keep_time;
+    return has_time ? sql_type::timestamp : sql_type::date;
+}
+
+bool is_integer(std::string_view text) {
+    std::int64_t number;
+    return str2int64(reinterpret_cast<const std::uint8_t*>(text.data()), static_cast<std::uint32_t>(text.size()), &number) == BIFUN_OK;
+}
+
+// A text that has to be one of some words, or may be an integer in place of one.
+void check_word(const binder& state, const bifun::entry_point& member, std::size_t position, const operand& argument) {
+    const std::string_view words = fact_of(member, position).words;
+    if (words.empty() || argument.literal == nullptr || argument.type != sql_type::varchar) {
+        return;
+    }
+    const std::string& text = argument.literal->text;
+    const bool may_be_integer = fact_of(member, position).or_integer;
+    if (may_be_integer && is_integer(text)) {
+        return;
+    }
+    const std::size_t first = std::min(text.find_first_not_of(' '), text.size());
+    const std::string word = upper_case(std::string_view(text).substr(first, text.find_last_not_of(' ') + 1 - first));
+    if (word.empty() || word.find(' ') != word.npos || !bifun::has_word(words, word)) {
+        std::string names(words);
+        for (std::size_t blank = names.find(' '); blank != names.npos; blank = names.find(' ', blank + 2)) {
+            names.replace(blank, 1, ", ");
+        }
+        fail_at(state.sql, argument.offset,
+                fmt::format("{} has no unit '{}'; there are {}{}", member.builtin, text, names, may_be_integer ? ", and integers" : ""));
+    }
+}
+
+// How many of a field are a day; 0 where it is no time.
+std::int64_t count_per_day(std::int32_t field) {
+    switch (field) {
+    case ZQTIME_HOUR:
+        return 24;
+    case ZQTIME_MINUTE:
+        return 24 * 60;
+    case ZQTIME_SECOND:
+        return 24 * 60 * 60;
+    case ZQTIME_SUBSECOND:
+        return 24 * 60 * 60 * 1000;
+    default:
+        return 0;
+    }
+}
+
+// A time that is moved by a field goes round the clock: whole days among the amount do not count, however many.
+void leave_out_whole_days(binder& state, const expression& tree, std::string_view builtin, std::vector<operand>& arguments) {
+    const bool moves = std::ranges::any_of(bifun::entry_points, [&](const bifun::entry_point& member) {
+        return member.builtin == builtin && member.argument_count == 3 && bifun::fact_of(member, 0).adds_time;
+    });
+    if (!moves || arguments.size() != 3 || !arguments[0].keyword || count_per_day(*arguments[0].keyword) == 0) {
+        return;
+    }
+    const operand& moved = arguments[2];
+    const std::optional<sql_type> type =
+        moved.literal != nullptr && moved.type == sql_type::varchar ? datetime_type_of(*moved.literal) : moved.type;
+    const bool is_whole = arguments[1].type == sql_type::integer || arguments[1].type == sql_type::bigint;
+    if (!type || !is_datetime(*type) || has_date(*type) || !is_whole) {
+        return;
+    }
+    const std::int64_t per_day = count_per_day(*arguments[0].keyword);
+    if (arguments[1].literal != nullptr) {
+        const constant amount = make_constant(*arguments[1].literal, value_type::BIGINT, state.settings, state.sql);
+        arguments[1] = add_literal(state, literal_kind::number, std::to_string(amount.as_bigint.value % per_day), arguments[1].offset);
+        return;
+    }
+    arguments[1] = bind_call(state, tree.operands[1], "MOD",
+                             {arguments[1], add_literal(state, literal_kind::number, std::to_string(per_day), arguments[1].offset)});
+}
+
+// Whether a number is written under a format that shows all of its digits, however small it is.
+bool shows_all_digits(const bifun::entry_point& member, const std::vector<operand>& arguments) {
+    if (member.builtin != "TO_CHAR" || arguments.size() < 2 || member.arguments()[0].type != value_type::DOUBLE) {
+        return false;
+    }
+    const std::string format = upper_case(arguments[1].literal->text);
+    return format.find("EEEE") != format.npos || format.find("TM") != format.npos;
+}
+
+// Members whose NULL rule speaks of the first argument alone are asked for no row where another one is NULL: constants they take by their
+// length.
+bool is_null_by_constant(const bifun::entry_point& member, const std::vector<operand>& arguments) {
+    return bifun::null_rule_of(member) == bifun::null_rule::first_only &&
+           std::ranges::find(arguments, sql_type::null, &operand::type) != arguments.end();
+}
+
+} // namespace
+
+operand bind_call(binder& state, const expression& tree, std::string_view builtin, std::vector<operand> arguments) {
+    leave_out_whole_days(state, tree, builtin, arguments);
+    const bifun::entry_point& member = find_member(state, tree, builtin, arguments);
+    for (std::size_t i = 0; i < arguments.size(); ++i) {
+        check_word(state, member, i, arguments[i]);
+    }
+    check_date_formats(state, member, arguments);
+    if (is_null_by_constant(member, arguments)) {
+        const sql_type type = sql_type_of(member.result);
+        const operand null = add_literal(state, literal_kind::null, "", tree.offset);
+        return {nullptr, as_type(state, null, type), type, tree.offset};
+    }
+    step call{.kind = step_kind::call, .type = result_type(state, member, arguments), .operands = {}};
+    if (builtin == "TO_DATE") {
+        call.type = type_of_read_date(state, member, arguments);
+    }
+    call.entry = &member;
+    call.function = state.library.find(member.symbol);
+    call.shows_all_digits = shows_all_digits(member, arguments);
+    const sql_type type = call.type;
+    for (std::size_t i = 0; i < arguments.size(); ++i) {
+        const value_type parameter = member.arguments()[i].type;
+        const bool is_zoned = parameter == value_type::DATETIME && has_zone(type);
+        call.operands.push_back(as_type(state, arguments[i], is_zoned ? type : sql_type_of(parameter)));
+    }
+    return {nullptr, add_step(state, std::move(call)), type, tree.offset};
+}
+
+operand bind_call(binder& state, const expression& tree) {
+    const std::string_view builtin = builtin_named(state, tree).name;
+    std::vector<operand> arguments;
+    for (const expression& argument : tree.operands) {
+        arguments.push_back(argument.kind == expression_kind::keyword ? bind_keyword(state, argument, builtin) : bind(state, argument));
+    }
+    if (!bifun::spelling_of(builtin).takes_more) {
+        return bind_call(state, tree, builtin, std::move(arguments));
+    }
+    operand joined = arguments[0];
+    for (std::size_t i = 1; i < arguments.size(); ++i) {
+        joined = bind_call(state, tree, builtin, {joined, arguments[i]});
+    }
+    return joined;
+}
+
+} // namespace host

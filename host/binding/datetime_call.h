@@ -1,0 +1,36 @@
+// Which datetimes a call takes, and which it gives: DATE, TIME and TIMESTAMP share one type in the entry points' arguments.
+#ifndef BIFUN_HOST_BINDING_DATETIME_CALL_H
+#define BIFUN_HOST_BINDING_DATETIME_CALL_H
+
+#include <cstddef>
+#include <optional>
+#include <span>
+#include <string>
+
+#include "bop/frame/catalogue.h"
+#include "host/binding/member_choice.h"
+#include "host/values/sql_type.h"
+
+namespace host {
+
+// An argument that the member takes as a datetime. A text has the type that it can be read as.
+struct datetime_argument {
+    std::size_t position;
+    sql_type type;
+};
+
+// Why a call cannot have these datetimes: one lacks the date or the time that the function works on, or has nothing to do with another.
+struct datetime_refusal {
+    std::size_t position;
+    std::string message;
+};
+std::optional<datetime_refusal> find_datetime_refusal(const bifun::entry_point& member, std::span<const offered_argument> arguments,
+                                                      std::span<const datetime_argument> datetimes);
+
+// The type of a datetime result: that of the datetimes, or TIMESTAMP where a DATE gets a time of day from another argument.
+sql_type datetime_result(const bifun::entry_point& member, std::span<const offered_argument> arguments,
+                         std::span<const datetime_argument> datetimes);
+
+} // namespace host
+
+#endif

@@ -1,0 +1,315 @@
+// Expressions: what is no call and no calculation.
+
+#include <algorithm>
+
+#include "embedded/datetime/text.h"
+#include "engine/datetime.h"
+#include "engine/session.h"
+#include "host/binding/binder.h"
+#include "host/binding/literal.h"
+#include "host/near_names.h"
+#include "host/program_error.h"
+#include "host/sql/sql_text.h"
+#include "host/values/value_text.h"
+
+namespace host {
+namespace {
+
+using bifun::value_type;
+
+// SQL folds unquoted names to lower case, so a name is first looked for as it is and then without regard to case. The parser cuts
+// names to 63 bytes: one that long also stands for the only column that begins with it.
+const table_column* find_column(const table& source, std::string_view name) {
+    const auto unique = [&](auto matches) -> const table_column* {
+        const auto found = std::ranges::find_if(source.columns, matches);
+        const bool single = found != source.columns.end() && std::find_if(found + 1, source.columns.end(), matches) == source.columns.end();
+        return single ? &*found : nullptr;
+    };
+    constexpr std::size_t shortest_cut_name = 60; // a multibyte character may have fallen across the limit
+    const table_column* found = unique([&](const table_column& column) { return column.name == name; });
+    if (found == nullptr) {
+        found = unique([&](const table_column& column) { return equal_ignoring_case(column.name, name); });
+    }
+    if (found == nullptr && name.size() >= shortest_cut_name) {
+        found = unique([&](const table_column& column) { return equal_ignoring_case(column.name.substr(0, name.size()), name); });
+    }
+    return found;
+}
+
+} // namespace
+
+const table_column& column_named(const table& source, const expression& tree, const std::string& sql) {
+    const table_column* const column = find_column(source, tree.name);
+    if (column == nullptr) {
+        std::vector<std::string> names;
+        std::ranges::transform(source.columns, std::back_inserter(names), &table_column::name);
+        std::string hint = did_you_mean(tree.name, names);
+        if (hint.empty()) {
+            hint = fmt::format("; there are {}", fmt::join(names, ", "));
+        }
+        fail_at(sql, tree.offset, fmt::format("{} has no column {}{}", source.reader.path(), tree.name, hint));
+    }
+    return *column;
+}
+
+void check_table_prefix(const binder& state, std::string_view name, std::size_t offset) {
+    const bool known = std::ranges::any_of(state.table_names, [&](const std::string& own) { return equal_ignoring_case(own, name); });
+    if (!name.empty() && !known) {
+        fail_at(state.sql, offset, fmt::format("there is no table {} in FROM", name));
+    }
+}
+
+std::size_t add_step(binder& state, step made) {
+    state.steps.push_back(std::move(made));
+    state.in_hand.push_back(state.steps.size() - 1);
+    return state.in_hand.back();
+}
+
+operand add_literal(binder& state, literal_kind kind, std::string text, std::size_t offset) {
+    expression& literal = state.added_literals.emplace_back(expression{.kind = expression_kind::literal, .offset = offset});
+    literal.literal = kind;
+    literal.text = std::move(text);
+    return {&literal, 0, literal_type_of(literal, state.sql), offset};
+}
+
+// ---- literals and conversions --------------------------------------------------------------------------------------
+
+constant constant_of_type(const binder& state, const expression& literal, sql_type type) {
+    constant made = make_constant(literal, value_type_of(type), state.settings, state.sql);
+    if (has_zone(type) && literal.literal != literal_kind::null) {
+        add_zone(made.as_datetime.value, state.settings.time_zone());
+    }
+    return made;
+}
+
+std::size_t as_type(binder& state, const operand& given, sql_type type) {
+    if (given.literal != nullptr) {
+        return add_step(
+            state, {.kind = step_kind::constant, .type = type, .operands = {}, .value = constant_of_type(state, *given.literal, type)});
+    }
+    const bool lacks_zone = has_zone(type) && !has_zone(given.type);
+    if (value_type_of(given.type) == value_type_of(type) && !lacks_zone) {
+        return given.step;
+    }
+    return add_step(state, {.kind = step_kind::conversion, .type = type, .operands = {given.step}});
+}
+
+std::size_t as_condition(binder& state, const operand& given) {
+    if (given.type != sql_type::boolean && given.type != sql_type::null) {
+        fail_at(state.sql, given.offset, fmt::format("a condition is needed here, and this is of type {}", sql_type_name(given.type)));
+    }
+    return as_type(state, given, sql_type::boolean);
+}
+
+namespace {
+
+// ---- columns -------------------------------------------------------------------------------------------------------
+
+operand bind_column(binder& state, const expression& tree) {
+    if (state.source == nullptr) {
+        fail_at(state.sql, tree.offset,
+                fmt::format("there is no column {}, because the query has no FROM; text stands in 'single quotes'", tree.name));
+    }
+    check_table_prefix(state, tree.table, tree.offset);
+    const table_column* const column = &column_named(*state.source, tree, state.sql);
+    const std::size_t made = add_step(state, {.kind = step_kind::table_column,
+                                              .type = column->type.type,
+                                              .operands = {},
+                                              .table_column = static_cast<std::size_t>(column - state.source->columns.data())});
+    return {nullptr, made, column->type.type, tree.offset};
+}
+
+// ---- comparisons and conditions ------------------------------------------------------------------------------------
+
+} // namespace
+
+sql_type common_type(const binder& state, const std::vector<operand>& operands, std::size_t offset, std::string_view complaint) {
+    std::optional<sql_type> common;
+    for (const operand& given : operands) {
+        if (given.type == sql_type::null || (given.literal != nullptr && given.type == sql_type::varchar)) {
+            continue;
+        }
+        const sql_type known = common.value_or(given.type);
+        const bool both_numbers = is_number(known) && is_number(given.type);
+        const bool both_dates = is_datetime(known) && is_datetime(given.type) && has_date(known) == has_date(given.type);
+        common = std::max(known, given.type);
+        if (!both_numbers && !both_dates && known != given.type) {
+            fail_at(state.sql, offset, fmt::format("{} and {} {}", sql_type_name(known), sql_type_name(given.type), complaint));
+        }
+    }
+    for (const operand& given : operands) {
+        if (given.literal == nullptr || given.type != sql_type::varchar || common == sql_type::varchar) {
+            continue;
+        }
+        if (!common) {
+            return sql_type::varchar;
+        }
+        if (!is_datetime(*common)) {
+            fail_at(state.sql, offset,
+                    fmt::format("{} and VARCHAR {}{}", sql_type_name(*common), complaint,
+                                is_number(*common)     ? "; write the number without quotes"
+                                : is_interval(*common) ? "; write the interval with its type, such as INTERVAL '3' DAY"
+                                                       : ""));
+        }
+        const std::optional<sql_type> type = datetime_type_of(*given.literal);
+        if (!type || has_date(*type) != has_date(*common)) {
+            fail_at(state.sql, given.offset, fmt::format("this cannot be read as {}", sql_type_name(*common)));
+        }
+        common = std::max(*common, *type);
+    }
+    return common.value_or(sql_type::integer);
+}
+
+namespace {
+
+constexpr std::string_view cannot_be_compared = "cannot be compared";
+
+std::size_t add_condition(binder& state, step_kind kind, std::vector<std::size_t> operands, bool negated = false) {
+    return add_step(state, {.kind = kind, .type = sql_type::boolean, .operands = std::move(operands), .negated = negated});
+}
+
+std::size_t negated_if(binder& state, bool negated, std::size_t condition) {
+    return negated ? add_condition(state, step_kind::negation, {condition}) : condition;
+}
+
+} // namespace
+
+std::size_t add_comparison(binder& state, comparison_operator operation, const operand& left, const operand& right, std::size_t offset) {
+    const sql_type type = common_type(state, {left, right}, offset, cannot_be_compared);
+    const std::size_t first = as_type(state, left, type);
+    const std::size_t made = add_condition(state, step_kind::comparison, {first, as_type(state, right, type)});
+    state.steps[made].comparison = operation;
+    return made;
+}
+
+namespace {
+
+std::size_t bind_in_list(binder& state, const expression& tree, const std::vector<operand>& operands) {
+    const sql_type type = common_type(state, operands, tree.offset, cannot_be_compared);
+    std::vector<std::size_t> compared{as_type(state, operands[0], type)};
+    std::vector<constant> items;
+    for (const operand& given : std::span(operands).subspan(1)) {
+        if (given.literal != nullptr && given.type != sql_type::null) {
+            items.push_back(constant_of_type(state, *given.literal, type));
+        } else {
+            compared.push_back(as_type(state, given, type));
+        }
+    }
+    const std::size_t made = add_condition(state, step_kind::in_list, std::move(compared));
+    state.steps[made].items = std::move(items);
+    return negated_if(state, tree.negated, made);
+}
+
+std::size_t bind_like(binder& state, const expression& tree, const std::vector<operand>& operands) {
+    for (const operand& given : operands) {
+        if (given.type != sql_type::varchar && given.type != sql_type::null) {
+            fail_at(state.sql, given.offset,
+                    fmt::format("LIKE takes texts, and this is of type {}; CAST(x AS VARCHAR) makes one", sql_type_name(given.type)));
+        }
+    }
+    const std::size_t text = as_type(state, operands[0], sql_type::varchar);
+    const std::size_t made = add_condition(state, step_kind::like, {text, as_type(state, operands[1], sql_type::varchar)});
+    state.steps[made].escape = from_utf8(*state.settings.text_charset, tree.text).value_or("");
+    return negated_if(state, tree.negated, made);
+}
+
+// All of a statement happens at one moment. Dates and local times are those of the zone that functions take for the current one.
+operand bind_moment(binder& state, const expression& tree) {
+    constexpr std::int32_t digits_of_second = 6;
+    if (!state.now) {
+        statement_moment& now = state.now.emplace();
+        (void)zqtime_tz_now(digits_of_second, static_cast<std::int32_t>(ini_get_value(0, INI_NOW_TIME_ZONE)), &now.local);
+        (void)zqtime_tz_now(digits_of_second, state.settings.time_zone(), &now.zoned);
+        zqtime_set_tz(&now.local, ZQTIME_NO_ZONE);
+    }
+    const bool has_zone = tree.literal == literal_kind::time_with_zone || tree.literal == literal_kind::timestamp_with_zone;
+    const bool is_time = tree.literal == literal_kind::time || tree.literal == literal_kind::time_with_zone;
+    const auto kind = tree.literal == literal_kind::date ? zqengine::datetime_kind::date
+                      : is_time                          ? zqengine::datetime_kind::time
+                                                         : zqengine::datetime_kind::datetime;
+    std::string text(zqengine::datetime_text_size, '\0');
+    text.resize(zqengine::write_datetime(has_zone ? state.now->zoned : state.now->local, kind, text.data()));
+    return add_literal(state, tree.literal, std::move(text), tree.offset);
+}
+
+std::size_t bind_logic(binder& state, step_kind kind, const std::vector<operand>& operands) {
+    std::vector<std::size_t> conditions;
+    conditions.reserve(operands.size());
+    for (const operand& given : operands) {
+        conditions.push_back(as_condition(state, given));
+    }
+    return add_condition(state, kind, std::move(conditions));
+}
+
+} // namespace
+
+operand bind(binder& state, const expression& tree) {
+    if (tree.kind == expression_kind::literal) {
+        return {&tree, 0, literal_type_of(tree, state.sql), tree.offset};
+    }
+    if (tree.kind == expression_kind::column) {
+        return bind_column(state, tree);
+    }
+    if (tree.kind == expression_kind::call) {
+        return bind_call(state, tree);
+    }
+    switch (tree.kind) {
+    case expression_kind::moment:
+        return bind_moment(state, tree);
+    case expression_kind::cast:
+        return bind_cast(state, tree);
+    case expression_kind::choice:
+        return bind_choice(state, tree);
+    case expression_kind::first_known:
+        return bind_first_known(state, tree);
+    case expression_kind::null_if:
+        return bind_null_if(state, tree);
+    case expression_kind::arithmetic:
+        return bind_arithmetic(state, tree);
+    default:
+        break;
+    }
+    std::vector<operand> operands;
+    for (const expression& given : tree.operands) {
+        operands.push_back(bind(state, given));
+    }
+    std::size_t made = 0;
+    switch (tree.kind) {
+    case expression_kind::comparison:
+        made = add_comparison(state, tree.comparison, operands[0], operands[1], tree.offset);
+        break;
+    case expression_kind::conjunction:
+        made = bind_logic(state, step_kind::conjunction, operands);
+        break;
+    case expression_kind::disjunction:
+        made = bind_logic(state, step_kind::disjunction, operands);
+        break;
+    case expression_kind::negation:
+        made = bind_logic(state, step_kind::negation, operands);
+        break;
+    case expression_kind::between: {
+        const std::size_t low = add_comparison(state, comparison_operator::greater_or_equal, operands[0], operands[1], tree.offset);
+        const std::size_t high = add_comparison(state, comparison_operator::less_or_equal, operands[0], operands[2], tree.offset);
+        made = negated_if(state, tree.negated, add_condition(state, step_kind::conjunction, {low, high}));
+        break;
+    }
+    case expression_kind::in_list:
+        made = bind_in_list(state, tree, operands);
+        break;
+    case expression_kind::like:
+        made = bind_like(state, tree, operands);
+        break;
+    case expression_kind::null_test: {
+        const std::size_t tested = as_type(state, operands[0], operands[0].type);
+        made = add_condition(state, step_kind::null_test, {tested}, tree.negated);
+        break;
+    }
+    default:
+        made = bind_logic(state, step_kind::truth_test, operands);
+        state.steps[made].negated = tree.negated;
+        state.steps[made].tested = tree.tested;
+    }
+    return {nullptr, made, sql_type::boolean, tree.offset};
+}
+
+} // namespace host

@@ -1,0 +1,155 @@
+// CAST: what does not become a value of the other type without losing more than CAST is there to take away ends the query.
+
+#include <cmath>
+#include <string>
+
+#include "bop/frame/status.h"
+#include "engine/columns.h"
+#include "engine/datetime.h"
+#include "engine/decimal.h"
+#include "host/evaluation/execution_parts.h"
+#include "host/output/output.h"
+#include "host/program_error.h"
+#include "host/tables/field_value.h"
+#include "host/values/value_text.h"
+
+namespace host {
+namespace {
+
+using bifun::value_type;
+
+// A value of the step's operand, as an error shows it.
+std::string shown_value(const execution& run, const step& made, std::uint32_t row) {
+    constexpr std::size_t longest = 40;
+    const bifun_column& from = column_of(run, made.operands[0]);
+    const sql_type type = run.query.steps[made.operands[0]].type;
+    std::string text;
+    if (type == sql_type::varchar) {
+        const auto& value = static_cast<const bifun_string*>(from.data->values)[row];
+        text.append(reinterpret_cast<const char*>(value.data), std::min<std::size_t>(value.length, longest));
+        return fmt::format("\"{}{}\"", to_utf8_with_replacements(*run.settings.text_charset, text), value.length > longest ? "..." : "");
+    }
+    append_value(text, from, type, row);
+    return text;
+}
+
+// Calls `cast` with the row of the value and that of the result; it returns false where the value does not become one.
+template <class Cast> void cast_rows(const execution& run, step& made, std::uint32_t row_count, Cast cast) {
+    const bifun_column& from = column_of(run, made.operands[0]);
+    bifun_column& to = made.result->column;
+    for (std::uint32_t k = 0; k < row_count; ++k) {
+        const std::uint32_t row = row_of(from, k);
+        to.data->null_flags[k] = from.data->null_flags[row];
+        if (from.data->null_flags[row] != 0 && !cast(row, k)) {
+            fail("CAST: {} cannot be {}{} in row {}", shown_value(run, made, row), sql_type_name(made.type),
+                 made.shape ? fmt::format("({}, {})", made.shape->digits, made.shape->fraction_digits) : "", row_in_file(run, k));
+        }
+    }
+    to.no_nulls = from.no_nulls;
+}
+
+// ---- texts ---------------------------------------------------------------------------------------------------------
+
+void cast_to_text(const execution& run, step& made, std::uint32_t row_count) {
+    const bifun_column& from = column_of(run, made.operands[0]);
+    const sql_type type = run.query.steps[made.operands[0]].type;
+    zqengine::clear_column(*made.result);
+    std::string text;
+    cast_rows(run, made, row_count, [&](std::uint32_t row, std::uint32_t place) {
+        text.clear();
+        append_value(text, from, type, row);
+        return bdta3_col_assign_str(nullptr, nullptr, &made.result->column, place, reinterpret_cast<const std::uint8_t*>(text.data()),
+                                    static_cast<std::uint32_t>(text.size()), 0) == 0;
+    });
+}
+
+void cast_from_text(const execution& run, step& made, std::uint32_t row_count) {
+    const auto* const texts = static_cast<const bifun_string*>(column_of(run, made.operands[0]).data->values);
+    cast_rows(run, made, row_count, [&](std::uint32_t row, std::uint32_t place) {
+        const std::string_view text(reinterpret_cast<const char*>(texts[row].data), texts[row].length);
+        return store_field({.type = made.type}, run.settings, text, *made.result, place) == field_fault::none;
+    });
+}
+
+// ---- numbers -------------------------------------------------------------------------------------------------------
+
+bool to_decimal(const bifun_column& from, value_type type, std::uint32_t row, xdec& value) {
+    switch (type) {
+    case value_type::INT:
+        return xdec_from_int64(&value, static_cast<const std::int32_t*>(from.data->values)[row], XDEC_ANY_PRECISION) == BIFUN_OK;
+    case value_type::BIGINT:
+        return xdec_from_int64(&value, static_cast<const std::int64_t*>(from.data->values)[row], XDEC_ANY_PRECISION) == BIFUN_OK;
+    case value_type::DECIMAL:
+        xdec_copy(&value, &static_cast<const xdec*>(from.data->values)[row]);
+        return true;
+    default:
+        return xdec_from_double(&value, static_cast<const double*>(from.data->values)[row]) == BIFUN_OK;
+    }
+}
+
+// Rounded or with zeros to so many digits behind the point, and with no more before it than the shape has.
+bool fit_to_shape(xdec& value, decimal_shape shape) {
+    xdec zeros;
+    xdec beyond;
+    xdec magnitude;
+    return xdec_round(&value, 0, shape.fraction_digits, &value) == BIFUN_OK &&
+           read_decimal(fmt::format("1E{}", shape.digits - shape.fraction_digits), beyond) && xdec_abs(&value, &magnitude) == BIFUN_OK &&
+           xdec_cmp(&magnitude, &beyond) < 0 && read_decimal(fmt::format("0E-{}", shape.fraction_digits), zeros) &&
+           xdec_add(&value, &zeros, &value) == BIFUN_OK;
+}
+
+// Rounded, halves away from zero.
+template <class Integer> bool to_integer(xdec value, Integer& number) {
+    std::string text(256, '\0');
+    std::uint32_t length = 0;
+    return xdec_round(&value, 0, 0, &value) == BIFUN_OK &&
+           xdec_to_char_with_zero(&value, text.data(), static_cast<std::uint32_t>(text.size()), 0, 0, &length) == BIFUN_OK &&
+           read_number(std::string_view(text).substr(0, length), number);
+}
+
+void cast_to_number(const execution& run, step& made, std::uint32_t row_count) {
+    const bifun_column& from = column_of(run, made.operands[0]);
+    const value_type source = value_type_of(run.query.steps[made.operands[0]].type);
+    cast_rows(run, made, row_count, [&](std::uint32_t row, std::uint32_t place) {
+        xdec value;
+        if (!to_decimal(from, source, row, value)) {
+            return false;
+        }
+        switch (made.type) {
+        case sql_type::integer:
+            return to_integer(value, zqengine::values_of<std::int32_t>(*made.result)[place]);
+        case sql_type::bigint:
+            return to_integer(value, zqengine::values_of<std::int64_t>(*made.result)[place]);
+        default:
+            zqengine::values_of<xdec>(*made.result)[place] = value;
+            return made.shape
+                       ? fit_to_shape(zqengine::values_of<xdec>(*made.result)[place], *made.shape)
+                       : source != value_type::DOUBLE || xdec_to_double(&value) == static_cast<const double*>(from.data->values)[row];
+        }
+    });
+}
+
+} // namespace
+
+void evaluate_cast(execution& run, step& made, std::uint32_t row_count) {
+    const sql_type from = run.query.steps[made.operands[0]].type;
+    if (made.type == sql_type::varchar) {
+        cast_to_text(run, made, row_count);
+    } else if (from == sql_type::varchar) {
+        cast_from_text(run, made, row_count);
+    } else if (is_datetime(from)) {
+        const auto* const values = static_cast<const zqtime*>(column_of(run, made.operands[0]).data->values);
+        cast_rows(run, made, row_count, [&](std::uint32_t row, std::uint32_t place) {
+            zqtime& value = zqengine::values_of<zqtime>(*made.result)[place] = values[row];
+            if (!has_zone(made.type)) {
+                zqtime_set_tz(&value, ZQTIME_NO_ZONE);
+            }
+            complete_datetime(value, made.type, run.environment.time_zone);
+            return true;
+        });
+    } else {
+        cast_to_number(run, made, row_count);
+    }
+}
+
+} // namespace host

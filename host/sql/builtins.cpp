@@ -1,0 +1,84 @@
+#include "host/sql/builtins.h"
+
+#include <algorithm>
+#include <vector>
+
+#include <fmt/format.h>
+
+#include "host/near_names.h"
+
+namespace host {
+namespace {
+
+// What people know from other systems, where no name here is near enough or one is near that does something else.
+struct name_elsewhere {
+    std::string_view names;
+    std::string_view advice;
+};
+
+constexpr name_elsewhere names_elsewhere[] = {
+    {"LOWER UPPER LCASE UCASE INITCAP", "texts keep their case; with --set case_sensitive=0 comparisons, LIKE and INSTR disregard it"},
+    {"COUNT SUM AVG MAX MEAN MEDIAN MODE STDDEV VARIANCE STRING_AGG GROUP_CONCAT LISTAGG ARRAY_AGG ANY_VALUE",
+     "there are no aggregates: a query gives a row for every row of the file"},
+    {"ROW_NUMBER RANK DENSE_RANK LAG LEAD NTILE FIRST_VALUE LAST_VALUE", "there are no window functions"},
+    {"IFNULL ISNULL ZEROIFNULL", "use COALESCE(x, y) or NVL(x, y)"},
+    {"NVL2 DECODE IIF IFF SWITCH CHOOSE", "use CASE WHEN condition THEN x ELSE y END or IF(condition, x, y)"},
+    {"LEN STRLEN DATALENGTH", "use LENGTH(s)"},
+    {"CHARINDEX STRPOS CONTAINS", "use INSTR(s, pattern) or LIKE"},
+    {"STARTS_WITH ENDS_WITH REGEXP_LIKE REGEXP_MATCHES REGEXP_SUBSTR REGEXP_REPLACE REGEXP_EXTRACT RLIKE GLOB",
+     "there are LIKE, INSTR, SUBSTR and REPLACE"},
+    {"MID SUBSTR2", "use SUBSTR(s, position, length)"},
+    {"SPLIT_PART SPLIT STRING_SPLIT", "use SUBSTRING_INDEX(s, delimiter, n)"},
+    {"CONCAT_WS FORMAT PRINTF", "use a || b, and TO_CHAR(x, format) for numbers and dates"},
+    {"STRFTIME", "use TO_CHAR(d, format) or DATE_FORMAT(d, format)"},
+    {"STR TO_NUMBER TO_INT TO_INTEGER TRY_CAST CONVERT TO_DECIMAL TO_VARCHAR", "use CAST(x AS type), such as CAST(x AS DECIMAL)"},
+    {"NOW SYSDATE SYSTIMESTAMP GETDATE CURDATE CURTIME TODAY", "use CURRENT_DATE, CURRENT_TIMESTAMP or LOCALTIMESTAMP"},
+    {"DATE_TRUNC", "use TRUNC(d, 'MONTH'), with any unit"},
+    {"DATE_DIFF TIMESTAMPDIFF AGE", "use DATEDIFF(field, start, end)"},
+    {"DATE_PART", "use EXTRACT(field FROM d) or DATEPART(field, d)"},
+    {"STRPTIME STR_TO_DATE PARSE_DATE", "use TO_DATE(text, format)"},
+    {"EPOCH TO_UNIXTIME", "use UNIX_TIMESTAMP(d)"},
+    {"LOG2", "use LOG(2, x)"},
+    {"MAKE_DATE MAKE_TIMESTAMP", "use TO_DATETIME(year, month, day, hour, minute)"},
+};
+
+} // namespace
+
+const bifun::builtin* find_builtin(std::string_view name) {
+    const std::string upper = upper_case(name);
+    const auto* const spelled =
+        std::ranges::find_if(bifun::spellings, [&](const auto& known) { return bifun::has_word(known.names, upper); });
+    const std::string_view own_name = spelled == std::end(bifun::spellings) ? upper : spelled->builtin;
+    const auto* const found = std::ranges::find(bifun::builtins, own_name, &bifun::builtin::name);
+    return found == std::end(bifun::builtins) ? nullptr : found;
+}
+
+std::string unknown_function(std::string_view name) {
+    const std::string upper = upper_case(name);
+    const auto* const elsewhere =
+        std::ranges::find_if(names_elsewhere, [&](const name_elsewhere& known) { return bifun::has_word(known.names, upper); });
+    if (elsewhere != std::end(names_elsewhere)) {
+        return fmt::format("there is no function {}; {}", name, elsewhere->advice);
+    }
+    std::vector<std::string> names;
+    std::ranges::transform(bifun::builtins, std::back_inserter(names), [](const bifun::builtin& known) { return std::string(known.name); });
+    const std::string hint = did_you_mean(name, names);
+    return fmt::format("there is no function {}{}", name, hint.empty() ? "; \"bifun functions\" lists what there is" : hint);
+}
+
+keyword_use keywords_of(std::string_view builtin) {
+    keyword_use found;
+    for (const bifun::entry_point& member : bifun::entry_points) {
+        for (std::size_t i = 0; member.builtin == builtin && i < member.argument_count; ++i) {
+            const bifun::argument_fact& fact = bifun::fact_of(member, i);
+            if (fact.keywords.role != bifun::keyword_role::none) {
+                found.list = fact.keywords;
+                found.chooses_member |= fact.fields != 0;
+                found.name_position = member.arguments()[i].type == bifun::value_type::VARCHAR ? i : found.name_position;
+            }
+        }
+    }
+    return found;
+}
+
+} // namespace host

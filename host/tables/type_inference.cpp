@@ -1,0 +1,121 @@
+#include "host/tables/type_inference.h"
+
+#include <charconv>
+
+#include "engine/decimal.h"
+#include "host/values/value_text.h"
+
+namespace host {
+namespace {
+
+bool is_digit(char c) { return c >= '0' && c <= '9'; }
+
+// Whether the double nearest to the number, as the shortest text for it, has the same digits.
+bool survives_as_double(std::string_view text, const xdec& value) {
+    constexpr std::size_t room = 32;
+    double nearest = 0;
+    char shortest[room];
+    xdec kept;
+    return read_number(text, nearest) && read_decimal({shortest, std::to_chars(shortest, shortest + room, nearest).ptr}, kept) &&
+           xdec_cmp(&value, &kept) == 0;
+}
+
+field_kinds classify_number(std::string_view text, const number_shape& shape) {
+    constexpr std::size_t digits_of_any_int = 9;
+    constexpr std::size_t digits_of_any_bigint = 18;
+    constexpr std::size_t digits_of_any_double = 15;
+    if (shape.has_exponent) {
+        double value = 0;
+        return read_number(text, value) ? double_field : text_field;
+    }
+    if (!shape.has_point && shape.digits <= digits_of_any_int) {
+        return integer_field;
+    }
+    xdec decimal;
+    if (!read_decimal(text, decimal)) {
+        return text_field;
+    }
+    const field_kinds precise = shape.digits <= digits_of_any_double || survives_as_double(text, decimal) ? 0U : precise_field;
+    std::int64_t value = 0;
+    if (!shape.has_point && shape.digits <= digits_of_any_bigint + 1 && read_number(text, value)) {
+        return (value >= INT32_MIN && value <= INT32_MAX ? integer_field : bigint_field) | precise;
+    }
+    return decimal_field | precise;
+}
+
+} // namespace
+
+field_kinds classify_field(std::string_view text) {
+    const std::string_view trimmed = without_blanks_around(text);
+    const number_shape shape = shape_of_number(trimmed);
+    if (shape.is_number) {
+        return shape.has_leading_zero ? text_field : classify_number(trimmed, shape);
+    }
+    constexpr std::size_t shortest_time = 4; // 1:23
+    if (trimmed.size() < shortest_time || (!is_digit(trimmed[0]) && trimmed[0] != '-')) {
+        return text_field;
+    }
+    zqtime value;
+    switch (read_any_datetime(trimmed, value).value_or(sql_type::varchar)) {
+    case sql_type::date:
+        return date_field;
+    case sql_type::time:
+        return time_field;
+    case sql_type::timestamp:
+        return timestamp_field;
+    case sql_type::time_with_zone:
+        return time_with_zone_field;
+    case sql_type::timestamp_with_zone:
+        return timestamp_with_zone_field;
+    default:
+        return text_field;
+    }
+}
+
+sql_type type_of_fields(field_kinds kinds) {
+    constexpr field_kinds numbers = integer_field | bigint_field | decimal_field | double_field | precise_field;
+    constexpr field_kinds changed_by_widening = double_field | precise_field;
+    if (kinds != 0 && (kinds & ~numbers) == 0 && (kinds & changed_by_widening) != changed_by_widening) {
+        return (kinds & double_field) != 0    ? sql_type::double_precision
+               : (kinds & decimal_field) != 0 ? sql_type::decimal
+               : (kinds & bigint_field) != 0  ? sql_type::bigint
+                                              : sql_type::integer;
+    }
+    switch (kinds) {
+    case date_field:
+        return sql_type::date;
+    case time_field:
+        return sql_type::time;
+    case timestamp_field:
+    case date_field | timestamp_field:
+        return sql_type::timestamp;
+    case time_with_zone_field:
+        return sql_type::time_with_zone;
+    case timestamp_with_zone_field:
+        return sql_type::timestamp_with_zone;
+    default:
+        return sql_type::varchar;
+    }
+}
+
+std::vector<sql_type> infer_types(csv_reader& reader, const std::vector<bool>& wanted, progress_bar& progress) {
+    std::vector<field_kinds> kinds(wanted.size(), 0);
+    while (reader.next_row()) {
+        const std::vector<csv_field>& fields = reader.fields();
+        for (std::size_t i = 0; i < fields.size(); ++i) {
+            if (wanted[i] && !fields[i].is_null && (kinds[i] & text_field) == 0) {
+                kinds[i] |= classify_field(fields[i].text);
+            }
+        }
+        progress.update(reader.bytes_read(), reader.file_size(), reader.row_number());
+    }
+    reader.rewind();
+    std::vector<sql_type> types;
+    types.reserve(kinds.size());
+    for (const field_kinds of_column : kinds) {
+        types.push_back(type_of_fields(of_column));
+    }
+    return types;
+}
+
+} // namespace host

@@ -1,0 +1,47 @@
+// What type a column of text has.
+#ifndef BIFUN_HOST_TABLES_TYPE_INFERENCE_H
+#define BIFUN_HOST_TABLES_TYPE_INFERENCE_H
+
+#include <cstdint>
+#include <string_view>
+#include <vector>
+
+#include "host/output/progress_bar.h"
+#include "host/tables/csv_file.h"
+#include "host/values/sql_type.h"
+
+namespace host {
+
+// The kinds of fields that a column holds, as a set.
+using field_kinds = std::uint32_t;
+
+enum field_kind : field_kinds {
+    integer_field = 1,
+    bigint_field = 2,
+    decimal_field = 4,
+    double_field = 8,
+    date_field = 16,
+    time_field = 32,
+    timestamp_field = 64,
+    time_with_zone_field = 128,
+    timestamp_with_zone_field = 256,
+    text_field = 512,
+    precise_field = 1024, // besides the kind of a number: as a double it would have other digits
+};
+
+// The kind of one field that is not NULL. Numbers may have blanks around them. What no number or datetime keeps as it is, is text: 007,
+// which would lose its zeros, numbers with too many digits for a decimal or an exponent beyond doubles, and fractions of a second with more
+// than six digits.
+field_kinds classify_field(std::string_view text);
+
+// The type that holds every field of a column: the widest of its numbers (a double wherever an exponent stands), TIMESTAMP for dates
+// and timestamps together, VARCHAR for any other mixture, such as values with and without zones or exponents and numbers that a double
+// would change, and where every field is NULL.
+sql_type type_of_fields(field_kinds kinds);
+
+// Reads a whole file and rewinds it. One type per column; columns that are not `wanted` are VARCHAR.
+std::vector<sql_type> infer_types(csv_reader& reader, const std::vector<bool>& wanted, progress_bar& progress);
+
+} // namespace host
+
+#endif

@@ -1,0 +1,161 @@
+// Operators and expressions that are no functions of the library: arithmetic, CASE and its kin, CAST, LIKE, the current moment, OFFSET.
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "tests/host/program_run.h"
+
+namespace {
+
+using namespace program_run;
+
+TEST(Operators, Numbers) {
+    expect_shown({
+        {"+5 ; 1 + 2 * 3 - 4 ; (1 + 2) * 3 ; -ABS(-5) ; 2 - +-3 ; 10 % 3 ; - -5 ; 1 - -1", "5, 3, 9, -5, 5, 1, 5, 2"},
+        {"7 / 2 ; 6.00 / 2 ; 1 / 3 ; -2 / 3 ; 10 / 0.5 ; 0 / 7 ; 1e0 / 8 ; 9999999999 / 3",
+         joined({"3.5, 3.00, 0.", std::string(38, '3'), ", -0.", std::string(37, '6'), "7, 20, 0, 0.125, 3333333333"})},
+        {"1.10 + 2.2 ; 2147483647 + 1.0 ; 0.1 * 0.1 ; 0.1e0 + 0.2e0 ; 3000000000 * 3",
+         "3.30, 2147483648.0, 0.01, 0.30000000000000004, 9000000000"},
+        {"NULL + 1 ; 1 / NULL ; -NULL ; 5 / NULLIF(0, 0)", "null, null, null, null"},
+        {"2147483647 + 1", "+: numeric overflow of INT in row 1; CAST(x AS BIGINT) has more digits"},
+        {"9223372036854775807 * 2", "*: numeric overflow of BIGINT in row 1; CAST(x AS DECIMAL) has more digits"},
+        {"1e308 * 10", "*: numeric overflow of DOUBLE in row 1"},
+        {"1 / 0", "/: division by zero in row 1; NULLIF(x, 0) gives NULL there"},
+        {"1 / 0e0", "/: division by zero in row 1; ..."},
+        {"'5' + 1", "12, near +: + does not take VARCHAR and INT; CAST(x AS DECIMAL) makes a number of a text"},
+        {"'a' + 'b'", "12, near +: + does not take VARCHAR and VARCHAR; || joins texts"},
+        {"-'a'", "8, near -: - takes a number, and this is of type VARCHAR"},
+    });
+    expect_answer("a,b\n1,2.5\n,1\n-3,0.5\n", "SELECT a + 1 AS s, a * b AS p, -b AS n, SUBSTR('abcdef', a + 5) t FROM t WHERE a - b < 0",
+                  "s,p,n,t\n2,2.5,-2.5,f\n-2,-1.5,-0.5,bcdef\n");
+    expect_failure("a\n1\n\n2147483647\n", "SELECT a + a FROM t", "+: numeric overflow of INT in row 3; CAST(x AS BIGINT) has more digits");
+    expect_answer("a\n1\n2\n", "SELECT a + 1 * a, -(a - 1) FROM t LIMIT 1", "a + (1 * a),-(a - 1)\n2,0\n");
+}
+
+TEST(Operators, Dates) {
+    expect_shown({
+        {"DATE '2024-02-28' + 1 ; 1 + DATE '2024-02-28' ; DATE '2024-03-01' - 1 ; DATE '2024-02-28' + 1.5 ; DATE '2024-02-28' - NULL",
+         R"("2024-02-29", "2024-02-29", "2024-02-29", "2024-02-29 12:00:00", null)"},
+        {"DATE '2024-03-01' - DATE '2024-02-01' ; DATE '2024-01-31' + INTERVAL '1' MONTH ; DATE '2024-03-31' - INTERVAL '1' MONTH",
+         R"(29, "2024-02-29", "2024-02-29")"},
+        {"DATE '2024-01-31' + INTERVAL '1' DAY ; DATE '2024-01-31' - INTERVAL '1' HOUR ; INTERVAL '90' MINUTE + TIME '23:00:00'",
+         R"("2024-02-01", "2024-01-30 23:00:00", "00:30:00")"},
+        {"TIMESTAMP '2024-01-31 10:00:00+02:00' + INTERVAL '1 02:00:00' DAY TO SECOND", R"("2024-02-01 12:00:00+02:00")"},
+        {"DATE '9999-12-31' + INTERVAL '1' DAY", "+: the datetime is outside years -4712 to 9999 in row 1"},
+        {"DATE '2024-01-31' * 2",
+         "26, near *: * does not take DATE and INT; it takes numbers, and + and - also a date with days or an interval"},
+        {"TIMESTAMP '2024-01-31 10:00:00' - DATE '2024-01-01'",
+         "40, near -: - does not take TIMESTAMP and DATE; use DATEDIFF(SECOND, start, end), with any field"},
+    });
+    expect_answer("d,n\n2024-02-28,2\n2024-03-01,\n", "SELECT d + n a, d - n b, d - DATE '2024-01-01' c FROM t WHERE d + 1 > '2024-02-28'",
+                  "a,b,c\n2024-03-01,2024-02-26,58\n,,60\n");
+}
+
+TEST(Operators, Choices) {
+    expect_shown({
+        {"CASE WHEN 1 = 2 THEN 'a' WHEN NULL THEN 'b' ELSE 'c' END ; CASE WHEN 1 = 2 THEN 1 END ; CASE WHEN TRUE THEN 1 ELSE 2.5 END",
+         R"("c", null, 1)"},
+        {"CASE ABS(-2) WHEN 1 THEN 'a' WHEN 2.0 THEN 'b' END ; CASE NULL WHEN NULL THEN 1 ELSE 2 END ; CASE 'x ' WHEN 'x' THEN 1 END",
+         R"("b", 2, 1)"},
+        {"COALESCE(NULL, NULL, 3) ; COALESCE(NULL, 'x') ; COALESCE(NULL) ; COALESCE(1, 1 / 0) ; NULLIF(1, 1.0) ; NULLIF('a', 'b')",
+         R"(3, "x", null, 1, null, "a")"},
+        {"CASE WHEN 1 = 1 THEN DATE '2024-02-29' ELSE '2024-01-01 10:00' END", R"("2024-02-29 00:00:00")"},
+        {"CASE WHEN 1 = 1 THEN 1 ELSE 'a' END", "8, near CASE: INT and VARCHAR do not go together; write the number without quotes"},
+        {"CASE 1 WHEN 'a' THEN 2 END", "20, near 'a': INT and VARCHAR cannot be compared; ..."},
+    });
+    const std::string file = "a,s\n1,x\n0,y\n,z\n-1,x\n4,\n";
+    const std::string sql =
+        "SELECT a, CASE WHEN a > 0 THEN CASE WHEN LN(a) > 1 THEN s || 'big' ELSE 'one' END ELSE COALESCE(s, 'none') END v, "
+        "CASE s WHEN 'x' THEN a WHEN 'y' THEN 10 / (a + 1) WHEN s THEN 7 END w, NULLIF(s, 'x') n FROM t";
+    // No branch sees rows that it does not take, whatever the batches are: LN(0) and 10 / 0 would fail.
+    for (const char* const rows : {"1", "3", "1000"}) {
+        expect_answer(file, sql, "a,v,w,n\n1,one,1,\n0,y,10,y\n,z,7,z\n-1,x,-1,\n4,big,,\n", {"--batch-rows", rows});
+        expect_answer(file, joined({sql, " WHERE CASE WHEN a > 0 THEN LN(a) > 1 ELSE a + 1 = 1 END"}), "a,v,w,n\n0,y,10,y\n4,big,,\n",
+                      {"--batch-rows", rows});
+    }
+    expect_failure(file, "SELECT CASE WHEN s = 'x' THEN LN(a) END FROM t",
+                   "LN: -6803 an argument is outside the function's domain in row 4");
+    expect_answer("a\n1\n", "SELECT CASE a WHEN 1 THEN 'x' ELSE 'y' END, CASE WHEN a = 1 THEN 2 END, COALESCE(a, 1), NULLIF(a, 1) FROM t",
+                  "CASE a WHEN 1 THEN 'x' ELSE 'y' END,CASE WHEN a = 1 THEN 2 END,\"COALESCE(a, 1)\",\"NULLIF(a, 1)\"\nx,2,1,\n");
+}
+
+TEST(Operators, Casts) {
+    expect_shown({
+        {"CAST('12' AS INT) ; CAST(' 12.50 ' AS DECIMAL) ; '1e3'::double ; CAST(2.5 AS INT) ; CAST(-2.5e0 AS BIGINT) ; CAST(5 AS DOUBLE "
+         "PRECISION)",
+         "12, 12.50, 1000, 3, -3, 5"},
+        {"CAST(12.345 AS DECIMAL(5, 2)) ; CAST(5 AS DECIMAL(5, 2)) ; CAST(0.1e0 AS DECIMAL) ; CAST(NULL AS DATE)",
+         "12.35, 5.00, 0.1, null"},
+        {"12::text || 'x' ; CAST(1.50 AS VARCHAR) ; CAST(1e20 AS VARCHAR) ; CAST(DATE '2024-02-29' AS VARCHAR) ; CAST(1 = 1 AS VARCHAR)",
+         R"("12x", "1.50", "1E+20", "2024-02-29", "true")"},
+        {"CAST(TIMESTAMP '2024-02-29 10:00:00' AS DATE) ; CAST(TIMESTAMP '2024-02-29 10:00:00' AS TIME) ; CAST(DATE '2024-02-29' AS "
+         "TIMESTAMP)",
+         R"("2024-02-29", "10:00:00", "2024-02-29 00:00:00")"},
+        {"CAST(SUBSTR('on 2024-02-29', 4) AS DATE) ; '2024-02-29'::date ; CAST(TIMESTAMP '2024-02-29 10:00:00+02:00' AS TIMESTAMP)",
+         R"("2024-02-29", "2024-02-29", "2024-02-29 10:00:00")"},
+        {"CAST('x' AS INT)", "CAST: \"x\" cannot be INT in row 1"},
+        {"CAST(3000000000 AS INT)", "CAST: 3000000000 cannot be INT in row 1"},
+        {"CAST(1234.5 AS DECIMAL(5, 2))", "CAST: 1234.5 cannot be DECIMAL(5, 2) in row 1"},
+        {"CAST(1e-200 AS INT) ; CAST(1e-200 AS DECIMAL(3, 2))", "0, 0.00"},
+        {"CAST(1e-200 AS DECIMAL)", "CAST: 1E-200 cannot be DECIMAL in row 1"},
+        {"CAST(1 AS DATE)", "8, near CAST: CAST makes no DATE of INT"},
+        {"CAST(1 AS BOOLEAN)", "18, near BOOLEAN: CAST makes INT, BIGINT, DECIMAL, DOUBLE, VARCHAR, ..."},
+        {"CAST('a' AS VARCHAR(3))", "20, near VARCHAR: in a CAST VARCHAR has no length or precision; use SUBSTR for texts"},
+    });
+    expect_failure("s\n1\n\nx\n", "SELECT CAST(s AS INT) FROM t", "CAST: \"x\" cannot be INT in row 3");
+}
+
+TEST(Operators, Like) {
+    expect_shown({
+        {"'abc' LIKE 'a%' ; 'abc' LIKE '_b_' ; 'abc' NOT LIKE '%d' ; 'abc' LIKE 'ab' ; '' LIKE '%' ; '' LIKE '_' ; NULL LIKE 'a'",
+         "true, true, true, false, true, false, null"},
+        {"'mississippi' LIKE '%iss%ip%' ; 'mississippi' LIKE 'm%iss%x' ; 'aab' LIKE '%ab' ; 'é山' LIKE '__' ; 'ABC' LIKE 'abc'",
+         "true, false, true, true, false"},
+        {"'a%c' LIKE 'a!%c' ESCAPE '!' ; 'abc' LIKE 'a!%c' ESCAPE '!' ; 'a!' LIKE 'a!!' ESCAPE '!' ; 'a\\c' LIKE 'a\\c'",
+         "true, false, true, true"},
+        {"'ab  ' LIKE '%b' ; 'ab' LIKE 'ab  ' ; 'ab ' LIKE 'ab_' ; 'ab' LIKE 'ab_' ; 'a b' LIKE 'a%b'", "true, true, true, false, true"},
+        {"'ABC' LIKE '%bc'", "true", {"--set", "case_sensitive=0"}},
+        {"'\xE4\xB8\x82' LIKE '_'", "true", {"--set", "charset=gb18030"}},
+        {"'a' LIKE 'a!' ESCAPE '!'", "LIKE: the pattern 'a!' ends in its escape character"},
+        {"'a' LIKE 'a' ESCAPE 'xy'", "28, near 'xy': ESCAPE takes one character in quotes"},
+        {"5 LIKE '5'", "8, near 5: LIKE takes texts, and this is of type INT; CAST(x AS VARCHAR) makes one"},
+        {"'A' ILIKE 'a'", "12, near ILIKE: ILIKE is not supported; LIKE disregards case with --set case_sensitive=0"},
+    });
+    expect_answer("s,p\nabc,a%\nabd,%c\n,%\nxyz,\n", "SELECT s, s LIKE p AS m FROM t WHERE s NOT LIKE 'x%'", "s,m\nabc,true\nabd,false\n");
+}
+
+TEST(Operators, Moments) {
+    expect_shown({
+        {"CURRENT_DATE = CAST(LOCALTIMESTAMP AS DATE) ; CURRENT_DATE - CURRENT_DATE ; CURRENT_TIMESTAMP = CURRENT_TIMESTAMP ; "
+         "CAST(CURRENT_TIMESTAMP AS TIME) = CAST(CURRENT_TIME AS TIME) ; LOCALTIME = CAST(LOCALTIMESTAMP AS TIME)",
+         "true, 0, true, true, true"},
+        {"TO_DAYS(CURRENT_DATE) = TO_DAYS(NULL) ; EXTRACT(TIMEZONE_HOUR FROM CURRENT_TIMESTAMP)", "true, 8", {"--set", "time_zone=+08:00"}},
+        {"CURRENT_USER", "8, near CURRENT_USER: this value is not supported; there are CURRENT_DATE, CURRENT_TIME, CURRENT_TIMESTAMP, ..."},
+    });
+}
+
+TEST(Operators, Offset) {
+    const std::string file = "a\n1\n2\n3\n4\n5\n";
+    for (const char* const rows : {"1", "2", "1000"}) {
+        const arguments options = {"--batch-rows", rows};
+        expect_answer(file, "SELECT a, ABS(a) b FROM t LIMIT 2 OFFSET 1", "a,b\n2,2\n3,3\n", options);
+        expect_answer(file, "SELECT a FROM t WHERE a <> 2 OFFSET 2", "a\n4\n5\n", options);
+        expect_answer(file, "SELECT a FROM t WHERE a <> 2 LIMIT 1 OFFSET 1", "a\n3\n", options);
+        expect_answer(file, "SELECT a FROM t OFFSET 5", "a\n", options);
+        expect_answer("a\n1\n2\nx\n", "SELECT a FROM t LIMIT 1 OFFSET 1", "a\n2\n", {"--types", "a:INT", "--batch-rows", rows});
+    }
+    expect_failure(file, "SELECT ABS(a - 5) / (a - 3) FROM t OFFSET 1", "/: division by zero in row 3; ...");
+    expect_failure(file, "SELECT a FROM t OFFSET -1", "SQL, character 24, near -: OFFSET takes a whole number that is not negative");
+}
+
+// Functions by the names that they have in other systems.
+TEST(Operators, NamesElsewhere) {
+    expect_shown({
+        {"LOWER('A')", "8, near LOWER: there is no function lower; texts keep their case; with --set case_sensitive=0 ..."},
+        {"IFNULL(1, 2)", "8, near IFNULL: there is no function ifnull; use COALESCE(x, y) or NVL(x, y)"},
+        {"SUM(1)", "8, near SUM: there is no function sum; there are no aggregates: a query gives a row for every row of the file"},
+        {"POW(1, 2)", "8, near POW: there is no function pow; did you mean POWER?"},
+    });
+}
+
+} // namespace
