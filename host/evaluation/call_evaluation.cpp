@@ -79,7 +79,9 @@ std::string explain_unread_text(execution& run, const step& call, const std::arr
 // alone through a selection vector of one entry, tells the row.
 [[noreturn]] void fail_in_call(execution& run, step& call, const std::array<const bifun_column*, bifun::most_arguments>& columns,
                                std::int32_t status, std::uint32_t row_count) {
-    const auto message = [&](std::int32_t code) { return fmt::format("{}: {} {}", call.entry->builtin, code, zqengine_status_meaning(code)); };
+    const auto message = [&](std::int32_t code) {
+        return fmt::format("{}: {} {}", call.entry->builtin, code, zqengine_status_meaning(code));
+    };
     const std::int32_t constant_status = call_entry(run, call, columns, 0);
     if (constant_status != 0) {
         throw program_error(message(constant_status));
