@@ -75,7 +75,7 @@ TEST(Interface, ValuesOfEveryTypeAreReadAndWrittenAsText) {
         {ZQENGINE_BIGINT, "-9223372036854775808", nullptr},
         {ZQENGINE_BIGINT, "9223372036854775808", too_large},
         {ZQENGINE_DOUBLE, "0.1", nullptr},
-        {ZQENGINE_DOUBLE, "-1.7976931348623157e+308", nullptr},
+        {ZQENGINE_DOUBLE, "-1.7976931348623157E+308", nullptr},
         {ZQENGINE_DOUBLE, "1e999", too_large},
         {ZQENGINE_DOUBLE, "NaN", nullptr},
         {ZQENGINE_DOUBLE, "-Infinity", nullptr},
