@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Generated columns and constants for benchmarks: any type, any number of distinct rows, the same in every run.
 #ifndef BIFUN_BENCH_BENCH_DATA_H
 #define BIFUN_BENCH_BENCH_DATA_H

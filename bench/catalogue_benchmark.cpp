@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Every entry point of the catalogue over generated columns: time per row. Benchmarks are named symbol/path, with the paths of
 // bench/catalogue_calls.h. The options are Google Benchmark's, and --rows_per_call=N.
 

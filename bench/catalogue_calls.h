@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Calls of the entry points of the catalogue over generated columns: what the benchmarks measure.
 #ifndef BIFUN_BENCH_CATALOGUE_CALLS_H
 #define BIFUN_BENCH_CATALOGUE_CALLS_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Two builds of the library side by side in one process: every entry point of the catalogue over the same generated columns, in turns.
 // bench/compare builds what it is given and runs this.
 //

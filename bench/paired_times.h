@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Two builds' times for the same calls, taken in turns so that the machine's noise hits both alike.
 #ifndef BIFUN_BENCH_PAIRED_TIMES_H
 #define BIFUN_BENCH_PAIRED_TIMES_H

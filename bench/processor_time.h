@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The clock of the benchmarks.
 #ifndef BIFUN_BENCH_PROCESSOR_TIME_H
 #define BIFUN_BENCH_PROCESSOR_TIME_H

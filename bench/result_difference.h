@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Whether two builds give the same results.
 #ifndef BIFUN_BENCH_RESULT_DIFFERENCE_H
 #define BIFUN_BENCH_RESULT_DIFFERENCE_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /* bifun for engine builders: every exported function and variable. Compiles as C11 and as C++.
  *
  * An entry point evaluates one SQL built-in over a batch: it reads columns (`a` in its name) and constants (`v`) and writes row k of

@@ -1,1 +1,2 @@
+# SPDX-License-Identifier: Apache-2.0
 include(${CMAKE_CURRENT_LIST_DIR}/bifunTargets.cmake)

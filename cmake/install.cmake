@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # cmake --install: the library, the embedded engine, the program if it is built, the headers in their source layout under include/bifun, a
 # CMake package, pkg-config files, the manual and the pages. Each component is what one package has of it.
 include(CMakePackageConfigHelpers)

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # Debian packages, by cpack in the build folder; tools/make-packages builds as Debian does first, and checks the result. Each package is
 # made of a component of what is installed, and of one with what Debian alone wants.
 find_program(DPKG_DEB_PROGRAM dpkg-deb)

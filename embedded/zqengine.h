@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /* The embedded engine for executors: sessions, columns and large objects. Compiles as C11 and as C++; any language that calls C can use it.
  *
  * An executor makes columns, fills them, passes them to the functions of libbifun.so and reads the results. Besides, it needs of engine/

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /* Text in the database character set, which is one for the whole process and is told to the library by bifun_dll_var_init.
  *
  * Offsets and lengths are in bytes, counted from 0; positions are in characters, counted from 1. Text may be malformed: from the left on,

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /* Writing result columns.
  *
  * Statuses are 0 or -503. `row` is a row of the result, which has been given room for the whole batch. No operation touches the row's

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /* Datetimes as text under a date format, both ways.
  *
  * docs/date-formats.md describes the two format languages: format models such as YYYY-MM-DD, and the %-formats of DATE_FORMAT. A format is

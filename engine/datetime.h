@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /* DATE, TIME and DATETIME values with and without a time zone, all in one encoded form.
  *
  * Years run from -4712 to 9999 and years before 1 are astronomical (0 is 1 BC). Dates are Julian before 1582-10-15 and Gregorian from

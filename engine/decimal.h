@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /* DECIMAL values: up to 38 significant digits. Values are passed by pointer and may be unaligned. Operations take no environment and
  * allocate nothing. Results must not overlap operands unless an entry says so. */
 #ifndef BIFUN_ENGINE_DECIMAL_H

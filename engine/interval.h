@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /* Intervals: spans of months and of time. Values are passed by pointer; operations take no environment and allocate nothing. */
 #ifndef BIFUN_ENGINE_INTERVAL_H
 #define BIFUN_ENGINE_INTERVAL_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /* Large objects: values that may be too long for memory. */
 #ifndef BIFUN_ENGINE_LARGE_OBJECTS_H
 #define BIFUN_ENGINE_LARGE_OBJECTS_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /* Scratch memory: heaps with marks and memory objects over heaps. */
 #ifndef BIFUN_ENGINE_MEMORY_H
 #define BIFUN_ENGINE_MEMORY_H

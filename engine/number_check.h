@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /* Checks of DOUBLE results and of digits. */
 #ifndef BIFUN_ENGINE_NUMBER_CHECK_H
 #define BIFUN_ENGINE_NUMBER_CHECK_H

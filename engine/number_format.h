@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /* Numbers as text under a number format.
  *
  * docs/number-formats.md describes the format language and the NLS parameters. Values are passed by pointer and may be unaligned.

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /* Searching bytes for a pattern: Boyer-Moore and shift-or, with tables that are made once for many texts.
  *
  * A search gives the byte offset of the first occurrence that begins at or after `from`, or ZQ_NOT_FOUND. Occurrences may overlap. Patterns

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /* Configuration: of the process, and of the session that an environment stands for. */
 #ifndef BIFUN_ENGINE_SESSION_H
 #define BIFUN_ENGINE_SESSION_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /* What an engine says of itself, so that the library can spare it calls. All of it is optional: where a statement is not made, the library
  * calls the operation for every row, with the same results. */
 #ifndef BIFUN_ENGINE_STATEMENTS_H

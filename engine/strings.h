@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /* Owned string values, and padding. */
 #ifndef BIFUN_ENGINE_STRINGS_H
 #define BIFUN_ENGINE_STRINGS_H

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # Runs an example; what it prints has to be what the file has.
 #     cmake -DCOMMAND=program;arguments -DEXPECTED=file -P output_test.cmake
 execute_process(COMMAND ${COMMAND} OUTPUT_VARIABLE output RESULT_VARIABLE failed)

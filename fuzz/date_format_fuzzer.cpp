@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A value and a format: a format model in one of the languages, or a %-format. Any text is one or has a problem with a place in it; any
 // value has a text that fits its room, the same one as the model says of it.
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A format model and a text, separated by a newline: a text is read into a value that exists, or not at all; one that is read by a model
 // which says all of a value is written by it so that it reads back as the same.
 #include <algorithm>

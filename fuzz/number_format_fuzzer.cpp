@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Numbers, formats and NLS texts, separated by newlines. Any number under any format has a text of its width or a status, the same for a
 // session that has met other formats before.
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #ifndef BIFUN_FUZZ_REQUIRE_H
 #define BIFUN_FUZZ_REQUIRE_H
 

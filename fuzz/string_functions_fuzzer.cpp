@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Any bytes as texts, sets, patterns and numbers of any string function, in any character set and under any settings. Two rows per batch.
 // What holds for every call is checked by the call. The status is one that string functions have, and results are the same whatever the
 // engine says of itself.

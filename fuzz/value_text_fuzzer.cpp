@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Texts of decimals or, where the first byte is odd, datetimes. What is read is written as text that reads back as the same value to the
 // byte, in a buffer of just its size; reading does not go past the end and leaves the value alone where it fails.
 #include <cstdint>

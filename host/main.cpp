@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // bifun: SQL over CSV files, evaluated batch by batch through libbifun.so.
 
 #include <csignal>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Suggestions for names that do not exist.
 #ifndef BIFUN_HOST_NEAR_NAMES_H
 #define BIFUN_HOST_NEAR_NAMES_H

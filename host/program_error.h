@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the program tells the user when it cannot go on.
 #ifndef BIFUN_HOST_PROGRAM_ERROR_H
 #define BIFUN_HOST_PROGRAM_ERROR_H

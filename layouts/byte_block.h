@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Sixteen bytes in a vector register, for the library and the embedded engine. Blocks are vectors of the compiler's own: + - & | ^ ~ >>
 // work byte by byte, the same on every architecture. What it has no operators for is here.
 #ifndef BIFUN_LAYOUTS_BYTE_BLOCK_H

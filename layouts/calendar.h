@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The calendar of datetimes: Julian before 1582-10-15, Gregorian from then on, years astronomical. Closed formulas only, without branches,
 // so that loops over them vectorise; after E. G. Richards, "Calendars", in the Explanatory Supplement to the Astronomical Almanac
 // (2013), 15.11, with the months by C. Neri and L. Schneider, "Euclidean affine functions and their application to calendar algorithms"

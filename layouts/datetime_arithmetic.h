@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Arithmetic on datetimes of the packed layout, by the calendar of layouts/calendar.h: what the operations of engine/datetime.h do, for
 // loops that call none. Closed formulas; nothing is read or written but the arguments. A function that returns a bool leaves `result`
 // without a meaning where it returns false.

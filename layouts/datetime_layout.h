@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The datetime layout ZQTIME_LAYOUT_PACKED of engine/statements.h, and what can be told from it without a call. All bit positions are here.
 //
 //     bytes 0-3     time, from high to low: hour in 20 bits, minute in 6, second in 6

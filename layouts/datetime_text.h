@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Dates and times as digits, for the library and the embedded engine: what TO_CHAR gives where no format is set.
 #ifndef BIFUN_LAYOUTS_DATETIME_TEXT_H
 #define BIFUN_LAYOUTS_DATETIME_TEXT_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The decimal layout XDEC_LAYOUT_PACKED_128 of engine/statements.h, and what can be told from it without a call.
 //
 //     byte 0        sign mark: 0xC1 positive, 0x3E negative, 0x80 zero

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Rounding and truncation of the values of layouts/decimal_layout.h, to be inlined into a loop over rows in place of a call for each: what
 // varies within a column, signs and coefficients, meets no branch.
 #ifndef BIFUN_LAYOUTS_DECIMAL_ROUNDING_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The text of packed decimals (layouts/decimal_layout.h), for whoever writes numbers: the library and the embedded engine.
 #ifndef BIFUN_LAYOUTS_DECIMAL_TEXT_H
 #define BIFUN_LAYOUTS_DECIMAL_TEXT_H

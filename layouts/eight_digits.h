@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Eight decimal digits at a time, for whoever writes numbers: the library and the embedded engine.
 #ifndef BIFUN_LAYOUTS_EIGHT_DIGITS_H
 #define BIFUN_LAYOUTS_EIGHT_DIGITS_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Forms of fixed width, such as HH:MM:SS, read eight characters at a time: the first is in the lowest byte.
 #ifndef BIFUN_LAYOUTS_FIXED_DIGITS_H
 #define BIFUN_LAYOUTS_FIXED_DIGITS_H

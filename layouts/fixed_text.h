@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Texts of fixed width under a date format (dfm_fixed_text of engine/date_format.h), written without a call: sixteen characters at a time,
 // by processors that can move them so.
 #ifndef BIFUN_LAYOUTS_FIXED_TEXT_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What bdta3_col_assign_str does where free bytes lie open, for the engine that says so and for the library that then does it without a
 // call.
 #ifndef BIFUN_LAYOUTS_FREE_BYTES_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The length of intervals, by which they are compared and added to packed datetimes: what the operations of engine/interval.h do.
 #ifndef BIFUN_LAYOUTS_INTERVALS_H
 #define BIFUN_LAYOUTS_INTERVALS_H

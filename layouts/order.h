@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The order of two values as a number, for comparisons that C callers see.
 #ifndef BIFUN_LAYOUTS_ORDER_H
 #define BIFUN_LAYOUTS_ORDER_H

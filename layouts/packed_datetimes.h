@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What is asked of datetimes of the packed layout, worked out in place. The operations of engine/datetime.h and engine/interval.h are the
 // contracts; statuses are theirs.
 #ifndef BIFUN_LAYOUTS_PACKED_DATETIMES_H

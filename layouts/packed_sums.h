@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Sums of packed datetimes for loops over many rows: without a branch, in words of 32 bits, of which loops make vectors. They are defined
 // for any bits and right for usual values only, which `*_are_usual` tells by fewer instructions than the sum takes; what they give for
 // those is what layouts/datetime_arithmetic.h does.

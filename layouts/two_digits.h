@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Two decimal digits at a time, by a table: for numbers that lie apart, as the parts of a date do.
 #ifndef BIFUN_LAYOUTS_TWO_DIGITS_H
 #define BIFUN_LAYOUTS_TWO_DIGITS_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // bifun's side of the comparison: what an executor does to evaluate one expression over the table.
 #ifndef BIFUN_BENCH_PEERS_BIFUN_RUN_H
 #define BIFUN_BENCH_PEERS_BIFUN_RUN_H

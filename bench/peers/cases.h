@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What is compared: the columns of the table, and the expressions over them as each engine writes them.
 #ifndef BIFUN_BENCH_PEERS_CASES_H
 #define BIFUN_BENCH_PEERS_CASES_H

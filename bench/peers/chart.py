@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
 """Charts of the comparison as SVG on stdout: chart.py ratios|times FILE, with the file that bifun_peers --json=FILE has written."""
 
 import math

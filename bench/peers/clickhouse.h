@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // ClickHouse as a library found at run time.
 #ifndef BIFUN_BENCH_PEERS_CLICKHOUSE_H
 #define BIFUN_BENCH_PEERS_CLICKHOUSE_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // DuckDB as a library found at run time.
 #ifndef BIFUN_BENCH_PEERS_DUCKDB_H
 #define BIFUN_BENCH_PEERS_DUCKDB_H

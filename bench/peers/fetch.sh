@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
 # Gets libduckdb.so and libchdb.so (ClickHouse) from the npm registry into build/peers, or into the directory given.
 set -euo pipefail
 peers=${1:-$(cd "$(dirname "$0")/../.." && pwd)/build/peers}

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What a run found, and how it is written down.
 #ifndef BIFUN_BENCH_PEERS_FIGURES_H
 #define BIFUN_BENCH_PEERS_FIGURES_H

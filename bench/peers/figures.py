@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """What bifun_peers --json has written, as rows with medians, ratios and what the noise leaves of them."""
 
 import json

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Functions of libraries that are loaded at run time.
 #ifndef BIFUN_BENCH_PEERS_LOADED_FUNCTION_H
 #define BIFUN_BENCH_PEERS_LOADED_FUNCTION_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The same expressions over the same data through bifun, DuckDB and ClickHouse in one run, single-threaded.
 //
 // What is measured. Each engine holds the table in memory. For every case it runs two queries over all rows:

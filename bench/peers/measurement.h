@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // One timed run of one engine.
 #ifndef BIFUN_BENCH_PEERS_MEASUREMENT_H
 #define BIFUN_BENCH_PEERS_MEASUREMENT_H

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
 # Prints the side-by-side table as Markdown: bench/peers/run.sh [case name pattern] [options of bifun_peers]
 set -euo pipefail
 cd "$(dirname "$0")/../.."

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The queries for the peers.
 #ifndef BIFUN_BENCH_PEERS_SQL_H
 #define BIFUN_BENCH_PEERS_SQL_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The table that every engine loads: generated once, as columns of the embedded engine.
 #ifndef BIFUN_BENCH_PEERS_TABLE_H
 #define BIFUN_BENCH_PEERS_TABLE_H

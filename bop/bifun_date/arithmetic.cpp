@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Datetimes moved by an amount: DATEADD, ADD_*, DATE_ADD, DATE_SUB, LAST_DAY, NEXT_DAY; and intervals made from numbers. A result outside
 // the range of years ends the batch.
 

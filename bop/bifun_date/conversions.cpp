@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Datetimes of numbers and numbers of datetimes: TO_DATETIME, FROM_UNIXTIME, UNIX_TIMESTAMP, SEC_TO_TIME, TIME_TO_SEC.
 
 #include "bop/bifun_date/current_datetime.h"

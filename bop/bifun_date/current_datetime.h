@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Functions for which a NULL may stand for now, and whose rows may turn out NULL.
 #ifndef BIFUN_DATE_CURRENT_DATETIME_H
 #define BIFUN_DATE_CURRENT_DATETIME_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Formats of dates among the arguments of a call.
 #ifndef BIFUN_DATE_DATE_MODEL_H
 #define BIFUN_DATE_DATE_MODEL_H

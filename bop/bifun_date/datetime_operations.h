@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the date families ask of a datetime, in two forms: worked out in place, for an engine whose datetimes have the packed layout, and by
 // the engine's operations. What both records have gives the same results; a family is written once, over one of them:
 //

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Kernels of datetimes, for datetimes that come as text. A text that is none makes the row NULL.
 #ifndef BIFUN_DATE_DATETIME_TEXT_H
 #define BIFUN_DATE_DATETIME_TEXT_H

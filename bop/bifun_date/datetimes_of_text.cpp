@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Text as dates and times: as it is usually written, in the session's format, or under a format.
 
 #include "bop/bifun_date/date_model.h"

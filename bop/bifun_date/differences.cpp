@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // How far apart two datetimes are: DATEDIFF, BIGDATEDIFF, *_BETWEEN; and the number of a day, TO_DAYS.
 
 #include "bop/bifun_date/current_datetime.h"

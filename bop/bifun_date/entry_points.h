@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #ifndef BIFUN_DATE_ENTRY_POINTS_H
 #define BIFUN_DATE_ENTRY_POINTS_H
 

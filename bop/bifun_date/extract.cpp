@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Components of datetimes and intervals: EXTRACT, DATEPART and the functions that are named after a component. A field that the kind of
 // value does not have fails at the first row that is not NULL. Integers go straight into the value array.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // GREATEST and LEAST of two datetimes or intervals. Where they are equal the second one counts.
 
 #include "bop/bifun_date/datetime_operations.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "bop/bifun_date/fields.h"
 
 #include <algorithm>

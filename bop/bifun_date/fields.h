@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The fields of datetimes by their names.
 #ifndef BIFUN_DATE_FIELDS_H
 #define BIFUN_DATE_FIELDS_H

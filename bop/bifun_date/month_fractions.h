@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Months and thirty-firsts of a month as a packed decimal: what xdec_from_double makes of their double, the shortest decimal that reads
 // back as it, in integers.
 #ifndef BIFUN_DATE_MONTH_FRACTIONS_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // OVERLAPS: whether two periods have a moment in common. Each has a start and an end, or a start and an interval up to the end. Only the
 // first start decides whether the result is NULL; what else is missing counts as zqtime_overlaps_dt_low has it.
 //

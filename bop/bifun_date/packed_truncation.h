@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // TRUNC of packed datetimes: a kernel without a branch for each unit, of which loops over many rows make vectors. They do what the engine's
 // operations are called for in truncation.cpp.
 #ifndef BIFUN_DATE_PACKED_TRUNCATION_H

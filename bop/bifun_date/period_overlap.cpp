@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The exported decision whether two periods overlap.
 
 #include <cstdint>

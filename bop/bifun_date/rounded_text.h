@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // TRUNC and ROUND of texts, which hold a datetime or a number: what both have in common.
 #ifndef BIFUN_DATE_ROUNDED_TEXT_H
 #define BIFUN_DATE_ROUNDED_TEXT_H

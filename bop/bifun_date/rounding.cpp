@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // ROUND of datetimes to a unit, and of texts. Results of years, quarters and months have no zone.
 
 #include "bop/bifun_date/datetime_operations.h"

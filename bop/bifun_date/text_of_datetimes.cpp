@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Dates and times as text: as they are, in the session's format, or under a format. Also decimals, and texts that hold either.
 
 #include "bop/bifun_date/date_model.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // TRUNC of datetimes to a unit, and of texts.
 
 #include "bop/bifun_date/datetime_operations.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The units to which datetimes are truncated and rounded, by their names.
 #ifndef BIFUN_DATE_UNITS_H
 #define BIFUN_DATE_UNITS_H

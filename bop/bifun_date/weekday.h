@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The weekday rule: whole days since a Sunday. Days of the Julian part of the calendar count as they passed.
 #ifndef BIFUN_DATE_WEEKDAY_H
 #define BIFUN_DATE_WEEKDAY_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // CONCAT, REPEAT and SPACE. Blanks at the end of a result are a count.
 
 #include "bop/bifun_str/entry_points.h"

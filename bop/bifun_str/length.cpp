@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // LENGTH and LENGTHB: characters or bytes of the stored text, with or without its trailing blanks. The length of an empty text is NULL, or
 // 0 in the compatible mode for that.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // OVERLAY and INSSTR: a range of characters, by constants, gives way to a text.
 
 #include "bop/bifun_str/overlay.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // OVERLAY of one value: a range of characters of its full text gives way to the full text of the replacement. What is left of the value's
 // trailing blanks behind the range stays a count.
 #ifndef BIFUN_STR_OVERLAY_H

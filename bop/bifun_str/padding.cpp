@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // LPAD and RPAD: a text with copies of a pad before or behind it, or cut, so that it has a certain number of characters. The rules are
 // those of the engine's operations in engine/strings.h. Pads of single-byte characters are set here, where the engine lets the library; the
 // others by the engine.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Searching texts for a pattern that was prepared once: its bytes, in the case and the direction of the search, and the tables of the
 // algorithm that is to find it.
 #ifndef BIFUN_STR_PATTERN_SEARCH_H

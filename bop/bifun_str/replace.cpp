@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // REPLACE. A constant pattern is prepared once per batch, a column's for every row that needs it.
 
 #include "bop/bifun_str/entry_points.h"

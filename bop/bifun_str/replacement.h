@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // REPLACE of one value: every occurrence of a pattern in its full text, from the left on and without overlaps, gives way to the full text
 // of the replacement. Trailing blanks that no occurrence reaches stay a count. A pattern that has no counted blanks itself is looked for
 // among the stored bytes only.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Searching for patterns that are prepared for one text each.
 #ifndef BIFUN_STR_ROW_SEARCH_H
 #define BIFUN_STR_ROW_SEARCH_H

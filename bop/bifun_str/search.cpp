@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // INSTR, INSTRB, POSITION and LOCATE: where a pattern is in a text. A constant pattern is prepared once per batch, a column's for every row
 // that needs it. An empty pattern makes the row NULL, so no call promises a result without NULLs; 0 says that it is nowhere.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The exported operations on single string values.
 
 #include "bop/bifun.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // SUBSTR, LEFT and RIGHT by characters, SUBSTRB by bytes. A value's trailing blanks are characters like any others; a result that ends
 // among them has its share of them as a count.
 

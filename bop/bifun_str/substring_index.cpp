@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // SUBSTRING_INDEX: the text before the n-th delimiter, or behind the n-th from the end. What it has of the value's trailing blanks is a
 // count. Texts of single-byte characters are searched where they lie. The search of others reverses what it searches backwards, so both
 // texts are scratch copies then, with their blanks written out, made afresh for every row.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the string families share: what is known of texts before a row is seen, and the full text of one value.
 #ifndef BIFUN_STR_TEXT_H
 #define BIFUN_STR_TEXT_H

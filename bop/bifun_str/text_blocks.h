@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What is known of all texts of a block at once. A column's texts mostly lie one behind the other, as they were stored: then one pass over
 // their bytes tells what would take a look at each of them.
 #ifndef BIFUN_STR_TEXT_BLOCKS_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // TRANSLATE: every character of the from-set in a text becomes the character of the to-set in its place, or none where that set is shorter.
 // Trailing blanks belong to the sets, and those of a text are translated where the blank is in the from-set.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // TRIM, LTRIM and RTRIM. The trailing blanks of a value are a count, so trimming them is no work; what is left of the stored bytes is told
 // by a part of them. The trailing side is trimmed on reversed bytes, because a character set can be read from the left only; single-byte
 // characters are trimmed where they lie, of text that is known to have them.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The characters of short UTF-8 texts, by masks.
 #ifndef BIFUN_STR_UTF8_H
 #define BIFUN_STR_UTF8_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Whether many bytes are ASCII, or well-formed UTF-8, in the widest vectors that the build's instruction set has and that look bytes up;
 // BIFUN_WIDE_BYTES is defined where there are such.
 #ifndef BIFUN_STR_UTF8_VALIDATION_H

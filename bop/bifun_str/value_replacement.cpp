@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The exported functions that replace parts of a single text.
 
 #include "bop/bifun.h"

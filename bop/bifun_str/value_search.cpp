@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The exported searches of a single text.
 
 #include "bop/bifun.h"

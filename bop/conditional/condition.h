@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Conditions that an engine has evaluated into a boolean column.
 #ifndef BIFUN_CONDITIONAL_CONDITION_H
 #define BIFUN_CONDITIONAL_CONDITION_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The IF operator: x where the condition holds, otherwise y. Its members only ever clear the result's no-null flag: the caller, or the
 // copy of x, has set it.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // LNNVL(condition): true where the condition is false or unknown; never NULL.
 
 #include "bop/conditional/condition.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // NVL(x, y): x where it is not NULL, otherwise y.
 
 #include <bit>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The arguments of a loop over rows. An entry point passes on what it is given, column_of and constant_of, or what it has made of a
 // constant once for the batch:
 //

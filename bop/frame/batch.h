@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What an entry point is given: a batch, and columns and constants of the types that the catalogue names. How one is written:
 //
 //     status entry::bmod_av_do_math_int64(batch_of<BIGINT> batch, column_of<BIGINT> x, constant_of<BIGINT> y) { return ...; }

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The bytes of a short text in vector registers, and what holds for each of them as one mask: bit i for byte i, none for what lies behind
 // the text. In the widest form that the build's instruction set has; all of them give the same masks.
 //

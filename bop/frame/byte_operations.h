@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What is done to the bytes of one short text after the other. All functions take any length.
 #ifndef BIFUN_FRAME_BYTE_OPERATIONS_H
 #define BIFUN_FRAME_BYTE_OPERATIONS_H

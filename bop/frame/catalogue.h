@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The catalogue: every SQL built-in, every entry point and what is true of them, as constant data made from bop/exports.def. For whoever
 // calls the library by name: the host, the generic tests, the benchmarks. The library itself does not include it.
 #ifndef BIFUN_FRAME_CATALOGUE_H

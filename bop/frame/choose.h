@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // One of two values without a branch, for choices that nobody can predict: a wrong guess costs more than both values.
 #ifndef BIFUN_FRAME_CHOOSE_H
 #define BIFUN_FRAME_CHOOSE_H

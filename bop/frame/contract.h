@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /* The records that an engine and bifun exchange at every call. Plain C11; field order and widths are a binary contract.
  *
  * Nothing in this header is a function: the exported functions are in bop/bifun.h, the operations that an engine supplies

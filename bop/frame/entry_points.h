@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The entry points of a family, declared from its part of the catalogue. For the headers entry_points.h of the families, which define
 // BIFUN_FAMILY as the name of that part.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "bop/frame/entry_table.h"
 
 #include "bop/frame/entry_points.h"

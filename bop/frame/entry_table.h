@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The table of the namespace that this is compiled in.
 #ifndef BIFUN_FRAME_ENTRY_TABLE_H
 #define BIFUN_FRAME_ENTRY_TABLE_H

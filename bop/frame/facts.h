@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the catalogue says of functions besides their types: the records that the lines of the families' exports.def fill, with designated
 // initialisers in the order of the members here. What a line leaves out is as it usually is.
 #ifndef BIFUN_FRAME_FACTS_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The exported entry points: each calls its like of the best instruction set that the processor has. The first call chooses, once for the
 // process.
 //

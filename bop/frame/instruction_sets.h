@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The families are compiled once for every instruction set, each time in another namespace: `bifun` is the name of one of them there, and
 // the build says which there are (bop/CMakeLists.txt). What exists once is here, outside of all of them.
 #ifndef BIFUN_FRAME_INSTRUCTION_SETS_H

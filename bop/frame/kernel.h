@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Kernels: what a function does with the values of one row, none of which is NULL. A kernel is a plain function of the values, each of
 // the type that the argument in its place has, and gives the result in one of these forms:
 //

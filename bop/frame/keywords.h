@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The words that people write in a call where its entry points take numbers: fields of dates, and the ends that TRIM trims.
 #ifndef BIFUN_FRAME_KEYWORDS_H
 #define BIFUN_FRAME_KEYWORDS_H

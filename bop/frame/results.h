@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Where the results of rows go. A policy calls `evaluate(place)` for a row, which puts the value into `place` and returns the status of
 // evaluate() in bop/frame/kernel.h, and keeps the value where that is 0. finish() is called behind the last row, whatever became of it.
 #ifndef BIFUN_FRAME_RESULTS_H

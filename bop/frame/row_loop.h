@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The loops over the rows of a batch. A row with a NULL among its arguments is NULL; for the others the kernel is asked.
 //
 //     set_rows<kernel>(batch, arguments...)            fixed-width results, through the engine's setters

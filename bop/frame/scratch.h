@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Scratch memory of a batch, from the memory object of the call.
 //
 //     return with_scratch(environment, memory, source_file, [&](scratch& scratch) { ... reserve(scratch, size) ... });

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Result values through the engine's setters.
 #ifndef BIFUN_FRAME_SETTERS_H
 #define BIFUN_FRAME_SETTERS_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The library's state: three settings, written once when an engine loads it.
 
 #include <cstdint>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the engine says of itself: the only place where the library reads its record.
 #ifndef BIFUN_FRAME_STATEMENTS_H
 #define BIFUN_FRAME_STATEMENTS_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /* The statuses that exported functions return: 0 or one of the negative codes below. */
 #ifndef BIFUN_FRAME_STATUS_H
 #define BIFUN_FRAME_STATUS_H

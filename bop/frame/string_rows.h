@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The loop of functions whose results are texts:
 //
 //     string_rows<kernel>(batch, arguments...)

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The types of column values and constants.
 #ifndef BIFUN_FRAME_VALUE_TYPE_H
 #define BIFUN_FRAME_VALUE_TYPE_H

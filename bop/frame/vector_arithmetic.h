@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What vectors of the build's instruction set can do, for the few kernels whose best form depends on it.
 #ifndef BIFUN_FRAME_VECTOR_ARITHMETIC_H
 #define BIFUN_FRAME_VECTOR_ARITHMETIC_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // BITAND of the integer parts of two decimals, negative ones in two's complement over 128 bits. A decimal cannot be combined bit by bit, so
 // it is taken apart into 32 hexadecimal digits, least significant first; values below 2^64 take a short way.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // ROUND, TRUNC, CEIL, FLOOR and ABS of DECIMAL. The statuses of the engine's operations are ignored; where one fails, the row holds
 // what the last successful one left.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #ifndef BIFUN_NUMERIC_ENTRY_POINTS_H
 #define BIFUN_NUMERIC_ENTRY_POINTS_H
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // GREATEST and LEAST of two numbers. Where the two are equal the second is the result, which shows in the scale of a decimal.
 
 #include "bop/frame/choose.h"

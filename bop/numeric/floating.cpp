@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Arithmetic on DOUBLE in loops that vectorise: ABS, SIGN, CEIL, FLOOR, MOD, DEGREES, RADIANS.
 
 #include <bit>

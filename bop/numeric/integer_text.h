@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Integers as text, eight digits at a time.
 #ifndef BIFUN_NUMERIC_INTEGER_TEXT_H
 #define BIFUN_NUMERIC_INTEGER_TEXT_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // ABS, CEIL, FLOOR, TRUNC and MOD of integers.
 
 #include <limits>

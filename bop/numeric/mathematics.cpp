@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The functions of the mathematics library on DOUBLE, each with its domain check before and its overflow check after the call, and RAND.
 
 #include <cstdlib>

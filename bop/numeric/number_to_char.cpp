@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // TO_CHAR of numbers: as they are, under a number format, or under a format and NLS parameters. The result has the promise of the number
 // column alone.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The overflow checks of DOUBLE results.
 #ifndef BIFUN_NUMERIC_OVERFLOW_H
 #define BIFUN_NUMERIC_OVERFLOW_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // ROUND and TRUNC of DOUBLE, and TRUNC of digit strings.
 
 #include <array>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The exported operation on a single number.
 
 #include "bop/bifun.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // ASCII text sixteen bytes at a time.
 #ifndef BIFUN_EMBEDDED_CHARSET_ASCII_H
 #define BIFUN_EMBEDDED_CHARSET_ASCII_H

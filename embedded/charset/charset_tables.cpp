@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "embedded/charset/charset_tables.h"
 
 #include <unicode/uchar.h>

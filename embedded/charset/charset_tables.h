@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Code points and cases of the characters of a charset, by rank.
 //
 // The rank of a valid character of more than one byte is its number in an order of its charset's own. Those of the Basic Multilingual Plane

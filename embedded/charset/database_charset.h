@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Which character set the database has. The operations of engine/charset.h work in it.
 #ifndef BIFUN_EMBEDDED_CHARSET_DATABASE_CHARSET_H
 #define BIFUN_EMBEDDED_CHARSET_DATABASE_CHARSET_H

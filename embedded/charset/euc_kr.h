@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // EUC-KR: ASCII and pairs of bytes 0xA1 to 0xFE.
 #ifndef BIFUN_EMBEDDED_CHARSET_EUC_KR_H
 #define BIFUN_EMBEDDED_CHARSET_EUC_KR_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // GB18030: characters of one, two and four bytes. Trail bytes can be ASCII letters and digits.
 #ifndef BIFUN_EMBEDDED_CHARSET_GB18030_H
 #define BIFUN_EMBEDDED_CHARSET_GB18030_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Reversing text in place.
 #ifndef BIFUN_EMBEDDED_CHARSET_REVERSAL_H
 #define BIFUN_EMBEDDED_CHARSET_REVERSAL_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Every byte a character, of which only ASCII is known.
 #ifndef BIFUN_EMBEDDED_CHARSET_SINGLE_BYTES_H
 #define BIFUN_EMBEDDED_CHARSET_SINGLE_BYTES_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // UTF-8: no overlong forms, no surrogates, nothing above U+10FFFF.
 #ifndef BIFUN_EMBEDDED_CHARSET_UTF8_H
 #define BIFUN_EMBEDDED_CHARSET_UTF8_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Counting and stepping character by character, for a charset record that has no faster way.
 //
 // A charset record has these static members. The character at a place is the valid one that begins there, if all of it is in the text, else

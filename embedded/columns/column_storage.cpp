@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "embedded/columns/column_storage.h"
 
 #include <cstdio>

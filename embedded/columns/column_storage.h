@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Batch columns that own their memory: what an executor fills, passes to bifun and reads.
 #ifndef BIFUN_EMBEDDED_COLUMNS_COLUMN_STORAGE_H
 #define BIFUN_EMBEDDED_COLUMNS_COLUMN_STORAGE_H

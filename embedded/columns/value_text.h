@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The values of columns as text and back.
 #ifndef BIFUN_EMBEDDED_COLUMNS_VALUE_TEXT_H
 #define BIFUN_EMBEDDED_COLUMNS_VALUE_TEXT_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Arithmetic on datetimes: that of the layout, for callers from outside.
 #include "engine/datetime.h"
 #include "engine/interval.h"

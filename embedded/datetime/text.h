@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Datetimes from and to text, with the kind of value that a text names.
 #ifndef BIFUN_EMBEDDED_DATETIME_TEXT_H
 #define BIFUN_EMBEDDED_DATETIME_TEXT_H

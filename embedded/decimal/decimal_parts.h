@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // DECIMAL values taken apart, and built from parts: every operation that makes a decimal ends in make_decimal.
 #ifndef BIFUN_EMBEDDED_DECIMAL_DECIMAL_PARTS_H
 #define BIFUN_EMBEDDED_DECIMAL_DECIMAL_PARTS_H

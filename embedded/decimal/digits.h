@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Decimal digits eight at a time, in the bytes of a 64-bit word: the first digit is the lowest byte.
 #ifndef BIFUN_EMBEDDED_DECIMAL_DIGITS_H
 #define BIFUN_EMBEDDED_DECIMAL_DIGITS_H

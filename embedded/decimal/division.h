@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Quotients of decimals, which the library does not need.
 #ifndef BIFUN_EMBEDDED_DECIMAL_DIVISION_H
 #define BIFUN_EMBEDDED_DECIMAL_DIVISION_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "bop/frame/status.h"
 #include "embedded/decimal/decimal_parts.h"
 #include "embedded/decimal/wide_decimal.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Decimals of numbers up to 256 bits, such as the product of two coefficients.
 #ifndef BIFUN_EMBEDDED_DECIMAL_WIDE_DECIMAL_H
 #define BIFUN_EMBEDDED_DECIMAL_WIDE_DECIMAL_H

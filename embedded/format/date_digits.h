@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The characters of a datetime that stand in texts of fixed width.
 #ifndef BIFUN_EMBEDDED_FORMAT_DATE_DIGITS_H
 #define BIFUN_EMBEDDED_FORMAT_DATE_DIGITS_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The elements of format models, and what reading text by them takes.
 #ifndef BIFUN_EMBEDDED_FORMAT_DATE_ELEMENTS_H
 #define BIFUN_EMBEDDED_FORMAT_DATE_ELEMENTS_H

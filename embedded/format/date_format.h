@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Date formats, parsed. docs/date-formats.md describes the languages.
 #ifndef BIFUN_EMBEDDED_FORMAT_DATE_FORMAT_H
 #define BIFUN_EMBEDDED_FORMAT_DATE_FORMAT_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // From format models to records.
 #include <algorithm>
 #include <iterator>

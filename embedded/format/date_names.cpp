@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "embedded/format/date_names.h"
 
 #include "embedded/charset/database_charset.h"

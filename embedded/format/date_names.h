@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Names in dates, by language.
 #ifndef BIFUN_EMBEDDED_FORMAT_DATE_NAMES_H
 #define BIFUN_EMBEDDED_FORMAT_DATE_NAMES_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The operations of engine/date_format.h.
 #include <cstring>
 #include <string_view>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What a model is written by: a plan, where its elements have a fixed width, and the room that its texts take.
 #include <algorithm>
 #include <cstring>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Text read by a format model.
 #include <cstring>
 #include <string_view>

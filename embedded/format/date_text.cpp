@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Datetimes under a format, written.
 #include <cstring>
 #include <string_view>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Reading a text of fixed words in any case.
 #ifndef BIFUN_EMBEDDED_FORMAT_FORMAT_READER_H
 #define BIFUN_EMBEDDED_FORMAT_FORMAT_READER_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What a number format takes from the language and the country: separators and currency symbols.
 #ifndef BIFUN_EMBEDDED_FORMAT_NLS_PARAMETERS_H
 #define BIFUN_EMBEDDED_FORMAT_NLS_PARAMETERS_H

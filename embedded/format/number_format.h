@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Number formats, parsed. docs/number-formats.md describes the language.
 #ifndef BIFUN_EMBEDDED_FORMAT_NUMBER_FORMAT_H
 #define BIFUN_EMBEDDED_FORMAT_NUMBER_FORMAT_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Numbers in English words.
 #ifndef BIFUN_EMBEDDED_FORMAT_NUMBER_WORDS_H
 #define BIFUN_EMBEDDED_FORMAT_NUMBER_WORDS_H

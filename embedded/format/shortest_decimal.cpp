@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // After Raffaello Giulietti, "The Schubfach way to render doubles" (2020). A double is c x 2^q; with the power of ten 10^k that is next
 // below the distance of its neighbours, the shortest decimal is one of four multiples of 10^k and 10^(k+1) around it. Which of them lie
 // nearer to it than to its neighbours is told by comparing the numbers divided by 10^k, as integers: each is one product with a rounded

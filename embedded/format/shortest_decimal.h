@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The shortest decimal that reads back as the same double.
 #ifndef BIFUN_EMBEDDED_FORMAT_SHORTEST_DECIMAL_H
 #define BIFUN_EMBEDDED_FORMAT_SHORTEST_DECIMAL_H

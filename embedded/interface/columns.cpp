@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Columns by their C names.
 
 #include <cstring>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Large objects by their C names.
 
 #include "embedded/large_objects/large_object.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Sessions, parameters and statuses by their C names.
 
 #include <new>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "embedded/large_objects/large_object.h"
 
 #include <algorithm>

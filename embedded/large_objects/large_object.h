@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Large objects: written chunk by chunk at their end, read in parts. Short ones lie in memory, the others in a temporary file of their
 // store, so that objects take memory in proportion to 1/16,000 of their length, and a store takes one file descriptor.
 #ifndef BIFUN_EMBEDDED_LARGE_OBJECTS_LARGE_OBJECT_H

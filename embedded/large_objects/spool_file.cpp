@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "embedded/large_objects/spool_file.h"
 
 #include <fcntl.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A temporary file in blocks of one size, which are given out, given back and given out again.
 #ifndef BIFUN_EMBEDDED_LARGE_OBJECTS_SPOOL_FILE_H
 #define BIFUN_EMBEDDED_LARGE_OBJECTS_SPOOL_FILE_H

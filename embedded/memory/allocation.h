@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Where the embedded engine's memory comes from: counted, and made to fail on demand. For tests of exhaustion and leaks.
 #ifndef BIFUN_EMBEDDED_MEMORY_ALLOCATION_H
 #define BIFUN_EMBEDDED_MEMORY_ALLOCATION_H

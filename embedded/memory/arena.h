@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A growing run of bytes that are freed together.
 #ifndef BIFUN_EMBEDDED_MEMORY_ARENA_H
 #define BIFUN_EMBEDDED_MEMORY_ARENA_H

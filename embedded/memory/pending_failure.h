@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The countdown behind fail_step: what the engine operations that hand out memory ask.
 #ifndef BIFUN_EMBEDDED_MEMORY_PENDING_FAILURE_H
 #define BIFUN_EMBEDDED_MEMORY_PENDING_FAILURE_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Searches for a pattern: a filter that looks for its first and last byte at 16 places at once, and behind it, for long patterns and for
 // texts that are full of candidates, Boyer-Moore or shift-or, which are linear in the text.
 #include "engine/search.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The tables of Boyer-Moore and of shift-or.
 #include <algorithm>
 #include <array>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The engine environment: what an executor passes with every call.
 #ifndef BIFUN_EMBEDDED_SESSION_ENVIRONMENT_H
 #define BIFUN_EMBEDDED_SESSION_ENVIRONMENT_H

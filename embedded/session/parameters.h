@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Configuration parameters of the process: what ini_get_value reads.
 #ifndef BIFUN_EMBEDDED_SESSION_PARAMETERS_H
 #define BIFUN_EMBEDDED_SESSION_PARAMETERS_H

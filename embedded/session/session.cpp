@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "engine/session.h"
 #include "embedded/session/environment.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "engine/statements.h"
 
 // Writable, so that an executor can have the library call the operations instead. The definition is weak as its declaration is, which lets

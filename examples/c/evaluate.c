@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /* Evaluates functions over columns of every type: columns from the embedded engine, functions of libbifun.so by name.
  *     evaluate [libbifun.so.0] */
 #include <dlfcn.h>

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /* An engine with columns and string storage of its own. It supplies the operations of engine/columns.h; those of text, decimals, datetimes
  * and memory it takes from the embedded engine.
  *     own_columns [libbifun.so.0] */

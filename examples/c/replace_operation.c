@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /* Runs on the embedded engine with one operation replaced: decimals as text have a comma. The program defines the operation, and the
  * library finds the program's before the engine's. The engine itself goes on with its own.
  *     replace_operation [libbifun.so.0] */

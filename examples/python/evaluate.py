@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """The same as c/evaluate.c in Python, with the standard library alone: evaluate.py [libzqengine.so.0 libbifun.so.0]"""
 
 import ctypes

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 //! LEFT and LN from Rust: the embedded engine and the library are linked, no crate is needed.
 //!     rustc evaluate.rs -L /usr/local/lib
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // + - * / over numbers and dates, and CAST.
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the parts of binding share: an expression becomes steps, one behind the other, in a binder.
 #ifndef BIFUN_HOST_BINDING_BINDER_H
 #define BIFUN_HOST_BINDING_BINDER_H

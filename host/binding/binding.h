@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // From an expression tree to a plan: names become columns and entry points.
 #ifndef BIFUN_HOST_BINDING_BINDING_H
 #define BIFUN_HOST_BINDING_BINDING_H

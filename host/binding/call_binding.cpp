@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Calls: from a name and arguments to a member and what it is given.
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // CASE, COALESCE and NULLIF. What a branch needs is in sequences of its own, so that no function sees rows that the branch does not take:
 // CASE WHEN x > 0 THEN LN(x) END.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "host/binding/datetime_call.h"
 
 #include <algorithm>

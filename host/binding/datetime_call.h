@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Which datetimes a call takes, and which it gives: DATE, TIME and TIMESTAMP share one type in the entry points' arguments.
 #ifndef BIFUN_HOST_BINDING_DATETIME_CALL_H
 #define BIFUN_HOST_BINDING_DATETIME_CALL_H

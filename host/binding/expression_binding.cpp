@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Expressions: what is no call and no calculation.
 
 #include <algorithm>

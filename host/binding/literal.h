@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Literals as values.
 #ifndef BIFUN_HOST_BINDING_LITERAL_H
 #define BIFUN_HOST_BINDING_LITERAL_H

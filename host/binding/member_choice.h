@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Which entry point of a built-in takes the arguments of a call.
 #ifndef BIFUN_HOST_BINDING_MEMBER_CHOICE_H
 #define BIFUN_HOST_BINDING_MEMBER_CHOICE_H

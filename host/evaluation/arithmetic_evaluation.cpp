@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // + - * / over numbers, and intervals of time added to datetimes. Integers and decimals never lose a digit before the 38th: what does not
 // fit its type ends the query.
 

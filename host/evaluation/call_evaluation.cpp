@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Calls of the library's functions.
 
 #include "host/evaluation/execution_parts.h" // before the frame's argument readers, which have names of the catalogue

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // CAST: what does not become a value of the other type without losing more than CAST is there to take away ends the query.
 
 #include <cmath>

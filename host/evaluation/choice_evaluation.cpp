@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // CASE, COALESCE and NULLIF: values taken row by row from other columns.
 
 #include <cstring>

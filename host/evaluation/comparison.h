@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The host's own operators: comparisons and the three-valued logic of conditions.
 //
 // A condition is a BOOL column. Its value slot holds 1 for true and 0 for false as well as for unknown, whose null flag is 0: IF and

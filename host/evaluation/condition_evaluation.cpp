@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // IN, IS NULL and IS TRUE. Comparisons and logic are in comparison.h.
 
 #include "host/evaluation/execution_parts.h"

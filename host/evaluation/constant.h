@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Constants as the arguments of functions and as columns.
 #ifndef BIFUN_HOST_EVALUATION_CONSTANT_H
 #define BIFUN_HOST_EVALUATION_CONSTANT_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Running a plan, batch by batch.
 #ifndef BIFUN_HOST_EVALUATION_EXECUTION_H
 #define BIFUN_HOST_EVALUATION_EXECUTION_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the parts of the evaluation share: the plan in hand and the batch, and the steps by their kinds.
 #ifndef BIFUN_HOST_EVALUATION_EXECUTION_PARTS_H
 #define BIFUN_HOST_EVALUATION_EXECUTION_PARTS_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // LIKE.
 #ifndef BIFUN_HOST_EVALUATION_LIKE_H
 #define BIFUN_HOST_EVALUATION_LIKE_H

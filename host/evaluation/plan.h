@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A query as a list of steps over one batch, each with a column of its own for its result.
 //
 // Steps are evaluated in sequences; a step reads the results of those before it in the sequence only, and each step is in one of them. The

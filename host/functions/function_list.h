@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What built-ins there are: bifun functions [NAME].
 #ifndef BIFUN_HOST_FUNCTIONS_FUNCTION_LIST_H
 #define BIFUN_HOST_FUNCTIONS_FUNCTION_LIST_H

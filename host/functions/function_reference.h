@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // docs/functions.md: bifun functions --markdown.
 #ifndef BIFUN_HOST_FUNCTIONS_FUNCTION_REFERENCE_H
 #define BIFUN_HOST_FUNCTIONS_FUNCTION_REFERENCE_H

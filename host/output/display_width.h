@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // How wide text is on a terminal.
 #ifndef BIFUN_HOST_OUTPUT_DISPLAY_WIDTH_H
 #define BIFUN_HOST_OUTPUT_DISPLAY_WIDTH_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Result rows as a table, CSV or JSON.
 #ifndef BIFUN_HOST_OUTPUT_OUTPUT_H
 #define BIFUN_HOST_OUTPUT_OUTPUT_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The standard output, buffered.
 #ifndef BIFUN_HOST_OUTPUT_OUTPUT_STREAM_H
 #define BIFUN_HOST_OUTPUT_OUTPUT_STREAM_H

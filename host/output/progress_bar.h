@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A progress bar on the standard error of a terminal.
 #ifndef BIFUN_HOST_OUTPUT_PROGRESS_BAR_H
 #define BIFUN_HOST_OUTPUT_PROGRESS_BAR_H

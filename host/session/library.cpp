@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "host/session/library.h"
 
 #include <dlfcn.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // libbifun.so, loaded at run time and called by name.
 #ifndef BIFUN_HOST_SESSION_LIBRARY_H
 #define BIFUN_HOST_SESSION_LIBRARY_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The settings of a run, as given with --set.
 #ifndef BIFUN_HOST_SESSION_SETTINGS_H
 #define BIFUN_HOST_SESSION_SETTINGS_H

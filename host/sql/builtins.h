@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Built-ins as SQL names them.
 #ifndef BIFUN_HOST_SQL_BUILTINS_H
 #define BIFUN_HOST_SQL_BUILTINS_H

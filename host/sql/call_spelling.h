@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // How SQL writes a call: from the parser's names and arguments for it to those of the built-in, and back to text.
 #ifndef BIFUN_HOST_SQL_CALL_SPELLING_H
 #define BIFUN_HOST_SQL_CALL_SPELLING_H

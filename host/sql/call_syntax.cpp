@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Calls.
 
 #include "host/sql/builtins.h"

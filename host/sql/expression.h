@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A statement as a tree of expressions.
 #ifndef BIFUN_HOST_SQL_EXPRESSION_H
 #define BIFUN_HOST_SQL_EXPRESSION_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Operators and conditions, and the kinds of nodes that there are.
 
 #include <algorithm>

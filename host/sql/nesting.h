@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // How deep a statement is nested, told before anything recurses over it, the parser included.
 #ifndef BIFUN_HOST_SQL_NESTING_H
 #define BIFUN_HOST_SQL_NESTING_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The operators of conditions.
 #ifndef BIFUN_HOST_SQL_OPERATORS_H
 #define BIFUN_HOST_SQL_OPERATORS_H

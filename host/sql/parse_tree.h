@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the parts of the syntax share: the nodes of the parser's tree, which is JSON, become expressions.
 #ifndef BIFUN_HOST_SQL_PARSE_TREE_H
 #define BIFUN_HOST_SQL_PARSE_TREE_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The text of a query and the places in it that errors name.
 #ifndef BIFUN_HOST_SQL_SQL_TEXT_H
 #define BIFUN_HOST_SQL_SQL_TEXT_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // SQL text as a tree of expressions. The grammar is libpg_query's; what the program does not do is refused here, with its place in the
 // text.
 #ifndef BIFUN_HOST_SQL_SYNTAX_H

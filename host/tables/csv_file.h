@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // CSV files, row by row.
 #ifndef BIFUN_HOST_TABLES_CSV_FILE_H
 #define BIFUN_HOST_TABLES_CSV_FILE_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The fields of a file as values of the types of its columns.
 #ifndef BIFUN_HOST_TABLES_FIELD_VALUE_H
 #define BIFUN_HOST_TABLES_FIELD_VALUE_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // CSV files as tables.
 #ifndef BIFUN_HOST_TABLES_TABLE_H
 #define BIFUN_HOST_TABLES_TABLE_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What type a column of text has.
 #ifndef BIFUN_HOST_TABLES_TYPE_INFERENCE_H
 #define BIFUN_HOST_TABLES_TYPE_INFERENCE_H

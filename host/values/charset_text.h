@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Text in the character sets of the database.
 #ifndef BIFUN_HOST_VALUES_CHARSET_TEXT_H
 #define BIFUN_HOST_VALUES_CHARSET_TEXT_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Date formats in queries and settings: what is wrong with one, and with a text that does not match.
 #ifndef BIFUN_HOST_VALUES_DATE_FORMATS_H
 #define BIFUN_HOST_VALUES_DATE_FORMATS_H

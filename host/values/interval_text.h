@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Intervals from text.
 #ifndef BIFUN_HOST_VALUES_INTERVAL_TEXT_H
 #define BIFUN_HOST_VALUES_INTERVAL_TEXT_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The types of SQL expressions: finer than those of the catalogue, which has one type for dates, times and timestamps.
 #ifndef BIFUN_HOST_VALUES_SQL_TYPE_H
 #define BIFUN_HOST_VALUES_SQL_TYPE_H

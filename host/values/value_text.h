@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Values from text: the fields of a file and the literals of a query.
 #ifndef BIFUN_HOST_VALUES_VALUE_TEXT_H
 #define BIFUN_HOST_VALUES_VALUE_TEXT_H

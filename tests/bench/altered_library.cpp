@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The library with changes that a comparison has to find: the last ABS of every batch of BIGINTs is one too many, that of DOUBLEs is
 // computed four times, and only these two are there.
 

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # The comparison of builds, over a handful of cases: COMPARE the program, SCRIPT its front, LIBRARY, ALTERED another build.
 
 function(run expected_status)

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // TO_DATETIME against a calendar that is walked a day at a time, unix times against the C library's, times of seconds, and texts without a
 // format.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Parts of datetimes and intervals and their names; datetimes moved by an amount, and intervals made from numbers; differences between
 // datetimes, and the numbers of days.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Functions of datetimes that are computed for many rows at once, against the engine's operations on one row at a time.
 
 #include <cstring>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // OVERLAPS against every order of four points, all there and with some missing; GREATEST and LEAST of datetimes and intervals.
 
 #include <algorithm>

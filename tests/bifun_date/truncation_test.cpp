@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // TRUNC and ROUND of every day that there is, against a walk through the calendar that knows nothing but the lengths of months.
 
 #include <array>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the model of the string functions has no answer for: malformed texts, statuses, limits, counts that nobody has stored, reversals
 // that fail, where positions are too; and the exported operations on single values.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The string functions against the model, on random batches of every entry point.
 
 #include <algorithm>

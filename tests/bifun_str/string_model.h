@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The string functions as one would explain them: on texts written out in full, character by character, without tables, places or copies
 // saved. What the library computes is held against it.
 #ifndef BIFUN_TESTS_BIFUN_STR_STRING_MODEL_H

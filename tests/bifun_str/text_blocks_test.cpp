@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Texts that lie one behind the other in memory, as those of stored columns do, of which the library finds things out together: results are
 // those of the same texts each by itself.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // NVL(x, y), IF(condition, x, y) and LNNVL(condition).
 
 #include <cstring>

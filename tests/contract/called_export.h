@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Calling what the library exports by name, as an engine does, and comparing what calls leave in their result columns.
 #ifndef BIFUN_TESTS_CONTRACT_CALLED_EXPORT_H
 #define BIFUN_TESTS_CONTRACT_CALLED_EXPORT_H

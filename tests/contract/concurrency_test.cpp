@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The whole catalogue from several threads at once, each with an environment, a memory object and columns of its own. The build with the
 // thread sanitizer is what finds the races; the others find wrong results.
 

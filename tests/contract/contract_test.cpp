@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What is true of every entry point, whatever it computes. Each property is written once, over the catalogue.
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The embedded engine with all that an engine may do and demand by the contracts of its operations. Linked into a test program, it stands
 // before the embedded one.
 #ifndef BIFUN_TESTS_CONTRACT_DEMANDING_ENGINE_H

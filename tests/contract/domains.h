@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Columns of values that arguments may take, and calls that fail because one takes another.
 #ifndef BIFUN_TESTS_CONTRACT_DOMAINS_H
 #define BIFUN_TESTS_CONTRACT_DOMAINS_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the embedded engine says of itself beyond the required, said and unsaid: the library must give the same results in its own loops as
 // by asking the engine for every row.
 #ifndef BIFUN_TESTS_CONTRACT_EACH_ENGINE_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #ifndef BIFUN_TESTS_CONTRACT_EXACT_BLOCK_H
 #define BIFUN_TESTS_CONTRACT_EXACT_BLOCK_H
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "tests/contract/generated_arguments.h"
 
 #include <map>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Arguments for any entry point: generated columns and constants of its domain.
 #ifndef BIFUN_TESTS_CONTRACT_GENERATED_ARGUMENTS_H
 #define BIFUN_TESTS_CONTRACT_GENERATED_ARGUMENTS_H

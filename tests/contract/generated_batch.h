@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Columns and constants made up for tests. The same type, size and seed give the same values everywhere.
 #ifndef BIFUN_TESTS_CONTRACT_GENERATED_BATCH_H
 #define BIFUN_TESTS_CONTRACT_GENERATED_BATCH_H

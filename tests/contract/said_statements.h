@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the engine says of itself, said and unsaid.
 #ifndef BIFUN_TESTS_CONTRACT_SAID_STATEMENTS_H
 #define BIFUN_TESTS_CONTRACT_SAID_STATEMENTS_H

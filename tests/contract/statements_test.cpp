@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What an engine says of itself changes no result.
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # The built library as the loader sees it: symbols, dependencies, run path.
 #     cmake -DLIBRARY=libbifun.so -DSOURCE=source directory -DNM=nm -DREADELF=readelf -DSANITIZED=option -P symbols_test.cmake
 function(expect what found expected)

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Calls written as text, for tables of cases.
 //
 // A column is its rows, separated by blanks: `1 NULL 3`. Before them may stand its no-null flag in brackets, else 1 without and 0 with

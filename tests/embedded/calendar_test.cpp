@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Every day of the range against ICU's calendar, whose changeover is ours.
 #include <gtest/gtest.h>
 

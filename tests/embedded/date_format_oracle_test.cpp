@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Date formats against ICU's, libc's strftime, and themselves: what is written under random models is read back.
 #include <gtest/gtest.h>
 #include <unicode/gregocal.h>

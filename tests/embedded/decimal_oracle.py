@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """Checks decimals against Python's: decimal_oracle.py COMMAND..., which runs embedded_decimal_test; it is asked with --answer."""
 import decimal
 import random

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Padding: what no text of whole characters shows, and the limits.
 
 #include <string>

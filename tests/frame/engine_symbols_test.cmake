@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # libzqengine.so exports what its headers declare and nothing else: the operations and its C interface. So does a program that has the
 # engine in itself export the operations.
 #     cmake -DENGINE=libzqengine.so -DPROGRAM=file or empty -DSOURCE=source directory -DNM=nm -P engine_symbols_test.cmake

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /* An engine that is not ours: C11, with columns, decimals and datetimes of its own, that says nothing of itself and lacks most operations.
  * It loads the library by name, without linking it, and calls exports of every kind. Exits with 0 if every result is the expected one. */
 #include <dlfcn.h>

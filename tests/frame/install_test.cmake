@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # Installs into a directory of its own and builds consumers against that, in C++ and C, by the CMake package and by pkg-config, and the
 # examples; moves the directory before the latter. The foreign engine supplies its own operations.
 #     cmake -DBUILD=build directory -DWORK=scratch directory -DSOURCES=this project -DCOMPILER=c++ -DC_COMPILER=cc -DPKG_CONFIG=pkg-config

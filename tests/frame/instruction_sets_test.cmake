@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # The objects of the families that are compiled for more than the baseline: whatever the linker may share with other objects lies in their
 # own namespace, or a function for a newer processor could stand for all.
 #     cmake -DOBJECTS=list -DNAMESPACE=bifun_v3 -DNM=nm -P instruction_sets_test.cmake

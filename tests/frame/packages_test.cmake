@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # Makes the Debian packages of a build and holds them against what it installs: each file is in one of them, the right one, and beside these
 # there is only what Debian wants.
 #     cmake -DBUILD=build directory -DWORK=scratch directory -DCPACK=cpack -DDPKG_DEB=dpkg-deb -P packages_test.cmake

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /* Every public header, which is C11. No guard: an engine may meet them in any order and more than once. */
 #include "bop/bifun.h"
 #include "embedded/zqengine.h"

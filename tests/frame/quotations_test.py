@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """What pages quote of a program has to be in it: quotations_test.py DIRECTORY PAGE...
 
 A quotation is a block of code behind a comment with the name of the file: <!-- examples/c/evaluate.c -->"""

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the catalogue says of an argument or a result, and what a kernel makes of it, do not compile where they differ. With one of the
 // names below defined this is such a definition; without, it is right and compiles.
 #include "bop/frame/row_loop.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Calls with dates, times, timestamps and intervals, from query to printed result.
 #include <string>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Dates and times as text and back, from query to printed result.
 #include <string>
 #include <utility>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Values of files and queries that their types do not keep as they are written: never changed, and never without a word.
 #include <string>
 

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # Holds the manual page against what the program says of itself: each has the options and settings of the other.
 #     cmake -DPROGRAM=bifun -DMANUAL=bifun.1 -P manual_test.cmake
 execute_process(COMMAND ${PROGRAM} --help OUTPUT_VARIABLE help COMMAND_ERROR_IS_FATAL ANY)

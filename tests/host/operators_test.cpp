@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Operators and expressions that are no functions of the library: arithmetic, CASE and its kin, CAST, LIKE, the current moment, OFFSET.
 #include <string>
 

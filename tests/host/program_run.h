@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Runs the program as people do: files and arguments in, output, message and exit status out.
 #ifndef BIFUN_TESTS_HOST_PROGRAM_RUN_H
 #define BIFUN_TESTS_HOST_PROGRAM_RUN_H

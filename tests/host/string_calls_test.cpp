@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // String calls in SQL's own syntax and in plain calls, blank-padded values and character sets, from query to printed result.
 #include <string>
 

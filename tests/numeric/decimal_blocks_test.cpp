@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Decimals of one scale, which the library handles in blocks where it may, against the engine's operations row by row; and blocks with a
 // value among them that does not go with the others.
 

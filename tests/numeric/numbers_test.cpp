@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Arithmetic and rounding of integers, doubles and decimals, the functions of the mathematics library, RAND, and TO_CHAR of numbers.
 
 #include <bit>
