@@ -13,8 +13,6 @@
 namespace host {
 namespace {
 
-std::uint32_t row_of(const bifun_column& column, std::uint32_t row) { return column.selection == nullptr ? row : column.selection[row]; }
-
 template <class T> T value_at(const bifun_column& column, std::uint32_t row) { return static_cast<const T*>(column.data->values)[row]; }
 
 unsigned char folded(unsigned char byte) { return byte >= 'A' && byte <= 'Z' ? static_cast<unsigned char>(byte + ('a' - 'A')) : byte; }

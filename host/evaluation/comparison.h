@@ -15,6 +15,11 @@
 
 namespace host {
 
+// The row of a column that is seen through its selection vector.
+inline std::uint32_t row_of(const bifun_column& column, std::uint32_t row) {
+    return column.selection == nullptr ? row : column.selection[row];
+}
+
 struct string_rules {
     bool fold_case;         // ASCII letters compare without regard to their case
     bool two_byte_trailers; // GB18030: a byte above 0x80 is followed by one that belongs to it and may look like ASCII
