@@ -11,7 +11,7 @@ namespace host {
 namespace {
 
 constexpr std::size_t alignment = 64;
-constexpr std::size_t first_capacity = std::size_t{256} * 1024;
+constexpr std::size_t first_capacity = std::size_t{128} * 1024;
 // A row beyond this is a quote that somebody forgot to close.
 constexpr std::size_t longest_row = std::size_t{64} * 1024 * 1024;
 

@@ -74,17 +74,19 @@ void scan_lines(std::string_view text, bool is_last, char delimiter, line_index&
     const auto* const bytes = reinterpret_cast<const std::uint8_t*>(text.data());
     const auto length = static_cast<std::uint32_t>(text.size());
     constexpr std::size_t room_behind = 8; // of append_positions, the end of a last line and ends[0]
-    if (index.ends.size() < length + room_behind) {
-        index.ends.resize(length + room_behind);
-        index.line_fields.resize(length + room_behind);
+    if (index.room < length + room_behind) {
+        // Pages that are never written cost nothing, so nothing is filled.
+        index.room = length + room_behind;
+        index.ends = std::make_unique_for_overwrite<std::uint32_t[]>(index.room);
+        index.line_fields = std::make_unique_for_overwrite<std::uint32_t[]>(index.room);
     }
     index.ends[0] = UINT32_MAX;
     index.is_ascii = true;
     index.has_inner_line_ends = false;
     index.found_fault.reset();
-    std::uint32_t* const fields = index.ends.data() + 1;
+    std::uint32_t* const fields = index.ends.get() + 1;
     std::uint32_t* next = fields;
-    std::uint32_t* next_line = index.line_fields.data();
+    std::uint32_t* next_line = index.line_fields.get();
     scan_state state;
     std::uint64_t beyond_ascii = 0;
     for (std::uint32_t at = 0; at < length; at += block_size) {
@@ -122,7 +124,7 @@ void scan_lines(std::string_view text, bool is_last, char delimiter, line_index&
         }
     }
     if (is_last && !index.found_fault) {
-        const std::uint32_t behind_lines = next_line == index.line_fields.data() ? 0 : fields[next_line[-1] - 1] + 1;
+        const std::uint32_t behind_lines = next_line == index.line_fields.get() ? 0 : fields[next_line[-1] - 1] + 1;
         if (state.inside != 0) {
             index.found_fault = {quote_fault::unclosed, length};
         } else if (behind_lines < length) {
@@ -131,7 +133,7 @@ void scan_lines(std::string_view text, bool is_last, char delimiter, line_index&
         }
     }
     index.is_ascii = beyond_ascii == 0;
-    index.lines = static_cast<std::uint32_t>(next_line - index.line_fields.data());
+    index.lines = static_cast<std::uint32_t>(next_line - index.line_fields.get());
 }
 
 std::uint64_t count_line_ends(std::string_view text) {

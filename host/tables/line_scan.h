@@ -3,9 +3,9 @@
 #define BIFUN_HOST_TABLES_LINE_SCAN_H
 
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string_view>
-#include <vector>
 
 namespace host {
 
@@ -18,11 +18,12 @@ enum class quote_fault : std::uint8_t {
 struct line_index {
     // ends[0] is -1; field f (counted over all lines) is what lies behind ends[f] and before ends[f + 1]. A CR before the LF that ends a
     // line is left to the last field of the line.
-    std::vector<std::uint32_t> ends;
-    std::vector<std::uint32_t> line_fields; // the number of fields up to the end of each line
-    std::uint32_t lines = 0;                // elements of line_fields that count
-    bool is_ascii = true;                   // all bytes scanned
-    bool has_inner_line_ends = false;       // between quotes
+    std::unique_ptr<std::uint32_t[]> ends;
+    std::unique_ptr<std::uint32_t[]> line_fields; // the number of fields up to the end of each line
+    std::size_t room = 0;                         // of both
+    std::uint32_t lines = 0;                      // elements of line_fields that count
+    bool is_ascii = true;                         // all bytes scanned
+    bool has_inner_line_ends = false;             // between quotes
     struct fault {
         quote_fault kind;
         std::uint32_t position; // of the byte that shows it; the lines before its own count

@@ -121,12 +121,13 @@ std::size_t text_input::convert(char* to, std::size_t room) {
 }
 
 std::size_t text_input::read(char* to, std::size_t room) {
-    if (!keeps_ && kept_at_ < kept_.size()) {
-        const std::size_t count = std::min(room, kept_.size() - kept_at_);
-        std::memcpy(to, kept_.data() + kept_at_, count);
+    if (!keeps_ && !kept_.empty()) {
+        const std::string& first = kept_.front();
+        const std::size_t count = std::min(room, first.size() - kept_at_);
+        std::memcpy(to, first.data() + kept_at_, count);
         kept_at_ += count;
-        if (kept_at_ == kept_.size()) {
-            kept_ = {};
+        if (kept_at_ == first.size()) {
+            kept_.pop_front();
             kept_at_ = 0;
         }
         return count;
@@ -135,8 +136,8 @@ std::size_t text_input::read(char* to, std::size_t room) {
         begin();
     }
     const std::size_t count = conversion_ != nullptr ? convert(to, room) : read_file(to, room);
-    if (keeps_) {
-        kept_.append(to, count);
+    if (keeps_ && count > 0) {
+        kept_.emplace_back(to, count);
     }
     return count;
 }
@@ -151,7 +152,7 @@ void text_input::rewind() {
 
 void text_input::stop_keeping() {
     keeps_ = false;
-    kept_ = {};
+    kept_.clear();
 }
 
 } // namespace host

@@ -3,6 +3,7 @@
 #define BIFUN_HOST_TABLES_TEXT_INPUT_H
 
 #include <cstdint>
+#include <deque>
 #include <memory>
 #include <string>
 #include <vector>
@@ -47,8 +48,8 @@ class text_input {
     std::unique_ptr<text_conversion> conversion_; // null where none is needed
 
     bool keeps_;
-    std::string kept_;
-    std::size_t kept_at_ = 0; // what lies before it has been read again
+    std::deque<std::string> kept_; // as it was read
+    std::size_t kept_at_ = 0;      // what lies before it in the first has been read again
 };
 
 } // namespace host
