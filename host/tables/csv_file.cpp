@@ -26,7 +26,8 @@ char* allocate(std::size_t size) {
 } // namespace
 
 csv_reader::csv_reader(std::string path, const file_options& options, const charset& set)
-    : input_(std::move(path), options.encoding, set), options_(options), bytes_(allocate(first_capacity)), capacity_(first_capacity) {
+    : input_(std::move(path), options.encoding, set), options_(options), charset_(set), bytes_(allocate(first_capacity)),
+      capacity_(first_capacity) {
     begin();
 }
 
@@ -158,15 +159,26 @@ void csv_reader::skip_lines() {
     drop_bytes(position, options_.skipped_lines - lines_before_);
 }
 
+// The bytes of a character of the database's character set may look like ASCII.
+bool csv_reader::is_part_of_characters(char byte) const {
+    const auto value = static_cast<unsigned char>(byte);
+    return charset_.code == ZQ_CHARSET_GB18030 ? value >= 0x40 || (value >= '0' && value <= '9') : value >= 0x80;
+}
+
 void csv_reader::find_delimiter() {
     while (!at_end_ && !find_line_end(text())) {
         read_more();
     }
     if (options_.delimiter) {
         delimiter_ = *options_.delimiter;
+        if (is_part_of_characters(delimiter_)) {
+            fail(
+                "--delimiter: in {}, {} is also a part of characters; have the file converted by --encoding {} and leave out --set charset",
+                charset_.name, delimiter_name(delimiter_), charset_.name);
+        }
         return;
     }
-    const found_delimiter found = guess_delimiter(path(), text(), at_end_);
+    const found_delimiter found = guess_delimiter(path(), text(), at_end_, !is_part_of_characters('|'));
     delimiter_ = found.delimiter;
     doubt_ = found.doubt;
 }
@@ -178,7 +190,7 @@ void csv_reader::read_header() {
     const bool is_first = header_.empty();
     if (!find_line()) {
         if (is_first) {
-            fail("{}: the file is empty; its first line must name the columns", path());
+            fail("{}: the file is empty{}", path(), options_.has_header ? "; its first line must name the columns" : "");
         }
         return;
     }
@@ -219,24 +231,19 @@ std::span<const std::uint32_t> csv_reader::next_rows(std::uint32_t most) {
     return rows_;
 }
 
-csv_field csv_reader::field_at(std::uint32_t field, bool ends_line) {
-    const std::uint32_t begin = begin_of(field);
-    std::string_view found = text().substr(begin, end_of(field, ends_line) - begin);
-    if (found.empty() || found.front() != '"') {
-        return {.text = found, .is_null = found.empty()};
-    }
-    found = found.substr(1, found.size() - 2);
-    std::size_t quote = found.find('"');
+std::string_view csv_reader::without_quotes(std::string_view quoted) {
+    std::string_view left = quoted.substr(1, quoted.size() - 2);
+    std::size_t quote = left.find('"');
     if (quote == std::string_view::npos) {
-        return {.text = found, .is_null = false};
+        return left;
     }
     unquoted_.clear();
-    for (; quote != std::string_view::npos; quote = found.find('"')) {
-        unquoted_ += found.substr(0, quote + 1);
-        found.remove_prefix(quote + 2);
+    for (; quote != std::string_view::npos; quote = left.find('"')) {
+        unquoted_ += left.substr(0, quote + 1);
+        left.remove_prefix(quote + 2);
     }
-    unquoted_ += found;
-    return {.text = unquoted_, .is_null = false};
+    unquoted_ += left;
+    return unquoted_;
 }
 
 } // namespace host

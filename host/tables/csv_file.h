@@ -82,6 +82,7 @@ class csv_reader {
   private:
     void begin();
     void skip_lines();
+    [[nodiscard]] bool is_part_of_characters(char byte) const;
     void find_delimiter();
     void read_header();
     void read_more();
@@ -99,7 +100,15 @@ class csv_reader {
         const bool is_line_feed = ends_line && end > begin_of(field) && end < filled_ && bytes_.get()[end] == '\n';
         return is_line_feed && bytes_.get()[end - 1] == '\r' ? end - 1 : end;
     }
-    [[nodiscard]] csv_field field_at(std::uint32_t field, bool ends_line);
+    [[nodiscard]] csv_field field_at(std::uint32_t field, bool ends_line) {
+        const std::uint32_t begin = begin_of(field);
+        const std::string_view found(bytes_.get() + begin, end_of(field, ends_line) - begin);
+        if (!found.empty() && found.front() == '"') {
+            return {.text = without_quotes(found), .is_null = false};
+        }
+        return {.text = found, .is_null = found.empty()};
+    }
+    [[nodiscard]] std::string_view without_quotes(std::string_view quoted);
     [[nodiscard]] bool is_blank(std::uint32_t line) const;
     [[nodiscard]] std::uint64_t line_at(std::size_t position) const;
 
@@ -109,6 +118,7 @@ class csv_reader {
 
     text_input input_;
     file_options options_;
+    const charset& charset_;
     char delimiter_ = ',';
     std::string doubt_;
 

@@ -20,7 +20,7 @@ struct named_delimiter {
 constexpr named_delimiter named_delimiters[] = {
     {"comma", ','}, {"semicolon", ';'}, {"tab", '\t'}, {"bar", '|'}, {"pipe", '|'}, {"space", ' '}, {"colon", ':'}, {"\\t", '\t'},
 };
-constexpr std::size_t guessed_delimiters = 4; // the first of them
+constexpr std::size_t guessed_delimiters = 4; // the first of them, the bar last
 
 bool can_delimit(char byte) { return byte != '"' && byte != '\n' && byte != '\r'; }
 
@@ -74,7 +74,7 @@ std::string delimiter_name(char delimiter) {
                : fmt::format("byte 0x{:02X}", static_cast<unsigned char>(delimiter));
 }
 
-found_delimiter guess_delimiter(std::string_view path, std::string_view text, bool is_all) {
+found_delimiter guess_delimiter(std::string_view path, std::string_view text, bool is_all, bool may_be_bar) {
     const std::string extension = extension_of(path);
     if (extension == ".tsv" || extension == ".tab" || extension == ".psv") {
         return {extension == ".psv" ? '|' : '\t', ""};
@@ -83,7 +83,7 @@ found_delimiter guess_delimiter(std::string_view path, std::string_view text, bo
     is_all = is_all && text.size() <= looked_at;
     text = text.substr(0, looked_at);
     std::vector<cut_lines> candidates;
-    for (std::size_t i = 0; i < guessed_delimiters; ++i) {
+    for (std::size_t i = 0; i < guessed_delimiters - (may_be_bar ? 0 : 1); ++i) {
         const cut_lines cut = cut_with(named_delimiters[i].delimiter, text, is_all);
         if (cut.fields > 1) {
             candidates.push_back(cut);

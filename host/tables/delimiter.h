@@ -23,7 +23,8 @@ struct found_delimiter {
 
 // By the name of the file, .tsv or .psv, or else by its first lines, of which the first must be whole: what cuts all of them into the same
 // number of fields, more than one. A comma where nothing does. `is_all` where `text` is the whole file.
-found_delimiter guess_delimiter(std::string_view path, std::string_view text, bool is_all);
+// `may_be_bar` where a bar is never a part of another character.
+found_delimiter guess_delimiter(std::string_view path, std::string_view text, bool is_all, bool may_be_bar);
 
 } // namespace host
 

@@ -45,10 +45,9 @@ constexpr std::string_view zstandard_mark("\x28\xB5\x2F\xFD", 4);
 
 } // namespace
 
-input_file::input_file(std::string path) : path_(std::move(path)) {
-    const bool standard = path_ == "-";
-    file_ = standard ? dup(STDIN_FILENO) : open(path_.c_str(), O_RDONLY | O_CLOEXEC);
-    if (standard) {
+input_file::input_file(std::string path) : path_(std::move(path)), is_standard_(path_ == "-") {
+    file_ = is_standard_ ? dup(STDIN_FILENO) : open(path_.c_str(), O_RDONLY | O_CLOEXEC);
+    if (is_standard_) {
         path_ = "standard input";
     }
     struct stat status {};
@@ -63,14 +62,20 @@ input_file::input_file(std::string path) : path_(std::move(path)) {
         close(file_);
         fail("{}: this is a directory; give a CSV file", path_);
     }
-    can_rewind_ = S_ISREG(status.st_mode) && lseek(file_, 0, SEEK_CUR) == 0;
+    start_ = lseek(file_, 0, SEEK_CUR);
+    can_rewind_ = S_ISREG(status.st_mode) && start_ >= 0;
     size_ = S_ISREG(status.st_mode) ? static_cast<std::uint64_t>(status.st_size) : 0;
 }
 
-input_file::~input_file() { close(file_); }
+input_file::~input_file() {
+    if (is_standard_ && can_rewind_) {
+        static_cast<void>(lseek(file_, start_, SEEK_SET));
+    }
+    close(file_);
+}
 
 void input_file::rewind() {
-    if (lseek(file_, 0, SEEK_SET) != 0) {
+    if (lseek(file_, start_, SEEK_SET) != start_) {
         fail("{}: {}", path_, std::strerror(errno));
     }
     begun_ = false;

@@ -16,7 +16,7 @@ struct packed_stream;
 // All errors are program_error with the file's name.
 class input_file {
   public:
-    // "-" is the standard input.
+    // "-" is the standard input. Where it is a file, it stands at its start again when this goes.
     explicit input_file(std::string path);
     ~input_file();
     input_file(const input_file&) = delete;
@@ -42,7 +42,9 @@ class input_file {
 
     std::string path_;
     int file_ = -1;
+    bool is_standard_;
     bool can_rewind_ = false;
+    std::int64_t start_ = 0; // where reading begins: of the standard input, others may have read some
     std::uint64_t size_ = 0;
     std::uint64_t bytes_read_ = 0;
 

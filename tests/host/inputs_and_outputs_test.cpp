@@ -37,15 +37,18 @@ std::string zstd_packed(const std::string& text) {
     return packed;
 }
 
-std::string encoded(const std::string& text, const char* encoding) {
+std::string converted_text(const std::string& text, const char* encoding, const char* from) {
     std::string converted(text.size() * 4 + 4, '\0');
     UErrorCode error = U_ZERO_ERROR;
-    const std::int32_t length = ucnv_convert(encoding, "UTF-8", converted.data(), static_cast<std::int32_t>(converted.size()), text.data(),
+    const std::int32_t length = ucnv_convert(encoding, from, converted.data(), static_cast<std::int32_t>(converted.size()), text.data(),
                                              static_cast<std::int32_t>(text.size()), &error);
     EXPECT_LE(error, U_ZERO_ERROR);
     converted.resize(static_cast<std::size_t>(length));
     return converted;
 }
+
+std::string encoded(const std::string& text, const char* encoding) { return converted_text(text, encoding, "UTF-8"); }
+std::string encoded_from(const std::string& text, const char* encoding) { return converted_text(text, "UTF-8", encoding); }
 
 // Larger than every buffer on the way.
 std::string large_file(std::string_view text) {
@@ -98,6 +101,18 @@ TEST(Inputs, Encodings) {
     EXPECT_EQ(read(gzipped(encoded("n\n價\n", "Big5")), {"--encoding", "Big5"}).out, "n\n價\n");
     EXPECT_EQ(read(encoded("n\n한\n", "EUC-KR"), {"--set", "charset=euc-kr"}).out, encoded("n\n한\n", "EUC-KR"));
     EXPECT_EQ(read("\xEF\xBB\xBFn\n한\n", {"--set", "charset=euc-kr"}).out, encoded("n\n한\n", "EUC-KR"));
+
+    // 0x7C is a bar, and half of a character of GB18030.
+    EXPECT_EQ(read("\x81\x7C\n\x81\x7C\n", {"--set", "charset=gb18030"}).out, "\x81\x7C\n\x81\x7C\n");
+    EXPECT_EQ(read("\x81\x7C|b\n1|2\n", {"--encoding", "gb18030"}).out, joined({encoded_from("\x81\x7C", "gb18030"), ",b\n1,2\n"}));
+    EXPECT_EQ(read("a|b\n", {"--set", "charset=gb18030", "--delimiter", "bar"}).err,
+              "bifun: --delimiter: in gb18030, bar is also a part of characters\n");
+    EXPECT_EQ(read("é\xFE"
+                   "b\n1\xFE"
+                   "2\n",
+                   {"--delimiter", "0xFE"})
+                  .out,
+              "é,b\n1,2\n");
 
     const std::string reason =
         "bytes that are no UTF-8, or a character that euc-kr does not have; name the file's encoding with --encoding NAME\n";
@@ -176,6 +191,10 @@ TEST(Outputs, ValuesThatFitNoLongerStartAgain) {
     directory.write("t.csv", file);
     EXPECT_EQ(directory.run({"--sample", "1", "--output", "o.csv", "t.csv", "SELECT * FROM t"}).err, "");
     EXPECT_TRUE(read_file(directory.path / "o.csv") == file);
+    // A file that comes as the standard input is read again too.
+    const std::string query = "SELECT * FROM stdin WHERE s = 'x'";
+    EXPECT_EQ(directory.run({"--sample", "1", "-", query}, "out <t.csv").out, "n,s\n1.5,x\n");
+    EXPECT_EQ(directory.run({"--sample", "1", "-", query}, "out", "t.csv").status, 1);
 }
 
 TEST(Descriptions, Columns) {
