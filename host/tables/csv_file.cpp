@@ -162,7 +162,14 @@ void csv_reader::skip_lines() {
 // The bytes of a character of the database's character set may look like ASCII.
 bool csv_reader::is_part_of_characters(char byte) const {
     const auto value = static_cast<unsigned char>(byte);
-    return charset_.code == ZQ_CHARSET_GB18030 ? value >= 0x40 || (value >= '0' && value <= '9') : value >= 0x80;
+    switch (charset_.code) {
+    case ZQ_CHARSET_GB18030:
+        return (value >= 0x81 && value <= 0xFE) || (value >= 0x40 && value <= 0x7E) || (value >= '0' && value <= '9');
+    case ZQ_CHARSET_EUC_KR:
+        return value >= 0xA1 && value <= 0xFE;
+    default:
+        return value >= 0x80 && value <= 0xF4;
+    }
 }
 
 void csv_reader::find_delimiter() {
@@ -172,9 +179,7 @@ void csv_reader::find_delimiter() {
     if (options_.delimiter) {
         delimiter_ = *options_.delimiter;
         if (is_part_of_characters(delimiter_)) {
-            fail(
-                "--delimiter: in {}, {} is also a part of characters; have the file converted by --encoding {} and leave out --set charset",
-                charset_.name, delimiter_name(delimiter_), charset_.name);
+            fail("--delimiter: in {}, {} is also a part of characters", charset_.name, delimiter_name(delimiter_));
         }
         return;
     }
