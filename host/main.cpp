@@ -2,137 +2,30 @@
 // bifun: SQL over CSV files, evaluated batch by batch through libbifun.so.
 
 #include <csignal>
-#include <cstdio>
-#include <filesystem>
-#include <memory>
 #include <new>
 #include <sstream>
 
 #include <CLI/CLI.hpp>
-#include <unistd.h>
 
-#include "host/binding/binding.h"
-#include "host/evaluation/execution.h"
+#include "host/file_description.h"
 #include "host/functions/function_list.h"
 #include "host/functions/function_reference.h"
-#include "host/near_names.h"
-#include "host/output/output.h"
+#include "host/messages.h"
+#include "host/output/output_stream.h"
 #include "host/program_error.h"
-#include "host/session/settings.h"
-#include "host/sql/sql_text.h"
-#include "host/sql/syntax.h"
+#include "host/query_run.h"
+#include "host/tables/delimiter.h"
 
 namespace host {
 namespace {
 
-struct program_options {
-    std::vector<std::string> words; // the files, then the query
-    std::string format;
-    std::string types;
-    std::vector<std::string> settings;
-    std::string library = default_library;
-    std::uint32_t batch_rows = 1024;
-};
-
-output_format chosen_format(const std::string& name) {
-    if (name == "csv" || name == "json") {
-        return name == "csv" ? output_format::csv : output_format::json;
-    }
-    return name == "table" || isatty(STDOUT_FILENO) == 1 ? output_format::table : output_format::csv;
-}
-
-// The file that a FROM means, by the name of its table.
-const std::string& file_of_table(const std::vector<std::string>& files, const table_name& from, const std::string& sql) {
-    std::vector<std::string> names;
-    const std::string* found = nullptr;
-    for (const bool ignoring_case : {false, true}) {
-        names.clear();
-        for (const std::string& file : files) {
-            names.push_back(table_name_of(file));
-            const bool same = ignoring_case ? equal_ignoring_case(names.back(), from.name) : names.back() == from.name;
-            if (same && found != nullptr) {
-                fail_at(sql, from.offset, fmt::format("{} and {} are both the table {}; give one of them", *found, file, from.name));
-            }
-            found = same ? &file : found;
-        }
-        if (found != nullptr) {
-            return *found;
-        }
-    }
-    if (files.empty()) {
-        fail_at(sql, from.offset, fmt::format("there is no table {0}; give its file, as in: bifun {0}.csv \"SELECT ...\"", from.name));
-    }
-    const std::string hint = did_you_mean(from.name, names);
-    fail_at(
-        sql, from.offset,
-        fmt::format("there is no table {}{}", from.name, hint.empty() ? fmt::format("; the tables are {}", fmt::join(names, ", ")) : hint));
-}
-
-// The last word is a file where a query should be.
-bool is_file_name(const std::string& word) {
-    std::error_code unreadable;
-    return std::filesystem::is_regular_file(word, unreadable) || (word.ends_with(".csv") && word.find(' ') == std::string::npos);
-}
-
-void run_query(const program_options& options) {
-    if (!options.words.empty() && is_file_name(options.words.back())) {
-        const std::string& file = options.words.back();
-        fail("there is no query behind {0}; give one as in: bifun {0} \"SELECT * FROM {1}\"", file, table_name_of(file));
-    }
-    if (options.words.empty()) {
-        fail("there is no query; give one as in: bifun \"SELECT NVL(NULL, 7)\", or see bifun --help");
-    }
-    const std::string& sql = options.words.back();
-    const std::vector<std::string> files(options.words.begin(), options.words.end() - 1);
-    const session_settings settings = read_settings(options.settings);
-    // First of all: it tells the engine of the character set, in which everything else is text.
-    const function_library library(options.library, settings.library);
-    begin_session(settings);
-    const given_types types = parse_types(options.types);
-    const select_statement statement = parse_select(sql);
-    const output_format format = chosen_format(options.format);
-
-    progress_bar progress;
-    std::unique_ptr<table> source;
-    if (statement.from) {
-        source = open_table(file_of_table(files, *statement.from, sql), settings);
-        mark_needed_columns(statement, sql, *source);
-        resolve_types(*source, types, progress);
-    }
-    plan query = bind_statement(statement, sql, source.get(), settings, library);
-
-    output_stream stream{.file = STDOUT_FILENO, .text = {}};
-    result_output output(format, stream, query.results, *settings.text_charset);
-    progress.begin("running", isatty(STDOUT_FILENO) == 1);
-    try {
-        run_plan(query, options.batch_rows, settings, output, progress);
-    } catch (const program_error&) {
-        progress.clear();
-        output.abandon();
-        throw;
-    }
-    progress.clear();
-    output.finish();
-}
-
-void print(const std::string& text) {
-    output_stream stream{.file = STDOUT_FILENO, .text = text};
-    stream.flush();
-}
-
-// A message takes one line, whatever a file or a query holds.
-std::string one_line(std::string text) {
-    for (char& c : text) {
-        c = static_cast<unsigned char>(c) < 0x20 || c == 0x7F ? ' ' : c;
-    }
-    return text;
-}
-
 constexpr const char* description =
     "bifun - SQL over CSV files, evaluated batch by batch by the SQL built-in functions of libbifun.so\n\n"
     "  bifun [OPTIONS] [FILE.csv ...] \"SELECT ...\"\n"
+    "  bifun describe [OPTIONS] FILE.csv               the columns of a file: types, NULLs, smallest and largest values\n"
     "  bifun functions [NAME]                          the built-in functions, or one of them in full\n\n"
-    "A file is a table named after its base name: staff.csv is the table staff. Without FROM there is one row.";
+    "A file is a table named after its base name: staff.csv is the table staff, and my-file.csv my_file. - is the standard input, the\n"
+    "table stdin. Files packed by gzip or zstd are read as they are. Without FROM there is one row.";
 
 constexpr const char* footer =
     "\nSQL: SELECT list FROM table WHERE condition LIMIT n OFFSET m, with functions, + - * / % || = <> < <= > >= AND OR NOT\n"
@@ -140,7 +33,7 @@ constexpr const char* footer =
     "An empty field is NULL; \"\" is the empty string. Exit status: 0, or 1 after an error.\n\n"
     "Examples\n"
     "  bifun \"SELECT NVL(NULL, 7)\"\n"
-    "  bifun peaks.csv \"SELECT name, height_m FROM peaks WHERE height_m >= 8000 LIMIT 5\"\n"
+    "  bifun zones.csv \"SELECT zone, country FROM zones WHERE latitude > 60 LIMIT 5\"\n"
     "  bifun --format json --types \"name:CHAR(10)\" staff.csv \"SELECT * FROM staff\"";
 
 // Prints a help or version that was asked for; any other reason to stop is an error.
@@ -169,23 +62,26 @@ int list_functions(int argument_count, char** arguments) {
     return 0;
 }
 
-int run(int argument_count, char** arguments) {
-    if (argument_count > 1 && std::string_view(arguments[1]) == "functions") {
-        return list_functions(argument_count, arguments);
-    }
-    CLI::App app(description, "bifun");
-    app.set_version_flag("--version", std::string("bifun ") + BIFUN_VERSION);
-    app.footer(footer);
-    program_options options;
-    app.add_option("FILES_AND_QUERY", options.words, "CSV files, and last the query")->type_name("TEXT");
-    app.add_option("--format", options.format, "table, csv or json; table on a terminal, csv otherwise")
-        ->check(CLI::IsMember({"table", "csv", "json"}))
+// Of files and results, for queries and descriptions alike.
+void add_file_options(CLI::App& app, program_options& options) {
+    app.add_option("--format", options.format,
+                   std::string(output_format_names) + "; otherwise what the name of --output says, a table on a terminal, or csv")
         ->type_name("NAME");
-    app.add_option("--types", options.types,
-                   std::string("types of columns, such as name:CHAR(10),price:DECIMAL; the others are found by reading the file twice. "
-                               "There are ") +
-                       std::string(column_type_names))
-        ->type_name("NAME:TYPE,...");
+    app.add_option("--output", options.output, "the file that the result goes to; it is written whole or, after an error, not at all")
+        ->type_name("FILE");
+    app.add_option("--delimiter", options.delimiter,
+                   std::string("what separates the fields: ") + std::string(delimiter_names) +
+                       "; otherwise a tab in .tsv files, a bar in .psv files, and what the first lines show in others")
+        ->type_name("NAME");
+    app.add_flag("--no-header", options.no_header, "the first line is a row, and the columns are column_1, column_2 ...");
+    app.add_option("--skip", options.reading.skipped_lines, "leave out the first lines of the file")->type_name("LINES");
+    app.add_flag("--ignore-errors", options.reading.ignores_errors,
+                 "leave out rows that have more or fewer fields than the header, misplaced quotes or values that do not fit the types "
+                 "given, and say how many");
+    app.add_option("--encoding", options.reading.encoding,
+                   "the encoding of the files where it is not the charset, by a name that ICU knows, such as latin1; a byte order mark "
+                   "goes before it")
+        ->type_name("NAME");
     app.add_option(
            "--set", options.settings,
            "compatible_mode=1|2|3 (1, the default: a negative length in SUBSTR is an error and not NULL; 2: functions such as NVL take "
@@ -199,6 +95,47 @@ int run(int argument_count, char** arguments) {
            "param.529=1 (TO_CHAR without a format shows fractions)")
         ->type_name("NAME=VALUE")
         ->allow_extra_args(false);
+}
+
+int describe(int argument_count, char** arguments) {
+    CLI::App app("The columns of a file: type, number of values and of NULLs, smallest and largest value, and of a VARCHAR the first line "
+                 "that made it one, with its text",
+                 "bifun describe");
+    program_options options;
+    std::string file;
+    app.add_option("FILE", file, "a CSV file, or - for the standard input")->required();
+    add_file_options(app, options);
+    try {
+        app.parse(argument_count - 1, arguments + 1);
+    } catch (const CLI::ParseError& reason) {
+        return answer(app, reason);
+    }
+    describe_file(file, options);
+    return 0;
+}
+
+int run(int argument_count, char** arguments) {
+    const std::string_view command = argument_count > 1 ? arguments[1] : "";
+    if (command == "functions") {
+        return list_functions(argument_count, arguments);
+    }
+    if (command == "describe") {
+        return describe(argument_count, arguments);
+    }
+    CLI::App app(description, "bifun");
+    app.set_version_flag("--version", std::string("bifun ") + BIFUN_VERSION);
+    app.footer(footer);
+    program_options options;
+    app.add_option("FILES_AND_QUERY", options.words, "CSV files, and last the query")->type_name("TEXT");
+    add_file_options(app, options);
+    app.add_option("--types", options.types,
+                   std::string("types of columns, such as name:CHAR(10),price:DECIMAL; the others are found in the file. There are ") +
+                       std::string(column_type_names))
+        ->type_name("NAME:TYPE,...");
+    app.add_option("--sample", options.sample,
+                   "how much of a file decides the types, in MB, or all (32; 4 of a pipe). A value behind it that would have given another "
+                   "type has the whole file decide, or is an error where output has gone out or a pipe is read")
+        ->type_name("MB");
     app.add_option("--batch-rows", options.batch_rows, "rows evaluated at a time, 1 to 65536")
         ->check(CLI::Range(1U, 65536U))
         ->type_name("N")
@@ -226,9 +163,8 @@ int main(int argument_count, char** arguments) {
     } catch (const std::bad_alloc&) {
         message = "out of memory";
     } catch (const std::exception& error) {
-        message = host::one_line(error.what());
+        message = error.what();
     }
-    // There is nowhere left to say that this cannot be written.
-    static_cast<void>(std::fputs(fmt::format("bifun: {}\n", message).c_str(), stderr));
+    host::print_message(message);
     return 1;
 }

@@ -3,87 +3,21 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
-#include "embedded/columns/value_text.h"
+#include "host/near_names.h"
 #include "host/output/display_width.h"
-#include "host/program_error.h"
+#include "host/output/value_output.h"
 
 namespace host {
 namespace {
 
 constexpr std::uint64_t rows_that_settle_widths = 1000;
 
-template <class T> const T& value_at(const bifun_column& column, std::uint32_t row) {
-    return static_cast<const T*>(column.data->values)[row];
-}
-
 bool is_text(sql_type type) { return type == sql_type::varchar || type == sql_type::varbinary; }
 
 std::string_view stored_text(const bifun_string& value) {
     return value.length == 0 ? std::string_view() : std::string_view(reinterpret_cast<const char*>(value.data), value.length);
-}
-
-void append_csv_text(std::string& out, std::string_view stored, std::size_t trailing_blanks) {
-    const bool quoted = (stored.empty() && trailing_blanks == 0) || stored.find_first_of(",\"\r\n") != std::string_view::npos;
-    if (!quoted) {
-        out.append(stored).append(trailing_blanks, ' ');
-        return;
-    }
-    out += '"';
-    for (const char c : stored) {
-        out.append(c == '"' ? 2 : 1, c);
-    }
-    out.append(trailing_blanks, ' ');
-    out += '"';
-}
-
-void append_json_text(std::string& out, std::string_view text) {
-    out += '"';
-    for (const char c : text) {
-        const char* const escaped = "\"\"\\\\\nn\rr\tt\bb\ff";
-        bool done = false;
-        for (const char* pair = escaped; *pair != '\0' && !done; pair += 2) {
-            if (c == *pair) {
-                out += '\\';
-                out += pair[1];
-                done = true;
-            }
-        }
-        if (!done && static_cast<unsigned char>(c) < 0x20) {
-            fmt::format_to(std::back_inserter(out), "\\u{:04x}", static_cast<unsigned>(c));
-        } else if (!done) {
-            out += c;
-        }
-    }
-    out += '"';
-}
-
-// Characters that would move the cursor or command the terminal, written so that they do not.
-std::string without_control_characters(std::string text) {
-    if (std::ranges::none_of(text, [](char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7F; })) {
-        return text;
-    }
-    std::string shown;
-    for (const char c : text) {
-        switch (c) {
-        case '\n':
-            shown += "\\n";
-            break;
-        case '\r':
-            shown += "\\r";
-            break;
-        case '\t':
-            shown += "\\t";
-            break;
-        default:
-            if (static_cast<unsigned char>(c) < 0x20 || c == 0x7F) {
-                fmt::format_to(std::back_inserter(shown), "\\x{:02x}", static_cast<unsigned>(c));
-            } else {
-                shown += c;
-            }
-        }
-    }
-    return shown;
 }
 
 std::string utf8_text(const charset& set, const bifun_string& value) {
@@ -103,37 +37,39 @@ void append_table_row(std::string& out, const std::vector<std::string>& cells, c
     out += '\n';
 }
 
+constexpr std::pair<std::string_view, output_format> named_formats[] = {
+    {"table", output_format::table},       {"csv", output_format::csv},          {"tsv", output_format::tsv},
+    {"json", output_format::json},         {"jsonl", output_format::json_lines}, {"ndjson", output_format::json_lines},
+    {"markdown", output_format::markdown}, {"md", output_format::markdown},      {"txt", output_format::table},
+};
+
 } // namespace
 
-void append_value(std::string& text, const bifun_column& column, sql_type type, std::uint32_t row) {
-    const bifun::value_type of_values = value_type_of(type);
-    const auto kind = type == sql_type::date ? zqengine::datetime_kind::date
-                      : has_date(type)       ? zqengine::datetime_kind::datetime
-                                             : zqengine::datetime_kind::time;
-    const auto* const value = static_cast<const std::uint8_t*>(column.data->values) + row * bifun::value_width(of_values);
-    char characters[zqengine::value_text_size];
-    text.append(characters, zqengine::write_value(of_values, kind, value, characters));
+std::optional<output_format> find_output_format(std::string_view name) {
+    const auto* const found =
+        std::ranges::find_if(named_formats, [&](const auto& named) { return equal_ignoring_case(named.first, name); });
+    return found == std::end(named_formats) ? std::nullopt : std::optional(found->second);
 }
 
 result_output::result_output(output_format format, output_stream& stream, const std::vector<result_column>& columns, const charset& set)
-    : format_(format), stream_(stream), columns_(columns), charset_(set) {}
+    : format_(format), stream_(stream), columns_(columns), charset_(set), delimiter_(format == output_format::tsv ? '\t' : ',') {}
 
-// ---- CSV -----------------------------------------------------------------------------------------------------------
+// ---- CSV and TSV ---------------------------------------------------------------------------------------------------
 
-void result_output::write_csv_row(std::span<const bifun_column* const> columns, std::uint32_t row) {
+void result_output::write_delimited_row(std::span<const bifun_column* const> columns, std::uint32_t row) {
     std::string& out = stream_.text;
     for (std::size_t i = 0; i < columns.size(); ++i) {
         const bifun_column& column = *columns[i];
         const std::uint32_t at = row_of(column, row);
         if (i > 0) {
-            out += ',';
+            out += delimiter_;
         }
         if (column.data->null_flags[at] == 0) {
             continue;
         }
         if (is_text(columns_[i].type)) {
             const auto& value = value_at<bifun_string>(column, at);
-            append_csv_text(out, stored_text(value), value.trailing_blanks);
+            append_delimited_text(out, stored_text(value), value.trailing_blanks, delimiter_);
         } else {
             append_value(out, column, columns_[i].type, at);
         }
@@ -145,7 +81,8 @@ void result_output::write_csv_row(std::span<const bifun_column* const> columns, 
 
 void result_output::write_json_row(std::span<const bifun_column* const> columns, std::uint32_t row) {
     std::string& out = stream_.text;
-    out += rows_ == 0 ? "\n  {" : ",\n  {";
+    const bool is_array = format_ == output_format::json;
+    out += !is_array ? "{" : rows_ == 0 ? "\n  {" : ",\n  {";
     for (std::size_t i = 0; i < columns.size(); ++i) {
         const bifun_column& column = *columns[i];
         const sql_type type = columns_[i].type;
@@ -164,26 +101,30 @@ void result_output::write_json_row(std::span<const bifun_column* const> columns,
             out.append(quoted ? "\"" : "");
         }
     }
-    out += '}';
+    out += is_array ? "}" : "}\n";
 }
 
 // ---- tables --------------------------------------------------------------------------------------------------------
+
+// A value as text that takes one line.
+std::string result_output::cell_of(const bifun_column& column, sql_type type, std::uint32_t row) const {
+    const std::uint32_t at = row_of(column, row);
+    if (column.data->null_flags[at] == 0) {
+        return "NULL";
+    }
+    if (is_text(type)) {
+        return without_control_characters(utf8_text(charset_, value_at<bifun_string>(column, at)));
+    }
+    std::string cell;
+    append_value(cell, column, type, at);
+    return cell;
+}
 
 void result_output::hold_table_row(std::span<const bifun_column* const> columns, std::uint32_t row) {
     std::vector<std::string> cells;
     cells.reserve(columns.size());
     for (std::size_t i = 0; i < columns.size(); ++i) {
-        const bifun_column& column = *columns[i];
-        const std::uint32_t at = row_of(column, row);
-        std::string cell;
-        if (column.data->null_flags[at] == 0) {
-            cell = "NULL";
-        } else if (is_text(columns_[i].type)) {
-            cell = without_control_characters(utf8_text(charset_, value_at<bifun_string>(column, at)));
-        } else {
-            append_value(cell, column, columns_[i].type, at);
-        }
-        cells.push_back(std::move(cell));
+        cells.push_back(cell_of(*columns[i], columns_[i].type, row));
     }
     if (widths_settled_) {
         append_table_row(stream_.text, cells, widths_, columns_);
@@ -220,22 +161,55 @@ void result_output::write_held_rows() {
     held_rows_.clear();
 }
 
+// ---- Markdown ------------------------------------------------------------------------------------------------------
+
+void result_output::write_markdown_row(std::span<const bifun_column* const> columns, std::uint32_t row) {
+    for (std::size_t i = 0; i < columns.size(); ++i) {
+        stream_.text += i == 0 ? "| " : " | ";
+        append_markdown_text(stream_.text, cell_of(*columns[i], columns_[i].type, row));
+    }
+    stream_.text += " |\n";
+}
+
+void result_output::write_markdown_heading() {
+    for (std::size_t i = 0; i < columns_.size(); ++i) {
+        stream_.text += i == 0 ? "| " : " | ";
+        append_markdown_text(stream_.text, without_control_characters(columns_[i].name));
+    }
+    stream_.text += " |\n|";
+    for (const result_column& column : columns_) {
+        stream_.text += is_number(column.type) ? "---:|" : "---|";
+    }
+    stream_.text += '\n';
+}
+
 // ---- all formats ---------------------------------------------------------------------------------------------------
 
 void result_output::begin() {
     begun_ = true;
-    if (format_ == output_format::json) {
+    switch (format_) {
+    case output_format::json:
+        stream_.text += '[';
+        [[fallthrough]];
+    case output_format::json_lines:
         for (const result_column& column : columns_) {
             append_json_text(json_keys_.emplace_back(), column.name);
             json_keys_.back() += ": ";
         }
-        stream_.text += '[';
-    } else if (format_ == output_format::csv) {
+        break;
+    case output_format::csv:
+    case output_format::tsv:
         for (std::size_t i = 0; i < columns_.size(); ++i) {
-            stream_.text.append(i == 0 ? "" : ",");
-            append_csv_text(stream_.text, from_utf8(charset_, columns_[i].name).value_or(columns_[i].name), 0);
+            stream_.text.append(i == 0 ? 0 : 1, delimiter_);
+            append_delimited_text(stream_.text, from_utf8(charset_, columns_[i].name).value_or(columns_[i].name), 0, delimiter_);
         }
         stream_.text += '\n';
+        break;
+    case output_format::markdown:
+        write_markdown_heading();
+        break;
+    case output_format::table: // when the widths are known
+        break;
     }
 }
 
@@ -246,13 +220,18 @@ void result_output::write_rows(std::span<const bifun_column* const> columns, std
         }
         switch (format_) {
         case output_format::csv:
-            write_csv_row(columns, row);
+        case output_format::tsv:
+            write_delimited_row(columns, row);
             break;
         case output_format::json:
+        case output_format::json_lines:
             write_json_row(columns, row);
             break;
         case output_format::table:
             hold_table_row(columns, row);
+            break;
+        case output_format::markdown:
+            write_markdown_row(columns, row);
             break;
         }
         stream_.flush_if_large();

@@ -1,11 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
-// Result rows as a table, CSV or JSON.
+// Result rows in the formats that are written.
 #ifndef BIFUN_HOST_OUTPUT_OUTPUT_H
 #define BIFUN_HOST_OUTPUT_OUTPUT_H
 
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "bop/frame/contract.h"
@@ -15,7 +17,11 @@
 
 namespace host {
 
-enum class output_format : std::uint8_t { table, csv, json };
+enum class output_format : std::uint8_t { table, csv, tsv, json, json_lines, markdown };
+
+// By its name or the extension of files in it; nothing where there is none.
+std::optional<output_format> find_output_format(std::string_view name);
+constexpr std::string_view output_format_names = "table, csv, tsv, json, jsonl and markdown";
 
 // Writes the rows of one result. Nothing is written before the first batch, so that a query that fails at once prints nothing.
 class result_output {
@@ -33,8 +39,11 @@ class result_output {
 
   private:
     void begin();
-    void write_csv_row(std::span<const bifun_column* const> columns, std::uint32_t row);
+    void write_delimited_row(std::span<const bifun_column* const> columns, std::uint32_t row);
     void write_json_row(std::span<const bifun_column* const> columns, std::uint32_t row);
+    void write_markdown_row(std::span<const bifun_column* const> columns, std::uint32_t row);
+    void write_markdown_heading();
+    [[nodiscard]] std::string cell_of(const bifun_column& column, sql_type type, std::uint32_t row) const;
     void hold_table_row(std::span<const bifun_column* const> columns, std::uint32_t row);
     void write_held_rows();
 
@@ -42,6 +51,7 @@ class result_output {
     output_stream& stream_;
     std::vector<result_column> columns_;
     const charset& charset_;
+    char delimiter_;
     bool begun_ = false;
     std::uint64_t rows_ = 0;
 
@@ -50,9 +60,6 @@ class result_output {
     std::vector<std::size_t> widths_;
     bool widths_settled_ = false;
 };
-
-// Appends the value of a row that is not NULL and no string, as zqengine::write_value writes it.
-void append_value(std::string& text, const bifun_column& column, sql_type type, std::uint32_t row);
 
 } // namespace host
 

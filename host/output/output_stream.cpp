@@ -16,6 +16,7 @@ void output_stream::flush() {
         const ssize_t count = write(file, text.data() + written, text.size() - written);
         if (count >= 0) {
             written += static_cast<std::size_t>(count);
+            flushed = true;
             continue;
         }
         if (errno == EINTR) {

@@ -12,6 +12,7 @@ namespace host {
 struct output_stream {
     int file;
     std::string text;
+    bool flushed = false; // anything
 
     void flush();
     void flush_if_large() {

@@ -2,216 +2,254 @@
 #include "host/tables/csv_file.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <cstring>
-#include <unordered_set>
-
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
+#include <new>
 
 #include "host/program_error.h"
+#include "host/tables/delimiter.h"
 
 namespace host {
 namespace {
 
-constexpr std::size_t buffer_size = std::size_t{256} * 1024;
+constexpr std::size_t alignment = 64;
+constexpr std::size_t first_capacity = std::size_t{128} * 1024;
 // A row beyond this is a quote that somebody forgot to close.
 constexpr std::size_t longest_row = std::size_t{64} * 1024 * 1024;
 
+char* allocate(std::size_t size) {
+    void* const bytes = std::aligned_alloc(alignment, size);
+    if (bytes == nullptr) {
+        throw std::bad_alloc();
+    }
+    return static_cast<char*>(bytes);
+}
+
 } // namespace
 
-csv_reader::csv_reader(std::string path) : path_(std::move(path)), buffer_(buffer_size) {
-    file_ = open(path_.c_str(), O_RDONLY | O_CLOEXEC);
-    struct stat status {};
-    if (file_ < 0 || fstat(file_, &status) != 0) {
-        fail("{}: {}; check the file's name and that you may read it", path_, std::strerror(errno));
-    }
-    if (S_ISDIR(status.st_mode)) {
-        close(file_);
-        fail("{}: this is a directory; give a CSV file", path_);
-    }
-    can_rewind_ = S_ISREG(status.st_mode);
-    file_size_ = can_rewind_ ? static_cast<std::uint64_t>(status.st_size) : 0;
-    try {
-        begin();
-    } catch (...) {
-        close(file_);
-        if (parser_ready_) {
-            csv_free(&parser_);
-        }
-        throw;
-    }
-}
-
-csv_reader::~csv_reader() {
-    close(file_);
-    csv_free(&parser_);
-}
-
-void csv_reader::begin() {
-    if (csv_init(&parser_, CSV_STRICT | CSV_STRICT_FINI | CSV_EMPTY_IS_NULL) != 0) {
-        fail("out of memory");
-    }
-    parser_ready_ = true;
-    csv_set_space_func(&parser_, [](unsigned char) { return 0; }); // blanks are part of a field
-    csv_set_blk_size(&parser_, std::size_t{64} * 1024);
-    constexpr std::string_view byte_order_mark = "\xEF\xBB\xBF";
-    while (filled_ < byte_order_mark.size() && refill()) {
-    }
-    if (std::string_view(buffer_.data(), filled_).starts_with(byte_order_mark)) {
-        position_ = byte_order_mark.size();
-    }
-    if (header_.empty()) {
-        check_header();
-    } else {
-        read_fields();
-    }
-    row_number_ = 0;
-}
-
-void csv_reader::rewind() {
-    if (lseek(file_, 0, SEEK_SET) != 0) {
-        fail("{}: {}", path_, std::strerror(errno));
-    }
-    csv_free(&parser_);
-    parser_ready_ = false;
-    position_ = filled_ = 0;
-    bytes_read_ = lines_ = 0;
-    at_end_ = after_carriage_return_ = false;
+csv_reader::csv_reader(std::string path, const file_options& options, const charset& set)
+    : input_(std::move(path), options.encoding, set), options_(options), charset_(set), bytes_(allocate(first_capacity)),
+      capacity_(first_capacity) {
     begin();
 }
 
-void csv_reader::check_header() {
-    if (!read_fields()) {
-        fail("{}: the file is empty; its first line must name the columns", path_);
+void csv_reader::begin() {
+    skip_lines();
+    if (header_.empty()) {
+        find_delimiter();
     }
-    std::unordered_set<std::string_view> seen;
-    for (std::size_t i = 0; i < fields_.size(); ++i) {
-        const csv_field& field = fields_[i];
-        if (field.text.empty()) {
-            fail_in_line(row_line_, fmt::format("column {} has no name; every column needs one in the header", i + 1));
-        }
-        if (!seen.insert(field.text).second) {
-            fail_in_line(row_line_, fmt::format("two columns are named {}; every column needs a name of its own", field.text));
-        }
-        header_.emplace_back(field.text);
-    }
+    rescan();
+    read_header();
 }
 
-void csv_reader::fail_in_line(std::uint64_t line, std::string_view message) const { fail("{}, line {}: {}", path_, line, message); }
+void csv_reader::rewind() {
+    input_.rewind();
+    filled_ = 0;
+    at_end_ = false;
+    lines_before_ = text_read_ = bad_rows_ = 0;
+    first_bad_row_.clear();
+    begin();
+}
 
-bool csv_reader::next_row() {
-    if (!read_fields()) {
-        return false;
+// ---- bytes and lines -------------------------------------------------------------------------------------------------
+
+// Reads behind the bytes in hand, which become more, or at_end_ true.
+void csv_reader::read_more() {
+    if (filled_ == capacity_) {
+        std::unique_ptr<char, releaser> larger(allocate(capacity_ * 2));
+        std::memcpy(larger.get(), bytes_.get(), filled_);
+        bytes_ = std::move(larger);
+        capacity_ *= 2;
     }
-    if (fields_.size() != header_.size()) {
-        fail_in_line(row_line_, fmt::format("the header has {} field{} and this row {}; a field that holds a comma stands in double quotes",
-                                            header_.size(), header_.size() == 1 ? "" : "s", fields_.size()));
+    const std::size_t count = input_.read(bytes_.get() + filled_, capacity_ - filled_);
+    filled_ += count;
+    text_read_ += count;
+    at_end_ = count == 0;
+}
+
+void csv_reader::rescan() {
+    scan_lines(text(), at_end_, delimiter_, index_);
+    line_ = 0;
+}
+
+std::uint64_t csv_reader::line_at(std::size_t position) const { return lines_before_ + count_line_ends(text().substr(0, position)) + 1; }
+
+void csv_reader::drop_bytes(std::size_t position, std::uint64_t lines) {
+    lines_before_ += lines;
+    filled_ -= position;
+    std::memmove(bytes_.get(), bytes_.get() + position, filled_);
+}
+
+// Drops the lines that have been read, with which the index loses its meaning.
+void csv_reader::drop_lines() {
+    const std::size_t behind = std::min<std::size_t>(line_ == 0 ? 0 : index_.ends[index_.line_fields[line_ - 1]] + std::size_t{1}, filled_);
+    drop_bytes(behind, index_.has_inner_line_ends || index_.found_fault ? count_line_ends(text().substr(0, behind)) : line_);
+}
+
+void csv_reader::drop_first_line() {
+    std::optional<line_end> found = find_line_end(text());
+    while (!found && !at_end_) {
+        const std::size_t kept = text().ends_with('\r') ? 1 : 0;
+        drop_bytes(filled_ - kept, 0);
+        read_more();
+        found = find_line_end(text());
     }
-    ++row_number_;
+    drop_bytes(found ? found->behind : filled_, 1);
+}
+
+// Finds the next line to read; false at the end of the file.
+bool csv_reader::find_line() {
+    while (line_ == index_.lines) {
+        if (index_.found_fault && (index_.found_fault->kind == quote_fault::misplaced || at_end_)) {
+            report_fault();
+            continue;
+        }
+        if (at_end_) {
+            return false;
+        }
+        drop_lines();
+        if (filled_ >= longest_row) {
+            report_bad_row(lines_before_ + 1, "the row that begins here is longer than 64 MiB; is a closing quote missing?");
+            drop_first_line();
+        }
+        read_more();
+        rescan();
+    }
     return true;
 }
 
-// Appends to the buffer, from its beginning when all of it is parsed; false at the end of the file.
-bool csv_reader::refill() {
-    if (position_ == filled_) {
-        position_ = filled_ = 0;
+// Where the quotes of a row are misplaced, nobody knows its end: the next row is looked for behind the first line end.
+void csv_reader::report_fault() {
+    const line_index::fault fault = *index_.found_fault;
+    if (fault.kind == quote_fault::misplaced) {
+        report_bad_row(line_at(fault.position),
+                       "a quote stands inside a field, or text behind a closing quote; write a field with quotes as "
+                       "\"...\" with each quote inside doubled");
     }
-    ssize_t count = 0;
-    do {
-        count = read(file_, buffer_.data() + filled_, buffer_.size() - filled_);
-    } while (count < 0 && errno == EINTR);
-    if (count < 0) {
-        fail("{}: {}", path_, std::strerror(errno));
+    drop_lines();
+    if (fault.kind == quote_fault::unclosed) {
+        report_bad_row(lines_before_ + 1, "the row that begins here has a quote that is never closed");
     }
-    filled_ += static_cast<std::size_t>(count);
-    bytes_read_ += static_cast<std::uint64_t>(count);
-    return count > 0;
+    drop_first_line();
+    rescan();
 }
 
-void csv_reader::on_field(void* bytes, std::size_t length, void* reader) {
-    csv_reader& self = *static_cast<csv_reader*>(reader);
-    self.fields_.push_back({.text = {}, .is_null = bytes == nullptr});
-    self.row_bytes_.append(static_cast<const char*>(bytes), bytes == nullptr ? 0 : length);
-    self.field_ends_.push_back(self.row_bytes_.size());
+void csv_reader::report_bad_row(std::uint64_t line, std::string_view message, std::string_view column) {
+    std::string error = fmt::format("{}, line {}{}{}: {}", path(), line, column.empty() ? "" : ", column ", column, message);
+    if (!options_.ignores_errors) {
+        throw program_error(error);
+    }
+    if (++bad_rows_ == 1) {
+        first_bad_row_ = std::move(error);
+    }
 }
 
-void csv_reader::on_row(int, void* reader) { static_cast<csv_reader*>(reader)->row_ended_ = true; }
+// ---- the beginning of the file ---------------------------------------------------------------------------------------
 
-bool csv_reader::read_fields() {
-    fields_.clear();
-    field_ends_.clear();
-    row_bytes_.clear();
-    row_size_ = 0;
-    row_ended_ = false;
-    while (!row_ended_) {
-        if (position_ == filled_ && (at_end_ || !refill())) {
-            finish_last_row();
-            if (!row_ended_) {
-                return false;
-            }
-            break;
+void csv_reader::skip_lines() {
+    std::size_t position = 0;
+    for (std::uint64_t i = 0; i < options_.skipped_lines; ++i) {
+        std::optional<line_end> found = find_line_end(text().substr(position));
+        while (!found && !at_end_) {
+            drop_bytes(position, i - lines_before_);
+            position = 0;
+            read_more();
+            found = find_line_end(text());
         }
-        if (!take_segment()) { // a blank line
-            fields_.push_back({.text = {}, .is_null = true});
-            return true;
-        }
+        position = found ? position + found->behind : filled_;
     }
-    std::size_t begin = 0;
-    for (std::size_t i = 0; i < fields_.size(); ++i) {
-        fields_[i].text = std::string_view(row_bytes_).substr(begin, field_ends_[i] - begin);
-        begin = field_ends_[i];
-    }
-    return true;
+    drop_bytes(position, options_.skipped_lines - lines_before_);
 }
 
-// Parses up to the end of the line or of the buffer, so that the parser never goes beyond the row in hand. Returns false for a blank
-// line that counts as a row.
-bool csv_reader::take_segment() {
-    const char* const begin = buffer_.data() + position_;
-    const std::size_t available = filled_ - position_;
-    const auto* const feed = static_cast<const char*>(std::memchr(begin, '\n', available));
-    std::size_t length = feed == nullptr ? available : static_cast<std::size_t>(feed - begin) + 1;
-    bool ends_line = feed != nullptr;
-    const auto* const carriage_return = static_cast<const char*>(std::memchr(begin, '\r', length));
-    if (carriage_return != nullptr && carriage_return + 1 != feed) {
-        length = static_cast<std::size_t>(carriage_return - begin) + 1;
-        ends_line = true;
+// The bytes of a character of the database's character set may look like ASCII.
+bool csv_reader::is_part_of_characters(char byte) const {
+    const auto value = static_cast<unsigned char>(byte);
+    switch (charset_.code) {
+    case ZQ_CHARSET_GB18030:
+        return (value >= 0x81 && value <= 0xFE) || (value >= 0x40 && value <= 0x7E) || (value >= '0' && value <= '9');
+    case ZQ_CHARSET_EUC_KR:
+        return value >= 0xA1 && value <= 0xFE;
+    default:
+        return value >= 0x80 && value <= 0xF4;
     }
-    const bool second_half = after_carriage_return_ && begin[0] == '\n'; // CR LF across two segments
-    const bool blank = row_size_ == 0 && (begin[0] == '\n' || begin[0] == '\r');
-    if (row_size_ == 0 && !blank) {
-        row_line_ = lines_ + 1;
-    }
-    if (!blank) {
-        const std::size_t parsed = csv_parse(&parser_, begin, length, on_field, on_row, this);
-        if (parsed != length) {
-            if (csv_error(&parser_) != CSV_EPARSE) {
-                fail("{}: {}", path_, csv_strerror(csv_error(&parser_)));
-            }
-            fail_in_line(lines_ + 1, "a quote stands inside a field, or text behind a closing quote; write a field with quotes as "
-                                     "\"...\" with each quote inside doubled");
-        }
-        row_size_ += length;
-        if (row_size_ > longest_row) {
-            fail_in_line(row_line_, "the row that begins here is longer than 64 MiB; is a closing quote missing?");
-        }
-    }
-    position_ += length;
-    lines_ += ends_line && !second_half ? 1 : 0;
-    after_carriage_return_ = begin[length - 1] == '\r';
-    return !(blank && !second_half && header_.size() == 1);
 }
 
-void csv_reader::finish_last_row() {
-    if (at_end_) {
+void csv_reader::find_delimiter() {
+    while (!at_end_ && !find_line_end(text())) {
+        read_more();
+    }
+    if (options_.delimiter) {
+        delimiter_ = *options_.delimiter;
+        if (is_part_of_characters(delimiter_)) {
+            fail("--delimiter: in {}, {} is also a part of characters", charset_.name, delimiter_name(delimiter_));
+        }
         return;
     }
-    at_end_ = true;
-    if (csv_fini(&parser_, on_field, on_row, this) != 0) {
-        fail_in_line(row_line_, "the row that begins here has a quote that is never closed");
+    const found_delimiter found = guess_delimiter(path(), text(), at_end_, !is_part_of_characters('|'));
+    delimiter_ = found.delimiter;
+    doubt_ = found.doubt;
+}
+
+void csv_reader::read_header() {
+    while (find_line() && is_blank(line_)) {
+        ++line_;
     }
+    const bool is_first = header_.empty();
+    if (!find_line()) {
+        if (is_first) {
+            fail("{}: the file is empty{}", path(), options_.has_header ? "; its first line must name the columns" : "");
+        }
+        return;
+    }
+    const std::uint32_t first = first_field(line_);
+    for (std::uint32_t f = first; is_first && f < index_.line_fields[line_]; ++f) {
+        header_.emplace_back(options_.has_header ? field_at(f, f + 1 == index_.line_fields[line_]).text : std::string_view());
+    }
+    line_ += options_.has_header ? 1 : 0;
+}
+
+// ---- rows ------------------------------------------------------------------------------------------------------------
+
+bool csv_reader::is_blank(std::uint32_t line) const {
+    const std::uint32_t first = first_field(line);
+    return index_.line_fields[line] == first + 1 && begin_of(first) == end_of(first, true);
+}
+
+std::span<const std::uint32_t> csv_reader::next_rows(std::uint32_t most) {
+    rows_.clear();
+    const std::size_t columns = header_.size();
+    while (rows_.empty() && find_line()) {
+        for (; line_ < index_.lines && rows_.size() < most; ++line_) {
+            const std::uint32_t first = first_field(line_);
+            const std::uint32_t fields = index_.line_fields[line_] - first;
+            if (fields == columns) [[likely]] {
+                rows_.push_back(first);
+            } else if (!is_blank(line_)) {
+                if (!rows_.empty() && !options_.ignores_errors) {
+                    break; // after the rows before it
+                }
+                report_bad_row(line_at(begin_of(first)),
+                               fmt::format("the {} {} field{} and this row {}; a field that holds a {} stands in double quotes",
+                                           options_.has_header ? "header has" : "first row has", columns, columns == 1 ? "" : "s", fields,
+                                           delimiter_name(delimiter_)));
+            }
+        }
+    }
+    return rows_;
+}
+
+std::string_view csv_reader::without_quotes(std::string_view quoted) {
+    std::string_view left = quoted.substr(1, quoted.size() - 2);
+    std::size_t quote = left.find('"');
+    if (quote == std::string_view::npos) {
+        return left;
+    }
+    unquoted_.clear();
+    for (; quote != std::string_view::npos; quote = left.find('"')) {
+        unquoted_ += left.substr(0, quote + 1);
+        left.remove_prefix(quote + 2);
+    }
+    unquoted_ += left;
+    return unquoted_;
 }
 
 } // namespace host

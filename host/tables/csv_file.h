@@ -1,18 +1,30 @@
 // SPDX-License-Identifier: Apache-2.0
-// CSV files, row by row.
+// CSV files, some rows at a time.
 #ifndef BIFUN_HOST_TABLES_CSV_FILE_H
 #define BIFUN_HOST_TABLES_CSV_FILE_H
 
 #include <cstdint>
+#include <cstdlib>
+#include <memory>
+#include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
 
-extern "C" {
-#include <csv.h>
-}
+#include "host/tables/line_scan.h"
+#include "host/tables/text_input.h"
 
 namespace host {
+
+// How files are read.
+struct file_options {
+    std::optional<char> delimiter;   // found by the name or the first lines where there is none
+    bool has_header = true;          // the first line has the names of the columns
+    std::uint64_t skipped_lines = 0; // before the header
+    bool ignores_errors = false;     // bad rows are left out and counted
+    std::string encoding;            // as text_input takes it
+};
 
 // A field without quotes and without characters is NULL; "" is the empty string.
 struct csv_field {
@@ -25,72 +37,107 @@ struct csv_field {
 class csv_reader {
   public:
     // Opens the file and reads its header.
-    explicit csv_reader(std::string path);
-    ~csv_reader();
-    csv_reader(const csv_reader&) = delete;
-    csv_reader& operator=(const csv_reader&) = delete;
+    csv_reader(std::string path, const file_options& options, const charset& set);
 
-    // The names in the first line, as their bytes stand in the file.
+    // The names in the first line, as their bytes stand in the file; for a file without a header as many empty names as columns.
     [[nodiscard]] const std::vector<std::string>& header() const { return header_; }
 
-    // Reads the next row behind the header; false at the end of the file. Every row has as many fields as the header.
-    bool next_row();
+    // Reads the next rows behind the header, at least one and at most `most`; none at the end of the file. A row is a number by which its
+    // fields are found until rows are read again. Every row has as many fields as the header.
+    std::span<const std::uint32_t> next_rows(std::uint32_t most);
 
-    // The fields of the row just read; they stay until the next one is read.
-    [[nodiscard]] const std::vector<csv_field>& fields() const { return fields_; }
+    // A field of a row just read; stays until the next one with quotes inside its quotes is asked for.
+    [[nodiscard]] csv_field field(std::uint32_t row, std::size_t column) {
+        return field_at(row + static_cast<std::uint32_t>(column), column + 1 == header_.size());
+    }
 
-    // The number of rows read, which is the number of the current row counted from 1 behind the header.
-    [[nodiscard]] std::uint64_t row_number() const { return row_number_; }
+    // The line in which a row just read begins.
+    [[nodiscard]] std::uint64_t line_of(std::uint32_t row) const { return line_at(begin_of(row)); }
 
-    // The line in which that row begins.
-    [[nodiscard]] std::uint64_t row_line() const { return row_line_; }
+    // Whether all rows just read are ASCII.
+    [[nodiscard]] bool is_ascii() const { return index_.is_ascii; }
 
-    // Whether the file can be read more than once, unlike a pipe.
-    [[nodiscard]] bool can_rewind() const { return can_rewind_; }
+    // Counts a row as bad where errors are ignored, otherwise fails: its line, what is wrong with it, and the column
+    // where it is one.
+    void report_bad_row(std::uint64_t line, std::string_view message, std::string_view column = {});
 
-    // Goes back to the first row behind the header.
+    // Goes back to the first row. Can be done for what is no file once, as long as stop_keeping has not been called.
     void rewind();
+    // Nothing will be read again.
+    void stop_keeping() { input_.stop_keeping(); }
+    [[nodiscard]] bool is_file() const { return input_.file().can_rewind(); }
 
-    [[nodiscard]] const std::string& path() const { return path_; }
-    [[nodiscard]] std::uint64_t bytes_read() const { return bytes_read_; }
-    [[nodiscard]] std::uint64_t file_size() const { return file_size_; } // 0 where it is not known
+    [[nodiscard]] const std::string& path() const { return input_.file().path(); }
+    [[nodiscard]] std::uint64_t bytes_read() const { return input_.file().bytes_read(); }
+    [[nodiscard]] std::uint64_t file_size() const { return input_.file().size(); } // 0 where it is not known
+    // Characters read since the beginning, in bytes, unpacked.
+    [[nodiscard]] std::uint64_t text_read() const { return text_read_; }
+
+    // The rows left out, and why the first of them was; none where errors are not ignored.
+    [[nodiscard]] std::uint64_t bad_rows() const { return bad_rows_; }
+    [[nodiscard]] const std::string& first_bad_row() const { return first_bad_row_; }
+
+    // What has to be said of the delimiter that was found, if anything.
+    [[nodiscard]] const std::string& doubt() const { return doubt_; }
 
   private:
     void begin();
-    bool refill();
-    bool read_fields();
-    void finish_last_row();
-    bool take_segment();
-    void check_header();
-    [[noreturn]] void fail_in_line(std::uint64_t line, std::string_view message) const;
+    void skip_lines();
+    [[nodiscard]] bool is_part_of_characters(char byte) const;
+    void find_delimiter();
+    void read_header();
+    void read_more();
+    void rescan();
+    bool find_line();
+    void report_fault();
+    void drop_bytes(std::size_t position, std::uint64_t lines);
+    void drop_lines();
+    void drop_first_line();
+    [[nodiscard]] std::string_view text() const { return {bytes_.get(), filled_}; }
+    [[nodiscard]] std::uint32_t first_field(std::uint32_t line) const { return line == 0 ? 0 : index_.line_fields[line - 1]; }
+    [[nodiscard]] std::uint32_t begin_of(std::uint32_t field) const { return index_.ends[field] + 1; }
+    [[nodiscard]] std::uint32_t end_of(std::uint32_t field, bool ends_line) const {
+        const std::uint32_t end = index_.ends[field + 1];
+        const bool is_line_feed = ends_line && end > begin_of(field) && end < filled_ && bytes_.get()[end] == '\n';
+        return is_line_feed && bytes_.get()[end - 1] == '\r' ? end - 1 : end;
+    }
+    [[nodiscard]] csv_field field_at(std::uint32_t field, bool ends_line) {
+        const std::uint32_t begin = begin_of(field);
+        const std::string_view found(bytes_.get() + begin, end_of(field, ends_line) - begin);
+        if (!found.empty() && found.front() == '"') {
+            return {.text = without_quotes(found), .is_null = false};
+        }
+        return {.text = found, .is_null = found.empty()};
+    }
+    [[nodiscard]] std::string_view without_quotes(std::string_view quoted);
+    [[nodiscard]] bool is_blank(std::uint32_t line) const;
+    [[nodiscard]] std::uint64_t line_at(std::size_t position) const;
 
-    static void on_field(void* bytes, std::size_t length, void* reader);
-    static void on_row(int terminator, void* reader);
+    struct releaser {
+        void operator()(char* bytes) const { std::free(bytes); }
+    };
 
-    std::string path_;
-    int file_ = -1;
-    bool can_rewind_ = false;
-    std::uint64_t file_size_ = 0;
-    csv_parser parser_{};
-    bool parser_ready_ = false;
+    text_input input_;
+    file_options options_;
+    const charset& charset_;
+    char delimiter_ = ',';
+    std::string doubt_;
 
-    std::vector<char> buffer_;
-    std::size_t position_ = 0; // of the next byte to parse in the buffer
+    std::unique_ptr<char, releaser> bytes_; // at a multiple of 64
+    std::size_t capacity_ = 0;
     std::size_t filled_ = 0;
-    std::uint64_t bytes_read_ = 0;
     bool at_end_ = false;
+    std::uint64_t text_read_ = 0;
 
-    std::uint64_t lines_ = 0; // ended so far
-    bool after_carriage_return_ = false;
+    line_index index_;               // of all bytes
+    std::uint32_t line_ = 0;         // of the index, the next to read
+    std::uint64_t lines_before_ = 0; // of the file, before the bytes
 
-    std::uint64_t row_line_ = 0; // where the current row begins
-    std::size_t row_size_ = 0;   // bytes parsed of it
-    bool row_ended_ = false;
-    std::string row_bytes_;
-    std::vector<std::size_t> field_ends_;
-    std::vector<csv_field> fields_;
+    std::vector<std::uint32_t> rows_;
+    std::string unquoted_;
     std::vector<std::string> header_;
-    std::uint64_t row_number_ = 0;
+    std::uint64_t bad_rows_ = 0;
+    std::string first_bad_row_;
 };
 
 } // namespace host

@@ -9,6 +9,7 @@
 #include "engine/charset.h"
 #include "engine/columns.h"
 #include "host/near_names.h"
+#include "host/tables/plain_values.h"
 #include "host/values/value_text.h"
 
 namespace host {
@@ -35,15 +36,16 @@ constexpr named_type named_types[] = {
 };
 
 constexpr std::uint32_t longest_char = 32767;
+constexpr std::size_t longest_plain_text = std::size_t{1} << 20;
 
 const std::uint8_t* bytes_of(std::string_view text) { return reinterpret_cast<const std::uint8_t*>(text.data()); }
 
-field_fault store_text(const column_type& type, const charset& set, std::string_view text, zqengine::column_storage& column,
+field_fault store_text(const column_type& type, const charset& set, bool is_ascii, std::string_view text, zqengine::column_storage& column,
                        std::uint32_t row) {
     if (text.size() > std::numeric_limits<std::uint32_t>::max()) {
         return field_fault::too_long;
     }
-    if (!is_valid_text(set, text)) {
+    if (!is_ascii && !is_valid_text(set, text)) {
         return field_fault::invalid_text;
     }
     blank_counted_text value = count_trailing_blanks(text);
@@ -107,8 +109,15 @@ std::optional<column_type> find_column_type(std::string_view text) {
     return found == std::end(named_types) ? std::nullopt : std::optional(column_type{.type = found->type});
 }
 
-field_fault store_field(const column_type& type, const session_settings& settings, std::string_view text, zqengine::column_storage& column,
+namespace {
+
+// Any field that is not NULL, as its type's general reader reads it.
+field_fault store_field(const field_storing& storing, std::string_view text, bool is_ascii, zqengine::column_storage& column,
                         std::uint32_t row) {
+    const column_type& type = storing.type;
+    if (storing.sampled && type_of_fields(*storing.sampled | classify_field(text)) != type.type) {
+        return field_fault::not_as_sampled;
+    }
     bool read = false;
     switch (type.type) {
     case sql_type::integer:
@@ -128,7 +137,7 @@ field_fault store_field(const column_type& type, const session_settings& setting
     case sql_type::timestamp:
     case sql_type::time_with_zone:
     case sql_type::timestamp_with_zone:
-        read = read_datetime(text, type.type, settings.time_zone(), zqengine::values_of<zqtime>(column)[row]);
+        read = read_datetime(text, type.type, storing.settings.time_zone(), zqengine::values_of<zqtime>(column)[row]);
         break;
     case sql_type::interval_ym:
         read = read_interval(text, type.fields, zqengine::values_of<bifun_interval_ym>(column)[row]);
@@ -137,9 +146,73 @@ field_fault store_field(const column_type& type, const session_settings& setting
         read = read_interval(text, type.fields, zqengine::values_of<bifun_interval_dt>(column)[row]);
         break;
     default:
-        return store_text(type, *settings.text_charset, text, column, row);
+        return store_text(type, *storing.settings.text_charset, is_ascii, text, column, row);
     }
     return read ? field_fault::none : has_too_many_digits(type, text) ? field_fault::too_many_digits : field_fault::not_of_type;
+}
+
+// `store_plain` stores a text as row `row`, or is false for what is left to store_field.
+template <class StorePlain>
+std::size_t store_all(const field_storing& storing, csv_reader& reader, std::span<const std::uint32_t> rows, std::size_t column,
+                      zqengine::column_storage& values, std::uint32_t first_row, field_fault& fault, StorePlain store_plain) {
+    const bool is_ascii = reader.is_ascii();
+    std::uint8_t* const known = values.data.null_flags + first_row;
+    for (std::size_t i = 0; i < rows.size(); ++i) {
+        const csv_field field = reader.field(rows[i], column);
+        known[i] = field.is_null ? 0 : 1;
+        if (field.is_null) {
+            values.column.no_nulls = 0;
+            continue;
+        }
+        const std::uint32_t row = first_row + static_cast<std::uint32_t>(i);
+        if (!store_plain(field.text, row)) [[unlikely]] {
+            fault = store_field(storing, field.text, is_ascii, values, row);
+            if (fault != field_fault::none) {
+                return i;
+            }
+        }
+    }
+    return rows.size();
+}
+
+} // namespace
+
+std::size_t store_fields(const field_storing& storing, csv_reader& reader, std::span<const std::uint32_t> rows, std::size_t column,
+                         zqengine::column_storage& values, std::uint32_t first_row, field_fault& fault) {
+    const auto store = [&](auto store_plain) { return store_all(storing, reader, rows, column, values, first_row, fault, store_plain); };
+    const auto store_numbers = [&](auto* numbers) {
+        return store([numbers](std::string_view text, std::uint32_t row) { return plain_values::read_value(text, numbers[row]); });
+    };
+    switch (storing.type.type) {
+    case sql_type::integer:
+        return store_numbers(zqengine::values_of<std::int32_t>(values));
+    case sql_type::bigint:
+        return store_numbers(zqengine::values_of<std::int64_t>(values));
+    case sql_type::double_precision:
+        return store_numbers(zqengine::values_of<double>(values));
+    case sql_type::decimal:
+        return store_numbers(zqengine::values_of<xdec>(values));
+    case sql_type::date:
+        return store([dates = zqengine::values_of<zqtime>(values)](std::string_view text, std::uint32_t row) {
+            return plain_values::read_date_value(text, dates[row]);
+        });
+    case sql_type::timestamp:
+        return store([times = zqengine::values_of<zqtime>(values)](std::string_view text, std::uint32_t row) {
+            return plain_values::read_timestamp_value(text, times[row]);
+        });
+    case sql_type::varchar:
+        // Text with blanks at the end is stored by the general way, which counts them; text that has been sampled may only be so by chance.
+        if (reader.is_ascii() && !storing.type.characters && (!storing.sampled || *storing.sampled != 0)) {
+            return store([&values](std::string_view text, std::uint32_t row) {
+                return !text.ends_with(' ') && text.size() <= longest_plain_text &&
+                       bdta3_col_assign_str(nullptr, nullptr, &values.column, row, bytes_of(text), static_cast<std::uint32_t>(text.size()),
+                                            0) == 0;
+            });
+        }
+        [[fallthrough]];
+    default:
+        return store([](std::string_view, std::uint32_t) { return false; });
+    }
 }
 
 } // namespace host

@@ -5,11 +5,14 @@
 
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 
 #include "embedded/columns/column_storage.h"
 #include "host/session/settings.h"
+#include "host/tables/csv_file.h"
+#include "host/tables/type_inference.h"
 #include "host/values/interval_text.h"
 #include "host/values/sql_type.h"
 
@@ -30,11 +33,20 @@ constexpr std::string_view column_type_names = "INT, BIGINT, DECIMAL, DOUBLE, DA
                                                "TIME ZONE, INTERVAL with its fields (such as "
                                                "INTERVAL DAY TO SECOND), CHAR(n) and VARCHAR";
 
-enum class field_fault : std::uint8_t { none, not_of_type, too_many_digits, too_long, invalid_text, out_of_memory };
+enum class field_fault : std::uint8_t { none, not_of_type, not_as_sampled, too_many_digits, too_long, invalid_text, out_of_memory };
 
-// Stores a field that is not NULL as row `row` of a column of its type.
-field_fault store_field(const column_type& type, const session_settings& settings, std::string_view text, zqengine::column_storage& column,
-                        std::uint32_t row);
+// How the fields of a column are stored.
+struct field_storing {
+    column_type type;
+    // What a part of the file has shown, where the type comes from there: a field that with these would have given another type is a fault.
+    std::optional<field_kinds> sampled;
+    const session_settings& settings;
+};
+
+// Stores the fields of one column of rows just read as the rows from `first_row` on. Returns the number of rows stored: less than those
+// given where the field behind them has a fault.
+std::size_t store_fields(const field_storing& storing, csv_reader& reader, std::span<const std::uint32_t> rows, std::size_t column,
+                         zqengine::column_storage& values, std::uint32_t first_row, field_fault& fault);
 
 } // namespace host
 

@@ -2,6 +2,9 @@
 #include "host/tables/table.h"
 
 #include <algorithm>
+#include <span>
+#include <unordered_map>
+#include <unordered_set>
 
 #include "host/near_names.h"
 #include "host/program_error.h"
@@ -22,48 +25,69 @@ std::string shown_field(const charset& set, std::string_view text) {
     return to_utf8_with_replacements(set, text.substr(0, longest)) + (text.size() > longest ? "..." : "");
 }
 
-[[noreturn]] void fail_in_field(const table& source, const table_column& column, std::string_view text, field_fault fault) {
-    const std::string place = fmt::format("{}, line {}, column {}", source.reader.path(), source.reader.row_line(), column.name);
-    const std::string type = column_type_name(column.type);
+// What is wrong with a field, as it stands behind the column.
+std::string describe_fault(const table& source, const table_column& column, std::string_view text, field_fault fault) {
     const charset& set = *source.settings->text_charset;
+    const std::string type = column_type_name(column.type);
+    const std::string shown = fmt::format("\"{}\"", shown_field(set, text));
     switch (fault) {
     case field_fault::invalid_text:
-        fail("{}: \"{}\" is not valid {}; name the file's character set with --set charset=NAME", place, shown_field(set, text), set.name);
+        return fmt::format("{} is not valid {}; name the file's encoding with --encoding NAME", shown, set.name);
     case field_fault::too_long:
-        fail("{}: \"{}\" does not fit {}; give the column a longer type with --types", place, shown_field(set, text), type);
+        return fmt::format("{} does not fit {}; give the column a longer type with --types", shown, type);
     case field_fault::too_many_digits:
-        fail("{}: \"{}\" has more digits than {} keeps; give the column another type with --types, such as {}:VARCHAR", place,
-             shown_field(set, text), type, column.name);
+        return fmt::format("{} has more digits than {} keeps; give the column another type with --types, such as {}:VARCHAR", shown, type,
+                           column.name);
+    case field_fault::not_as_sampled: {
+        const sql_type wider = type_of_fields(*column.sampled | classify_field(text));
+        return fmt::format("{} is not of type {}, which the rows at the beginning of the file gave; give the column its type with --types, "
+                           "such as {}:{}, or have the whole file decide with --sample all",
+                           shown, *column.sampled == 0 ? "NULL" : type, column.name, sql_type_name(wider));
+    }
     case field_fault::out_of_memory:
-        fail("{}: out of memory", place);
+        return fmt::format("{}: out of memory", shown);
     default:
-        fail("{}: \"{}\" is not of type {}; give the column another type with --types, such as {}:VARCHAR", place, shown_field(set, text),
-             type, column.name);
+        return fmt::format("{} is not of type {}; give the column another type with --types, such as {}:VARCHAR", shown, type, column.name);
+    }
+}
+
+// Every column gets a name of its own: a, a_2, a_3; those without one are called by their place.
+void complete_names(std::vector<table_column>& columns) {
+    std::unordered_set<std::string> taken;
+    for (const table_column& column : columns) {
+        taken.insert(column.name);
+    }
+    std::unordered_set<std::string> seen;
+    std::unordered_map<std::string, std::uint64_t> last_numbers;
+    for (std::size_t i = 0; i < columns.size(); ++i) {
+        std::string& name = columns[i].name;
+        const bool is_unnamed = name.empty();
+        const std::string wanted = is_unnamed ? fmt::format("column_{}", i + 1) : name;
+        if (is_unnamed ? taken.insert(wanted).second : seen.insert(wanted).second) {
+            name = wanted;
+            continue;
+        }
+        std::uint64_t& number = last_numbers.try_emplace(wanted, 1).first->second;
+        do {
+            name = fmt::format("{}_{}", wanted, ++number);
+        } while (!taken.insert(name).second);
     }
 }
 
 } // namespace
 
-std::string table_name_of(std::string_view path) {
-    const std::size_t slash = path.rfind('/');
-    std::string_view name = slash == std::string_view::npos ? path : path.substr(slash + 1);
-    constexpr std::string_view extension = ".csv";
-    if (name.size() > extension.size() && equal_ignoring_case(name.substr(name.size() - extension.size()), extension)) {
-        name.remove_suffix(extension.size());
-    }
-    return std::string(name);
-}
-
-std::unique_ptr<table> open_table(const std::string& path, const session_settings& settings) {
-    std::unique_ptr<table> opened(new table{.reader = csv_reader(path), .settings = &settings, .columns = {}});
+std::unique_ptr<table> open_table(const std::string& path, const file_options& options, const session_settings& settings) {
     const charset& set = *settings.text_charset;
+    std::unique_ptr<table> opened(
+        new table{.reader = {path, options, set}, .settings = &settings, .ignores_errors = options.ignores_errors, .columns = {}});
     for (const std::string& name : opened->reader.header()) {
         const std::optional<std::string> converted = to_utf8(set, name);
         if (!converted) {
-            fail("{}: the header is not valid {}; name the file's character set with --set charset=NAME", path, set.name);
+            fail("{}: the header is not valid {}; name the file's encoding with --encoding NAME", path, set.name);
         }
-        opened->columns.push_back({.name = *converted, .type = {}, .needed = false, .values = {}});
+        opened->columns.push_back({.name = *converted, .type = {}, .values = {}});
     }
+    complete_names(opened->columns);
     return opened;
 }
 
@@ -89,7 +113,7 @@ given_types parse_types(std::string_view text) {
     return types;
 }
 
-void resolve_types(table& source, const given_types& given, progress_bar& progress) {
+void resolve_types(table& source, const given_types& given, type_sample sample, progress_bar& progress) {
     std::vector<bool> unknown;
     std::ranges::transform(source.columns, std::back_inserter(unknown), &table_column::needed);
     for (const auto& item : given) {
@@ -105,17 +129,16 @@ void resolve_types(table& source, const given_types& given, progress_bar& progre
         unknown[static_cast<std::size_t>(found - source.columns.begin())] = false;
     }
     if (std::ranges::find(unknown, true) == unknown.end()) {
+        source.reader.stop_keeping();
         return;
     }
-    if (!source.reader.can_rewind()) {
-        fail("{}: this can be read only once, so give the types of all columns that the query uses with --types", source.reader.path());
-    }
     progress.begin("reading types", false);
-    const std::vector<sql_type> inferred = infer_types(source.reader, unknown, progress);
+    const found_kinds found = find_kinds(source.reader, unknown, source.reader.is_file() ? sample.of_files : sample.of_pipes, progress);
     progress.clear();
     for (std::size_t i = 0; i < source.columns.size(); ++i) {
         if (unknown[i]) {
-            source.columns[i].type = {.type = inferred[i]};
+            source.columns[i].type = {.type = type_of_fields(found.of_columns[i])};
+            source.columns[i].sampled = found.is_whole_file ? std::nullopt : std::optional(found.of_columns[i]);
         }
     }
 }
@@ -131,32 +154,90 @@ void create_columns(table& source, std::uint32_t batch_rows) {
     }
 }
 
-std::uint32_t read_batch(table& source, std::uint32_t most_rows) {
-    std::vector<std::size_t> needed;
+namespace {
+
+using row_numbers = std::span<const std::uint32_t>;
+
+// Stores the columns of rows as those from `first_row` on. The rows with a fault, in their order, are put into `bad`, which ends with the
+// first of them where errors are not ignored: then nothing behind it counts.
+struct bad_row {
+    std::size_t place; // among the rows given
+    std::size_t column;
+    field_fault fault;
+};
+
+void store_rows(table& source, row_numbers rows, std::uint32_t first_row, std::vector<bad_row>& bad) {
+    bad.clear();
     for (std::size_t i = 0; i < source.columns.size(); ++i) {
-        if (source.columns[i].needed) {
-            needed.push_back(i);
-            zqengine::clear_column(*source.columns[i].values);
-            source.columns[i].values->column.no_nulls = 1;
+        table_column& column = source.columns[i];
+        if (!column.needed) {
+            continue;
+        }
+        const field_storing storing{.type = column.type, .sampled = column.sampled, .settings = *source.settings};
+        for (std::size_t begin = 0; begin < rows.size();) {
+            auto fault = field_fault::none;
+            begin += store_fields(storing, source.reader, rows.subspan(begin), i, *column.values,
+                                  first_row + static_cast<std::uint32_t>(begin), fault);
+            if (fault != field_fault::none) {
+                bad.push_back({begin, i, fault});
+                rows = source.ignores_errors ? rows : rows.first(begin);
+                ++begin;
+            }
         }
     }
-    std::uint32_t row = 0;
-    for (; row < most_rows && source.reader.next_row(); ++row) {
-        for (const std::size_t i : needed) {
-            const csv_field& field = source.reader.fields()[i];
-            zqengine::column_storage& values = *source.columns[i].values;
-            values.data.null_flags[row] = field.is_null ? 0 : 1;
-            if (field.is_null) {
-                values.column.no_nulls = 0;
+}
+
+void report_bad_row(table& source, std::uint32_t row, const bad_row& bad) {
+    const table_column& column = source.columns[bad.column];
+    const std::string_view text = source.reader.field(row, bad.column).text;
+    const std::string message = describe_fault(source, column, text, bad.fault);
+    const std::uint64_t line = source.reader.line_of(row);
+    // This is no bad row, whatever becomes of those.
+    if (bad.fault == field_fault::not_as_sampled) {
+        throw type_not_as_sampled(fmt::format("{}, line {}, column {}: {}", source.reader.path(), line, column.name, message));
+    }
+    source.reader.report_bad_row(line, message, column.name);
+}
+
+} // namespace
+
+std::uint32_t read_batch(table& source, std::uint32_t most_rows) {
+    for (table_column& column : source.columns) {
+        if (column.needed) {
+            zqengine::clear_column(*column.values);
+            column.values->column.no_nulls = 1;
+        }
+    }
+    std::uint32_t stored = 0;
+    std::vector<bad_row> bad;
+    std::vector<std::uint32_t> good;
+    while (stored < most_rows) {
+        const row_numbers rows = source.reader.next_rows(most_rows - stored);
+        if (rows.empty()) {
+            break;
+        }
+        store_rows(source, rows, stored, bad);
+        if (bad.empty()) {
+            stored += static_cast<std::uint32_t>(rows.size());
+            continue;
+        }
+        // Without `ignores_errors`, each column ended before the row with a fault that those before it had found.
+        std::ranges::stable_sort(bad, {}, &bad_row::place);
+        good.clear();
+        for (std::size_t place = 0, next = 0; place < rows.size(); ++place) {
+            if (next == bad.size() || bad[next].place != place) {
+                good.push_back(rows[place]);
                 continue;
             }
-            const field_fault fault = store_field(source.columns[i].type, *source.settings, field.text, values, row);
-            if (fault != field_fault::none) {
-                fail_in_field(source, source.columns[i], field.text, fault);
+            report_bad_row(source, rows[place], bad[next]);
+            while (next < bad.size() && bad[next].place == place) {
+                ++next;
             }
         }
+        store_rows(source, good, stored, bad);
+        stored += static_cast<std::uint32_t>(good.size());
     }
-    return row;
+    return stored;
 }
 
 } // namespace host

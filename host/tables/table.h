@@ -5,12 +5,14 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
 
 #include "host/output/progress_bar.h"
+#include "host/program_error.h"
 #include "host/session/settings.h"
 #include "host/tables/csv_file.h"
 #include "host/tables/field_value.h"
@@ -21,21 +23,21 @@ namespace host {
 struct table_column {
     std::string name; // in UTF-8
     column_type type;
-    bool needed = false;             // by the query: only such columns have a type that counts, and values
-    zqengine::column_pointer values; // of the batch in hand
+    std::optional<field_kinds> sampled{}; // where the type was found in the first part of the file alone
+    bool needed = false;                  // by the query: only such columns have a type that counts, and values
+    zqengine::column_pointer values;      // of the batch in hand
 };
 
 struct table {
     csv_reader reader;
     const session_settings* settings;
+    bool ignores_errors;
     std::vector<table_column> columns;
 };
 
-// The name of a file's table: its base name without the extension .csv.
-std::string table_name_of(std::string_view path);
-
-// Opens the file and reads its header. The table refers to the settings.
-std::unique_ptr<table> open_table(const std::string& path, const session_settings& settings);
+// Opens the file and reads its header. A column without a name is column_3, by its place, and a second one named a is a_2. The table refers
+// to the settings.
+std::unique_ptr<table> open_table(const std::string& path, const file_options& options, const session_settings& settings);
 
 // The types that a user gives: column name and type.
 using given_types = std::vector<std::pair<std::string, column_type>>;
@@ -43,14 +45,28 @@ using given_types = std::vector<std::pair<std::string, column_type>>;
 // Reads "name:CHAR(10),price:DECIMAL".
 given_types parse_types(std::string_view text);
 
-// Marks the columns that a query needs, gives them the types given, and reads the file for those of the others. No column may be
-// given that the table does not have.
-void resolve_types(table& source, const given_types& given, progress_bar& progress);
+// How much of a file decides the types of its columns: its first bytes, more of a file that can be read again than of what is kept in
+// memory for it.
+struct type_sample {
+    std::uint64_t of_files = std::uint64_t{32} << 20;
+    std::uint64_t of_pipes = std::uint64_t{4} << 20;
+};
+constexpr std::uint64_t whole_file = UINT64_MAX;
+
+// Gives the needed columns the types given, and reads the file for those of the others. No column may be given that the table does not
+// have.
+void resolve_types(table& source, const given_types& given, type_sample sample, progress_bar& progress);
 
 // Makes room for the values of the needed columns.
 void create_columns(table& source, std::uint32_t batch_rows);
 
-// Reads up to `most_rows` rows into the needed columns and returns how many there were; 0 at the end of the file.
+// A field that the sampled part of its file has given the wrong type. Read as a whole, the file has the right one.
+struct type_not_as_sampled : program_error {
+    using program_error::program_error;
+};
+
+// Reads up to `most_rows` rows into the needed columns and returns how many there were; 0 at the end of the file. A field that does not fit
+// its column's type is an error, or where errors are ignored, its row is left out; type_not_as_sampled is an error in any case.
 std::uint32_t read_batch(table& source, std::uint32_t most_rows);
 
 } // namespace host

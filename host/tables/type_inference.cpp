@@ -4,6 +4,7 @@
 #include <charconv>
 
 #include "engine/decimal.h"
+#include "host/tables/plain_values.h"
 #include "host/values/value_text.h"
 
 namespace host {
@@ -47,6 +48,14 @@ field_kinds classify_number(std::string_view text, const number_shape& shape) {
 } // namespace
 
 field_kinds classify_field(std::string_view text) {
+    std::int32_t plain = 0;
+    if (plain_values::read_value(text, plain)) {
+        return integer_field;
+    }
+    zqtime value;
+    if (plain_values::read_date_value(text, value) || plain_values::read_timestamp_value(text, value)) {
+        return text.size() == plain_values::date_length ? date_field : timestamp_field;
+    }
     const std::string_view trimmed = without_blanks_around(text);
     const number_shape shape = shape_of_number(trimmed);
     if (shape.is_number) {
@@ -56,7 +65,6 @@ field_kinds classify_field(std::string_view text) {
     if (trimmed.size() < shortest_time || (!is_digit(trimmed[0]) && trimmed[0] != '-')) {
         return text_field;
     }
-    zqtime value;
     switch (read_any_datetime(trimmed, value).value_or(sql_type::varchar)) {
     case sql_type::date:
         return date_field;
@@ -99,24 +107,26 @@ sql_type type_of_fields(field_kinds kinds) {
     }
 }
 
-std::vector<sql_type> infer_types(csv_reader& reader, const std::vector<bool>& wanted, progress_bar& progress) {
-    std::vector<field_kinds> kinds(wanted.size(), 0);
-    while (reader.next_row()) {
-        const std::vector<csv_field>& fields = reader.fields();
-        for (std::size_t i = 0; i < fields.size(); ++i) {
-            if (wanted[i] && !fields[i].is_null && (kinds[i] & text_field) == 0) {
-                kinds[i] |= classify_field(fields[i].text);
+found_kinds find_kinds(csv_reader& reader, const std::vector<bool>& wanted, std::uint64_t most_text, progress_bar& progress) {
+    found_kinds found{.of_columns = std::vector<field_kinds>(wanted.size(), 0), .is_whole_file = false};
+    constexpr std::uint32_t most_rows = 1024;
+    std::uint64_t row_count = 0;
+    while (reader.text_read() <= most_text && !found.is_whole_file) {
+        const std::span<const std::uint32_t> rows = reader.next_rows(most_rows);
+        found.is_whole_file = rows.empty();
+        for (std::size_t i = 0; i < wanted.size(); ++i) {
+            field_kinds kinds = found.of_columns[i];
+            for (std::size_t r = 0; wanted[i] && (kinds & text_field) == 0 && r < rows.size(); ++r) {
+                const csv_field field = reader.field(rows[r], i);
+                kinds |= field.is_null ? 0U : classify_field(field.text);
             }
+            found.of_columns[i] = kinds;
         }
-        progress.update(reader.bytes_read(), reader.file_size(), reader.row_number());
+        row_count += rows.size();
+        progress.update(reader.bytes_read(), reader.file_size(), row_count);
     }
     reader.rewind();
-    std::vector<sql_type> types;
-    types.reserve(kinds.size());
-    for (const field_kinds of_column : kinds) {
-        types.push_back(type_of_fields(of_column));
-    }
-    return types;
+    return found;
 }
 
 } // namespace host

@@ -40,8 +40,14 @@ field_kinds classify_field(std::string_view text);
 // would change, and where every field is NULL.
 sql_type type_of_fields(field_kinds kinds);
 
-// Reads a whole file and rewinds it. One type per column; columns that are not `wanted` are VARCHAR.
-std::vector<sql_type> infer_types(csv_reader& reader, const std::vector<bool>& wanted, progress_bar& progress);
+// What the rows of a file show, or those that begin within its first `most_text` bytes.
+struct found_kinds {
+    std::vector<field_kinds> of_columns; // 0 for those that are not wanted
+    bool is_whole_file;
+};
+
+// Reads the rows and rewinds the file.
+found_kinds find_kinds(csv_reader& reader, const std::vector<bool>& wanted, std::uint64_t most_text, progress_bar& progress);
 
 } // namespace host
 

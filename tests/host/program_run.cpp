@@ -37,12 +37,13 @@ void scratch_directory::write(const std::string& name, const std::string& text) 
     std::ofstream(path / name, std::ios::binary) << text;
 }
 
-run_result scratch_directory::run(const arguments& words, const std::string& output) const {
-    std::string command = joined({"cd '", path.string(), "' && ", BIFUN_PROGRAM_COMMAND});
+run_result scratch_directory::run(const arguments& words, const std::string& output, const std::string& input) const {
+    const std::string piped = input.empty() ? "" : joined({"cat '", input, "' | "});
+    std::string command = joined({"cd '", path.string(), "' && ", piped, BIFUN_PROGRAM_COMMAND});
     for (const std::string& word : words) {
         command += joined({" '", replaced(word, "'", "'\\''"), "'"});
     }
-    const int wait_status = std::system(joined({command, " </dev/null >", output, " 2>err"}).c_str());
+    const int wait_status = std::system(joined({command, input.empty() ? " </dev/null" : "", " >", output, " 2>err"}).c_str());
     return {read_file(path / "out"), read_file(path / "err"), WIFEXITED(wait_status) ? WEXITSTATUS(wait_status) : -1};
 }
 

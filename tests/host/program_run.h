@@ -38,8 +38,8 @@ struct scratch_directory {
 
     void write(const std::string& name, const std::string& text) const;
 
-    // `output` is where the shell is to send the program's standard output.
-    [[nodiscard]] run_result run(const arguments& words, const std::string& output = "out") const;
+    // `output` is where the shell is to send the program's standard output; `input`, unless it is empty, a file that goes to it by a pipe.
+    [[nodiscard]] run_result run(const arguments& words, const std::string& output = "out", const std::string& input = {}) const;
 };
 
 // Expects this output of a query, and this message behind "bifun: " if any, of which ` ...` stands for any rest. `file`, unless it is

@@ -246,8 +246,6 @@ TEST(Program, FileErrors) {
     const std::string read = "SELECT a FROM t";
     expect_failure("", query, "t.csv: No such file or directory; check the file's name ...", {"t.csv"});
     expect_failure("\n", query, "t.csv: the file is empty; its first line must name the columns");
-    expect_failure("a,\n1,2\n", query, "t.csv, line 1: column 2 has no name; ...");
-    expect_failure("a,b,a\n", query, "t.csv, line 1: two columns are named a; ...");
     expect_failure("a,b\n\"x\ny\",1\n3\n", query, "t.csv, line 4: the header has 2 fields and this row 1; ...");
     expect_failure("a,b\n1,2\n3,\"x\n\n", query, "t.csv, line 3: the row that begins here has a quote that is never closed");
     expect_failure("a\nx\ny\"z\n", query, "t.csv, line 3: a quote stands inside a field, or text behind a closing quote; ...");

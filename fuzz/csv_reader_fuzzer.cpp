@@ -1,0 +1,218 @@
+// Bytes as a CSV file. Behind an even byte they are a file as it is, packed or encoded perhaps, which must come through without a fault of
+// memory. Behind an odd one they are text, of which the reader must make the rows, the NULLs and the error that a reader makes which goes
+// byte by byte; plain values must be what the general readers make of them.
+#include <cstdint>
+#include <cstring>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include "fuzz/require.h"
+#include "host/program_error.h"
+#include "host/tables/csv_file.h"
+#include "host/tables/plain_values.h"
+#include "host/tables/type_inference.h"
+#include "host/values/value_text.h"
+
+namespace {
+
+struct expected_field {
+    std::string text;
+    bool is_null;
+};
+
+struct expected_row {
+    std::uint64_t line;
+    std::vector<expected_field> fields;
+};
+
+struct expected_rows {
+    std::vector<expected_row> rows;
+    std::optional<std::uint64_t> error_line; // behind the last of them
+};
+
+// Goes through the text byte by byte.
+struct byte_parser {
+    std::string_view text;
+    char delimiter;
+    std::size_t at = 0;
+    std::uint64_t line = 1;
+
+    [[nodiscard]] bool at_end() const { return at == text.size(); }
+    [[nodiscard]] bool at_line_end() const { return at_end() || text[at] == '\n' || text[at] == '\r'; }
+    // Takes a byte, or both of CR LF.
+    std::string_view take() {
+        const bool is_pair = text[at] == '\r' && at + 1 < text.size() && text[at + 1] == '\n';
+        const std::string_view taken = text.substr(at, is_pair ? 2 : 1);
+        line += taken[0] == '\n' || taken[0] == '\r' ? 1 : 0;
+        at += taken.size();
+        return taken;
+    }
+};
+
+// False where the field has an error, whose line is then the parser's or, where a quote is not closed, that of the row.
+bool parse_field(byte_parser& parser, expected_field& field, bool& unclosed) {
+    if (parser.at_end() || parser.text[parser.at] != '"') {
+        while (!parser.at_line_end() && parser.text[parser.at] != parser.delimiter) {
+            if (parser.text[parser.at] == '"') {
+                return false;
+            }
+            field.text += parser.take();
+        }
+        field.is_null = field.text.empty();
+        return true;
+    }
+    field.is_null = false;
+    parser.take();
+    for (;;) {
+        if (parser.at_end()) {
+            unclosed = true;
+            return false;
+        }
+        if (parser.text[parser.at] != '"') {
+            field.text += parser.take();
+            continue;
+        }
+        parser.take();
+        if (parser.at_end() || parser.text[parser.at] != '"') {
+            return parser.at_line_end() || parser.text[parser.at] == parser.delimiter;
+        }
+        field.text += parser.take();
+    }
+}
+
+expected_rows parse(std::string_view text, char delimiter) {
+    byte_parser parser{.text = text, .delimiter = delimiter};
+    expected_rows made;
+    while (!parser.at_end()) {
+        expected_row row{.line = parser.line, .fields = {}};
+        const std::size_t begin = parser.at;
+        for (;;) {
+            bool unclosed = false;
+            if (!parse_field(parser, row.fields.emplace_back(), unclosed)) {
+                made.error_line = unclosed ? row.line : parser.line;
+                return made;
+            }
+            if (parser.at_line_end()) {
+                break;
+            }
+            parser.take();
+        }
+        const bool blank = parser.at == begin;
+        if (!parser.at_end()) {
+            parser.take();
+        }
+        const std::size_t columns = made.rows.empty() ? 0 : made.rows[0].fields.size();
+        if (blank && columns != 1) {
+            continue;
+        }
+        if (columns != 0 && row.fields.size() != columns) {
+            made.error_line = row.line;
+            return made;
+        }
+        made.rows.push_back(std::move(row));
+    }
+    return made;
+}
+
+void check_plain_values(std::string_view text) {
+    const auto check = [text](auto plain, auto general, const auto& read_plain, const auto& read_general) {
+        std::memset(&plain, 0, sizeof plain);
+        std::memset(&general, 0, sizeof general);
+        if (read_plain(text, plain)) {
+            require(read_general(text, general) && std::memcmp(&plain, &general, sizeof plain) == 0);
+        }
+    };
+    const auto read_plain = [](std::string_view t, auto& value) { return host::plain_values::read_value(t, value); };
+    const auto read_number = [](std::string_view t, auto& value) { return host::read_number(t, value); };
+    check(std::int32_t{}, std::int32_t{}, read_plain, read_number);
+    check(std::int64_t{}, std::int64_t{}, read_plain, read_number);
+    check(double{}, double{}, read_plain, read_number);
+    check(xdec{}, xdec{}, read_plain, host::read_decimal);
+    check(zqtime{}, zqtime{}, host::plain_values::read_date_value,
+          [](std::string_view t, zqtime& value) { return host::read_datetime(t, host::sql_type::date, 0, value); });
+    check(zqtime{}, zqtime{}, host::plain_values::read_timestamp_value,
+          [](std::string_view t, zqtime& value) { return host::read_datetime(t, host::sql_type::timestamp, 0, value); });
+}
+
+struct memory_file {
+    int file;
+    std::string path;
+
+    explicit memory_file(std::string_view bytes) : file(memfd_create("fuzzed.csv", 0)), path("/proc/self/fd/" + std::to_string(file)) {
+        require(write(file, bytes.data(), bytes.size()) == static_cast<ssize_t>(bytes.size()));
+    }
+    ~memory_file() { close(file); }
+    memory_file(const memory_file&) = delete;
+    memory_file& operator=(const memory_file&) = delete;
+};
+
+// What a row says, and whether it was the last.
+bool check_next_row(host::csv_reader& reader, const expected_rows& expected, std::size_t& next) {
+    const auto rows = reader.next_rows(3);
+    for (const std::uint32_t row : rows) {
+        require(next < expected.rows.size() && reader.line_of(row) == expected.rows[next].line);
+        const std::vector<expected_field>& fields = expected.rows[next].fields;
+        for (std::size_t i = 0; i < fields.size(); ++i) {
+            const host::csv_field field = reader.field(row, i);
+            require(field.text == fields[i].text && field.is_null == fields[i].is_null);
+            (void)host::classify_field(field.text);
+            check_plain_values(field.text);
+        }
+        ++next;
+    }
+    return !rows.empty();
+}
+
+void check_text(std::string_view text, char delimiter, const host::charset& set) {
+    // What begins like this is neither packed nor encoded.
+    const std::string file_text = "h" + std::string(text);
+    const expected_rows expected = parse(file_text, delimiter);
+    const memory_file file(file_text);
+    std::size_t next = 1; // behind the header
+    try {
+        host::csv_reader reader(file.path, {.delimiter = delimiter, .encoding = {}}, set);
+        require(!expected.rows.empty() && reader.header().size() == expected.rows[0].fields.size());
+        while (check_next_row(reader, expected, next)) {
+        }
+        require(!expected.error_line && next == expected.rows.size());
+    } catch (const host::program_error& error) {
+        require(expected.error_line && next >= expected.rows.size());
+        require(std::string_view(error.what()).find(", line " + std::to_string(*expected.error_line) + ": ") != std::string_view::npos);
+    }
+}
+
+void read_bytes(std::string_view bytes, bool ignores_errors, const host::charset& set) {
+    const memory_file file(bytes);
+    try {
+        host::csv_reader reader(file.path, {.delimiter = {}, .ignores_errors = ignores_errors, .encoding = {}}, set);
+        for (auto rows = reader.next_rows(100); !rows.empty(); rows = reader.next_rows(100)) {
+            for (const std::uint32_t row : rows) {
+                for (std::size_t i = 0; i < reader.header().size(); ++i) {
+                    (void)host::classify_field(reader.field(row, i).text);
+                }
+            }
+        }
+    } catch (const host::program_error&) {
+        // Most bytes are no file.
+    }
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    const host::charset* const set = host::find_charset("utf-8");
+    if (size > 0) {
+        const std::string_view rest(reinterpret_cast<const char*>(data) + 1, size - 1);
+        if (*data % 2 == 0) {
+            read_bytes(rest, *data % 4 == 0, *set);
+        } else {
+            check_text(rest, ",;\t|"[*data / 2 % 4], *set);
+        }
+    }
+    return 0;
+}

@@ -1,0 +1,91 @@
+#include "host/file_description.h"
+
+#include <functional>
+
+#include "engine/columns.h"
+#include "host/messages.h"
+#include "host/tables/column_description.h"
+
+namespace host {
+namespace {
+
+using bifun::value_type;
+
+// A value of one more row of the result; none is NULL.
+void store_text(zqengine::column_storage& column, std::uint32_t row, const std::optional<std::string>& text) {
+    column.data.null_flags[row] = text ? 1 : 0;
+    const std::string stored = text.value_or("");
+    if (bdta3_col_assign_str(nullptr, nullptr, &column.column, row, reinterpret_cast<const std::uint8_t*>(stored.data()),
+                             static_cast<std::uint32_t>(stored.size()), 0) != 0) {
+        fail("out of memory");
+    }
+}
+
+void store_number(zqengine::column_storage& column, std::uint32_t row, std::optional<std::uint64_t> number) {
+    column.data.null_flags[row] = number ? 1 : 0;
+    zqengine::values_of<std::int64_t>(column)[row] = static_cast<std::int64_t>(number.value_or(0));
+}
+
+// A text that is to stand in a cell of a table.
+std::optional<std::string> cut(const std::optional<std::string>& text, bool is_cut) {
+    constexpr std::size_t longest = 40;
+    if (!text || !is_cut || text->size() <= longest) {
+        return text;
+    }
+    std::size_t end = longest;
+    while (end > 0 && (static_cast<unsigned char>((*text)[end]) & 0xC0U) == 0x80U) { // within a character
+        --end;
+    }
+    return text->substr(0, end) + "...";
+}
+
+} // namespace
+
+void describe_file(const std::string& path, const program_options& options) {
+    const session_settings settings = read_settings(options.settings);
+    begin_session(settings);
+    const output_format format = format_of(options);
+    progress_bar progress;
+    const std::unique_ptr<table> source = open_table(path, reading_of(options), settings);
+    if (!source->reader.doubt().empty()) {
+        print_message(source->reader.doubt());
+    }
+    result_stream results = open_results(options);
+    progress.begin("describing", results.is_terminal);
+    const std::vector<column_description> described = describe_columns(*source, progress);
+
+    const std::vector<result_column> headings = {
+        {"column", sql_type::varchar, 0},   {"type", sql_type::varchar, 1},     {"values", sql_type::bigint, 2},
+        {"nulls", sql_type::bigint, 3},     {"smallest", sql_type::varchar, 4}, {"largest", sql_type::varchar, 5},
+        {"text_line", sql_type::bigint, 6}, {"text", sql_type::varchar, 7},
+    };
+    const auto row_count = static_cast<std::uint32_t>(described.size());
+    std::vector<zqengine::column_pointer> columns;
+    std::vector<const bifun_column*> shown;
+    for (const result_column& heading : headings) {
+        columns.emplace_back(zqengine::create_column(value_type_of(heading.type), row_count));
+        if (columns.back() == nullptr) {
+            fail("out of memory");
+        }
+        shown.push_back(&columns.back()->column);
+    }
+    const bool is_cut = format == output_format::table || format == output_format::markdown;
+    for (std::uint32_t row = 0; row < row_count; ++row) {
+        const column_description& column = described[row];
+        store_text(*columns[0], row, column.name);
+        store_text(*columns[1], row, std::string(sql_type_name(column.type)));
+        store_number(*columns[2], row, column.values);
+        store_number(*columns[3], row, column.nulls);
+        store_text(*columns[4], row, cut(column.smallest, is_cut));
+        store_text(*columns[5], row, cut(column.largest, is_cut));
+        store_number(*columns[6], row, column.text_line);
+        store_text(*columns[7], row, cut(column.text, is_cut));
+    }
+    result_output output(format, results.stream, headings, *find_charset("utf-8"));
+    output.write_rows(shown, row_count);
+    output.finish();
+    report_bad_rows(source->reader);
+    commit(results);
+}
+
+} // namespace host

@@ -1,0 +1,87 @@
+#include "host/program_options.h"
+
+#include <filesystem>
+
+#include <unistd.h>
+
+#include "host/messages.h"
+#include "host/near_names.h"
+#include "host/tables/delimiter.h"
+#include "host/values/value_text.h"
+
+namespace host {
+
+file_options reading_of(const program_options& options) {
+    file_options reading = options.reading;
+    reading.has_header = !options.no_header;
+    if (!options.delimiter.empty()) {
+        reading.delimiter = find_delimiter_named(options.delimiter);
+        if (!reading.delimiter) {
+            fail("--delimiter: \"{}\" is none; there are {}", options.delimiter, delimiter_names);
+        }
+    }
+    return reading;
+}
+
+type_sample sample_of(const program_options& options) {
+    const std::string& text = options.sample;
+    constexpr std::uint64_t most_megabytes = 1U << 20;
+    if (text.empty()) {
+        return {};
+    }
+    std::uint64_t megabytes = 0;
+    if (equal_ignoring_case(text, "all")) {
+        return {.of_files = whole_file, .of_pipes = whole_file};
+    }
+    if (!read_number(text, megabytes) || megabytes == 0 || megabytes > most_megabytes) {
+        fail("--sample: \"{}\" is no number of megabytes, such as 100, nor all", text);
+    }
+    return {.of_files = megabytes << 20, .of_pipes = megabytes << 20};
+}
+
+output_format format_of(const program_options& options) {
+    if (!options.format.empty()) {
+        const std::optional<output_format> format = find_output_format(options.format);
+        if (!format) {
+            fail("--format: there is no format {}; there are {}", options.format, output_format_names);
+        }
+        return *format;
+    }
+    const std::string extension = std::filesystem::path(options.output).extension().string();
+    const std::optional<output_format> by_name = extension.empty() ? std::nullopt : find_output_format(extension.substr(1));
+    return by_name ? *by_name : options.output.empty() && isatty(STDOUT_FILENO) == 1 ? output_format::table : output_format::csv;
+}
+
+result_stream open_results(const program_options& options) {
+    result_stream opened{.file = nullptr, .stream = {.file = STDOUT_FILENO, .text = {}}, .is_terminal = false};
+    if (!options.output.empty()) {
+        opened.file = std::make_unique<output_file>(options.output);
+        opened.stream.file = opened.file->descriptor();
+    }
+    opened.is_terminal = isatty(opened.stream.file) == 1;
+    return opened;
+}
+
+bool restart(result_stream& results) {
+    if (results.stream.flushed && (results.file == nullptr || !results.file->restart())) {
+        return false;
+    }
+    results.stream.text.clear();
+    results.stream.flushed = false;
+    return true;
+}
+
+void commit(result_stream& results) {
+    if (results.file != nullptr) {
+        results.file->commit();
+    }
+}
+
+void report_bad_rows(const csv_reader& reader) {
+    if (reader.bad_rows() > 0) {
+        print_message(
+            fmt::format("{} row{} left out; the first: {}", reader.bad_rows(), reader.bad_rows() == 1 ? "" : "s", reader.first_bad_row()));
+    }
+}
+
+} // namespace host

@@ -1,0 +1,132 @@
+#include "host/query_run.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <memory>
+
+#include "host/binding/binding.h"
+#include "host/evaluation/execution.h"
+#include "host/messages.h"
+#include "host/near_names.h"
+#include "host/session/settings.h"
+#include "host/sql/sql_text.h"
+#include "host/sql/syntax.h"
+#include "host/tables/file_name.h"
+
+namespace host {
+namespace {
+
+// The file that a FROM means, by the name of its table.
+const std::string& file_of_table(const std::vector<std::string>& files, const table_name& from, const std::string& sql) {
+    const std::string* found = nullptr;
+    for (const auto name_of : {table_name_of, plain_table_name_of}) {
+        for (const bool ignoring_case : {false, true}) {
+            for (const std::string& file : files) {
+                const std::string name = name_of(file);
+                const bool same = ignoring_case ? equal_ignoring_case(name, from.name) : name == from.name;
+                if (same && found != nullptr) {
+                    fail_at(sql, from.offset, fmt::format("{} and {} are both the table {}; give one of them", *found, file, from.name));
+                }
+                found = same ? &file : found;
+            }
+            if (found != nullptr) {
+                return *found;
+            }
+        }
+    }
+    if (files.empty()) {
+        fail_at(sql, from.offset, fmt::format("there is no table {0}; give its file, as in: bifun {0}.csv \"SELECT ...\"", from.name));
+    }
+    std::vector<std::string> names;
+    std::ranges::transform(files, std::back_inserter(names), plain_table_name_of);
+    const std::string hint = did_you_mean(from.name, names);
+    fail_at(
+        sql, from.offset,
+        fmt::format("there is no table {}{}", from.name, hint.empty() ? fmt::format("; the tables are {}", fmt::join(names, ", ")) : hint));
+}
+
+// Reads the query. Where that fails, a file that cannot be called by its own name is often why.
+select_statement parse_query(const std::string& sql, const std::vector<std::string>& files) {
+    try {
+        return parse_select(sql);
+    } catch (const program_error& error) {
+        std::string hint;
+        for (const std::string& file : files) {
+            const std::string name = plain_table_name_of(file);
+            if (name != table_name_of(file)) {
+                hint += fmt::format("; {} is the table {}", file, name);
+            }
+        }
+        throw program_error(error.what() + hint);
+    }
+}
+
+// The last word is a file where a query should be.
+bool is_file_name(const std::string& word) {
+    std::error_code unreadable;
+    return std::filesystem::is_regular_file(word, unreadable) || word == "-" ||
+           (!extension_of(word).empty() && word.find(' ') == std::string::npos);
+}
+
+} // namespace
+
+void run_query(const program_options& options) {
+    if (!options.words.empty() && is_file_name(options.words.back())) {
+        const std::string& file = options.words.back();
+        fail("there is no query behind {0}; give one as in: bifun {0} \"SELECT * FROM {1}\"", file, plain_table_name_of(file));
+    }
+    if (options.words.empty()) {
+        fail("there is no query; give one as in: bifun \"SELECT NVL(NULL, 7)\", or see bifun --help");
+    }
+    const std::string& sql = options.words.back();
+    const std::vector<std::string> files(options.words.begin(), options.words.end() - 1);
+    const session_settings settings = read_settings(options.settings);
+    // First of all: it tells the engine of the character set, in which everything else is text.
+    const function_library library(options.library, settings.library);
+    begin_session(settings);
+    const given_types types = parse_types(options.types);
+    const select_statement statement = parse_query(sql, files);
+    const output_format format = format_of(options);
+    const file_options reading = reading_of(options);
+    const type_sample sample = sample_of(options);
+    result_stream results = open_results(options);
+
+    // False where the first part of a file has given a wrong type and nothing has gone out, so that the query can be run again.
+    const auto run = [&](type_sample decides, bool is_first) {
+        progress_bar progress;
+        std::unique_ptr<table> source;
+        if (statement.from) {
+            source = open_table(file_of_table(files, *statement.from, sql), reading, settings);
+            if (is_first && !source->reader.doubt().empty()) {
+                print_message(source->reader.doubt());
+            }
+            mark_needed_columns(statement, sql, *source);
+            resolve_types(*source, types, decides, progress);
+        }
+        plan query = bind_statement(statement, sql, source.get(), settings, library);
+        result_output output(format, results.stream, query.results, *settings.text_charset);
+        progress.begin("running", results.is_terminal);
+        try {
+            run_plan(query, options.batch_rows, settings, output, progress);
+        } catch (const program_error& error) {
+            progress.clear();
+            if (dynamic_cast<const type_not_as_sampled*>(&error) != nullptr && source->reader.is_file() && restart(results)) {
+                return false;
+            }
+            output.abandon();
+            throw;
+        }
+        progress.clear();
+        output.finish();
+        if (source != nullptr) {
+            report_bad_rows(source->reader);
+        }
+        return true;
+    };
+    if (!run(sample, true)) {
+        run({.of_files = whole_file, .of_pipes = whole_file}, false);
+    }
+    commit(results);
+}
+
+} // namespace host

@@ -1,0 +1,32 @@
+// What the columns of a file hold.
+#ifndef BIFUN_HOST_TABLES_COLUMN_DESCRIPTION_H
+#define BIFUN_HOST_TABLES_COLUMN_DESCRIPTION_H
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "host/output/progress_bar.h"
+#include "host/tables/table.h"
+
+namespace host {
+
+struct column_description {
+    std::string name;
+    sql_type type;
+    std::uint64_t values;
+    std::uint64_t nulls;
+    // As they stand in the file: of numbers and datetimes by their value, of text by its bytes. The first of several that are equal.
+    std::optional<std::string> smallest, largest;
+    // The first row that made the column a VARCHAR: its line, and the field.
+    std::optional<std::uint64_t> text_line;
+    std::optional<std::string> text;
+};
+
+// Reads the whole file. Texts are in UTF-8.
+std::vector<column_description> describe_columns(table& source, progress_bar& progress);
+
+} // namespace host
+
+#endif

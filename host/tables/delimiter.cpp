@@ -1,0 +1,111 @@
+#include "host/tables/delimiter.h"
+
+#include <algorithm>
+#include <charconv>
+#include <vector>
+
+#include <fmt/format.h>
+
+#include "host/near_names.h"
+#include "host/tables/file_name.h"
+#include "host/tables/line_scan.h"
+
+namespace host {
+namespace {
+
+struct named_delimiter {
+    std::string_view name;
+    char delimiter;
+};
+constexpr named_delimiter named_delimiters[] = {
+    {"comma", ','}, {"semicolon", ';'}, {"tab", '\t'}, {"bar", '|'}, {"pipe", '|'}, {"space", ' '}, {"colon", ':'}, {"\\t", '\t'},
+};
+constexpr std::size_t guessed_delimiters = 4; // the first of them, the bar last
+
+bool can_delimit(char byte) { return byte != '"' && byte != '\n' && byte != '\r'; }
+
+// How a delimiter cuts the first lines.
+struct cut_lines {
+    char delimiter;
+    std::uint32_t fields;     // of the first line
+    std::uint32_t same_lines; // with as many fields, in a row from the first
+    bool all_same;
+};
+
+cut_lines cut_with(char delimiter, std::string_view text, bool is_all) {
+    line_index index;
+    scan_lines(text, is_all, delimiter, index);
+    cut_lines cut{.delimiter = delimiter, .fields = index.lines == 0 ? 0 : index.line_fields[0], .same_lines = 0, .all_same = false};
+    std::uint32_t line = 0;
+    for (std::uint32_t before = 0; line < index.lines; before = index.line_fields[line++]) {
+        const std::uint32_t fields = index.line_fields[line] - before;
+        const bool blank = fields == 1 && index.ends[before + 1] - index.ends[before] <= 2;
+        if (fields != cut.fields && !blank) {
+            break;
+        }
+    }
+    cut.same_lines = line;
+    cut.all_same = line == index.lines && !index.found_fault;
+    return cut;
+}
+
+} // namespace
+
+std::optional<char> find_delimiter_named(std::string_view text) {
+    const auto* const found =
+        std::ranges::find_if(named_delimiters, [&](const named_delimiter& d) { return equal_ignoring_case(d.name, text); });
+    if (found != std::end(named_delimiters)) {
+        return found->delimiter;
+    }
+    unsigned byte = 0;
+    if (text.size() == 4 && equal_ignoring_case(text.substr(0, 2), "0x")) {
+        const auto [end, error] = std::from_chars(text.data() + 2, text.data() + text.size(), byte, 16);
+        const bool is_byte = error == std::errc{} && end == text.data() + text.size() && can_delimit(static_cast<char>(byte));
+        return is_byte ? std::optional(static_cast<char>(byte)) : std::nullopt;
+    }
+    return text.size() == 1 && can_delimit(text[0]) ? std::optional(text[0]) : std::nullopt;
+}
+
+std::string delimiter_name(char delimiter) {
+    const auto* const found = std::ranges::find(named_delimiters, delimiter, &named_delimiter::delimiter);
+    return found != std::end(named_delimiters) ? std::string(found->name)
+           : static_cast<unsigned char>(delimiter) > 0x20 && delimiter > 0 && delimiter < 0x7F
+               ? fmt::format("{}", delimiter)
+               : fmt::format("byte 0x{:02X}", static_cast<unsigned char>(delimiter));
+}
+
+found_delimiter guess_delimiter(std::string_view path, std::string_view text, bool is_all, bool may_be_bar) {
+    const std::string extension = extension_of(path);
+    if (extension == ".tsv" || extension == ".tab" || extension == ".psv") {
+        return {extension == ".psv" ? '|' : '\t', ""};
+    }
+    constexpr std::size_t looked_at = std::size_t{64} * 1024;
+    is_all = is_all && text.size() <= looked_at;
+    text = text.substr(0, looked_at);
+    std::vector<cut_lines> candidates;
+    for (std::size_t i = 0; i < guessed_delimiters - (may_be_bar ? 0 : 1); ++i) {
+        const cut_lines cut = cut_with(named_delimiters[i].delimiter, text, is_all);
+        if (cut.fields > 1) {
+            candidates.push_back(cut);
+        }
+    }
+    if (candidates.empty()) {
+        return {',', ""};
+    }
+    const auto is_worse = [](const cut_lines& a, const cut_lines& b) {
+        return a.all_same != b.all_same ? b.all_same : a.all_same ? false : a.same_lines < b.same_lines;
+    };
+    const cut_lines& best = *std::ranges::max_element(candidates, is_worse);
+    const auto rival = std::ranges::find_if(
+        candidates, [&](const cut_lines& other) { return &other != &best && !is_worse(other, best) && !is_worse(best, other); });
+    const bool is_sure = candidates.size() == 1 || (best.all_same && rival == candidates.end());
+    if (is_sure) {
+        return {best.delimiter, ""};
+    }
+    const cut_lines& other =
+        rival != candidates.end() ? *rival : *std::ranges::find_if(candidates, [&](const cut_lines& c) { return &c != &best; });
+    return {best.delimiter, fmt::format("{}: fields are taken to end with a {}, though it could be a {}; --delimiter says which", path,
+                                        delimiter_name(best.delimiter), delimiter_name(other.delimiter))};
+}
+
+} // namespace host

@@ -1,0 +1,156 @@
+#include "host/tables/line_scan.h"
+
+#include <algorithm>
+#include <bit>
+
+#include "bop/frame/byte_masks.h"
+
+namespace host {
+namespace {
+
+constexpr std::uint32_t block_size = bifun::longest_masked;
+using block = bifun::text_bytes<block_size>;
+
+// Bit i is the parity of bits 0 to i: between quotes, with the opening and without the closing one.
+std::uint64_t parities(std::uint64_t bits) {
+    for (unsigned distance = 1; distance < 64; distance *= 2) {
+        bits ^= bits << distance;
+    }
+    return bits;
+}
+
+constexpr std::uint64_t last_bit = std::uint64_t{1} << 63;
+constexpr std::uint64_t all_bits = ~std::uint64_t{0};
+
+// What a block has to know of the bytes before it.
+struct scan_state {
+    std::uint64_t inside = 0;      // all bits between quotes
+    std::uint64_t may_open = 1;    // 1 where a quote may open a field, or be the second of two
+    std::uint64_t after_close = 0; // 1 behind a quote that closes a field unless another one follows
+};
+
+struct block_masks {
+    std::uint64_t quotes, ends, line_ends, carriage_returns;
+};
+
+// Takes what lies between quotes from the ends and returns the bytes that stand where they may not.
+std::uint64_t apply_quotes(scan_state& state, block_masks& masks, std::uint64_t here, line_index& index) {
+    const std::uint64_t inside = parities(masks.quotes) ^ state.inside;
+    const std::uint64_t opening = masks.quotes & inside;
+    const std::uint64_t closing = masks.quotes & ~inside;
+    index.has_inner_line_ends |= (masks.line_ends & inside) != 0;
+    masks.ends &= ~inside;
+    masks.line_ends &= ~inside;
+    const std::uint64_t may_open = (masks.ends | closing) << 1 | state.may_open;
+    const std::uint64_t behind_closing = closing << 1 | state.after_close;
+    const std::uint64_t may_follow = masks.ends | opening | (masks.carriage_returns & ~inside);
+    state.inside = (inside & last_bit) != 0 ? all_bits : 0;
+    state.after_close = closing >> 63;
+    state.may_open = closing >> 63;
+    return ((opening & ~may_open) | (behind_closing & ~may_follow)) & here;
+}
+
+// Appends the positions of the bits to what `next` points to, several at once: most blocks have some, and what is too much is overwritten.
+std::uint32_t* append_positions(std::uint32_t* next, std::uint64_t bits, std::uint32_t first) {
+    constexpr int at_once = 4;
+    std::uint32_t* const behind = next + std::popcount(bits);
+    while (bits != 0) {
+        for (int i = 0; i < at_once; ++i) {
+            next[i] = first + static_cast<std::uint32_t>(std::countr_zero(bits));
+            bits &= bits - 1;
+        }
+        next += at_once;
+    }
+    return behind;
+}
+
+} // namespace
+
+void scan_lines(std::string_view text, bool is_last, char delimiter, line_index& index) {
+    // Whether a CR at the end is the first half of a line end is not known before the next byte is.
+    if (!is_last && text.ends_with('\r')) {
+        text.remove_suffix(1);
+    }
+    const auto* const bytes = reinterpret_cast<const std::uint8_t*>(text.data());
+    const auto length = static_cast<std::uint32_t>(text.size());
+    constexpr std::size_t room_behind = 8; // of append_positions, the end of a last line and ends[0]
+    if (index.room < length + room_behind) {
+        // Pages that are never written cost nothing, so nothing is filled.
+        index.room = length + room_behind;
+        index.ends = std::make_unique_for_overwrite<std::uint32_t[]>(index.room);
+        index.line_fields = std::make_unique_for_overwrite<std::uint32_t[]>(index.room);
+    }
+    index.ends[0] = UINT32_MAX;
+    index.is_ascii = true;
+    index.has_inner_line_ends = false;
+    index.found_fault.reset();
+    std::uint32_t* const fields = index.ends.get() + 1;
+    std::uint32_t* next = fields;
+    std::uint32_t* next_line = index.line_fields.get();
+    scan_state state;
+    std::uint64_t beyond_ascii = 0;
+    for (std::uint32_t at = 0; at < length; at += block_size) {
+        const std::uint32_t size = std::min(length - at, block_size);
+        const block loaded(bytes + at, size);
+        block_masks masks{.quotes = equal_bytes(loaded, '"'),
+                          .ends = equal_bytes(loaded, static_cast<std::uint8_t>(delimiter)),
+                          .line_ends = equal_bytes(loaded, '\n'),
+                          .carriage_returns = equal_bytes(loaded, '\r')};
+        beyond_ascii |= bytes_beyond_ascii(loaded);
+        if (masks.carriage_returns != 0) {
+            const bool line_feed_next = at + block_size < length && bytes[at + block_size] == '\n';
+            masks.line_ends |= masks.carriage_returns & ~(masks.line_ends >> 1 | (line_feed_next ? last_bit : 0));
+        }
+        masks.ends |= masks.line_ends;
+        if ((masks.quotes | state.inside | state.after_close) != 0) {
+            const std::uint64_t wrong = apply_quotes(state, masks, bifun::first_bits(size), index);
+            if (wrong != 0) [[unlikely]] {
+                const int first = std::countr_zero(wrong);
+                index.found_fault = {quote_fault::misplaced, at + static_cast<std::uint32_t>(first)};
+                masks.ends &= (std::uint64_t{1} << first) - 1;
+                masks.line_ends &= masks.ends;
+            }
+        } else {
+            state.may_open = 0;
+        }
+        state.may_open |= masks.ends >> 63;
+        for (std::uint64_t left = masks.line_ends; left != 0; left &= left - 1) {
+            const std::uint64_t up_to_here = left ^ (left - 1);
+            *next_line++ = static_cast<std::uint32_t>(next - fields) + static_cast<std::uint32_t>(std::popcount(masks.ends & up_to_here));
+        }
+        next = append_positions(next, masks.ends, at);
+        if (index.found_fault) [[unlikely]] {
+            break;
+        }
+    }
+    if (is_last && !index.found_fault) {
+        const std::uint32_t behind_lines = next_line == index.line_fields.get() ? 0 : fields[next_line[-1] - 1] + 1;
+        if (state.inside != 0) {
+            index.found_fault = {quote_fault::unclosed, length};
+        } else if (behind_lines < length) {
+            *next++ = length;
+            *next_line++ = static_cast<std::uint32_t>(next - fields);
+        }
+    }
+    index.is_ascii = beyond_ascii == 0;
+    index.lines = static_cast<std::uint32_t>(next_line - index.line_fields.get());
+}
+
+std::uint64_t count_line_ends(std::string_view text) {
+    std::uint64_t count = 0;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const bool before_line_feed = i + 1 < text.size() && text[i + 1] == '\n';
+        count += text[i] == '\n' || (text[i] == '\r' && !before_line_feed) ? 1 : 0;
+    }
+    return count;
+}
+
+std::optional<line_end> find_line_end(std::string_view text) {
+    const std::size_t at = text.find_first_of("\r\n");
+    if (at == std::string_view::npos || (text[at] == '\r' && at + 1 == text.size())) {
+        return std::nullopt;
+    }
+    return line_end{.position = at, .behind = at + (text[at] == '\r' && text[at + 1] == '\n' ? 2 : 1)};
+}
+
+} // namespace host

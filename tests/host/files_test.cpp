@@ -1,0 +1,241 @@
+// Files as they come: delimiters, headers, bad rows, and types that the beginning of a file does not tell.
+#include <random>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "tests/host/program_run.h"
+
+namespace {
+
+using namespace program_run;
+
+struct read_file_case {
+    std::string file, text;
+    arguments options;
+    std::string out;
+    std::string message = {};
+};
+
+void expect_read(const std::vector<read_file_case>& cases) {
+    for (const read_file_case& tested : cases) {
+        SCOPED_TRACE(joined({tested.file, ": ", tested.text}));
+        const scratch_directory directory;
+        directory.write(tested.file, tested.text);
+        arguments words = tested.options;
+        words.insert(words.end(), {tested.file, "SELECT * FROM t"});
+        const run_result result = directory.run(words);
+        EXPECT_EQ(result.out, tested.out);
+        EXPECT_EQ(result.err, tested.message.empty() ? "" : joined({"bifun: ", tested.message, "\n"}));
+        EXPECT_EQ(result.status, 0);
+    }
+}
+
+TEST(Files, Delimiters) {
+    expect_read({
+        {"t.csv", "a;b\n1;2,5\n\"x;y\";3,5\n", {}, "a,b\n1,\"2,5\"\nx;y,\"3,5\"\n"},
+        {"t.txt", "a|b\n1|,\n2|,\n", {}, "a,b\n1,\",\"\n2,\",\"\n"},
+        {"t.csv", "a\tb,c\n1\t2\n", {}, "a,\"b,c\"\n1,2\n"},
+        {"t.TSV", "a,b\n1,2\n", {}, "\"a,b\"\n\"1,2\"\n"},
+        {"t.psv", "a,b|c\n", {}, "\"a,b\",c\n"},
+        {"t.csv",
+         "a;b,c\n\n1;2,5\n",
+         {},
+         "a;b,c\n1;2,5\n",
+         "t.csv: fields are taken to end with a comma, though it could be a semicolon; --delimiter says which"},
+        {"t.csv", "a;b,c\n1;2\n1;2\n", {}, "a,\"b,c\"\n1,2\n1,2\n"},
+    });
+    expect_read({
+        {"t.tsv", "a,b\t\n1,2\n", {"--delimiter", "comma"}, "a,b\t\n1,2\n"},
+        {"t.csv", "a b,\n1 2\n", {"--delimiter", "Space"}, "a,\"b,\"\n1,2\n"},
+        {"t.csv", "a:b\n1:2\n", {"--delimiter", ":"}, "a,b\n1,2\n"},
+        {"t.csv",
+         "a\x01"
+         "b\n1\x01"
+         "2\n",
+         {"--delimiter", "0x01"},
+         "a,b\n1,2\n"},
+        {"t.csv", "a,b\n1,2\n", {"--delimiter", "\\t"}, "\"a,b\"\n\"1,2\"\n"},
+    });
+    expect_failure("a\n", "SELECT 1 FROM t", "--delimiter: \"ab\" is none; there are comma, ...", {"--delimiter", "ab"});
+    expect_failure("a\n", "SELECT 1 FROM t", "--delimiter: \"\"\" is none; ...", {"--delimiter", "\""});
+    expect_failure("a\n", "SELECT 1 FROM t", "--delimiter: \"0x0A\" is none; ...", {"--delimiter", "0x0A"});
+    expect_failure("a|b\n1\n", "SELECT 1 FROM t",
+                   "t.csv, line 2: the header has 2 fields and this row 1; a field that holds a bar stands in double quotes",
+                   {"--delimiter", "bar"});
+}
+
+TEST(Files, HeadersAndSkippedLines) {
+    expect_read({
+        {"t.csv", "1,x\n2,y\n", {"--no-header"}, "column_1,column_2\n1,x\n2,y\n"},
+        {"t.csv", "\n1,x\n", {"--no-header", "--skip", "1"}, "column_1,column_2\n1,x\n"},
+        {"t.csv", "# \"one\r\n#\r\na,b\r\n1,2", {"--skip", "2"}, "a,b\n1,2\n"},
+        {"t.csv", "a,a,,b,a_2,,a\n1,2,3,4,5,6,7\n", {}, "a,a_3,column_3,b,a_2,column_6,a_4\n1,2,3,4,5,6,7\n"},
+        {"t.csv", ",column_1\n1,2\n", {}, "column_1_2,column_1\n1,2\n"},
+    });
+    expect_failure("a\n1\n", "SELECT 1 FROM t", "t.csv: the file is empty; its first line must name the columns", {"--skip", "2"});
+    expect_failure("#\na\n1,2\n", "SELECT 1 FROM t", "t.csv, line 3: the header has 1 field ...", {"--skip", "1"});
+    expect_failure("1,2\n3\n", "SELECT 1 FROM t", "t.csv, line 2: the first row has 2 fields and this row 1; ...", {"--no-header"});
+}
+
+TEST(Files, BadRowsAreLeftOut) {
+    const auto left_out = [](const std::string& count, const std::string& reason) {
+        return joined({count, " left out; the first: t.csv, line ", reason});
+    };
+    const std::string fields = "the header has 2 fields and this row ";
+    const std::string end = "; a field that holds a comma stands in double quotes";
+    const std::string quotes =
+        "a quote stands inside a field, or text behind a closing quote; write a field with quotes as \"...\" with each "
+        "quote inside doubled";
+    const arguments ignoring = {"--ignore-errors"};
+    const arguments typed = {"--ignore-errors", "--types", "a:INT,b:DATE", "--batch-rows", "3"};
+    expect_read({
+        {"t.csv", "a,b\n1,2\n3\n4,5,6\n7,8\n", ignoring, "a,b\n1,2\n7,8\n", left_out("2 rows", joined({"3: ", fields, "1", end}))},
+        {"t.csv", "a,b\n1,\"x\ny\"\n3,x\"y\n4,5\n\"6\"6,7\n8,9\n", ignoring, "a,b\n1,\"x\ny\"\n4,5\n8,9\n",
+         left_out("2 rows", joined({"4: ", quotes}))},
+        {"t.csv", "a,b\n1,2\n3,\"x\n4,5\n", ignoring, "a,b\n1,2\n4,5\n",
+         left_out("1 row", "3: the row that begins here has a quote that is never closed")},
+        {"t.csv", "a,b\n1,2024-01-01\nx,y\n2,2024-02-30\n3,\n4,2024-01-02\nz,2024-01-03\n", typed, "a,b\n1,2024-01-01\n3,\n4,2024-01-02\n",
+         left_out("3 rows", "3, column a: \"x\" is not of type INT; give the column another type with --types, such as a:VARCHAR")},
+    });
+    // The lowest row is the one named, whatever the order of the columns.
+    expect_failure("a,b\n1,2024-01-01\n2,x\ny,2024-01-01\n", "SELECT * FROM t", "t.csv, line 3, column b: \"x\" is not of type DATE; ...",
+                   {"--types", "a:INT,b:DATE"});
+}
+
+TEST(Files, TableNames) {
+    const std::pair<std::string, std::string> names[] = {
+        {"2024 sales-eu.csv", "_2024_sales_eu"},   {"order.csv", "order_"}, {"Größe.tsv", "größe"}, {"a.b.csv", "a_b"}, {"x.csv.gz", "x"},
+        {"2024 sales-eu.csv", "\"2024 sales-eu\""}};
+    for (const auto& [file, name] : names) {
+        const scratch_directory directory;
+        directory.write(file, "n\n1\n");
+        EXPECT_EQ(directory.run({file, joined({"SELECT n FROM ", name})}).out, "n\n1\n") << name;
+    }
+    const scratch_directory directory;
+    directory.write("my-file.csv", "n\n1\n");
+    EXPECT_EQ(directory.run({"my-file.csv", "SELECT n FROM my-file"}).err,
+              "bifun: SQL, character 17: syntax error at or near \"-\"; my-file.csv is the table my_file\n");
+    EXPECT_EQ(directory.run({"my-file.csv", "SELECT n FROM my"}).err,
+              "bifun: SQL, character 15, near my: there is no table my; the tables are my_file\n");
+    EXPECT_EQ(directory.run({"my-file.csv"}).err,
+              "bifun: there is no query behind my-file.csv; give one as in: bifun my-file.csv \"SELECT * FROM my_file\"\n");
+}
+
+// Texts of every kind at every place of a block, as the program itself writes them: they come out as they went in.
+TEST(Files, TextsComeThroughWhole) {
+    std::mt19937 random(20240229); // its numbers have 32 bits
+    const auto below = [&random](unsigned limit) { return static_cast<unsigned>(random()) % limit; };
+    std::string file = "a,b,c\n";
+    while (file.size() < 700000) {
+        for (unsigned column = 0; column < 3; ++column) {
+            const unsigned kind = below(8);
+            std::string text;
+            for (unsigned length = kind == 0 ? 0 : below(kind == 1 ? 300 : 20); length > 0; --length) {
+                text += kind < 4 ? "\"\",\n\r;\t x"[below(9)] : static_cast<char>('a' + below(26));
+            }
+            const bool quoted = kind == 0 || text.find_first_of("\",\r\n") != std::string::npos;
+            file += quoted ? joined({"\"", replaced(text, "\"", "\"\""), "\""}) : text;
+            file += column == 2 ? '\n' : ',';
+        }
+    }
+    const scratch_directory directory;
+    directory.write("t.csv", file);
+    const arguments options = {"--types", "a:VARCHAR,b:VARCHAR,c:VARCHAR"};
+    const auto read = [&](arguments words, const std::string& input = {}) {
+        words.insert(words.begin(), options.begin(), options.end());
+        words.emplace_back(input.empty() ? "SELECT * FROM t" : "SELECT * FROM stdin");
+        const run_result result = directory.run(words, "out", input);
+        EXPECT_EQ(result.err, "");
+        return result.out;
+    };
+    EXPECT_TRUE(read({"t.csv"}) == file);
+    EXPECT_TRUE(read({"--batch-rows", "7", "t.csv"}) == file);
+    EXPECT_TRUE(read({"-"}, "t.csv") == file);
+}
+
+TEST(Files, LineEnds) {
+    for (const char* const line_end : {"\n", "\r\n", "\r"}) {
+        std::string file = joined({"a,b", line_end});
+        std::string rows = "a,b\n";
+        for (int i = 0; i < 40000; ++i) {
+            const std::string text(static_cast<std::size_t>(i % 67), 'x');
+            file += joined({std::to_string(i), ",", text, line_end, i % 100 == 0 ? line_end : ""});
+            rows += joined({std::to_string(i), ",", text, "\n"});
+        }
+        const scratch_directory directory;
+        directory.write("t.csv", file);
+        EXPECT_TRUE(directory.run({"t.csv", "SELECT * FROM t"}).out == rows) << testing::PrintToString(line_end);
+        directory.write("t.csv", joined({file, "1,2,3"}));
+        EXPECT_TRUE(directory.run({"t.csv", "SELECT * FROM t"}).err.starts_with("bifun: t.csv, line 40402: "));
+    }
+}
+
+// ---- types that the beginning of a file does not tell ----------------------------------------------------------------
+
+struct sampled_file {
+    scratch_directory directory;
+
+    // More than a megabyte of rows `first`, and then `last`.
+    sampled_file(const std::string& first, const std::string& last) {
+        std::string text = "a,b\n";
+        while (text.size() < (std::size_t{3} << 19)) {
+            text += joined({first, ",some text that fills the lines\n"});
+        }
+        directory.write("t.csv", joined({text, last, ",x\n"}));
+    }
+    [[nodiscard]] run_result run(const std::string& sql, const arguments& options = {"--sample", "1"},
+                                 const std::string& input = {}) const {
+        arguments words;
+        words.insert(words.end(), options.begin(), options.end());
+        words.insert(words.end(), {input.empty() ? "t.csv" : "-", replaced(sql, "FROM t", input.empty() ? "FROM t" : "FROM stdin")});
+        return directory.run(words, "out", input);
+    }
+};
+
+TEST(Files, TypesOfTheFirstPart) {
+    struct late_value {
+        std::string first, last, type, wider;
+    };
+    const late_value values[] = {
+        {"1", "3000000000", "INT", "BIGINT"},
+        {"1", "007", "INT", "VARCHAR"},
+        {"1.5", "1e3", "DECIMAL", "DOUBLE"},
+        {"1e3", "12345678901234567.25", "DOUBLE", "VARCHAR"},
+        {"2024-01-01", "2024-01-01 10:00", "DATE", "TIMESTAMP"},
+        {"", "5", "NULL", "INT"},
+        {"2024-01-01 10:00:00", "x", "TIMESTAMP", "VARCHAR"},
+    };
+    for (const auto& [first, last, type, wider] : values) {
+        SCOPED_TRACE(last);
+        const sampled_file file(first, last);
+        // What has been written does not change any more.
+        const run_result late = file.run("SELECT a, b FROM t");
+        EXPECT_NE(late.err.find(joined({": \"", last, "\" is not of type ", type,
+                                        ", which the rows at the beginning of the file gave; give the "
+                                        "column its type with --types, such as a:",
+                                        wider, ", or have the whole file decide with --sample all"})),
+                  std::string::npos)
+            << late.err;
+        EXPECT_EQ(late.status, 1);
+        // Before that, the whole file decides.
+        const run_result early = file.run("SELECT a, b FROM t WHERE b = 'x'", {"--sample", "1", "--format", "json"});
+        const bool quoted = wider == "VARCHAR" || wider == "TIMESTAMP";
+        const std::string shown = last == "1e3" ? "1000" : wider == "TIMESTAMP" ? "2024-01-01 10:00:00" : last;
+        EXPECT_EQ(early.out, joined({"[\n  {\"a\": ", quoted ? "\"" : "", shown, quoted ? "\"" : "", ", \"b\": \"x\"}\n]\n"})) << early.err;
+        EXPECT_EQ(file.run("SELECT a, b FROM t", {"--sample", "all"}).status, 0);
+        EXPECT_EQ(file.run("SELECT a, b FROM t LIMIT 3").err, "");
+        EXPECT_EQ(file.run("SELECT b FROM t").err, "");
+        EXPECT_EQ(file.run("SELECT a, b FROM t WHERE b = 'x'", {"--sample", "1"}, "t.csv").status, 1); // a pipe is read once
+        EXPECT_EQ(file.run("SELECT a, b FROM t WHERE b = 'x'", {"--sample", "all"}, "t.csv").err, "");
+    }
+    EXPECT_EQ(sampled_file("1", "-0").run("SELECT a FROM t").err, "");
+    EXPECT_EQ(sampled_file("1e3", "5").run("SELECT a FROM t").err, "");
+    EXPECT_EQ(sampled_file("x", "5").run("SELECT a FROM t").err, "");
+    EXPECT_EQ(sampled_file("2024-01-01 10:00", "2024-01-01").run("SELECT a FROM t").err, "");
+    expect_failure("a\n1\n", "SELECT a FROM t", "--sample: \"x\" is no number of megabytes, such as 100, nor all", {"--sample", "x"});
+}
+
+} // namespace

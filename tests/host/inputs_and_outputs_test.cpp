@@ -1,0 +1,224 @@
+// What files are packed and encoded in, what results are written as, and the descriptions of files.
+#include <unistd.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <string>
+#include <utility>
+
+#include <gtest/gtest.h>
+#include <unicode/ucnv.h>
+#include <zlib.h>
+#include <zstd.h>
+
+#include "tests/host/program_run.h"
+
+namespace {
+
+using namespace program_run;
+
+std::string gzipped(const std::string& text) {
+    std::string packed(text.size() + 1000, '\0');
+    z_stream stream{};
+    EXPECT_EQ(deflateInit2(&stream, Z_BEST_SPEED, Z_DEFLATED, 15 + 16, 8, Z_DEFAULT_STRATEGY), Z_OK);
+    stream.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(text.data())); // zlib does not write to its input
+    stream.avail_in = static_cast<uInt>(text.size());
+    stream.next_out = reinterpret_cast<Bytef*>(packed.data());
+    stream.avail_out = static_cast<uInt>(packed.size());
+    EXPECT_EQ(deflate(&stream, Z_FINISH), Z_STREAM_END);
+    packed.resize(stream.total_out);
+    deflateEnd(&stream);
+    return packed;
+}
+
+std::string zstd_packed(const std::string& text) {
+    std::string packed(ZSTD_compressBound(text.size()), '\0');
+    packed.resize(ZSTD_compress(packed.data(), packed.size(), text.data(), text.size(), 1));
+    return packed;
+}
+
+std::string converted_text(const std::string& text, const char* encoding, const char* from) {
+    std::string converted(text.size() * 4 + 4, '\0');
+    UErrorCode error = U_ZERO_ERROR;
+    const std::int32_t length = ucnv_convert(encoding, from, converted.data(), static_cast<std::int32_t>(converted.size()), text.data(),
+                                             static_cast<std::int32_t>(text.size()), &error);
+    EXPECT_LE(error, U_ZERO_ERROR);
+    converted.resize(static_cast<std::size_t>(length));
+    return converted;
+}
+
+std::string encoded(const std::string& text, const char* encoding) { return converted_text(text, encoding, "UTF-8"); }
+std::string encoded_from(const std::string& text, const char* encoding) { return converted_text(text, "UTF-8", encoding); }
+
+// Larger than every buffer on the way.
+std::string large_file(std::string_view text) {
+    std::string file = "n,s\n";
+    for (int i = 0; i < 40000; ++i) {
+        file += joined({std::to_string(i), ",", text, std::to_string(i * 7919 % 10007), "\n"});
+    }
+    return file;
+}
+
+TEST(Inputs, PackedFiles) {
+    const std::string file = large_file("");
+    const std::size_t half = file.size() / 2;
+    const std::pair<std::string, std::string> packed_files[] = {
+        {"t.csv.gz", gzipped(file)},
+        {"t.csv", gzipped(file.substr(0, half)) + gzipped(file.substr(half))},
+        {"t.csv.zst", zstd_packed(file)},
+        {"t", zstd_packed(file.substr(0, half)) + zstd_packed("") + zstd_packed(file.substr(half))},
+    };
+    for (const auto& [name, packed] : packed_files) {
+        SCOPED_TRACE(name);
+        const scratch_directory directory;
+        directory.write(name, packed);
+        EXPECT_TRUE(directory.run({name, "SELECT * FROM t"}).out == file);
+        EXPECT_TRUE(directory.run({"-", "SELECT * FROM stdin"}, "out", name).out == file);
+        directory.write(name, packed.substr(0, packed.size() - 5));
+        const run_result cut = directory.run({name, "SELECT * FROM t"});
+        EXPECT_NE(cut.err.find(" data is damaged or cut off: it ends too early"), std::string::npos) << cut.err;
+        EXPECT_EQ(cut.status, 1);
+        directory.write(name, packed.substr(0, 20) + "damaged" + packed.substr(27));
+        EXPECT_EQ(directory.run({name, "SELECT * FROM t"}).status, 1);
+    }
+}
+
+TEST(Inputs, Encodings) {
+    const std::string file = large_file("Größe é");
+    const scratch_directory directory;
+    const auto read = [&](const std::string& text, const arguments& options = {}) {
+        directory.write("t.csv", text);
+        arguments words = options;
+        words.insert(words.end(), {"t.csv", "SELECT * FROM t"});
+        return directory.run(words);
+    };
+    EXPECT_TRUE(read(encoded(file, "latin1"), {"--encoding", "Latin1"}).out == file);
+    EXPECT_TRUE(read(encoded(file, "UTF-16LE"), {"--encoding", "UTF-16LE"}).out == file);
+    EXPECT_TRUE(read(joined({"\xFF\xFE", encoded(file, "UTF-16LE")})).out == file);
+    EXPECT_TRUE(read(joined({"\xFE\xFF", encoded(file, "UTF-16BE")}), {"--encoding", "latin1"}).out == file);
+    EXPECT_TRUE(read(joined({"\xEF\xBB\xBF", file})).out == file);
+    EXPECT_TRUE(read(file, {"--encoding", "utf8"}).out == file);
+    EXPECT_EQ(read(gzipped(encoded("n\n價\n", "Big5")), {"--encoding", "Big5"}).out, "n\n價\n");
+    EXPECT_EQ(read(encoded("n\n한\n", "EUC-KR"), {"--set", "charset=euc-kr"}).out, encoded("n\n한\n", "EUC-KR"));
+    EXPECT_EQ(read("\xEF\xBB\xBFn\n한\n", {"--set", "charset=euc-kr"}).out, encoded("n\n한\n", "EUC-KR"));
+
+    // 0x7C is a bar, and half of a character of GB18030.
+    EXPECT_EQ(read("\x81\x7C\n\x81\x7C\n", {"--set", "charset=gb18030"}).out, "\x81\x7C\n\x81\x7C\n");
+    EXPECT_EQ(read("\x81\x7C|b\n1|2\n", {"--encoding", "gb18030"}).out, joined({encoded_from("\x81\x7C", "gb18030"), ",b\n1,2\n"}));
+    EXPECT_EQ(read("a|b\n", {"--set", "charset=gb18030", "--delimiter", "bar"}).err,
+              "bifun: --delimiter: in gb18030, bar is also a part of characters\n");
+    EXPECT_EQ(read("é\xFE"
+                   "b\n1\xFE"
+                   "2\n",
+                   {"--delimiter", "0xFE"})
+                  .out,
+              "é,b\n1,2\n");
+
+    const std::string reason =
+        "bytes that are no UTF-8, or a character that euc-kr does not have; name the file's encoding with --encoding NAME\n";
+    EXPECT_EQ(read("n\n한\n\xFF\n", {"--set", "charset=euc-kr", "--encoding", "UTF-8"}).err, joined({"bifun: t.csv, line 3: ", reason}));
+    EXPECT_EQ(read("n\n\xE0\xBC\x8B\n", {"--set", "charset=euc-kr", "--encoding", "UTF-8"}).err,
+              joined({"bifun: t.csv, line 2: ", reason}));
+    EXPECT_EQ(read("\xFF\xFEn").status, 1); // half a character
+    EXPECT_EQ(read("n\n", {"--encoding", "latin-none"}).err,
+              "bifun: t.csv: there is no encoding latin-none; names are such as latin1, windows-1252, UTF-16 or Shift_JIS\n");
+}
+
+const std::string sample = "n,s\n1.5,\"a|b\tc\"\n,\"\"\n-2,\"x\"\"y\n\\\"\n";
+
+TEST(Outputs, Formats) {
+    const std::pair<std::string, std::string> formats[] = {
+        {"csv", "n,s\n1.5,a|b\tc\n,\"\"\n-2,\"x\"\"y\n\\\"\n"},
+        {"tsv", "n\ts\n1.5\t\"a|b\tc\"\n\t\"\"\n-2\t\"x\"\"y\n\\\"\n"},
+        {"jsonl", "{\"n\": 1.5, \"s\": \"a|b\\tc\"}\n{\"n\": null, \"s\": \"\"}\n{\"n\": -2, \"s\": \"x\\\"y\\n\\\\\"}\n"},
+        {"markdown", "| n | s |\n|---:|---|\n| 1.5 | a\\|b\\\\tc |\n| NULL |  |\n| -2 | x\"y\\\\n\\\\ |\n"},
+    };
+    for (const auto& [format, out] : formats) {
+        expect_answer(sample, "SELECT * FROM t", out, {"--format", format});
+    }
+    expect_answer("n\n", "SELECT * FROM t", "", {"--format", "jsonl"});
+    expect_answer("a|b\n", "SELECT * FROM t", "| a\\|b |\n|---|\n", {"--format", "markdown", "--delimiter", "comma"});
+    expect_failure("", "SELECT 1", "--format: there is no format xml; there are table, csv, tsv, json, jsonl and markdown",
+                   {"--format", "xml"});
+}
+
+TEST(Outputs, FilesAreWrittenWholeOrNotAtAll) {
+    const scratch_directory directory;
+    const auto file_count = [&] {
+        return std::distance(std::filesystem::directory_iterator(directory.path), std::filesystem::directory_iterator());
+    };
+    directory.write("t.csv", "n\n4\n-1\n");
+    directory.write("old.tsv", "old");
+    std::filesystem::permissions(directory.path / "old.tsv", std::filesystem::perms(0640));
+    std::filesystem::create_symlink("old.tsv", directory.path / "link.tsv");
+    EXPECT_EQ(directory.run({"--output", "new.json", "t.csv", "SELECT n FROM t"}).out, "");
+    EXPECT_EQ(read_file(directory.path / "new.json"), "[\n  {\"n\": 4},\n  {\"n\": -1}\n]\n");
+    const auto files = file_count();
+
+    const run_result failed = directory.run({"--output", "old.tsv", "--batch-rows", "1", "t.csv", "SELECT SQRT(n) FROM t"});
+    EXPECT_TRUE(failed.err.starts_with("bifun: SQRT: -6803 ")) << failed.err;
+    EXPECT_EQ(read_file(directory.path / "old.tsv"), "old");
+    EXPECT_EQ(directory.run({"--output", "none.csv", "t.csv", "SELECT SQRT(n) FROM t"}).status, 1);
+    EXPECT_EQ(file_count(), files);
+
+    EXPECT_EQ(directory.run({"--output", "link.tsv", "t.csv", "SELECT n, n m FROM t LIMIT 1"}).err, "");
+    EXPECT_EQ(read_file(directory.path / "old.tsv"), "n\tm\n4\t4\n");
+    EXPECT_EQ(std::filesystem::status(directory.path / "old.tsv").permissions(), std::filesystem::perms(0640));
+    EXPECT_TRUE(std::filesystem::is_symlink(directory.path / "link.tsv"));
+    EXPECT_EQ(directory.run({"--output", "t.csv", "t.csv", "SELECT n FROM t"}).err, ""); // the file that is read
+    EXPECT_EQ(read_file(directory.path / "t.csv"), "n\n4\n-1\n");
+    EXPECT_EQ(file_count(), files);
+
+    EXPECT_EQ(directory.run({"--output", "/dev/stdout", "--format", "csv", "t.csv", "SELECT n FROM t"}).out, "n\n4\n-1\n");
+    EXPECT_EQ(directory.run({"--output", "none/x.csv", "SELECT 1"}).err,
+              "bifun: none/x.csv cannot be written: No such file or directory\n");
+    EXPECT_EQ(directory.run({"--output", "/dev/full", "SELECT 1"}).status, 1);
+
+    // A program that is ended takes its temporary file along.
+    const std::string command = joined({"cd '", directory.path.string(), "' && mkfifo p && (timeout -s TERM 1 '", BIFUN_PROGRAM_PATH,
+                                        "' --output new.csv - 'SELECT * FROM stdin' < p & (echo a; sleep 2) > p; wait)"});
+    EXPECT_EQ(std::system(command.c_str()), 0);
+    EXPECT_EQ(file_count(), files + 1);
+}
+
+TEST(Outputs, ValuesThatFitNoLongerStartAgain) {
+    const scratch_directory directory;
+    std::string file = "n,s\n";
+    while (file.size() < (std::size_t{3} << 19)) {
+        file += "1,some text that fills the lines\n";
+    }
+    file += "1.5,x\n";
+    directory.write("t.csv", file);
+    EXPECT_EQ(directory.run({"--sample", "1", "--output", "o.csv", "t.csv", "SELECT * FROM t"}).err, "");
+    EXPECT_TRUE(read_file(directory.path / "o.csv") == file);
+    // A file that comes as the standard input is read again too.
+    const std::string query = "SELECT * FROM stdin WHERE s = 'x'";
+    EXPECT_EQ(directory.run({"--sample", "1", "-", query}, "out <t.csv").out, "n,s\n1.5,x\n");
+    EXPECT_EQ(directory.run({"--sample", "1", "-", query}, "out", "t.csv").status, 1);
+}
+
+TEST(Descriptions, Columns) {
+    const scratch_directory directory;
+    directory.write("t.csv", "n,big,e,day,moment,zoned,s,none,mixed\n"
+                             "10,5,1e3,2024-02-29,2024-01-01,10:00+02:00,b,,1\n"
+                             ",99999999999,-5,1999-12-31,2023-12-31 23:59:59,09:30 +01:00,\"a\n|\",,2\n"
+                             "-9,,2,,,,\"\",,2024-01-01\n"
+                             "9.50,7,1,2000-01-01,2024-01-01 00:00:01,09:00+00:00,c,,x\n");
+    const std::string heading = "column,type,values,nulls,smallest,largest,text_line,text\n";
+    EXPECT_EQ(directory.run({"describe", "t.csv"}).out,
+              joined({heading, "n,DECIMAL,3,1,-9,10,,\n", "big,BIGINT,3,1,5,99999999999,,\n", "e,DOUBLE,4,0,-5,1e3,,\n",
+                      "day,DATE,3,1,1999-12-31,2024-02-29,,\n", "moment,TIMESTAMP,3,1,2023-12-31 23:59:59,2024-01-01 00:00:01,,\n",
+                      "zoned,TIME WITH TIME ZONE,3,1,10:00+02:00,09:00+00:00,,\n", "s,VARCHAR,4,0,\"\",c,2,b\n", "none,VARCHAR,0,4,,,,\n",
+                      "mixed,VARCHAR,4,0,1,x,5,2024-01-01\n"}));
+    EXPECT_EQ(
+        directory.run({"describe", "--format", "markdown", "--no-header", "--skip", "5", "--output", "d.md", "-"}, "out", "t.csv").err, "");
+    EXPECT_EQ(read_file(directory.path / "d.md").substr(0, 38), "| column | type | values | nulls | sma");
+    directory.write("u.csv", "a\n1\n1,2\n\xFF\n" + std::string(50, 'x') + "\n");
+    EXPECT_EQ(directory.run({"describe", "u.csv"}).err.substr(0, 24), "bifun: u.csv, line 3: th");
+    const run_result result = directory.run({"describe", "--ignore-errors", "--format", "table", "u.csv"});
+    EXPECT_NE(result.out.find("a      | VARCHAR |      3 |     0 | 1        | \xEF\xBF\xBD"), std::string::npos) << result.out;
+    EXPECT_TRUE(result.err.starts_with("bifun: 1 row left out; the first: u.csv, line 3: ")) << result.err;
+    EXPECT_EQ(directory.run({"describe"}).err, "bifun: FILE is required; see bifun --help\n");
+}
+
+} // namespace
