@@ -46,7 +46,7 @@
  * anything.
  *
  * bifun_dll_var_init stores the three settings and tells the engine of them, where it has zq_settings_changed (engine/session.h); call it
- * once after loading the library and before anything else. It returns 0. */
+ * once after loading the library and before anything else. It checks none of them and returns 0. */
 #ifndef BIFUN_BIFUN_H
 #define BIFUN_BIFUN_H
 

@@ -37,20 +37,23 @@ foreach(package bifun zqengine)
   install(FILES ${PROJECT_BINARY_DIR}/${package}.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
 endforeach()
 
-# The pages of the functions are for whoever writes SQL, the rest for builders of engines. All lie in one folder, as they refer to each
-# other.
+# The pages of the functions are for whoever writes SQL, the rest for builders of engines. All lie as they do
+# here, for they refer to each other.
 set(pages_of_functions functions strings dates number-formats date-formats)
 list(TRANSFORM pages_of_functions PREPEND ${docs}/)
 list(TRANSFORM pages_of_functions APPEND .md)
 file(GLOB pages_of_development CONFIGURE_DEPENDS ${docs}/*.md ${docs}/*.svg)
 list(REMOVE_ITEM pages_of_development ${pages_of_functions})
-install(FILES ${pages_of_development} DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT development)
+install(FILES ${pages_of_development} DESTINATION ${CMAKE_INSTALL_DOCDIR}/docs COMPONENT development)
 install(DIRECTORY examples DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT development)
+install(FILES bench/README.md DESTINATION ${CMAKE_INSTALL_DOCDIR}/bench COMPONENT development)
 install(FILES LICENSE CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT licence)
 if(BIFUN_PROGRAM)
   install(TARGETS bifun_program RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT program)
-  install(FILES ${pages_of_functions} DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT program)
+  install(FILES ${pages_of_functions} DESTINATION ${CMAKE_INSTALL_DOCDIR}/docs COMPONENT program)
+  install(FILES README.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT program)
+  install(DIRECTORY data DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT program FILES_MATCHING PATTERN "*.csv" PATTERN "*.md")
   install(FILES ${docs}/bifun.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT manual)
 else()
-  install(FILES ${pages_of_functions} DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT development)
+  install(FILES ${pages_of_functions} DESTINATION ${CMAKE_INSTALL_DOCDIR}/docs COMPONENT development)
 endif()

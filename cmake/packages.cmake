@@ -82,6 +82,7 @@ debian_package(development libbifun-dev libdevel
   "CMake package, pkg-config files, and examples and pages for builders of"
   "engines.")
 if(BIFUN_PROGRAM)
+  set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SUGGESTS bifun)
   debian_package(program bifun database "libbifun${PROJECT_VERSION_MAJOR} (= ${debian_version})"
     "SQL over CSV files"
     "This package has a program that runs SQL queries with these functions over"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Bytes as a CSV file. Behind an even byte they are a file as it is, packed or encoded perhaps, which must come through without a fault of
 // memory. Behind an odd one they are text, of which the reader must make the rows, the NULLs and the error that a reader makes which goes
 // byte by byte; plain values must be what the general readers make of them.

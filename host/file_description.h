@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // bifun describe: what the columns of a file hold.
 #ifndef BIFUN_HOST_FILE_DESCRIPTION_H
 #define BIFUN_HOST_FILE_DESCRIPTION_H

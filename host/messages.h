@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the program says besides its results.
 #ifndef BIFUN_HOST_MESSAGES_H
 #define BIFUN_HOST_MESSAGES_H

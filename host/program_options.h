@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the command line asks for.
 #ifndef BIFUN_HOST_PROGRAM_OPTIONS_H
 #define BIFUN_HOST_PROGRAM_OPTIONS_H

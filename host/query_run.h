@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A query over a file, from the command line to the output.
 #ifndef BIFUN_HOST_QUERY_RUN_H
 #define BIFUN_HOST_QUERY_RUN_H

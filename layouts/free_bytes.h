@@ -58,9 +58,11 @@ inline void copy_bytes(std::uint8_t* to, const std::uint8_t* from, std::size_t l
 inline bdta3_free_bytes& of_column(const bifun_column_data& column) {
 #ifdef BIFUN_CHECK_COLUMNS
     if (column.engine_header[1] == nullptr) {
-        static_cast<void>(std::fputs("bifun: the column of a string result has no free bytes (engine_header[1] is null), but the engine "
-                                     "says that they lie open (engine/statements.h): result columns have to be those of the engine\n",
-                                     stderr));
+        static_cast<void>(
+            std::fputs("bifun: the column of a string result has no free bytes (engine_header[1] is null), but the engine "
+                       "says that they lie open (engine/statements.h): result columns are made by the engine, the embedded one's by "
+                       "zqengine_column_create\n",
+                       stderr));
         std::abort();
     }
 #endif

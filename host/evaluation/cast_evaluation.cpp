@@ -9,7 +9,7 @@
 #include "engine/datetime.h"
 #include "engine/decimal.h"
 #include "host/evaluation/execution_parts.h"
-#include "host/output/output.h"
+#include "host/output/value_output.h"
 #include "host/program_error.h"
 #include "host/tables/field_value.h"
 #include "host/values/value_text.h"
@@ -66,9 +66,10 @@ void cast_to_text(const execution& run, step& made, std::uint32_t row_count) {
 
 void cast_from_text(const execution& run, step& made, std::uint32_t row_count) {
     const auto* const texts = static_cast<const bifun_string*>(column_of(run, made.operands[0]).data->values);
+    const field_storing storing{.type = {.type = made.type}, .sampled = {}, .settings = run.settings};
     cast_rows(run, made, row_count, [&](std::uint32_t row, std::uint32_t place) {
         const std::string_view text(reinterpret_cast<const char*>(texts[row].data), texts[row].length);
-        return store_field({.type = made.type}, run.settings, text, *made.result, place) == field_fault::none;
+        return store_field(storing, text, false, *made.result, place) == field_fault::none;
     });
 }
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The file that --output names, which is written whole or not at all.
 #ifndef BIFUN_HOST_OUTPUT_OUTPUT_FILE_H
 #define BIFUN_HOST_OUTPUT_OUTPUT_FILE_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Values and texts as the output formats write them, each appended to `out`.
 #ifndef BIFUN_HOST_OUTPUT_VALUE_OUTPUT_H
 #define BIFUN_HOST_OUTPUT_VALUE_OUTPUT_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "host/tables/column_description.h"
 
 #include <string_view>

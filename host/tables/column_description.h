@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the columns of a file hold.
 #ifndef BIFUN_HOST_TABLES_COLUMN_DESCRIPTION_H
 #define BIFUN_HOST_TABLES_COLUMN_DESCRIPTION_H

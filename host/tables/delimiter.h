@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What separates the fields of a file.
 #ifndef BIFUN_HOST_TABLES_DELIMITER_H
 #define BIFUN_HOST_TABLES_DELIMITER_H

@@ -109,9 +109,6 @@ std::optional<column_type> find_column_type(std::string_view text) {
     return found == std::end(named_types) ? std::nullopt : std::optional(column_type{.type = found->type});
 }
 
-namespace {
-
-// Any field that is not NULL, as its type's general reader reads it.
 field_fault store_field(const field_storing& storing, std::string_view text, bool is_ascii, zqengine::column_storage& column,
                         std::uint32_t row) {
     const column_type& type = storing.type;
@@ -150,6 +147,8 @@ field_fault store_field(const field_storing& storing, std::string_view text, boo
     }
     return read ? field_fault::none : has_too_many_digits(type, text) ? field_fault::too_many_digits : field_fault::not_of_type;
 }
+
+namespace {
 
 // `store_plain` stores a text as row `row`, or is false for what is left to store_field.
 template <class StorePlain>

@@ -43,6 +43,10 @@ struct field_storing {
     const session_settings& settings;
 };
 
+// Stores a text, which is no NULL, as row `row`. `is_ascii` may be false of ASCII, too.
+field_fault store_field(const field_storing& storing, std::string_view text, bool is_ascii, zqengine::column_storage& column,
+                        std::uint32_t row);
+
 // Stores the fields of one column of rows just read as the rows from `first_row` on. Returns the number of rows stored: less than those
 // given where the field behind them has a fault.
 std::size_t store_fields(const field_storing& storing, csv_reader& reader, std::span<const std::uint32_t> rows, std::size_t column,

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the name of a file says.
 #ifndef BIFUN_HOST_TABLES_FILE_NAME_H
 #define BIFUN_HOST_TABLES_FILE_NAME_H

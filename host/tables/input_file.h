@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The bytes of a file, a pipe or the standard input, unpacked where they are packed.
 #ifndef BIFUN_HOST_TABLES_INPUT_FILE_H
 #define BIFUN_HOST_TABLES_INPUT_FILE_H

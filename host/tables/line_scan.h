@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Where the fields and lines of CSV text end, found 64 bytes at a time.
 #ifndef BIFUN_HOST_TABLES_LINE_SCAN_H
 #define BIFUN_HOST_TABLES_LINE_SCAN_H

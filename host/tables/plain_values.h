@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Values written in the plainest way, which nearly all are: read in place, to the bytes that the general readers give. What is written in
 // any other way is left to those.
 #ifndef BIFUN_HOST_TABLES_PLAIN_VALUES_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The text of a file in the character set of the database.
 #ifndef BIFUN_HOST_TABLES_TEXT_INPUT_H
 #define BIFUN_HOST_TABLES_TEXT_INPUT_H

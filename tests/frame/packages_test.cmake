@@ -8,8 +8,8 @@ include(${CMAKE_CURRENT_LIST_DIR}/run.cmake)
 set(files_libbifun0 "lib[^ ]*/libbifun[.]so[.][0-9.]+")
 set(files_libzqengine0 "lib[^ ]*/libzqengine[.]so[.][0-9.]+")
 set(files_libbifun-dev
-  "include/bifun/[^ ]+|lib[^ ]*/(cmake/bifun|pkgconfig)/[^ ]+|lib[^ ]*/lib(bifun|zqengine)[.]so|share/doc/bifun/([^ ]+[.](md|svg)|examples/[^ ]+)")
-set(files_bifun "bin/bifun|share/doc/bifun/[^ ]+[.]md")
+  "include/bifun/[^ ]+|lib[^ ]*/(cmake/bifun|pkgconfig)/[^ ]+|lib[^ ]*/lib(bifun|zqengine)[.]so|share/doc/bifun/((docs|bench)/[^ ]+[.](md|svg)|examples/[^ ]+)")
+set(files_bifun "bin/bifun|share/doc/bifun/((docs/[^ ]+|README)[.]md|data/[^ ]+)")
 set(control_libbifun0 "shlibs;triggers")
 set(control_libzqengine0 "shlibs;triggers")
 

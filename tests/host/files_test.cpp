@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Files as they come: delimiters, headers, bad rows, and types that the beginning of a file does not tell.
 #include <random>
 #include <string>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What files are packed and encoded in, what results are written as, and the descriptions of files.
 #include <unistd.h>
 
@@ -175,8 +176,8 @@ TEST(Outputs, FilesAreWrittenWholeOrNotAtAll) {
     EXPECT_EQ(directory.run({"--output", "/dev/full", "SELECT 1"}).status, 1);
 
     // A program that is ended takes its temporary file along.
-    const std::string command = joined({"cd '", directory.path.string(), "' && mkfifo p && (timeout -s TERM 1 '", BIFUN_PROGRAM_PATH,
-                                        "' --output new.csv - 'SELECT * FROM stdin' < p & (echo a; sleep 2) > p; wait)"});
+    const std::string command = joined({"cd '", directory.path.string(), "' && mkfifo p && (timeout -s TERM 1 ", BIFUN_PROGRAM_COMMAND,
+                                        " --output new.csv - 'SELECT * FROM stdin' < p & (echo a; sleep 2) > p; wait)"});
     EXPECT_EQ(std::system(command.c_str()), 0);
     EXPECT_EQ(file_count(), files + 1);
 }
