@@ -14,6 +14,7 @@
 #include "engine/memory.h"
 #include "engine/session.h"
 #include "host/program_error.h"
+#include "host/session/interruption.h"
 #include "host/values/date_formats.h"
 #include "host/values/value_text.h"
 
@@ -462,6 +463,7 @@ void run_plan(plan& query, std::uint32_t batch_rows, const session_settings& set
     }
     std::uint64_t rows_left = query.limit.value_or(UINT64_MAX);
     while (rows_left > 0) {
+        stop_if_interrupted();
         const std::uint32_t row_count = next_batch(run, batch_rows, rows_left);
         if (row_count == 0) {
             break;
