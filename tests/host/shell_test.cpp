@@ -5,7 +5,7 @@
 #include <unistd.h>
 
 #include <array>
-#include <chrono>
+#include <csignal>
 #include <cstdlib>
 #include <regex>
 #include <set>
@@ -25,7 +25,8 @@ constexpr const char* staff = "name,Hired On,salary\nAda,2019-03-31,10.5\nGrace,
 class terminal {
   public:
     terminal(const scratch_directory& directory, const arguments& words) {
-        pid_ = forkpty(&master_, nullptr, nullptr, nullptr);
+        winsize size{.ws_row = 50, .ws_col = 200, .ws_xpixel = 0, .ws_ypixel = 0}; // no line is wrapped
+        pid_ = forkpty(&master_, nullptr, nullptr, &size);
         if (pid_ == 0) {
             setenv("XDG_STATE_HOME", (directory.path / "state").c_str(), 1);
             setenv("HOME", directory.path.c_str(), 1);
@@ -55,9 +56,8 @@ class terminal {
 
     // Waits for a text behind what has been expected before.
     testing::AssertionResult shows(const std::string& expected) {
-        const auto deadline = std::chrono::steady_clock::now() + std::chrono::minutes(2);
         while (shown_.find(expected) == std::string::npos) {
-            if (std::chrono::steady_clock::now() > deadline || !read_more()) {
+            if (!read_more()) {
                 return testing::AssertionFailure() << "no \"" << expected << "\" in\n" << shown_;
             }
         }
@@ -68,6 +68,7 @@ class terminal {
     int exit_status() {
         while (read_more()) {
         }
+        kill(pid_, SIGKILL); // if it has not ended
         int status = 0;
         waitpid(pid_, &status, 0);
         pid_ = 0;
@@ -76,6 +77,11 @@ class terminal {
 
   private:
     bool read_more() {
+        pollfd waiting{.fd = master_, .events = POLLIN, .revents = 0};
+        constexpr int most_milliseconds = 30'000;
+        if (poll(&waiting, 1, most_milliseconds) <= 0) {
+            return false;
+        }
         std::array<char, 4096> bytes{};
         const ssize_t count = read(master_, bytes.data(), bytes.size());
         for (ssize_t i = 0; i < count; ++i) {
@@ -129,7 +135,7 @@ TEST(Shell, Completion) {
     directory.write("staff.csv", staff);
     terminal shell(directory, {"staff.csv"});
     EXPECT_TRUE(shell.shows("bifun> "));
-    shell.type("sel\t\"hi\t, sala\t, datedi\tDAY, \"H\t, DATE '2019-04-01') fr\tst\t;\n");
+    shell.type("sel\t\"hi\t, sala\t, datedi\tDAY, \"H\t, DATE '2019-04-01') fr\t st\t;\n");
     EXPECT_TRUE(shell.shows("select \"Hired On\", salary, datediff(DAY, \"Hired On\", DATE '2019-04-01') from staff"));
     EXPECT_TRUE(shell.shows("10.5 "));
     EXPECT_TRUE(shell.shows("bifun> "));
@@ -137,7 +143,6 @@ TEST(Shell, Completion) {
     EXPECT_TRUE(shell.shows("\\set case_sensitive=0"));
     shell.type("SELECT 'sal\t' < TO_\t");
     EXPECT_TRUE(shell.shows("TO_CHAR("));
-    EXPECT_TRUE(shell.shows("'sal' < TO_"));
     shell.type("\x03\x04"); // Ctrl-D
     EXPECT_EQ(shell.exit_status(), 0);
 }
