@@ -143,7 +143,9 @@ TEST(Shell, Completion) {
     EXPECT_TRUE(shell.shows("\\set case_sensitive=0"));
     shell.type("SELECT 'sal\t' < TO_\t");
     EXPECT_TRUE(shell.shows("TO_CHAR("));
-    shell.type("\x03\x04"); // Ctrl-D
+    shell.type("\x03");
+    EXPECT_TRUE(shell.shows("^C\nbifun> "));
+    shell.type("\x04"); // Ctrl-D
     EXPECT_EQ(shell.exit_status(), 0);
 }
 
@@ -154,6 +156,7 @@ TEST(Shell, HistoryIsKept) {
         EXPECT_TRUE(shell.shows("bifun> "));
         shell.type(text);
         EXPECT_TRUE(shell.shows("---"));
+        EXPECT_TRUE(shell.shows("bifun> "));
         shell.type("\x04");
         EXPECT_EQ(shell.exit_status(), 0);
     }
@@ -181,6 +184,7 @@ TEST(Shell, CtrlCEndsTheQueryAlone) {
     EXPECT_TRUE(second.shows("bifun: interrupted\n"));
     second.type("SELECT 42;\n");
     EXPECT_TRUE(second.shows("\n42\n"));
+    EXPECT_TRUE(second.shows("bifun> "));
     second.type("\x04");
     EXPECT_EQ(second.exit_status(), 0);
 }
