@@ -6,6 +6,7 @@
 #include <sstream>
 
 #include <CLI/CLI.hpp>
+#include <unistd.h>
 
 #include "host/file_description.h"
 #include "host/functions/function_list.h"
@@ -14,6 +15,7 @@
 #include "host/output/output_stream.h"
 #include "host/program_error.h"
 #include "host/query_run.h"
+#include "host/shell/shell.h"
 #include "host/tables/delimiter.h"
 
 namespace host {
@@ -22,6 +24,7 @@ namespace {
 constexpr const char* description =
     "bifun - SQL over CSV files, evaluated batch by batch by the SQL built-in functions of libbifun.so\n\n"
     "  bifun [OPTIONS] [FILE.csv ...] \"SELECT ...\"\n"
+    "  bifun [OPTIONS] [FILE.csv ...]                  an interactive shell, on a terminal; \\? lists its commands\n"
     "  bifun describe [OPTIONS] FILE.csv               the columns of a file: types, NULLs, smallest and largest values\n"
     "  bifun functions [NAME]                          the built-in functions, or one of them in full\n\n"
     "A file is a table named after its base name: staff.csv is the table staff, and my-file.csv my_file. - is the standard input, the\n"
@@ -146,7 +149,11 @@ int run(int argument_count, char** arguments) {
     } catch (const CLI::ParseError& reason) {
         return answer(app, reason);
     }
-    run_query(options);
+    if (!has_query(options) && isatty(STDIN_FILENO) == 1 && isatty(STDOUT_FILENO) == 1) {
+        run_shell(std::move(options));
+    } else {
+        run_query(options);
+    }
     return 0;
 }
 

@@ -71,16 +71,20 @@ bool is_file_name(const std::string& word) {
 
 } // namespace
 
+bool has_query(const program_options& options) { return !options.words.empty() && !is_file_name(options.words.back()); }
+
 void run_query(const program_options& options) {
-    if (!options.words.empty() && is_file_name(options.words.back())) {
-        const std::string& file = options.words.back();
-        fail("there is no query behind {0}; give one as in: bifun {0} \"SELECT * FROM {1}\"", file, plain_table_name_of(file));
-    }
     if (options.words.empty()) {
         fail("there is no query; give one as in: bifun \"SELECT NVL(NULL, 7)\", or see bifun --help");
     }
-    const std::string& sql = options.words.back();
-    const std::vector<std::string> files(options.words.begin(), options.words.end() - 1);
+    if (!has_query(options)) {
+        const std::string& file = options.words.back();
+        fail("there is no query behind {0}; give one as in: bifun {0} \"SELECT * FROM {1}\"", file, plain_table_name_of(file));
+    }
+    run_statement(options, {options.words.begin(), options.words.end() - 1}, options.words.back());
+}
+
+void run_statement(const program_options& options, const std::vector<std::string>& files, const std::string& sql) {
     const session_settings settings = read_settings(options.settings);
     // First of all: it tells the engine of the character set, in which everything else is text.
     const function_library library(options.library, settings.library);

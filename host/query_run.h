@@ -3,12 +3,21 @@
 #ifndef BIFUN_HOST_QUERY_RUN_H
 #define BIFUN_HOST_QUERY_RUN_H
 
+#include <string>
+#include <vector>
+
 #include "host/program_options.h"
 
 namespace host {
 
-// Throws program_error; what has been written before is closed as its format asks for.
+// Whether the last word is a query and not one more file.
+bool has_query(const program_options& options);
+
+// Runs it over the files before it. Throws program_error; what has been written before is closed as its format asks for.
 void run_query(const program_options& options);
+
+// The same with the files and the query given, whatever the words are.
+void run_statement(const program_options& options, const std::vector<std::string>& files, const std::string& sql);
 
 } // namespace host
 

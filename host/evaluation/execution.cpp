@@ -8,6 +8,7 @@
 #include "host/evaluation/execution_parts.h"
 #include "host/evaluation/like.h"
 #include "host/program_error.h"
+#include "host/session/interruption.h"
 
 namespace host {
 namespace {
@@ -216,6 +217,7 @@ void run_plan(plan& query, std::uint32_t batch_rows, const session_settings& set
     }
     std::uint64_t rows_left = query.limit.value_or(UINT64_MAX);
     while (rows_left > 0) {
+        stop_if_interrupted();
         const std::uint32_t row_count = next_batch(run, batch_rows, rows_left + std::min(selection.left_to_skip, UINT64_MAX - rows_left));
         if (row_count == 0) {
             break;

@@ -21,6 +21,7 @@ enum class output_format : std::uint8_t { table, csv, tsv, json, json_lines, mar
 
 // By its name or the extension of files in it; nothing where there is none.
 std::optional<output_format> find_output_format(std::string_view name);
+constexpr std::string_view output_formats[] = {"table", "csv", "tsv", "json", "jsonl", "markdown"};
 constexpr std::string_view output_format_names = "table, csv, tsv, json, jsonl and markdown";
 
 // Writes the rows of one result. Nothing is written before the first batch, so that a query that fails at once prints nothing.

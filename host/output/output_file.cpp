@@ -59,8 +59,10 @@ output_file::output_file(std::string path) : path_(std::move(path)) {
     }
     removed_at_signal = temporary_.c_str();
     for (const int signal : ending_signals) {
-        if (std::signal(signal, remove_and_end) == SIG_IGN) {
-            static_cast<void>(std::signal(signal, SIG_IGN));
+        // One that is ignored or does not end the program stays as it is.
+        const auto before = std::signal(signal, remove_and_end);
+        if (before != SIG_DFL) {
+            static_cast<void>(std::signal(signal, before));
         }
     }
     const mode_t mask = umask(0);

@@ -95,9 +95,7 @@ void assign(session_settings& settings, std::string_view name, const std::string
     const auto& known = all_settings();
     const auto found = std::ranges::find_if(known, [&](const setting& s) { return equal_ignoring_case(s.name, name); });
     if (found == known.end()) {
-        std::vector<std::string_view> names;
-        std::ranges::transform(known, std::back_inserter(names), &setting::name);
-        fail("--set: there is no setting {}; there are {} and param.NUMBER", name, fmt::join(names, ", "));
+        fail("--set: there is no setting {}; there are {} and param.NUMBER", name, fmt::join(setting_names(), ", "));
     }
     if (!found->assign(settings, value)) {
         fail("--set: {} cannot be \"{}\"; it can be {}", found->name, value, found->values);
@@ -113,6 +111,12 @@ std::string in_database_charset(const session_settings& settings, const std::str
 }
 
 } // namespace
+
+std::vector<std::string_view> setting_names() {
+    std::vector<std::string_view> names;
+    std::ranges::transform(all_settings(), std::back_inserter(names), &setting::name);
+    return names;
+}
 
 session_settings read_settings(const std::vector<std::string>& assignments) {
     const charset* const standard = find_charset("utf-8");

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -27,6 +28,9 @@ struct session_settings {
     // The session's zone, which also zoned values have that name none.
     [[nodiscard]] std::int32_t time_zone() const { return given_zone.value_or(0); }
 };
+
+// Of all but the engine's parameters.
+std::vector<std::string_view> setting_names();
 
 // Reads "NAME=VALUE" texts over the defaults: compatible_mode=1, charset=utf-8, case_sensitive=1 and no more.
 session_settings read_settings(const std::vector<std::string>& assignments);

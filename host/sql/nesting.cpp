@@ -9,82 +9,10 @@
 
 #include "host/near_names.h"
 #include "host/sql/sql_text.h"
+#include "host/sql/tokens.h"
 
 namespace host {
 namespace {
-
-constexpr std::string_view operator_characters = "~!@#^&|`?+-*/%<>=";
-
-bool is_word_character(char c) {
-    return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || c == '_' || c == '$' ||
-           static_cast<unsigned char>(c) >= 0x80U;
-}
-
-// Behind the closing quote of a text whose first quote stands at `begin`; in E'...' a backslash takes away the meaning of what follows.
-std::size_t end_of_quoted(std::string_view sql, std::size_t begin, bool has_escapes) {
-    std::size_t at = begin + 1;
-    while (at < sql.size() && sql[at] != sql[begin]) {
-        at += has_escapes && sql[at] == '\\' ? 2 : 1;
-    }
-    return std::min(at + 1, sql.size());
-}
-
-// $$...$$ and $name$...$name$; just the sign where it begins none.
-std::size_t end_of_dollar_quoted(std::string_view sql, std::size_t begin) {
-    std::size_t close = begin + 1;
-    while (close < sql.size() && is_word_character(sql[close]) && sql[close] != '$') {
-        ++close;
-    }
-    const bool is_number = begin + 1 < sql.size() && sql[begin + 1] >= '0' && sql[begin + 1] <= '9';
-    if (close >= sql.size() || sql[close] != '$' || is_number) {
-        return begin + 1;
-    }
-    const std::string_view mark = sql.substr(begin, close + 1 - begin);
-    const std::size_t end = sql.find(mark, close + 1);
-    return end == sql.npos ? sql.size() : end + mark.size();
-}
-
-std::size_t end_of_comment(std::string_view sql, std::size_t begin) {
-    if (sql[begin] == '-') {
-        return std::min(sql.find('\n', begin), sql.size());
-    }
-    std::size_t at = begin;
-    std::size_t open = 0;
-    do {
-        const std::string_view two = sql.substr(at, 2);
-        open += two == "/*" ? 1U : 0U;
-        open -= two == "*/" ? 1U : 0U;
-        at += two == "/*" || two == "*/" ? 2 : 1;
-    } while (open > 0 && at < sql.size());
-    return at;
-}
-
-bool is_comment(std::string_view rest) { return rest.starts_with("--") || rest.starts_with("/*"); }
-
-// The token at an offset: a word, a run of operator characters, a quoted text, or a single character.
-std::string_view token_at(std::string_view sql, std::size_t begin) {
-    std::size_t end = begin + 1;
-    if (sql[begin] == '\'' || sql[begin] == '"') {
-        end = end_of_quoted(sql, begin, false);
-    } else if (sql[begin] == '$') {
-        end = end_of_dollar_quoted(sql, begin);
-    } else if (is_word_character(sql[begin])) {
-        while (end < sql.size() && is_word_character(sql[end])) {
-            ++end;
-        }
-        const bool is_mark = end == begin + 1 && (sql[begin] == 'e' || sql[begin] == 'E');
-        if (is_mark && end < sql.size() && sql[end] == '\'') {
-            end = end_of_quoted(sql, end, true);
-        }
-    } else if (operator_characters.find(sql[begin]) != operator_characters.npos) {
-        while (end < sql.size() && operator_characters.find(sql[end]) != operator_characters.npos && !is_comment(sql.substr(end))) {
-            ++end;
-        }
-    } else if (sql.substr(begin, 2) == "::") {
-        ++end;
-    }
-    return sql.substr(begin, end - begin);
-}
 
 // What a token does to the depth.
 enum class nesting_effect : unsigned char {
@@ -182,11 +110,10 @@ void check_nesting(std::string_view sql) {
     std::size_t depth = 0; // all levels but the first, and their chains
     std::string_view token;
     for (std::size_t at = 0; at < sql.size(); at += token.size()) {
-        if (is_comment(sql.substr(at))) {
-            token = sql.substr(at, end_of_comment(sql, at) - at);
+        token = sql_token(sql, at);
+        if (is_sql_comment(token)) {
             continue;
         }
-        token = token_at(sql, at);
         nesting_level& level = levels.back();
         const nesting_effect effect = effect_of(token);
         switch (effect) {
@@ -223,7 +150,7 @@ void check_nesting(std::string_view sql) {
             break;
         case nesting_effect::takes_and:
         case nesting_effect::lengthens_chain: {
-            const std::size_t operators = effect == nesting_effect::takes_and || is_word_character(token[0]) ? 1 : operators_in(token);
+            const std::size_t operators = effect == nesting_effect::takes_and || is_sql_word_character(token[0]) ? 1 : operators_in(token);
             level.and_is_taken |= effect == nesting_effect::takes_and;
             level.chain += operators;
             depth += operators;

@@ -4,6 +4,7 @@
 #include <charconv>
 
 #include "engine/decimal.h"
+#include "host/session/interruption.h"
 #include "host/tables/plain_values.h"
 #include "host/values/value_text.h"
 
@@ -112,6 +113,7 @@ found_kinds find_kinds(csv_reader& reader, const std::vector<bool>& wanted, std:
     constexpr std::uint32_t most_rows = 1024;
     std::uint64_t row_count = 0;
     while (reader.text_read() <= most_text && !found.is_whole_file) {
+        stop_if_interrupted();
         const std::span<const std::uint32_t> rows = reader.next_rows(most_rows);
         found.is_whole_file = rows.empty();
         for (std::size_t i = 0; i < wanted.size(); ++i) {

@@ -9,7 +9,7 @@ set(files_libbifun0 "lib[^ ]*/libbifun[.]so[.][0-9.]+")
 set(files_libzqengine0 "lib[^ ]*/libzqengine[.]so[.][0-9.]+")
 set(files_libbifun-dev
   "include/bifun/[^ ]+|lib[^ ]*/(cmake/bifun|pkgconfig)/[^ ]+|lib[^ ]*/lib(bifun|zqengine)[.]so|share/doc/bifun/((docs|bench)/[^ ]+[.](md|svg)|examples/[^ ]+)")
-set(files_bifun "bin/bifun|share/doc/bifun/((docs/[^ ]+|README)[.]md|data/[^ ]+)")
+set(files_bifun "bin/bifun|share/doc/bifun/((docs/[^ ]+|README)[.]md|data/[^ ]+)|share/(bash-completion/completions|zsh/vendor-completions|fish/vendor_completions[.]d)/_?bifun([.]fish)?")
 set(control_libbifun0 "shlibs;triggers")
 set(control_libzqengine0 "shlibs;triggers")
 
