@@ -183,6 +183,7 @@ TEST(Shell, CtrlCEndsTheQueryAlone) {
     EXPECT_TRUE(second.shows("1\n1\n1\n"));
     second.type("\x03");
     EXPECT_TRUE(second.shows("bifun: interrupted\n"));
+    EXPECT_TRUE(second.shows("bifun> "));
     second.type("SELECT 42;\n");
     EXPECT_TRUE(second.shows("\n42\n"));
     EXPECT_TRUE(second.shows("bifun> "));
@@ -213,7 +214,7 @@ TEST(Completions, HaveAllOptions) {
     const std::string zsh = read_file(BIFUN_COMPLETIONS "/_bifun");
     const std::string fish = read_file(BIFUN_COMPLETIONS "/bifun.fish");
     for (const std::string& option : options) {
-        EXPECT_TRUE(std::regex_search(bash, std::regex("--" + option + "[ ']"))) << option;
+        EXPECT_TRUE(std::regex_search(bash, std::regex("--" + option + "[ '\"]"))) << option;
         EXPECT_TRUE(std::regex_search(zsh, std::regex("--" + option + "\\["))) << option;
         EXPECT_TRUE(std::regex_search(fish, std::regex("-l " + option + " "))) << option;
     }
