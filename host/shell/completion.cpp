@@ -21,8 +21,7 @@ bool begins_with(std::string_view text, std::string_view begun) { return equal_i
 
 void sort(completions& found) {
     std::ranges::sort(found.texts);
-    const auto repeated = std::ranges::unique(found.texts);
-    found.texts.erase(repeated.begin(), repeated.end());
+    found.texts.erase(std::unique(found.texts.begin(), found.texts.end()), found.texts.end());
 }
 
 void add_name(completions& found, const std::string& name, std::string_view begun) {
