@@ -33,6 +33,7 @@ class terminal {
             setenv("XDG_STATE_HOME", (directory.path / "state").c_str(), 1);
             setenv("HOME", directory.path.c_str(), 1);
             setenv("TERM", "dumb", 1);
+            setenv("ASAN_OPTIONS", "detect_leaks=0", 1); // el_end of libedit forgets two strings
             std::vector<char*> list = {const_cast<char*>(BIFUN_PROGRAM_PATH)};
             for (const std::string& word : words) {
                 list.push_back(const_cast<char*>(word.c_str()));
