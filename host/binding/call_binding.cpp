@@ -4,11 +4,11 @@
 #include <algorithm>
 #include <map>
 
+#include "adapters/binding/datetime_call.h"
+#include "adapters/binding/member_choice.h"
 #include "engine/number_check.h"
 #include "host/binding/binder.h"
-#include "host/binding/datetime_call.h"
 #include "host/binding/literal.h"
-#include "host/binding/member_choice.h"
 #include "host/near_names.h"
 #include "host/program_error.h"
 #include "host/sql/builtins.h"

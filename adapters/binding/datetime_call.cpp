@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "host/binding/datetime_call.h"
+#include "adapters/binding/datetime_call.h"
 
 #include <algorithm>
 
 #include <fmt/format.h>
 
-namespace host {
+namespace binding {
 namespace {
 
 using bifun::datetime_kinds;
@@ -59,4 +59,4 @@ sql_type datetime_result(const bifun::entry_point& member, std::span<const offer
     return common == sql_type::date && gets_time ? sql_type::timestamp : common;
 }
 
-} // namespace host
+} // namespace binding

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "host/binding/member_choice.h"
+#include "adapters/binding/member_choice.h"
 
 #include <algorithm>
 #include <compare>
@@ -7,9 +7,9 @@
 
 #include <fmt/format.h>
 
-#include "host/sql/builtins.h"
+#include "adapters/binding/keyword_use.h"
 
-namespace host {
+namespace binding {
 namespace {
 
 using bifun::argument_fact;
@@ -206,4 +206,4 @@ std::string advice_for(std::string_view builtin, std::span<const offered_argumen
     return text.empty() ? advice_to_cast(builtin, arguments) : std::string(text);
 }
 
-} // namespace host
+} // namespace binding

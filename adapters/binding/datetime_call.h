@@ -1,18 +1,18 @@
 // SPDX-License-Identifier: Apache-2.0
 // Which datetimes a call takes, and which it gives: DATE, TIME and TIMESTAMP share one type in the entry points' arguments.
-#ifndef BIFUN_HOST_BINDING_DATETIME_CALL_H
-#define BIFUN_HOST_BINDING_DATETIME_CALL_H
+#ifndef BIFUN_ADAPTERS_BINDING_DATETIME_CALL_H
+#define BIFUN_ADAPTERS_BINDING_DATETIME_CALL_H
 
 #include <cstddef>
 #include <optional>
 #include <span>
 #include <string>
 
+#include "adapters/binding/member_choice.h"
+#include "adapters/binding/sql_type.h"
 #include "bop/frame/catalogue.h"
-#include "host/binding/member_choice.h"
-#include "host/values/sql_type.h"
 
-namespace host {
+namespace binding {
 
 // An argument that the member takes as a datetime. A text has the type that it can be read as.
 struct datetime_argument {
@@ -32,6 +32,6 @@ std::optional<datetime_refusal> find_datetime_refusal(const bifun::entry_point& 
 sql_type datetime_result(const bifun::entry_point& member, std::span<const offered_argument> arguments,
                          std::span<const datetime_argument> datetimes);
 
-} // namespace host
+} // namespace binding
 
 #endif
