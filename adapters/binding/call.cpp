@@ -14,6 +14,7 @@
 #include "adapters/binding/datetime_call.h"
 #include "adapters/binding/invocation.h"
 #include "adapters/binding/keyword_use.h"
+#include "adapters/binding/known_fact.h"
 #include "adapters/binding/member_choice.h"
 #include "engine/datetime.h"
 #include "engine/memory.h"
@@ -110,7 +111,7 @@ std::string_view text_of(const call_argument& argument, std::uint32_t row) {
 }
 
 failure read_keyword(const call& made, std::string_view text, std::optional<std::int32_t>& code) {
-    const bifun::keyword_list keywords = keywords_of(made.form->builtin).list;
+    const bifun::keyword_list& keywords = made.form->keywords;
     std::string upper(text);
     std::ranges::transform(upper, upper.begin(), [](unsigned char letter) { return static_cast<char>(std::toupper(letter)); });
     if (const bifun::keyword* const known = find_keyword(keywords, upper)) {
@@ -318,7 +319,7 @@ bool pass_argument(group_call& group, invocation& invoked, std::size_t parameter
 // The value that stands for an argument that is omitted.
 void pass_omitted(group_call& group, invocation& invoked, std::size_t parameter) {
     const value_type type = invoked.entry->arguments()[parameter].type;
-    const std::string_view text = fact_of(*invoked.entry, parameter).if_omitted;
+    const std::string_view text = known_fact(*invoked.entry, parameter).if_omitted;
     const column_pointer column = make_column(type, 1);
     if (zqengine_column_set_text(column.get(), 0, text.data(), static_cast<std::uint32_t>(text.size())) != 0) {
         throw std::bad_alloc();
