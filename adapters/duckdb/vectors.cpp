@@ -57,14 +57,21 @@ bool repeats(const std::uint8_t* values, std::size_t width, const std::uint64_t*
     return is_null || std::memcmp(values, values + width, width * (row_count - 1)) == 0;
 }
 
-// Calls `show` for each row that is not NULL; stops where it returns false.
+// Calls `show` for each row that is not NULL, and returns whether it has returned true for all of them. Without a branch for what is usual.
 template <class Show> bool for_each_value(const call_argument& argument, std::uint32_t row_count, const Show& show) {
+    bool all = true;
+    if (argument.column.no_nulls != 0) {
+        for (std::uint32_t row = 0; row < row_count; ++row) {
+            all &= show(row);
+        }
+        return all;
+    }
     for (std::uint32_t row = 0; row < row_count; ++row) {
-        if (argument.data.null_flags[row] != 0 && !show(row)) {
-            return false;
+        if (argument.data.null_flags[row] != 0) {
+            all &= show(row);
         }
     }
-    return true;
+    return all;
 }
 
 bifun_string shown_text(const duckdb_string_t& text, bool counts_blanks) {
@@ -132,8 +139,8 @@ bool show_datetimes(const void* values, sql_type type, std::uint32_t row_count, 
     default:
         return for_each_value(argument, row_count, [&](std::uint32_t row) {
             std::int64_t local = 0;
-            return !__builtin_add_overflow(value(row), time_zone * binding::microseconds_per_minute, &local) &&
-                   binding::read_host_timestamp(local, time_zone, shown[row]);
+            const bool fits = !__builtin_add_overflow(value(row), time_zone * binding::microseconds_per_minute, &local);
+            return binding::read_host_timestamp(local, time_zone, shown[row]) && fits;
         });
     }
 }
