@@ -113,10 +113,10 @@ selected_cases select_cases(const options& options, void* before, void* after) {
     return selected;
 }
 
-bool is_slower(const time_change& time_change) { return time_change.least > 1 && time_change.ratio > 1 + least_change; }
-bool is_faster(const time_change& time_change) { return time_change.greatest < 1 && time_change.ratio < 1 / (1 + least_change); }
+bool is_slower(const time_change& measured) { return measured.least > 1 && measured.ratio > 1 + least_change; }
+bool is_faster(const time_change& measured) { return measured.greatest < 1 && measured.ratio < 1 / (1 + least_change); }
 
-const char* verdict(const time_change& time_change) { return is_slower(time_change) ? "slower" : is_faster(time_change) ? "faster" : ""; }
+const char* verdict(const time_change& measured) { return is_slower(measured) ? "slower" : is_faster(measured) ? "faster" : ""; }
 
 void print_head() { std::printf("%-50s %8s %8s %9s  %-14s\n", "", "OLD", "NEW", "NEW / OLD", "99.9 % sure"); }
 
