@@ -70,6 +70,7 @@ text make_text(const theme& theme, std::int32_t least, std::int32_t most) {
     return result;
 }
 
+bool takes_language(std::string_view builtin) { return builtin == "UPPER" || builtin == "LOWER" || builtin == "INITCAP"; }
 bool takes_pattern_first(std::string_view builtin) { return builtin == "POSITION" || builtin == "LOCATE"; }
 std::size_t pattern_position(std::string_view builtin) { return takes_pattern_first(builtin) ? 0 : builtin == "TRIM" ? 2 : 1; }
 
@@ -86,7 +87,9 @@ value make_value(const bifun_settings& settings, const entry_point& entry, std::
     result.is_null = once_in(12);
     const std::string_view builtin = entry.builtin;
     if (entry.argument_list[position].type == value_type::VARCHAR) {
-        if (builtin == "TRANSLATE" && position == 2) {
+        if (takes_language(builtin) && position == 1) {
+            result.string = one_of(std::vector<text>{{"NLS_SORT=XTURKISH"}, {"NLS_SORT=BINARY"}});
+        } else if (builtin == "TRANSLATE" && position == 2) {
             result.string = make_text(once_in(2) ? theme : make_theme(settings.charset_code), 0, 5);
         } else if (position != pattern_position(builtin)) {
             result.string = once_in(10) ? make_text(theme, 20, 70) : make_text(theme, 0, 9);
@@ -128,7 +131,7 @@ void put_pattern_into_text(const entry_point& entry, std::vector<value>& row) {
     const std::size_t pattern = pattern_position(entry.builtin);
     const std::size_t text = takes_pattern_first(entry.builtin) ? 1 : 0;
     if (pattern < row.size() && entry.argument_list[pattern].type == value_type::VARCHAR && entry.builtin != "TRIM" &&
-        entry.argument_list[text].kind == argument_kind::column && once_in(2)) {
+        !takes_language(entry.builtin) && entry.argument_list[text].kind == argument_kind::column && once_in(2)) {
         std::string& stored = row[text].string.stored;
         const std::string sought = row[pattern].string.stored + std::string(row[pattern].string.blanks, ' ');
         stored = sought + (once_in(2) ? stored + sought : std::string()) + stored;

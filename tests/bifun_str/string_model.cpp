@@ -393,6 +393,48 @@ std::string repetition(std::uint32_t charset, const text& value, std::int64_t co
     return shown(result);
 }
 
+// ---- changing ---------------------------------------------------------------------------------------------------------
+
+// The letters of the alphabets: upper and lower case.
+std::string in_case(std::uint32_t charset, std::string character, bool upper) {
+    static const std::vector<std::pair<std::string, std::string>> letters[] = {{{"\xA6\xA1", "\xA6\xC1"}},
+                                                                               {{"\xC3\x89", "\xC3\xA9"}, {"\xE2\xB1\xAF", "\xC9\x90"}},
+                                                                               {{"\xA5\xC1", "\xA5\xE1"}, {"\xA5\xB4", "\xA5\xA5"}}};
+    if (character.size() == 1) {
+        const int byte = static_cast<unsigned char>(character[0]);
+        return {static_cast<char>(upper ? std::toupper(byte) : std::tolower(byte))};
+    }
+    for (const auto& [capital, small] : letters[charset]) {
+        if (character == capital || character == small) {
+            return upper ? capital : small;
+        }
+    }
+    return character;
+}
+
+// The others of the alphabets are ideographs and syllables.
+bool is_of_word(const std::string& character) {
+    return character.size() == 1 ? std::isalnum(static_cast<unsigned char>(character[0])) != 0
+                                 : character != "\2010\2010" && character != "\xF1\x80\x80\x80";
+}
+
+std::string in_case(std::uint32_t charset, const text& value, std::string_view builtin) {
+    text result{"", value.blanks};
+    bool is_in_word = false;
+    for (const std::string& character : characters_of(charset, value.stored)) {
+        const bool is_first = is_of_word(character) && !is_in_word;
+        is_in_word = is_of_word(character);
+        result.stored += in_case(charset, character, builtin == "UPPER" || (builtin == "INITCAP" && is_first));
+    }
+    return shown(result);
+}
+
+std::string reversal(std::uint32_t charset, const text& value) {
+    characters all = full_text(charset, value);
+    std::ranges::reverse(all);
+    return value.stored.empty() ? shown(value) : shown(text{joined(all.begin(), all.end())});
+}
+
 // Nothing has no length, as a rule.
 std::string length_or_null(const bifun_settings& settings, std::size_t length) {
     return length == 0 && settings.compatible_mode != 3 ? "NULL" : std::to_string(length);
@@ -473,6 +515,8 @@ std::string row_of(const bifun_settings& settings, const bifun::entry_point& ent
          : builtin == "LPAD"            ? padded_on_the_left(charset, first, number(1, 0), third)
          : builtin == "RPAD"            ? padded_on_the_right(charset, first, number(1, 0), third)
          : builtin == "REPEAT"          ? repetition(charset, first, number(1, 0))
+         : builtin == "UPPER" || builtin == "LOWER" || builtin == "INITCAP" ? in_case(charset, first, builtin)
+         : builtin == "REVERSE"         ? reversal(charset, first)
          : builtin == "SPACE"           ? shown(text{"", static_cast<std::uint32_t>(number(0, 0))})
          : builtin == "LENGTH"
              ? length_or_null(settings, full_text(charset, {first.stored, counts_blanks ? first.blanks : 0}).size())

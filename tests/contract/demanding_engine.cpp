@@ -15,6 +15,7 @@
 #include "engine/decimal.h"
 #include "engine/interval.h"
 #include "engine/large_objects.h"
+#include "engine/letter_case.h"
 #include "engine/number_check.h"
 #include "engine/number_format.h"
 #include "engine/strings.h"
@@ -138,6 +139,8 @@ PADDING(zq_get_lpad_str)
 PADDING(zq_get_rpad_str)
 OPERATION(i32, nblob_get_length, (environment * e, const bifun_large_object* object, i64* length),
           status_of(demand_environment(e, embedded(e, object, length))))
+
+STATUS(nls_case_rules_of, (const u8* nls, u32 length, i32* rules), nls, length, rules)
 
 // ---- decimals ----
 

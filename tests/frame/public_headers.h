@@ -9,6 +9,7 @@
 #include "engine/decimal.h"
 #include "engine/interval.h"
 #include "engine/large_objects.h"
+#include "engine/letter_case.h"
 #include "engine/memory.h"
 #include "engine/number_check.h"
 #include "engine/number_format.h"
