@@ -18,6 +18,7 @@ struct name_elsewhere {
 };
 
 constexpr name_elsewhere names_elsewhere[] = {
+    {"SHA224 SHA256 SHA384 SHA512 STANDARD_HASH", "use SHA2(s, 256), or MD5(s)"},
     {"CASEFOLD ILIKE", "use LOWER(s); with --set case_sensitive=0 comparisons, LIKE and INSTR disregard case"},
     {"COUNT SUM AVG MAX MEAN MEDIAN MODE STDDEV VARIANCE STRING_AGG GROUP_CONCAT LISTAGG ARRAY_AGG ANY_VALUE",
      "there are no aggregates: a query gives a row for every row of the file"},

@@ -1,0 +1,51 @@
+// SPDX-License-Identifier: Apache-2.0
+// What conversions of characters share.
+#ifndef BIFUN_STR_CONVERSION_H
+#define BIFUN_STR_CONVERSION_H
+
+#include "bop/bifun_str/text.h"
+
+namespace bifun {
+
+// In bytes, blanks at the end among them.
+constexpr std::uint32_t longest_converted_text = 32762;
+
+// Whether bytes are valid characters of the database character set, all of them; `characters` gets their number.
+inline bool are_valid_characters(const std::uint8_t* bytes, std::uint32_t length, std::uint32_t& characters) {
+    // The engine's numbers of the character sets.
+    constexpr std::int32_t numbers[] = {10, 1, 6};
+    const std::uint32_t code = global_bifun_var.charset_code;
+    return zq_get_valid_chars(code < 3 ? numbers[code] : 0, bytes, length, nullptr, &characters) == length;
+}
+
+// ---- hexadecimal digits ----
+
+// The digits above 9 are the letters from `ten` on, `A` or `a`.
+inline std::uint8_t hexadecimal_digit(std::uint32_t value, std::uint8_t ten) {
+    return static_cast<std::uint8_t>(value < 10 ? '0' + value : ten + (value - 10));
+}
+
+// Two digits for every byte, behind each other.
+inline void write_hexadecimal(std::uint8_t* to, const std::uint8_t* from, std::uint32_t length, std::uint8_t ten) {
+    const auto digits = [ten](byte_block values) {
+        return values + '0' + (where_at_least(values, repeated(10)) & static_cast<std::uint8_t>(ten - '0' - 10));
+    };
+    std::uint32_t i = 0;
+    for (; length - i >= block_length; i += block_length) {
+        const byte_block bytes = load_block(from + i);
+        const byte_block high = digits(bytes >> 4);
+        const byte_block low = digits(bytes & 0x0F);
+        const std::size_t at = std::size_t{2} * i;
+        store_block(to + at, __builtin_shufflevector(high, low, 0, 16, 1, 17, 2, 18, 3, 19, 4, 20, 5, 21, 6, 22, 7, 23));
+        store_block(to + at + block_length,
+                    __builtin_shufflevector(high, low, 8, 24, 9, 25, 10, 26, 11, 27, 12, 28, 13, 29, 14, 30, 15, 31));
+    }
+    for (; i < length; ++i) {
+        to[std::size_t{2} * i] = hexadecimal_digit(from[i] >> 4U, ten);
+        to[std::size_t{2} * i + 1] = hexadecimal_digit(from[i] & 0x0FU, ten);
+    }
+}
+
+} // namespace bifun
+
+#endif
