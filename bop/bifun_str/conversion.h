@@ -25,25 +25,47 @@ inline std::uint8_t hexadecimal_digit(std::uint32_t value, std::uint8_t ten) {
     return static_cast<std::uint8_t>(value < 10 ? '0' + value : ten + (value - 10));
 }
 
-// Two digits for every byte, behind each other.
-inline void write_hexadecimal(std::uint8_t* to, const std::uint8_t* from, std::uint32_t length, std::uint8_t ten) {
+// Of 16 bytes, 32 digits.
+struct digit_blocks {
+    byte_block first;
+    byte_block last;
+};
+
+inline digit_blocks hexadecimal_digits(byte_block bytes, std::uint8_t ten) {
     const auto digits = [ten](byte_block values) {
         return values + '0' + (where_at_least(values, repeated(10)) & static_cast<std::uint8_t>(ten - '0' - 10));
     };
-    std::uint32_t i = 0;
-    for (; length - i >= block_length; i += block_length) {
-        const byte_block bytes = load_block(from + i);
-        const byte_block high = digits(bytes >> 4);
-        const byte_block low = digits(bytes & 0x0F);
-        const std::size_t at = std::size_t{2} * i;
-        store_block(to + at, __builtin_shufflevector(high, low, 0, 16, 1, 17, 2, 18, 3, 19, 4, 20, 5, 21, 6, 22, 7, 23));
-        store_block(to + at + block_length,
-                    __builtin_shufflevector(high, low, 8, 24, 9, 25, 10, 26, 11, 27, 12, 28, 13, 29, 14, 30, 15, 31));
+    const byte_block high = digits(bytes >> 4);
+    const byte_block low = digits(bytes & 0x0F);
+    return {__builtin_shufflevector(high, low, 0, 16, 1, 17, 2, 18, 3, 19, 4, 20, 5, 21, 6, 22, 7, 23),
+            __builtin_shufflevector(high, low, 8, 24, 9, 25, 10, 26, 11, 27, 12, 28, 13, 29, 14, 30, 15, 31)};
+}
+
+inline void store_digits(std::uint8_t* to, const digit_blocks& digits) {
+    store_block(to, digits.first);
+    store_block(to + block_length, digits.last);
+}
+
+// Two digits for every byte.
+inline void append_hexadecimal(text_writer& text, const std::uint8_t* bytes, std::uint32_t length, std::uint8_t ten) {
+    constexpr std::uint32_t digits_of_block = 2 * block_length;
+    for (; length >= block_length; length -= block_length) {
+        store_digits(text.at, hexadecimal_digits(load_block(bytes), ten));
+        text.at += digits_of_block;
+        bytes += block_length;
     }
-    for (; i < length; ++i) {
-        to[std::size_t{2} * i] = hexadecimal_digit(from[i] >> 4U, ten);
-        to[std::size_t{2} * i + 1] = hexadecimal_digit(from[i] & 0x0FU, ten);
+    if (length == 0) {
+        return;
     }
+    const digit_blocks last = hexadecimal_digits(load_part_of_block(bytes, length), ten);
+    if (text.may_overrun) [[likely]] {
+        store_digits(text.at, last);
+    } else {
+        std::uint8_t whole[digits_of_block];
+        store_digits(whole, last);
+        std::memcpy(text.at, whole, std::size_t{2} * length);
+    }
+    text.at += std::size_t{2} * length;
 }
 
 } // namespace bifun

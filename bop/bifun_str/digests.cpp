@@ -17,7 +17,8 @@ status make_digest(std::int32_t algorithm, const std::uint8_t* bytes, std::uint3
     if (made < BIFUN_OK) {
         return made;
     }
-    write_hexadecimal(text.bytes, digest, digest_length, 'a');
+    text_writer digits{text.bytes, true};
+    append_hexadecimal(digits, digest, digest_length, 'a');
     text.length = 2 * digest_length;
     return BIFUN_OK;
 }

@@ -34,38 +34,56 @@ byte_block pairs_of_digits(byte_block first, byte_block last) {
     return high << 4 | low;
 }
 
+// The first `count` digits, below 32, and zeros behind them.
+byte_block pairs_of_some_digits(const std::uint8_t* digits, std::uint32_t count, byte_block& wrong) {
+    constexpr byte_block index = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15};
+    const auto some = [&](std::uint32_t from) {
+        const std::uint32_t left = count < from ? 0 : count - from < block_length ? count - from : block_length;
+        const byte_block is_there = where_less_signed(index, repeated(static_cast<int>(left)));
+        const byte_block given = left == 0 ? byte_block{} : load_part_of_block(digits + from, left);
+        return values_of_digits((given & is_there) | (repeated('0') & ~is_there), wrong);
+    };
+    const byte_block first = some(0);
+    return pairs_of_digits(first, some(block_length));
+}
+
 // Returns whether all are digits; what is written else has no meaning.
-bool read_digits(std::uint8_t* to, const std::uint8_t* digits, std::uint32_t count) {
+bool append_bytes_of_digits(text_writer& bytes, const std::uint8_t* digits, std::uint32_t count) {
     byte_block wrong{};
-    std::uint8_t wrong_bits = 0;
+    bool first_is_digit = true;
     if (count % 2 != 0) {
-        const std::uint8_t value = value_of_digit(*digits);
-        wrong_bits |= value;
-        *to++ = value;
+        *bytes.at = value_of_digit(*digits);
+        first_is_digit = *bytes.at != no_digit;
+        ++bytes.at;
         ++digits;
         --count;
     }
     for (; count >= 2 * block_length; count -= 2 * block_length) {
         const byte_block first = values_of_digits(load_block(digits), wrong);
         const byte_block last = values_of_digits(load_block(digits + block_length), wrong);
-        store_block(to, pairs_of_digits(first, last));
+        store_block(bytes.at, pairs_of_digits(first, last));
         digits += std::size_t{2} * block_length;
-        to += block_length;
+        bytes.at += block_length;
     }
-    for (; count != 0; count -= 2, digits += 2) {
-        const std::uint8_t high = value_of_digit(digits[0]);
-        const std::uint8_t low = value_of_digit(digits[1]);
-        wrong_bits |= high | low;
-        *to++ = static_cast<std::uint8_t>(high << 4 | low);
+    if (count != 0) {
+        const byte_block last = pairs_of_some_digits(digits, count, wrong);
+        if (bytes.may_overrun) [[likely]] {
+            store_block(bytes.at, last);
+        } else {
+            std::uint8_t whole[block_length];
+            store_block(whole, last);
+            std::memcpy(bytes.at, whole, count / 2);
+        }
+        bytes.at += count / 2;
     }
-    return bits_of(wrong) == 0 && wrong_bits < 0x10;
+    return first_is_digit && bits_of(wrong) == 0;
 }
 
 // An odd number of digits is taken to have a zero before it. Blanks at the end of the text do not count.
 status hextoraw(const bifun_string& text, column_space& room) {
     text_writer bytes;
     const status made = make_room(room, (std::uint64_t{text.length} + 1) / 2, 0, bytes);
-    return made != BIFUN_OK || read_digits(bytes.at, text.data, text.length) ? made : BIFUN_CONVERSION_FAILED;
+    return made != BIFUN_OK || append_bytes_of_digits(bytes, text.data, text.length) ? made : BIFUN_CONVERSION_FAILED;
 }
 
 // The digits of an integer that is not negative.
@@ -105,8 +123,7 @@ status digits_of(const bifun_string& bytes, std::uint32_t blanks, string_room& r
     if (made != BIFUN_OK) {
         return made;
     }
-    write_hexadecimal(text.at, bytes.data, bytes.length, 'A');
-    text.at += std::size_t{2} * bytes.length;
+    append_hexadecimal(text, bytes.data, bytes.length, 'A');
     for (std::uint32_t i = 0; i < blanks; ++i) {
         text.at[std::size_t{2} * i] = '2';
         text.at[std::size_t{2} * i + 1] = '0';
