@@ -71,6 +71,11 @@ uint8_t* zq_mbsrev_ex(uint8_t* text, uint32_t length);
 /* The same for compatible modes other than 2; in that one the bytes are reversed. */
 uint8_t* zq_mbsrev_with_compatible_mode(uint8_t* text, uint32_t length, uint32_t compatible_mode);
 
+/* Puts in place of a character of `length` bytes its neighbour among the characters of as many bytes, in the order of these: the next one
+ * where `step` is 1, the one before it where it is -1. Returns 0; -6803 where it has none, or is not valid or not one of Unicode's, and
+ * then it stays. */
+int32_t zq_mb_char_step(uint8_t* character, uint32_t length, int32_t step);
+
 /* ---- trimming ------------------------------------------------------------------------------------------------------- */
 
 /* Advance `*text` and shorten `*length`: trim_left behind the leading characters that are characters of the set, trim_left_space behind the

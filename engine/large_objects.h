@@ -13,6 +13,11 @@ extern "C" {
  * negative status ends the batch with it. */
 int32_t nblob_get_length(bifun_environment* environment, const bifun_large_object* object, int64_t* length);
 
+/* Copies bytes of an object that holds text in the database character set, from `offset` on, to `data`: at most `size`, and at least one
+ * where there are some and `size` is not 0. `*read` gets how many. Any negative status says that they cannot be read. */
+int32_t ntext_get_data(bifun_environment* environment, const bifun_large_object* object, int64_t offset, uint8_t* data, uint32_t size,
+                       uint32_t* read);
+
 #ifdef __cplusplus
 }
 #endif

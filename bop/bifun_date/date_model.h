@@ -3,7 +3,7 @@
 #ifndef BIFUN_DATE_DATE_MODEL_H
 #define BIFUN_DATE_DATE_MODEL_H
 
-#include "bop/frame/arguments.h"
+#include "bop/frame/nls_text.h"
 #include "engine/date_format.h"
 
 namespace bifun {
@@ -24,17 +24,11 @@ template <value_type result, class Parsed> status with_format(batch_of<result> b
 
 // `parsed(language)` with the language that an NLS text names.
 template <value_type result, class Parsed> status with_language(batch_of<result> batch, constant_of<VARCHAR> nls, const Parsed& parsed) {
-    constexpr std::uint32_t longest_nls = 128;
-    const auto [text, present] = argument(nls);
-    if (!present) {
-        return null_rows(batch);
-    }
-    if (text.length == 0 || text.length > longest_nls) {
-        return fail_batch(batch, BIFUN_INVALID_NLS_PARAMETER);
-    }
-    std::int32_t language = DFM_ENGLISH;
-    const status read = to_char_nls_parse(text.data, text.length, &language);
-    return read < BIFUN_OK ? fail_batch(batch, read) : parsed(language);
+    return with_nls_text(batch, nls, [&](const bifun_string& text) {
+        std::int32_t language = DFM_ENGLISH;
+        const status read = to_char_nls_parse(text.data, text.length, &language);
+        return read < BIFUN_OK ? fail_batch(batch, read) : parsed(language);
+    });
 }
 
 } // namespace bifun

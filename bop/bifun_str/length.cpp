@@ -9,13 +9,6 @@
 namespace bifun {
 namespace {
 
-constexpr std::uint32_t empty_texts_have_length_zero = 3;
-
-// What the length of an empty text is.
-value_or_null length_of_empty() {
-    return global_bifun_var.compatible_mode == empty_texts_have_length_zero ? value_or_null() : value_or_null::null();
-}
-
 // A length that is no INT fails (-6102).
 value_or_null length_of_text(std::uint64_t units, const value_or_null& of_empty, std::int32_t& length) {
     length = static_cast<std::int32_t>(units);

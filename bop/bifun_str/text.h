@@ -126,6 +126,12 @@ template <class Outcome> struct string_outcome {
 
 inline bool is_empty(const bifun_string& value) { return value.length == 0 && value.trailing_blanks == 0; }
 
+// What the empty text gives where something of it is counted or told: NULL, or 0 in the compatible mode for that.
+constexpr std::uint32_t empty_texts_have_length_zero = 3;
+inline value_or_null length_of_empty() {
+    return global_bifun_var.compatible_mode == empty_texts_have_length_zero ? value_or_null() : value_or_null::null();
+}
+
 inline std::uint64_t full_length(const bifun_string& value) { return std::uint64_t{value.length} + value.trailing_blanks; }
 
 inline void append_full_text(text_writer& text, const bifun_string& value) {

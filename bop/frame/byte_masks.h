@@ -224,6 +224,17 @@ template <std::uint32_t width> std::uint64_t whitespace_bytes(const text_bytes<w
 
 #endif
 
+// At most 16 bytes of a text in a block; what stands behind them has no meaning.
+inline byte_block load_part_of_block(const std::uint8_t* text, std::uint32_t length) {
+#if defined(BIFUN_MASKED_LOADS) || defined(BIFUN_WHOLE_LOADS)
+    return reinterpret_cast<byte_block>(text_bytes<16>(text, length).bytes);
+#else
+    std::uint8_t bytes[block_length] = {};
+    std::memcpy(bytes, text, length);
+    return load_block(bytes);
+#endif
+}
+
 // The bytes of the set.
 #if defined(BIFUN_MASKED_LOADS) || (defined(BIFUN_WHOLE_LOADS) && defined(BIFUN_BLOCK_LOOKUP))
 inline std::uint64_t bytes_in(const ascii_set& set, const text_bytes<16>& text) {

@@ -213,6 +213,30 @@ inline void translate_into_room(std::uint8_t* to, const std::uint8_t* from, std:
 #endif
 }
 
+// copy_into_room, with the other case for the ASCII letters of the case that begins with `first_letter`, `a` or `A`.
+inline void change_case_into_room(std::uint8_t* to, const std::uint8_t* from, std::uint32_t length, std::uint8_t first_letter) {
+    constexpr std::uint8_t letters = 26;
+    constexpr std::uint8_t other_case = 0x20;
+#if defined(BIFUN_MASKED_LOADS)
+    const __m512i bytes = text_bytes<64>(from, length).bytes;
+    const __m512i from_first = _mm512_sub_epi8(bytes, _mm512_set1_epi8(static_cast<char>(first_letter)));
+    const __m512i flipped = _mm512_xor_si512(bytes, _mm512_set1_epi8(other_case));
+    _mm512_storeu_si512(to, _mm512_mask_mov_epi8(bytes, _mm512_cmplt_epu8_mask(from_first, _mm512_set1_epi8(letters)), flipped));
+#elif defined(BIFUN_WHOLE_LOADS)
+    const text_bytes<64> text(from, length);
+    const auto behind_last = static_cast<std::uint8_t>(first_letter + letters);
+    for (std::size_t part = 0; part < text_bytes<64>::parts; ++part) {
+        const byte_vector bytes = text.part[part];
+        const byte_vector is_letter = not_below(bytes, first_letter) & ~not_below(bytes, behind_last);
+        store_vector(to + part * sizeof(byte_vector), bytes ^ (is_letter & every_byte(other_case)));
+    }
+#else
+    for (std::uint32_t k = 0; k < length; ++k) {
+        to[k] = static_cast<std::uint8_t>(from[k] ^ (static_cast<std::uint8_t>(from[k] - first_letter) < letters ? other_case : 0));
+    }
+#endif
+}
+
 // ---- texts made of pieces ----
 
 // Where a text is being written.

@@ -2,6 +2,7 @@
 // The loop of functions whose results are texts:
 //
 //     string_rows<kernel>(batch, arguments...)
+//     binary_rows<kernel>(batch, arguments...)          binary values, by a kernel that has a column_space
 //     usual_string_rows<is_usual, usual_kernel, kernel>(batch, arguments...)
 //
 // A kernel that has a bifun_string for its result points to bytes that are there already, of an argument or in storage of the result: the
@@ -240,6 +241,10 @@ template <auto kernel, class... Arguments> status string_rows(batch_of<VARCHAR> 
         return results_may_refer() ? evaluate_strings<kernel, referring_strings>(batch, argument(arguments)...)
                                    : evaluate_strings<kernel, copied_strings>(batch, argument(arguments)...);
     }
+}
+
+template <auto kernel, class... Arguments> status binary_rows(batch_of<VARBINARY> batch, Arguments... arguments) {
+    return evaluate_strings<kernel, built_strings<column_space>>(batch, argument(arguments)...);
 }
 
 // set_usual_rows for a usual kernel that gives a bifun_string: vectors where rows may refer.

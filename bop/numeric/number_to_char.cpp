@@ -6,6 +6,7 @@
 #include <cmath>
 #include <utility>
 
+#include "bop/frame/nls_text.h"
 #include "bop/frame/statements.h"
 #include "bop/frame/string_rows.h"
 #include "bop/numeric/entry_points.h"
@@ -19,7 +20,6 @@ namespace bifun {
 namespace {
 
 constexpr std::uint32_t longest_format = 75;
-constexpr std::uint32_t longest_nls = 128;
 
 // Where a text goes.
 using formatted_text = bounded_text<ZQ_FORMATTED_NUMBER_SIZE>;

@@ -4,14 +4,12 @@
 #include <algorithm>
 #include <cstring>
 
+#include "bop/frame/status.h"
 #include "embedded/charset/ascii.h"
+#include "embedded/charset/charset_choice.h"
 #include "embedded/charset/charset_tables.h"
 #include "embedded/charset/database_charset.h"
-#include "embedded/charset/euc_kr.h"
-#include "embedded/charset/gb18030.h"
 #include "embedded/charset/reversal.h"
-#include "embedded/charset/single_bytes.h"
-#include "embedded/charset/utf8.h"
 
 namespace zqengine {
 namespace {
@@ -19,18 +17,7 @@ namespace {
 std::uint32_t charset_code = ZQ_CHARSET_UTF8;
 
 // Calls `operation` with the record of the database character set.
-template <class Operation> auto in_database_charset(Operation operation) {
-    switch (charset_code) {
-    case ZQ_CHARSET_UTF8:
-        return operation(utf8{});
-    case ZQ_CHARSET_GB18030:
-        return operation(gb18030{});
-    case ZQ_CHARSET_EUC_KR:
-        return operation(euc_kr{});
-    default:
-        return operation(single_bytes{});
-    }
-}
+template <class Operation> auto in_database_charset(Operation operation) { return in_charset(charset_code, operation); }
 
 template <class Charset>
 std::uint32_t write_positions(Charset /*charset*/, const std::uint8_t* text, std::uint32_t length, std::uint32_t* positions) {
@@ -78,6 +65,36 @@ void change_text(std::uint8_t* text, std::uint32_t length, letter_case to) {
     if (const std::uint32_t offset = fold_leading_ascii(text, length, to); offset < length) {
         in_database_charset([=](auto charset) { change_characters(charset, text, offset, length, to); });
     }
+}
+
+// Returns whether there is a neighbour.
+bool step_byte(std::uint8_t* character, std::int32_t step, std::int32_t byte_count) {
+    const std::int32_t next = *character + step;
+    if (*character >= byte_count || next < 0 || next >= byte_count) {
+        return false;
+    }
+    *character = static_cast<std::uint8_t>(next);
+    return true;
+}
+
+template <class Charset> bool step_character(Charset /*charset*/, std::uint8_t* character, std::uint32_t length, std::int32_t step) {
+    if (length == 1) {
+        return step_byte(character, step, 0x80);
+    }
+    const std::uint32_t rank = Charset::length_of(character, length) == length ? Charset::rank(character, length) : UINT32_MAX;
+    std::uint32_t next = rank + static_cast<std::uint32_t>(step);
+    if (Charset::rank_is_code_point && next - 0xD800 < 0x800) { // surrogates
+        next = step > 0 ? 0xE000 : 0xD7FF;
+    }
+    const bool is_neighbour = rank < Charset::all_ranks && next < Charset::all_ranks && Charset::rank_length(next) == length;
+    if (is_neighbour) {
+        Charset::write(next, character, length);
+    }
+    return is_neighbour;
+}
+
+bool step_character(single_bytes /*charset*/, std::uint8_t* character, std::uint32_t /*length*/, std::int32_t step) {
+    return step_byte(character, step, 0x100);
 }
 
 template <class Charset>
@@ -262,6 +279,12 @@ std::uint8_t* zq_mbsrev_with_compatible_mode(std::uint8_t* text, std::uint32_t l
     }
     reverse_bytes(text, length);
     return text;
+}
+
+std::int32_t zq_mb_char_step(std::uint8_t* character, std::uint32_t length, std::int32_t step) {
+    return in_database_charset([=](auto charset) { return step_character(charset, character, length, step); })
+               ? BIFUN_OK
+               : BIFUN_ARGUMENT_OUT_OF_DOMAIN;
 }
 
 void trim_left(const std::uint8_t* set, std::uint32_t set_length, const std::uint8_t** text, std::uint32_t* length) {

@@ -12,6 +12,7 @@ namespace zqengine {
 struct euc_kr {
     static constexpr std::uint32_t row_length = 94;
     static constexpr std::uint32_t ranks = row_length * row_length;
+    static constexpr std::uint32_t all_ranks = ranks;
     static constexpr bool rank_is_code_point = false;
 
     static bool is_of_pair(std::uint8_t byte) { return byte - 0xA1U < row_length; }

@@ -21,6 +21,7 @@ struct gb18030 {
 
     // Two-byte characters, then four-byte ones of plane 0, then the supplementary ones.
     static constexpr std::uint32_t ranks = two_bytes + four_bytes_of_plane_0;
+    static constexpr std::uint32_t all_ranks = ranks + 0x100000;
     static constexpr std::uint32_t no_rank = UINT32_MAX;
     static constexpr bool rank_is_code_point = false;
 

@@ -15,6 +15,7 @@ namespace zqengine {
 struct utf8 {
     // A rank is the code point.
     static constexpr std::uint32_t ranks = 0x10000;
+    static constexpr std::uint32_t all_ranks = 0x110000;
     static constexpr bool rank_is_code_point = true;
 
     static bool continues(std::uint8_t byte) { return (byte & 0xC0) == 0x80; }

@@ -132,3 +132,11 @@ int32_t nblob_get_length(bifun_environment* /*environment*/, const bifun_large_o
     *length = zqengine::length_of(*object);
     return BIFUN_OK;
 }
+
+int32_t ntext_get_data(bifun_environment* /*environment*/, const bifun_large_object* object, int64_t offset, uint8_t* data, uint32_t size,
+                       uint32_t* read) {
+    std::size_t copied = 0;
+    const std::int32_t status = zqengine::read_large_object(*object, offset, data, size, &copied);
+    *read = static_cast<std::uint32_t>(copied);
+    return status;
+}

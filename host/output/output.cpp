@@ -14,7 +14,7 @@ namespace {
 
 constexpr std::uint64_t rows_that_settle_widths = 1000;
 
-bool is_text(sql_type type) { return type == sql_type::varchar || type == sql_type::varbinary; }
+bool is_text(sql_type type) { return type == sql_type::varchar; }
 
 std::string_view stored_text(const bifun_string& value) {
     return value.length == 0 ? std::string_view() : std::string_view(reinterpret_cast<const char*>(value.data), value.length);
@@ -70,6 +70,10 @@ void result_output::write_delimited_row(std::span<const bifun_column* const> col
         if (is_text(columns_[i].type)) {
             const auto& value = value_at<bifun_string>(column, at);
             append_delimited_text(out, stored_text(value), value.trailing_blanks, delimiter_);
+        } else if (columns_[i].type == sql_type::varbinary) {
+            std::string digits;
+            append_value(digits, column, columns_[i].type, at);
+            append_delimited_text(out, digits, 0, delimiter_);
         } else {
             append_value(out, column, columns_[i].type, at);
         }
@@ -93,8 +97,8 @@ void result_output::write_json_row(std::span<const bifun_column* const> columns,
         } else if (is_text(type)) {
             append_json_text(out, utf8_text(charset_, value_at<bifun_string>(column, at)));
         } else {
-            // JSON has no number for NaN and infinities, so they are strings, as dates and intervals are.
-            const bool quoted = is_datetime(type) || is_interval(type) ||
+            // JSON has no number for NaN and infinities, so they are strings, as dates, intervals and binary values are.
+            const bool quoted = is_datetime(type) || is_interval(type) || type == sql_type::varbinary ||
                                 (type == sql_type::double_precision && !std::isfinite(value_at<double>(column, at)));
             out.append(quoted ? "\"" : "");
             append_value(out, column, type, at);

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <array>
+#include <iterator>
 
 #include <fmt/format.h>
 
@@ -97,6 +98,13 @@ std::string without_control_characters(std::string text) {
 }
 
 void append_value(std::string& out, const bifun_column& column, sql_type type, std::uint32_t row) {
+    if (type == sql_type::varbinary) {
+        const auto& bytes = value_at<bifun_string>(column, row);
+        for (std::uint32_t i = 0; i < bytes.length; ++i) {
+            fmt::format_to(std::back_inserter(out), "{:02X}", bytes.data[i]);
+        }
+        return;
+    }
     const bifun::value_type of_values = value_type_of(type);
     const auto kind = type == sql_type::date ? zqengine::datetime_kind::date
                       : has_date(type)       ? zqengine::datetime_kind::datetime

@@ -17,7 +17,7 @@ template <class T> const T& value_at(const bifun_column& column, std::uint32_t r
     return static_cast<const T*>(column.data->values)[row];
 }
 
-// The value of a row that is not NULL and no string, as zqengine::write_value writes it.
+// The value of a row that is not NULL and no text, as zqengine::write_value writes it; a binary one in hexadecimal digits.
 void append_value(std::string& out, const bifun_column& column, sql_type type, std::uint32_t row);
 
 // A field of a CSV or TSV file, in quotes where it needs them; an empty one is "", for one without quotes is NULL.

@@ -18,7 +18,8 @@ struct name_elsewhere {
 };
 
 constexpr name_elsewhere names_elsewhere[] = {
-    {"LOWER UPPER LCASE UCASE INITCAP", "texts keep their case; with --set case_sensitive=0 comparisons, LIKE and INSTR disregard it"},
+    {"SHA224 SHA256 SHA384 SHA512 STANDARD_HASH", "use SHA2(s, 256), or MD5(s)"},
+    {"CASEFOLD ILIKE", "use LOWER(s); with --set case_sensitive=0 comparisons, LIKE and INSTR disregard case"},
     {"COUNT SUM AVG MAX MEAN MEDIAN MODE STDDEV VARIANCE STRING_AGG GROUP_CONCAT LISTAGG ARRAY_AGG ANY_VALUE",
      "there are no aggregates: a query gives a row for every row of the file"},
     {"ROW_NUMBER RANK DENSE_RANK LAG LEAD NTILE FIRST_VALUE LAST_VALUE", "there are no window functions"},

@@ -2,6 +2,7 @@
 // The string functions against the model, on random batches of every entry point.
 
 #include <algorithm>
+#include <cctype>
 #include <limits>
 #include <random>
 #include <set>
@@ -46,8 +47,22 @@ template <class Value> const Value& one_of(const std::vector<Value>& values) {
 // A few characters, so that patterns are found in texts, again and again. In an alphabet the two cases of a letter are neighbours.
 using theme = std::vector<std::string>;
 
-theme make_theme(std::uint32_t charset) {
-    const std::vector<std::string> alphabet = string_model::alphabet(charset);
+// Of what a built-in takes: digits, or characters that have neighbours, which the model finds soon.
+theme alphabet_for(std::uint32_t charset, std::string_view builtin) {
+    theme alphabet = string_model::alphabet(charset);
+    if (builtin == "HEXTORAW") {
+        std::erase_if(alphabet, [](const std::string& character) { return character.size() > 1 || std::isxdigit(character[0]) == 0; });
+    } else if (builtin.starts_with("STRPOS")) {
+        std::erase_if(alphabet, [](const std::string& c) { return c == "\xFF" || c == "\2010\2010" || c == "\xF1\x80\x80\x80"; });
+    } else if (builtin == "SOUNDEX" || builtin == "DIFFERENCE") {
+        alphabet.insert(alphabet.end(), {"H", "w", "e", "p", "F", "s", "c", "\\"});
+    } else if (builtin == "ASCIISTR") {
+        alphabet.emplace_back("\\");
+    }
+    return alphabet;
+}
+
+theme make_theme(const theme& alphabet) {
     theme characters(static_cast<std::size_t>(between(1, 4)));
     std::ranges::generate(characters, [&] { return one_of(alphabet); });
     if (const auto first = std::ranges::find(alphabet, characters[0]); once_in(2) && first + 1 != alphabet.end()) {
@@ -70,6 +85,7 @@ text make_text(const theme& theme, std::int32_t least, std::int32_t most) {
     return result;
 }
 
+bool takes_language(std::string_view builtin) { return builtin == "UPPER" || builtin == "LOWER" || builtin == "INITCAP"; }
 bool takes_pattern_first(std::string_view builtin) { return builtin == "POSITION" || builtin == "LOCATE"; }
 std::size_t pattern_position(std::string_view builtin) { return takes_pattern_first(builtin) ? 0 : builtin == "TRIM" ? 2 : 1; }
 
@@ -86,8 +102,10 @@ value make_value(const bifun_settings& settings, const entry_point& entry, std::
     result.is_null = once_in(12);
     const std::string_view builtin = entry.builtin;
     if (entry.argument_list[position].type == value_type::VARCHAR) {
-        if (builtin == "TRANSLATE" && position == 2) {
-            result.string = make_text(once_in(2) ? theme : make_theme(settings.charset_code), 0, 5);
+        if (takes_language(builtin) && position == 1) {
+            result.string = one_of(std::vector<text>{{"NLS_SORT=XTURKISH"}, {"NLS_SORT=BINARY"}});
+        } else if (builtin == "TRANSLATE" && position == 2) {
+            result.string = make_text(once_in(2) ? theme : make_theme(string_model::alphabet(settings.charset_code)), 0, 5);
         } else if (position != pattern_position(builtin)) {
             result.string = once_in(10) ? make_text(theme, 20, 70) : make_text(theme, 0, 9);
         } else if (builtin != "TRIM") {
@@ -102,6 +120,8 @@ value make_value(const bifun_settings& settings, const entry_point& entry, std::
         result.number = between(is_length ? 0 : 1, 14);
     } else if (builtin == "LPAD" || builtin == "RPAD") {
         result.number = once_in(8) ? between(40, 300) : between(-1, 24);
+    } else if (builtin.starts_with("STRPOS")) {
+        result.number = between(1, 12);
     } else if (builtin == "REPEAT") {
         result.number = between(0, 5);
     } else if (builtin == "SPACE") {
@@ -115,7 +135,8 @@ value make_value(const bifun_settings& settings, const entry_point& entry, std::
     } else {
         result.number = position == 2 ? between(settings.compatible_mode == 1 ? 0 : -2, 12) : between(-15, 15);
     }
-    const bool fails_beyond = builtin == "TRIM" || builtin == "REPEAT" || builtin == "SPACE" || builtin.substr(1) == "PAD";
+    const bool fails_beyond =
+        builtin == "TRIM" || builtin == "REPEAT" || builtin == "SPACE" || builtin.substr(1) == "PAD" || builtin.starts_with("STRPOS");
     if (once_in(20) && (!fails_beyond || result.number < 0)) {
         using limits = std::numeric_limits<std::int32_t>;
         result.number = result.number < 0 ? limits::min() : limits::max();
@@ -128,7 +149,7 @@ void put_pattern_into_text(const entry_point& entry, std::vector<value>& row) {
     const std::size_t pattern = pattern_position(entry.builtin);
     const std::size_t text = takes_pattern_first(entry.builtin) ? 1 : 0;
     if (pattern < row.size() && entry.argument_list[pattern].type == value_type::VARCHAR && entry.builtin != "TRIM" &&
-        entry.argument_list[text].kind == argument_kind::column && once_in(2)) {
+        !takes_language(entry.builtin) && entry.argument_list[text].kind == argument_kind::column && once_in(2)) {
         std::string& stored = row[text].string.stored;
         const std::string sought = row[pattern].string.stored + std::string(row[pattern].string.blanks, ' ');
         stored = sought + (once_in(2) ? stored + sought : std::string()) + stored;
@@ -136,7 +157,7 @@ void put_pattern_into_text(const entry_point& entry, std::vector<value>& row) {
 }
 
 void expect_model(const bifun_settings& settings, const entry_point& entry) {
-    const theme theme = make_theme(settings.charset_code);
+    const theme theme = make_theme(alphabet_for(settings.charset_code, entry.builtin));
     std::vector<std::vector<value>> rows(row_count);
     for (std::vector<value>& row : rows) {
         for (std::size_t i = 0; i < entry.argument_count; ++i) {

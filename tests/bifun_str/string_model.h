@@ -44,7 +44,7 @@ std::string row_of(const bifun_settings& settings, const bifun::entry_point& ent
 
 // ---- calls of the string functions, whatever bytes the texts hold ----
 
-// Those of the catalogue: their names end in _str, and they know no large objects.
+// Those of the catalogue whose names end in _str, of texts and integers.
 std::vector<const bifun::entry_point*> string_functions();
 
 struct string_call {

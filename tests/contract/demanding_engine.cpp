@@ -9,12 +9,16 @@
 #include <gtest/gtest.h>
 
 #include "bop/frame/status.h"
+#include "engine/charset.h"
+#include "engine/collation.h"
 #include "engine/columns.h"
 #include "engine/date_format.h"
 #include "engine/datetime.h"
 #include "engine/decimal.h"
+#include "engine/digest.h"
 #include "engine/interval.h"
 #include "engine/large_objects.h"
+#include "engine/letter_case.h"
 #include "engine/number_check.h"
 #include "engine/number_format.h"
 #include "engine/strings.h"
@@ -138,6 +142,16 @@ PADDING(zq_get_lpad_str)
 PADDING(zq_get_rpad_str)
 OPERATION(i32, nblob_get_length, (environment * e, const bifun_large_object* object, i64* length),
           status_of(demand_environment(e, embedded(e, object, length))))
+
+OPERATION(i32, ntext_get_data, (environment * e, const bifun_large_object* object, i64 offset, u8* data, u32 size, u32* read),
+          status_of(demand_environment(e, embedded(e, object, offset, data, size, read))))
+OPERATION(i32, nls_sort_open, (environment * e, const u8* nls, u32 length, nls_collation** order),
+          status_of(demand_environment(e, embedded(e, nls, length, order))))
+STATUS(nls_sort_key, (nls_collation * order, const u8* text, u32 length, u8* key, u32 room, u64* size), order, text, length, key, room,
+       size)
+STATUS(zq_mb_char_step, (u8 * character, u32 length, i32 step), character, length, step)
+STATUS(cyt_hash_gen_digest, (i32 algorithm, const u8* bytes, u64 length, u8* digest, u32* size), algorithm, bytes, length, digest, size)
+STATUS(nls_case_rules_of, (const u8* nls, u32 length, i32* rules), nls, length, rules)
 
 // ---- decimals ----
 

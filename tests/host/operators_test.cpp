@@ -152,7 +152,7 @@ TEST(Operators, Offset) {
 // Functions by the names that they have in other systems.
 TEST(Operators, NamesElsewhere) {
     expect_shown({
-        {"LOWER('A')", "8, near LOWER: there is no function lower; texts keep their case; with --set case_sensitive=0 ..."},
+        {"CASEFOLD('A')", "8, near CASEFOLD: there is no function casefold; use LOWER(s); with --set case_sensitive=0 ..."},
         {"IFNULL(1, 2)", "8, near IFNULL: there is no function ifnull; use COALESCE(x, y) or NVL(x, y)"},
         {"SUM(1)", "8, near SUM: there is no function sum; there are no aggregates: a query gives a row for every row of the file"},
         {"POW(1, 2)", "8, near POW: there is no function pow; did you mean POWER?"},
