@@ -15,6 +15,7 @@
 #include "engine/session.h"
 #include "host/program_error.h"
 #include "host/values/date_formats.h"
+#include "host/values/number_formats.h"
 #include "host/values/value_text.h"
 
 namespace host {
@@ -76,6 +77,18 @@ std::string explain_unread_text(execution& run, const step& call, const std::arr
                             : fmt::format("\"{}\" is none; {}", characters, explain_default_mismatch());
 }
 
+// Why the text of a row is no number under the call's format.
+std::string explain_unread_number(execution& run, const step& call, const std::array<const bifun_column*, bifun::most_arguments>& row) {
+    const auto constant_text = [&](std::size_t position) {
+        const bifun_string_constant none{};
+        const bool given = position < call.operands.size();
+        const bifun_string text = bifun::string_of(given ? run.query.steps[call.operands[position]].value.as_string : none, 0);
+        return std::string(reinterpret_cast<const char*>(text.data), text.length);
+    };
+    const auto& text = static_cast<const bifun_string*>(row[0]->data->values)[*row[0]->selection];
+    return explain_number_mismatch({reinterpret_cast<const char*>(text.data), text.length}, constant_text(1), constant_text(2));
+}
+
 // A failed call says what went wrong but not where. Calling again with no rows tells a bad constant; calling again row by row, each
 // alone through a selection vector of one entry, tells the row.
 [[noreturn]] void fail_in_call(execution& run, step& call, const std::array<const bifun_column*, bifun::most_arguments>& columns,
@@ -102,7 +115,9 @@ std::string explain_unread_text(execution& run, const step& call, const std::arr
         const std::int32_t row_status = call_entry(run, call, shown, 1);
         if (row_status != 0) {
             const bool is_of_text = row_status == BIFUN_INVALID_DATETIME || row_status == BIFUN_INVALID_DATE_FORMAT;
-            const std::string reason = is_of_text ? explain_unread_text(run, call, shown, row_status) : "";
+            const std::string reason = is_of_text                                   ? explain_unread_text(run, call, shown, row_status)
+                                       : row_status == BIFUN_NUMBER_FORMAT_MISMATCH ? explain_unread_number(run, call, shown)
+                                                                                    : "";
             fail("{} in row {}{}{}", message(row_status), row_in_file(run, row), reason.empty() ? "" : ": ", reason);
         }
     }

@@ -32,7 +32,7 @@ constexpr name_elsewhere names_elsewhere[] = {
     {"SPLIT_PART SPLIT STRING_SPLIT", "use SUBSTRING_INDEX(s, delimiter, n)"},
     {"CONCAT_WS FORMAT PRINTF", "use a || b, and TO_CHAR(x, format) for numbers and dates"},
     {"STRFTIME", "use TO_CHAR(d, format) or DATE_FORMAT(d, format)"},
-    {"STR TO_NUMBER TO_INT TO_INTEGER TRY_CAST CONVERT TO_DECIMAL TO_VARCHAR", "use CAST(x AS type), such as CAST(x AS DECIMAL)"},
+    {"STR TO_INT TO_INTEGER TRY_CAST CONVERT TO_DECIMAL TO_VARCHAR", "use CAST(x AS type), such as CAST(x AS DECIMAL)"},
     {"NOW SYSDATE SYSTIMESTAMP GETDATE CURDATE CURTIME TODAY", "use CURRENT_DATE, CURRENT_TIMESTAMP or LOCALTIMESTAMP"},
     {"DATE_TRUNC", "use TRUNC(d, 'MONTH'), with any unit"},
     {"DATE_DIFF TIMESTAMPDIFF AGE", "use DATEDIFF(field, start, end)"},

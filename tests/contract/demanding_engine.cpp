@@ -166,6 +166,10 @@ OPERATION(i32, xdec_to_char_with_fmt, (environment * e, const xdec* a, char* buf
           (demand_zeros(buffer), fill_behind_text(buffer, embedded(e, a, buffer, format, length))))
 OPERATION(i32, xdec_to_char_with_nls, (environment * e, const xdec* a, char* buffer, const u8* format, u32 length, const u8* nls, u32 size),
           (demand_zeros(buffer), fill_behind_text(buffer, embedded(e, a, buffer, format, length, nls, size))))
+TEXT_STATUS(xdec_from_char, (const u8* text, u32 length, xdec* r), text, length, r)
+STATUS(char_to_dec_with_fmt,
+       (environment * e, const u8* text, u32 length, const u8* format, u32 size, const u8* nls, u32 nls_size, xdec* r, u32* at), e, text,
+       length, format, size, nls, nls_size, r, at)
 
 // ---- datetimes and intervals ----
 
