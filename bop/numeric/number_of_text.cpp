@@ -62,7 +62,7 @@ template <auto kernel, value_type result> status read_rows(batch_of<result> batc
     if (tried < BIFUN_OK && tried != BIFUN_NUMBER_FORMAT_MISMATCH && tried != BIFUN_NUMERIC_OVERFLOW) {
         return fail_batch(batch, tried);
     }
-    return set_rows<kernel>(batch, shared(by), text);
+    return set_rows<kernel>(batch, constant_argument{by, true}, text);
 }
 
 template <auto kernel, value_type result> status read_rows(batch_of<result> batch, column_of<VARCHAR> text, constant_of<VARCHAR> format) {

@@ -19,6 +19,7 @@ struct offered_argument {
     sql_type type;
     bool is_literal;
     std::optional<std::int32_t> keyword = {}; // the code of one
+    std::string_view text = {};               // of a literal
 };
 
 // How far an argument is from a parameter's type: 0 for the type itself, more for each step of INT -> BIGINT -> DECIMAL -> DOUBLE,
@@ -37,6 +38,9 @@ bool takes_argument_count(std::string_view builtin, std::size_t count);
 // What calls with so many arguments may look like: "(BIGINT), (field, DECIMAL)". A parameter is called constant where it has to be a
 // literal.
 std::string signatures(std::string_view builtin, std::size_t argument_count);
+
+// The types that text behind RETURNING can name in calls of the builtin: "INT, BIGINT"; empty where none has such.
+std::string returned_types(std::string_view builtin);
 
 // What to do instead where no member takes the arguments: "; use ..."; may be empty.
 std::string advice_for(std::string_view builtin, std::span<const offered_argument> arguments);

@@ -93,7 +93,7 @@ inline constexpr failing_calls_of failures[] = {
     {numbers_under_nls, "1 9 x", ZQ_INVALID_NLS_PARAMETERS},
     {"bto_number_a_str", "x ; 1.2.3 ; __ ; ~", BIFUN_NOT_A_NUMBER, failing_row::null, in_no_position, {}, 2},
     {"bto_number_a_str", "1e999", overflow},
-    {"TO_NUMBER", "1x 99 ; 12, 99 ; # 9 ; '' 9 ; 1 XXX NLS_CURRENCY=x ; 1.5 99D9 NLS_NUMERIC_CHARACTERS=',.'",
+    {"TO_NUMBER", "1x 99 ; 12, 99 ; # 9 ; '' 9 ; G XXX NLS_CURRENCY=x ; 1.5 99D9 NLS_NUMERIC_CHARACTERS=',.'",
      BIFUN_NUMBER_FORMAT_MISMATCH},
     {"TO_NUMBER", "1e999 TM ; 1E127 9EEEE NLS_CURRENCY=x", overflow},
     {"TO_NUMBER ISNUMERIC", "1 9x ; 1 '' ; 1 9*76 ; 1 9x NLS_CURRENCY=x", ZQ_INVALID_NUMBER_FORMAT, failing_row::null, 1},
