@@ -12,6 +12,7 @@
 #include "embedded/zqengine.h"
 #include "engine/datetime.h"
 #include "engine/decimal.h"
+#include "engine/json.h"
 #include "engine/session.h"
 #include "host/program_error.h"
 #include "host/values/date_formats.h"
@@ -77,16 +78,31 @@ std::string explain_unread_text(execution& run, const step& call, const std::arr
                             : fmt::format("\"{}\" is none; {}", characters, explain_default_mismatch());
 }
 
+// A constant text argument; empty where there is none.
+std::string constant_text(const execution& run, const step& call, std::size_t position) {
+    if (position >= call.operands.size()) {
+        return "";
+    }
+    const bifun_string text = bifun::string_of(run.query.steps[call.operands[position]].value.as_string, 0);
+    return {reinterpret_cast<const char*>(text.data), text.length};
+}
+
+// Where a text is no path.
+std::string explain_path(const std::string& text) {
+    jpath* path = nullptr;
+    std::uint32_t fault_at = 0;
+    const auto* const bytes = reinterpret_cast<const std::uint8_t*>(text.data());
+    (void)jpath_parse(nullptr, bytes, static_cast<std::uint32_t>(text.size()), &path, &fault_at);
+    jpath_free(nullptr, path);
+    return fault_at >= text.size() ? fmt::format("\"{}\" ends too early", text)
+                                   : fmt::format("\"{}\" is none from \"{}\" on", text, std::string_view(text).substr(fault_at));
+}
+
 // Why the text of a row is no number under the call's format.
 std::string explain_unread_number(execution& run, const step& call, const std::array<const bifun_column*, bifun::most_arguments>& row) {
-    const auto constant_text = [&](std::size_t position) {
-        const bifun_string_constant none{};
-        const bool given = position < call.operands.size();
-        const bifun_string text = bifun::string_of(given ? run.query.steps[call.operands[position]].value.as_string : none, 0);
-        return std::string(reinterpret_cast<const char*>(text.data), text.length);
-    };
     const auto& text = static_cast<const bifun_string*>(row[0]->data->values)[*row[0]->selection];
-    return explain_number_mismatch({reinterpret_cast<const char*>(text.data), text.length}, constant_text(1), constant_text(2));
+    return explain_number_mismatch({reinterpret_cast<const char*>(text.data), text.length}, constant_text(run, call, 1),
+                                   constant_text(run, call, 2));
 }
 
 // A failed call says what went wrong but not where. Calling again with no rows tells a bad constant; calling again row by row, each
@@ -97,6 +113,9 @@ std::string explain_unread_number(execution& run, const step& call, const std::a
         return fmt::format("{}: {} {}", call.entry->builtin, code, zqengine_status_meaning(code));
     };
     const std::int32_t constant_status = call_entry(run, call, columns, 0);
+    if (constant_status == BIFUN_INVALID_JSON_PATH) {
+        fail("{}: {}", message(constant_status), explain_path(constant_text(run, call, 1)));
+    }
     if (constant_status != 0) {
         throw program_error(message(constant_status));
     }

@@ -25,6 +25,16 @@ bool begins_clauses(std::string_view word) {
     return std::ranges::any_of(words, [&](std::string_view known) { return equal_ignoring_case(word, known); });
 }
 
+std::string without_comments(std::string_view sql) {
+    std::string text;
+    while (!sql.empty()) {
+        const std::string_view token = sql_token(sql, 0);
+        text += is_sql_comment(token) ? " " : token;
+        sql.remove_prefix(token.size());
+    }
+    return text;
+}
+
 // What is in the place must not end the comment or begin another.
 void hide(std::string& sql, std::size_t begin, std::size_t end) {
     std::replace(sql.begin() + static_cast<std::ptrdiff_t>(begin), sql.begin() + static_cast<std::ptrdiff_t>(end), '*', ' ');
@@ -52,7 +62,8 @@ std::vector<json_clauses> hide_json_clauses(std::string& sql) {
             const open_parenthesis closed = open.back();
             open.pop_back();
             if (closed.clauses != sql.npos) {
-                found.push_back({*closed.call, closed.clauses, sql.substr(closed.clauses, end - closed.clauses)});
+                found.push_back(
+                    {*closed.call, closed.clauses, without_comments(std::string_view(sql).substr(closed.clauses, end - closed.clauses))});
                 hide(sql, closed.clauses, end);
             }
         } else if (!open.empty()) {

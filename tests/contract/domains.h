@@ -13,6 +13,7 @@
 #include "bop/bifun.h"
 #include "bop/frame/catalogue.h"
 #include "embedded/columns/column_storage.h"
+#include "engine/json.h"
 #include "engine/number_format.h"
 #include "tests/contract/generated_batch.h"
 
@@ -68,6 +69,10 @@ inline constexpr std::string_view numbers_under_nls = "bto_char_avv_dec_to_varch
                                                       "bto_char_avv_int64_to_varchar_with_nls bto_char_avv_double_to_varchar_with_nls";
 inline constexpr std::string_view dates_under_model = "bto_char_dt_av_date bto_char_dt_av_date_low bto_char_dt_av_date_real";
 inline constexpr std::string_view dates_in_language = "bto_char_dt_avv_date bto_char_dt_avv_date_real";
+
+inline constexpr std::string_view typed_json_values =
+    "bjson_value_int_avv_str bjson_value_int64_avv_str bjson_value_dec_avv_str bjson_value_dbl_avv_str "
+    "bjson_value_bool_avv_str bjson_value_date_avv_str bjson_value_dt_avv_str";
 
 // Calls for each check of each built-in.
 inline constexpr failing_calls_of failures[] = {
@@ -186,6 +191,26 @@ inline constexpr failing_calls_of failures[] = {
      "9999-12-31 0/1 2024-01-01 0/1 ; 2024-01-01 0/0 -4712-01-01 0/-1", not_a_datetime},
     {"boverlaps_ivdt_aaaa_date boverlaps_ivdt_aavv_dtts_date boverlaps_ivdt_avva_tsdt_date",
      "9999-12-31 1/0/0/0/0 2024-01-01 0/0/0/0/0 ; 2024-01-01 0/0/0/0/0 -4712-01-01 0/0/0/0/-1", not_a_datetime},
+    {"JSON_VALUE JSON_QUERY", "[] $. ; [] x ; [] $[ ; [] '' ; [] $&x*4000", BIFUN_INVALID_JSON_PATH, failing_row::null, 1},
+    {"JSON_VALUE JSON_QUERY", "[] $. ERROR~ON~ERROR", BIFUN_INVALID_JSON_PATH, failing_row::null, 1},
+    {"JSON_VALUE JSON_QUERY", "[] $ x ; [] $ ERROR ; [] $ RETURNING ; [] $ ERROR~ON~ERROR~NULL~ON~EMPTY", domain_error, failing_row::null,
+     2},
+    {"JSON_VALUE", "[] $ WITH~WRAPPER ; [] $ DEFAULT~'x~ON~EMPTY ; [] $ DEFAULT~x~ON~EMPTY ; [] $ DEFAULT~'&x*1000&'~ON~EMPTY",
+     domain_error, failing_row::null, 2},
+    {"JSON_QUERY", "[] $ DEFAULT~1~ON~EMPTY ; [] $ WITH~ARRAY", domain_error, failing_row::null, 2},
+    {"JSON_VALUE JSON_QUERY", "[1 $ ERROR~ON~ERROR ; '' $ ERROR~ON~ERROR", JSON_INVALID_TEXT},
+    {"JSON_VALUE JSON_QUERY", "[&[*1024&]*1025 $ ERROR~ON~ERROR", JSON_TOO_DEEP},
+    {"JSON_VALUE JSON_QUERY", "[] $[0] ERROR~ON~EMPTY", JSON_NO_ITEM},
+    {"JSON_VALUE JSON_QUERY", "[1,2] $[1,0] ERROR~ON~ERROR", JSON_SEVERAL_ITEMS},
+    {"JSON_VALUE JSON_QUERY", "[] strict~$.a ERROR~ON~ERROR", JSON_NO_SUCH_PART},
+    {"JSON_VALUE JSON_QUERY", "null $.double() ERROR~ON~ERROR", JSON_NO_NUMBER},
+    {"JSON_VALUE", "[] $ ERROR~ON~ERROR ; {} $ ERROR~ON~ERROR", JSON_NO_SCALAR},
+    {typed_json_values, "\"x\" $ ERROR~ON~ERROR", BIFUN_CONVERSION_FAILED},
+    {typed_json_values, "1 $ DEFAULT~'x'~ON~EMPTY", BIFUN_CONVERSION_FAILED, failing_row::null, 2},
+    {"bjson_value_int_avv_str bjson_value_int64_avv_str", "1.5 $ ERROR~ON~ERROR ; true $ ERROR~ON~ERROR", BIFUN_CONVERSION_FAILED},
+    {"bjson_value_int_avv_str bjson_value_int64_avv_str", "9223372036854775808 $ ERROR~ON~ERROR ; 1e30 $ ERROR~ON~ERROR", overflow},
+    {"bjson_value_int_avv_str", "2147483648 $ ERROR~ON~ERROR", overflow},
+    {"bjson_value_dec_avv_str bjson_value_dbl_avv_str", "1e999 $ ERROR~ON~ERROR", overflow},
 };
 
 // Every call of these.
