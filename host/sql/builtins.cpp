@@ -40,6 +40,11 @@ constexpr name_elsewhere names_elsewhere[] = {
     {"STRPTIME STR_TO_DATE PARSE_DATE", "use TO_DATE(text, format)"},
     {"EPOCH TO_UNIXTIME", "use UNIX_TIMESTAMP(d)"},
     {"LOG2", "use LOG(2, x)"},
+    {"JSON_EXTRACT JSON_EXTRACT_STRING JSON_EXTRACT_SCALAR JSON_EXTRACT_PATH JSON_EXTRACT_PATH_TEXT GET_JSON_OBJECT JSON_UNQUOTE",
+     "use JSON_VALUE(doc, path) for a scalar, JSON_QUERY(doc, path) for any part of a document"},
+    {"JSON_EXISTS JSON_CONTAINS_PATH", "use JSON_QUERY(doc, path) IS NOT NULL"},
+    {"IS_JSON JSON_VALID", "use JSON_QUERY(s, '$') IS NOT NULL"},
+    {"IS_NUMBER IS_NUMERIC ISNUMBER", "use ISNUMERIC(text)"},
     {"MAKE_DATE MAKE_TIMESTAMP", "use TO_DATETIME(year, month, day, hour, minute)"},
 };
 

@@ -8,6 +8,7 @@
 #include "engine/datetime.h"
 #include "engine/decimal.h"
 #include "engine/interval.h"
+#include "engine/json.h"
 #include "engine/large_objects.h"
 #include "engine/memory.h"
 #include "engine/number_check.h"

@@ -59,6 +59,7 @@ TEST(JsonCalls, SayWhatIsWrong) {
          "near RETURNING: RETURNING takes VARCHAR, INT, BIGINT, DECIMAL, DOUBLE, BOOL, DATE, TIMESTAMP"},
         {"JSON_VALUE('{}', '$.a' RETURNING INT DEFAULT 'x' ON EMPTY)", "JSON_VALUE: -6147"},
         {"JSON_VALUE('{}', '$.a' NULL ON)", "JSON_VALUE: -6803"},
+        {"JSON_EXTRACT('{}', '$.a')", "use JSON_VALUE(doc, path)"},
         {"JSON_VALUE('{}', '$.a' NULL ON EMPTY) + + nothing", "nothing"},
     });
 }
