@@ -191,6 +191,12 @@ bool assign_text(zqengine::column_storage& column, std::uint32_t row, const typi
     case value_form::datetime_text:
         text = text_of(time_between(values.low, values.high, random));
         break;
+    case value_form::json_object:
+        text = R"({"id": )" + std::to_string(random % 1'000'000) +
+               R"(, "tags": ["math", "poetry"], "address": {"street": "12 St James's Square", )" +
+               R"("city": "London", "zip": "SW1Y"}, "score": 98.75, "name": ")" + letters_of(values.letters, 12, seed, row) +
+               R"(", "active": true, "parent": null, "n": 7})";
+        break;
     default:
         text = letters_of(values.letters, length(), seed, row);
         break;

@@ -13,7 +13,7 @@ function(install_headers folder)
   install(FILES ${ARGN} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/bifun/${folder} COMPONENT development)
 endfunction()
 install_headers(bop bop/bifun.h bop/exports.def)
-foreach(family frame conditional numeric bifun_str bifun_date)
+foreach(family frame conditional numeric bifun_str bifun_date json)
   install_headers(bop/${family} bop/${family}/exports.def)
 endforeach()
 install_headers(bop/frame bop/frame/contract.h bop/frame/status.h bop/frame/statuses.def bop/frame/value_type.h bop/frame/value_types.def
@@ -39,7 +39,7 @@ endforeach()
 
 # The pages of the functions are for whoever writes SQL, the rest for builders of engines. All lie as they do
 # here, for they refer to each other.
-set(pages_of_functions functions strings dates number-formats date-formats)
+set(pages_of_functions functions strings dates json number-formats date-formats)
 list(TRANSFORM pages_of_functions PREPEND ${docs}/)
 list(TRANSFORM pages_of_functions APPEND .md)
 file(GLOB pages_of_development CONFIGURE_DEPENDS ${docs}/*.md ${docs}/*.svg)

@@ -39,6 +39,17 @@ int32_t xdec_to_char_with_nls(bifun_environment* environment, const xdec* value,
 int32_t xdec_to_char_with_fmt_low(bifun_environment* environment, const xdec* value, char* buffer, const uint8_t* format,
                                   uint32_t format_length, uint32_t* length);
 
+/* Reads a text under the format: every text that xdec_to_char_with_nls writes of a number that fits, to the last digit, and what
+ * docs/number-formats.md lets a text lack. `nls_length` is 0 where there is no NLS text; `text` may be
+ * null when `length` is 0. The scale is the number of digits behind the
+ * point. The environment keeps the format as above.
+ *
+ * Returns 0; ZQ_INVALID_NUMBER_FORMAT, ZQ_INVALID_NLS_PARAMETERS; -6129 where the text departs from the format, and then `departs_at`,
+ * which may be null, gets the place of the first byte that does, `length` where the text ends too early; -6102 where the number is beyond
+ * the largest DECIMAL. On failure the result is untouched. */
+int32_t char_to_dec_with_fmt(bifun_environment* environment, const uint8_t* text, uint32_t length, const uint8_t* format,
+                             uint32_t format_length, const uint8_t* nls, uint32_t nls_length, xdec* result, uint32_t* departs_at);
+
 /* Writes the shortest text that reads back as the same double, and a closing NUL: in plain notation from 0.00001 up to but not
  * including 1E+15, else as 1.5E+20, with at least two digits of exponent. The others are NaN, Infinity, -Infinity, 0 and -0.
  * `length` gets the length without the NUL. `buffer_size` is ZQ_DOUBLE_TEXT_SIZE where the library calls. Returns

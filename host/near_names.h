@@ -7,10 +7,13 @@
 #include <string>
 #include <string_view>
 
+#include "adapters/binding/upper_case.h"
+
 namespace host {
 
+using binding::upper_case;
+
 // ASCII letters only, here as in the rest.
-std::string upper_case(std::string_view text);
 bool equal_ignoring_case(std::string_view a, std::string_view b);
 
 // "; did you mean A or B?" with the candidates that differ least from `name`: by a typing error or two, or by what one has behind the

@@ -2,7 +2,6 @@
 #include "adapters/binding/call.h"
 
 #include <algorithm>
-#include <cctype>
 #include <cstring>
 #include <limits>
 #include <new>
@@ -16,6 +15,7 @@
 #include "adapters/binding/keyword_use.h"
 #include "adapters/binding/known_fact.h"
 #include "adapters/binding/member_choice.h"
+#include "adapters/binding/upper_case.h"
 #include "engine/datetime.h"
 #include "engine/memory.h"
 
@@ -112,9 +112,7 @@ std::string_view text_of(const call_argument& argument, std::uint32_t row) {
 
 failure read_keyword(const call& made, std::string_view text, std::optional<std::int32_t>& code) {
     const bifun::keyword_list& keywords = made.form->keywords;
-    std::string upper(text);
-    std::ranges::transform(upper, upper.begin(), [](unsigned char letter) { return static_cast<char>(std::toupper(letter)); });
-    if (const bifun::keyword* const known = find_keyword(keywords, upper)) {
+    if (const bifun::keyword* const known = find_keyword(keywords, upper_case(text))) {
         code = known->code;
         return std::nullopt;
     }

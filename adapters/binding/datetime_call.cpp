@@ -78,7 +78,7 @@ sql_type datetime_result(const bifun::entry_point& member, std::span<const offer
     const sql_type common = std::ranges::max(datetimes, {}, &datetime_argument::type).type;
     bool gets_time = false;
     for (std::size_t i = 0; i < arguments.size(); ++i) {
-        const auto [type, is_literal, keyword] = arguments[i];
+        const auto [type, is_literal, keyword, text] = arguments[i];
         const bool has_time = keyword ? !bifun::is_date_field(*keyword) : type == sql_type::decimal || type == sql_type::double_precision;
         gets_time |= has_time && known_fact(member, i).adds_time;
     }

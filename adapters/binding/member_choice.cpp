@@ -9,6 +9,7 @@
 
 #include "adapters/binding/keyword_use.h"
 #include "adapters/binding/known_fact.h"
+#include "adapters/binding/upper_case.h"
 
 namespace binding {
 namespace {
@@ -48,6 +49,18 @@ bool takes_keyword(const argument_fact& fact, std::optional<std::int32_t> keywor
            (fact.fields == 0 || bifun::contains(fact.fields, *keyword));
 }
 
+// The first word of the type behind RETURNING, in upper case.
+std::string returned_type(std::string_view text) {
+    const auto take_word = [&] {
+        const std::size_t first = std::min(text.find_first_not_of(" \t\r\n"), text.size());
+        const std::size_t end = std::min(text.find_first_of(" \t\r\n", first), text.size());
+        const std::string word = upper_case(text.substr(first, end - first));
+        text.remove_prefix(end);
+        return word;
+    };
+    return take_word() == "RETURNING" ? take_word() : "VARCHAR";
+}
+
 std::optional<fit> fit_of(const entry_point& member, std::span<const offered_argument> offered) {
     if (!parameters_of_call(member, offered.size())) {
         return std::nullopt;
@@ -62,7 +75,8 @@ std::optional<fit> fit_of(const entry_point& member, std::span<const offered_arg
         const sql_type given = offered[i].type == sql_type::null ? sql_type::timestamp_with_zone : offered[i].type;
         const bool is_kind = type != value_type::DATETIME || overlap(fact.kinds, kind_of(given));
         if (!steps || (by_field && !is_kind) || !takes_keyword(fact, offered[i].keyword) ||
-            (kind == argument_kind::constant && !offered[i].is_literal)) {
+            (kind == argument_kind::constant && !offered[i].is_literal) ||
+            (!fact.returning.empty() && !bifun::has_word(fact.returning, returned_type(offered[i].text)))) {
             return std::nullopt;
         }
         found.other_kinds += is_kind ? 0 : 1;
@@ -200,6 +214,15 @@ std::string field_refusal(std::string_view builtin, std::string_view field, std:
     }
     return names.empty() ? ""
                          : fmt::format("{} has no field {}; it has {}", sql_type_name(tried.back().type), field, fmt::join(names, ", "));
+}
+
+std::string returned_types(std::string_view builtin) {
+    std::string types;
+    for_each_argument(builtin, [&](bifun::argument, const argument_fact& fact, std::size_t) {
+        const std::string_view first = fact.returning.substr(0, fact.returning.find(' '));
+        types += first.empty() ? "" : fmt::format("{}{}", types.empty() ? "" : ", ", first);
+    });
+    return types;
 }
 
 std::string advice_for(std::string_view builtin, std::span<const offered_argument> arguments) {

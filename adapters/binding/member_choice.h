@@ -19,6 +19,7 @@ struct offered_argument {
     sql_type type;
     bool is_literal;
     std::optional<std::int32_t> keyword = {}; // the code of one
+    std::string_view text = {};               // of a literal
 };
 
 // How far an argument is from a parameter's type: 0 for the type itself, more for each step of INT -> BIGINT -> DECIMAL -> DOUBLE,
@@ -41,6 +42,9 @@ std::string signatures(std::string_view builtin, std::size_t argument_count);
 // Where no member takes the arguments for the field that is one of them, but members would for others: "TIME has no field DAY; it has ...".
 // Empty where the field is not to blame.
 std::string field_refusal(std::string_view builtin, std::string_view field, std::span<const offered_argument> arguments);
+
+// The types that text behind RETURNING can name in calls of the builtin: "INT, BIGINT"; empty where none has such.
+std::string returned_types(std::string_view builtin);
 
 // What to do instead where no member takes the arguments: "; use ..."; may be empty.
 std::string advice_for(std::string_view builtin, std::span<const offered_argument> arguments);

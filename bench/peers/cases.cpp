@@ -38,6 +38,7 @@ constexpr table_column columns[] = {
     {"dt", value_type::DATETIME, content::uniform, 1970, 2037, false, 0, 0, value_form::date},
     {"dt2", value_type::DATETIME, content::uniform, 1970, 2037, false, 0, 0, value_form::date},
     {"text", value_type::VARCHAR, content::uniform, 1970, 2037, false, 0, 0, value_form::datetime_text},
+    {"doc", value_type::VARCHAR, content::uniform, 5, 40, false, 0, 0, value_form::json_object},
 };
 
 constexpr case_argument column(std::string_view name) { return {argument_source::column, name}; }
@@ -403,6 +404,24 @@ std::span<const bench_case> bench_cases() {
          "n",
          "bextract_str_va_date",
          {constant("1"), column("text")}},
+        {"json_value(doc, '$.name')",
+         "json_extract_string(doc, '$.name')",
+         "JSONExtractString(doc, 'name')",
+         "s",
+         "bjson_value_av_str",
+         {column("doc"), constant("$.name")}},
+        {"json_value(doc, '$.id' returning bigint)",
+         "json_extract_string(doc, '$.id')::BIGINT",
+         "JSONExtractInt(doc, 'id')",
+         "x",
+         "bjson_value_int64_avv_str",
+         {column("doc"), constant("$.id"), constant("RETURNING BIGINT")}},
+        {"json_query(doc, '$.address')",
+         "json_extract(doc, '$.address')::VARCHAR",
+         "JSONExtractRaw(doc, 'address')",
+         "s",
+         "bjson_query_av_str",
+         {column("doc"), constant("$.address")}},
     };
     return cases;
 }

@@ -42,6 +42,7 @@ enum class value_form : std::uint8_t {
     padded,        // VARCHAR: the letters with 1 to 8 blanks in front in one row of four and 0 to 15 blanks behind, which are a count
     multilingual,  // VARCHAR: Latin, Cyrillic and Chinese, 1.8 bytes to a character; the range is the length in characters
     datetime_text, // VARCHAR: YYYY-MM-DD HH:MM:SS; the range are the years
+    json_object,   // VARCHAR: 200 bytes of JSON, an object with a member "name" and others before and behind it
     date,          // DATETIME: without a time of day
 };
 
@@ -82,6 +83,8 @@ struct argument_fact {
     keyword_list keywords = {};       // that people write in place of its values
     std::string_view words = {};      // the texts that a call may have here, in any case, with blanks between
     bool or_integer = false;          // a text that is an integer may stand in place of one of the words
+    std::string_view returning = {};  // the types behind RETURNING in this text for which a call is bound to this entry point; without
+                                      // RETURNING it is VARCHAR
     std::string_view if_omitted = {}; // what stands for this last argument where a call leaves it out
     date_format format = date_format::none;
 

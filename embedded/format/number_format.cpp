@@ -165,6 +165,7 @@ bool read_digits_format(format_reader& text, const nls_parameters& nls, number_f
     count_integer_columns(format);
     if (format.multiplier_digits == 0 && take_mark(text, seen, '.', "D", nls.decimal_point, point)) {
         add_mark(format, point);
+        format.point = point;
         read_fraction_digits(text, format);
     }
     if (format.integer_digits + format.fraction_digits == 0 || (seen.literal && seen.national)) {

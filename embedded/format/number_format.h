@@ -40,6 +40,7 @@ struct number_format {
     bool lower_case; // of hexadecimal digits and Roman numerals
     bool symbol_leads;
     char decimal_point; // as TM writes it
+    char point;         // among the marks of the body, or '\0'
     std::uint8_t integer_digits;
     std::uint8_t fraction_digits;
     std::uint8_t multiplier_digits;     // of the integer digits, those behind V
@@ -58,6 +59,23 @@ struct number_format {
 
 // Returns whether the text is a number format. Elements are of any case. On failure the result is garbage.
 [[nodiscard]] bool parse_number_format(const std::uint8_t* text, std::uint32_t length, const nls_parameters& nls, number_format& result);
+
+// Why a text is no number under a format.
+enum class number_fault : std::uint8_t {
+    none,
+    departs,         // from the format, at `at`
+    too_many_digits, // more than the format has, from `at` on
+    no_digits,       // where `at` is
+    beyond_range,    // of DECIMAL
+};
+
+struct number_reading {
+    number_fault fault;
+    std::uint32_t at; // the byte of the text, perhaps the one behind its last
+};
+
+// Reads a text under a format; docs/number-formats.md says what is read. On failure the result is untouched.
+[[nodiscard]] number_reading read_number(const number_format& format, const std::uint8_t* text, std::uint32_t length, xdec& result);
 
 // Writes the value and a closing NUL. `buffer` has at least 512 bytes; what lies behind the NUL is garbage.
 void write_number(const number_format& format, const xdec& value, char* buffer);

@@ -7,9 +7,8 @@
 
 #include "embedded/decimal/decimal_parts.h"
 #include "embedded/decimal/digits.h"
-#include "embedded/format/nls_parameters.h"
+#include "embedded/format/kept_number_format.h"
 #include "embedded/format/number_format.h"
-#include "embedded/session/environment.h"
 #include "engine/number_format.h"
 #include "layouts/eight_digits.h"
 
@@ -425,53 +424,6 @@ void write_shortest(const number_format& format, const decimal_parts& value, cha
     *out = '\0';
 }
 
-// ---- formats of a session ----------------------------------------------------------------------------------------
-
-bool same_bytes(const std::uint8_t* a, const std::uint8_t* b, std::uint32_t count) {
-    const auto word_at = [](const std::uint8_t* bytes) {
-        std::uint64_t word;
-        std::memcpy(&word, bytes, sizeof word);
-        return word;
-    };
-    if (count < 8) {
-        for (std::uint32_t i = 0; i < count; ++i) {
-            if (a[i] != b[i]) {
-                return false;
-            }
-        }
-        return true;
-    }
-    std::uint64_t differences = word_at(a + count - 8) ^ word_at(b + count - 8);
-    for (std::uint32_t i = 0; i + 8 < count; i += 8) {
-        differences |= word_at(a + i) ^ word_at(b + i);
-    }
-    return differences == 0;
-}
-
-std::int32_t parse(const std::uint8_t* format, std::uint32_t format_length, const std::uint8_t* nls, std::uint32_t nls_length,
-                   number_format& result) {
-    nls_parameters parameters;
-    if (!parse_nls_parameters(nls, nls_length, parameters)) {
-        return ZQ_INVALID_NLS_PARAMETERS;
-    }
-    return parse_number_format(format, format_length, parameters, result) ? 0 : ZQ_INVALID_NUMBER_FORMAT;
-}
-
-[[gnu::noinline]] std::int32_t remember(const std::uint8_t* format, std::uint32_t format_length, const std::uint8_t* nls,
-                                        std::uint32_t nls_length, number_format_memory& memory) {
-    memory.format_length = number_format_memory::none;
-    const std::int32_t status = parse(format, format_length, nls, nls_length, memory.format);
-    if (status == 0) {
-        memory.format_length = format_length;
-        memory.nls_length = nls_length;
-        std::memcpy(memory.format_text, format, format_length);
-        if (nls_length != 0) {
-            std::memcpy(memory.nls_text, nls, nls_length);
-        }
-    }
-    return status;
-}
-
 } // namespace
 
 void write_number(const number_format& format, const xdec& value, char* buffer) {
@@ -497,24 +449,13 @@ using namespace zqengine;
 
 int32_t xdec_to_char_with_nls(bifun_environment* environment, const xdec* value, char* buffer, const uint8_t* format,
                               uint32_t format_length, const uint8_t* nls, uint32_t nls_length) {
-    if (environment == nullptr) {
-        number_format parsed;
-        const std::int32_t status = parse(format, format_length, nls, nls_length, parsed);
-        if (status == 0) {
-            write_number(parsed, *value, buffer);
-        }
-        return status;
+    number_format own;
+    const number_format* parsed = &own;
+    const std::int32_t status = find_number_format(environment, {format, format_length, nls, nls_length}, own, parsed);
+    if (status == 0) {
+        write_number(*parsed, *value, buffer);
     }
-    number_format_memory& memory = environment->number_format;
-    if (memory.format_length != format_length || memory.nls_length != nls_length ||
-        !same_bytes(memory.format_text, format, format_length) || !same_bytes(memory.nls_text, nls, nls_length)) {
-        const std::int32_t status = remember(format, format_length, nls, nls_length, memory);
-        if (status != 0) {
-            return status;
-        }
-    }
-    write_number(memory.format, *value, buffer);
-    return 0;
+    return status;
 }
 
 int32_t xdec_to_char_with_fmt(bifun_environment* environment, const xdec* value, char* buffer, const uint8_t* format,

@@ -9,6 +9,7 @@
 #include "embedded/session/environment.h"
 #include "embedded/session/parameters.h"
 #include "embedded/zqengine.h"
+#include "engine/json.h"
 #include "engine/number_format.h"
 
 namespace {
@@ -65,6 +66,20 @@ const char* zqengine_status_meaning(int32_t status) {
 #undef STATUS
     case ZQ_INVALID_NUMBER_FORMAT:
         return "invalid number format";
+    case JSON_INVALID_TEXT:
+        return "the text is no JSON";
+    case JSON_TOO_DEEP:
+        return "the JSON has more than 1024 levels";
+    case JSON_NO_SUCH_PART:
+        return "the JSON lacks a part that a strict path asks for";
+    case JSON_NO_ITEM:
+        return "the path gives nothing";
+    case JSON_SEVERAL_ITEMS:
+        return "the path gives more than one item";
+    case JSON_NO_SCALAR:
+        return "the path gives an array or object, not a scalar";
+    case JSON_NO_NUMBER:
+        return "the path takes a number of what is none";
     case ZQ_INVALID_NLS_PARAMETERS:
         return "invalid NLS parameters";
     case zqengine::spool_failure:

@@ -59,7 +59,8 @@ std::vector<offered_argument> offered_of(const std::vector<operand>& arguments) 
     std::vector<offered_argument> offered;
     offered.reserve(arguments.size());
     for (const operand& argument : arguments) {
-        offered.push_back({argument.type, argument.literal != nullptr, argument.keyword});
+        offered.push_back({argument.type, argument.literal != nullptr, argument.keyword,
+                           argument.literal != nullptr ? std::string_view(argument.literal->text) : std::string_view()});
     }
     return offered;
 }
@@ -139,6 +140,11 @@ const bifun::entry_point& find_member(binder& state, const expression& tree, std
     const bifun::entry_point* const member = choose_member(builtin, offered);
     if (member == nullptr && keywords.chooses_member) {
         refuse_field(state, tree, builtin, offered);
+    }
+    constexpr std::size_t clauses_at = 2;
+    if (member == nullptr && offered.size() > clauses_at && offered[clauses_at].type == sql_type::varchar &&
+        !returned_types(builtin).empty()) {
+        fail_at(state.sql, arguments[clauses_at].offset, fmt::format("RETURNING takes {}", returned_types(builtin)));
     }
     if (member == nullptr) {
         fail_at(state.sql, tree.offset,

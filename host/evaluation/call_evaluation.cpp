@@ -11,9 +11,11 @@
 #include "embedded/zqengine.h"
 #include "engine/datetime.h"
 #include "engine/decimal.h"
+#include "engine/json.h"
 #include "engine/session.h"
 #include "host/program_error.h"
 #include "host/values/date_formats.h"
+#include "host/values/number_formats.h"
 #include "host/values/value_text.h"
 
 namespace host {
@@ -70,14 +72,47 @@ std::string explain_unread_text(execution& run, const step& call, const bifun_co
                             : fmt::format("\"{}\" is none; {}", characters, explain_default_mismatch());
 }
 
+// A constant text argument; empty where there is none.
+std::string constant_text(const execution& run, const step& call, std::size_t position) {
+    if (position >= call.operands.size()) {
+        return "";
+    }
+    const bifun_string text = bifun::string_of(run.query.steps[call.operands[position]].value.as_string, 0);
+    return {reinterpret_cast<const char*>(text.data), text.length};
+}
+
+// Where a text is no path.
+std::string explain_path(const std::string& text) {
+    jpath* path = nullptr;
+    std::uint32_t fault_at = 0;
+    const auto* const bytes = reinterpret_cast<const std::uint8_t*>(text.data());
+    (void)jpath_parse(nullptr, bytes, static_cast<std::uint32_t>(text.size()), &path, &fault_at);
+    jpath_free(nullptr, path);
+    return fault_at >= text.size() ? fmt::format("\"{}\" ends too early", text)
+                                   : fmt::format("\"{}\" is none from \"{}\" on", text, std::string_view(text).substr(fault_at));
+}
+
+// Why the text of a row is no number under the call's format.
+std::string explain_unread_number(execution& run, const step& call, const bifun_column* texts, std::uint32_t row) {
+    const auto& text = static_cast<const bifun_string*>(texts->data->values)[texts->selection == nullptr ? row : texts->selection[row]];
+    return explain_number_mismatch({reinterpret_cast<const char*>(text.data), text.length}, constant_text(run, call, 1),
+                                   constant_text(run, call, 2));
+}
+
 [[noreturn]] void fail_in_call(execution& run, const step& call, const invocation& made, std::int32_t status, std::uint32_t row_count) {
     const failed_call failed = find_failure(made, status, row_count);
     const std::string message = fmt::format("{}: {} {}", call.entry->builtin, failed.status, zqengine_status_meaning(failed.status));
+    if (!failed.row && failed.status == BIFUN_INVALID_JSON_PATH) {
+        fail("{}: {}", message, explain_path(constant_text(run, call, 1)));
+    }
     if (!failed.row) {
         throw program_error(message);
     }
     const bool is_of_text = failed.status == BIFUN_INVALID_DATETIME || failed.status == BIFUN_INVALID_DATE_FORMAT;
-    const std::string reason = is_of_text ? explain_unread_text(run, call, made.columns[0], *failed.row, failed.status) : "";
+    const std::string reason = is_of_text ? explain_unread_text(run, call, made.columns[0], *failed.row, failed.status)
+                               : failed.status == BIFUN_NUMBER_FORMAT_MISMATCH
+                                   ? explain_unread_number(run, call, made.columns[0], *failed.row)
+                                   : "";
     fail("{} in row {}{}{}", message, row_in_file(run, *failed.row), reason.empty() ? "" : ": ", reason);
 }
 

@@ -36,7 +36,8 @@ everywhere. A number literal is the first of INT, BIGINT and DECIMAL that holds 
   number fail.
 - A DOUBLE never becomes a DECIMAL. TRUNC to n digits therefore takes no DOUBLE; ROUND does.
 - TRUNC of text takes digits and a point, no sign, and gives a DOUBLE.
-- The formats of TO_CHAR and its kin are described in [number formats](number-formats.md) and [date formats](date-formats.md).
+- The formats of TO_CHAR and its kin are described in [number formats](number-formats.md) and [date formats](date-formats.md), paths into
+  documents in [JSON](json.md).
 
 A NULL argument gives NULL, except in {null_takers}. A function that fails for a row ends the query with the status, its
 meaning and the row: `bifun: LN: -6803 an argument is outside the function's domain in row 15`. The conditions that AND joins in

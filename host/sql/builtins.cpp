@@ -33,7 +33,7 @@ constexpr name_elsewhere names_elsewhere[] = {
     {"SPLIT_PART SPLIT STRING_SPLIT", "use SUBSTRING_INDEX(s, delimiter, n)"},
     {"CONCAT_WS FORMAT PRINTF", "use a || b, and TO_CHAR(x, format) for numbers and dates"},
     {"STRFTIME", "use TO_CHAR(d, format) or DATE_FORMAT(d, format)"},
-    {"STR TO_NUMBER TO_INT TO_INTEGER TRY_CAST CONVERT TO_DECIMAL TO_VARCHAR", "use CAST(x AS type), such as CAST(x AS DECIMAL)"},
+    {"STR TO_INT TO_INTEGER TRY_CAST CONVERT TO_DECIMAL TO_VARCHAR", "use CAST(x AS type), such as CAST(x AS DECIMAL)"},
     {"NOW SYSDATE SYSTIMESTAMP GETDATE CURDATE CURTIME TODAY", "use CURRENT_DATE, CURRENT_TIMESTAMP or LOCALTIMESTAMP"},
     {"DATE_TRUNC", "use TRUNC(d, 'MONTH'), with any unit"},
     {"DATE_DIFF TIMESTAMPDIFF AGE", "use DATEDIFF(field, start, end)"},
@@ -41,6 +41,11 @@ constexpr name_elsewhere names_elsewhere[] = {
     {"STRPTIME STR_TO_DATE PARSE_DATE", "use TO_DATE(text, format)"},
     {"EPOCH TO_UNIXTIME", "use UNIX_TIMESTAMP(d)"},
     {"LOG2", "use LOG(2, x)"},
+    {"JSON_EXTRACT JSON_EXTRACT_STRING JSON_EXTRACT_SCALAR JSON_EXTRACT_PATH JSON_EXTRACT_PATH_TEXT GET_JSON_OBJECT JSON_UNQUOTE",
+     "use JSON_VALUE(doc, path) for a scalar, JSON_QUERY(doc, path) for any part of a document"},
+    {"JSON_EXISTS JSON_CONTAINS_PATH", "use JSON_QUERY(doc, path) IS NOT NULL"},
+    {"IS_JSON JSON_VALID", "use JSON_QUERY(s, '$') IS NOT NULL"},
+    {"IS_NUMBER IS_NUMERIC ISNUMBER", "use ISNUMERIC(text)"},
     {"MAKE_DATE MAKE_TIMESTAMP", "use TO_DATETIME(year, month, day, hour, minute)"},
 };
 

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // Calls.
 
+#include <algorithm>
+
 #include "host/sql/builtins.h"
 #include "host/sql/call_spelling.h"
 #include "host/sql/parse_tree.h"
@@ -63,6 +65,12 @@ expression translate_call(const json& body, translation_context context) {
     for (const json& argument : list_in(body, "args")) {
         made.operands.push_back(has_field && made.operands.empty() ? translate_field(argument, has_own_syntax, context)
                                                                    : translate(argument, context));
+    }
+    const auto clauses = std::ranges::find(context.clauses, made.offset, &json_clauses::call);
+    if (clauses != context.clauses.end()) {
+        made.operands.push_back({.kind = expression_kind::literal, .offset = clauses->offset});
+        made.operands.back().literal = literal_kind::string;
+        made.operands.back().text = clauses->text;
     }
     if (has_own_syntax && is_own_syntax(made.name)) {
         spell_as_builtin(made);

@@ -11,6 +11,7 @@
 #include <nlohmann/json.hpp>
 
 #include "host/sql/expression.h"
+#include "host/sql/json_clauses.h"
 
 namespace host {
 
@@ -18,6 +19,7 @@ using json = nlohmann::json;
 
 struct translation_context {
     const std::string& sql;
+    const std::vector<json_clauses>& clauses; // that the parser has not seen
 };
 
 constexpr std::size_t nowhere = static_cast<std::size_t>(-1);

@@ -8,6 +8,7 @@
 #include <pg_query.h>
 
 #include "host/program_error.h"
+#include "host/sql/json_clauses.h"
 #include "host/sql/nesting.h"
 #include "host/sql/parse_tree.h"
 #include "host/sql/sql_text.h"
@@ -120,12 +121,13 @@ select_statement translate_statement(const json& body, const translation_context
     return statement;
 }
 
-json parse_tree(const std::string& sql) {
+// `plain` is the text without what the parser does not know.
+json parse_tree(const std::string& sql, const std::string& plain) {
     if (sql.find('\0') != std::string::npos) {
         fail("SQL: the text holds a NUL character");
     }
-    check_nesting(sql);
-    const PgQueryParseResult parsed = pg_query_parse(sql.c_str());
+    check_nesting(plain);
+    const PgQueryParseResult parsed = pg_query_parse(plain.c_str());
     const std::unique_ptr<const PgQueryParseResult, void (*)(const PgQueryParseResult*)> owner(
         &parsed, [](const PgQueryParseResult* result) { pg_query_free_parse_result(*result); });
     if (parsed.error != nullptr) {
@@ -142,9 +144,11 @@ json parse_tree(const std::string& sql) {
 } // namespace
 
 select_statement parse_select(const std::string& sql) {
-    const json tree = parse_tree(sql);
+    std::string plain = sql;
+    const std::vector<json_clauses> clauses = hide_json_clauses(plain);
+    const json tree = parse_tree(sql, plain);
     const json& statements = tree["stmts"];
-    const translation_context context{.sql = sql};
+    const translation_context context{.sql = sql, .clauses = clauses};
     if (statements.empty()) {
         fail("SQL: the text is empty; write a query such as SELECT * FROM table");
     }

@@ -17,6 +17,7 @@
 #include "engine/decimal.h"
 #include "engine/digest.h"
 #include "engine/interval.h"
+#include "engine/json.h"
 #include "engine/large_objects.h"
 #include "engine/letter_case.h"
 #include "engine/number_check.h"
@@ -180,6 +181,19 @@ OPERATION(i32, xdec_to_char_with_fmt, (environment * e, const xdec* a, char* buf
           (demand_zeros(buffer), fill_behind_text(buffer, embedded(e, a, buffer, format, length))))
 OPERATION(i32, xdec_to_char_with_nls, (environment * e, const xdec* a, char* buffer, const u8* format, u32 length, const u8* nls, u32 size),
           (demand_zeros(buffer), fill_behind_text(buffer, embedded(e, a, buffer, format, length, nls, size))))
+TEXT_STATUS(xdec_from_char, (const u8* text, u32 length, xdec* r), text, length, r)
+STATUS(char_to_dec_with_fmt,
+       (environment * e, const u8* text, u32 length, const u8* format, u32 size, const u8* nls, u32 nls_size, xdec* r, u32* at), e, text,
+       length, format, size, nls, nls_size, r, at)
+
+// ---- JSON ----
+
+STATUS(jpath_parse, (environment * e, const u8* text, u32 length, jpath** path, u32* at), e, text, length, path, at)
+STATUS(json_parse, (environment * e, json_reader* reader, const u8* text, u32 length), e, reader, text, length)
+STATUS(jpath_get_scalar, (environment * e, json_reader* reader, const jpath* path, json_item* item), e, reader, path, item)
+STATUS(jpath_get_json, (environment * e, json_reader* reader, const jpath* path, i32 wrapper, const u8** text, u32* length), e, reader,
+       path, wrapper, text, length)
+TEXT_STATUS(json_get_double, (const u8* text, u32 length, double* r), text, length, r)
 
 // ---- datetimes and intervals ----
 

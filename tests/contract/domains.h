@@ -13,6 +13,7 @@
 #include "bop/bifun.h"
 #include "bop/frame/catalogue.h"
 #include "embedded/columns/column_storage.h"
+#include "engine/json.h"
 #include "engine/number_format.h"
 #include "tests/contract/generated_batch.h"
 
@@ -69,6 +70,10 @@ inline constexpr std::string_view numbers_under_nls = "bto_char_avv_dec_to_varch
 inline constexpr std::string_view dates_under_model = "bto_char_dt_av_date bto_char_dt_av_date_low bto_char_dt_av_date_real";
 inline constexpr std::string_view dates_in_language = "bto_char_dt_avv_date bto_char_dt_avv_date_real";
 
+inline constexpr std::string_view typed_json_values =
+    "bjson_value_int_avv_str bjson_value_int64_avv_str bjson_value_dec_avv_str bjson_value_dbl_avv_str "
+    "bjson_value_bool_avv_str bjson_value_date_avv_str bjson_value_dt_avv_str";
+
 // Calls for each check of each built-in.
 inline constexpr failing_calls_of failures[] = {
     {"ABS", "-9223372036854775808", overflow, failing_row::unwritten, in_no_position, value_type::BIGINT},
@@ -91,6 +96,14 @@ inline constexpr failing_calls_of failures[] = {
     {numbers_under_nls, "1 9x NLS_CURRENCY=x", ZQ_INVALID_NUMBER_FORMAT},
     {numbers_under_nls, "1 9 NLS_CURRENCY=x&y*115 ; 1 9 ''", BIFUN_INVALID_NLS_PARAMETER, failing_row::null, 2},
     {numbers_under_nls, "1 9 x", ZQ_INVALID_NLS_PARAMETERS},
+    {"bto_number_a_str", "x ; 1.2.3 ; __ ; ~", BIFUN_NOT_A_NUMBER, failing_row::null, in_no_position, {}, 2},
+    {"bto_number_a_str", "1e999", overflow},
+    {"TO_NUMBER", "1x 99 ; 12, 99 ; # 9 ; '' 9 ; G XXX NLS_CURRENCY=x ; 1.5 99D9 NLS_NUMERIC_CHARACTERS=',.'",
+     BIFUN_NUMBER_FORMAT_MISMATCH},
+    {"TO_NUMBER", "1e999 TM ; 1E127 9EEEE NLS_CURRENCY=x", overflow},
+    {"TO_NUMBER ISNUMERIC", "1 9x ; 1 '' ; 1 9*76 ; 1 9x NLS_CURRENCY=x", ZQ_INVALID_NUMBER_FORMAT, failing_row::null, 1},
+    {"TO_NUMBER ISNUMERIC", "1 9 x ; 1 9D9 NLS_NUMERIC_CHARACTERS='~,'", ZQ_INVALID_NLS_PARAMETERS, failing_row::null, 2},
+    {"TO_NUMBER ISNUMERIC", "1 9 '' ; 1 9 NLS_CURRENCY=x&y*115", BIFUN_INVALID_NLS_PARAMETER, failing_row::null, 2},
     {dates_under_model, "2024-02-29 YYYX ; 2024-02-29 \"a ; 2024-02-29 MONTHTH ; 2024-02-29 -*76", BIFUN_INVALID_DATE_FORMAT,
      failing_row::null, 1},
     {dates_in_language, "2024-02-29 YYYX NLS_DATE_LANGUAGE=ENGLISH", BIFUN_INVALID_DATE_FORMAT, failing_row::null, 1},
@@ -201,6 +214,26 @@ inline constexpr failing_calls_of failures[] = {
      "9999-12-31 0/1 2024-01-01 0/1 ; 2024-01-01 0/0 -4712-01-01 0/-1", not_a_datetime},
     {"boverlaps_ivdt_aaaa_date boverlaps_ivdt_aavv_dtts_date boverlaps_ivdt_avva_tsdt_date",
      "9999-12-31 1/0/0/0/0 2024-01-01 0/0/0/0/0 ; 2024-01-01 0/0/0/0/0 -4712-01-01 0/0/0/0/-1", not_a_datetime},
+    {"JSON_VALUE JSON_QUERY", "[] $. ; [] x ; [] $[ ; [] '' ; [] $&x*4000", BIFUN_INVALID_JSON_PATH, failing_row::null, 1},
+    {"JSON_VALUE JSON_QUERY", "[] $. ERROR~ON~ERROR", BIFUN_INVALID_JSON_PATH, failing_row::null, 1},
+    {"JSON_VALUE JSON_QUERY", "[] $ x ; [] $ ERROR ; [] $ RETURNING ; [] $ ERROR~ON~ERROR~NULL~ON~EMPTY", domain_error, failing_row::null,
+     2},
+    {"JSON_VALUE", "[] $ WITH~WRAPPER ; [] $ DEFAULT~'x~ON~EMPTY ; [] $ DEFAULT~x~ON~EMPTY ; [] $ DEFAULT~'&x*1000&'~ON~EMPTY",
+     domain_error, failing_row::null, 2},
+    {"JSON_QUERY", "[] $ DEFAULT~1~ON~EMPTY ; [] $ WITH~ARRAY", domain_error, failing_row::null, 2},
+    {"JSON_VALUE JSON_QUERY", "[1 $ ERROR~ON~ERROR ; '' $ ERROR~ON~ERROR", JSON_INVALID_TEXT},
+    {"JSON_VALUE JSON_QUERY", "[&[*1024&]*1025 $ ERROR~ON~ERROR", JSON_TOO_DEEP},
+    {"JSON_VALUE JSON_QUERY", "[] $[0] ERROR~ON~EMPTY", JSON_NO_ITEM},
+    {"JSON_VALUE JSON_QUERY", "[1,2] $[1,0] ERROR~ON~ERROR", JSON_SEVERAL_ITEMS},
+    {"JSON_VALUE JSON_QUERY", "[] strict~$.a ERROR~ON~ERROR", JSON_NO_SUCH_PART},
+    {"JSON_VALUE JSON_QUERY", "null $.double() ERROR~ON~ERROR", JSON_NO_NUMBER},
+    {"JSON_VALUE", "[] $ ERROR~ON~ERROR ; {} $ ERROR~ON~ERROR", JSON_NO_SCALAR},
+    {typed_json_values, "\"x\" $ ERROR~ON~ERROR", BIFUN_CONVERSION_FAILED},
+    {typed_json_values, "1 $ DEFAULT~'x'~ON~EMPTY", BIFUN_CONVERSION_FAILED, failing_row::null, 2},
+    {"bjson_value_int_avv_str bjson_value_int64_avv_str", "1.5 $ ERROR~ON~ERROR ; true $ ERROR~ON~ERROR", BIFUN_CONVERSION_FAILED},
+    {"bjson_value_int_avv_str bjson_value_int64_avv_str", "9223372036854775808 $ ERROR~ON~ERROR ; 1e30 $ ERROR~ON~ERROR", overflow},
+    {"bjson_value_int_avv_str", "2147483648 $ ERROR~ON~ERROR", overflow},
+    {"bjson_value_dec_avv_str bjson_value_dbl_avv_str", "1e999 $ ERROR~ON~ERROR", overflow},
 };
 
 // Every call of these.

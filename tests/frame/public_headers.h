@@ -10,6 +10,7 @@
 #include "engine/decimal.h"
 #include "engine/digest.h"
 #include "engine/interval.h"
+#include "engine/json.h"
 #include "engine/large_objects.h"
 #include "engine/letter_case.h"
 #include "engine/memory.h"

@@ -1,0 +1,38 @@
+// SPDX-License-Identifier: Apache-2.0
+// JSON_QUERY: JSON as text.
+
+#include "bop/json/batch_of_documents.h"
+#include "bop/json/entry_points.h"
+
+namespace bifun {
+namespace {
+
+value_or_null query(const documents& all, const bifun_string& document, string_room& room) {
+    const std::uint8_t* text = nullptr;
+    std::uint32_t length = 0;
+    status outcome = json_parse(all.environment, all.reader, document.data, document.length);
+    if (outcome >= BIFUN_OK) {
+        outcome = jpath_get_json(all.environment, all.reader, all.path, all.clauses->wrapper, &text, &length);
+    }
+    if (outcome < BIFUN_OK) {
+        return react(all, outcome, [&](const bifun_string& json) { return copy_text(room, json); });
+    }
+    return put_text(document, text, length, room);
+}
+
+status query_rows(batch_of<VARCHAR> batch, column_of<VARCHAR> document, constant_of<VARCHAR> path, const bifun_string_constant* clauses) {
+    return with_documents(batch, path, clauses, json_function::query,
+                          [&](const documents& all) { return string_rows<query>(batch, shared(all), document); });
+}
+
+} // namespace
+
+status entry::bjson_query_av_str(batch_of<VARCHAR> batch, column_of<VARCHAR> document, constant_of<VARCHAR> path) {
+    return query_rows(batch, document, path, nullptr);
+}
+status entry::bjson_query_avv_str(batch_of<VARCHAR> batch, column_of<VARCHAR> document, constant_of<VARCHAR> path,
+                                  constant_of<VARCHAR> clauses) {
+    return query_rows(batch, document, path, clauses.record);
+}
+
+} // namespace bifun

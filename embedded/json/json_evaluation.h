@@ -1,0 +1,34 @@
+// SPDX-License-Identifier: Apache-2.0
+// What a path gives of a document.
+#ifndef BIFUN_EMBEDDED_JSON_JSON_EVALUATION_H
+#define BIFUN_EMBEDDED_JSON_JSON_EVALUATION_H
+
+#include <cstdint>
+#include <string_view>
+
+#include "embedded/json/json_document.h"
+#include "embedded/json/json_path.h"
+
+namespace zqengine {
+
+// A value of the document, or a scalar that a method gives or a path has in itself. The text is as in json_node.
+struct path_item {
+    std::uint8_t kind; // of json_kind
+    bool has_escapes;
+    std::string_view text;
+    const json_node* node; // of an array or object
+};
+
+// Who is given the items, one by one in their order. `take` returns 0, a number above 0 where no further item is wanted, or a failure. The
+// text of an item stays for as long as `take` runs.
+struct item_receiver {
+    void* to;
+    std::int32_t (*take)(void* to, const path_item& item);
+};
+
+// Returns what the receiver has returned last, or JSON_NO_SUCH_PART or JSON_NO_NUMBER.
+[[nodiscard]] std::int32_t evaluate_path(const json_document& document, const jpath& path, const item_receiver& receiver);
+
+} // namespace zqengine
+
+#endif

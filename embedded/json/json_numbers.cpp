@@ -1,0 +1,96 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "embedded/json/json_numbers.h"
+
+#include <algorithm>
+#include <charconv>
+
+#include "bop/frame/status.h"
+#include "embedded/json/json_document.h"
+#include "engine/json.h"
+#include "layouts/order.h"
+
+namespace zqengine {
+
+namespace {
+
+// 0.d1d2d3... x 10^position with its sign; d1 is not 0. Zero has no digits.
+struct scaled_digits {
+    bool negative;
+    std::int64_t position;
+    std::string_view digits; // with the point among them, and zeros behind
+};
+
+std::int64_t exponent_of(std::string_view text) {
+    constexpr std::int64_t beyond_any_text = 100'000'000'000;
+    const bool negative = text.starts_with('-');
+    text.remove_prefix(negative || text.starts_with('+') ? 1 : 0);
+    std::int64_t exponent = 0;
+    for (const char digit : text) {
+        exponent = std::min(exponent * 10 + (digit - '0'), beyond_any_text);
+    }
+    return negative ? -exponent : exponent;
+}
+
+scaled_digits scale(std::string_view number) {
+    const bool negative = number.starts_with('-');
+    number.remove_prefix(negative ? 1 : 0);
+    const std::size_t mark = std::min(number.find_first_of("eE"), number.size());
+    const std::int64_t exponent = mark == number.size() ? 0 : exponent_of(number.substr(mark + 1));
+    const std::string_view mantissa = number.substr(0, mark);
+    const std::size_t point = std::min(mantissa.find('.'), mantissa.size());
+    const std::size_t first = std::min(mantissa.find_first_not_of("0."), mantissa.size());
+    const auto before_point = static_cast<std::int64_t>(point) - static_cast<std::int64_t>(first) + (first > point ? 1 : 0);
+    return {.negative = negative, .position = before_point + exponent, .digits = mantissa.substr(first)};
+}
+
+char take_digit(std::string_view& digits) {
+    digits.remove_prefix(digits.starts_with('.') ? 1 : 0);
+    const char digit = digits.empty() ? '0' : digits.front();
+    digits.remove_prefix(digits.empty() ? 0 : 1);
+    return digit;
+}
+
+std::int32_t compare_magnitudes(scaled_digits a, scaled_digits b) {
+    if (a.position != b.position) {
+        return bifun::order(a.position, b.position);
+    }
+    while (!a.digits.empty() || !b.digits.empty()) {
+        const char digit_of_a = take_digit(a.digits);
+        const char digit_of_b = take_digit(b.digits);
+        if (digit_of_a != digit_of_b) {
+            return bifun::order(digit_of_a, digit_of_b);
+        }
+    }
+    return 0;
+}
+
+} // namespace
+
+std::int32_t compare_json_numbers(std::string_view a, std::string_view b) {
+    const scaled_digits left = scale(a);
+    const scaled_digits right = scale(b);
+    const auto sign = [](const scaled_digits& number) { return number.digits.empty() ? 0 : number.negative ? -1 : 1; };
+    if (sign(left) != sign(right) || sign(left) == 0) {
+        return bifun::order(sign(left), sign(right));
+    }
+    return compare_magnitudes(left, right) * sign(left);
+}
+
+} // namespace zqengine
+
+int32_t json_get_double(const uint8_t* text, uint32_t length, double* result) {
+    const std::string_view number(reinterpret_cast<const char*>(text), length);
+    if (length == 0 || zqengine::json_number_length(number) != length) {
+        return BIFUN_UNUSABLE_TEXT;
+    }
+    double value = 0;
+    const std::from_chars_result read = std::from_chars(number.data(), number.data() + number.size(), value);
+    if (read.ec == std::errc::result_out_of_range) {
+        if (zqengine::scale(number).position > 0) {
+            return BIFUN_NUMERIC_OVERFLOW;
+        }
+        value = number.starts_with('-') ? -0.0 : 0.0; // less than half of the smallest double
+    }
+    *result = value;
+    return BIFUN_OK;
+}

@@ -1,0 +1,16 @@
+// SPDX-License-Identifier: Apache-2.0
+// Numbers as JSON writes them, exactly.
+#ifndef BIFUN_EMBEDDED_JSON_JSON_NUMBERS_H
+#define BIFUN_EMBEDDED_JSON_JSON_NUMBERS_H
+
+#include <cstdint>
+#include <string_view>
+
+namespace zqengine {
+
+// Less than, equal to or greater than 0 as `a` is less than, equal to or greater than `b`, to the last digit. Both are numbers.
+std::int32_t compare_json_numbers(std::string_view a, std::string_view b);
+
+} // namespace zqengine
+
+#endif

@@ -1,0 +1,96 @@
+// SPDX-License-Identifier: Apache-2.0
+// SQL/JSON paths, parsed. docs/json.md describes the language.
+#ifndef BIFUN_EMBEDDED_JSON_JSON_PATH_H
+#define BIFUN_EMBEDDED_JSON_JSON_PATH_H
+
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
+
+#include "engine/json.h"
+
+namespace zqengine {
+
+enum class step_kind : std::uint8_t { member, any_member, elements, any_element, filter, type_method, size_method, double_method };
+
+struct path_text {
+    std::uint32_t begin; // in the characters of the path
+    std::uint32_t length;
+};
+
+// `first` and `count` are the subscripts of `elements`; `first` is the condition of a filter. Steps of a chain lie side by side.
+struct path_step {
+    step_kind kind;
+    path_text name; // of a member
+    std::uint32_t first;
+    std::uint32_t count;
+};
+
+struct path_chain {
+    std::uint32_t first; // step
+    std::uint32_t count;
+};
+
+// An element, counted from 0 or, before the last one, from that.
+struct path_position {
+    bool from_last;
+    std::int64_t number;
+};
+
+// From the one to the other; of a single element both are the same.
+struct path_subscript {
+    path_position from;
+    path_position to;
+};
+
+enum class operand_kind : std::uint8_t { of_document, of_current, literal };
+
+// $ or @ with its steps, or a literal: a number as it is written, a string as its characters.
+struct path_operand {
+    operand_kind kind;
+    std::uint8_t literal_kind; // of json_kind
+    path_chain chain;
+    path_text text;
+};
+
+enum class comparison : std::uint8_t { equal, not_equal, less, less_or_equal, greater, greater_or_equal };
+enum class condition_kind : std::uint8_t { both, either, negation, is_unknown, exists, compared, starts_with };
+
+// `left` and `right` are conditions, or operands of the last three.
+struct path_condition {
+    condition_kind kind;
+    comparison compared;
+    std::uint32_t left;
+    std::uint32_t right;
+};
+
+} // namespace zqengine
+
+// All in one block of memory. A text has no more parts of a kind than bytes.
+struct jpath {
+    std::size_t size;
+    bool strict;
+    zqengine::path_chain chain;
+    zqengine::path_step* steps;
+    zqengine::path_subscript* subscripts;
+    zqengine::path_operand* operands;
+    zqengine::path_condition* conditions;
+    char* characters;
+    std::uint32_t step_count;
+    std::uint32_t subscript_count;
+    std::uint32_t operand_count;
+    std::uint32_t condition_count;
+    std::uint32_t character_count;
+};
+
+namespace zqengine {
+
+inline std::string_view text_of(const jpath& path, const path_text& text) { return {path.characters + text.begin, text.length}; }
+
+// Into a path whose lists have room for a text of this length. Returns whether it is a path; `fault_at` gets the first byte that does not
+// fit.
+[[nodiscard]] bool parse_path(std::string_view text, jpath& path, std::uint32_t& fault_at);
+
+} // namespace zqengine
+
+#endif

@@ -1,0 +1,43 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "host/values/number_formats.h"
+
+#include <algorithm>
+
+#include <fmt/format.h>
+
+#include "embedded/format/kept_number_format.h"
+
+namespace host {
+
+std::string explain_number_mismatch(std::string_view text, std::string_view format, std::string_view nls) {
+    const auto bytes = [](std::string_view given) { return reinterpret_cast<const std::uint8_t*>(given.data()); };
+    const auto length = [](std::string_view given) { return static_cast<std::uint32_t>(given.size()); };
+    zqengine::number_format parsed;
+    xdec number;
+    if (zqengine::parse_format_texts({bytes(format), length(format), bytes(nls), length(nls)}, parsed) != 0) {
+        return "";
+    }
+    const zqengine::number_reading reading = zqengine::read_number(parsed, bytes(text), length(text), number);
+    std::string_view fault;
+    switch (reading.fault) {
+    case zqengine::number_fault::none:
+    case zqengine::number_fault::beyond_range:
+        return "";
+    case zqengine::number_fault::departs:
+        fault = "departs from it";
+        break;
+    case zqengine::number_fault::too_many_digits:
+        fault = "has more digits than it";
+        break;
+    case zqengine::number_fault::no_digits:
+        fault = "lacks a digit";
+        break;
+    }
+    const std::string_view read = text.substr(0, reading.at);
+    return fmt::format("\"{}\" {} {}", text, fault,
+                       read.size() == text.size() ? "at its end"
+                       : read.empty()             ? "at its beginning"
+                                                  : fmt::format("behind \"{}\"", read));
+}
+
+} // namespace host

@@ -1,0 +1,17 @@
+// SPDX-License-Identifier: Apache-2.0
+// What is wrong with a text that is to be read under a number format.
+#ifndef BIFUN_HOST_VALUES_NUMBER_FORMATS_H
+#define BIFUN_HOST_VALUES_NUMBER_FORMATS_H
+
+#include <string>
+#include <string_view>
+
+namespace host {
+
+// Where the text departs from the format and what is expected there; empty where it does not. Texts are in the database character set, an
+// empty `nls` is none.
+std::string explain_number_mismatch(std::string_view text, std::string_view format, std::string_view nls);
+
+} // namespace host
+
+#endif
