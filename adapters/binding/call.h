@@ -64,6 +64,11 @@ struct call {
     std::vector<call_argument> arguments; // more than the signature has where it takes more
     std::uint32_t capacity;               // rows of a batch
     std::array<constant, bifun::most_arguments> constants;
+    constant omitted; // what stands for the last argument of `omitted_of`, where that is omitted
+    const bifun::entry_point* omitted_of;
+    bifun::keyword_list keywords; // of the signature's keyword
+    std::string keyword;          // the last one that was looked up, as it was written
+    std::optional<std::int32_t> keyword_code;
     std::array<column_pointer, bifun::most_arguments> months; // intervals of years and months, out of those of an argument
     column_pointer doubles;                                   // results of members that give integers where others give doubles
     std::vector<bound_member> members;
@@ -79,8 +84,11 @@ using result_store =
 
 struct call_failure {
     std::int32_t status; // of the library; 0 where the call is refused before
-    std::string message; // with the name of the built-in
+    std::string message; // begins with the name of the built-in
+    std::string call;    // with the values that it failed for; may be empty
 };
+
+std::string text_of(const call_failure& failed);
 
 // Evaluates the first `row_count` rows of the arguments, 1 to the capacity. Rows may be stored in several parts. Nothing where that has
 // succeeded; else some rows may have been stored. `find` gives the function that is exported under a name.
