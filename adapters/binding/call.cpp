@@ -11,6 +11,7 @@
 
 #include <fmt/format.h>
 
+#include "adapters/binding/datetime_call.h"
 #include "adapters/binding/invocation.h"
 #include "adapters/binding/keyword_use.h"
 #include "adapters/binding/member_choice.h"
@@ -211,15 +212,10 @@ std::string call_text(const call& made, std::uint32_t row) {
     return fmt::format("{}({})", made.form->builtin, fmt::join(values, ", "));
 }
 
-call_failure refusal(const call& made, std::uint32_t row) {
-    std::vector<std::string_view> types;
-    for (std::size_t i = 0; i < made.form->argument_count; ++i) {
-        types.push_back(made.form->keyword == i ? role_name(made.keywords.role) : sql_type_name(made.form->type_list[i]));
-    }
-    return {0,
-            fmt::format("{} does not take these values, of ({}); it takes {}", made.form->builtin, fmt::join(types, ", "),
-                        signatures(made.form->builtin, made.form->argument_count)),
-            call_text(made, row)};
+call_failure refusal(const call& made, const call_values& values, std::uint32_t row) {
+    const std::optional<std::size_t> keyword = made.form->keyword;
+    const std::string_view word = keyword ? text_of(made.arguments[*keyword], row_of(made.arguments[*keyword], row)) : std::string_view();
+    return {0, explain_refusal(*made.form, values, word), call_text(made, row)};
 }
 
 // ---- intervals --------------------------------------------------------------------------------------------------------------
@@ -286,6 +282,19 @@ struct group_call {
     std::uint32_t row_count;
     std::array<bifun_column, bifun::most_arguments> columns{};
 };
+
+// Leaves out whole turns of the clock of the amounts by which times are moved.
+void write_remainders(call_argument& argument, std::int64_t turn, const row_list& rows, std::uint32_t row_count) {
+    const auto* const amounts = values_of<std::int64_t>(argument);
+    auto* const remainders = static_cast<std::int64_t*>(argument.storage->data->values);
+    const auto write = [&](std::uint32_t row) { remainders[row] = argument.data.null_flags[row] != 0 ? amounts[row] % turn : 0; };
+    if (argument.repeats) {
+        write(0);
+    } else {
+        for_each_row(rows, row_count, write);
+    }
+    argument.data.values = remainders;
+}
 
 // Gives parameter `parameter` of the member the argument at `position`.
 bool pass_argument(group_call& group, invocation& invoked, std::size_t parameter, std::size_t position) {
@@ -379,6 +388,12 @@ failure evaluate_group(group_call& group, const result_store& store, void* (*fin
         }
     }
 
+    if (values.keyword && form.argument_count == 3 && form.type_list[1] == sql_type::bigint) {
+        if (const auto turn = count_round_the_clock(form.builtin, *values.keyword, form.type_list[2])) {
+            write_remainders(made.arguments[1], *turn, group.rows, group.row_count);
+        }
+    }
+
     // f(a, b, c) is f(f(a, b), c), whose first argument is a column.
     const std::size_t steps = made.arguments.size() > form.argument_count ? made.arguments.size() - form.argument_count + 1 : 1;
     const bifun_column* left = nullptr;
@@ -389,7 +404,7 @@ failure evaluate_group(group_call& group, const result_store& store, void* (*fin
         }
         const bifun::entry_point* const entry = find_member_for(made, values, step == 0 ? intervals_of_any_kind : 0, find);
         if (entry == nullptr) {
-            return refusal(made, first_row);
+            return refusal(made, values, first_row);
         }
         bound_member& member = bind_member(made, values, find);
         while (member.results.size() <= step) {

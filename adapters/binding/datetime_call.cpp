@@ -21,7 +21,31 @@ bool names_date_field(const bifun::entry_point& member, std::span<const offered_
     return false;
 }
 
+// 0 where it is no time.
+std::int64_t count_per_day(std::int32_t field) {
+    switch (field) {
+    case ZQTIME_HOUR:
+        return 24;
+    case ZQTIME_MINUTE:
+        return 24 * 60;
+    case ZQTIME_SECOND:
+        return 24 * 60 * 60;
+    case ZQTIME_SUBSECOND:
+        return 24 * 60 * 60 * 1000;
+    default:
+        return 0;
+    }
+}
+
 } // namespace
+
+std::optional<std::int64_t> count_round_the_clock(std::string_view builtin, std::int32_t field, sql_type moved) {
+    const bool moves = std::ranges::any_of(bifun::entry_points, [&](const bifun::entry_point& member) {
+        return member.builtin == builtin && member.argument_count == 3 && bifun::fact_of(member, 0).adds_time;
+    });
+    const std::int64_t per_day = count_per_day(field);
+    return moves && per_day != 0 && is_datetime(moved) && !has_date(moved) ? std::optional(per_day) : std::nullopt;
+}
 
 std::optional<datetime_refusal> find_datetime_refusal(const bifun::entry_point& member, std::span<const offered_argument> arguments,
                                                       std::span<const datetime_argument> datetimes) {

@@ -188,6 +188,20 @@ std::string signatures(std::string_view builtin, std::size_t argument_count) {
     return text;
 }
 
+std::string field_refusal(std::string_view builtin, std::string_view field, std::span<const offered_argument> arguments) {
+    std::vector<offered_argument> tried(arguments.begin(), arguments.end());
+    const auto keyword = std::ranges::find_if(tried, [](const offered_argument& argument) { return argument.keyword.has_value(); });
+    std::vector<std::string_view> names;
+    for (const bifun::keyword& word : keywords_of(builtin).list.words) {
+        keyword->keyword = word.code;
+        if (choose_member(builtin, tried) != nullptr) {
+            names.push_back(word.names.substr(0, word.names.find(' ')));
+        }
+    }
+    return names.empty() ? ""
+                         : fmt::format("{} has no field {}; it has {}", sql_type_name(tried.back().type), field, fmt::join(names, ", "));
+}
+
 std::string advice_for(std::string_view builtin, std::span<const offered_argument> arguments) {
     const auto is_of = [&](std::size_t i, bifun::type_set types) {
         return types.bits == bifun::any_type.bits ||

@@ -38,6 +38,10 @@ bool takes_argument_count(std::string_view builtin, std::size_t count);
 // literal.
 std::string signatures(std::string_view builtin, std::size_t argument_count);
 
+// Where no member takes the arguments for the field that is one of them, but members would for others: "TIME has no field DAY; it has ...".
+// Empty where the field is not to blame.
+std::string field_refusal(std::string_view builtin, std::string_view field, std::span<const offered_argument> arguments);
+
 // What to do instead where no member takes the arguments: "; use ..."; may be empty.
 std::string advice_for(std::string_view builtin, std::span<const offered_argument> arguments);
 

@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <bit>
 
+#include <fmt/format.h>
+
 #include "adapters/binding/datetime_call.h"
 #include "adapters/binding/keyword_use.h"
 #include "adapters/binding/member_choice.h"
@@ -72,6 +74,16 @@ std::vector<offered_argument> offered_of(const signature& call, const call_value
     return offered;
 }
 
+std::vector<datetime_argument> datetimes_of(std::span<const offered_argument> offered) {
+    std::vector<datetime_argument> datetimes;
+    for (std::size_t i = 0; i < offered.size(); ++i) {
+        if (is_datetime(offered[i].type)) {
+            datetimes.push_back({i, offered[i].type});
+        }
+    }
+    return datetimes;
+}
+
 // What the values may be: every keyword, and intervals of months or of days.
 template <class Visit> void for_each_case(const signature& call, argument_set constants, const Visit& visit) {
     argument_set intervals = 0;
@@ -133,12 +145,7 @@ const entry_point* find_member(const signature& call, const call_values& values)
 
 std::optional<sql_type> result_type(const signature& call, const call_values& values, const entry_point& member) {
     const std::vector<offered_argument> offered = offered_of(call, values);
-    std::vector<datetime_argument> datetimes;
-    for (std::size_t i = 0; i < offered.size(); ++i) {
-        if (is_datetime(offered[i].type)) {
-            datetimes.push_back({i, offered[i].type});
-        }
-    }
+    const std::vector<datetime_argument> datetimes = datetimes_of(offered);
     if (find_datetime_refusal(member, offered, datetimes)) {
         return std::nullopt;
     }
@@ -148,6 +155,24 @@ std::optional<sql_type> result_type(const signature& call, const call_values& va
     // A date that text is read into has a time of day where its format has one.
     const bool reads_by_format = call.builtin == "TO_DATE" && call.argument_count > 1;
     return reads_by_format ? sql_type::timestamp : datetime_result(member, offered, datetimes);
+}
+
+std::string explain_refusal(const signature& call, const call_values& values, std::string_view keyword) {
+    const std::vector<offered_argument> offered = offered_of(call, values);
+    if (const entry_point* const member = find_member(call, values)) {
+        const std::optional<datetime_refusal> refusal = find_datetime_refusal(*member, offered, datetimes_of(offered));
+        return refusal ? refusal->message : "";
+    }
+    std::string text = call.keyword && keywords_of(call.builtin).chooses_member ? field_refusal(call.builtin, keyword, offered) : "";
+    if (text.empty()) {
+        std::vector<std::string_view> types;
+        for (std::size_t i = 0; i < offered.size(); ++i) {
+            types.push_back(call.keyword == i ? role_name(keywords_of(call.builtin).list.role) : sql_type_name(offered[i].type));
+        }
+        text = fmt::format("{} does not take ({}); it takes {}{}", call.builtin, fmt::join(types, ", "),
+                           signatures(call.builtin, call.argument_count), advice_for(call.builtin, offered));
+    }
+    return text;
 }
 
 std::vector<signature> signatures_of(std::string_view builtin) {

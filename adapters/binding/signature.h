@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <optional>
 #include <span>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -50,8 +51,11 @@ struct call_values {
 // stands for it where it is omitted. Null where the built-in does not take them.
 const bifun::entry_point* find_member(const signature& call, const call_values& values);
 
-// The type of a datetime that a member gives; nothing where it does not take the datetimes of the call, or gives something else.
+// The type of what a member gives; nothing where it does not take the datetimes of the call.
 std::optional<sql_type> result_type(const signature& call, const call_values& values, const bifun::entry_point& member);
+
+// Why find_member or result_type has found nothing. `keyword` is how the call has it.
+std::string explain_refusal(const signature& call, const call_values& values, std::string_view keyword);
 
 } // namespace binding
 

@@ -326,7 +326,9 @@ std::string show_vector(duckdb_vector vector, sql_type type, std::uint32_t row_c
         return "";
     case sql_type::boolean:
         for (std::uint32_t row = 0; row < shown; ++row) {
-            binding::values_of<std::int32_t>(argument)[row] = static_cast<const std::uint8_t*>(values)[row] != 0 ? 1 : 0;
+            // Functions of a condition look at what stands behind a NULL: it counts as false.
+            const bool is_true = argument.data.null_flags[row] != 0 && static_cast<const std::uint8_t*>(values)[row] != 0;
+            binding::values_of<std::int32_t>(argument)[row] = is_true ? 1 : 0;
         }
         return "";
     case sql_type::decimal:

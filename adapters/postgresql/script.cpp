@@ -20,6 +20,7 @@ std::string quoted(std::string_view text) {
     return made + "'";
 }
 
+// Functions are named with their schema: PostgreSQL has some of the same names and types, and finds its own first.
 std::string declaration_of(const sql_function& function, const bifun::builtin& builtin, bool updates) {
     std::string types;
     for (const host_type type : function.arguments) {
@@ -27,20 +28,20 @@ std::string declaration_of(const sql_function& function, const bifun::builtin& b
     }
     constexpr std::string_view volatilities[] = {"IMMUTABLE", "STABLE", "VOLATILE"};
     const bifun::change change = change_of(function);
-    return fmt::format("CREATE {}FUNCTION \"{}\"({}) RETURNS {} LANGUAGE C {}{} PARALLEL {} AS 'MODULE_PATHNAME', 'bifun_call';\n"
-                       "COMMENT ON FUNCTION \"{}\"({}) IS {};\n",
-                       updates ? "OR REPLACE " : "", function.name, types, names_of(function.result).sql,
-                       volatilities[static_cast<std::size_t>(change)], function.form.is_null_for_null ? " STRICT" : "",
-                       change == bifun::change::every_call ? "RESTRICTED" : "SAFE", function.name, types,
-                       quoted(fmt::format("{}: {}", builtin.form, builtin.meaning)));
+    return fmt::format(
+        "CREATE {}FUNCTION @extschema@.\"{}\"({}) RETURNS {} LANGUAGE C {}{} PARALLEL {} AS 'MODULE_PATHNAME', 'bifun_call';\n"
+        "COMMENT ON FUNCTION @extschema@.\"{}\"({}) IS {};\n",
+        updates ? "OR REPLACE " : "", function.name, types, names_of(function.result).sql, volatilities[static_cast<std::size_t>(change)],
+        function.form.is_null_for_null ? " STRICT" : "", change == bifun::change::every_call ? "RESTRICTED" : "SAFE", function.name, types,
+        quoted(fmt::format("{}: {}", builtin.form, builtin.meaning)));
 }
 
 std::string script(bool updates) {
     std::string made =
         fmt::format("\\echo Use \"{}\" to load this file. \\quit\n"
-                    "CREATE FUNCTION check_database() RETURNS void LANGUAGE C AS 'MODULE_PATHNAME', 'bifun_check_database';\n"
-                    "SELECT check_database();\n"
-                    "DROP FUNCTION check_database();\n",
+                    "CREATE FUNCTION @extschema@.check_database() RETURNS void LANGUAGE C AS 'MODULE_PATHNAME', 'bifun_check_database';\n"
+                    "SELECT @extschema@.check_database();\n"
+                    "DROP FUNCTION @extschema@.check_database();\n",
                     updates ? "ALTER EXTENSION bifun UPDATE" : "CREATE EXTENSION bifun");
     for (const bifun::builtin& builtin : bifun::builtins) {
         for (const sql_function& function : functions_of(builtin)) {

@@ -68,24 +68,24 @@ std::vector<std::string> split(std::string_view text, std::string_view separator
     return parts;
 }
 
-std::string quoted(std::string_view text) { return fmt::format("'{}'", program_run::replaced(std::string(text), "'", "''")); }
+std::string quoted_literal(std::string_view text) { return fmt::format("'{}'", program_run::replaced(std::string(text), "'", "''")); }
 
 bool is_plain(std::string_view text) { return text.find_first_of("_*&'\t") == text.npos; }
+
+// What the catalogue says of an argument where the call has no keyword to choose by.
+argument_fact fact_of_argument(const signature& form, std::size_t position) {
+    const entry_point* const member = form.keyword ? nullptr : find_member(form, {form.constants, std::nullopt, 0});
+    return member != nullptr && position < member->argument_count ? fact_of(*member, position) : argument_fact{};
+}
 
 // Literals that suit an argument which has to be one.
 std::vector<std::string> constants_for(const signature& form, std::size_t position) {
     const sql_type type = form.type_list[position];
+    const argument_fact fact = fact_of_argument(form, position);
     std::vector<std::string> made;
-    for (const entry_point& member : entry_points) {
-        if (member.builtin != form.builtin || position >= member.argument_count ||
-            binding::sql_type_of(member.arguments()[position].type) != type) {
-            continue;
-        }
-        const argument_fact& fact = fact_of(member, position);
-        for (const std::string& text : split(fact.words.empty() ? fact.texts : fact.words, fact.words.empty() ? " | " : " ")) {
-            if (is_plain(text)) {
-                made.push_back(type == sql_type::varchar ? quoted(text) : text);
-            }
+    for (const std::string& text : split(fact.words.empty() ? fact.texts : fact.words, fact.words.empty() ? " | " : " ")) {
+        if (is_plain(text)) {
+            made.push_back(type == sql_type::varchar ? quoted_literal(text) : text);
         }
     }
     if (made.empty()) {
@@ -101,7 +101,7 @@ std::vector<std::string> constants_for(const signature& form, std::size_t positi
 std::vector<std::string> keywords_for(const signature& form) {
     std::vector<std::string> made;
     for (const keyword& word : binding::keywords_of(form.builtin).list.words) {
-        made.push_back(quoted(word.names.substr(0, word.names.find(' '))));
+        made.push_back(quoted_literal(word.names.substr(0, word.names.find(' '))));
     }
     return made;
 }
@@ -129,23 +129,17 @@ std::vector<std::string> expressions_for(const signature& form, std::size_t posi
 std::string filter_for(const signature& form) {
     std::vector<std::string> conditions;
     for (std::size_t i = 0; i < form.argument_count; ++i) {
-        for (const entry_point& member : entry_points) {
-            const bool has_it = member.builtin == form.builtin && i < member.argument_count &&
-                                binding::sql_type_of(member.arguments()[i].type) == form.type_list[i];
-            if (!has_it || !binding::is_number(form.type_list[i]) || binding::contains(form.constants, i)) {
-                continue;
-            }
-            const argument_fact& fact = fact_of(member, i);
-            const std::string column = expressions_for(form, i).front();
-            if (std::isfinite(static_cast<double>(fact.low))) {
-                conditions.push_back(fmt::format("{} >= {}", column,
-                                                 fact.low < 0   ? fmt::format("{:.0f}", std::ceil(static_cast<double>(fact.low)))
-                                                 : fact.low > 0 ? "0.01"
-                                                                : "0"));
-            }
-            if (std::isfinite(static_cast<double>(fact.high)) && fact.high < 1e9L) {
-                conditions.push_back(fmt::format("{} <= {}", column, static_cast<std::int64_t>(fact.high)));
-            }
+        if (!binding::is_number(form.type_list[i]) || binding::contains(form.constants, i)) {
+            continue;
+        }
+        const argument_fact fact = fact_of_argument(form, i);
+        const std::string column = expressions_for(form, i).front();
+        if (fact.low > -1e9L) {
+            conditions.push_back(
+                fmt::format("{} >= {}", column, fact.low > 0 ? "0.01" : fmt::format("{:.0f}", static_cast<double>(fact.low))));
+        }
+        if (fact.high < 1e9L) {
+            conditions.push_back(fmt::format("{} <= {:.0f}", column, static_cast<double>(fact.high)));
         }
     }
     std::ranges::sort(conditions);
@@ -218,7 +212,7 @@ std::string normal_form(const std::string& text, sql_type type) {
     case sql_type::timestamp_with_zone:
         return without_closing_zeros(text.substr(0, text.find('+')));
     case sql_type::timestamp:
-        return text.find(':') == text.npos ? text + " 00:00:00" : without_closing_zeros(text);
+        return text.find(":") == text.npos ? fmt::format("{} 00:00:00", text) : without_closing_zeros(text);
     case sql_type::time:
         return without_closing_zeros(text);
     case sql_type::boolean:
@@ -308,27 +302,49 @@ std::vector<cell_call> cell_calls() {
     return calls;
 }
 
-void expect_equal_cells(const std::function<host_answer(const cell_call& call)>& ask, std::optional<int> fraction_digits) {
-    const program_run::scratch_directory directory;
-    std::string types;
-    std::string file;
-    for (const cell_column& column : cell_columns()) {
-        const auto* const known = std::ranges::find(samples, column.type, &sample::type);
-        types += fmt::format("{}{}:{}", types.empty() ? "" : ",", column.name, known->program_type);
-        file += fmt::format("{}{}", file.empty() ? "" : ",", column.name);
-    }
-    for (std::size_t row = 0; row < row_count; ++row) {
-        file += '\n';
+namespace {
+
+// Once for all hosts, as the program is started for each of them.
+const std::vector<std::pair<cell_call, program_run::run_result>>& program_answers() {
+    static const std::vector<std::pair<cell_call, program_run::run_result>> answers = [] {
+        const program_run::scratch_directory directory;
+        std::string types;
+        std::string file;
         for (const cell_column& column : cell_columns()) {
-            const cell& value = column.values[row];
-            file += fmt::format("{}{}", &column == &cell_columns().front() ? "" : ",", value ? fmt::format("\"{}\"", *value) : "");
+            const auto* const known = std::ranges::find(samples, column.type, &sample::type);
+            types += fmt::format("{}{}:{}", types.empty() ? "" : ",", column.name, known->program_type);
+            file += fmt::format("{}{}", file.empty() ? "" : ",", column.name);
         }
-    }
-    directory.write("cells.csv", file + "\n");
+        for (std::size_t row = 0; row < row_count; ++row) {
+            file += '\n';
+            for (const cell_column& column : cell_columns()) {
+                const cell& value = column.values[row];
+                file += fmt::format("{}{}", &column == &cell_columns().front() ? "" : ",", value ? fmt::format("\"{}\"", *value) : "");
+            }
+        }
+        directory.write("cells.csv", file + "\n");
+        std::vector<std::pair<cell_call, program_run::run_result>> made;
+        for (const cell_call& call : cell_calls()) {
+            made.emplace_back(call, directory.run({"--format", "csv", "--types", types, "cells.csv", call.program}));
+        }
+        return made;
+    }();
+    return answers;
+}
+
+} // namespace
+
+void expect_equal_cells(const std::function<host_answer(const cell_call& call)>& ask, std::optional<int> fraction_digits) {
     std::size_t succeeded = 0;
-    for (const cell_call& call : cell_calls()) {
-        const program_run::run_result program = directory.run({"--format", "csv", "--types", types, "cells.csv", call.program});
+    for (const auto& [call, program] : program_answers()) {
         const host_answer host = ask(call);
+        if (program.err.find("has no date") != program.err.npos) {
+            continue; // hosts write the date that times have; people who type a format for a time are told
+        }
+        if (program.err.find("SQL, character") != program.err.npos) {
+            EXPECT_NE(host.error, "") << call.program << "\n" << program.err;
+            continue;
+        }
         if (program.status != 0) {
             EXPECT_EQ(status_in(program.err.substr(0, program.err.find('\n'))), status_in(host.error)) << call.program << "\n"
                                                                                                        << program.err << host.error;
