@@ -14,6 +14,7 @@
 #include "adapters/binding/datetime_call.h"
 #include "adapters/binding/invocation.h"
 #include "adapters/binding/keyword_use.h"
+#include "adapters/binding/known_fact.h"
 #include "adapters/binding/member_choice.h"
 #include "engine/charset.h"
 #include "engine/datetime.h"
@@ -125,7 +126,7 @@ failure read_keyword(call& made, std::string_view text, std::optional<std::int32
         code = made.keyword_code;
         return std::nullopt;
     }
-    const bifun::keyword_list& keywords = made.keywords;
+    const bifun::keyword_list& keywords = made.form->keywords;
     std::string upper(text);
     std::ranges::transform(upper, upper.begin(), [](unsigned char letter) { return static_cast<char>(std::toupper(letter)); });
     if (const bifun::keyword* const known = find_keyword(keywords, upper)) {
@@ -337,7 +338,7 @@ void pass_omitted(group_call& group, invocation& invoked, std::size_t parameter)
     call& made = group.made;
     if (made.omitted_of != invoked.entry) {
         const value_type type = invoked.entry->arguments()[parameter].type;
-        const std::string_view text = fact_of(*invoked.entry, parameter).if_omitted;
+        const std::string_view text = known_fact(*invoked.entry, parameter).if_omitted;
         const column_pointer column = make_column(type, 1);
         if (zqengine_column_set_text(column.get(), 0, text.data(), static_cast<std::uint32_t>(text.size())) != 0) {
             throw std::bad_alloc();
@@ -466,7 +467,6 @@ std::unique_ptr<session, void (*)(session*)> make_session() {
 std::unique_ptr<call> make_call(const signature& form, std::size_t argument_count, std::uint32_t capacity) {
     auto made = std::make_unique<call>();
     made->form = &form;
-    made->keywords = keywords_of(form.builtin).list;
     made->capacity = capacity;
     made->arguments.resize(argument_count);
     for (std::size_t i = 0; i < argument_count; ++i) {

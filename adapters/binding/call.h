@@ -66,8 +66,7 @@ struct call {
     std::array<constant, bifun::most_arguments> constants;
     constant omitted; // what stands for the last argument of `omitted_of`, where that is omitted
     const bifun::entry_point* omitted_of;
-    bifun::keyword_list keywords; // of the signature's keyword
-    std::string keyword;          // the last one that was looked up, as it was written
+    std::string keyword; // the last one that was looked up, as it was written
     std::optional<std::int32_t> keyword_code;
     std::array<column_pointer, bifun::most_arguments> months; // intervals of years and months, out of those of an argument
     column_pointer doubles;                                   // results of members that give integers where others give doubles

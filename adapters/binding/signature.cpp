@@ -8,13 +8,13 @@
 
 #include "adapters/binding/datetime_call.h"
 #include "adapters/binding/keyword_use.h"
+#include "adapters/binding/known_fact.h"
 #include "adapters/binding/member_choice.h"
 
 namespace binding {
 namespace {
 
 using bifun::entry_point;
-using bifun::fact_of;
 using bifun::value_type;
 
 constexpr sql_type datetime_types[] = {sql_type::date, sql_type::time, sql_type::timestamp, sql_type::time_with_zone,
@@ -23,12 +23,12 @@ constexpr sql_type datetime_types[] = {sql_type::date, sql_type::time, sql_type:
 using type_list = std::vector<sql_type>;
 
 bool takes(const entry_point& member, std::size_t position, sql_type datetime) {
-    return member.arguments()[position].type != value_type::DATETIME || overlap(fact_of(member, position).kinds, kind_of(datetime));
+    return member.arguments()[position].type != value_type::DATETIME || overlap(known_fact(member, position).kinds, kind_of(datetime));
 }
 
 sql_type type_of_argument(const entry_point& member, std::size_t position, sql_type datetime) {
     const value_type type = member.arguments()[position].type;
-    if (fact_of(member, position).keywords.role != bifun::keyword_role::none) {
+    if (known_fact(member, position).keywords.role != bifun::keyword_role::none) {
         return sql_type::varchar;
     }
     if (type == value_type::INTERVAL_YM) {
@@ -41,7 +41,7 @@ sql_type type_of_argument(const entry_point& member, std::size_t position, sql_t
 bool serves_hosts(const entry_point& member) {
     for (std::size_t i = 0; i < member.argument_count; ++i) {
         const value_type type = member.arguments()[i].type;
-        const bool is_named_field = type == value_type::VARCHAR && fact_of(member, i).keywords.role != bifun::keyword_role::none;
+        const bool is_named_field = type == value_type::VARCHAR && known_fact(member, i).keywords.role != bifun::keyword_role::none;
         if (type == value_type::BLOB || is_named_field) {
             return false;
         }
@@ -93,7 +93,7 @@ template <class Visit> void for_each_case(const signature& call, argument_set co
     std::vector<std::optional<std::int32_t>> codes{std::nullopt};
     if (call.keyword) {
         codes.clear();
-        for (const bifun::keyword& word : keywords_of(call.builtin).list.words) {
+        for (const bifun::keyword& word : call.keywords.words) {
             codes.emplace_back(word.code);
         }
     }
@@ -167,7 +167,7 @@ std::string explain_refusal(const signature& call, const call_values& values, st
     if (text.empty()) {
         std::vector<std::string_view> types;
         for (std::size_t i = 0; i < offered.size(); ++i) {
-            types.push_back(call.keyword == i ? role_name(keywords_of(call.builtin).list.role) : sql_type_name(offered[i].type));
+            types.push_back(call.keyword == i ? role_name(call.keywords.role) : sql_type_name(offered[i].type));
         }
         text = fmt::format("{} does not take ({}); it takes {}{}", call.builtin, fmt::join(types, ", "),
                            signatures(call.builtin, call.argument_count), advice_for(call.builtin, offered));
@@ -184,9 +184,9 @@ std::vector<signature> signatures_of(std::string_view builtin) {
         }
         add_type_lists(member, member.argument_count, lists);
         for (std::size_t i = 0; i < member.argument_count; ++i) {
-            keyword = fact_of(member, i).keywords.role != bifun::keyword_role::none ? i : keyword;
+            keyword = known_fact(member, i).keywords.role != bifun::keyword_role::none ? i : keyword;
         }
-        if (member.argument_count > 0 && !fact_of(member, member.argument_count - 1).if_omitted.empty()) {
+        if (member.argument_count > 0 && !known_fact(member, member.argument_count - 1).if_omitted.empty()) {
             add_type_lists(member, member.argument_count - 1, lists);
         }
     }
@@ -198,6 +198,7 @@ std::vector<signature> signatures_of(std::string_view builtin) {
                        .result = sql_type::null,
                        .constants = 0,
                        .keyword = types.size() > 1 ? keyword : std::nullopt, // TRIM(s) has none
+                       .keywords = keywords_of(builtin).list,
                        .changes = bifun::change::never,
                        .is_null_for_null = true,
                        .takes_more = bifun::spelling_of(builtin).takes_more};

@@ -30,6 +30,7 @@ struct signature {
     sql_type result;        // for keywords and formats that the types do not tell, a type that holds all results; `interval_dt` as above
     argument_set constants; // these are constants in any call: rows that have others there are evaluated by themselves
     std::optional<std::size_t> keyword; // the argument that is one
+    bifun::keyword_list keywords;       // of which it is one
     bifun::change changes;
     bool is_null_for_null; // wherever any argument is
     bool takes_more;       // f(a, b, c) is f(f(a, b), c)

@@ -93,7 +93,7 @@ std::vector<std::string> constants_for(const signature& form, std::size_t positi
     }
     constexpr std::size_t most = 4;
     std::ranges::sort(made);
-    made.erase(std::ranges::unique(made).begin(), made.end());
+    made.erase(std::unique(made.begin(), made.end()), made.end());
     made.resize(std::min(made.size(), most));
     return made;
 }
@@ -142,8 +142,13 @@ std::string filter_for(const signature& form) {
             conditions.push_back(fmt::format("{} <= {:.0f}", column, static_cast<double>(fact.high)));
         }
     }
+    for (std::size_t i = 0; i < form.argument_count; ++i) {
+        if (!form.is_null_for_null && form.changes == change::per_session && !binding::contains(form.constants, i)) {
+            conditions.push_back(fmt::format("{} IS NOT NULL", expressions_for(form, i).front())); // which may stand for now
+        }
+    }
     std::ranges::sort(conditions);
-    conditions.erase(std::ranges::unique(conditions).begin(), conditions.end());
+    conditions.erase(std::unique(conditions.begin(), conditions.end()), conditions.end());
     return conditions.empty() ? "" : fmt::format(" WHERE {}", fmt::join(conditions, " AND "));
 }
 
@@ -290,7 +295,7 @@ std::vector<cell_call> cell_calls() {
                 }
                 lists = std::move(longer);
             }
-            constexpr std::size_t most_of_a_signature = 12;
+            constexpr std::size_t most_of_a_signature = 8;
             for (std::size_t k = 0; k < std::min(lists.size(), most_of_a_signature); ++k) {
                 const std::vector<std::string>& arguments = lists[k];
                 const std::string filter = filter_for(form);
