@@ -124,7 +124,12 @@ evaluation evaluate_site(call_site& site) noexcept {
                 made.type = type;
             },
             binding::find_function);
-        return failed ? fail(failed->status, failed->message, failed->call) : no_failure;
+        if (!failed) {
+            return no_failure;
+        }
+        const std::string_view name = site.function->form.builtin;
+        const bool is_named = failed->message.starts_with(name);
+        return fail(failed->status, is_named ? failed->message : fmt::format("{}: {}", name, failed->message), failed->call);
     });
     return made;
 }

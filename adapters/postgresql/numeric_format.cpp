@@ -12,7 +12,6 @@ namespace postgresql_extension {
 namespace {
 
 using bifun::decimal_layout::powers_of_ten;
-using binding::int128;
 using binding::uint128;
 
 constexpr std::uint32_t base = 10'000;
@@ -26,9 +25,15 @@ constexpr std::uint16_t infinity_bit = 0x1000;
 constexpr std::uint16_t negative_short = 0x2000;
 constexpr std::uint16_t short_weight_bits = 0x007F;
 constexpr std::uint16_t short_weight_sign = 0x0040;
+constexpr std::uint16_t short_scale_bits = 0x1F80;
 constexpr std::uint32_t short_scale_shift = 7;
+constexpr std::uint16_t long_scale_bits = 0x3FFF;
 constexpr std::uint32_t most_short_scale = 63;
 constexpr std::int32_t most_short_weight = 63;
+
+constexpr std::int32_t digits_of_a_word = 4; // below 10^16
+constexpr std::int32_t most_digits = 9;      // below 10^36
+constexpr std::int32_t greatest_scale = 127; // of a DECIMAL
 
 std::uint16_t word_at(const std::uint8_t* bytes) {
     std::uint16_t word;
@@ -41,17 +46,29 @@ void set_word(std::uint8_t* bytes, std::uint32_t value) {
     std::memcpy(bytes, &word, sizeof word);
 }
 
+numeric_kind store(std::uint32_t mark, uint128 coefficient, std::int32_t scale, xdec& result) {
+    using namespace bifun::decimal_layout;
+    const auto shown = static_cast<std::uint32_t>(scale);
+    if (coefficient >> 64 == 0) {
+        const auto word = static_cast<std::uint64_t>(coefficient);
+        store_parts(result, pack_head(mark, word == 0 ? 1 : binding::digits_of(word), shown, 0), word);
+    } else {
+        store_parts(result, pack_head(mark, binding::digits_of(coefficient), shown, 0), coefficient);
+    }
+    return numeric_kind::number;
+}
+
 // Digits that do not fit a coefficient: by way of a text, of as many of them as count when it is rounded. `power` is that of ten of the
 // last digit.
-numeric_kind read_long_numeric(const std::uint8_t* digits, std::uint32_t count, std::int32_t power, bool negative, xdec& result) {
-    constexpr std::uint32_t most_digits = 11; // 41 to 44 decimal ones
+numeric_kind read_long_numeric(const std::uint8_t* digits, std::int32_t count, std::int32_t power, bool negative, xdec& result) {
+    constexpr std::int32_t most_that_count = 11; // 41 to 44 decimal ones
     constexpr std::size_t room_for_exponent = 8;
-    std::uint8_t text[1 + most_digits * digits_of_base + room_for_exponent];
-    const std::uint32_t taken = std::min(count, most_digits);
-    power += static_cast<std::int32_t>(count - taken) * digits_of_base;
+    std::uint8_t text[1 + most_that_count * digits_of_base + room_for_exponent];
+    const std::int32_t taken = std::min(count, most_that_count);
+    power += (count - taken) * digits_of_base;
     std::uint8_t* to = text;
     *to++ = negative ? '-' : '+';
-    for (std::uint32_t i = 0; i < taken; ++i) {
+    for (std::int32_t i = 0; i < taken; ++i) {
         std::uint32_t digit = word_at(digits + 2 * i);
         for (std::int32_t k = digits_of_base; k-- > 0; digit /= 10) {
             to[k] = static_cast<std::uint8_t>('0' + digit % 10);
@@ -75,45 +92,39 @@ numeric_kind read_numeric(const std::uint8_t* bytes, std::uint32_t size, xdec& r
     }
     const bool is_short = (head & form_bits) == short_form;
     const bool negative = (head & (is_short ? negative_short : negative_long)) != 0;
-    const std::uint32_t begin = is_short ? 2 : 4;
+    const std::int32_t scale = is_short ? (head & short_scale_bits) >> short_scale_shift : head & long_scale_bits;
     const std::int32_t weight =
         is_short ? (head & short_weight_bits) - 2 * (head & short_weight_sign) : static_cast<std::int16_t>(word_at(bytes + 2));
+    const std::uint32_t begin = is_short ? 2 : 4;
     const std::uint8_t* const digits = bytes + begin;
-    const std::uint32_t count = (size - begin) / 2;
+    const auto count = static_cast<std::int32_t>((size - begin) / 2);
     if (count == 0) {
-        binding::read_host_decimal(0, 0, result);
-        return numeric_kind::number;
+        return store(XDEC_ZERO, 0, std::min(scale, greatest_scale), result);
     }
-    const std::int32_t power = (weight + 1 - static_cast<std::int32_t>(count)) * digits_of_base;
-    constexpr std::uint32_t digits_of_a_word = 4; // below 10^16
-    constexpr std::uint32_t most_digits = 10;
-    constexpr std::uint32_t most_first_of_most = 99; // together below 10^38
-    constexpr std::int32_t greatest_scale = 127;
-    if (count > most_digits || (count == most_digits && word_at(digits) > most_first_of_most) || power < -greatest_scale ||
-        power + static_cast<std::int32_t>(count) * digits_of_base > binding::most_coefficient_digits) {
+    const std::int32_t power = (weight + 1 - count) * digits_of_base;
+    // Digits that are shown and are not stored are zeros.
+    const std::int32_t shown = std::max(power + count * digits_of_base, 1) + scale;
+    if (count > most_digits || scale > greatest_scale || shown > binding::most_coefficient_digits) {
         return read_long_numeric(digits, count, power, negative, result);
     }
     std::uint64_t word = 0;
-    uint128 coefficient = 0;
-    for (std::uint32_t i = 0; i < count; ++i) {
-        if (i > 0 && i % digits_of_a_word == 0) {
-            coefficient = i == digits_of_a_word ? word : coefficient * powers_of_ten[16] + word;
-            word = 0;
-        }
+    std::int32_t i = 0;
+    for (; i < std::min(count, digits_of_a_word); ++i) {
         word = word * base + word_at(digits + 2 * i);
     }
-    if (count > digits_of_a_word) {
-        const std::uint32_t rest = (count - 1) % digits_of_a_word + 1;
-        coefficient = coefficient * powers_of_ten[rest * digits_of_base] + word;
+    uint128 coefficient = word;
+    for (; i < count; ++i) {
+        coefficient = coefficient * base + word_at(digits + 2 * i);
+    }
+    const std::int32_t more = power + scale;
+    if (more >= 0) {
+        coefficient *= powers_of_ten[more];
+    } else if (coefficient >> 64 == 0) {
+        coefficient = static_cast<std::uint64_t>(coefficient) / static_cast<std::uint64_t>(powers_of_ten[-more]);
     } else {
-        coefficient = word;
+        coefficient /= static_cast<std::uint64_t>(powers_of_ten[-more]);
     }
-    if (power > 0) {
-        coefficient *= powers_of_ten[power];
-    }
-    const auto number = static_cast<int128>(coefficient);
-    binding::read_host_decimal(negative ? -number : number, power < 0 ? static_cast<std::uint32_t>(-power) : 0, result);
-    return numeric_kind::number;
+    return store(negative ? XDEC_NEGATIVE : XDEC_POSITIVE, coefficient, scale, result);
 }
 
 std::uint32_t write_numeric(const xdec& value, std::uint8_t* bytes) {
@@ -138,11 +149,10 @@ std::uint32_t write_numeric(const xdec& value, std::uint8_t* bytes) {
         return word / base;
     };
     while (rest >> 64 != 0) {
-        constexpr std::uint32_t digits_of_a_word = 4;
         const auto word_base = static_cast<std::uint64_t>(powers_of_ten[digits_of_a_word * digits_of_base]);
         auto word = static_cast<std::uint64_t>(rest % word_base);
         rest /= word_base;
-        for (std::uint32_t i = 0; i < digits_of_a_word; ++i) {
+        for (std::int32_t i = 0; i < digits_of_a_word; ++i) {
             word = add(word);
         }
     }

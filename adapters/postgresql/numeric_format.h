@@ -19,8 +19,8 @@ namespace postgresql_extension {
 
 enum class numeric_kind : std::uint8_t { number, nan, infinity, too_large };
 
-// The value in the `size` bytes behind a length word, rounded to 38 digits, with no more digits behind the point than it needs. `result`
-// is written for numbers.
+// The value in the `size` bytes behind a length word, with the digits behind the point that it shows; where these are more than 38 in all,
+// rounded to as many as are needed. `result` is written for numbers.
 numeric_kind read_numeric(const std::uint8_t* bytes, std::uint32_t size, xdec& result);
 
 // As many bytes as any DECIMAL takes behind the length word.
