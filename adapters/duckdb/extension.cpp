@@ -275,6 +275,7 @@ std::string register_all(duckdb_connection connection) {
 } // namespace
 } // namespace duckdb_extension
 
+#pragma GCC diagnostic ignored "-Wmissing-field-initializers" // DuckDB's macro defines its table of functions as {0}
 DUCKDB_EXTENSION_ENTRYPOINT(duckdb_connection connection, duckdb_extension_info info, struct duckdb_extension_access* access) {
     try {
         const std::string fault = duckdb_extension::register_all(connection);

@@ -4,6 +4,7 @@
 #include <bit>
 #include <cstring>
 
+#include "adapters/binding/host_datetimes.h"
 #include "adapters/binding/host_values.h"
 
 namespace duckdb_extension {
@@ -57,14 +58,21 @@ bool repeats(const std::uint8_t* values, std::size_t width, const std::uint64_t*
     return is_null || std::memcmp(values, values + width, width * (row_count - 1)) == 0;
 }
 
-// Calls `show` for each row that is not NULL; stops where it returns false.
+// Calls `show` for each row that is not NULL, and returns whether it has returned true for all of them. Without a branch for what is usual.
 template <class Show> bool for_each_value(const call_argument& argument, std::uint32_t row_count, const Show& show) {
+    bool all = true;
+    if (argument.column.no_nulls != 0) {
+        for (std::uint32_t row = 0; row < row_count; ++row) {
+            all &= show(row);
+        }
+        return all;
+    }
     for (std::uint32_t row = 0; row < row_count; ++row) {
-        if (argument.data.null_flags[row] != 0 && !show(row)) {
-            return false;
+        if (argument.data.null_flags[row] != 0) {
+            all &= show(row);
         }
     }
-    return true;
+    return all;
 }
 
 bifun_string shown_text(const duckdb_string_t& text, bool counts_blanks) {
@@ -108,6 +116,12 @@ constexpr std::int32_t greatest_zone = 16 * 3600 - 1;
 
 bool show_datetimes(const void* values, sql_type type, std::uint32_t row_count, std::int32_t time_zone, call_argument& argument) {
     auto* const shown = binding::values_of<zqtime>(argument);
+    if (argument.column.no_nulls != 0 && type == sql_type::date) {
+        return binding::read_host_dates(static_cast<const std::int32_t*>(values), shown, row_count);
+    }
+    if (argument.column.no_nulls != 0 && type == sql_type::timestamp) {
+        return binding::read_host_timestamps(static_cast<const std::int64_t*>(values), ZQTIME_NO_ZONE, shown, row_count);
+    }
     const auto value = [&](std::uint32_t row) { return static_cast<const std::int64_t*>(values)[row]; };
     switch (type) {
     case sql_type::date:
@@ -132,8 +146,8 @@ bool show_datetimes(const void* values, sql_type type, std::uint32_t row_count, 
     default:
         return for_each_value(argument, row_count, [&](std::uint32_t row) {
             std::int64_t local = 0;
-            return !__builtin_add_overflow(value(row), time_zone * binding::microseconds_per_minute, &local) &&
-                   binding::read_host_timestamp(local, time_zone, shown[row]);
+            const bool fits = !__builtin_add_overflow(value(row), time_zone * binding::microseconds_per_minute, &local);
+            return binding::read_host_timestamp(local, time_zone, shown[row]) && fits;
         });
     }
 }
@@ -236,6 +250,12 @@ bool store_datetimes(const bifun_column& results, std::span<const std::uint16_t>
                      std::int32_t time_zone, void* to) {
     const auto* const values = values_of<zqtime>(results);
     auto* const words = static_cast<std::int64_t*>(to);
+    if (results.no_nulls != 0 && rows.empty() && type == sql_type::date) {
+        return binding::write_host_dates(values, static_cast<std::int32_t*>(to), row_count);
+    }
+    if (results.no_nulls != 0 && rows.empty() && type == sql_type::timestamp) {
+        return binding::write_host_timestamps(values, words, row_count);
+    }
     return for_each_result(results, rows, row_count, [&](std::uint32_t k, std::uint32_t row) {
         const std::int64_t time = binding::write_host_time(values[k]);
         if (type == sql_type::time) {

@@ -341,7 +341,9 @@ const std::vector<std::pair<cell_call, program_run::run_result>>& program_answer
 
 void expect_equal_cells(const std::function<host_answer(const cell_call& call)>& ask, std::optional<int> fraction_digits) {
     std::size_t succeeded = 0;
-    for (const auto& [call, program] : program_answers()) {
+    for (const auto& answer : program_answers()) {
+        const cell_call& call = answer.first;
+        const program_run::run_result& program = answer.second;
         const host_answer host = ask(call);
         if (program.err.find("has no date") != program.err.npos) {
             continue; // hosts write the date that times have; people who type a format for a time are told
