@@ -357,6 +357,22 @@ call_failure describe_failure(const group_call& group, const invocation& invoked
             call_text(group.made, row)};
 }
 
+void keep_invocation(call& made, const group_call& group, const invocation& invoked) {
+    bool has_interval = false;
+    for (std::size_t i = 0; i < made.arguments.size(); ++i) {
+        has_interval |= type_of(made, i) == sql_type::interval_dt; // whose kind is that of the value
+    }
+    if (has_interval || made.arguments.size() > made.form->argument_count) {
+        return;
+    }
+    made.last = {invoked, group.columns, invoked.entry->result};
+    for (std::size_t i = 0; i < invoked.entry->argument_count; ++i) {
+        if (invoked.columns[i] != nullptr) {
+            made.last.invoked.columns[i] = &made.last.columns[i];
+        }
+    }
+}
+
 failure evaluate_group(group_call& group, const result_store& store, void* (*find)(const char* symbol)) {
     call& made = group.made;
     const signature& form = *made.form;
@@ -398,6 +414,7 @@ failure evaluate_group(group_call& group, const result_store& store, void* (*fin
     // f(a, b, c) is f(f(a, b), c), whose first argument is a column.
     const std::size_t steps = made.arguments.size() > form.argument_count ? made.arguments.size() - form.argument_count + 1 : 1;
     const bifun_column* left = nullptr;
+    made.last.invoked.entry = nullptr;
     for (std::size_t step = 0; step < steps; ++step) {
         if (step > 0) {
             const call_argument& right = made.arguments[form.argument_count - 1 + step];
@@ -436,6 +453,9 @@ failure evaluate_group(group_call& group, const result_store& store, void* (*fin
             return describe_failure(group, invoked, status);
         }
         left = invoked.result;
+        if (made.capacity == 1) {
+            keep_invocation(made, group, invoked);
+        }
     }
 
     const auto given = static_cast<value_type>(zqengine_column_type(left));
@@ -499,6 +519,38 @@ std::optional<call_failure> evaluate(call& made, const session& executor, std::u
         }
     }
     return std::nullopt;
+}
+
+bool evaluate_again(call& made, const session& executor, row_result& result) {
+    last_row& last = made.last;
+    invocation& invoked = last.invoked;
+    if (invoked.entry == nullptr) {
+        return false;
+    }
+    for (std::size_t i = 0; i < made.arguments.size(); ++i) {
+        const call_argument& argument = made.arguments[i];
+        if (invoked.columns[i] != nullptr) {
+            last.columns[i].no_nulls = argument.column.no_nulls;
+        } else if (argument.data.null_flags[0] == 0) {
+            return false;
+        } else if (made.form->keyword != i) {
+            read_constant(argument.column, invoked.entry->argument_list[i].type, 0, made.constants[i]);
+        } else if (text_of(argument, 0) != made.keyword) {
+            return false;
+        }
+    }
+    invoked.environment = executor.environment;
+    invoked.memory = executor.memory;
+    auto* const heap = static_cast<mem_heap*>(executor.memory->heap);
+    const mem_heap_mark mark = mem_heap_get_heap_top(heap);
+    const std::int32_t status = invoke(invoked, 1);
+    mem_heap_free_heap_top(executor.environment, heap, mark);
+    const bool widens = made.form->result == sql_type::double_precision && last.given != value_type::DOUBLE;
+    result = {invoked.result, last.given};
+    if (widens && status == 0) {
+        result = {as_doubles(made, *invoked.result, last.given, 1), value_type::DOUBLE};
+    }
+    return status == 0;
 }
 
 std::string text_of(const call_failure& failed) {

@@ -115,13 +115,17 @@ call_site* create_site(const char* name, std::span<const std::uint32_t> argument
 void destroy_site(call_site* site) noexcept { delete site; }
 
 evaluation evaluate_site(call_site& site) noexcept {
-    evaluation made{no_failure, nullptr, bifun::value_type::INT};
+    evaluation made{no_failure, {nullptr, bifun::value_type::INT}};
     made.failure = guarded([&]() -> failure_text {
+        const binding::session& own = *session();
+        if (binding::evaluate_again(*site.call, own, made.results)) {
+            return no_failure;
+        }
+        made.results.column = nullptr;
         const auto failed = binding::evaluate(
-            *site.call, *session(), 1,
+            *site.call, own, 1,
             [&made](const bifun_column* results, bifun::value_type type, std::span<const std::uint16_t> /*rows*/, std::uint32_t /*count*/) {
-                made.results = results;
-                made.type = type;
+                made.results = {results, type};
             },
             binding::find_function);
         if (!failed) {

@@ -45,11 +45,10 @@ struct failure_text {
 call_site* create_site(const char* name, std::span<const std::uint32_t> argument_oids, failure_text& failure) noexcept;
 void destroy_site(call_site* site) noexcept;
 
-// Evaluates the row that the arguments have. `results` is null for NULL.
+// Evaluates the row that the arguments have. The column of `results` is null for NULL.
 struct evaluation {
     failure_text failure;
-    const bifun_column* results; // of one row, until the next call
-    bifun::value_type type;
+    binding::row_result results; // of one row, until the next call
 };
 evaluation evaluate_site(call_site& site) noexcept;
 

@@ -147,7 +147,7 @@ void show_timestamp_with_zone(TimestampTz moment, const sql_function& function, 
 
 // ---- results --------------------------------------------------------------------------------------------------------------------
 
-template <class T> const T& value_of(const evaluation& made) { return *static_cast<const T*>(made.results->data->values); }
+template <class T> const T& value_of(const evaluation& made) { return *static_cast<const T*>(made.results.column->data->values); }
 
 Datum make_numeric(const xdec& value) {
     std::uint8_t bytes[most_numeric_bytes];
@@ -238,7 +238,7 @@ Datum make_timestamp_with_zone(const evaluation& made, const sql_function& funct
 
 Datum make_interval(const evaluation& made) {
     auto* const result = static_cast<Interval*>(palloc(sizeof(Interval)));
-    if (made.type == value_type::INTERVAL_YM) {
+    if (made.results.type == value_type::INTERVAL_YM) {
         const auto& value = value_of<bifun_interval_ym>(made);
         *result = {0, 0, value.years * 12 + value.months};
     } else {

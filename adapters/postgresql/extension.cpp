@@ -123,7 +123,7 @@ Datum call(FunctionCallInfo info) {
     if (made.failure.message != nullptr) {
         report(made.failure);
     }
-    if (made.results == nullptr || made.results->data->null_flags[0] == 0) {
+    if (made.results.column == nullptr || made.results.column->data->null_flags[0] == 0) {
         info->isnull = true;
         return 0;
     }

@@ -215,8 +215,8 @@ TEST_F(PostgreSql, CallsAreEvaluatedAnewForEveryRow) {
          "pg_temp.joined()",
          "2025-01-012024-01-032024-01-04"},
         {"CREATE TEMP TABLE t AS SELECT i, lpad(i::text, 1 + i % 9, '*') AS s FROM generate_series(1, 3000) AS i; CREATE INDEX ON t "
-         "(bifun.trim('both', s, '*')); ANALYZE t; SET enable_seqscan = off; SELECT i FROM t WHERE bifun.trim('both', s, '*') = '2999'",
-         "2999"},
+         "(bifun.trim('both', s, '*')); ANALYZE t; SET enable_seqscan = off; SELECT i FROM t WHERE bifun.trim('both', s, '*') = '2996'",
+         "2996"},
         {"SELECT string_agg(bifun.to_char(d, f), ' ') FROM (VALUES (date '2024-02-29', 'YYYY'), ('2024-02-29', 'MM'), (NULL, 'DD'), "
          "('2024-03-01', 'MM')) AS v(d, f)",
          "2024 02 03"},
