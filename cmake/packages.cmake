@@ -96,4 +96,9 @@ if(BIFUN_DUCKDB)
     "This package has a loadable extension with these functions for every DuckDB"
     "from 1.2 on, and the page that describes it.")
 endif()
+if(BIFUN_POSTGRESQL AND CMAKE_INSTALL_PREFIX STREQUAL "/usr") # else PostgreSQL's folders are no part of what is staged
+  debian_package(postgresql postgresql-15-bifun database "postgresql-15, libbifun${PROJECT_VERSION_MAJOR} (= ${debian_version})"
+    "SQL built-in functions for PostgreSQL 15"
+    "This package has an extension of PostgreSQL 15 with these functions.")
+endif()
 include(CPack)

@@ -16,6 +16,7 @@
 #include "adapters/binding/known_fact.h"
 #include "adapters/binding/member_choice.h"
 #include "adapters/binding/upper_case.h"
+#include "engine/charset.h"
 #include "engine/datetime.h"
 #include "engine/memory.h"
 
@@ -71,17 +72,27 @@ void append_key(const call& made, std::size_t position, std::uint32_t row, std::
 
 using row_list = std::vector<std::uint16_t>;
 
+// Whether rows may differ in the argument and cannot be evaluated together then.
+bool is_key(const call& made, std::size_t position) {
+    const bool tells = contains(made.form->constants, position) || type_of(made, position) == sql_type::interval_dt;
+    return tells && !made.arguments[position].repeats;
+}
+
+bool needs_groups(const call& made, std::uint32_t row_count) {
+    bool needs = false;
+    for (std::size_t i = 0; i < made.arguments.size() && row_count > 1; ++i) {
+        needs |= is_key(made, i);
+    }
+    return needs;
+}
+
 // The rows by what is a constant in every call. One empty list stands for all rows.
 std::vector<row_list> group_rows(const call& made, std::uint32_t row_count) {
     std::vector<std::size_t> keys;
     for (std::size_t i = 0; i < made.arguments.size(); ++i) {
-        const bool is_key = contains(made.form->constants, i) || type_of(made, i) == sql_type::interval_dt;
-        if (is_key && !made.arguments[i].repeats) {
+        if (is_key(made, i)) {
             keys.push_back(i);
         }
-    }
-    if (keys.empty() || row_count == 1) {
-        return {{}};
     }
     std::unordered_map<std::string, std::size_t> known;
     std::vector<row_list> groups;
@@ -110,10 +121,15 @@ std::string_view text_of(const call_argument& argument, std::uint32_t row) {
     return {reinterpret_cast<const char*>(text.data), text.length};
 }
 
-failure read_keyword(const call& made, std::string_view text, std::optional<std::int32_t>& code) {
+failure read_keyword(call& made, std::string_view text, std::optional<std::int32_t>& code) {
+    if (made.keyword_code && made.keyword == text) {
+        code = made.keyword_code;
+        return std::nullopt;
+    }
     const bifun::keyword_list& keywords = made.form->keywords;
     if (const bifun::keyword* const known = find_keyword(keywords, upper_case(text))) {
-        code = known->code;
+        made.keyword = text;
+        code = made.keyword_code = known->code;
         return std::nullopt;
     }
     std::vector<std::string_view> names;
@@ -121,7 +137,7 @@ failure read_keyword(const call& made, std::string_view text, std::optional<std:
         names.push_back(word.names.substr(0, word.names.find(' ')));
     }
     return call_failure{
-        0, fmt::format("{} has no {} '{}'; there are {}", made.form->builtin, role_name(keywords.role), text, fmt::join(names, ", "))};
+        0, fmt::format("{} has no {} '{}'; there are {}", made.form->builtin, role_name(keywords.role), text, fmt::join(names, ", ")), ""};
 }
 
 bound_member& bind_member(call& made, const call_values& values, void* (*find)(const char* symbol)) {
@@ -171,7 +187,8 @@ std::string quoted_value(const call& made, std::size_t position, std::uint32_t r
         length = text.size();
         if (length > longest) {
             length = longest;
-            while (length > 0 && (static_cast<unsigned char>(text[length]) & 0xC0) == 0x80) {
+            const auto* const bytes = reinterpret_cast<const std::uint8_t*>(text.data());
+            while (length > 0 && zq_char_start(bytes, static_cast<std::uint32_t>(text.size()), static_cast<std::uint32_t>(length)) == 0) {
                 --length; // a character is not cut
             }
             return fmt::format("'{}...'", text.substr(0, length));
@@ -197,7 +214,7 @@ std::string call_text(const call& made, std::uint32_t row) {
 call_failure refusal(const call& made, const call_values& values, std::uint32_t row) {
     const std::optional<std::size_t> keyword = made.form->keyword;
     const std::string_view word = keyword ? text_of(made.arguments[*keyword], row_of(made.arguments[*keyword], row)) : std::string_view();
-    return {0, fmt::format("{}, in {}", explain_refusal(*made.form, values, word), call_text(made, row))};
+    return {0, explain_refusal(*made.form, values, word), call_text(made, row)};
 }
 
 // ---- intervals --------------------------------------------------------------------------------------------------------------
@@ -316,22 +333,42 @@ bool pass_argument(group_call& group, invocation& invoked, std::size_t parameter
 
 // The value that stands for an argument that is omitted.
 void pass_omitted(group_call& group, invocation& invoked, std::size_t parameter) {
-    const value_type type = invoked.entry->arguments()[parameter].type;
-    const std::string_view text = known_fact(*invoked.entry, parameter).if_omitted;
-    const column_pointer column = make_column(type, 1);
-    if (zqengine_column_set_text(column.get(), 0, text.data(), static_cast<std::uint32_t>(text.size())) != 0) {
-        throw std::bad_alloc();
+    call& made = group.made;
+    if (made.omitted_of != invoked.entry) {
+        const value_type type = invoked.entry->arguments()[parameter].type;
+        const std::string_view text = known_fact(*invoked.entry, parameter).if_omitted;
+        const column_pointer column = make_column(type, 1);
+        if (zqengine_column_set_text(column.get(), 0, text.data(), static_cast<std::uint32_t>(text.size())) != 0) {
+            throw std::bad_alloc();
+        }
+        read_constant(*column, type, 0, made.omitted);
+        made.omitted_of = invoked.entry;
     }
-    read_constant(*column, type, 0, group.made.constants[parameter]);
-    invoked.constants[parameter] = &group.made.constants[parameter].as_int;
+    invoked.constants[parameter] = &made.omitted.as_int;
 }
 
 call_failure describe_failure(const group_call& group, const invocation& invoked, std::int32_t status) {
     const failed_call failed = find_failure(invoked, status, group.row_count);
     const std::uint32_t k = failed.row.value_or(0);
     const std::uint32_t row = group.rows.empty() ? k : group.rows[k];
-    return {failed.status, fmt::format("{}: {} {}, in {}", group.made.form->builtin, failed.status, zqengine_status_meaning(failed.status),
-                                       call_text(group.made, row))};
+    return {failed.status, fmt::format("{}: {} {}", group.made.form->builtin, failed.status, zqengine_status_meaning(failed.status)),
+            call_text(group.made, row)};
+}
+
+void keep_invocation(call& made, const group_call& group, const invocation& invoked) {
+    bool has_interval = false;
+    for (std::size_t i = 0; i < made.arguments.size(); ++i) {
+        has_interval |= type_of(made, i) == sql_type::interval_dt; // whose kind is that of the value
+    }
+    if (has_interval || made.arguments.size() > made.form->argument_count) {
+        return;
+    }
+    made.last = {invoked, group.columns, invoked.entry->result};
+    for (std::size_t i = 0; i < invoked.entry->argument_count; ++i) {
+        if (invoked.columns[i] != nullptr) {
+            made.last.invoked.columns[i] = &made.last.columns[i];
+        }
+    }
 }
 
 failure evaluate_group(group_call& group, const result_store& store, void* (*find)(const char* symbol)) {
@@ -358,8 +395,8 @@ failure evaluate_group(group_call& group, const result_store& store, void* (*fin
         } else if (type_of(made, i) == sql_type::interval_dt) {
             const interval_kind kind = kind_of_interval(argument, row);
             if (kind == interval_kind::both) {
-                return call_failure{0, fmt::format("{}: an interval is of years and months, or of days and time, in {}", form.builtin,
-                                                   call_text(made, first_row))};
+                return call_failure{0, fmt::format("{}: an interval is of years and months, or of days and time", form.builtin),
+                                    call_text(made, first_row)};
             }
             values.intervals_of_months |= kind == interval_kind::months ? bit : 0;
             intervals_of_any_kind |= kind == interval_kind::any ? bit : 0;
@@ -375,6 +412,7 @@ failure evaluate_group(group_call& group, const result_store& store, void* (*fin
     // f(a, b, c) is f(f(a, b), c), whose first argument is a column.
     const std::size_t steps = made.arguments.size() > form.argument_count ? made.arguments.size() - form.argument_count + 1 : 1;
     const bifun_column* left = nullptr;
+    made.last.invoked.entry = nullptr;
     for (std::size_t step = 0; step < steps; ++step) {
         if (step > 0) {
             const call_argument& right = made.arguments[form.argument_count - 1 + step];
@@ -396,12 +434,12 @@ failure evaluate_group(group_call& group, const result_store& store, void* (*fin
             } else if (i >= form.argument_count) {
                 pass_omitted(group, invoked, i);
             } else if (!pass_argument(group, invoked, i, i + step)) {
-                return call_failure{0, fmt::format("{}: an interval is out of range, in {}", form.builtin, call_text(made, first_row))};
+                return call_failure{0, fmt::format("{}: an interval is out of range", form.builtin), call_text(made, first_row)};
             }
             if (form.keyword == i) {
                 made.constants[i].as_int.value = *values.keyword;
             }
-            has_null_constant |= invoked.constants[i] != nullptr && made.constants[i].as_int.not_null == 0;
+            has_null_constant |= invoked.constants[i] != nullptr && i < form.argument_count && made.constants[i].as_int.not_null == 0;
         }
         // Members whose NULL rule speaks of the first argument alone take constants by their length.
         if (has_null_constant && null_rule_of(*entry) == bifun::null_rule::first_only) {
@@ -413,6 +451,9 @@ failure evaluate_group(group_call& group, const result_store& store, void* (*fin
             return describe_failure(group, invoked, status);
         }
         left = invoked.result;
+        if (made.capacity == 1) {
+            keep_invocation(made, group, invoked);
+        }
     }
 
     const auto given = static_cast<value_type>(zqengine_column_type(left));
@@ -460,16 +501,58 @@ std::unique_ptr<call> make_call(const signature& form, std::size_t argument_coun
 std::optional<call_failure> evaluate(call& made, const session& executor, std::uint32_t row_count, const result_store& store,
                                      void* (*find)(const char* symbol)) {
     auto* const heap = static_cast<mem_heap*>(executor.memory->heap);
-    for (const row_list& rows : group_rows(made, row_count)) {
+    const auto evaluate_rows = [&](const row_list& rows) {
         group_call group{made, executor, rows, rows.empty() ? row_count : static_cast<std::uint32_t>(rows.size())};
         const mem_heap_mark mark = mem_heap_get_heap_top(heap);
         failure failed = evaluate_group(group, store, find);
         mem_heap_free_heap_top(executor.environment, heap, mark);
-        if (failed) {
+        return failed;
+    };
+    if (!needs_groups(made, row_count)) {
+        return evaluate_rows({});
+    }
+    for (const row_list& rows : group_rows(made, row_count)) {
+        if (failure failed = evaluate_rows(rows)) {
             return failed;
         }
     }
     return std::nullopt;
+}
+
+bool evaluate_again(call& made, const session& executor, row_result& result) {
+    last_row& last = made.last;
+    invocation& invoked = last.invoked;
+    if (invoked.entry == nullptr) {
+        return false;
+    }
+    for (std::size_t i = 0; i < made.arguments.size(); ++i) {
+        const call_argument& argument = made.arguments[i];
+        if (invoked.columns[i] != nullptr) {
+            last.columns[i].no_nulls = argument.column.no_nulls;
+        } else if (argument.data.null_flags[0] == 0) {
+            return false;
+        } else if (made.form->keyword != i) {
+            read_constant(argument.column, invoked.entry->argument_list[i].type, 0, made.constants[i]);
+        } else if (text_of(argument, 0) != made.keyword) {
+            return false;
+        }
+    }
+    invoked.environment = executor.environment;
+    invoked.memory = executor.memory;
+    auto* const heap = static_cast<mem_heap*>(executor.memory->heap);
+    const mem_heap_mark mark = mem_heap_get_heap_top(heap);
+    const std::int32_t status = invoke(invoked, 1);
+    mem_heap_free_heap_top(executor.environment, heap, mark);
+    const bool widens = made.form->result == sql_type::double_precision && last.given != value_type::DOUBLE;
+    result = {invoked.result, last.given};
+    if (widens && status == 0) {
+        result = {as_doubles(made, *invoked.result, last.given, 1), value_type::DOUBLE};
+    }
+    return status == 0;
+}
+
+std::string text_of(const call_failure& failed) {
+    return failed.call.empty() ? failed.message : fmt::format("{}, in {}", failed.message, failed.call);
 }
 
 } // namespace binding

@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "adapters/binding/constant.h"
+#include "adapters/binding/invocation.h"
 #include "adapters/binding/signature.h"
 #include "embedded/zqengine.h"
 
@@ -51,6 +52,14 @@ struct bound_member {
     std::vector<column_pointer> results; // one for each step of f(f(a, b), c)
 };
 
+// How the last row was evaluated, of a call whose batches have one row: the next one differs in its values alone, unless its keyword is
+// another one.
+struct last_row {
+    invocation invoked; // no entry where the next row has to be bound anew
+    std::array<bifun_column, bifun::most_arguments> columns;
+    bifun::value_type given;
+};
+
 // What an executor has of its own: one per thread.
 struct session {
     bifun_environment* environment;
@@ -64,9 +73,14 @@ struct call {
     std::vector<call_argument> arguments; // more than the signature has where it takes more
     std::uint32_t capacity;               // rows of a batch
     std::array<constant, bifun::most_arguments> constants;
+    constant omitted; // what stands for the last argument of `omitted_of`, where that is omitted
+    const bifun::entry_point* omitted_of;
+    std::string keyword; // the last one that was looked up, as it was written
+    std::optional<std::int32_t> keyword_code;
     std::array<column_pointer, bifun::most_arguments> months; // intervals of years and months, out of those of an argument
     column_pointer doubles;                                   // results of members that give integers where others give doubles
     std::vector<bound_member> members;
+    last_row last;
 };
 
 // Throws std::bad_alloc. `argument_count` is that of the signature, or more where it takes more.
@@ -79,13 +93,24 @@ using result_store =
 
 struct call_failure {
     std::int32_t status; // of the library; 0 where the call is refused before
-    std::string message; // with the name of the built-in
+    std::string message; // begins with the name of the built-in
+    std::string call;    // with the values that it failed for; may be empty
 };
+
+std::string text_of(const call_failure& failed);
 
 // Evaluates the first `row_count` rows of the arguments, 1 to the capacity. Rows may be stored in several parts. Nothing where that has
 // succeeded; else some rows may have been stored. `find` gives the function that is exported under a name.
 std::optional<call_failure> evaluate(call& made, const session& executor, std::uint32_t row_count, const result_store& store,
                                      void* (*find)(const char* symbol));
+
+// Evaluates the next row of a call whose capacity is 1 as the last one was, which is quick, by its values alone. False where that is not
+// how it has to be evaluated, or where it fails: then evaluate() has to, and tells why.
+struct row_result {
+    const bifun_column* column; // as a result_store takes it
+    bifun::value_type type;
+};
+bool evaluate_again(call& made, const session& executor, row_result& result);
 
 // How results of the type are stored in a batch column.
 constexpr bifun::value_type result_value_type(const signature& form) { return value_type_of(form.result); }

@@ -153,7 +153,7 @@ std::string evaluate_batch(const registered_function& function, const session_se
             fault = fault.empty() ? std::move(unfit) : fault;
         },
         binding::find_function);
-    return failed ? failed->message : fault;
+    return failed ? text_of(*failed) : fault;
 }
 
 void run(duckdb_function_info info, duckdb_data_chunk input, duckdb_vector output) {

@@ -1,0 +1,65 @@
+// SPDX-License-Identifier: Apache-2.0
+// A call in a query, and its evaluation row by row. Nothing here calls PostgreSQL, and nothing throws: this is the side of C++.
+#ifndef BIFUN_ADAPTERS_POSTGRESQL_CALL_SITE_H
+#define BIFUN_ADAPTERS_POSTGRESQL_CALL_SITE_H
+
+#include <array>
+#include <cstdint>
+#include <memory>
+#include <span>
+
+#include "adapters/binding/call.h"
+#include "adapters/postgresql/sql_functions.h"
+
+namespace postgresql_extension {
+
+// Of which moment the session's zone has to be, where results depend on it.
+enum class zone_moment : std::uint8_t { none, now, first_datetime, unix_seconds };
+
+constexpr std::size_t most_site_arguments = 8;
+
+// A place for the bytes of an argument that the call writes to; in memory of PostgreSQL's.
+struct text_copy {
+    std::uint8_t* bytes;
+    std::size_t capacity;
+};
+
+struct call_site {
+    const sql_function* function;
+    std::unique_ptr<binding::call> call; // of one row
+    bool writes_arguments;
+    zone_moment moment;
+    std::uint32_t is_literal; // by argument as bits: it is in the query itself, and is the same for every row
+    std::uint32_t is_shown;   // such arguments have got their values
+    std::array<text_copy, most_site_arguments> copies;
+};
+
+// What went wrong, in texts that stay until the next failure. No message: nothing did.
+struct failure_text {
+    std::int32_t status; // of the library; 0 where it refused nothing
+    const char* message;
+    const char* detail; // may be null
+};
+
+// Makes the site of a call of the function that has these arguments, which lives until it is destroyed. Null with `failure` otherwise.
+call_site* create_site(const char* name, std::span<const std::uint32_t> argument_oids, failure_text& failure) noexcept;
+void destroy_site(call_site* site) noexcept;
+
+// Evaluates the row that the arguments have. The column of `results` is null for NULL.
+struct evaluation {
+    failure_text failure;
+    binding::row_result results; // of one row, until the next call
+};
+evaluation evaluate_site(call_site& site) noexcept;
+
+// Loads the library, or gives it other settings.
+failure_text load_library(const bifun_settings& settings) noexcept;
+
+// Settings of the session; `zone` is in minutes east of UTC. The texts of formats are those of zqengine_format.
+constexpr std::size_t format_count = 5;
+failure_text set_session(std::int32_t language, std::span<const char* const, format_count> formats) noexcept;
+failure_text set_zone(std::int32_t minutes) noexcept;
+
+} // namespace postgresql_extension
+
+#endif
