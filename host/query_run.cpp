@@ -65,8 +65,7 @@ select_statement parse_query(const std::string& sql, const std::vector<std::stri
 // The last word is a file where a query should be.
 bool is_file_name(const std::string& word) {
     std::error_code unreadable;
-    return std::filesystem::is_regular_file(word, unreadable) || word == "-" ||
-           (!extension_of(word).empty() && word.find(' ') == std::string::npos);
+    return std::filesystem::exists(word, unreadable) || word == "-" || (!extension_of(word).empty() && word.find(' ') == std::string::npos);
 }
 
 } // namespace

@@ -103,7 +103,7 @@ std::string explain_unread_text(execution& run, const step& call, const std::arr
         if (row_status != 0) {
             const bool is_of_text = row_status == BIFUN_INVALID_DATETIME || row_status == BIFUN_INVALID_DATE_FORMAT;
             const std::string reason = is_of_text ? explain_unread_text(run, call, shown, row_status) : "";
-            fail("{} in row {}{}{}", message(row_status), row_in_file(run, row), reason.empty() ? "" : ": ", reason);
+            fail("{} in {}{}{}", message(row_status), place_of_row(run, row), reason.empty() ? "" : ": ", reason);
         }
     }
     throw program_error(message(status)); // memory ran out for the batch as a whole
@@ -131,9 +131,9 @@ void check_digits(const execution& run, const step& call, const bifun_column& nu
         xdec decimal;
         if (numbers.data->null_flags[row] != 0 && values[row] != 0 && std::fabs(values[row]) < always_kept &&
             xdec_from_double(&decimal, values[row]) == 0 && xdec_to_double(&decimal) != values[row]) {
-            fail("{}: a format shows no digits behind the 127th of a fraction, and the number in row {} has some; without a format it is "
+            fail("{}: a format shows no digits behind the 127th of a fraction, and the number in {} has some; without a format it is "
                  "shown in full",
-                 call.entry->builtin, row_in_file(run, k));
+                 call.entry->builtin, place_of_row(run, k));
         }
     }
 }

@@ -2,6 +2,8 @@
 #include "host/sql/builtins.h"
 
 #include <algorithm>
+#include <map>
+#include <string>
 #include <vector>
 
 #include <fmt/format.h>
@@ -67,7 +69,9 @@ std::string unknown_function(std::string_view name) {
     return fmt::format("there is no function {}{}", name, hint.empty() ? "; \"bifun functions\" lists what there is" : hint);
 }
 
-keyword_use keywords_of(std::string_view builtin) {
+namespace {
+
+keyword_use find_keywords(std::string_view builtin) {
     keyword_use found;
     for (const bifun::entry_point& member : bifun::entry_points) {
         for (std::size_t i = 0; member.builtin == builtin && i < member.argument_count; ++i) {
@@ -80,6 +84,15 @@ keyword_use keywords_of(std::string_view builtin) {
         }
     }
     return found;
+}
+
+} // namespace
+
+const keyword_use& keywords_of(std::string_view builtin) {
+    // The whole catalogue is gone through, and some statements call a built-in thousands of times.
+    static std::map<std::string, keyword_use, std::less<>> known;
+    const auto found = known.find(builtin);
+    return found != known.end() ? found->second : known.emplace(builtin, find_keywords(builtin)).first->second;
 }
 
 } // namespace host

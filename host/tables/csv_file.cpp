@@ -27,8 +27,8 @@ char* allocate(std::size_t size) {
 } // namespace
 
 csv_reader::csv_reader(std::string path, const file_options& options, const charset& set)
-    : input_(std::move(path), options.encoding, set), options_(options), charset_(set), bytes_(allocate(first_capacity)),
-      capacity_(first_capacity) {
+    : input_(std::move(path), options.encoding, set, options.ignores_errors), options_(options), charset_(set),
+      bytes_(allocate(first_capacity)), capacity_(first_capacity) {
     begin();
 }
 
@@ -235,6 +235,17 @@ std::span<const std::uint32_t> csv_reader::next_rows(std::uint32_t most) {
         }
     }
     return rows_;
+}
+
+void csv_reader::add_lines_of(std::span<const std::uint32_t> rows, std::vector<std::uint64_t>& lines) const {
+    std::size_t counted = 0;
+    std::uint64_t line = lines_before_ + 1;
+    for (const std::uint32_t row : rows) {
+        const std::size_t begin = begin_of(row);
+        line += count_line_ends(text().substr(counted, begin - counted));
+        counted = begin;
+        lines.push_back(line);
+    }
 }
 
 std::string_view csv_reader::without_quotes(std::string_view quoted) {

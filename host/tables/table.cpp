@@ -210,20 +210,24 @@ std::uint32_t read_batch(table& source, std::uint32_t most_rows) {
     }
     std::uint32_t stored = 0;
     std::vector<bad_row> bad;
-    std::vector<std::uint32_t> good;
+    std::vector<std::uint32_t>& good = source.last_rows;
+    source.earlier_lines.clear();
+    good.clear();
     while (stored < most_rows) {
+        source.reader.add_lines_of(good, source.earlier_lines);
+        good.clear();
         const row_numbers rows = source.reader.next_rows(most_rows - stored);
         if (rows.empty()) {
             break;
         }
         store_rows(source, rows, stored, bad);
         if (bad.empty()) {
+            good.assign(rows.begin(), rows.end());
             stored += static_cast<std::uint32_t>(rows.size());
             continue;
         }
         // Without `ignores_errors`, each column ended before the row with a fault that those before it had found.
         std::ranges::stable_sort(bad, {}, &bad_row::place);
-        good.clear();
         for (std::size_t place = 0, next = 0; place < rows.size(); ++place) {
             if (next == bad.size() || bad[next].place != place) {
                 good.push_back(rows[place]);
@@ -238,6 +242,11 @@ std::uint32_t read_batch(table& source, std::uint32_t most_rows) {
         stored += static_cast<std::uint32_t>(good.size());
     }
     return stored;
+}
+
+std::uint64_t line_of(const table& source, std::uint32_t row) {
+    const std::size_t earlier = source.earlier_lines.size();
+    return row < earlier ? source.earlier_lines[row] : source.reader.line_of(source.last_rows[row - earlier]);
 }
 
 } // namespace host

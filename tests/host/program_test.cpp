@@ -58,8 +58,9 @@ TEST(Program, Numbers) {
     expect_answer("x,n,e\n2.345,2,1e2\n,1,\n-2.5,,-2.5e0\n1250,-2,25e-1\n",
                   "SELECT ROUND(x, n) a, ROUND(2.55, n) b, ROUND(x) c, TRUNC(x, 1) d, ROUND(e) f, ROUND(e, n) g, SIGN(e) h FROM t",
                   "a,b,c,d,f,g,h\n2.35,2.55,2,2.3,100,100,1\n,2.6,,,,,\n,,-3,-2.5,-3,,-1\n1300,0,1250,1250,3,0,1\n");
-    expect_failure("x\n4\n\n-1\n", "SELECT SQRT(x) FROM t", "SQRT: -6803 an argument is outside the function's domain in row 3");
-    expect_failure("x\n\n1.5\n", "SELECT TO_CHAR(x, '9.9.9') FROM t", "TO_CHAR: -6130 invalid number format in row 2");
+    expect_failure("x\n4\n\n-1\n", "SELECT SQRT(x) FROM t",
+                   "SQRT: -6803 an argument is outside the function's domain in row 3 (t.csv, line 4)");
+    expect_failure("x\n\n1.5\n", "SELECT TO_CHAR(x, '9.9.9') FROM t", "TO_CHAR: -6130 invalid number format in row 2 (t.csv, line 3)");
 }
 
 // Conditions, and the rows for which they hold by the column i.
@@ -118,8 +119,8 @@ TEST(Program, FilesAndFormats) {
 // A function's error names the row of the file. What is complete before it stays.
 TEST(Program, FunctionErrors) {
     const std::string file = "a,b\n1,1\n2,-9223372036854775808\n3,3\n-9223372036854775808,4\n";
-    const std::string in_row_2 = "ABS: -6102 numeric overflow in row 2";
-    const std::string in_row_4 = "ABS: -6102 numeric overflow in row 4";
+    const std::string in_row_2 = "ABS: -6102 numeric overflow in row 2 (t.csv, line 3)";
+    const std::string in_row_4 = "ABS: -6102 numeric overflow in row 4 (t.csv, line 5)";
     expect_failure(file, "SELECT ABS(a) FROM t", in_row_4);
     expect_failure(file, "SELECT ABS(a) FROM t WHERE b <> 1 AND b <> 3", in_row_4);
     expect_failure(file, "SELECT ABS(a) FROM t WHERE a <> 1 AND b <> 3", in_row_4);
