@@ -191,7 +191,7 @@ void take_line(shell_state& shell, line_editor& editor, std::string line) {
             word = line = command;
         }
     }
-    if (begins && word.starts_with('\\')) {
+    if (begins && (word.starts_with('\\') || word.starts_with('.'))) { // .tables is a command elsewhere
         shell.statement.clear();
         editor.remember(line);
         return attempt([&] { run_command(shell, word); });

@@ -34,6 +34,7 @@ csv_reader::csv_reader(std::string path, const file_options& options, const char
 
 void csv_reader::begin() {
     skip_lines();
+    take_delimiter_line();
     if (header_.empty()) {
         find_delimiter();
     }
@@ -160,6 +161,20 @@ void csv_reader::skip_lines() {
     drop_bytes(position, options_.skipped_lines - lines_before_);
 }
 
+// Spreadsheets write a line sep=; before the header.
+void csv_reader::take_delimiter_line() {
+    while (!at_end_ && !find_line_end(text())) {
+        read_more();
+    }
+    constexpr std::string_view mark = "sep=";
+    const std::optional<line_end> end = find_line_end(text());
+    if (!end || !text().starts_with(mark) || end->position != mark.size() + 1) {
+        return;
+    }
+    options_.delimiter = options_.delimiter ? options_.delimiter : find_delimiter_named(text().substr(mark.size(), 1));
+    drop_bytes(end->behind, 1);
+}
+
 // The bytes of a character of the database's character set may look like ASCII.
 bool csv_reader::is_part_of_characters(char byte) const {
     const auto value = static_cast<unsigned char>(byte);
@@ -174,9 +189,6 @@ bool csv_reader::is_part_of_characters(char byte) const {
 }
 
 void csv_reader::find_delimiter() {
-    while (!at_end_ && !find_line_end(text())) {
-        read_more();
-    }
     if (options_.delimiter) {
         delimiter_ = *options_.delimiter;
         if (is_part_of_characters(delimiter_)) {

@@ -19,7 +19,7 @@ namespace host {
 
 // How files are read.
 struct file_options {
-    std::optional<char> delimiter;   // found by the name or the first lines where there is none
+    std::optional<char> delimiter;   // found by the name or the first lines where there is none; a first line sep=; says it, too
     bool has_header = true;          // the first line has the names of the columns
     std::uint64_t skipped_lines = 0; // before the header
     bool ignores_errors = false;     // bad rows are left out and counted
@@ -86,6 +86,7 @@ class csv_reader {
   private:
     void begin();
     void skip_lines();
+    void take_delimiter_line();
     [[nodiscard]] bool is_part_of_characters(char byte) const;
     void find_delimiter();
     void read_header();

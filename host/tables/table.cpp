@@ -47,7 +47,8 @@ std::string describe_fault(const table& source, const table_column& column, std:
     case field_fault::out_of_memory:
         return fmt::format("{}: out of memory", shown);
     default:
-        return fmt::format("{} is not of type {}; give the column another type with --types, such as {}:VARCHAR", shown, type, column.name);
+        return fmt::format("{} is not of type {}; give the column another type with --types, such as {}:VARCHAR{}", shown, type,
+                           column.name, has_date(column.type.type) ? ", and read it by TO_DATE(x, format)" : "");
     }
 }
 
@@ -85,7 +86,8 @@ std::unique_ptr<table> open_table(const std::string& path, const file_options& o
         if (!converted) {
             fail("{}: the header is not valid {}; name the file's encoding with --encoding NAME", path, set.name);
         }
-        opened->columns.push_back({.name = *converted, .type = {}, .values = {}});
+        // A, B is written where A,B is meant.
+        opened->columns.push_back({.name = std::string(without_blanks_around(*converted)), .type = {}, .values = {}});
     }
     complete_names(opened->columns);
     return opened;
