@@ -71,6 +71,17 @@ line_editor* owner_of(EditLine* editor) {
     return static_cast<line_editor*>(owner);
 }
 
+// What could be read may be gone, for a terminal drops its keys at Ctrl-C. Nobody else is to find the terminal so.
+ssize_t read_without_waiting(char& byte) {
+    const int flags = fcntl(STDIN_FILENO, F_GETFL);
+    fcntl(STDIN_FILENO, F_SETFL, flags | O_NONBLOCK);
+    const ssize_t count = ::read(STDIN_FILENO, &byte, 1);
+    const int error = errno;
+    fcntl(STDIN_FILENO, F_SETFL, flags);
+    errno = error;
+    return count;
+}
+
 } // namespace
 
 line_editor::line_editor(std::string history_file, std::function<completions(std::string_view)> complete)
@@ -172,7 +183,10 @@ int line_editor::next_character(EditLine* editor, wchar_t* character) {
             continue;
         }
         char byte = 0;
-        const ssize_t count = ::read(STDIN_FILENO, &byte, 1);
+        const ssize_t count = read_without_waiting(byte);
+        if (count < 0 && (errno == EAGAIN || errno == EINTR)) {
+            continue;
+        }
         if (count <= 0) {
             return static_cast<int>(count);
         }

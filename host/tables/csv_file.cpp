@@ -249,7 +249,18 @@ std::span<const std::uint32_t> csv_reader::next_rows(std::uint32_t most) {
     return rows_;
 }
 
+// Each line of the index is one of the file, unless fields hold line ends.
 void csv_reader::add_lines_of(std::span<const std::uint32_t> rows, std::vector<std::uint64_t>& lines) const {
+    if (!index_.has_inner_line_ends && !index_.found_fault) {
+        std::uint32_t index_line = 0;
+        for (const std::uint32_t row : rows) {
+            while (first_field(index_line) != row) {
+                ++index_line;
+            }
+            lines.push_back(lines_before_ + index_line + 1);
+        }
+        return;
+    }
     std::size_t counted = 0;
     std::uint64_t line = lines_before_ + 1;
     for (const std::uint32_t row : rows) {

@@ -54,7 +54,7 @@ class csv_reader {
     // The line in which a row just read begins.
     [[nodiscard]] std::uint64_t line_of(std::uint32_t row) const { return line_at(begin_of(row)); }
 
-    // Adds the lines of rows just read, which are in the order of the file, at one pass over the text.
+    // Adds the lines of rows just read, which are in the order of the file, at one pass.
     void add_lines_of(std::span<const std::uint32_t> rows, std::vector<std::uint64_t>& lines) const;
 
     // Whether all rows just read are ASCII.
