@@ -9,9 +9,9 @@
 #include <string_view>
 #include <vector>
 
-#include <sys/mman.h>
-#include <unistd.h>
+#include <fmt/format.h>
 
+#include "fuzz/memory_file.h"
 #include "fuzz/require.h"
 #include "host/program_error.h"
 #include "host/tables/csv_file.h"
@@ -140,18 +140,6 @@ void check_plain_values(std::string_view text) {
           [](std::string_view t, zqtime& value) { return host::read_datetime(t, host::sql_type::timestamp, 0, value); });
 }
 
-struct memory_file {
-    int file;
-    std::string path;
-
-    explicit memory_file(std::string_view bytes) : file(memfd_create("fuzzed.csv", 0)), path("/proc/self/fd/" + std::to_string(file)) {
-        require(write(file, bytes.data(), bytes.size()) == static_cast<ssize_t>(bytes.size()));
-    }
-    ~memory_file() { close(file); }
-    memory_file(const memory_file&) = delete;
-    memory_file& operator=(const memory_file&) = delete;
-};
-
 // What a row says, and whether it was the last.
 bool check_next_row(host::csv_reader& reader, const expected_rows& expected, std::size_t& next) {
     const auto rows = reader.next_rows(3);
@@ -171,7 +159,8 @@ bool check_next_row(host::csv_reader& reader, const expected_rows& expected, std
 
 void check_text(std::string_view text, char delimiter, const host::charset& set) {
     // What begins like this is neither packed nor encoded.
-    const std::string file_text = "h" + std::string(text);
+    std::string file_text = "h";
+    file_text.append(text);
     const expected_rows expected = parse(file_text, delimiter);
     const memory_file file(file_text);
     std::size_t next = 1; // behind the header
@@ -183,7 +172,7 @@ void check_text(std::string_view text, char delimiter, const host::charset& set)
         require(!expected.error_line && next == expected.rows.size());
     } catch (const host::program_error& error) {
         require(expected.error_line && next >= expected.rows.size());
-        require(std::string_view(error.what()).find(", line " + std::to_string(*expected.error_line) + ": ") != std::string_view::npos);
+        require(std::string_view(error.what()).find(fmt::format(", line {}: ", *expected.error_line)) != std::string_view::npos);
     }
 }
 

@@ -39,6 +39,33 @@ constexpr const char* footer =
     "  bifun zones.csv \"SELECT zone, country FROM zones WHERE latitude > 60 LIMIT 5\"\n"
     "  bifun --format json --types \"name:CHAR(10)\" staff.csv \"SELECT * FROM staff\"";
 
+// What other programs call an option that there is.
+struct option_elsewhere {
+    std::string_view names; // with blanks around each
+    std::string_view advice;
+};
+
+constexpr option_elsewhere options_elsewhere[] = {
+    {" -d -s -F -t --sep --separator --delim --ifs --fs --field-separator ", "; --delimiter says what separates the fields"},
+    {" --header -header --headers -H ", "; the first line has the names of the columns unless --no-header is given"},
+    {" --noheader -noheader --implicit-csv-header -n ", "; --no-header says that the first line is a row"},
+    {" --json -json --csv -csv --icsv --ojson --tsv --jsonl --markdown -markdown --table -table --box -box ",
+     "; --format says how results are written"},
+    {" -o --out --outfile ", "; --output names the file of the result"},
+    {" -e -c --query --sql -q ", "; the query is the last word"},
+};
+
+std::string_view advice_for(std::string_view complaint) {
+    const std::size_t colon = complaint.find(": ");
+    const std::string word = fmt::format(" {} ", colon == complaint.npos ? "" : complaint.substr(colon + 2));
+    for (const option_elsewhere& known : options_elsewhere) {
+        if (known.names.find(word) != known.names.npos) {
+            return known.advice;
+        }
+    }
+    return "";
+}
+
 // Prints a help or version that was asked for; any other reason to stop is an error.
 int answer(const CLI::App& app, const CLI::ParseError& reason) {
     if (reason.get_exit_code() == 0) {
@@ -47,7 +74,7 @@ int answer(const CLI::App& app, const CLI::ParseError& reason) {
         print(text.str());
         return 0;
     }
-    fail("{}; see bifun --help", reason.what());
+    fail("{}{}; see bifun --help", reason.what(), advice_for(reason.what()));
 }
 
 int list_functions(int argument_count, char** arguments) {
@@ -126,7 +153,7 @@ int run(int argument_count, char** arguments) {
         return describe(argument_count, arguments);
     }
     CLI::App app(description, "bifun");
-    app.set_version_flag("--version", std::string("bifun ") + BIFUN_VERSION);
+    app.set_version_flag("-V,--version", std::string("bifun ") + BIFUN_VERSION);
     app.footer(footer);
     program_options options;
     app.add_option("FILES_AND_QUERY", options.words, "CSV files, and last the query")->type_name("TEXT");

@@ -50,6 +50,13 @@ output_format format_of(const program_options& options) {
     }
     const std::string extension = std::filesystem::path(options.output).extension().string();
     const std::optional<output_format> by_name = extension.empty() ? std::nullopt : find_output_format(extension.substr(1));
+    for (const std::string_view foreign :
+         {".parquet", ".xlsx", ".xls", ".ods", ".arrow", ".feather", ".orc", ".avro", ".db", ".sqlite", ".gz", ".zst"}) {
+        if (equal_ignoring_case(extension, foreign)) {
+            fail("--output: {} cannot be written; there are {}, which --format chooses where the name does not", foreign,
+                 output_format_names);
+        }
+    }
     return by_name ? *by_name : options.output.empty() && isatty(STDOUT_FILENO) == 1 ? output_format::table : output_format::csv;
 }
 

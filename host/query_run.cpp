@@ -51,7 +51,9 @@ select_statement parse_query(const std::string& sql, const std::vector<std::stri
     try {
         return parse_select(sql);
     } catch (const program_error& error) {
-        std::string hint;
+        const bool names_file =
+            sql.find(".csv'") != std::string::npos && std::string_view(error.what()).find("syntax error") != std::string_view::npos;
+        std::string hint = names_file ? "; FROM takes the name of a table, which is that of its file without .csv" : "";
         for (const std::string& file : files) {
             const std::string name = plain_table_name_of(file);
             if (name != table_name_of(file)) {
@@ -65,8 +67,7 @@ select_statement parse_query(const std::string& sql, const std::vector<std::stri
 // The last word is a file where a query should be.
 bool is_file_name(const std::string& word) {
     std::error_code unreadable;
-    return std::filesystem::is_regular_file(word, unreadable) || word == "-" ||
-           (!extension_of(word).empty() && word.find(' ') == std::string::npos);
+    return std::filesystem::exists(word, unreadable) || word == "-" || (!extension_of(word).empty() && word.find(' ') == std::string::npos);
 }
 
 } // namespace
@@ -80,6 +81,10 @@ void run_query(const program_options& options) {
     if (!has_query(options)) {
         const std::string& file = options.words.back();
         fail("there is no query behind {0}; give one as in: bifun {0} \"SELECT * FROM {1}\"", file, plain_table_name_of(file));
+    }
+    const std::string& sql = options.words.back();
+    if (sql.find_first_of(" \t\n(*;") == std::string::npos) {
+        fail("{} is neither a file nor a query; give a query as in: bifun FILE.csv \"SELECT ...\", or see bifun --help", sql);
     }
     run_statement(options, {options.words.begin(), options.words.end() - 1}, options.words.back());
 }

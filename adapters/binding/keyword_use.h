@@ -16,7 +16,7 @@ struct keyword_use {
     bool chooses_member = false;              // which member a call is bound to depends on the field, and on the kind of the datetime
     std::optional<std::size_t> name_position; // where a member takes the name of a field as a text
 };
-keyword_use keywords_of(std::string_view builtin);
+const keyword_use& keywords_of(std::string_view builtin);
 
 // What messages call such an argument.
 constexpr std::string_view role_name(bifun::keyword_role role) { return role == bifun::keyword_role::mode ? "mode" : "field"; }

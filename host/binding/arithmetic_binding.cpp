@@ -45,6 +45,15 @@ operand add_interval(binder& state, const expression& tree, const operand& date,
     return add_calculation(state, tree, tree.operation, type, {first, as_type(state, interval, interval.type)});
 }
 
+// A literal NULL beside an interval or behind which a date stands is one of the type that goes with it.
+operand typed_null(binder& state, const operand& given, const operand& other) {
+    const sql_type type = is_interval(other.type) ? sql_type::timestamp : other.type == sql_type::date ? sql_type::date : sql_type::null;
+    if (given.type != sql_type::null || type == sql_type::null) {
+        return given;
+    }
+    return {nullptr, as_type(state, given, type), type, given.offset};
+}
+
 // So many days: what stands behind a minus is negated.
 operand add_days(binder& state, const expression& tree, const operand& date, const operand& days) {
     const bool adds = tree.operation == arithmetic_operator::add;
@@ -100,10 +109,16 @@ operand bind_arithmetic(binder& state, const expression& tree) {
     if (tree.operands.size() == 1) {
         return bind_sign(state, tree);
     }
-    const operand left = bind(state, tree.operands[0]);
-    const operand right = bind(state, tree.operands[1]);
     const bool adds = tree.operation == arithmetic_operator::add;
-    const bool takes_dates = adds || tree.operation == arithmetic_operator::subtract;
+    const bool subtracts = tree.operation == arithmetic_operator::subtract;
+    const bool takes_dates = adds || subtracts;
+    operand left = bind(state, tree.operands[0]);
+    operand right = bind(state, tree.operands[1]);
+    if (adds && is_interval(left.type)) {
+        right = typed_null(state, right, left);
+    } else if (subtracts || (adds && is_interval(right.type))) {
+        left = typed_null(state, left, right);
+    }
     if (is_number_or_null(left) && is_number_or_null(right)) {
         return bind_numbers(state, tree, left, right);
     }
@@ -119,7 +134,7 @@ operand bind_arithmetic(binder& state, const expression& tree) {
     if (adds && is_number_or_null(left) && has_date(right.type)) {
         return add_days(state, tree, right, left);
     }
-    if (tree.operation == arithmetic_operator::subtract && left.type == sql_type::date && right.type == sql_type::date) {
+    if (subtracts && left.type == sql_type::date && right.type == sql_type::date) {
         return bind_call(state, tree, "DAYS_BETWEEN", {left, right});
     }
     refuse(state, tree, left, right);

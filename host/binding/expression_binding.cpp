@@ -97,7 +97,9 @@ std::size_t as_type(binder& state, const operand& given, sql_type type) {
 
 std::size_t as_condition(binder& state, const operand& given) {
     if (given.type != sql_type::boolean && given.type != sql_type::null) {
-        fail_at(state.sql, given.offset, fmt::format("a condition is needed here, and this is of type {}", sql_type_name(given.type)));
+        fail_at(state.sql, given.offset,
+                fmt::format("a condition is needed here, and this is of type {}{}", sql_type_name(given.type),
+                            given.type == sql_type::varchar ? "; compare it, as in x = 'true'" : ""));
     }
     return as_type(state, given, sql_type::boolean);
 }

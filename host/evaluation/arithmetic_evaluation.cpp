@@ -85,14 +85,14 @@ std::int32_t calculate(arithmetic_operator operation, const zqtime& a, const bif
 }
 
 [[noreturn]] void fail_in_row(const execution& run, const step& made, std::int32_t status, std::uint32_t row) {
-    const std::uint64_t number = row_in_file(run, row);
+    const std::string place = place_of_row(run, row);
     if (status == BIFUN_INVALID_DATETIME) {
-        fail("{}: the datetime is outside years -4712 to 9999 in row {}", arithmetic_symbol(made.operation), number);
+        fail("{}: the datetime is outside years -4712 to 9999 in {}", arithmetic_symbol(made.operation), place);
     }
     if (status == division_by_zero) {
-        fail("/: division by zero in row {}; NULLIF(x, 0) gives NULL there", number);
+        fail("/: division by zero in {}; NULLIF(x, 0) gives NULL there", place);
     }
-    fail("{}: numeric overflow of {} in row {}{}", arithmetic_symbol(made.operation), sql_type_name(made.type), number,
+    fail("{}: numeric overflow of {} in {}{}", arithmetic_symbol(made.operation), sql_type_name(made.type), place,
          made.type == sql_type::integer  ? "; CAST(x AS BIGINT) has more digits"
          : made.type == sql_type::bigint ? "; CAST(x AS DECIMAL) has more digits"
                                          : "");

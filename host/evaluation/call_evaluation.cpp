@@ -113,7 +113,7 @@ std::string explain_unread_number(execution& run, const step& call, const bifun_
                                : failed.status == BIFUN_NUMBER_FORMAT_MISMATCH
                                    ? explain_unread_number(run, call, made.columns[0], *failed.row)
                                    : "";
-    fail("{} in row {}{}{}", message, row_in_file(run, *failed.row), reason.empty() ? "" : ": ", reason);
+    fail("{} in {}{}{}", message, place_of_row(run, *failed.row), reason.empty() ? "" : ": ", reason);
 }
 
 // Results of functions end in blanks that are stored or counted, literals and fields in counted ones. Functions tell the two apart, people
@@ -138,9 +138,9 @@ void check_digits(const execution& run, const step& call, const bifun_column& nu
         xdec decimal;
         if (numbers.data->null_flags[row] != 0 && values[row] != 0 && std::fabs(values[row]) < always_kept &&
             xdec_from_double(&decimal, values[row]) == 0 && xdec_to_double(&decimal) != values[row]) {
-            fail("{}: a format shows no digits behind the 127th of a fraction, and the number in row {} has some; without a format it is "
+            fail("{}: a format shows no digits behind the 127th of a fraction, and the number in {} has some; without a format it is "
                  "shown in full",
-                 call.entry->builtin, row_in_file(run, k));
+                 call.entry->builtin, place_of_row(run, k));
         }
     }
 }

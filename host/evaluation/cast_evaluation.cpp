@@ -42,8 +42,8 @@ template <class Cast> void cast_rows(const execution& run, step& made, std::uint
         const std::uint32_t row = row_of(from, k);
         to.data->null_flags[k] = from.data->null_flags[row];
         if (from.data->null_flags[row] != 0 && !cast(row, k)) {
-            fail("CAST: {} cannot be {}{} in row {}", shown_value(run, made, row), sql_type_name(made.type),
-                 made.shape ? fmt::format("({}, {})", made.shape->digits, made.shape->fraction_digits) : "", row_in_file(run, k));
+            fail("CAST: {} cannot be {}{} in {}", shown_value(run, made, row), sql_type_name(made.type),
+                 made.shape ? fmt::format("({}, {})", made.shape->digits, made.shape->fraction_digits) : "", place_of_row(run, k));
         }
     }
     to.no_nulls = from.no_nulls;

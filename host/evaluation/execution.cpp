@@ -173,8 +173,11 @@ bifun_column& column_of(const execution& run, std::size_t index) {
     return made.kind == step_kind::table_column ? run.query.source->columns[made.table_column].values->column : made.result->column;
 }
 
-std::uint64_t row_in_file(const execution& run, std::uint32_t row) {
-    return run.rows_before + (run.view != nullptr ? run.view[row] : row) + 1;
+std::string place_of_row(const execution& run, std::uint32_t row) {
+    const std::uint32_t in_batch = run.view != nullptr ? run.view[row] : row;
+    const std::string counted = fmt::format("row {}", run.rows_before + in_batch + 1);
+    const table* const source = run.query.source;
+    return source == nullptr ? counted : fmt::format("{} ({}, line {})", counted, source->reader.path(), line_of(*source, in_batch));
 }
 
 void set_view(execution& run, const std::uint16_t* rows) {

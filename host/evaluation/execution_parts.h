@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <string>
 #include <vector>
 
 #include "embedded/session/environment.h"
@@ -33,8 +34,8 @@ struct execution {
 // What a step shows of the rows in view, through its selection vector if it has one.
 bifun_column& column_of(const execution& run, std::size_t step);
 
-// The number of a row in view, counted from 1 behind the header of the file.
-std::uint64_t row_in_file(const execution& run, std::uint32_t row);
+// How messages name a row in view: "row 3 (t.csv, line 4)", counted from 1 behind the header, or "row 1" without a file.
+std::string place_of_row(const execution& run, std::uint32_t row);
 
 // Narrows or widens the view. The rows stay where they are.
 void set_view(execution& run, const std::uint16_t* rows);

@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <cwchar>
 #include <filesystem>
 #include <new>
 
@@ -70,6 +71,17 @@ line_editor* owner_of(EditLine* editor) {
     return static_cast<line_editor*>(owner);
 }
 
+// What could be read may be gone, for a terminal drops its keys at Ctrl-C. Nobody else is to find the terminal so.
+ssize_t read_without_waiting(char& byte) {
+    const int flags = fcntl(STDIN_FILENO, F_GETFL);
+    fcntl(STDIN_FILENO, F_SETFL, flags | O_NONBLOCK);
+    const ssize_t count = ::read(STDIN_FILENO, &byte, 1);
+    const int error = errno;
+    fcntl(STDIN_FILENO, F_SETFL, flags);
+    errno = error;
+    return count;
+}
+
 } // namespace
 
 line_editor::line_editor(std::string history_file, std::function<completions(std::string_view)> complete)
@@ -87,6 +99,7 @@ line_editor::line_editor(std::string history_file, std::function<completions(std
     el_set(editor_, EL_PROMPT, prompt_of);
     el_set(editor_, EL_EDITOR, "emacs");
     el_set(editor_, EL_SIGNAL, 1);
+    el_set(editor_, EL_GETCFN, next_character);
     el_set(editor_, EL_ADDFN, "bifun-complete", "complete what stands before the cursor", complete_at_cursor);
     el_set(editor_, EL_BIND, "\t", "bifun-complete", nullptr);
     el_set(editor_, EL_BIND, "^R", "em-inc-search-prev", nullptr);
@@ -125,10 +138,10 @@ void line_editor::begin_history() {
 
 line_outcome line_editor::read(const char* prompt, std::string& line) {
     prompt_ = prompt;
-    begin_interruptible();
+    interrupted_ = false;
     int size = 0;
     const char* const text = el_gets(editor_, &size);
-    if (is_interrupted()) {
+    if (interrupted_) {
         write_to_terminal("^C\n");
         return line_outcome::abandoned;
     }
@@ -152,6 +165,37 @@ void line_editor::remember(const std::string& statement) {
         static_cast<void>(std::fseek(file, 0, SEEK_END)); // the first entry of the file writes its heading
         history(history_, &event, H_NSAVE_FP, std::size_t{0}, file);
         static_cast<void>(std::fclose(file));
+    }
+}
+
+// libedit's own would miss a Ctrl-C that comes between two of its reads.
+int line_editor::next_character(EditLine* editor, wchar_t* character) {
+    std::mbstate_t state{};
+    for (;;) {
+        if (!wait_for_input(STDIN_FILENO)) {
+            line_editor& owner = *owner_of(editor);
+            owner.interrupted_ = take_interruption();
+            if (owner.interrupted_) {
+                errno = EINTR;
+                return -1;
+            }
+            el_set(editor, EL_REFRESH); // the window has another size, or the program goes on after a stop
+            continue;
+        }
+        char byte = 0;
+        const ssize_t count = read_without_waiting(byte);
+        if (count < 0 && (errno == EAGAIN || errno == EINTR)) {
+            continue;
+        }
+        if (count <= 0) {
+            return static_cast<int>(count);
+        }
+        const std::size_t decoded = std::mbrtowc(character, &byte, 1, &state);
+        if (decoded == static_cast<std::size_t>(-1)) {
+            state = {}; // no character
+        } else if (decoded != static_cast<std::size_t>(-2)) {
+            return 1;
+        }
     }
 }
 

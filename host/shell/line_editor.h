@@ -33,6 +33,7 @@ class line_editor {
   private:
     static unsigned char complete_at_cursor(EditLine* editor, int key);
     static char* prompt_of(EditLine* editor);
+    static int next_character(EditLine* editor, wchar_t* character);
     void begin_history();
 
     std::string history_file_;
@@ -40,6 +41,7 @@ class line_editor {
     EditLine* editor_;
     History* history_;
     std::string prompt_;
+    bool interrupted_ = false;
 };
 
 // Where the history is kept: $XDG_STATE_HOME/bifun/history, else below ~/.local/state; empty where there is no such place.

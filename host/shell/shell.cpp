@@ -68,6 +68,15 @@ void change_settings(shell_state& shell, const std::string& assignment) {
     shell.options = std::move(changed);
 }
 
+void change_types(shell_state& shell, const std::string& types) {
+    if (types.empty()) {
+        return print(shell.options.types.empty() ? "No types are given; \\d TABLE shows those found.\n" : shell.options.types + "\n");
+    }
+    const bool is_none = equal_ignoring_case(types, "none");
+    static_cast<void>(parse_types(is_none ? "" : types));
+    shell.options.types = is_none ? "" : types;
+}
+
 void change_output(shell_state& shell, const std::string& path) { shell.options.output = path; }
 
 void show_functions(shell_state& /*shell*/, const std::string& name) { print(name.empty() ? function_list() : function_description(name)); }
@@ -97,13 +106,14 @@ constexpr shell_command commands[] = {
     {"\\q", "", "end; so does Ctrl-D", end},
     {"\\set", "[NAME=VALUE]", "change a setting, as --set does; without one show those given", change_settings},
     {"\\timing", "", "show the time that queries take, or no longer", switch_timing},
+    {"\\types", "[NAME:TYPE,...]", "give columns their types, as --types does, or none; without any show those given", change_types},
     {"\\?", "", "these commands", show_commands},
 };
 
 void show_commands(shell_state& /*shell*/, const std::string& /*none*/) {
     std::string text = "A query ends with ; and may take several lines. Tab completes, Ctrl-R looks in the history, Ctrl-C abandons.\n";
     for (const shell_command& command : commands) {
-        text += fmt::format("{:<8} {:<12}  {}\n", command.name, command.argument, command.meaning);
+        text += fmt::format("{:<8} {:<15}  {}\n", command.name, command.argument, command.meaning);
     }
     print(text);
 }
@@ -127,7 +137,6 @@ void run_command(shell_state& shell, std::string_view line) {
 }
 
 void run_timed(shell_state& shell, const std::string& sql) {
-    begin_interruptible();
     const auto begin = std::chrono::steady_clock::now();
     run_statement(shell.options, shell.options.words, sql);
     if (!shell.options.output.empty()) {
@@ -148,8 +157,11 @@ template <class Action> void attempt(const Action& action) {
     } catch (const std::exception& error) {
         message = error.what();
         // An option is a command here.
-        message.replace(0, message.starts_with("--set:") || message.starts_with("--format:") ? 2 : 0,
-                        message.starts_with("--") ? "\\" : "");
+        for (const shell_command& command : commands) {
+            if (message.starts_with(fmt::format("--{}:", command.name.substr(1)))) {
+                message.replace(0, 2, "\\");
+            }
+        }
     }
     print_message(message);
 }
@@ -179,7 +191,7 @@ void take_line(shell_state& shell, line_editor& editor, std::string line) {
             word = line = command;
         }
     }
-    if (begins && word.starts_with('\\')) {
+    if (begins && (word.starts_with('\\') || word.starts_with('.'))) { // .tables is a command elsewhere
         shell.statement.clear();
         editor.remember(line);
         return attempt([&] { run_command(shell, word); });
@@ -243,6 +255,7 @@ void run_shell(program_options options) {
     static_cast<void>(sample_of(shell.options));
     static_cast<void>(parse_types(shell.options.types));
     shell.tables = read_tables(shell.options, shell.options.words);
+    catch_interruptions();
     line_editor editor(history_path(), [&](std::string_view before) { return complete(shell, before); });
     print("bifun " BIFUN_VERSION "; \\? lists the commands, Ctrl-D ends.\n");
     std::string line;

@@ -47,6 +47,16 @@ expression translate_arithmetic(const json& body, translation_context context, a
     return made;
 }
 
+struct operator_elsewhere {
+    std::string_view symbol;
+    std::string_view advice;
+};
+
+constexpr operator_elsewhere operators_elsewhere[] = {
+    {"==", "use ="},           {"^", "use POWER(x, y)"},   {"**", "use POWER(x, y)"},        {"//", "use TRUNC(x / y)"},
+    {"&", "use BITAND(x, y)"}, {"~", "use LIKE or INSTR"}, {"->>", "there is no JSON here"}, {"->", "there is no JSON here"},
+};
+
 // A comparison, or a call that is written as an operator.
 expression translate_symbol(const json& body, translation_context context) {
     expression made = make(expression_kind::comparison, body);
@@ -57,7 +67,10 @@ expression translate_symbol(const json& body, translation_context context) {
     const bool is_sign = made.name == "+" || made.name == "-";
     if (!(is_comparison || arithmetic != nullptr || made.name == "%" || is_own_syntax(made.name)) ||
         (!body.contains("lexpr") && !is_sign) || body["name"].size() != 1) {
-        fail_at(context.sql, made.offset, fmt::format("the operator {} is not supported; {}", made.name, all_operators));
+        const auto* const elsewhere = std::ranges::find(operators_elsewhere, made.name, &operator_elsewhere::symbol);
+        fail_at(context.sql, made.offset,
+                fmt::format("the operator {} is not supported; {}", made.name,
+                            elsewhere == std::end(operators_elsewhere) ? all_operators : elsewhere->advice));
     }
     if (arithmetic != nullptr) {
         return translate_arithmetic(body, context, *arithmetic);

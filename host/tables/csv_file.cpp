@@ -27,13 +27,14 @@ char* allocate(std::size_t size) {
 } // namespace
 
 csv_reader::csv_reader(std::string path, const file_options& options, const charset& set)
-    : input_(std::move(path), options.encoding, set), options_(options), charset_(set), bytes_(allocate(first_capacity)),
-      capacity_(first_capacity) {
+    : input_(std::move(path), options.encoding, set, options.ignores_errors), options_(options), charset_(set),
+      bytes_(allocate(first_capacity)), capacity_(first_capacity) {
     begin();
 }
 
 void csv_reader::begin() {
     skip_lines();
+    take_delimiter_line();
     if (header_.empty()) {
         find_delimiter();
     }
@@ -160,6 +161,20 @@ void csv_reader::skip_lines() {
     drop_bytes(position, options_.skipped_lines - lines_before_);
 }
 
+// Spreadsheets write a line sep=; before the header.
+void csv_reader::take_delimiter_line() {
+    while (!at_end_ && !find_line_end(text())) {
+        read_more();
+    }
+    constexpr std::string_view mark = "sep=";
+    const std::optional<line_end> end = find_line_end(text());
+    if (!end || !text().starts_with(mark) || end->position != mark.size() + 1) {
+        return;
+    }
+    options_.delimiter = options_.delimiter ? options_.delimiter : find_delimiter_named(text().substr(mark.size(), 1));
+    drop_bytes(end->behind, 1);
+}
+
 // The bytes of a character of the database's character set may look like ASCII.
 bool csv_reader::is_part_of_characters(char byte) const {
     const auto value = static_cast<unsigned char>(byte);
@@ -174,9 +189,6 @@ bool csv_reader::is_part_of_characters(char byte) const {
 }
 
 void csv_reader::find_delimiter() {
-    while (!at_end_ && !find_line_end(text())) {
-        read_more();
-    }
     if (options_.delimiter) {
         delimiter_ = *options_.delimiter;
         if (is_part_of_characters(delimiter_)) {
@@ -235,6 +247,28 @@ std::span<const std::uint32_t> csv_reader::next_rows(std::uint32_t most) {
         }
     }
     return rows_;
+}
+
+// Each line of the index is one of the file, unless fields hold line ends.
+void csv_reader::add_lines_of(std::span<const std::uint32_t> rows, std::vector<std::uint64_t>& lines) const {
+    if (!index_.has_inner_line_ends && !index_.found_fault) {
+        std::uint32_t index_line = 0;
+        for (const std::uint32_t row : rows) {
+            while (first_field(index_line) != row) {
+                ++index_line;
+            }
+            lines.push_back(lines_before_ + index_line + 1);
+        }
+        return;
+    }
+    std::size_t counted = 0;
+    std::uint64_t line = lines_before_ + 1;
+    for (const std::uint32_t row : rows) {
+        const std::size_t begin = begin_of(row);
+        line += count_line_ends(text().substr(counted, begin - counted));
+        counted = begin;
+        lines.push_back(line);
+    }
 }
 
 std::string_view csv_reader::without_quotes(std::string_view quoted) {

@@ -19,7 +19,7 @@ namespace host {
 
 // How files are read.
 struct file_options {
-    std::optional<char> delimiter;   // found by the name or the first lines where there is none
+    std::optional<char> delimiter;   // found by the name or the first lines where there is none; a first line sep=; says it, too
     bool has_header = true;          // the first line has the names of the columns
     std::uint64_t skipped_lines = 0; // before the header
     bool ignores_errors = false;     // bad rows are left out and counted
@@ -54,6 +54,9 @@ class csv_reader {
     // The line in which a row just read begins.
     [[nodiscard]] std::uint64_t line_of(std::uint32_t row) const { return line_at(begin_of(row)); }
 
+    // Adds the lines of rows just read, which are in the order of the file, at one pass.
+    void add_lines_of(std::span<const std::uint32_t> rows, std::vector<std::uint64_t>& lines) const;
+
     // Whether all rows just read are ASCII.
     [[nodiscard]] bool is_ascii() const { return index_.is_ascii; }
 
@@ -83,6 +86,7 @@ class csv_reader {
   private:
     void begin();
     void skip_lines();
+    void take_delimiter_line();
     [[nodiscard]] bool is_part_of_characters(char byte) const;
     void find_delimiter();
     void read_header();

@@ -22,9 +22,14 @@ struct named_type {
 
 constexpr named_type named_types[] = {
     {"INT", sql_type::integer},
+    {"INTEGER", sql_type::integer},
     {"BIGINT", sql_type::bigint},
     {"DECIMAL", sql_type::decimal},
+    {"NUMERIC", sql_type::decimal},
     {"DOUBLE", sql_type::double_precision},
+    {"DOUBLE PRECISION", sql_type::double_precision},
+    {"FLOAT", sql_type::double_precision},
+    {"REAL", sql_type::double_precision},
     {"DATE", sql_type::date},
     {"TIME", sql_type::time},
     {"TIMESTAMP", sql_type::timestamp},
@@ -33,6 +38,8 @@ constexpr named_type named_types[] = {
     {"TIMESTAMP WITH TIME ZONE", sql_type::timestamp_with_zone},
     {"DATETIME WITH TIME ZONE", sql_type::timestamp_with_zone},
     {"VARCHAR", sql_type::varchar},
+    {"TEXT", sql_type::varchar},
+    {"STRING", sql_type::varchar},
 };
 
 constexpr std::uint32_t longest_char = 32767;

@@ -13,6 +13,7 @@
 #include <zstd.h>
 
 #include "host/program_error.h"
+#include "host/session/interruption.h"
 
 namespace host {
 
@@ -87,10 +88,11 @@ void input_file::rewind() {
 }
 
 std::size_t input_file::read_raw(char* to, std::size_t room) {
-    ssize_t count = 0;
-    do {
+    ssize_t count = ::read(file_, to, room);
+    while (count < 0 && errno == EINTR) {
+        stop_if_interrupted();
         count = ::read(file_, to, room);
-    } while (count < 0 && errno == EINTR);
+    }
     if (count < 0) {
         fail("{}: {}", path_, std::strerror(errno));
     }

@@ -47,7 +47,8 @@ std::string describe_fault(const table& source, const table_column& column, std:
     case field_fault::out_of_memory:
         return fmt::format("{}: out of memory", shown);
     default:
-        return fmt::format("{} is not of type {}; give the column another type with --types, such as {}:VARCHAR", shown, type, column.name);
+        return fmt::format("{} is not of type {}; give the column another type with --types, such as {}:VARCHAR{}", shown, type,
+                           column.name, has_date(column.type.type) ? ", and read it by TO_DATE(x, format)" : "");
     }
 }
 
@@ -85,7 +86,8 @@ std::unique_ptr<table> open_table(const std::string& path, const file_options& o
         if (!converted) {
             fail("{}: the header is not valid {}; name the file's encoding with --encoding NAME", path, set.name);
         }
-        opened->columns.push_back({.name = *converted, .type = {}, .values = {}});
+        // A, B is written where A,B is meant.
+        opened->columns.push_back({.name = std::string(without_blanks_around(*converted)), .type = {}, .values = {}});
     }
     complete_names(opened->columns);
     return opened;
@@ -210,20 +212,24 @@ std::uint32_t read_batch(table& source, std::uint32_t most_rows) {
     }
     std::uint32_t stored = 0;
     std::vector<bad_row> bad;
-    std::vector<std::uint32_t> good;
+    std::vector<std::uint32_t>& good = source.last_rows;
+    source.earlier_lines.clear();
+    good.clear();
     while (stored < most_rows) {
+        source.reader.add_lines_of(good, source.earlier_lines);
+        good.clear();
         const row_numbers rows = source.reader.next_rows(most_rows - stored);
         if (rows.empty()) {
             break;
         }
         store_rows(source, rows, stored, bad);
         if (bad.empty()) {
+            good.assign(rows.begin(), rows.end());
             stored += static_cast<std::uint32_t>(rows.size());
             continue;
         }
         // Without `ignores_errors`, each column ended before the row with a fault that those before it had found.
         std::ranges::stable_sort(bad, {}, &bad_row::place);
-        good.clear();
         for (std::size_t place = 0, next = 0; place < rows.size(); ++place) {
             if (next == bad.size() || bad[next].place != place) {
                 good.push_back(rows[place]);
@@ -238,6 +244,11 @@ std::uint32_t read_batch(table& source, std::uint32_t most_rows) {
         stored += static_cast<std::uint32_t>(good.size());
     }
     return stored;
+}
+
+std::uint64_t line_of(const table& source, std::uint32_t row) {
+    const std::size_t earlier = source.earlier_lines.size();
+    return row < earlier ? source.earlier_lines[row] : source.reader.line_of(source.last_rows[row - earlier]);
 }
 
 } // namespace host

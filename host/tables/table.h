@@ -33,6 +33,9 @@ struct table {
     const session_settings* settings;
     bool ignores_errors;
     std::vector<table_column> columns;
+    // Of the batch in hand: its last rows as the reader knows them, and the lines of those before, whose text has gone.
+    std::vector<std::uint32_t> last_rows{};
+    std::vector<std::uint64_t> earlier_lines{};
 };
 
 // Opens the file and reads its header. A column without a name is column_3, by its place, and a second one named a is a_2. The table refers
@@ -68,6 +71,9 @@ struct type_not_as_sampled : program_error {
 // Reads up to `most_rows` rows into the needed columns and returns how many there were; 0 at the end of the file. A field that does not fit
 // its column's type is an error, or where errors are ignored, its row is left out; type_not_as_sampled is an error in any case.
 std::uint32_t read_batch(table& source, std::uint32_t most_rows);
+
+// The line of the file in which a row of the batch begins.
+std::uint64_t line_of(const table& source, std::uint32_t row);
 
 } // namespace host
 

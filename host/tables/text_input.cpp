@@ -25,7 +25,9 @@ struct text_conversion {
     std::size_t source_at = 0;
     bool source_ended = false;
     bool ended = false;
-    bool at_start = true; // of the conversion: converters forget what came before
+    bool has_fault = false; // behind what lies between
+    bool at_fault = false;
+    bool has_rest = false; // of a character, for want of room
     std::uint64_t lines = 0;
 
     std::array<UChar, 8192> between{};
@@ -53,8 +55,8 @@ bool names_charset(const std::string& encoding, const charset& set) {
 
 } // namespace
 
-text_input::text_input(std::string path, std::string encoding, const charset& set)
-    : file_(std::move(path)), encoding_(std::move(encoding)), charset_(set), keeps_(!file_.can_rewind()) {}
+text_input::text_input(std::string path, std::string encoding, const charset& set, bool marks_errors)
+    : file_(std::move(path)), encoding_(std::move(encoding)), charset_(set), marks_errors_(marks_errors), keeps_(!file_.can_rewind()) {}
 
 text_input::~text_input() = default;
 
@@ -91,33 +93,59 @@ std::size_t text_input::read_file(char* to, std::size_t room) {
     return count;
 }
 
+// Converts what lies between, up to a character that the database does not have.
+void text_input::convert_between(char*& target, const char* end) {
+    text_conversion& state = *conversion_;
+    const UChar* source = state.between_read;
+    UErrorCode error = U_ZERO_ERROR;
+    ucnv_fromUnicode(state.to.get(), &target, end, &source, state.between_written, nullptr, static_cast<UBool>(state.source_ended), &error);
+    state.between_read += source - state.between_read;
+    state.has_rest = error == U_BUFFER_OVERFLOW_ERROR;
+    state.at_fault = U_FAILURE(error) && !state.has_rest;
+}
+
+// Makes new text between, reading where there is nothing to make it of.
+void text_input::fill_between() {
+    text_conversion& state = *conversion_;
+    if (state.source_at == state.source.size() && !state.source_ended) {
+        constexpr std::size_t source_size = std::size_t{64} * 1024;
+        state.source.resize(source_size);
+        state.source.resize(read_file(state.source.data(), source_size));
+        state.source_at = 0;
+        state.source_ended = state.source.empty();
+    }
+    const char* source = state.source.data() + state.source_at;
+    UErrorCode error = U_ZERO_ERROR;
+    state.between_read = state.between_written = state.between.data();
+    ucnv_toUnicode(state.from.get(), &state.between_written, state.between.data() + state.between.size(), &source,
+                   state.source.data() + state.source.size(), nullptr, static_cast<UBool>(state.source_ended), &error);
+    state.source_at = static_cast<std::size_t>(source - state.source.data());
+    state.has_fault = U_FAILURE(error) && error != U_BUFFER_OVERFLOW_ERROR;
+    state.ended = state.source_ended && U_SUCCESS(error) && state.between_written == state.between.data();
+}
+
 std::size_t text_input::convert(char* to, std::size_t room) {
     text_conversion& state = *conversion_;
     char* target = to;
     while (target == to && !state.ended) {
-        if (state.source_at == state.source.size() && !state.source_ended) {
-            constexpr std::size_t source_size = std::size_t{64} * 1024;
-            state.source.resize(source_size);
-            state.source.resize(read_file(state.source.data(), source_size));
-            state.source_at = 0;
-            state.source_ended = state.source.empty();
-        }
-        const char* source = state.source.data() + state.source_at;
-        UErrorCode error = U_ZERO_ERROR;
-        ucnv_convertEx(state.to.get(), state.from.get(), &target, to + room, &source, state.source.data() + state.source.size(),
-                       state.between.data(), &state.between_read, &state.between_written, state.between.data() + state.between.size(),
-                       static_cast<UBool>(state.at_start), static_cast<UBool>(state.source_ended), &error);
-        state.at_start = false;
-        state.source_at = static_cast<std::size_t>(source - state.source.data());
-        if (U_FAILURE(error) && error != U_BUFFER_OVERFLOW_ERROR) {
-            const std::uint64_t line = state.lines + count_line_ends({to, static_cast<std::size_t>(target - to)}) + 1;
+        if (state.at_fault && !marks_errors_) {
             fail("{}, line {}: bytes that are no {}, or a character that {} does not have; name the file's encoding with --encoding NAME",
-                 file_.path(), line, state.from_name, charset_.name);
+                 file_.path(), state.lines + 1, state.from_name, charset_.name);
         }
-        state.ended = state.source_ended && error != U_BUFFER_OVERFLOW_ERROR;
+        if (state.at_fault) {
+            *target++ = '\xFF';
+            state.at_fault = false;
+        } else if (state.has_rest || state.between_read != state.between_written) {
+            convert_between(target, to + room);
+        } else if (state.has_fault) {
+            state.at_fault = true;
+            state.has_fault = false;
+        } else {
+            fill_between();
+        }
     }
     const auto count = static_cast<std::size_t>(target - to);
-    state.lines += static_cast<std::uint64_t>(std::count(to, target, '\n'));
+    state.lines += count_line_ends({to, count});
     return count;
 }
 

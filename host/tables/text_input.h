@@ -17,10 +17,11 @@ namespace host {
 struct text_conversion;
 
 // Reads a file, converted where it is in another character set than that of the database: the one that a byte order mark names, or else
-// `encoding`, any name that ICU knows; empty for the database's own. The byte order mark itself is no text.
+// `encoding`, any name that ICU knows; empty for the database's own. The byte order mark itself is no text. What cannot be converted is an
+// error, or with `marks_errors` becomes a byte that is no part of any character, so that its field is found to be bad.
 class text_input {
   public:
-    text_input(std::string path, std::string encoding, const charset& set);
+    text_input(std::string path, std::string encoding, const charset& set, bool marks_errors);
     ~text_input();
     text_input(const text_input&) = delete;
     text_input& operator=(const text_input&) = delete;
@@ -38,11 +39,14 @@ class text_input {
   private:
     std::size_t read_file(char* to, std::size_t room);
     std::size_t convert(char* to, std::size_t room);
+    void convert_between(char*& target, const char* end);
+    void fill_between();
     void begin();
 
     input_file file_;
     std::string encoding_;
     const charset& charset_;
+    bool marks_errors_;
 
     bool begun_ = false;
     std::string first_bytes_;                     // read to look for a byte order mark, and not handed on yet

@@ -98,16 +98,17 @@ TEST(DateFormatCalls, BadFormats) {
 TEST(DateFormatCalls, TextsThatDoNotMatch) {
     const std::string file = "day\n2024-01-01\n2024-02-01\n2024-13-01\n";
     const std::pair<std::string, std::string> calls[] = {
-        {"TO_DATE(day, 'YYYY-MM-DD')", "3: \"2024-13-01\" has no match at position 6, where a month, 1 to 12, (MM) is expected"},
-        {"TO_DATE(day)", "3: \"2024-13-01\" is none; expected is YYYY-MM-DD or YYYYMMDD, ..."},
-        {"TO_DATE(day, 'YYYY-MM')", "1: \"2024-01-01\" goes on at position 8, behind the end of the format"},
-        {"TO_DATE(day, 'YYYY-MM-DD-DY')", "1: \"2024-01-01\" ends where the name of a day (DY) is expected"},
-        {"TO_DATE(day, 'YYYY\"年\"MM')", "1: \"2024-01-01\" has no match at position 5, where \"年\" is expected"},
-        {"TO_DATE('2024-02-30', 'YYYY-MM-DD')", "1: the calendar has no day \"2024-02-30\""},
-        {"TO_DATE('Fri 2024-02-29', 'DY YYYY-MM-DD')", "1: \"Fri 2024-02-29\" is on another day of the week"},
+        {"TO_DATE(day, 'YYYY-MM-DD')",
+         "3 (t.csv, line 4): \"2024-13-01\" has no match at position 6, where a month, 1 to 12, (MM) is expected"},
+        {"TO_DATE(day)", "3 (t.csv, line 4): \"2024-13-01\" is none; expected is YYYY-MM-DD or YYYYMMDD, ..."},
+        {"TO_DATE(day, 'YYYY-MM')", "1 (t.csv, line 2): \"2024-01-01\" goes on at position 8, behind the end of the format"},
+        {"TO_DATE(day, 'YYYY-MM-DD-DY')", "1 (t.csv, line 2): \"2024-01-01\" ends where the name of a day (DY) is expected"},
+        {"TO_DATE(day, 'YYYY\"年\"MM')", "1 (t.csv, line 2): \"2024-01-01\" has no match at position 5, where \"年\" is expected"},
+        {"TO_DATE('2024-02-30', 'YYYY-MM-DD')", "1 (t.csv, line 2): the calendar has no day \"2024-02-30\""},
+        {"TO_DATE('Fri 2024-02-29', 'DY YYYY-MM-DD')", "1 (t.csv, line 2): \"Fri 2024-02-29\" is on another day of the week"},
         {"TO_DATE('2月 2024', 'MON YYYY', 'NLS_DATE_LANGUAGE=ENGLISH')",
-         "1: \"2月 2024\" has no match at position 1, where the name of a month (MON) is expected"},
-        {"TO_DT_TZ('2024 +15', 'YYYY TZH')", "1: \"2024 +15\" has a time zone beyond 14 hours"}};
+         "1 (t.csv, line 2): \"2月 2024\" has no match at position 1, where the name of a month (MON) is expected"},
+        {"TO_DT_TZ('2024 +15', 'YYYY TZH')", "1 (t.csv, line 2): \"2024 +15\" has a time zone beyond 14 hours"}};
     for (const auto& [call, reason] : calls) {
         const std::string builtin = call.substr(0, call.find('('));
         expect_failure(

@@ -10,14 +10,6 @@ namespace {
 
 using namespace program_run;
 
-std::string repeated(std::string_view text, std::size_t count) {
-    std::string made;
-    for (std::size_t i = 0; i < count; ++i) {
-        made += text;
-    }
-    return made;
-}
-
 const std::string nines_38(38, '9');
 const std::string zeros_126(126, '0');
 
@@ -112,7 +104,7 @@ TEST(ExactValues, NumbersUnderFormats) {
         {"TO_CHAR(1.25e-126, '9.9EEEE')", "TO_CHAR: a format ..."},
     });
     expect_failure("x\n1e-5\n\n-1e-130\n", "SELECT TO_CHAR(x, 'tme') FROM t",
-                   joined({refusal, "3 has some; without a format it is shown in full"}));
+                   joined({refusal, "3 (t.csv, line 4) has some; without a format it is shown in full"}));
 }
 
 } // namespace

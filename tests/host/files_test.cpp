@@ -75,6 +75,8 @@ TEST(Files, HeadersAndSkippedLines) {
         {"t.csv", "# \"one\r\n#\r\na,b\r\n1,2", {"--skip", "2"}, "a,b\n1,2\n"},
         {"t.csv", "a,a,,b,a_2,,a\n1,2,3,4,5,6,7\n", {}, "a,a_3,column_3,b,a_2,column_6,a_4\n1,2,3,4,5,6,7\n"},
         {"t.csv", ",column_1\n1,2\n", {}, "column_1_2,column_1\n1,2\n"},
+        {"t.csv", "sep=;\r\na ; b\r\n1, 5;2\r\n", {"--sample", "all"}, "a,b\n\"1, 5\",2\n"},
+        {"t.csv", "sep=ab\n1\n", {}, "sep=ab\n1\n"},
     });
     expect_failure("a\n1\n", "SELECT 1 FROM t", "t.csv: the file is empty; its first line must name the columns", {"--skip", "2"});
     expect_failure("#\na\n1,2\n", "SELECT 1 FROM t", "t.csv, line 3: the header has 1 field ...", {"--skip", "1"});

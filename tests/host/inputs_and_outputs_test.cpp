@@ -121,6 +121,16 @@ TEST(Inputs, Encodings) {
     EXPECT_EQ(read("n\n\xE0\xBC\x8B\n", {"--set", "charset=euc-kr", "--encoding", "UTF-8"}).err,
               joined({"bifun: t.csv, line 2: ", reason}));
     EXPECT_EQ(read("\xFF\xFEn").status, 1); // half a character
+    // A fault far behind what has been converted at once.
+    const std::string many = repeated("8,x\n", 30'000);
+    const std::string faulty = encoded(joined({"n,m\n", many, "9,x\n"}), "UTF-16LE").append(std::string_view("1\0,\0\0\xDC\n\0", 8));
+    EXPECT_EQ(
+        read(faulty, {"--encoding", "UTF-16LE"}).err,
+        "bifun: t.csv, line 30003: bytes that are no UTF-16LE, or a character that utf-8 does not have; name the file's encoding with "
+        "--encoding NAME\n");
+    const run_result ignoring = read(faulty, {"--encoding", "UTF-16LE", "--ignore-errors"});
+    EXPECT_EQ(ignoring.out, joined({"n,m\n", many, "9,x\n"}));
+    EXPECT_TRUE(ignoring.err.starts_with("bifun: 1 row left out; the first: t.csv, line 30003, column m: "));
     EXPECT_EQ(read("n\n", {"--encoding", "latin-none"}).err,
               "bifun: t.csv: there is no encoding latin-none; names are such as latin1, windows-1252, UTF-16 or Shift_JIS\n");
 }

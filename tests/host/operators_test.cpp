@@ -29,7 +29,8 @@ TEST(Operators, Numbers) {
     });
     expect_answer("a,b\n1,2.5\n,1\n-3,0.5\n", "SELECT a + 1 AS s, a * b AS p, -b AS n, SUBSTR('abcdef', a + 5) t FROM t WHERE a - b < 0",
                   "s,p,n,t\n2,2.5,-2.5,f\n-2,-1.5,-0.5,bcdef\n");
-    expect_failure("a\n1\n\n2147483647\n", "SELECT a + a FROM t", "+: numeric overflow of INT in row 3; CAST(x AS BIGINT) has more digits");
+    expect_failure("a\n1\n\n2147483647\n", "SELECT a + a FROM t",
+                   "+: numeric overflow of INT in row 3 (t.csv, line 4); CAST(x AS BIGINT) has more digits");
     expect_answer("a\n1\n2\n", "SELECT a + 1 * a, -(a - 1) FROM t LIMIT 1", "a + (1 * a),-(a - 1)\n2,0\n");
 }
 
@@ -42,6 +43,9 @@ TEST(Operators, Dates) {
         {"DATE '2024-01-31' + INTERVAL '1' DAY ; DATE '2024-01-31' - INTERVAL '1' HOUR ; INTERVAL '90' MINUTE + TIME '23:00:00'",
          R"("2024-02-01", "2024-01-30 23:00:00", "00:30:00")"},
         {"TIMESTAMP '2024-01-31 10:00:00+02:00' + INTERVAL '1 02:00:00' DAY TO SECOND", R"("2024-02-01 12:00:00+02:00")"},
+        {"NULL + INTERVAL '1' DAY ; NULL - INTERVAL '1' MONTH ; INTERVAL '1' DAY + NULL ; NULL - DATE '2024-01-01'",
+         "null, null, null, null"},
+        {"NULL * INTERVAL '1' DAY", "13, near *: * does not take NULL and INTERVAL DAY TO SECOND; ..."},
         {"DATE '9999-12-31' + INTERVAL '1' DAY", "+: the datetime is outside years -4712 to 9999 in row 1"},
         {"DATE '2024-01-31' * 2",
          "26, near *: * does not take DATE and INT; it takes numbers, and + and - also a date with days or an interval"},
@@ -75,7 +79,7 @@ TEST(Operators, Choices) {
                       {"--batch-rows", rows});
     }
     expect_failure(file, "SELECT CASE WHEN s = 'x' THEN LN(a) END FROM t",
-                   "LN: -6803 an argument is outside the function's domain in row 4");
+                   "LN: -6803 an argument is outside the function's domain in row 4 (t.csv, line 5)");
     expect_answer("a\n1\n", "SELECT CASE a WHEN 1 THEN 'x' ELSE 'y' END, CASE WHEN a = 1 THEN 2 END, COALESCE(a, 1), NULLIF(a, 1) FROM t",
                   "CASE a WHEN 1 THEN 'x' ELSE 'y' END,CASE WHEN a = 1 THEN 2 END,\"COALESCE(a, 1)\",\"NULLIF(a, 1)\"\nx,2,1,\n");
 }
@@ -103,7 +107,11 @@ TEST(Operators, Casts) {
         {"CAST(1 AS BOOLEAN)", "18, near BOOLEAN: CAST makes INT, BIGINT, DECIMAL, DOUBLE, VARCHAR, ..."},
         {"CAST('a' AS VARCHAR(3))", "20, near VARCHAR: in a CAST VARCHAR has no length or precision; use SUBSTR for texts"},
     });
-    expect_failure("s\n1\n\nx\n", "SELECT CAST(s AS INT) FROM t", "CAST: \"x\" cannot be INT in row 3");
+    // Fields of two lines, and rows behind the first that the reader has in hand.
+    expect_failure("s,t\n1,\"a\nb\"\nx,\n", "SELECT CAST(s AS INT) FROM t", "CAST: \"x\" cannot be INT in row 2 (t.csv, line 4)");
+    expect_failure(joined({"s,t\n", repeated("1,\"a\nb\"\n", 9), "x,\n", repeated("1,abcdefgh\n", 20'000)}), "SELECT CAST(s AS INT) FROM t",
+                   "CAST: \"x\" cannot be INT in row 10 (t.csv, line 20)", {"--batch-rows", "65536", "--types", "s:VARCHAR"});
+    expect_failure("s\n1\n\nx\n", "SELECT CAST(s AS INT) FROM t", "CAST: \"x\" cannot be INT in row 3 (t.csv, line 4)");
 }
 
 TEST(Operators, Like) {
@@ -145,7 +153,7 @@ TEST(Operators, Offset) {
         expect_answer(file, "SELECT a FROM t OFFSET 5", "a\n", options);
         expect_answer("a\n1\n2\nx\n", "SELECT a FROM t LIMIT 1 OFFSET 1", "a\n2\n", {"--types", "a:INT", "--batch-rows", rows});
     }
-    expect_failure(file, "SELECT ABS(a - 5) / (a - 3) FROM t OFFSET 1", "/: division by zero in row 3; ...");
+    expect_failure(file, "SELECT ABS(a - 5) / (a - 3) FROM t OFFSET 1", "/: division by zero in row 3 (t.csv, line 4); ...");
     expect_failure(file, "SELECT a FROM t OFFSET -1", "SQL, character 24, near -: OFFSET takes a whole number that is not negative");
 }
 

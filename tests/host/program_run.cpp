@@ -19,6 +19,14 @@ std::string joined(std::initializer_list<std::string_view> parts) {
     return text;
 }
 
+std::string repeated(std::string_view text, std::size_t count) {
+    std::string made;
+    for (std::size_t i = 0; i < count; ++i) {
+        made += text;
+    }
+    return made;
+}
+
 std::string read_file(const std::string& path) {
     std::ifstream file(path, std::ios::binary);
     std::ostringstream text;

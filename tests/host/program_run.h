@@ -19,6 +19,8 @@ std::string joined(std::initializer_list<std::string_view> parts);
 // The text with every `from` replaced.
 std::string replaced(std::string text, std::string_view from, std::string_view to);
 
+std::string repeated(std::string_view text, std::size_t count);
+
 std::string read_file(const std::string& path);
 
 struct run_result {

@@ -58,8 +58,9 @@ TEST(Program, Numbers) {
     expect_answer("x,n,e\n2.345,2,1e2\n,1,\n-2.5,,-2.5e0\n1250,-2,25e-1\n",
                   "SELECT ROUND(x, n) a, ROUND(2.55, n) b, ROUND(x) c, TRUNC(x, 1) d, ROUND(e) f, ROUND(e, n) g, SIGN(e) h FROM t",
                   "a,b,c,d,f,g,h\n2.35,2.55,2,2.3,100,100,1\n,2.6,,,,,\n,,-3,-2.5,-3,,-1\n1300,0,1250,1250,3,0,1\n");
-    expect_failure("x\n4\n\n-1\n", "SELECT SQRT(x) FROM t", "SQRT: -6803 an argument is outside the function's domain in row 3");
-    expect_failure("x\n\n1.5\n", "SELECT TO_CHAR(x, '9.9.9') FROM t", "TO_CHAR: -6130 invalid number format in row 2");
+    expect_failure("x\n4\n\n-1\n", "SELECT SQRT(x) FROM t",
+                   "SQRT: -6803 an argument is outside the function's domain in row 3 (t.csv, line 4)");
+    expect_failure("x\n\n1.5\n", "SELECT TO_CHAR(x, '9.9.9') FROM t", "TO_CHAR: -6130 invalid number format in row 2 (t.csv, line 3)");
 }
 
 // Conditions, and the rows for which they hold by the column i.
@@ -118,8 +119,8 @@ TEST(Program, FilesAndFormats) {
 // A function's error names the row of the file. What is complete before it stays.
 TEST(Program, FunctionErrors) {
     const std::string file = "a,b\n1,1\n2,-9223372036854775808\n3,3\n-9223372036854775808,4\n";
-    const std::string in_row_2 = "ABS: -6102 numeric overflow in row 2";
-    const std::string in_row_4 = "ABS: -6102 numeric overflow in row 4";
+    const std::string in_row_2 = "ABS: -6102 numeric overflow in row 2 (t.csv, line 3)";
+    const std::string in_row_4 = "ABS: -6102 numeric overflow in row 4 (t.csv, line 5)";
     expect_failure(file, "SELECT ABS(a) FROM t", in_row_4);
     expect_failure(file, "SELECT ABS(a) FROM t WHERE b <> 1 AND b <> 3", in_row_4);
     expect_failure(file, "SELECT ABS(a) FROM t WHERE a <> 1 AND b <> 3", in_row_4);
@@ -151,8 +152,9 @@ TEST(Program, SqlErrors) {
         {"SELECT 1 FROM t WHERE qty", "23, near qty: a condition is needed here, and this is of type INT"},
         {"SELECT qty = '1' FROM t", "12, near =: INT and VARCHAR cannot be compared; write the number without quotes"},
         {"SELECT day > 'x' FROM t", "14, near 'x': this cannot be read as DATE"},
-        {"SELECT qty ^ 1 FROM t",
-         "12, near ^: the operator ^ is not supported; operators are + - * / % || = <> < <= > >= AND OR NOT BETWEEN IN LIKE IS"},
+        {"SELECT qty ^ 1 FROM t", "12, near ^: the operator ^ is not supported; use POWER(x, y)"},
+        {"SELECT qty # 1 FROM t",
+         "12, near #: the operator # is not supported; operators are + - * / % || = <> < <= > >= AND OR NOT BETWEEN IN LIKE IS"},
         {"SELECT ROW(1, 2)", "8, near ROW: records are not supported"},
         {"SELECT 1 FROM t ORDER BY qty", "26, near qty: ORDER BY is not supported; rows come in the order of the file"},
         {"SELECT qty FROM t GROUP BY qty",
@@ -254,10 +256,15 @@ TEST(Program, FileErrors) {
         "a\n1\n2147483648\n", read,
         "t.csv, line 3, column a: \"2147483648\" is not of type INT; give the column another type with --types, such as a:VARCHAR",
         {"--types", "a:INT"});
-    expect_failure("a\n10:00\n", read, "t.csv, line 2, column a: \"10:00\" is not of type DATE; ...", {"--types", "a:DATE"});
+    expect_failure(
+        "a\n10:00\n", read,
+        "t.csv, line 2, column a: \"10:00\" is not of type DATE; give the column another type with --types, such as a:VARCHAR, and "
+        "read it by TO_DATE(x, format)",
+        {"--types", "a:DATE"});
     expect_failure("a\néé  \nééé\n", read, "t.csv, line 3, column a: \"ééé\" does not fit CHAR(2); ...", {"--types", "a:CHAR(2)"});
     expect_failure("name\nx\n", query, "--types: t.csv has no column nam; did you mean name?", {"--types", "nam:INT"});
-    expect_failure("", "SELECT 1", "--types: \"TEXT\" is not a type; there are INT, BIGINT, DECIMAL, ...", {"--types", "a:TEXT"});
+    expect_failure("", "SELECT 1", "--types: \"BOOL\" is not a type; there are INT, BIGINT, DECIMAL, ...", {"--types", "a:BOOL"});
+    expect_answer("a\n007\n", "SELECT a || 'x' v FROM t", "v\n007x\n", {"--types", "a:Text"});
     expect_failure("a\n", query, "SQL, character 15, near t: ./t.csv and t.csv are both the table t; give one of them", {"./t.csv"});
 }
 
@@ -268,6 +275,12 @@ TEST(Program, OptionErrors) {
         {{"--set", "charset=latin1", "SELECT 1"}, "--set: charset cannot be \"latin1\"; it can be utf-8, gb18030, euc-kr"},
         {{"--batch-rows", "65537", "SELECT 1"}, "--batch-rows: Value 65537 not in range 1 to 65536; see bifun --help"},
         {{"--library", "libm.so.6", "SELECT 1"}, "the function library libm.so.6 does not export bifun_dll_var_init; ..."},
+        {{"--sep", ";", "SELECT 1"},
+         "The following argument was not expected: --sep; --delimiter says what separates the fields; see bifun --help"},
+        {{"--output", "t.parquet", "SELECT 1"}, "--output: .parquet cannot be written; there are table, csv, ..."},
+        {{"help"}, "help is neither a file nor a query; ..."},
+        {{"SELECT * FROM 't.csv'"},
+         "SQL, character 15: syntax error at or near \"'t.csv'\"; FROM takes the name of a table, which is that of its file without .csv"},
         {{"t.csv"}, "there is no query behind t.csv; give one as in: bifun t.csv \"SELECT * FROM t\""},
         {{"functions", "lnvl"}, "there is no function lnvl; did you mean NVL or LNNVL?"}};
     for (const auto& [words, message] : errors) {

@@ -21,12 +21,10 @@ namespace {
 
 using namespace program_run;
 
-constexpr const char* staff = "name,Hired On,salary\nAda,2019-03-31,10.5\nGrace,2016-02-29,\n";
-
-// The program on a terminal of its own.
+// A command of the shell, with further words, on a terminal of its own.
 class terminal {
   public:
-    terminal(const scratch_directory& directory, const arguments& words) {
+    terminal(const scratch_directory& directory, const std::string& command, const arguments& words) {
         winsize size{.ws_row = 50, .ws_col = 200, .ws_xpixel = 0, .ws_ypixel = 0}; // no line is wrapped
         pid_ = forkpty(&master_, nullptr, nullptr, &size);
         if (pid_ == 0) {
@@ -34,7 +32,8 @@ class terminal {
             setenv("HOME", directory.path.c_str(), 1);
             setenv("TERM", "dumb", 1);
             setenv("ASAN_OPTIONS", "detect_leaks=0", 1); // el_end of libedit forgets two strings
-            std::vector<const char*> list = {"sh", "-c", "exec " BIFUN_PROGRAM_COMMAND " \"$@\"", "sh"};
+            const std::string started = joined({"exec ", command, " \"$@\""});
+            std::vector<const char*> list = {"sh", "-c", started.c_str(), "sh"};
             for (const std::string& word : words) {
                 list.push_back(word.c_str());
             }
@@ -58,9 +57,9 @@ class terminal {
     void type(const std::string& keys) const { ASSERT_EQ(write(master_, keys.data(), keys.size()), static_cast<ssize_t>(keys.size())); }
 
     // Waits for a text behind what has been expected before.
-    testing::AssertionResult shows(const std::string& expected, int milliseconds = most_milliseconds) {
+    testing::AssertionResult shows(const std::string& expected) {
         while (shown_.find(expected) == std::string::npos) {
-            if (!read_more(milliseconds)) {
+            if (!read_more()) {
                 return testing::AssertionFailure() << "no \"" << expected << "\" in\n" << shown_;
             }
         }
@@ -81,19 +80,8 @@ class terminal {
         return is_shown ? testing::AssertionFailure() << "no keys are taken" : is_shown;
     }
 
-    // Presses Ctrl-C, as people do once more where it comes between two looks of the line editor for keys.
-    testing::AssertionResult abandons_line() {
-        constexpr int shortly = 500;
-        testing::AssertionResult abandoned = testing::AssertionFailure();
-        for (int tries = 0; !abandoned && tries < most_milliseconds / shortly; ++tries) {
-            type("\x03");
-            abandoned = shows("bifun> ", shortly);
-        }
-        return abandoned;
-    }
-
     int exit_status() {
-        while (read_more(most_milliseconds)) {
+        while (read_more()) {
         }
         kill(pid_, SIGKILL); // if it has not ended
         int status = 0;
@@ -105,9 +93,9 @@ class terminal {
   private:
     static constexpr int most_milliseconds = 30'000;
 
-    bool read_more(int milliseconds) {
+    bool read_more() {
         pollfd waiting{.fd = master_, .events = POLLIN, .revents = 0};
-        if (poll(&waiting, 1, milliseconds) <= 0) {
+        if (poll(&waiting, 1, most_milliseconds) <= 0) {
             return false;
         }
         std::array<char, 4096> bytes{};
@@ -123,23 +111,47 @@ class terminal {
     std::string shown_;
 };
 
+// The shell over files, from its first prompt to its end by Ctrl-D, whatever stands in the line.
+class running_shell : public terminal {
+  public:
+    running_shell(const scratch_directory& directory, const arguments& words) : terminal(directory, BIFUN_PROGRAM_COMMAND, words) {
+        EXPECT_TRUE(prompts("bifun> "));
+    }
+    ~running_shell() {
+        type("\x03");
+        EXPECT_TRUE(shows("^C\n"));
+        EXPECT_TRUE(prompts("bifun> "));
+        type("\x04");
+        EXPECT_EQ(exit_status(), 0);
+    }
+    running_shell(const running_shell&) = delete;
+    running_shell& operator=(const running_shell&) = delete;
+};
+
+struct staff_directory : scratch_directory {
+    staff_directory() { write("staff.csv", "name,Hired On,salary\nAda,2019-03-31,10.5\nGrace,2016-02-29,\n"); }
+};
+
 TEST(Shell, QueriesErrorsAndCommands) {
-    const scratch_directory directory;
-    directory.write("staff.csv", staff);
-    terminal shell(directory, {"staff.csv"});
-    EXPECT_TRUE(shell.prompts("bifun> "));
+    const staff_directory directory;
+    running_shell shell(directory, {"staff.csv"});
     shell.type("SELECT name, ';' AS x -- ; no end\n");
     EXPECT_TRUE(shell.prompts("..> "));
     shell.type("FROM staff LIMIT 1; SELECT 6 + 1 AS\n");
     EXPECT_TRUE(shell.shows(" name | x\n------+---\n Ada  | ;\n"));
     EXPECT_TRUE(shell.prompts("..> "));
-    EXPECT_TRUE(shell.abandons_line()); // the second one
+    shell.type("\x03"); // the second one
+    EXPECT_TRUE(shell.shows("^C\nbifun> "));
     shell.type("SELECT nmae FROM staff;\n");
     EXPECT_TRUE(shell.shows("bifun: SQL, character 8, near nmae"));
     shell.type("\\d\n");
     EXPECT_TRUE(shell.shows("staff  staff.csv\n"));
-    shell.type("\\d STAFF\n");
-    EXPECT_TRUE(shell.shows("name        VARCHAR\n\"Hired On\"  DATE\nsalary      DECIMAL\n"));
+    shell.type("\\types\n\\types salary=INT\n\\types salary:DOUBLE\n\\d STAFF\n");
+    EXPECT_TRUE(shell.shows("No types are given"));
+    EXPECT_TRUE(shell.shows("bifun: \\types: \"salary=INT\" is not of the form name:TYPE\n"));
+    EXPECT_TRUE(shell.shows("name        VARCHAR\n\"Hired On\"  DATE\nsalary      DOUBLE\n"));
+    shell.type("\\types none\n\\d STAFF\n");
+    EXPECT_TRUE(shell.shows("salary      DECIMAL\n"));
     shell.type("\\h nvl\n");
     EXPECT_TRUE(shell.shows("Entry points"));
     shell.type("\\set charset=none\n");
@@ -153,15 +165,11 @@ TEST(Shell, QueriesErrorsAndCommands) {
     EXPECT_EQ(read_file(directory.path / "out.csv"), "a\n1\n");
     shell.type("\\nothing\n");
     EXPECT_TRUE(shell.shows("bifun: there is no command \\nothing; \\? lists what there is\n"));
-    shell.type("\\q\n");
-    EXPECT_EQ(shell.exit_status(), 0);
 }
 
 TEST(Shell, Completion) {
-    const scratch_directory directory;
-    directory.write("staff.csv", staff);
-    terminal shell(directory, {"staff.csv"});
-    EXPECT_TRUE(shell.prompts("bifun> "));
+    const staff_directory directory;
+    running_shell shell(directory, {"staff.csv"});
     shell.type("sel\t\"hi\t, sala\t, datedi\tDAY, \"H\t, DATE '2019-04-01') fr\t st\t;\n");
     EXPECT_TRUE(shell.shows("select \"Hired On\", salary, datediff(DAY, \"Hired On\", DATE '2019-04-01') from staff"));
     EXPECT_TRUE(shell.shows("10.5 "));
@@ -175,50 +183,62 @@ TEST(Shell, Completion) {
 
 TEST(Shell, HistoryIsKept) {
     const scratch_directory directory;
-    for (const char* const text : {"SELECT 11 AS first,\n22 AS second;\n", "SELECT 33 AS third;\n"}) {
-        terminal shell(directory, {});
-        EXPECT_TRUE(shell.prompts("bifun> "));
+    for (const char* const text : {"SELECT 11 AS first,\n22 AS second, 'ä' AS third;\n", "SELECT 33 AS fourth;\n"}) {
+        running_shell shell(directory, {});
         shell.type(text);
         EXPECT_TRUE(shell.shows("---"));
         EXPECT_TRUE(shell.prompts("bifun> "));
-        shell.type("\x04");
-        EXPECT_EQ(shell.exit_status(), 0);
     }
-    terminal shell(directory, {});
-    EXPECT_TRUE(shell.prompts("bifun> "));
+    running_shell shell(directory, {});
     shell.type("\x10\x10\n"); // up, twice
-    EXPECT_TRUE(shell.shows(" first | second\n"));
+    EXPECT_TRUE(shell.shows(" first | second | third\n"));
+    EXPECT_TRUE(shell.shows("| ä\n"));
     EXPECT_TRUE(shell.prompts("bifun> "));
     EXPECT_EQ(std::filesystem::status(directory.path / "state/bifun/history").permissions(),
               std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
 }
 
-// A pipe that never ends: the query is at it when Ctrl-C comes.
+// Pipes that never end: the query is at one of them when Ctrl-C comes, whether it has something to read or not.
 TEST(Shell, CtrlCEndsTheQueryAlone) {
     const scratch_directory directory;
-    const std::string pipe = (directory.path / "endless.csv").string();
-    ASSERT_EQ(std::system(joined({"mkfifo '", pipe, "' && { { echo x; yes 1; } >'", pipe, "' 2>/dev/null & }"}).c_str()), 0);
-    terminal shell(directory, {"--format", "csv", "endless.csv", "-"});
-    EXPECT_TRUE(shell.shows("and no table"));
-    terminal second(directory, {"--format", "csv", "endless.csv"});
-    EXPECT_TRUE(second.prompts("bifun> "));
-    second.type("SELECT x FROM endless;\n");
-    EXPECT_TRUE(second.shows("1\n1\n1\n"));
-    second.type("\x03");
-    EXPECT_TRUE(second.shows("bifun: interrupted\n"));
-    EXPECT_TRUE(second.prompts("bifun> "));
-    second.type("SELECT 42;\n");
-    EXPECT_TRUE(second.shows("\n42\n"));
-    EXPECT_TRUE(second.prompts("bifun> "));
-    second.type("\x04");
-    EXPECT_EQ(second.exit_status(), 0);
+    for (const char* const writer : {"yes 1", "sleep 30"}) {
+        const std::string name = joined({writer, ".csv"});
+        const std::string pipe = (directory.path / name).string();
+        // The writer is left with nothing of the test's own output, for which somebody may wait.
+        const std::string endless =
+            joined({"mkfifo '", pipe, "' && { sh -c '{ echo x; seq 9; exec ", writer, "; } >\"$0\"' '", pipe, "' >/dev/null 2>&1 & }"});
+        ASSERT_EQ(std::system(endless.c_str()), 0);
+        running_shell shell(directory, {"--format", "csv", "--types", "x:INT", "--batch-rows", "3", name});
+        shell.type(joined({"SELECT x AS digit FROM \"", writer, "\";\n"}));
+        usleep(100'000);
+        shell.type("\x03");
+        EXPECT_TRUE(shell.shows("bifun: interrupted\n"));
+        EXPECT_TRUE(shell.prompts("bifun> "));
+        shell.type("SELECT 42;\n");
+        EXPECT_TRUE(shell.shows("\n42\n"));
+        EXPECT_TRUE(shell.prompts("bifun> "));
+    }
+}
+
+// None comes between two reads of the line.
+TEST(Shell, CtrlCIsNeverLost) {
+    const scratch_directory directory;
+    running_shell shell(directory, {});
+    for (int i = 0; i < 200; ++i) {
+        shell.type(i % 2 == 0 ? "\x03" : "SELECT");
+        shell.type(i % 2 == 0 ? "" : "\x03");
+        EXPECT_TRUE(shell.shows("^C\n"));
+        EXPECT_TRUE(shell.shows("bifun> "));
+    }
 }
 
 TEST(Shell, BadFilesEndIt) {
     const scratch_directory directory;
-    terminal shell(directory, {"missing.csv"});
-    EXPECT_TRUE(shell.shows("bifun: missing.csv"));
-    EXPECT_EQ(shell.exit_status(), 1);
+    for (const auto& [file, message] : {std::pair("missing.csv", "bifun: missing.csv"), std::pair("-", "and no table")}) {
+        terminal shell(directory, BIFUN_PROGRAM_COMMAND, {file});
+        EXPECT_TRUE(shell.shows(message));
+        EXPECT_EQ(shell.exit_status(), 1);
+    }
 }
 
 // Each option of the help, as the other shells write it.
@@ -243,22 +263,68 @@ TEST(Completions, HaveAllOptions) {
     }
 }
 
+bool is_installed(const char* program) { return std::system(joined({"command -v ", program, " >/dev/null"}).c_str()) == 0; }
+
+// Puts the program under test, as the directory's bifun, before others of its name.
+const std::string path_of_program = "PATH=$PWD:$PATH";
+void write_program(const scratch_directory& directory) {
+    directory.write("bifun", "#!/bin/sh\nexec " BIFUN_PROGRAM_COMMAND " \"$@\"\n");
+    std::filesystem::permissions(directory.path / "bifun", std::filesystem::perms::owner_all);
+}
+
+std::string shell_output(const scratch_directory& directory, const std::string& command) {
+    write_program(directory);
+    EXPECT_EQ(std::system(joined({"cd '", directory.path.string(), "' && ", path_of_program, " ", command, " >out"}).c_str()), 0);
+    return read_file(directory.path / "out");
+}
+
 TEST(Completions, OfBash) {
-    const scratch_directory directory;
-    directory.write("staff.csv", staff);
-    directory.write("complete.sh", joined({"bifun() { ", BIFUN_PROGRAM_COMMAND, " \"$@\"; }; compopt() { :; }; . '", BIFUN_COMPLETIONS,
+    const staff_directory directory;
+    directory.write("complete.sh", joined({"compopt() { :; }; . '", BIFUN_COMPLETIONS,
                                            "/bifun'\nCOMP_WORDS=(bifun \"$@\") COMP_CWORD=$#; _bifun; echo \"${COMPREPLY[@]}\"\n"}));
-    const auto completed = [&](const std::string& words) {
-        const std::string command = joined({"cd '", directory.path.string(), "' && bash complete.sh ", words, " >out"});
-        EXPECT_EQ(std::system(command.c_str()), 0);
-        return read_file(directory.path / "out");
-    };
+    const auto completed = [&](const std::string& words) { return shell_output(directory, joined({"bash complete.sh ", words})); };
     EXPECT_EQ(completed("sta"), "staff.csv\n");
     EXPECT_EQ(completed("staff.csv --fo"), "--format\n");
     EXPECT_EQ(completed("--format js"), "json jsonl\n");
     EXPECT_EQ(completed("--set charset = gb"), "gb18030\n");
     EXPECT_EQ(completed("functions nv"), "NVL\n");
     EXPECT_EQ(completed("des"), "describe\n");
+}
+
+TEST(Completions, OfFish) {
+    if (!is_installed("fish")) {
+        GTEST_SKIP() << "fish is not installed";
+    }
+    const staff_directory directory;
+    const auto completed = [&](const std::string& words) {
+        return shell_output(directory, joined({"HOME=. fish --no-config -c \"source '", BIFUN_COMPLETIONS,
+                                               "/bifun.fish'; complete -C 'bifun ", words, "'\" | cut -f1"}));
+    };
+    EXPECT_EQ(completed("sta"), "staff.csv\n");
+    EXPECT_EQ(completed("staff.csv --fo"), "--format\n");
+    EXPECT_EQ(completed("--format js"), "json\njsonl\n");
+    EXPECT_EQ(completed("--set charset=gb"), "charset=gb18030\n");
+    EXPECT_EQ(completed("functions nv"), "NVL\n");
+    EXPECT_EQ(completed("des"), "describe\n");
+}
+
+TEST(Completions, OfZsh) {
+    if (!is_installed("zsh")) {
+        GTEST_SKIP() << "zsh is not installed";
+    }
+    const staff_directory directory;
+    write_program(directory);
+    directory.write(".zshrc", joined({path_of_program, "\nfpath=('", BIFUN_COMPLETIONS, "' $fpath)\nautoload -U compinit\ncompinit -u -D\n",
+                                      "PS1='zsh> '\n"}));
+    for (const auto& [typed, completed] :
+         {std::pair("bifun sta\t", "bifun staff.csv "), std::pair("bifun staff.csv --fo\t", "--format "),
+          std::pair("bifun --format ma\t", "markdown "), std::pair("bifun --set charset=gb\t", "charset=gb18030 "),
+          std::pair("bifun functions nv\t", "NVL "), std::pair("bifun des\t", "describe ")}) {
+        terminal shell(directory, "zsh", {"-d"});
+        EXPECT_TRUE(shell.prompts("zsh> "));
+        shell.type(typed);
+        EXPECT_TRUE(shell.shows(completed));
+    }
 }
 
 } // namespace
