@@ -416,12 +416,14 @@ std::span<const bench_case> bench_cases() {
          "x",
          "bjson_value_int64_avv_str",
          {column("doc"), constant("$.id"), constant("RETURNING BIGINT")}},
+        // ClickHouse writes an apostrophe with a backslash.
         {"json_query(doc, '$.address')",
          "json_extract(doc, '$.address')::VARCHAR",
          "JSONExtractRaw(doc, 'address')",
          "s",
          "bjson_query_av_str",
-         {column("doc"), constant("$.address")}},
+         {column("doc"), constant("$.address")},
+         compared::duckdb},
     };
     return cases;
 }

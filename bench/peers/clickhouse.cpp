@@ -95,7 +95,11 @@ void put_value(std::string& bytes, const loaded_column& column, std::uint32_t ro
     }
     if (from.type == value_type::VARCHAR) {
         const std::string value = text_with_blanks(zqengine::values_of<bifun_string>(from)[row]);
-        put(bytes, static_cast<std::uint8_t>(value.size()));
+        std::size_t length = value.size();
+        for (; length >= 0x80; length >>= 7) {
+            put(bytes, static_cast<std::uint8_t>(length | 0x80));
+        }
+        put(bytes, static_cast<std::uint8_t>(length));
         bytes += value;
     } else if (is_date(*column.definition)) {
         put(bytes, unix_days(zqengine::values_of<zqtime>(from)[row]));

@@ -20,7 +20,8 @@ bool is_digit(char character) { return character >= '0' && character <= '9'; }
 
 // ---- the second pass ---------------------------------------------------------------------------------------------
 
-enum class expected : std::uint8_t { value, value_or_end, key, key_or_end, colon, comma_or_end, nothing };
+// Colons and commas are read together with what stands before them.
+enum class expected : std::uint8_t { value, value_or_end, key, key_or_end, end, nothing };
 
 struct open_value {
     std::uint32_t node;
@@ -30,6 +31,7 @@ struct open_value {
 struct second_pass {
     const char* text;
     std::uint32_t length;
+    bool has_backslash; // somewhere: most texts have none, and no string is searched then
     json_node* nodes;
     std::uint32_t node_count;
     std::uint32_t depth;
@@ -43,7 +45,7 @@ bool add_string(second_pass& pass, std::uint32_t at, std::uint32_t next) {
         --end;
     }
     const std::string_view characters(pass.text + at + 1, end - at - 1);
-    const bool has_escapes = characters.find('\\') != characters.npos;
+    const bool has_escapes = pass.has_backslash && characters.find('\\') != characters.npos;
     pass.nodes[pass.node_count] = {
         .begin = at + 1, .end = end, .next = pass.node_count + 1, .kind = JSON_STRING, .has_escapes = has_escapes};
     ++pass.node_count;
@@ -91,8 +93,19 @@ bool add_scalar(second_pass& pass, std::uint32_t at) {
 
 std::int32_t read_structure(second_pass& pass, const std::uint32_t* places, std::uint32_t place_count) {
     expected expects = expected::value;
-    const auto behind_value = [&] { return pass.depth == 0 ? expected::nothing : expected::comma_or_end; };
-    for (std::uint32_t i = 0; i < place_count; ++i) {
+    std::uint32_t i = 0;
+    const auto take_next = [&](char character) {
+        const bool is_next = i + 1 < place_count && pass.text[places[i + 1]] == character;
+        i += is_next ? 1 : 0;
+        return is_next;
+    };
+    const auto behind_value = [&] {
+        if (pass.depth == 0) {
+            return expected::nothing;
+        }
+        return !take_next(',') ? expected::end : pass.open[pass.depth - 1].is_object ? expected::key : expected::value;
+    };
+    for (; i < place_count; ++i) {
         const std::uint32_t at = places[i];
         const char character = pass.text[at];
         const bool expects_value = expects == expected::value || expects == expected::value_or_end;
@@ -115,7 +128,7 @@ std::int32_t read_structure(second_pass& pass, const std::uint32_t* places, std:
             break;
         case '}':
         case ']': {
-            const bool may_end = expects == expected::comma_or_end || expects == expected::key_or_end || expects == expected::value_or_end;
+            const bool may_end = expects == expected::end || expects == expected::key_or_end || expects == expected::value_or_end;
             if (!may_end || pass.open[pass.depth - 1].is_object != (character == '}')) {
                 return JSON_INVALID_TEXT;
             }
@@ -125,24 +138,15 @@ std::int32_t read_structure(second_pass& pass, const std::uint32_t* places, std:
             expects = behind_value();
             break;
         }
-        case ':':
-            if (expects != expected::colon) {
-                return JSON_INVALID_TEXT;
-            }
-            expects = expected::value;
-            break;
-        case ',':
-            if (expects != expected::comma_or_end) {
-                return JSON_INVALID_TEXT;
-            }
-            expects = pass.open[pass.depth - 1].is_object ? expected::key : expected::value;
-            break;
         case '"': {
             const bool is_key = expects == expected::key || expects == expected::key_or_end;
             if ((!is_key && !expects_value) || !add_string(pass, at, i + 1 < place_count ? places[i + 1] : pass.length)) {
                 return JSON_INVALID_TEXT;
             }
-            expects = is_key ? expected::colon : behind_value();
+            if (is_key && !take_next(':')) {
+                return JSON_INVALID_TEXT;
+            }
+            expects = is_key ? expected::value : behind_value();
             break;
         }
         default:
@@ -214,6 +218,7 @@ std::int32_t parse_document(const std::uint8_t* text, std::uint32_t length, json
     second_pass pass; // not cleared: most of it is not used
     pass.text = reinterpret_cast<const char*>(text);
     pass.length = length;
+    pass.has_backslash = std::memchr(text, '\\', length) != nullptr;
     pass.nodes = document.nodes.first;
     pass.node_count = 0;
     pass.depth = 0;

@@ -43,19 +43,33 @@ char* make_room(json_reader& reader, std::size_t size) {
 
 bool is_space(char character) { return character == ' ' || character == '\n' || character == '\t' || character == '\r'; }
 
+// The place of the quote that ends the string which begins there. A quote is escaped by an odd number of backslashes.
+std::size_t end_of_string(std::string_view text, std::size_t begin) {
+    std::size_t end = text.find('"', begin + 1);
+    while (true) {
+        std::size_t first = end;
+        while (text[first - 1] == '\\') {
+            --first;
+        }
+        if ((end - first) % 2 == 0) {
+            return end;
+        }
+        end = text.find('"', end + 1);
+    }
+}
+
 // Copies JSON without the white space between its strings and scalars.
 char* write_compact(std::string_view text, char* out) {
-    bool in_string = false;
     for (std::size_t i = 0; i < text.size(); ++i) {
-        const char character = text[i];
-        if (in_string && character == '\\') {
-            *out++ = character;
-            *out++ = text[++i];
+        if (text[i] != '"') {
+            *out = text[i];
+            out += is_space(text[i]) ? 0 : 1;
             continue;
         }
-        in_string = in_string != (character == '"');
-        *out = character;
-        out += in_string || !is_space(character) ? 1 : 0;
+        const std::size_t end = end_of_string(text, i);
+        std::memcpy(out, text.data() + i, end + 1 - i);
+        out += end + 1 - i;
+        i = end;
     }
     return out;
 }
