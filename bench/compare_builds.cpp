@@ -43,7 +43,7 @@ struct comparison {
     const call_path* path;
     function_pair functions;
     paired_times times{};
-    change found{};
+    time_change found{};
     std::string difference{}; // of the results
 };
 
@@ -113,10 +113,10 @@ selected_cases select_cases(const options& options, void* before, void* after) {
     return selected;
 }
 
-bool is_slower(const change& change) { return change.least > 1 && change.ratio > 1 + least_change; }
-bool is_faster(const change& change) { return change.greatest < 1 && change.ratio < 1 / (1 + least_change); }
+bool is_slower(const time_change& measured) { return measured.least > 1 && measured.ratio > 1 + least_change; }
+bool is_faster(const time_change& measured) { return measured.greatest < 1 && measured.ratio < 1 / (1 + least_change); }
 
-const char* verdict(const change& change) { return is_slower(change) ? "slower" : is_faster(change) ? "faster" : ""; }
+const char* verdict(const time_change& measured) { return is_slower(measured) ? "slower" : is_faster(measured) ? "faster" : ""; }
 
 void print_head() { std::printf("%-50s %8s %8s %9s  %-14s\n", "", "OLD", "NEW", "NEW / OLD", "99.9 % sure"); }
 
@@ -158,7 +158,7 @@ std::vector<const comparison*> measure_changed(std::vector<comparison>& cases, c
         paired_times second;
         add_rounds(second, *prepare_call(*comparison->entry, *comparison->path, options.rows_per_call), comparison->functions,
                    seconds_each);
-        const change again = change_of(second);
+        const time_change again = change_of(second);
         const bool confirmed = is_slower(comparison->found) ? is_slower(again) : is_faster(again);
         std::ranges::copy(second.before, std::back_inserter(comparison->times.before));
         std::ranges::copy(second.after, std::back_inserter(comparison->times.after));
@@ -170,7 +170,7 @@ std::vector<const comparison*> measure_changed(std::vector<comparison>& cases, c
     return changed;
 }
 
-void print_changed(const char* title, std::vector<const comparison*> changed, bool (*belongs)(const change&)) {
+void print_changed(const char* title, std::vector<const comparison*> changed, bool (*belongs)(const time_change&)) {
     std::erase_if(changed, [&](const comparison* comparison) { return !belongs(comparison->found); });
     std::ranges::sort(changed, std::ranges::greater(),
                       [](const comparison* comparison) { return std::fabs(std::log(comparison->found.ratio)); });

@@ -78,7 +78,7 @@ void add_rounds(paired_times& times, prepared_call& call, const function_pair& f
     }
 }
 
-change change_of(const paired_times& times) {
+time_change change_of(const paired_times& times) {
     std::vector<double> ratios(times.before.size());
     std::ranges::transform(times.after, times.before, ratios.begin(), std::divides<>());
     std::ranges::sort(ratios);

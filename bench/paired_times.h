@@ -29,14 +29,14 @@ void add_rounds(paired_times& times, prepared_call& call, const function_pair& f
 
 // `ratio` is the median of after / before over the rounds, and `least` and `greatest` bound the interval that holds the true median with a
 // probability of 99.9 %, by the order of the rounds' ratios alone.
-struct change {
+struct time_change {
     double before; // medians, in nanoseconds per row
     double after;
     double ratio;
     double least;
     double greatest;
 };
-change change_of(const paired_times& times);
+time_change change_of(const paired_times& times);
 
 } // namespace bifun::bench
 

@@ -96,6 +96,10 @@ void zqengine_column_destroy(bifun_column* column);
  * are used again. A selection stays. */
 void zqengine_column_clear(bifun_column* column);
 
+/* Makes the column ready to be the result of a call of so many rows, with what a call needs of that: bytes of strings are used again, the
+ * first `row_count` strings are empty, and the status is forgotten; else flags and values are as they were, until the call writes them. */
+void zqengine_column_prepare(bifun_column* column, uint32_t row_count);
+
 int32_t zqengine_column_type(const bifun_column* column);
 uint32_t zqengine_column_capacity(const bifun_column* column);
 

@@ -130,6 +130,16 @@ inline constexpr result_fact result_facts[] = {
 #include "bop/exports.def"
 };
 
+inline constexpr change_fact change_facts[] = {
+#define CHANGES(names, when) {names, change::when},
+#include "bop/exports.def"
+};
+
+inline constexpr std::string_view argument_writers[] = {
+#define WRITES_ARGUMENTS(names) names,
+#include "bop/exports.def"
+};
+
 inline constexpr spelling spellings[] = {
 #define SPELLING(name, ...) {.builtin = name, __VA_ARGS__},
 #include "bop/exports.def"
@@ -179,6 +189,27 @@ constexpr std::optional<datetime_kinds> result_kind_of(const entry_point& entry)
         }
     }
     return std::nullopt;
+}
+
+constexpr change change_of(const entry_point& entry) {
+    for (const std::string_view name : {std::string_view(entry.symbol), entry.builtin}) {
+        for (const change_fact& fact : detail::change_facts) {
+            if (has_word(fact.names, name)) {
+                return fact.when;
+            }
+        }
+    }
+    return change::never;
+}
+
+// No other thread may read the bytes of the string arguments during a call.
+constexpr bool writes_arguments(const entry_point& entry) {
+    for (const std::string_view names : detail::argument_writers) {
+        if (has_word(names, entry.builtin) || has_word(names, entry.symbol)) {
+            return true;
+        }
+    }
+    return false;
 }
 
 inline constexpr argument_fact usual_argument{};

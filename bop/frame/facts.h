@@ -105,6 +105,18 @@ struct result_fact {
     datetime_kinds kind;
 };
 
+// How long the results of calls with the same arguments stay the same.
+enum class change : std::uint8_t {
+    never,       // the usual
+    per_session, // the session's zone and formats decide, too, or the current time
+    every_call,
+};
+
+struct change_fact {
+    std::string_view names;
+    change when;
+};
+
 // A call as a parser of SQL's own syntax may report it: its name for the call, and the built-in's arguments made from the call's. `$1` is
 // the first of these, 'x' a literal, another word a keyword. Arguments that are not named stand behind, as they are.
 struct parsed_call {

@@ -113,6 +113,17 @@ void zqengine_column_clear(bifun_column* column) {
     column->no_nulls = 0;
 }
 
+void zqengine_column_prepare(bifun_column* column, uint32_t row_count) {
+    check_column(column->data, __func__);
+    column_storage& storage = storage_of(column->data);
+    zqengine::clear_column(storage);
+    if (bifun::is_string(storage.type)) {
+        std::memset(storage.data.values, 0, sizeof(bifun_string) * row_count);
+    }
+    // A function may clear this flag only, and leave it otherwise.
+    column->no_nulls = 1;
+}
+
 int32_t zqengine_column_type(const bifun_column* column) {
     check_column(column->data, __func__);
     return static_cast<int32_t>(storage_of(column->data).type);

@@ -4,11 +4,11 @@
 #include <algorithm>
 #include <map>
 
+#include "adapters/binding/datetime_call.h"
+#include "adapters/binding/member_choice.h"
 #include "engine/number_check.h"
 #include "host/binding/binder.h"
-#include "host/binding/datetime_call.h"
 #include "host/binding/literal.h"
-#include "host/binding/member_choice.h"
 #include "host/near_names.h"
 #include "host/program_error.h"
 #include "host/sql/builtins.h"
@@ -114,21 +114,13 @@ const bifun::builtin& builtin_named(const binder& state, const expression& tree)
 
 // A value that has not the field which stands first, or none at all.
 [[noreturn]] void refuse_field(const binder& state, const expression& tree, std::string_view builtin,
-                               std::vector<offered_argument> offered) {
-    std::vector<std::string> names;
-    for (const auto& [code, name] : names_of(keywords_of(builtin).list)) {
-        offered.front().keyword = code;
-        if (choose_member(builtin, offered) != nullptr) {
-            names.push_back(name);
-        }
-    }
-    const std::string_view type = sql_type_name(offered.back().type);
-    if (names.empty()) {
+                               const std::vector<offered_argument>& offered) {
+    const std::string refusal = field_refusal(builtin, expression_text(tree.operands.front()), offered);
+    if (refusal.empty()) {
         fail_at(state.sql, tree.operands.back().offset,
-                fmt::format("{} takes dates, times, timestamps, intervals and text, not {}", builtin, type));
+                fmt::format("{} takes dates, times, timestamps, intervals and text, not {}", builtin, sql_type_name(offered.back().type)));
     }
-    fail_at(state.sql, tree.operands.front().offset,
-            fmt::format("{} has no field {}; it has {}", type, expression_text(tree.operands.front()), fmt::join(names, ", ")));
+    fail_at(state.sql, tree.operands.front().offset, refusal);
 }
 
 // May add the argument that is omitted, and moves the name of a field to where the member takes it.
@@ -224,45 +216,27 @@ void check_word(const binder& state, const bifun::entry_point& member, std::size
     }
 }
 
-// How many of a field are a day; 0 where it is no time.
-std::int64_t count_per_day(std::int32_t field) {
-    switch (field) {
-    case ZQTIME_HOUR:
-        return 24;
-    case ZQTIME_MINUTE:
-        return 24 * 60;
-    case ZQTIME_SECOND:
-        return 24 * 60 * 60;
-    case ZQTIME_SUBSECOND:
-        return 24 * 60 * 60 * 1000;
-    default:
-        return 0;
-    }
-}
-
 // A time that is moved by a field goes round the clock: whole days among the amount do not count, however many.
 void leave_out_whole_days(binder& state, const expression& tree, std::string_view builtin, std::vector<operand>& arguments) {
-    const bool moves = std::ranges::any_of(bifun::entry_points, [&](const bifun::entry_point& member) {
-        return member.builtin == builtin && member.argument_count == 3 && bifun::fact_of(member, 0).adds_time;
-    });
-    if (!moves || arguments.size() != 3 || !arguments[0].keyword || count_per_day(*arguments[0].keyword) == 0) {
+    if (arguments.size() != 3 || !arguments[0].keyword) {
         return;
     }
     const operand& moved = arguments[2];
     const std::optional<sql_type> type =
         moved.literal != nullptr && moved.type == sql_type::varchar ? datetime_type_of(*moved.literal) : moved.type;
     const bool is_whole = arguments[1].type == sql_type::integer || arguments[1].type == sql_type::bigint;
-    if (!type || !is_datetime(*type) || has_date(*type) || !is_whole) {
+    const std::optional<std::int64_t> per_day =
+        type && is_whole ? count_round_the_clock(builtin, *arguments[0].keyword, *type) : std::optional<std::int64_t>();
+    if (!per_day) {
         return;
     }
-    const std::int64_t per_day = count_per_day(*arguments[0].keyword);
     if (arguments[1].literal != nullptr) {
         const constant amount = make_constant(*arguments[1].literal, value_type::BIGINT, state.settings, state.sql);
-        arguments[1] = add_literal(state, literal_kind::number, std::to_string(amount.as_bigint.value % per_day), arguments[1].offset);
+        arguments[1] = add_literal(state, literal_kind::number, std::to_string(amount.as_bigint.value % *per_day), arguments[1].offset);
         return;
     }
     arguments[1] = bind_call(state, tree.operands[1], "MOD",
-                             {arguments[1], add_literal(state, literal_kind::number, std::to_string(per_day), arguments[1].offset)});
+                             {arguments[1], add_literal(state, literal_kind::number, std::to_string(*per_day), arguments[1].offset)});
 }
 
 // Whether a number is written under a format that shows all of its digits, however small it is.

@@ -3,10 +3,9 @@
 
 #include "host/evaluation/execution_parts.h" // before the frame's argument readers, which have names of the catalogue
 
-#include <algorithm>
-#include <array>
 #include <cmath>
 
+#include "adapters/binding/invocation.h"
 #include "bop/frame/arguments.h"
 #include "bop/frame/status.h"
 #include "embedded/zqengine.h"
@@ -20,37 +19,32 @@
 namespace host {
 namespace {
 
+using binding::failed_call;
+using binding::invocation;
+
 using bifun::value_type;
 
-// Calls the step's entry point for `row_count` rows. `columns` are the arguments that are columns, in place of the operands' own.
-std::int32_t call_entry(execution& run, step& call, const std::array<const bifun_column*, bifun::most_arguments>& columns,
-                        std::uint32_t row_count) {
-    std::array<const void*, bifun::most_arguments> arguments{};
+// The call of a step, its columns as they are in view.
+invocation invocation_of(execution& run, step& call) {
+    invocation made{call.entry, call.function, &run.environment, run.memory.get(), {}, {}, &call.result->column};
     for (std::size_t i = 0; i < call.operands.size(); ++i) {
-        const bool is_constant = call.entry->arguments()[i].kind == bifun::argument_kind::constant;
-        arguments[i] = is_constant ? static_cast<const void*>(&run.query.steps[call.operands[i]].value.as_int) : columns[i];
+        if (call.entry->arguments()[i].kind == bifun::argument_kind::column) {
+            made.columns[i] = &column_of(run, call.operands[i]);
+        } else {
+            made.constants[i] = &run.query.steps[call.operands[i]].value.as_int;
+        }
     }
-    zqengine::clear_column(*call.result);
-    // LTRIM leaves some rows as they are, whose bytes have just gone: they are empty texts.
-    if (bifun::is_string(call.entry->result)) {
-        std::fill_n(static_cast<bifun_string*>(call.result->column.data->values), row_count, bifun_string{});
-    }
-    // The IF operator only ever clears this flag; all other functions set it.
-    call.result->column.no_nulls = 1;
-    const std::int32_t status =
-        call.entry->invoke(call.function, &run.environment, run.memory.get(), arguments.data(), &call.result->column, row_count);
-    return status != 0 ? status : call.result->status;
+    return made;
 }
 
 // Why the text of a row cannot be read as a date; empty where the call does not read text under a format or as a date. What is wrong with a
 // format of the session does not show before a row is read by it.
-std::string explain_unread_text(execution& run, const step& call, const std::array<const bifun_column*, bifun::most_arguments>& row,
-                                std::int32_t row_status) {
+std::string explain_unread_text(execution& run, const step& call, const bifun_column* texts, std::uint32_t row, std::int32_t row_status) {
     const bifun::entry_point& entry = *call.entry;
-    if (entry.result != value_type::DATETIME || row[0] == nullptr || entry.arguments()[0].type != value_type::VARCHAR) {
+    if (entry.result != value_type::DATETIME || texts == nullptr || entry.arguments()[0].type != value_type::VARCHAR) {
         return "";
     }
-    const auto& text = static_cast<const bifun_string*>(row[0]->data->values)[*row[0]->selection];
+    const auto& text = static_cast<const bifun_string*>(texts->data->values)[texts->selection == nullptr ? row : texts->selection[row]];
     const std::string_view characters(reinterpret_cast<const char*>(text.data), text.length);
     dfm_model parsed;
     const dfm_model* model = entry.builtin == "TO_DATE"        ? sess4_get_date_format(&run.environment)
@@ -76,37 +70,15 @@ std::string explain_unread_text(execution& run, const step& call, const std::arr
                             : fmt::format("\"{}\" is none; {}", characters, explain_default_mismatch());
 }
 
-// A failed call says what went wrong but not where. Calling again with no rows tells a bad constant; calling again row by row, each
-// alone through a selection vector of one entry, tells the row.
-[[noreturn]] void fail_in_call(execution& run, step& call, const std::array<const bifun_column*, bifun::most_arguments>& columns,
-                               std::int32_t status, std::uint32_t row_count) {
-    const auto message = [&](std::int32_t code) {
-        return fmt::format("{}: {} {}", call.entry->builtin, code, zqengine_status_meaning(code));
-    };
-    const std::int32_t constant_status = call_entry(run, call, columns, 0);
-    if (constant_status != 0) {
-        throw program_error(message(constant_status));
+[[noreturn]] void fail_in_call(execution& run, const step& call, const invocation& made, std::int32_t status, std::uint32_t row_count) {
+    const failed_call failed = find_failure(made, status, row_count);
+    const std::string message = fmt::format("{}: {} {}", call.entry->builtin, failed.status, zqengine_status_meaning(failed.status));
+    if (!failed.row) {
+        throw program_error(message);
     }
-    for (std::uint32_t row = 0; row < row_count; ++row) {
-        std::array<bifun_column, bifun::most_arguments> single{};
-        std::array<std::uint16_t, bifun::most_arguments> entries{};
-        std::array<const bifun_column*, bifun::most_arguments> shown{};
-        for (std::size_t i = 0; i < columns.size(); ++i) {
-            if (columns[i] != nullptr) {
-                entries[i] = columns[i]->selection == nullptr ? static_cast<std::uint16_t>(row) : columns[i]->selection[row];
-                single[i] = *columns[i];
-                single[i].selection = &entries[i];
-                shown[i] = &single[i];
-            }
-        }
-        const std::int32_t row_status = call_entry(run, call, shown, 1);
-        if (row_status != 0) {
-            const bool is_of_text = row_status == BIFUN_INVALID_DATETIME || row_status == BIFUN_INVALID_DATE_FORMAT;
-            const std::string reason = is_of_text ? explain_unread_text(run, call, shown, row_status) : "";
-            fail("{} in row {}{}{}", message(row_status), row_in_file(run, row), reason.empty() ? "" : ": ", reason);
-        }
-    }
-    throw program_error(message(status)); // memory ran out for the batch as a whole
+    const bool is_of_text = failed.status == BIFUN_INVALID_DATETIME || failed.status == BIFUN_INVALID_DATE_FORMAT;
+    const std::string reason = is_of_text ? explain_unread_text(run, call, made.columns[0], *failed.row, failed.status) : "";
+    fail("{} in row {}{}{}", message, row_in_file(run, *failed.row), reason.empty() ? "" : ": ", reason);
 }
 
 // Results of functions end in blanks that are stored or counted, literals and fields in counted ones. Functions tell the two apart, people
@@ -141,18 +113,13 @@ void check_digits(const execution& run, const step& call, const bifun_column& nu
 } // namespace
 
 void evaluate_call(execution& run, step& call, std::uint32_t row_count) {
-    std::array<const bifun_column*, bifun::most_arguments> columns{};
-    for (std::size_t i = 0; i < call.operands.size(); ++i) {
-        if (call.entry->arguments()[i].kind == bifun::argument_kind::column) {
-            columns[i] = &column_of(run, call.operands[i]);
-        }
-    }
+    const invocation made = invocation_of(run, call);
     if (call.shows_all_digits) {
-        check_digits(run, call, *columns[0], row_count);
+        check_digits(run, call, *made.columns[0], row_count);
     }
-    const std::int32_t status = call_entry(run, call, columns, row_count);
+    const std::int32_t status = invoke(made, row_count);
     if (status != 0) {
-        fail_in_call(run, call, columns, status, row_count);
+        fail_in_call(run, call, made, status, row_count);
     }
     if (call.type == sql_type::boolean) {
         normalise_condition(call.result->column, row_count);

@@ -68,19 +68,4 @@ std::string unknown_function(std::string_view name) {
     return fmt::format("there is no function {}{}", name, hint.empty() ? "; \"bifun functions\" lists what there is" : hint);
 }
 
-keyword_use keywords_of(std::string_view builtin) {
-    keyword_use found;
-    for (const bifun::entry_point& member : bifun::entry_points) {
-        for (std::size_t i = 0; member.builtin == builtin && i < member.argument_count; ++i) {
-            const bifun::argument_fact& fact = bifun::fact_of(member, i);
-            if (fact.keywords.role != bifun::keyword_role::none) {
-                found.list = fact.keywords;
-                found.chooses_member |= fact.fields != 0;
-                found.name_position = member.arguments()[i].type == bifun::value_type::VARCHAR ? i : found.name_position;
-            }
-        }
-    }
-    return found;
-}
-
 } // namespace host

@@ -35,13 +35,23 @@ std::string image_of(const call_argument& argument, std::uint32_t row_count) {
     }
     const zqengine::column_storage& column = *argument.column;
     const std::size_t width = bifun::value_width(column.type);
-    append(image, argument.selection.data(), argument.selection.size_bytes());
-    for (std::uint32_t k = 0; k < row_count; ++k) {
-        const std::uint32_t row = argument.first_row + (argument.selection.empty() ? k : argument.selection[k]);
-        append(image, column.data.null_flags + row, 1);
-        append(image, zqengine::values_of<std::uint8_t>(column) + row * width, width);
-        if (bifun::is_string(column.type) && column.data.null_flags[row] != 0) {
-            const bifun_string& value = zqengine::values_of<bifun_string>(column)[row];
+    const std::uint8_t* const flags = column.data.null_flags + argument.first_row;
+    const std::uint8_t* const values = zqengine::values_of<std::uint8_t>(column) + argument.first_row * width;
+    if (argument.selection.empty()) {
+        append(image, flags, row_count);
+        append(image, values, row_count * width);
+    } else {
+        append(image, argument.selection.data(), argument.selection.size_bytes());
+        for (std::uint32_t k = 0; k < row_count; ++k) {
+            append(image, flags + argument.selection[k], 1);
+            append(image, values + argument.selection[k] * width, width);
+        }
+    }
+    for (std::uint32_t k = 0; bifun::is_string(column.type) && k < row_count; ++k) {
+        const std::uint32_t row = argument.selection.empty() ? k : argument.selection[k];
+        if (flags[row] != 0) {
+            bifun_string value;
+            std::memcpy(&value, values + row * width, sizeof value);
             append(image, value.data, value.length);
         }
     }

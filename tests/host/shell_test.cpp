@@ -34,13 +34,13 @@ class terminal {
             setenv("HOME", directory.path.c_str(), 1);
             setenv("TERM", "dumb", 1);
             setenv("ASAN_OPTIONS", "detect_leaks=0", 1); // el_end of libedit forgets two strings
-            std::vector<char*> list = {const_cast<char*>(BIFUN_PROGRAM_PATH)};
+            std::vector<const char*> list = {"sh", "-c", "exec " BIFUN_PROGRAM_COMMAND " \"$@\"", "sh"};
             for (const std::string& word : words) {
-                list.push_back(const_cast<char*>(word.c_str()));
+                list.push_back(word.c_str());
             }
             list.push_back(nullptr);
             if (chdir(directory.path.c_str()) == 0) {
-                execv(list[0], list.data());
+                execv("/bin/sh", const_cast<char* const*>(list.data()));
             }
             _exit(127);
         }
@@ -246,7 +246,7 @@ TEST(Completions, HaveAllOptions) {
 TEST(Completions, OfBash) {
     const scratch_directory directory;
     directory.write("staff.csv", staff);
-    directory.write("complete.sh", joined({"PATH=$(dirname '", BIFUN_PROGRAM_PATH, "'):$PATH; compopt() { :; }; . '", BIFUN_COMPLETIONS,
+    directory.write("complete.sh", joined({"bifun() { ", BIFUN_PROGRAM_COMMAND, " \"$@\"; }; compopt() { :; }; . '", BIFUN_COMPLETIONS,
                                            "/bifun'\nCOMP_WORDS=(bifun \"$@\") COMP_CWORD=$#; _bifun; echo \"${COMPREPLY[@]}\"\n"}));
     const auto completed = [&](const std::string& words) {
         const std::string command = joined({"cd '", directory.path.string(), "' && bash complete.sh ", words, " >out"});

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Which entry point of a built-in takes the arguments of a call.
-#ifndef BIFUN_HOST_BINDING_MEMBER_CHOICE_H
-#define BIFUN_HOST_BINDING_MEMBER_CHOICE_H
+#ifndef BIFUN_ADAPTERS_BINDING_MEMBER_CHOICE_H
+#define BIFUN_ADAPTERS_BINDING_MEMBER_CHOICE_H
 
 #include <cstdint>
 #include <optional>
@@ -9,10 +9,10 @@
 #include <string>
 #include <string_view>
 
+#include "adapters/binding/sql_type.h"
 #include "bop/frame/catalogue.h"
-#include "host/values/sql_type.h"
 
-namespace host {
+namespace binding {
 
 // An argument as far as the choice depends on it.
 struct offered_argument {
@@ -38,9 +38,13 @@ bool takes_argument_count(std::string_view builtin, std::size_t count);
 // literal.
 std::string signatures(std::string_view builtin, std::size_t argument_count);
 
+// Where no member takes the arguments for the field that is one of them, but members would for others: "TIME has no field DAY; it has ...".
+// Empty where the field is not to blame.
+std::string field_refusal(std::string_view builtin, std::string_view field, std::span<const offered_argument> arguments);
+
 // What to do instead where no member takes the arguments: "; use ..."; may be empty.
 std::string advice_for(std::string_view builtin, std::span<const offered_argument> arguments);
 
-} // namespace host
+} // namespace binding
 
 #endif

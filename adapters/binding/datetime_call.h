@@ -1,18 +1,20 @@
 // SPDX-License-Identifier: Apache-2.0
 // Which datetimes a call takes, and which it gives: DATE, TIME and TIMESTAMP share one type in the entry points' arguments.
-#ifndef BIFUN_HOST_BINDING_DATETIME_CALL_H
-#define BIFUN_HOST_BINDING_DATETIME_CALL_H
+#ifndef BIFUN_ADAPTERS_BINDING_DATETIME_CALL_H
+#define BIFUN_ADAPTERS_BINDING_DATETIME_CALL_H
 
 #include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <span>
 #include <string>
+#include <string_view>
 
+#include "adapters/binding/member_choice.h"
+#include "adapters/binding/sql_type.h"
 #include "bop/frame/catalogue.h"
-#include "host/binding/member_choice.h"
-#include "host/values/sql_type.h"
 
-namespace host {
+namespace binding {
 
 // An argument that the member takes as a datetime. A text has the type that it can be read as.
 struct datetime_argument {
@@ -32,6 +34,10 @@ std::optional<datetime_refusal> find_datetime_refusal(const bifun::entry_point& 
 sql_type datetime_result(const bifun::entry_point& member, std::span<const offered_argument> arguments,
                          std::span<const datetime_argument> datetimes);
 
-} // namespace host
+// How many of a field are a day, where calls of the built-in move a datetime of this type by a number of the field and the type is a time:
+// it goes round the clock, and whole days among the number do not count, however many. Else nothing.
+std::optional<std::int64_t> count_round_the_clock(std::string_view builtin, std::int32_t field, sql_type moved);
+
+} // namespace binding
 
 #endif

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "host/binding/member_choice.h"
+#include "adapters/binding/member_choice.h"
 
 #include <algorithm>
 #include <compare>
@@ -7,22 +7,22 @@
 
 #include <fmt/format.h>
 
-#include "host/sql/builtins.h"
+#include "adapters/binding/keyword_use.h"
+#include "adapters/binding/known_fact.h"
 
-namespace host {
+namespace binding {
 namespace {
 
 using bifun::argument_fact;
 using bifun::argument_kind;
 using bifun::entry_point;
-using bifun::fact_of;
 using bifun::value_type;
 
 using parameters = std::span<const bifun::argument>;
 
 // The parameters of a call with so many arguments that the member serves, by itself or with what stands for its last one.
 std::optional<parameters> parameters_of_call(const entry_point& member, std::size_t argument_count) {
-    const bool completed = member.argument_count == argument_count + 1 && !fact_of(member, argument_count).if_omitted.empty();
+    const bool completed = member.argument_count == argument_count + 1 && !known_fact(member, argument_count).if_omitted.empty();
     return completed || member.argument_count == argument_count ? std::optional(member.arguments().first(argument_count)) : std::nullopt;
 }
 
@@ -56,7 +56,7 @@ std::optional<fit> fit_of(const entry_point& member, std::span<const offered_arg
     const bool by_field = keywords_of(member.builtin).chooses_member;
     for (std::size_t i = 0; i < offered.size(); ++i) {
         const auto [kind, type] = member.arguments()[i];
-        const argument_fact& fact = fact_of(member, i);
+        const argument_fact& fact = known_fact(member, i);
         const std::optional<unsigned> steps = widening(offered[i], type);
         // NULL may have any field: those with a date, a time and a zone.
         const sql_type given = offered[i].type == sql_type::null ? sql_type::timestamp_with_zone : offered[i].type;
@@ -77,7 +77,7 @@ std::optional<fit> fit_of(const entry_point& member, std::span<const offered_arg
 template <class Visit> void for_each_argument(std::string_view builtin, const Visit& visit) {
     for (const entry_point& member : bifun::entry_points) {
         for (std::size_t i = 0; member.builtin == builtin && i < member.argument_count; ++i) {
-            visit(member.arguments()[i], fact_of(member, i), i);
+            visit(member.arguments()[i], known_fact(member, i), i);
         }
     }
 }
@@ -177,7 +177,7 @@ std::string signatures(std::string_view builtin, std::size_t argument_count) {
     for (const auto& [member, call] : calls) {
         std::string types;
         for (std::size_t i = 0; i < call.size(); ++i) {
-            const bifun::keyword_role role = fact_of(*member, i).keywords.role;
+            const bifun::keyword_role role = known_fact(*member, i).keywords.role;
             types += i == 0 ? "" : ", ";
             types += role != bifun::keyword_role::none ? std::string(role_name(role))
                                                        : fmt::format("{}{}", call[i].kind == argument_kind::constant ? "constant " : "",
@@ -186,6 +186,20 @@ std::string signatures(std::string_view builtin, std::size_t argument_count) {
         text += fmt::format("{}({})", text.empty() ? "" : ", ", types);
     }
     return text;
+}
+
+std::string field_refusal(std::string_view builtin, std::string_view field, std::span<const offered_argument> arguments) {
+    std::vector<offered_argument> tried(arguments.begin(), arguments.end());
+    const auto keyword = std::ranges::find_if(tried, [](const offered_argument& argument) { return argument.keyword.has_value(); });
+    std::vector<std::string_view> names;
+    for (const bifun::keyword& word : keywords_of(builtin).list.words) {
+        keyword->keyword = word.code;
+        if (choose_member(builtin, tried) != nullptr) {
+            names.push_back(word.names.substr(0, word.names.find(' ')));
+        }
+    }
+    return names.empty() ? ""
+                         : fmt::format("{} has no field {}; it has {}", sql_type_name(tried.back().type), field, fmt::join(names, ", "));
 }
 
 std::string advice_for(std::string_view builtin, std::span<const offered_argument> arguments) {
@@ -206,4 +220,4 @@ std::string advice_for(std::string_view builtin, std::span<const offered_argumen
     return text.empty() ? advice_to_cast(builtin, arguments) : std::string(text);
 }
 
-} // namespace host
+} // namespace binding

@@ -1,0 +1,95 @@
+// SPDX-License-Identifier: Apache-2.0
+// A call of a function that a host has overloaded by types, evaluated batch by batch.
+#ifndef BIFUN_ADAPTERS_BINDING_CALL_H
+#define BIFUN_ADAPTERS_BINDING_CALL_H
+
+#include <array>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "adapters/binding/constant.h"
+#include "adapters/binding/signature.h"
+#include "embedded/zqengine.h"
+
+namespace binding {
+
+struct column_destroyer {
+    void operator()(bifun_column* column) const { zqengine_column_destroy(column); }
+};
+using column_pointer = std::unique_ptr<bifun_column, column_destroyer>;
+
+// An interval as hosts have them.
+struct interval {
+    std::int32_t months;
+    std::int32_t days;
+    std::int64_t microseconds;
+};
+
+// Rows of an argument, which the host fills: `column.no_nulls`, the null flags, and the values as bop/frame/contract.h describes them. Both
+// arrays have room for a batch, but a host may also point `data` to arrays of its own. Bytes of strings are the host's, and stay where they
+// are until the results of the batch are consumed.
+struct call_argument {
+    column_pointer storage;
+    bifun_column_data data;
+    bifun_column column;
+    std::vector<interval> intervals; // the values, where the type is interval_dt
+    bool repeats;                    // row 0 is what all rows are: it alone is there
+};
+
+template <class T> T* values_of(call_argument& argument) { return static_cast<T*>(argument.data.values); }
+
+// A member that calls with such values are evaluated by.
+struct bound_member {
+    call_values values;
+    const bifun::entry_point* entry; // null where there is none
+    void* function;
+    std::vector<column_pointer> results; // one for each step of f(f(a, b), c)
+};
+
+// What an executor has of its own: one per thread.
+struct session {
+    bifun_environment* environment;
+    bifun_memory_object* memory;
+};
+std::unique_ptr<session, void (*)(session*)> make_session(); // null where memory is exhausted
+
+// The calls of one site, on one thread. Not moved once made.
+struct call {
+    const signature* form;
+    std::vector<call_argument> arguments; // more than the signature has where it takes more
+    std::uint32_t capacity;               // rows of a batch
+    std::array<constant, bifun::most_arguments> constants;
+    std::array<column_pointer, bifun::most_arguments> months; // intervals of years and months, out of those of an argument
+    column_pointer doubles;                                   // results of members that give integers where others give doubles
+    std::vector<bound_member> members;
+};
+
+// Throws std::bad_alloc. `argument_count` is that of the signature, or more where it takes more.
+std::unique_ptr<call> make_call(const signature& form, std::size_t argument_count, std::uint32_t capacity);
+
+// Takes results: row k of the column belongs to row `rows[k]` of the batch, or to row k where `rows` is empty. The column has the type of
+// the signature's result, INTERVAL_YM or INTERVAL_DT for an interval, and no selection; null stands for NULL in all rows.
+using result_store =
+    std::function<void(const bifun_column* results, bifun::value_type type, std::span<const std::uint16_t> rows, std::uint32_t row_count)>;
+
+struct call_failure {
+    std::int32_t status; // of the library; 0 where the call is refused before
+    std::string message; // with the name of the built-in
+};
+
+// Evaluates the first `row_count` rows of the arguments, 1 to the capacity. Rows may be stored in several parts. Nothing where that has
+// succeeded; else some rows may have been stored. `find` gives the function that is exported under a name.
+std::optional<call_failure> evaluate(call& made, const session& executor, std::uint32_t row_count, const result_store& store,
+                                     void* (*find)(const char* symbol));
+
+// How results of the type are stored in a batch column.
+constexpr bifun::value_type result_value_type(const signature& form) { return value_type_of(form.result); }
+
+} // namespace binding
+
+#endif
