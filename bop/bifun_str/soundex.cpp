@@ -15,39 +15,62 @@ struct soundex_code {
     std::uint32_t length;
 };
 
-// The digits of the letters. Letters without a digit part two of the same one, but for H and W.
-constexpr std::uint8_t digits[] = "01230120022455012623010202";
-constexpr std::uint8_t no_digit = '0';
+// What a byte is: a letter with a digit from 1 to 6; one without, which parts two of the same digit; or passed over.
+constexpr std::uint8_t no_digit = 0;
+constexpr std::uint8_t h_or_w = 7;
+constexpr std::uint8_t no_letter = 8;
 
-void add_letter(soundex_code& code, std::uint8_t letter, std::uint8_t& last_digit) {
-    const std::uint8_t digit = digits[letter - 'A'];
-    if (code.length == 0) {
-        code.characters[code.length++] = letter;
-        last_digit = digit;
-    } else if (letter != 'H' && letter != 'W') {
-        if (digit != no_digit && digit != last_digit) {
-            code.characters[code.length++] = digit;
-        }
-        last_digit = digit;
+struct byte_classes {
+    std::uint8_t of[256];
+};
+
+constexpr byte_classes make_byte_classes() {
+    constexpr char digits[] = "01230127022455012623017202"; // of A to Z
+    byte_classes classes{};
+    for (std::uint32_t byte = 0; byte < 256; ++byte) {
+        const std::uint32_t letter = (byte & 0xDFU) - 'A';
+        classes.of[byte] = byte < 0x80 && letter < 26 ? static_cast<std::uint8_t>(digits[letter] - '0') : no_letter;
     }
+    return classes;
+}
+
+constexpr byte_classes classes = make_byte_classes();
+
+// Nobody can tell whether a letter gives a digit, so no branch asks.
+void add_letter(soundex_code& code, std::uint8_t byte, std::uint8_t& last_digit) {
+    const std::uint8_t digit = classes.of[byte];
+    const bool is_passed_over = digit >= h_or_w;
+    const bool is_added = !is_passed_over & (digit != no_digit) & (digit != last_digit);
+    code.characters[code.length] = static_cast<std::uint8_t>('0' + digit);
+    code.length += is_added ? 1 : 0;
+    last_digit = is_passed_over ? last_digit : digit;
 }
 
 soundex_code code_of(const text_operations& texts, const bifun_string& text) {
-    soundex_code code{{}, 0};
-    std::uint8_t last_digit = no_digit;
     // Only in some character sets are letters parts of other characters.
     const bool bytes_are_characters = texts.utf8_is_unicode || has_single_bytes(texts, text);
-    for (std::uint32_t offset = 0; offset < text.length && code.length < code_length;) {
-        const std::uint8_t letter = text.data[offset] & 0xDF;
-        const bool is_letter = text.data[offset] < 0x80 && letter >= 'A' && letter <= 'Z';
-        if (is_letter) {
-            add_letter(code, letter, last_digit);
-        }
-        offset += is_letter || bytes_are_characters ? 1 : zq_mb_char_get_len_ex(text.data + offset, text.length - offset);
+    const auto step = [&](std::uint32_t offset) {
+        return bytes_are_characters || text.data[offset] < 0x80 ? 1 : zq_mb_char_get_len_ex(text.data + offset, text.length - offset);
+    };
+    soundex_code code{{}, 0};
+    std::uint32_t offset = 0;
+    while (offset < text.length && classes.of[text.data[offset]] == no_letter) {
+        offset += step(offset);
     }
-    while (code.length != 0 && code.length < code_length) {
-        code.characters[code.length++] = '0';
+    if (offset == text.length) {
+        return code;
     }
+    const std::uint8_t first = text.data[offset];
+    const std::uint8_t first_class = classes.of[first];
+    std::uint8_t last_digit = first_class == h_or_w ? no_digit : first_class;
+    code = {{static_cast<std::uint8_t>(first & 0xDF)}, 1};
+    for (++offset; offset < text.length && code.length < code_length; offset += step(offset)) {
+        add_letter(code, text.data[offset], last_digit);
+    }
+    for (std::uint32_t i = code.length; i < code_length; ++i) {
+        code.characters[i] = '0';
+    }
+    code.length = code_length;
     return code;
 }
 

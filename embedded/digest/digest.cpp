@@ -9,6 +9,8 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
+#include <initializer_list>
 
 #include "bop/frame/status.h"
 
@@ -25,6 +27,31 @@ unsigned char* digest_of(const unsigned char* bytes, std::size_t length, unsigne
     return digest;
 }
 
+// A text that fits into one block with what stands behind it: a bit, zeros and the number of bits.
+unsigned char* md5_of(const unsigned char* bytes, std::size_t length, unsigned char* digest) {
+    constexpr std::size_t longest_in_block = 55;
+    if (length > longest_in_block) {
+        return digest_of<MD5_CTX, MD5_Init, MD5_Update, MD5_Final>(bytes, length, digest);
+    }
+    unsigned char block[MD5_CBLOCK] = {};
+    if (length != 0) {
+        std::memcpy(block, bytes, length);
+    }
+    block[length] = 0x80;
+    block[MD5_CBLOCK - 8] = static_cast<unsigned char>(8 * length);
+    block[MD5_CBLOCK - 7] = static_cast<unsigned char>(8 * length >> 8);
+    MD5_CTX context;
+    MD5_Init(&context);
+    MD5_Transform(&context, block);
+    unsigned char* to = digest;
+    for (const MD5_LONG word : {context.A, context.B, context.C, context.D}) {
+        for (std::uint32_t byte = 0; byte < sizeof word; ++byte) {
+            *to++ = static_cast<unsigned char>(word >> (8 * byte));
+        }
+    }
+    return digest;
+}
+
 struct known_digest {
     std::int32_t algorithm;
     std::uint32_t length;
@@ -32,7 +59,7 @@ struct known_digest {
 };
 
 constexpr known_digest known_digests[] = {
-    {CYT_MD5, MD5_DIGEST_LENGTH, digest_of<MD5_CTX, MD5_Init, MD5_Update, MD5_Final>},
+    {CYT_MD5, MD5_DIGEST_LENGTH, md5_of},
     {CYT_SHA224, SHA224_DIGEST_LENGTH, digest_of<SHA256_CTX, SHA224_Init, SHA224_Update, SHA224_Final>},
     {CYT_SHA256, SHA256_DIGEST_LENGTH, digest_of<SHA256_CTX, SHA256_Init, SHA256_Update, SHA256_Final>},
     {CYT_SHA384, SHA384_DIGEST_LENGTH, digest_of<SHA512_CTX, SHA384_Init, SHA384_Update, SHA384_Final>},

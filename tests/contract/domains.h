@@ -146,6 +146,7 @@ inline constexpr failing_calls_of failures[] = {
     {"REPEAT", "abc -1 ; '' -2147483648", domain_error, failing_row::null, 1},
     {"SPACE", "-1 ; 32768 ; -2147483648", domain_error},
     {"STRPOSINC STRPOSDEC", "abc 0 ; abc -1", domain_error, failing_row::null},
+    {"STRPOSDEC", "a\xFF ; \xC2\x80 1", domain_error},
     {"STRPOSINC", "a\x7F ; a\xFF ; \xF4\x8F\xBF\xBF 1", domain_error},
     {"CHR", "-1 ; 128 ; 255 ; 16706 ; 4160749568", domain_error},
     {"CHR", "4294967296 ; 9223372036854775807", BIFUN_RESULT_TOO_LONG},

@@ -126,6 +126,18 @@ TEST(StringCalls, CharacterSets) {
                    {"--set", "charset=gb18030", "--types", "a:CHAR(3)"});
 }
 
+// Literals are in the database character set; what bytes a binary value has is shown whatever they are.
+TEST(StringCalls, LettersAndBytes) {
+    const std::string file = "a\n\xA9\xAC\x61\n";
+    expect_answer(file, "SELECT UPPER(a) u, LCASE('Ω') l, ASCII(a) n, CHR(45217) c, ASCIISTR(a) s FROM t",
+                  "u,l,n,c,s\nSSA,\xA5\xF8,43436,\xB0\xA1,\\00DFa\n", {"--set", "charset=euc-kr"});
+    const char* const query = "SELECT UNHEX('ff00') b, UNHEX('') e, HEXTORAW(NULL) n, BINARY_TO_CHAR(HEXTORAW('C3A9')) t";
+    expect_answer("", query, "b,e,n,t\nFF00,\"\",,é\n");
+    expect_answer("", query, "[\n  {\"b\": \"FF00\", \"e\": \"\", \"n\": null, \"t\": \"é\"}\n]\n", {"--format", "json"});
+    expect_answer("a\nÄz\nz\nAb\n", "SELECT a FROM t WHERE NLSSORT(a, 'NLS_SORT=GERMAN') < NLSSORT('b', 'NLS_SORT=GERMAN')", "a\nÄz\nAb\n");
+    expect_failure("", "SELECT UNHEX('x')", "HEXTORAW: -6147 the value cannot be converted in row 1");
+}
+
 TEST(StringCalls, Headings) {
     expect_answer("", "SELECT TRIM(LEADING FROM 'a'), POSITION('a' IN 'b'), SUBSTRING('ab' FROM 2)",
                   "TRIM(LEADING ' ' FROM 'a'),POSITION('a' IN 'b'),\"SUBSTR('ab', 2)\"\na,0,b\n");
