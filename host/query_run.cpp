@@ -35,6 +35,9 @@ const std::string& file_of_table(const std::vector<std::string>& files, const ta
             }
         }
     }
+    if (equal_ignoring_case(from.name, table_name_of("-"))) {
+        fail_at(sql, from.offset, "the standard input is read where its name - is given, as in: bifun - \"SELECT ...\"");
+    }
     if (files.empty()) {
         fail_at(sql, from.offset, fmt::format("there is no table {0}; give its file, as in: bifun {0}.csv \"SELECT ...\"", from.name));
     }
@@ -83,7 +86,7 @@ void run_query(const program_options& options) {
         fail("there is no query behind {0}; give one as in: bifun {0} \"SELECT * FROM {1}\"", file, plain_table_name_of(file));
     }
     const std::string& sql = options.words.back();
-    if (sql.find_first_of(" \t\n(*;") == std::string::npos) {
+    if (!sql.empty() && sql.find_first_of(" \t\n(*;") == std::string::npos) {
         fail("{} is neither a file nor a query; give a query as in: bifun FILE.csv \"SELECT ...\", or see bifun --help", sql);
     }
     run_statement(options, {options.words.begin(), options.words.end() - 1}, options.words.back());

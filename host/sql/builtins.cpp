@@ -35,6 +35,7 @@ constexpr name_elsewhere names_elsewhere[] = {
     {"STRFTIME", "use TO_CHAR(d, format) or DATE_FORMAT(d, format)"},
     {"STR TO_INT TO_INTEGER TRY_CAST CONVERT TO_DECIMAL TO_VARCHAR", "use CAST(x AS type), such as CAST(x AS DECIMAL)"},
     {"NOW SYSDATE SYSTIMESTAMP GETDATE CURDATE CURTIME TODAY", "use CURRENT_DATE, CURRENT_TIMESTAMP or LOCALTIMESTAMP"},
+    {"DATE", "use CAST(x AS DATE) or TO_DATE(x, format)"},
     {"DATE_TRUNC", "use TRUNC(d, 'MONTH'), with any unit"},
     {"DATE_DIFF TIMESTAMPDIFF AGE", "use DATEDIFF(field, start, end)"},
     {"DATE_PART", "use EXTRACT(field FROM d) or DATEPART(field, d)"},

@@ -240,9 +240,10 @@ std::span<const std::uint32_t> csv_reader::next_rows(std::uint32_t most) {
                     break; // after the rows before it
                 }
                 report_bad_row(line_at(begin_of(first)),
-                               fmt::format("the {} {} field{} and this row {}; a field that holds a {} stands in double quotes",
+                               fmt::format("the {} {} field{} and this row {}; a field that holds a {} stands in double quotes{}",
                                            options_.has_header ? "header has" : "first row has", columns, columns == 1 ? "" : "s", fields,
-                                           delimiter_name(delimiter_)));
+                                           delimiter_name(delimiter_),
+                                           columns == 1 ? ", and --skip leaves out lines before the header" : ""));
             }
         }
     }

@@ -278,6 +278,8 @@ TEST(Program, OptionErrors) {
         {{"--sep", ";", "SELECT 1"},
          "The following argument was not expected: --sep; --delimiter says what separates the fields; see bifun --help"},
         {{"--output", "t.parquet", "SELECT 1"}, "--output: .parquet cannot be written; there are table, csv, ..."},
+        {{"SELECT * FROM stdin"},
+         "SQL, character 15, near stdin: the standard input is read where its name - is given, as in: bifun - ..."},
         {{"help"}, "help is neither a file nor a query; ..."},
         {{"SELECT * FROM 't.csv'"},
          "SQL, character 15: syntax error at or near \"'t.csv'\"; FROM takes the name of a table, which is that of its file without .csv"},
