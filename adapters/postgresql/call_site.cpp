@@ -96,12 +96,14 @@ zone_moment moment_of(const sql_function& function) {
 
 } // namespace
 
-call_site* create_site(const char* name, std::span<const std::uint32_t> argument_oids, failure_text& failure) noexcept {
+call_site* create_site(const char* name, std::span<const std::uint32_t> argument_oids, std::uint32_t result_oid,
+                       failure_text& failure) noexcept {
     call_site* made = nullptr;
     failure = guarded([&]() -> failure_text {
         const sql_function* const function = find_function(name, argument_oids);
-        if (function == nullptr) {
-            return fail(0, fmt::format("this version of bifun has no function {} with these arguments", name),
+        // The module may be of another version than the script that has declared it.
+        if (function == nullptr || names_of(function->result).oid != result_oid) {
+            return fail(0, fmt::format("this version of bifun has no function {} with these arguments and this result", name),
                         "ALTER EXTENSION bifun UPDATE declares those that it has");
         }
         constexpr std::uint32_t one_row = 1;

@@ -41,8 +41,10 @@ struct failure_text {
     const char* detail; // may be null
 };
 
-// Makes the site of a call of the function that has these arguments, which lives until it is destroyed. Null with `failure` otherwise.
-call_site* create_site(const char* name, std::span<const std::uint32_t> argument_oids, failure_text& failure) noexcept;
+// Makes the site of a call of the function that has these arguments and this result, which lives until it is destroyed. Null with `failure`
+// otherwise.
+call_site* create_site(const char* name, std::span<const std::uint32_t> argument_oids, std::uint32_t result_oid,
+                       failure_text& failure) noexcept;
 void destroy_site(call_site* site) noexcept;
 
 // Evaluates the row that the arguments have. The column of `results` is null for NULL.

@@ -14,11 +14,12 @@
 namespace postgresql_extension {
 namespace {
 
-// The function's name and argument types, as it is declared.
+// The function's name and types, as it is declared.
 struct declaration {
     char name[NAMEDATALEN];
     Oid types[FUNC_MAX_ARGS];
     std::size_t count;
+    Oid result;
 };
 
 void read_declaration(Oid function, declaration& made) {
@@ -28,6 +29,7 @@ void read_declaration(Oid function, declaration& made) {
     }
     const auto* const declared = static_cast<const FormData_pg_proc*>(static_cast<const void*>(GETSTRUCT(row)));
     made.count = static_cast<std::size_t>(declared->proargtypes.dim1);
+    made.result = declared->prorettype;
     std::memcpy(made.name, NameStr(declared->proname), sizeof made.name);
     std::memcpy(made.types, declared->proargtypes.values, made.count * sizeof(Oid));
     ReleaseSysCache(row);
@@ -51,7 +53,7 @@ call_site* make_site(FmgrInfo& function) {
     // What may fail comes first, so that no site is left behind.
     auto* const callback = static_cast<MemoryContextCallback*>(MemoryContextAlloc(function.fn_mcxt, sizeof(MemoryContextCallback)));
     failure_text failure{};
-    call_site* const site = create_site(declared.name, {declared.types, declared.count}, failure);
+    call_site* const site = create_site(declared.name, {declared.types, declared.count}, declared.result, failure);
     if (site == nullptr) {
         report(failure);
     }

@@ -47,7 +47,7 @@ bool check_format(char** value, void** /*extra*/, GucSource /*source*/) {
                                                                 static_cast<std::uint32_t>(strlen(*value)), &fault);
     zqengine_environment_destroy(tried);
     if (status != 0) {
-        GUC_check_errdetail("%s, at character %u.", fault.meaning, fault.offset + 1);
+        GUC_check_errdetail("%s, at byte %u.", fault.meaning, fault.offset + 1);
     }
     return status == 0;
 }

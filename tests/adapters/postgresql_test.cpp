@@ -105,8 +105,7 @@ TEST_F(PostgreSql, ErrorsHaveStateMessageAndDetail) {
         {"SELECT bifun.trim('both', 'a', 'xy')", "22027 TRIM: -6109 the trim set is not exactly one character / TRIM('both', 'a', 'xy')"},
         {"SELECT bifun.trim(1)", "42883 function bifun.trim(integer) does not exist"},
         {"SET bifun.date_format = 'foo'", "22023 invalid value for parameter \"bifun.date_format\": \"foo\" / formats have no such "
-                                          "element; text stands in double quotes, at "
-                                          "character 1."},
+                                          "element; text stands in double quotes, at byte 1."},
     };
     for (const statement_case& tried : cases) {
         EXPECT_EQ(answer(tried.sql), tried.answer) << tried.sql;
@@ -311,18 +310,27 @@ TEST_F(PostgreSql, TheDatabaseDecidesTheCharacterSet) {
     EXPECT_EQ(query(*western, "CREATE EXTENSION bifun").error, "0A000 bifun does not have the database's encoding, LATIN1");
 }
 
-// From a version that declared one function only.
+// From a version with few functions, two of which this one has not.
 TEST_F(PostgreSql, AnOlderVersionIsBroughtUpToDate) {
     const std::string scripts = std::getenv("BIFUN_EXTENSION_SCRIPTS");
     std::ofstream(scripts + "/bifun--0.0.sql")
-        << "CREATE FUNCTION @extschema@.ln(float8) RETURNS float8 LANGUAGE C STRICT AS 'MODULE_PATHNAME', 'bifun_call';";
+        << "CREATE FUNCTION @extschema@.ln(float8) RETURNS float8 LANGUAGE C STRICT AS 'MODULE_PATHNAME', 'bifun_call';"
+           "CREATE FUNCTION @extschema@.old(float8) RETURNS text LANGUAGE C AS 'MODULE_PATHNAME', 'bifun_call';"
+           "CREATE FUNCTION @extschema@.cos(int) RETURNS text LANGUAGE C AS 'MODULE_PATHNAME', 'bifun_call';";
     ASSERT_EQ(std::system(fmt::format("'{}' --update > '{}/bifun--0.0--0.1.sql'", BIFUN_SCRIPT_PROGRAM, scripts).c_str()), 0);
     ASSERT_EQ(answer("CREATE DATABASE older"), "");
     const session_pointer older = open_session("older");
     EXPECT_EQ(query(*older, "CREATE EXTENSION bifun VERSION '0.0'; ALTER EXTENSION bifun UPDATE").error, "");
     const std::string count =
         "SELECT count(*) FROM pg_depend WHERE deptype = 'e' AND refobjid = (SELECT oid FROM pg_extension WHERE extname = 'bifun')";
-    EXPECT_EQ(query(*older, count).rows[0][0], answer(count));
+    EXPECT_EQ(query(*older, count).rows[0][0], std::to_string(std::stoi(answer(count)) + 2));
+    for (const char* function : {"old", "cos"}) {
+        EXPECT_EQ(query(*older, fmt::format("SELECT bifun.{}(1)", function)).error,
+                  fmt::format(
+                      "22023 this version of bifun has no function {} with these arguments and this result / ALTER EXTENSION bifun UPDATE "
+                      "declares those that it has",
+                      function));
+    }
     EXPECT_EQ(query(*older, "SELECT bifun.ln(1), bifun.trim(' x ')").rows, (session_answer{"", {{"0", "x"}}}).rows);
 }
 
