@@ -264,5 +264,6 @@ made_statement make_statement(choices& chosen) {
     const bool has_limit = chosen.once_in(8);
     sql.append(has_limit ? fmt::format(" LIMIT {}", chosen.below(12)) : "");
     sql.append(chosen.once_in(8) ? fmt::format(" OFFSET {}", chosen.below(12)) : "");
-    return {.sql = sql, .has_limit = has_limit, .is_repeatable = sql.find("CURRENT_") == sql.npos};
+    return {
+        .sql = sql, .has_limit = has_limit, .is_repeatable = sql.find("CURRENT_") == sql.npos && sql.find("UNIX_TIMESTAMP") == sql.npos};
 }

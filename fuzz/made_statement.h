@@ -16,7 +16,7 @@ constexpr const char* types_of_t =
 struct made_statement {
     std::string sql;
     bool has_limit;     // so that it may end before the row that fails
-    bool is_repeatable; // no clock has a say
+    bool is_repeatable; // no clock has a say, as it has in UNIX_TIMESTAMP of NULL
 };
 
 made_statement make_statement(choices& chosen);
