@@ -15,7 +15,6 @@
 namespace zqengine {
 namespace {
 
-constexpr std::uint32_t capital_sigma = 0x3A3;
 constexpr std::uint32_t dot_above = 0x307;
 constexpr std::uint32_t dotted_capital_i = 0x130;
 
