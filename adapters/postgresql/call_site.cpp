@@ -147,7 +147,7 @@ failure_text load_library(const bifun_settings& settings) noexcept {
     });
 }
 
-failure_text set_session(std::int32_t language, std::span<const char* const, format_count> formats) noexcept {
+failure_text set_session(std::int32_t language, const std::array<char*, format_count>& formats) noexcept {
     return guarded([&]() -> failure_text {
         bifun_environment* const environment = session()->environment;
         (void)zqengine_environment_set_language(environment, language);

@@ -59,7 +59,7 @@ failure_text load_library(const bifun_settings& settings) noexcept;
 
 // Settings of the session; `zone` is in minutes east of UTC. The texts of formats are those of zqengine_format.
 constexpr std::size_t format_count = 5;
-failure_text set_session(std::int32_t language, std::span<const char* const, format_count> formats) noexcept;
+failure_text set_session(std::int32_t language, const std::array<char*, format_count>& formats) noexcept;
 failure_text set_zone(std::int32_t minutes) noexcept;
 
 } // namespace postgresql_extension

@@ -147,7 +147,7 @@ PGDLLEXPORT Datum bifun_call(PG_FUNCTION_ARGS) { return postgresql_extension::ca
 
 // Whether the functions can work in this database: tells so before any of them is declared.
 PG_FUNCTION_INFO_V1(bifun_check_database);
-PGDLLEXPORT Datum bifun_check_database(PG_FUNCTION_ARGS) {
+PGDLLEXPORT Datum bifun_check_database(FunctionCallInfo /*info*/) {
     postgresql_extension::apply_settings();
     PG_RETURN_VOID();
 }
