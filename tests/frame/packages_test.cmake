@@ -10,6 +10,7 @@ set(files_libzqengine0 "lib[^ ]*/libzqengine[.]so[.][0-9.]+")
 set(files_libbifun-dev
   "include/bifun/[^ ]+|lib[^ ]*/(cmake/bifun|pkgconfig)/[^ ]+|lib[^ ]*/lib(bifun|zqengine)[.]so|share/doc/bifun/((docs|bench)/[^ ]+[.](md|svg)|examples/[^ ]+)")
 set(files_bifun "bin/bifun|share/doc/bifun/((docs/[^ ]+|README)[.]md|data/[^ ]+)|share/(bash-completion/completions|zsh/vendor-completions|fish/vendor_completions[.]d)/_?bifun([.]fish)?")
+set(files_postgresql-15-bifun "(lib|share)/postgresql/15/(lib|extension)/bifun[^ /]+|share/doc/bifun/docs/postgresql[.]md")
 set(control_libbifun0 "shlibs;triggers")
 set(control_libzqengine0 "shlibs;triggers")
 
@@ -39,7 +40,9 @@ foreach(package ${packages})
     endif()
   endforeach()
   list(FILTER files EXCLUDE REGEX "^(${own_files})$")
-  list(APPEND packaged ${files})
+  if(NOT name STREQUAL postgresql-15-bifun) # which is installed only where it is asked for
+    list(APPEND packaged ${files})
+  endif()
   list(FILTER files EXCLUDE REGEX "^(${files_${name}})$")
   if(files)
     message(FATAL_ERROR "${package} has what is not its own: ${files}")
