@@ -95,4 +95,11 @@ if(BIFUN_POSTGRESQL AND CMAKE_INSTALL_PREFIX STREQUAL "/usr") # else PostgreSQL'
     "SQL built-in functions for PostgreSQL 15"
     "This package has an extension of PostgreSQL 15 with these functions.")
 endif()
+if(BIFUN_DUCKDB)
+  debian_package(duckdb bifun-duckdb database
+    "libbifun${PROJECT_VERSION_MAJOR} (= ${debian_version}), libzqengine${PROJECT_VERSION_MAJOR} (= ${debian_version})"
+    "SQL built-in functions as an extension of DuckDB"
+    "This package has a loadable extension with these functions for every DuckDB"
+    "from 1.2 on, and the page that describes it.")
+endif()
 include(CPack)

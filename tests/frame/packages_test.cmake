@@ -11,6 +11,7 @@ set(files_libbifun-dev
   "include/bifun/[^ ]+|lib[^ ]*/(cmake/bifun|pkgconfig)/[^ ]+|lib[^ ]*/lib(bifun|zqengine)[.]so|share/doc/bifun/((docs|bench)/[^ ]+[.](md|svg)|examples/[^ ]+)")
 set(files_bifun "bin/bifun|share/doc/bifun/((docs/[^ ]+|README)[.]md|data/[^ ]+)|share/(bash-completion/completions|zsh/vendor-completions|fish/vendor_completions[.]d)/_?bifun([.]fish)?")
 set(files_postgresql-15-bifun "(lib|share)/postgresql/15/(lib|extension)/bifun[^ /]+|share/doc/bifun/docs/postgresql[.]md")
+set(files_bifun-duckdb "lib[^ ]*/duckdb/[^ ]+/bifun[.]duckdb_extension|share/doc/bifun/docs/duckdb[.]md")
 set(control_libbifun0 "shlibs;triggers")
 set(control_libzqengine0 "shlibs;triggers")
 
@@ -58,7 +59,7 @@ foreach(package ${packages})
   run(${DPKG_DEB} -f ${package} Depends)
   string(STRIP "${output}" dependencies)
   string(REPLACE ", " ";" dependencies "${dependencies}")
-  if((name MATCHES "^(bifun|libbifun-dev)$" AND NOT "libbifun0 (= ${version})" IN_LIST dependencies) OR
+  if((name MATCHES "^(bifun|bifun-duckdb|libbifun-dev)$" AND NOT "libbifun0 (= ${version})" IN_LIST dependencies) OR
      (name STREQUAL libbifun-dev AND NOT "libzqengine0 (= ${version})" IN_LIST dependencies))
     message(FATAL_ERROR "${package} depends on other libraries than those of its version: ${output}")
   endif()
