@@ -121,11 +121,12 @@ Datum call(FunctionCallInfo info) {
             current_zone = zone;
         }
     }
-    const evaluation made = evaluate_site(*site);
-    if (made.failure.message != nullptr) {
-        report(made.failure);
+    binding::row_result made;
+    failure_text failure;
+    if (!evaluate_site(*site, made, failure)) {
+        report(failure);
     }
-    if (made.results.column == nullptr || made.results.column->data->null_flags[0] == 0) {
+    if (made.column == nullptr || made.column->data->null_flags[0] == 0) {
         info->isnull = true;
         return 0;
     }

@@ -37,6 +37,14 @@ constexpr std::int32_t greatest_scale = 127; // of a DECIMAL
 uint128 power_of_ten(std::int32_t exponent) { return bifun::decimal_layout::powers_of_ten[static_cast<std::size_t>(exponent)]; }
 std::uint64_t small_power_of_ten(std::int32_t exponent) { return static_cast<std::uint64_t>(power_of_ten(exponent)); }
 
+// Without its last 1 to 3 digits, which is quick by a divisor that the compiler knows.
+std::uint64_t without_digits(std::uint64_t number, std::int32_t digits) {
+    return digits == 1 ? number / 10 : digits == 2 ? number / 100 : number / 1000;
+}
+uint128 without_digits(uint128 number, std::int32_t digits) {
+    return number >> 64 == 0 ? without_digits(static_cast<std::uint64_t>(number), digits) : number / small_power_of_ten(digits);
+}
+
 std::uint16_t word_at(const std::uint8_t* bytes) {
     std::uint16_t word;
     std::memcpy(&word, bytes, sizeof word);
@@ -121,10 +129,8 @@ numeric_kind read_numeric(const std::uint8_t* bytes, std::uint32_t size, xdec& r
     const std::int32_t more = power + scale;
     if (more >= 0) {
         coefficient *= power_of_ten(more);
-    } else if (coefficient >> 64 == 0) {
-        coefficient = static_cast<std::uint64_t>(coefficient) / small_power_of_ten(-more);
     } else {
-        coefficient /= small_power_of_ten(-more);
+        coefficient = without_digits(coefficient, -more);
     }
     return store(negative ? XDEC_NEGATIVE : XDEC_POSITIVE, coefficient, scale, result);
 }
@@ -141,9 +147,11 @@ std::uint32_t write_numeric(const xdec& value, std::uint8_t* bytes) {
     const std::int32_t lowest = (power >= 0 ? power : power - (digits_of_base - 1)) / digits_of_base;
     const std::int32_t more = power - lowest * digits_of_base;
     if (more > 0) {
-        const std::uint64_t divisor = small_power_of_ten(digits_of_base - more);
-        digits[count++] = static_cast<std::uint16_t>(static_cast<std::uint64_t>(rest % divisor) * small_power_of_ten(more));
-        rest /= divisor;
+        const std::int32_t kept = digits_of_base - more;
+        const uint128 higher = without_digits(rest, kept);
+        const std::uint64_t lower = static_cast<std::uint64_t>(rest) - static_cast<std::uint64_t>(higher) * small_power_of_ten(kept);
+        digits[count++] = static_cast<std::uint16_t>(lower * small_power_of_ten(more));
+        rest = higher;
     }
     const auto add = [&](std::uint64_t word) {
         digits[count++] = static_cast<std::uint16_t>(word % base);
