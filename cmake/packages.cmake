@@ -89,16 +89,17 @@ if(BIFUN_PROGRAM)
     "CSV files, and the pages that describe the functions.")
   install(FILES ${debian}/bifun.1.gz DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT program_of_debian EXCLUDE_FROM_ALL)
 endif()
+if(BIFUN_POSTGRESQL AND CMAKE_INSTALL_PREFIX STREQUAL "/usr") # else PostgreSQL's folders are no part of what is staged
+  debian_package(postgresql postgresql-15-bifun database
+    "postgresql-15, libbifun${PROJECT_VERSION_MAJOR} (= ${debian_version}), libzqengine${PROJECT_VERSION_MAJOR} (= ${debian_version})"
+    "SQL built-in functions for PostgreSQL 15"
+    "This package has an extension of PostgreSQL 15 with these functions.")
+endif()
 if(BIFUN_DUCKDB)
   debian_package(duckdb bifun-duckdb database
     "libbifun${PROJECT_VERSION_MAJOR} (= ${debian_version}), libzqengine${PROJECT_VERSION_MAJOR} (= ${debian_version})"
     "SQL built-in functions as an extension of DuckDB"
     "This package has a loadable extension with these functions for every DuckDB"
     "from 1.2 on, and the page that describes it.")
-endif()
-if(BIFUN_POSTGRESQL AND CMAKE_INSTALL_PREFIX STREQUAL "/usr") # else PostgreSQL's folders are no part of what is staged
-  debian_package(postgresql postgresql-15-bifun database "postgresql-15, libbifun${PROJECT_VERSION_MAJOR} (= ${debian_version})"
-    "SQL built-in functions for PostgreSQL 15"
-    "This package has an extension of PostgreSQL 15 with these functions.")
 endif()
 include(CPack)

@@ -108,7 +108,8 @@ call_site* create_site(const char* name, std::span<const std::uint32_t> argument
         }
         constexpr std::uint32_t one_row = 1;
         auto call = binding::make_call(function->form, function->arguments.size(), one_row);
-        made = new call_site{function, std::move(call), writes_arguments(function->form.builtin), moment_of(*function), 0, 0, {}};
+        made =
+            new call_site{function, std::move(call), session(), writes_arguments(function->form.builtin), moment_of(*function), 0, 0, {}};
         return no_failure;
     });
     return made;
@@ -116,18 +117,20 @@ call_site* create_site(const char* name, std::span<const std::uint32_t> argument
 
 void destroy_site(call_site* site) noexcept { delete site; }
 
-evaluation evaluate_site(call_site& site) noexcept {
-    evaluation made{no_failure, {nullptr, bifun::value_type::INT}};
-    made.failure = guarded([&]() -> failure_text {
-        const binding::session& own = *session();
-        if (binding::evaluate_again(*site.call, own, made.results)) {
-            return no_failure;
+bool evaluate_site(call_site& site, binding::row_result& results, failure_text& failure) noexcept {
+    try {
+        if (binding::evaluate_again(*site.call, *site.session, results)) {
+            return true;
         }
-        made.results.column = nullptr;
+    } catch (const std::bad_alloc&) { // what needs it below tells
+    }
+    failure = guarded([&]() -> failure_text {
+        results.column = nullptr;
         const auto failed = binding::evaluate(
-            *site.call, own, 1,
-            [&made](const bifun_column* results, bifun::value_type type, std::span<const std::uint16_t> /*rows*/, std::uint32_t /*count*/) {
-                made.results = {results, type};
+            *site.call, *site.session, 1,
+            [&results](const bifun_column* column, bifun::value_type type, std::span<const std::uint16_t> /*rows*/,
+                       std::uint32_t /*count*/) {
+                results = {column, type};
             },
             binding::find_function);
         if (!failed) {
@@ -137,7 +140,7 @@ evaluation evaluate_site(call_site& site) noexcept {
         const bool is_named = failed->message.starts_with(name);
         return fail(failed->status, is_named ? failed->message : fmt::format("{}: {}", name, failed->message), failed->call);
     });
-    return made;
+    return failure.message == nullptr;
 }
 
 failure_text load_library(const bifun_settings& settings) noexcept {
@@ -147,7 +150,7 @@ failure_text load_library(const bifun_settings& settings) noexcept {
     });
 }
 
-failure_text set_session(std::int32_t language, std::span<const char* const, format_count> formats) noexcept {
+failure_text set_session(std::int32_t language, const std::array<char*, format_count>& formats) noexcept {
     return guarded([&]() -> failure_text {
         bifun_environment* const environment = session()->environment;
         (void)zqengine_environment_set_language(environment, language);

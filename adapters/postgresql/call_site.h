@@ -27,6 +27,7 @@ struct text_copy {
 struct call_site {
     const sql_function* function;
     std::unique_ptr<binding::call> call; // of one row
+    const binding::session* session;     // that of the process
     bool writes_arguments;
     zone_moment moment;
     std::uint32_t is_literal; // by argument as bits: it is in the query itself, and is the same for every row
@@ -47,19 +48,16 @@ call_site* create_site(const char* name, std::span<const std::uint32_t> argument
                        failure_text& failure) noexcept;
 void destroy_site(call_site* site) noexcept;
 
-// Evaluates the row that the arguments have. The column of `results` is null for NULL.
-struct evaluation {
-    failure_text failure;
-    binding::row_result results; // of one row, until the next call
-};
-evaluation evaluate_site(call_site& site) noexcept;
+// Evaluates the row that the arguments have; false where that failed, and then `failure` is written. The column of `results` is null for
+// NULL, and has one row until the next call.
+bool evaluate_site(call_site& site, binding::row_result& results, failure_text& failure) noexcept;
 
 // Loads the library, or gives it other settings.
 failure_text load_library(const bifun_settings& settings) noexcept;
 
 // Settings of the session; `zone` is in minutes east of UTC. The texts of formats are those of zqengine_format.
 constexpr std::size_t format_count = 5;
-failure_text set_session(std::int32_t language, std::span<const char* const, format_count> formats) noexcept;
+failure_text set_session(std::int32_t language, const std::array<char*, format_count>& formats) noexcept;
 failure_text set_zone(std::int32_t minutes) noexcept;
 
 } // namespace postgresql_extension

@@ -147,7 +147,7 @@ void show_timestamp_with_zone(TimestampTz moment, const sql_function& function, 
 
 // ---- results --------------------------------------------------------------------------------------------------------------------
 
-template <class T> const T& value_of(const evaluation& made) { return *static_cast<const T*>(made.results.column->data->values); }
+template <class T> const T& value_of(const binding::row_result& made) { return *static_cast<const T*>(made.column->data->values); }
 
 Datum make_numeric(const xdec& value) {
     std::uint8_t bytes[most_numeric_bytes];
@@ -198,7 +198,7 @@ Datum make_text(const bifun_string& value, const sql_function& function) {
     return PointerGetDatum(result);
 }
 
-std::int64_t time_of(const evaluation& made, const sql_function& function) {
+std::int64_t time_of(const binding::row_result& made, const sql_function& function) {
     const std::int64_t time = binding::write_host_time(value_of<zqtime>(made));
     if (time > binding::microseconds_per_day) {
         refuse(ERRCODE_DATETIME_VALUE_OUT_OF_RANGE, function, "the result is a time of more than 24 hours, which PostgreSQL does not have");
@@ -206,7 +206,7 @@ std::int64_t time_of(const evaluation& made, const sql_function& function) {
     return time;
 }
 
-std::int32_t days_of(const evaluation& made, const sql_function& function) {
+std::int32_t days_of(const binding::row_result& made, const sql_function& function) {
     std::int32_t days = 0;
     if (!binding::write_host_date(value_of<zqtime>(made), days)) {
         refuse(ERRCODE_DATETIME_VALUE_OUT_OF_RANGE, function,
@@ -215,11 +215,11 @@ std::int32_t days_of(const evaluation& made, const sql_function& function) {
     return days - binding::days_to_2000;
 }
 
-std::int64_t timestamp_of(const evaluation& made, const sql_function& function) {
+std::int64_t timestamp_of(const binding::row_result& made, const sql_function& function) {
     return days_of(made, function) * binding::microseconds_per_day + binding::write_host_time(value_of<zqtime>(made));
 }
 
-Datum make_time_with_zone(const evaluation& made, const sql_function& function) {
+Datum make_time_with_zone(const binding::row_result& made, const sql_function& function) {
     const std::int64_t time = time_of(made, function);
     auto* const result = static_cast<TimeTzADT*>(palloc(sizeof(TimeTzADT)));
     constexpr std::int32_t no_zone = 0;
@@ -228,7 +228,7 @@ Datum make_time_with_zone(const evaluation& made, const sql_function& function) 
     return TimeTzADTPGetDatum(result);
 }
 
-Datum make_timestamp_with_zone(const evaluation& made, const sql_function& function) {
+Datum make_timestamp_with_zone(const binding::row_result& made, const sql_function& function) {
     const std::int64_t local = timestamp_of(made, function);
     const zqtime& value = value_of<zqtime>(made);
     std::int32_t zone = binding::write_host_zone(value, ZQTIME_NO_ZONE);
@@ -236,9 +236,9 @@ Datum make_timestamp_with_zone(const evaluation& made, const sql_function& funct
     return TimestampTzGetDatum(local - zone * binding::microseconds_per_minute);
 }
 
-Datum make_interval(const evaluation& made) {
+Datum make_interval(const binding::row_result& made) {
     auto* const result = static_cast<Interval*>(palloc(sizeof(Interval)));
-    if (made.results.type == value_type::INTERVAL_YM) {
+    if (made.type == value_type::INTERVAL_YM) {
         const auto& value = value_of<bifun_interval_ym>(made);
         *result = {0, 0, value.years * 12 + value.months};
     } else {
@@ -304,7 +304,7 @@ bool show_datum(Datum value, std::size_t position, MemoryContext context, call_s
     return true;
 }
 
-Datum make_datum(const evaluation& made, const sql_function& function) {
+Datum make_datum(const binding::row_result& made, const sql_function& function) {
     switch (function.result) {
     case host_type::boolean:
         return BoolGetDatum(value_of<std::int32_t>(made) != 0);

@@ -15,7 +15,7 @@ namespace postgresql_extension {
 bool show_datum(Datum value, std::size_t position, MemoryContext context, call_site& site);
 
 // The value of the only row of a result, which is not NULL, as the function's type.
-Datum make_datum(const evaluation& made, const sql_function& function);
+Datum make_datum(const binding::row_result& made, const sql_function& function);
 
 } // namespace postgresql_extension
 

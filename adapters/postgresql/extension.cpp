@@ -121,11 +121,12 @@ Datum call(FunctionCallInfo info) {
             current_zone = zone;
         }
     }
-    const evaluation made = evaluate_site(*site);
-    if (made.failure.message != nullptr) {
-        report(made.failure);
+    binding::row_result made;
+    failure_text failure;
+    if (!evaluate_site(*site, made, failure)) {
+        report(failure);
     }
-    if (made.results.column == nullptr || made.results.column->data->null_flags[0] == 0) {
+    if (made.column == nullptr || made.column->data->null_flags[0] == 0) {
         info->isnull = true;
         return 0;
     }
@@ -147,7 +148,7 @@ PGDLLEXPORT Datum bifun_call(PG_FUNCTION_ARGS) { return postgresql_extension::ca
 
 // Whether the functions can work in this database: tells so before any of them is declared.
 PG_FUNCTION_INFO_V1(bifun_check_database);
-PGDLLEXPORT Datum bifun_check_database(PG_FUNCTION_ARGS) {
+PGDLLEXPORT Datum bifun_check_database(FunctionCallInfo /*info*/) {
     postgresql_extension::apply_settings();
     PG_RETURN_VOID();
 }

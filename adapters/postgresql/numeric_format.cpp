@@ -11,7 +11,6 @@
 namespace postgresql_extension {
 namespace {
 
-using bifun::decimal_layout::powers_of_ten;
 using binding::uint128;
 
 constexpr std::uint32_t base = 10'000;
@@ -34,6 +33,17 @@ constexpr std::int32_t most_short_weight = 63;
 constexpr std::int32_t digits_of_a_word = 4; // below 10^16
 constexpr std::int32_t most_digits = 9;      // below 10^36
 constexpr std::int32_t greatest_scale = 127; // of a DECIMAL
+
+uint128 power_of_ten(std::int32_t exponent) { return bifun::decimal_layout::powers_of_ten[static_cast<std::size_t>(exponent)]; }
+std::uint64_t small_power_of_ten(std::int32_t exponent) { return static_cast<std::uint64_t>(power_of_ten(exponent)); }
+
+// Without its last 1 to 3 digits, which is quick by a divisor that the compiler knows.
+std::uint64_t without_digits(std::uint64_t number, std::int32_t digits) {
+    return digits == 1 ? number / 10 : digits == 2 ? number / 100 : number / 1000;
+}
+uint128 without_digits(uint128 number, std::int32_t digits) {
+    return number >> 64 == 0 ? without_digits(static_cast<std::uint64_t>(number), digits) : number / small_power_of_ten(digits);
+}
 
 std::uint16_t word_at(const std::uint8_t* bytes) {
     std::uint16_t word;
@@ -118,11 +128,9 @@ numeric_kind read_numeric(const std::uint8_t* bytes, std::uint32_t size, xdec& r
     }
     const std::int32_t more = power + scale;
     if (more >= 0) {
-        coefficient *= powers_of_ten[more];
-    } else if (coefficient >> 64 == 0) {
-        coefficient = static_cast<std::uint64_t>(coefficient) / static_cast<std::uint64_t>(powers_of_ten[-more]);
+        coefficient *= power_of_ten(more);
     } else {
-        coefficient /= static_cast<std::uint64_t>(powers_of_ten[-more]);
+        coefficient = without_digits(coefficient, -more);
     }
     return store(negative ? XDEC_NEGATIVE : XDEC_POSITIVE, coefficient, scale, result);
 }
@@ -139,17 +147,18 @@ std::uint32_t write_numeric(const xdec& value, std::uint8_t* bytes) {
     const std::int32_t lowest = (power >= 0 ? power : power - (digits_of_base - 1)) / digits_of_base;
     const std::int32_t more = power - lowest * digits_of_base;
     if (more > 0) {
-        const auto divisor = static_cast<std::uint64_t>(powers_of_ten[digits_of_base - more]);
-        digits[count++] =
-            static_cast<std::uint16_t>(static_cast<std::uint64_t>(rest % divisor) * static_cast<std::uint64_t>(powers_of_ten[more]));
-        rest /= divisor;
+        const std::int32_t kept = digits_of_base - more;
+        const uint128 higher = without_digits(rest, kept);
+        const std::uint64_t lower = static_cast<std::uint64_t>(rest) - static_cast<std::uint64_t>(higher) * small_power_of_ten(kept);
+        digits[count++] = static_cast<std::uint16_t>(lower * small_power_of_ten(more));
+        rest = higher;
     }
     const auto add = [&](std::uint64_t word) {
         digits[count++] = static_cast<std::uint16_t>(word % base);
         return word / base;
     };
     while (rest >> 64 != 0) {
-        const auto word_base = static_cast<std::uint64_t>(powers_of_ten[digits_of_a_word * digits_of_base]);
+        const std::uint64_t word_base = small_power_of_ten(digits_of_a_word * digits_of_base);
         auto word = static_cast<std::uint64_t>(rest % word_base);
         rest /= word_base;
         for (std::int32_t i = 0; i < digits_of_a_word; ++i) {

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "adapters/postgresql/settings.h"
 
+#include <array>
+
 #include "adapters/postgresql/errors.h"
 #include "embedded/zqengine.h"
 #include "engine/charset.h"
@@ -14,7 +16,7 @@ namespace {
 int compatible_mode = 1;
 bool case_sensitive = true;
 int date_language = DFM_ENGLISH;
-char* formats[format_count]; // by zqengine_format
+std::array<char*, format_count> formats; // by zqengine_format
 
 bool library_has_changed = true;
 bool session_has_changed = true;
