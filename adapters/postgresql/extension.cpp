@@ -87,12 +87,23 @@ std::int32_t current_zone = ZQTIME_NO_ZONE;
 
 constexpr std::int64_t seconds_to_2000 = std::int64_t{binding::days_to_2000} * SECS_PER_DAY;
 
-std::int64_t start_of_transaction() { return GetCurrentTransactionStartTimestamp() / USECS_PER_SEC + seconds_to_2000; }
+// At the start of the transaction. Found once for it, as the values of its rows are of other times.
+std::int32_t zone_of_transaction() {
+    static TimestampTz start = 0;
+    static const pg_tz* time_zone = nullptr;
+    static std::int32_t zone = 0;
+    if (start != GetCurrentTransactionStartTimestamp() || time_zone != session_timezone) {
+        start = GetCurrentTransactionStartTimestamp();
+        time_zone = session_timezone;
+        zone = zone_at(start / USECS_PER_SEC + seconds_to_2000);
+    }
+    return zone;
+}
 
 std::int32_t zone_for(const call_site& site, FunctionCallInfo info) {
     const NullableDatum& first = info->args[0];
     if (site.moment == zone_moment::now || first.isnull) {
-        return zone_at(start_of_transaction());
+        return zone_of_transaction();
     }
     if (site.moment == zone_moment::unix_seconds) {
         return zone_at(DatumGetInt64(first.value));

@@ -198,7 +198,15 @@ TEST_F(PostgreSql, SettingsHoldForTheSession) {
               "0 2");
     const session_pointer other = open_session("", "-c bifun.compatible_mode=3");
     EXPECT_EQ(query(*other, "SELECT bifun.length('')").rows, session_answer({"", {{"0"}}}).rows);
-    EXPECT_EQ(answer("CREATE ROLE plain; SET ROLE plain; SET bifun.compatible_mode = 2").substr(0, 5), "42501");
+    EXPECT_EQ(answer("ALTER DATABASE postgres SET bifun.compatible_mode = 3"), "");
+    EXPECT_EQ(query(*open_session(), "SELECT bifun.length('')").rows, session_answer({"", {{"0"}}}).rows);
+    EXPECT_EQ(answer("ALTER DATABASE postgres RESET bifun.compatible_mode"), "");
+    EXPECT_EQ(answer("CREATE ROLE plain; GRANT USAGE ON SCHEMA bifun TO plain"), "");
+    EXPECT_EQ(answer("SET ROLE plain; SET bifun.compatible_mode = 2").substr(0, 5), "42501");
+    // Before the module is there, anybody may set what it does not take then.
+    const session_pointer early = open_session();
+    EXPECT_EQ(query(*early, "SET ROLE plain; SET bifun.compatible_mode = 3").error, "");
+    EXPECT_EQ(query(*early, "SELECT bifun.length('')").rows, session_answer({"", {{std::nullopt}}}).rows);
 }
 
 // A site of a call is evaluated again and again: with other parameters, in a loop, in a generic plan, in an index.
