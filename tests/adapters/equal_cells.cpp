@@ -352,6 +352,9 @@ void expect_equal_cells(const std::function<host_answer(const cell_call& call)>&
             EXPECT_NE(host.error, "") << call.program << "\n" << program.err;
             continue;
         }
+        if (host.error.starts_with("22021")) {
+            continue; // PostgreSQL has no texts with a byte of 0
+        }
         if (program.status != 0) {
             EXPECT_EQ(status_in(program.err.substr(0, program.err.find('\n'))), status_in(host.error)) << call.program << "\n"
                                                                                                        << program.err << host.error;

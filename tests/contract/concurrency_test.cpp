@@ -11,6 +11,7 @@
 
 #include "tests/contract/called_export.h"
 #include "tests/contract/domains.h"
+#include "tests/contract/generated_arguments.h"
 
 namespace contract {
 namespace {
@@ -40,6 +41,7 @@ outcome call_alone(const bifun::entry_point& entry, std::barrier<>* together = n
 }
 
 TEST(Concurrency, ThreadsDoNotSeeEachOther) {
+    set_up(usual_settings); // CHR has no characters of UTF-8 in another character set
     std::vector<outcome> alone;
     for (const bifun::entry_point& entry : bifun::entry_points) {
         alone.push_back(call_alone(entry));
