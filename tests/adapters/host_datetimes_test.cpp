@@ -59,8 +59,10 @@ TEST(HostDatetimes, WhatOneSideLacksIsRefused) {
     zqtime one{};
     for (const std::int32_t day : {first_host_day - 1, last_host_day + 1, INT32_MIN, INT32_MAX, -141428}) { // the last is 1582-10-14
         EXPECT_FALSE(read_host_dates(&day, &one, 1)) << day;
-        const std::int64_t microseconds = day * microseconds_per_day;
-        EXPECT_FALSE(read_host_timestamps(&microseconds, 0, &one, 1)) << day;
+        std::int64_t microseconds = 0;
+        if (!__builtin_mul_overflow(std::int64_t{day}, microseconds_per_day, &microseconds)) {
+            EXPECT_FALSE(read_host_timestamps(&microseconds, 0, &one, 1)) << day;
+        }
     }
     for (const std::int64_t value : {INT64_MIN, INT64_MAX, first_host_day * microseconds_per_day - 1}) {
         EXPECT_FALSE(read_host_timestamps(&value, 0, &one, 1)) << value;
