@@ -163,16 +163,17 @@ std::string explain_refusal(const signature& call, const call_values& values, st
         const std::optional<datetime_refusal> refusal = find_datetime_refusal(*member, offered, datetimes_of(offered));
         return refusal ? refusal->message : "";
     }
-    std::string text = call.keyword && keywords_of(call.builtin).chooses_member ? field_refusal(call.builtin, keyword, offered) : "";
-    if (text.empty()) {
-        std::vector<std::string_view> types;
-        for (std::size_t i = 0; i < offered.size(); ++i) {
-            types.push_back(call.keyword == i ? role_name(call.keywords.role) : sql_type_name(offered[i].type));
-        }
-        text = fmt::format("{} does not take ({}); it takes {}{}", call.builtin, fmt::join(types, ", "),
-                           signatures(call.builtin, call.argument_count), advice_for(call.builtin, offered));
+    const bool is_by_field = call.keyword && keywords_of(call.builtin).chooses_member;
+    const std::string of_field = is_by_field ? field_refusal(call.builtin, keyword, offered) : "";
+    if (!of_field.empty()) {
+        return fmt::format("{}: {}", call.builtin, of_field);
     }
-    return text;
+    std::vector<std::string_view> types;
+    for (std::size_t i = 0; i < offered.size(); ++i) {
+        types.push_back(call.keyword == i ? role_name(call.keywords.role) : sql_type_name(offered[i].type));
+    }
+    return fmt::format("{} does not take ({}); it takes {}{}", call.builtin, fmt::join(types, ", "),
+                       signatures(call.builtin, call.argument_count), advice_for(call.builtin, offered));
 }
 
 std::vector<signature> signatures_of(std::string_view builtin) {

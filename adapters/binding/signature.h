@@ -55,7 +55,7 @@ const bifun::entry_point* find_member(const signature& call, const call_values& 
 // The type of what a member gives; nothing where it does not take the datetimes of the call.
 std::optional<sql_type> result_type(const signature& call, const call_values& values, const bifun::entry_point& member);
 
-// Why find_member or result_type has found nothing. `keyword` is how the call has it.
+// Why find_member or result_type has found nothing; begins with the name of the built-in. `keyword` is how the call has it.
 std::string explain_refusal(const signature& call, const call_values& values, std::string_view keyword);
 
 } // namespace binding

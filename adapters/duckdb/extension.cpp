@@ -119,7 +119,7 @@ const session_settings& settings_of(duckdb_function_info info) {
     return bound != nullptr ? *static_cast<const session_settings*>(bound) : usual_settings;
 }
 
-// Returns an empty text, or why it failed.
+// Returns an empty text, or why it failed, which begins with the name of the built-in.
 std::string evaluate_batch(const registered_function& function, const session_settings& settings, duckdb_data_chunk input,
                            duckdb_vector output) {
     thread_local thread_state state;
@@ -137,12 +137,13 @@ std::string evaluate_batch(const registered_function& function, const session_se
     }
     state.texts.resize(std::max(state.texts.size(), function.argument_count));
     const std::int32_t zone = settings.time_zone;
+    const std::string name = std::string(function.form.builtin) + ": ";
     for (std::size_t i = 0; i < function.argument_count; ++i) {
         const binding::sql_type type = function.form.types()[std::min(i, function.form.argument_count - 1)];
         std::string fault = show_vector(duckdb_data_chunk_get_vector(input, i), type, row_count, zone,
                                         function.writes_arguments ? &state.texts[i] : nullptr, call->arguments[i]);
         if (!fault.empty()) {
-            return fault;
+            return name + fault;
         }
     }
     std::string fault;
@@ -153,7 +154,7 @@ std::string evaluate_batch(const registered_function& function, const session_se
             fault = fault.empty() ? std::move(unfit) : fault;
         },
         binding::find_function);
-    return failed ? text_of(*failed) : fault;
+    return failed ? text_of(*failed) : fault.empty() ? fault : name + fault;
 }
 
 void run(duckdb_function_info info, duckdb_data_chunk input, duckdb_vector output) {
@@ -161,9 +162,7 @@ void run(duckdb_function_info info, duckdb_data_chunk input, duckdb_vector outpu
     try {
         const std::string fault = duckdb_data_chunk_get_size(input) == 0 ? "" : evaluate_batch(function, settings_of(info), input, output);
         if (!fault.empty()) {
-            const bool is_named = fault.starts_with(function.form.builtin);
-            const std::string message = is_named ? "bifun " + fault : "bifun " + std::string(function.form.builtin) + ": " + fault;
-            duckdb_scalar_function_set_error(info, message.c_str());
+            duckdb_scalar_function_set_error(info, ("bifun " + fault).c_str());
         }
     } catch (const std::exception& unexpected) {
         duckdb_scalar_function_set_error(info, (std::string("bifun: ") + unexpected.what()).c_str());

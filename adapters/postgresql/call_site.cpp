@@ -136,9 +136,7 @@ bool evaluate_site(call_site& site, binding::row_result& results, failure_text& 
         if (!failed) {
             return no_failure;
         }
-        const std::string_view name = site.function->form.builtin;
-        const bool is_named = failed->message.starts_with(name);
-        return fail(failed->status, is_named ? failed->message : fmt::format("{}: {}", name, failed->message), failed->call);
+        return fail(failed->status, failed->message, failed->call);
     });
     return failure.message == nullptr;
 }
