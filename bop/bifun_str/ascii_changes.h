@@ -74,6 +74,19 @@ inline byte_block reversed(byte_block block) {
     return __builtin_shufflevector(block, block, 15, 14, 13, 12, 11, 10, 9, 8, 7, 6, 5, 4, 3, 2, 1, 0);
 }
 
+// The first and the last word of a text that is no longer than both, each reversed and in the place of the other.
+template <class Word, class Reverse>
+inline void write_ends_swapped(std::uint8_t* to, const std::uint8_t* from, std::uint32_t length, Reverse reverse) {
+    Word first;
+    Word last;
+    std::memcpy(&first, from, sizeof first);
+    std::memcpy(&last, from + length - sizeof last, sizeof last);
+    first = reverse(first);
+    last = reverse(last);
+    std::memcpy(to, &last, sizeof last);
+    std::memcpy(to + length - sizeof first, &first, sizeof first);
+}
+
 // By moves that overlap but never leave the text.
 inline void write_reversed(std::uint8_t* to, const std::uint8_t* from, std::uint32_t length) {
     const std::uint8_t* const end = from + length;
@@ -84,23 +97,9 @@ inline void write_reversed(std::uint8_t* to, const std::uint8_t* from, std::uint
         }
         store_block(to + length - block_length, reversed(load_block(from)));
     } else if (length >= 8) {
-        std::uint64_t first;
-        std::uint64_t last;
-        std::memcpy(&first, from, sizeof first);
-        std::memcpy(&last, end - sizeof last, sizeof last);
-        first = __builtin_bswap64(first);
-        last = __builtin_bswap64(last);
-        std::memcpy(to, &last, sizeof last);
-        std::memcpy(to + length - sizeof first, &first, sizeof first);
+        write_ends_swapped<std::uint64_t>(to, from, length, [](std::uint64_t word) { return __builtin_bswap64(word); });
     } else if (length >= 4) {
-        std::uint32_t first;
-        std::uint32_t last;
-        std::memcpy(&first, from, sizeof first);
-        std::memcpy(&last, end - sizeof last, sizeof last);
-        first = __builtin_bswap32(first);
-        last = __builtin_bswap32(last);
-        std::memcpy(to, &last, sizeof last);
-        std::memcpy(to + length - sizeof first, &first, sizeof first);
+        write_ends_swapped<std::uint32_t>(to, from, length, [](std::uint32_t word) { return __builtin_bswap32(word); });
     } else {
         for (std::uint32_t i = 0; i < length; ++i) {
             to[i] = end[-1 - static_cast<std::ptrdiff_t>(i)];
