@@ -55,27 +55,11 @@ INSTANTIATE_TEST_SUITE_P(Versions, DuckDb, testing::ValuesIn(versions), [](const
     return name;
 });
 
-const char* type_name(sql_type type) {
-    switch (type) {
-    case sql_type::decimal:
-        return "DECIMAL(38,10)";
-    default:
-        return binding::sql_type_name(type).data(); // literals
-    }
-}
+std::string_view type_name(sql_type type) { return type == sql_type::decimal ? "DECIMAL(38,10)" : binding::sql_type_name(type); }
 
 TEST_P(DuckDb, CellsAreThoseOfTheProgram) {
-    std::string definition;
-    for (const cell_column& column : cell_columns()) {
-        definition += fmt::format(", {} {}", column.name, type_name(column.type));
-    }
-    ASSERT_EQ(answer(fmt::format("CREATE TABLE cells(n INT{})", definition)), "");
-    for (std::size_t row = 0; row < cell_columns().front().values.size(); ++row) {
-        std::string values;
-        for (const cell_column& column : cell_columns()) {
-            values += column.values[row] ? fmt::format(", CAST('{}' AS {})", *column.values[row], type_name(column.type)) : ", NULL";
-        }
-        ASSERT_EQ(answer(fmt::format("INSERT INTO cells VALUES ({}{})", row, values)), "1");
+    for (const std::string& statement : cell_table_statements(type_name)) {
+        ASSERT_EQ(query(*database, statement).error, "") << statement;
     }
     const auto ask = [&](const cell_call& call) {
         query_result result = query(*database, fmt::format("SELECT (bifun_{})::VARCHAR FROM cells{} ORDER BY n", call.host, call.filter));

@@ -275,6 +275,22 @@ const std::vector<cell_column>& cell_columns() {
     return columns;
 }
 
+std::vector<std::string> cell_table_statements(const std::function<std::string_view(sql_type)>& type_name) {
+    std::string definition;
+    for (const cell_column& column : cell_columns()) {
+        definition += fmt::format(", {} {}", column.name, type_name(column.type));
+    }
+    std::vector<std::string> statements{fmt::format("CREATE TEMP TABLE cells(n INT{})", definition)};
+    for (std::size_t row = 0; row < row_count; ++row) {
+        std::string values;
+        for (const cell_column& column : cell_columns()) {
+            values += column.values[row] ? fmt::format(", CAST('{}' AS {})", *column.values[row], type_name(column.type)) : ", NULL";
+        }
+        statements.push_back(fmt::format("INSERT INTO cells VALUES ({}{})", row, values));
+    }
+    return statements;
+}
+
 std::vector<cell_call> cell_calls() {
     std::vector<cell_call> calls;
     for (const builtin& known : builtins) {

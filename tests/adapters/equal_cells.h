@@ -6,6 +6,7 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "adapters/binding/signature.h"
@@ -33,6 +34,9 @@ struct cell_call {
 
 // Every signature that the program and hosts have in common, each with some constants.
 std::vector<cell_call> cell_calls();
+
+// The statements by which a host makes the table `cells` with all columns and a row number `n`, in a database that has none.
+std::vector<std::string> cell_table_statements(const std::function<std::string_view(binding::sql_type)>& type_name);
 
 // What a host gives for a query.
 struct host_answer {

@@ -45,17 +45,9 @@ std::string_view type_name(sql_type type) {
 }
 
 TEST_F(PostgreSql, CellsAreThoseOfTheProgram) {
-    std::string definition;
-    for (const cell_column& column : cell_columns()) {
-        definition += fmt::format(", {} {}", column.name, type_name(column.type));
-    }
-    ASSERT_EQ(answer(fmt::format("SET timezone = 'UTC'; CREATE TEMP TABLE cells(n int{})", definition)), "");
-    for (std::size_t row = 0; row < cell_columns().front().values.size(); ++row) {
-        std::string values;
-        for (const cell_column& column : cell_columns()) {
-            values += column.values[row] ? fmt::format(", '{}'", *column.values[row]) : ", NULL";
-        }
-        ASSERT_EQ(answer(fmt::format("INSERT INTO cells VALUES ({}{})", row, values)), "");
+    ASSERT_EQ(answer("SET timezone = 'UTC'"), "");
+    for (const std::string& statement : cell_table_statements(type_name)) {
+        ASSERT_EQ(query(*session, statement).error, "") << statement;
     }
     const auto ask = [&](const cell_call& call) {
         session_answer result = query(*session, fmt::format("SELECT (bifun.{})::text FROM cells{} ORDER BY n", call.host, call.filter));
