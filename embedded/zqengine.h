@@ -100,6 +100,11 @@ void zqengine_column_clear(bifun_column* column);
  * first `row_count` strings are empty, and the status is forgotten; else flags and values are as they were, until the call writes them. */
 void zqengine_column_prepare(bifun_column* column, uint32_t row_count);
 
+/* Looks at the first `row_count` texts of a VARCHAR column and has it tell the library whether they are ASCII or well-formed UTF-8
+ * (columns_tell_texts in engine/statements.h), which saves functions the look: for columns that several calls read. Setting a text,
+ * clearing and preparing take it back; writing `values` does not. */
+void zqengine_column_tell_texts(bifun_column* column, uint32_t row_count);
+
 int32_t zqengine_column_type(const bifun_column* column);
 uint32_t zqengine_column_capacity(const bifun_column* column);
 

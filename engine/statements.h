@@ -13,6 +13,9 @@ extern "C" {
 enum { XDEC_LAYOUT_PRIVATE = 0, XDEC_LAYOUT_PACKED_128 = 1 };
 enum { ZQTIME_LAYOUT_PRIVATE = 0, ZQTIME_LAYOUT_PACKED = 1 };
 
+/* What is known of texts: nothing, that each is well-formed UTF-8, or that their bytes are below 0x80. */
+enum { ZQ_TEXTS_ANY = 0, ZQ_TEXTS_UTF8 = 1, ZQ_TEXTS_ASCII = 2 };
+
 /* A statement is made where it is not 0. An operation that a statement covers may be replaced by another, but is not called then: who
  * replaces it takes the statement back. No statement may change during a call. Later versions add statements at the end. */
 typedef struct bifun_engine_statements {
@@ -64,6 +67,10 @@ typedef struct bifun_engine_statements {
      * Such a result shares the fate of the bytes: trimming reverses those of its argument for a moment, so calls at the same time, on
      * several threads, may not have arguments that share bytes. */
     int32_t results_may_refer;
+
+    /* `engine_word` of a string column argument says what is known of the stored bytes of all its texts that are not NULL, as a number:
+     * ZQ_TEXTS_ANY, ZQ_TEXTS_UTF8 or ZQ_TEXTS_ASCII. The library does not look at the bytes for that. */
+    int32_t columns_tell_texts;
 } bifun_engine_statements;
 
 /* Weak, so that an engine need not have it. */

@@ -75,6 +75,9 @@ table make_table(const std::vector<std::string_view>& names, std::uint32_t row_c
         if (definition.nulls) {
             bench::make_nulls(*storage, seed + 500, row_count);
         }
+        if (definition.type == value_type::VARCHAR) {
+            zqengine::tell_texts(*storage, row_count); // the peers know as much: DuckDB's statistics tell ASCII, its texts are UTF-8
+        }
         made.columns.push_back({&definition, std::move(storage)});
     }
     return made;

@@ -43,14 +43,13 @@ constexpr std::int32_t not_told = -1;
 
 bool may_reach_blanks(const needle& sought, const bifun_string& value) { return sought.last == blank && value.trailing_blanks != 0; }
 
-[[gnu::noinline]] void put_position(const looked_at_column& by, const bifun_string& value, std::uint64_t places, std::int32_t& position) {
+// `offset` is that of the first place of the needle.
+[[gnu::noinline]] void put_position(const looked_at_column& by, const bifun_string& value, std::uint32_t offset, std::int32_t& position) {
     const needle& sought = by.searched.sought;
-    const std::uint32_t offset = first_of_places(sought, value, places);
-    const bool is_known = offset == no_offset || (sought.first < 0x80 && begins_with_ascii(value.data, offset));
-    position = static_cast<std::int32_t>(offset + 1); // no_offset becomes 0
+    position = static_cast<std::int32_t>(offset + 1);
     if (may_reach_blanks(sought, value)) {
         position = not_told;
-    } else if (!is_known) {
+    } else if (sought.first >= 0x80 || !begins_with_ascii(value.data, offset)) {
         const look found = look_at_bytes(by.texts, sought, by.in_bytes, value, offset);
         position = found.is_enough ? found.position : not_told;
     }
@@ -58,15 +57,29 @@ bool may_reach_blanks(const needle& sought, const bifun_string& value) { return 
 
 [[gnu::noinline]] void look_at_block(const void* source, std::uint32_t first, std::uint32_t count, std::int32_t* positions) {
     const auto& by = *static_cast<const looked_at_column*>(source);
+    std::uint32_t offsets[most_rows_per_block];
+    find_in_block(&by.searched, first, count, offsets);
     const bool ends_in_blank = by.searched.sought.last == blank;
-    look_for(
-        by.searched, first, count,
-        [ends_in_blank, positions](std::uint32_t k, const bifun_string& value) {
-            positions[k] = ends_in_blank && value.trailing_blanks != 0 ? not_told : 0;
-        },
-        [&by, positions](std::uint32_t k, const bifun_string& value, std::uint64_t places) {
-            put_position(by, value, places, positions[k]);
-        });
+    if (by.texts.known == known_texts::ascii && !ends_in_blank) {
+        for (std::uint32_t k = 0; k < count; ++k) {
+            positions[k] = static_cast<std::int32_t>(offsets[k] + 1); // no_offset becomes 0
+        }
+        return;
+    }
+    block_of<column_argument<bifun_string>, most_rows_per_block> room;
+    const dense_rows<bifun_string> values = room.rows({by.searched.column}, first, count);
+    if (ends_in_blank) {
+        for (std::uint32_t k = 0; k < count; ++k) {
+            positions[k] = values[k].trailing_blanks != 0 ? not_told : 0;
+        }
+    } else {
+        std::memset(positions, 0, count * sizeof(std::int32_t));
+    }
+    for (std::uint32_t k = 0; k < count; ++k) {
+        if (offsets[k] != no_offset) {
+            put_position(by, values[k], offsets[k], positions[k]);
+        }
+    }
 }
 
 // A search that is_plain(), where single-byte characters are known.
@@ -117,7 +130,7 @@ status rows_of_search(batch_of<INT> batch, pattern_search& search, column_of<VAR
         if (search.is_blank) {
             return set_rows<binstr_def2_av_process_ignore_blank>(batch, fixed(texts), fixed(searched.sought), text, shared(by));
         }
-        const looked_at_column looked_at{searched, texts, search.request.in_bytes};
+        const looked_at_column looked_at{searched, texts_as_told(*text.column), search.request.in_bytes};
         return set_usual_rows<is_told, told_position, binstr_def2_av_process_with_blank>(
             batch, text, derived_argument<std::int32_t>{&looked_at, look_at_block}, shared(by));
     });

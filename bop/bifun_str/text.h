@@ -45,6 +45,15 @@ inline text_operations of_any_text(text_operations texts) {
     return texts;
 }
 
+// What is known without a look at the texts.
+inline text_operations texts_as_told(const bifun_column& column) {
+    text_operations texts = text_operations_of_engine();
+    if (texts.ascii_is_single_byte && columns_tell_texts()) {
+        texts.known = told_texts(column, texts.utf8_is_unicode);
+    }
+    return texts;
+}
+
 inline block_argument<text_operations> texts_of(column_of<VARCHAR> text) { return {text.column, texts_of_block}; }
 inline fixed_argument<text_operations> texts_of(constant_of<VARCHAR> /*text*/) { return fixed(text_operations_of_engine()); }
 
@@ -79,14 +88,27 @@ inline utf8_characters characters_of(const text_operations& texts, const bifun_s
     return texts.utf8_is_unicode ? utf8_characters_of(bytes, value.data, value.length) : utf8_characters{false, 0};
 }
 
+// The characters of a well-formed text of any length.
+inline std::uint32_t count_of_well_formed(const bifun_string& value) {
+    std::uint32_t characters = 0;
+    for (std::uint32_t offset = 0; offset < value.length; offset += longest_masked) {
+        const std::uint32_t length = std::min(value.length - offset, std::uint32_t{longest_masked});
+        characters += static_cast<std::uint32_t>(std::popcount(starts_of_well_formed(text_bytes<64>(value.data + offset, length), length)));
+    }
+    return characters;
+}
+
 // Called, so that a loop over known texts keeps its values in registers.
 [[gnu::noinline]] inline std::uint32_t count_characters(text_operations texts, bifun_string value) {
+    if (texts.known == known_texts::utf8) {
+        return count_of_well_formed(value);
+    }
     if (value.length <= longest_masked) {
         const utf8_characters characters = characters_of(texts, value);
         if (characters.are_known) {
             return static_cast<std::uint32_t>(std::popcount(characters.starts));
         }
-    } else if (texts.ascii_is_single_byte && is_long_text_ascii(value.data, value.length)) {
+    } else if (has_single_bytes(texts, value)) {
         return value.length;
     }
     return zq_mbstrlen_ex(value.data, value.length);

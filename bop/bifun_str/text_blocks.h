@@ -9,6 +9,7 @@
 #include "bop/bifun_str/utf8_validation.h"
 #include "bop/frame/arguments.h"
 #include "bop/frame/byte_operations.h"
+#include "bop/frame/statements.h"
 
 namespace bifun {
 
@@ -66,6 +67,18 @@ inline bytes_of_texts find_bytes_of_texts(const bifun_column& column, std::uint3
     return if_short(count, begin, end);
 }
 
+// What the column says of all its texts.
+inline known_texts told_texts(const bifun_column& column, bool utf8_is_unicode) {
+    switch (reinterpret_cast<std::uintptr_t>(column.data->engine_word)) {
+    case ZQ_TEXTS_ASCII:
+        return known_texts::ascii;
+    case ZQ_TEXTS_UTF8:
+        return utf8_is_unicode ? known_texts::utf8 : known_texts::nothing;
+    default:
+        return known_texts::nothing;
+    }
+}
+
 #if defined(BIFUN_WIDE_BYTES)
 
 // Whether no text begins within a character: bytes that are well-formed as a whole then are so text by text.
@@ -81,29 +94,53 @@ inline bool begin_with_characters(const bifun_column& column, std::uint32_t firs
     return within == 0;
 }
 
-inline known_texts know_texts(const bifun_column& column, std::uint32_t first, std::uint32_t count, bool utf8_is_unicode) {
-    const bytes_of_texts bytes = find_bytes_of_texts(column, first, count);
-    if (bytes.begin == nullptr) {
-        return known_texts::nothing;
-    }
+// What a look at the bytes adds to what the column says.
+inline known_texts look_at_texts(bytes_of_texts bytes, const bifun_column& column, std::uint32_t first, std::uint32_t count,
+                                 bool utf8_is_unicode, known_texts told) {
     const std::uint8_t* const beyond_ascii = skip_ascii(bytes.begin, bytes.end);
     if (beyond_ascii == bytes.end) {
         return known_texts::ascii;
     }
-    return utf8_is_unicode && is_well_formed(beyond_ascii, bytes.end) && begin_with_characters(column, first, count) ? known_texts::utf8
-                                                                                                                     : known_texts::nothing;
+    if (told == known_texts::nothing && utf8_is_unicode && is_well_formed(beyond_ascii, bytes.end) &&
+        begin_with_characters(column, first, count)) {
+        return known_texts::utf8;
+    }
+    return told;
 }
 
 #else
 
-inline known_texts know_texts(const bifun_column& column, std::uint32_t first, std::uint32_t count, bool /*utf8_is_unicode*/) {
-    const bytes_of_texts bytes = find_bytes_of_texts(column, first, count);
-    return bytes.begin != nullptr && is_long_text_ascii(bytes.begin, static_cast<std::uint32_t>(bytes.end - bytes.begin))
-               ? known_texts::ascii
-               : known_texts::nothing;
+inline known_texts look_at_texts(bytes_of_texts bytes, const bifun_column& /*column*/, std::uint32_t /*first*/, std::uint32_t /*count*/,
+                                 bool /*utf8_is_unicode*/, known_texts told) {
+    return is_long_text_ascii(bytes.begin, static_cast<std::uint32_t>(bytes.end - bytes.begin)) ? known_texts::ascii : told;
 }
 
 #endif
+
+// Whether some texts, which stand for the block, are not ASCII.
+inline bool shows_other_than_ascii(const bifun_column& column, std::uint32_t first, std::uint32_t count) {
+    constexpr std::uint32_t looks = 4;
+    const auto* const values = static_cast<const bifun_string*>(column.data->values);
+    for (std::uint32_t i = 0; i < looks; ++i) {
+        const std::uint32_t k = first + i * (count - 1) / (looks - 1);
+        const std::uint32_t row = column.selection != nullptr ? column.selection[k] : k;
+        if ((column.no_nulls != 0 || column.data->null_flags[row] != 0) &&
+            !begins_with_ascii(values[row].data, std::min(values[row].length, longest_masked))) {
+            return true;
+        }
+    }
+    return false;
+}
+
+inline known_texts know_texts(const bifun_column& column, std::uint32_t first, std::uint32_t count, bool utf8_is_unicode) {
+    const known_texts told = columns_tell_texts() ? told_texts(column, utf8_is_unicode) : known_texts::nothing;
+    if (told == known_texts::ascii || (told == known_texts::utf8 && shows_other_than_ascii(column, first, count))) {
+        return told;
+    }
+    // Even in a column of other texts a block may be of ASCII.
+    const bytes_of_texts bytes = find_bytes_of_texts(column, first, count);
+    return bytes.begin == nullptr ? told : look_at_texts(bytes, column, first, count, utf8_is_unicode, told);
+}
 
 // ---- where a pattern is in the texts of a block ----
 
@@ -128,64 +165,46 @@ inline std::uint64_t places_of_ends(needle_ends ends, const bifun_string& text) 
     return equal_bytes(bytes, ends.first) & equal_bytes(bytes, ends.last) >> ends.distance;
 }
 
-template <class HasValue, class Nowhere, class Somewhere>
-void look_for(needle_ends ends, const bifun_string* texts, std::uint32_t count, HasValue has_value, Nowhere nowhere, Somewhere somewhere) {
-    for (std::uint32_t k = 0;; ++k) {
-        std::uint64_t places = 0;
-        // A loop without a call in it: what is compared with stays in registers.
-        for (; k < count; ++k) {
-            if (!has_value(k)) {
-                continue;
-            }
-            places = places_of_ends(ends, texts[k]);
-            if (places != 0) {
-                break;
-            }
-            nowhere(k, texts[k]);
-        }
-        if (k == count) {
-            return;
-        }
-        somewhere(k, texts[k], places);
-    }
-}
-
-// Calls `nowhere(k, value)` for rows that do not have the needle, of at most 64 bytes, and `somewhere(k, value, places)` for those that
-// may, with the places_of_ends(). For NULLs neither is called. `somewhere` should be a call and `nowhere` none.
-template <class Nowhere, class Somewhere>
-void look_for(const searched_column& searched, std::uint32_t first, std::uint32_t count, Nowhere nowhere, Somewhere somewhere) {
-    const needle_ends ends{searched.sought.first, searched.sought.last, searched.sought.length - 1};
-    block_of<column_argument<bifun_string>, most_rows_per_block> room;
-    const dense_rows<bifun_string> texts = room.rows({searched.column}, first, count);
-    if (searched.column->no_nulls != 0 || std::memchr(texts.null_flags, 0, count) == nullptr) {
-        look_for(
-            ends, texts.values, count, [](std::uint32_t /*k*/) { return true; }, nowhere, somewhere);
-    } else {
-        look_for(
-            ends, texts.values, count, [texts](std::uint32_t k) { return texts.has_value(k); }, nowhere, somewhere);
-    }
-}
-
-// The offset of the first of such places.
-inline std::uint32_t first_of_places(const needle& sought, const bifun_string& text, std::uint64_t places) {
+// The offset of the first of such places. Called, so that a loop around it keeps what it compares with in registers.
+[[gnu::noinline]] inline std::uint32_t first_of_places(const needle& sought, const bifun_string& text, std::uint64_t places) {
     return text.length > longest_masked ? find_in_long_text(sought, text.data, text.length) : first_match(sought, text.data, places);
 }
 
-[[gnu::noinline]] inline void put_first_place(const searched_column& searched, const bifun_string& text, std::uint64_t places,
-                                              std::uint32_t& offset) {
-    offset = first_of_places(searched.sought, text, places);
+template <class HasValue>
+void find_in_texts(const needle& sought, const bifun_string* texts, std::uint32_t count, HasValue has_value, std::uint32_t* offsets) {
+    const needle_ends ends{sought.first, sought.last, sought.length - 1};
+    if (sought.length <= 2) {
+        // What has both ends is the needle: no branch depends on where it is.
+        for (std::uint32_t k = 0; k < count; ++k) {
+            const std::uint64_t places = has_value(k) ? places_of_ends(ends, texts[k]) : 0;
+            const auto place = static_cast<std::uint32_t>(std::countr_zero(places));
+            offsets[k] = places != 0 ? place : no_offset;
+            if (has_value(k) && texts[k].length > longest_masked) [[unlikely]] {
+                offsets[k] = first_of_places(sought, texts[k], places);
+            }
+        }
+        return;
+    }
+    for (std::uint32_t k = 0; k < count; ++k) {
+        const std::uint64_t places = has_value(k) ? places_of_ends(ends, texts[k]) : 0;
+        offsets[k] = places != 0 ? first_of_places(sought, texts[k], places) : no_offset;
+    }
 }
 
 [[gnu::noinline]] inline void find_in_block(const void* source, std::uint32_t first, std::uint32_t count, std::uint32_t* offsets) {
     const auto& searched = *static_cast<const searched_column*>(source);
-    look_for(
-        searched, first, count, [offsets](std::uint32_t k, const bifun_string& /*text*/) { offsets[k] = no_offset; },
-        [&searched, offsets](std::uint32_t k, const bifun_string& text, std::uint64_t places) {
-            put_first_place(searched, text, places, offsets[k]);
-        });
+    block_of<column_argument<bifun_string>, most_rows_per_block> room;
+    const dense_rows<bifun_string> texts = room.rows({searched.column}, first, count);
+    if (searched.column->no_nulls != 0 || std::memchr(texts.null_flags, 0, count) == nullptr) {
+        find_in_texts(
+            searched.sought, texts.values, count, [](std::uint32_t /*k*/) { return true; }, offsets);
+    } else {
+        find_in_texts(
+            searched.sought, texts.values, count, [texts](std::uint32_t k) { return texts.has_value(k); }, offsets);
+    }
 }
 
-// The offset of the first place of the needle in each text, or no_offset.
+// The offset of the first place of the needle, of at most 64 bytes, in each text, or no_offset, as for NULL.
 inline derived_argument<std::uint32_t> first_places(const searched_column& searched) { return {&searched, find_in_block}; }
 
 } // namespace bifun

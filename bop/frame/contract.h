@@ -94,7 +94,7 @@ typedef struct bifun_large_object bifun_large_object;
 typedef struct bifun_column_data {
     void* engine_header[7]; /* the engine's own */
     uint8_t* null_flags;
-    void* engine_word; /* the engine's own */
+    void* engine_word; /* the engine's own; of strings see columns_tell_texts in engine/statements.h */
     void* values;
 } bifun_column_data;
 

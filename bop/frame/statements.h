@@ -38,6 +38,8 @@ inline bool number_texts_are_as_described() { return statement_of_engine<&bifun_
 
 inline bool results_may_refer() { return statement_of_engine<&bifun_engine_statements::results_may_refer>() != 0; }
 
+inline bool columns_tell_texts() { return statement_of_engine<&bifun_engine_statements::columns_tell_texts>() != 0; }
+
 } // namespace bifun
 
 #endif

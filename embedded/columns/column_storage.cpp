@@ -61,6 +61,7 @@ void destroy_column(column_storage* column) {
 
 void clear_column(column_storage& column) {
     arena_clear(column.string_bytes);
+    column.data.engine_word = nullptr; // ZQ_TEXTS_ANY
     column.status = 0;
 }
 

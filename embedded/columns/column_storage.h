@@ -32,6 +32,10 @@ void destroy_column(column_storage* column);
 // but string values point to bytes that are used again: they must not be read before they are assigned.
 void clear_column(column_storage& column);
 
+// Has a column of strings tell what a look at its first `row_count` texts tells (columns_tell_texts in engine/statements.h). clear_column
+// takes it back.
+void tell_texts(column_storage& column, std::uint32_t row_count);
+
 // Ends the process with a message unless a column of create_column has this data, or a copy of it. The operations that need such a column
 // ask where BIFUN_CHECK_COLUMNS is defined, which it is in debug builds and under sanitizers.
 void require_own_column(const bifun_column_data* data, const char* operation);

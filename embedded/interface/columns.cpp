@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Columns by their C names.
 
+#include <algorithm>
 #include <cstring>
 #include <type_traits>
 
@@ -56,6 +57,7 @@ std::int32_t set_string(bifun_column* column, std::uint32_t row, const void* byt
     }
     zqengine::values_of<bifun_string>(storage)[row] = {length, trailing_blanks, copy};
     column->data->null_flags[row] = 1;
+    column->data->engine_word = nullptr; // ZQ_TEXTS_ANY
     return BIFUN_OK;
 }
 
@@ -122,6 +124,14 @@ void zqengine_column_prepare(bifun_column* column, uint32_t row_count) {
     }
     // A function may clear this flag only, and leave it otherwise.
     column->no_nulls = 1;
+}
+
+void zqengine_column_tell_texts(bifun_column* column, uint32_t row_count) {
+    check_column(column->data, __func__);
+    column_storage& storage = storage_of(column->data);
+    if (storage.type == value_type::VARCHAR) {
+        zqengine::tell_texts(storage, std::min(row_count, storage.capacity));
+    }
 }
 
 int32_t zqengine_column_type(const bifun_column* column) {

@@ -14,4 +14,5 @@ bifun_engine_statements zq_engine_statements = {
     .utf8_is_unicode = 1,
     .number_texts_as_described = 1,
     .results_may_refer = 1,
+    .columns_tell_texts = 1,
 };

@@ -660,6 +660,9 @@ struct argument_column {
                                                                stored.empty() && row % 2 == 0 ? nullptr : blocks.back().get()};
         }
         column->column.no_nulls = no_nulls;
+        if (type == value_type::VARCHAR && rows.size() % 2 == 0) {
+            zqengine::tell_texts(*column, column->capacity);
+        }
     }
 
     std::vector<std::unique_ptr<std::uint8_t[]>> blocks;

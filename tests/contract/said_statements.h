@@ -17,7 +17,7 @@ inline constexpr std::int32_t bifun_engine_statements::*engine_statements[] = {
     &bifun_engine_statements::ascii_is_single_byte,     &bifun_engine_statements::decimal_layout,
     &bifun_engine_statements::datetime_layout,          &bifun_engine_statements::pads_as_described,
     &bifun_engine_statements::utf8_is_unicode,          &bifun_engine_statements::number_texts_as_described,
-    &bifun_engine_statements::results_may_refer};
+    &bifun_engine_statements::results_may_refer,        &bifun_engine_statements::columns_tell_texts};
 inline constexpr unsigned all_statements = (1U << std::size(engine_statements)) - 1;
 
 constexpr unsigned bit_of(std::int32_t bifun_engine_statements::*statement) {

@@ -169,9 +169,9 @@ TEST_F(Contract, AnyRowIsTheSameWhateverTheEngineSaysOfItself) {
 
 TEST(EngineStatements, AreNotReadBehindTheRecordThatTheEngineHas) {
     constexpr bool (*library_takes_as_said[])() = {
-        bifun::setters_are_plain_stores, bifun::free_bytes_are_open,           bifun::ascii_is_single_byte,
-        bifun::decimals_are_packed,      bifun::datetimes_are_packed,          bifun::pads_as_described,
-        bifun::utf8_is_unicode,          bifun::number_texts_are_as_described, bifun::results_may_refer};
+        bifun::setters_are_plain_stores, bifun::free_bytes_are_open, bifun::ascii_is_single_byte, bifun::decimals_are_packed,
+        bifun::datetimes_are_packed,     bifun::pads_as_described,   bifun::utf8_is_unicode,      bifun::number_texts_are_as_described,
+        bifun::results_may_refer,        bifun::columns_tell_texts};
     const unsaid nothing(0);
     for (std::uint32_t count = 0; count <= std::size(engine_statements); ++count) {
         zq_engine_statements.size = static_cast<std::uint32_t>(sizeof zq_engine_statements.size + count * sizeof(std::int32_t));

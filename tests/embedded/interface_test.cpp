@@ -18,6 +18,7 @@
 #include "engine/decimal.h"
 #include "engine/large_objects.h"
 #include "engine/session.h"
+#include "engine/statements.h"
 
 namespace {
 
@@ -167,6 +168,25 @@ TEST(Interface, SettersTakeTheirTypeAndRowsThatThereAre) {
     }
     EXPECT_EQ(zqengine_column_create(ZQENGINE_BLOB + 1, 1), nullptr);
     EXPECT_EQ(zqengine_column_create(-1, 1), nullptr);
+}
+
+TEST(Interface, ColumnsTellWhatTheirTextsAre) {
+    const owned<bifun_column> column = create(ZQENGINE_VARCHAR, 3);
+    const auto told = [&column] {
+        zqengine_column_tell_texts(column.get(), 9);
+        return reinterpret_cast<std::uintptr_t>(column->data->engine_word);
+    };
+    ASSERT_EQ(zqengine_column_set_string(column.get(), 0, "ab", 2, 3), 0);
+    EXPECT_EQ(told(), ZQ_TEXTS_ASCII);
+    ASSERT_EQ(zqengine_column_set_string(column.get(), 2, "\xC3\xA9", 2, 0), 0);
+    EXPECT_EQ(column->data->engine_word, nullptr) << "setting takes it back";
+    EXPECT_EQ(told(), ZQ_TEXTS_UTF8);
+    ASSERT_EQ(zqengine_column_set_text(column.get(), 1, "\xC3", 1), 0);
+    EXPECT_EQ(told(), ZQ_TEXTS_ANY);
+    ASSERT_EQ(zqengine_column_set_null(column.get(), 1), 0);
+    EXPECT_EQ(told(), ZQ_TEXTS_UTF8) << "NULL is no text";
+    zqengine_column_prepare(column.get(), 1);
+    EXPECT_EQ(column->data->engine_word, nullptr);
 }
 
 TEST(Interface, TextThatDoesNotFitTellsItsLength) {
