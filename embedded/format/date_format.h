@@ -132,9 +132,12 @@ struct current_date {
     std::uint32_t month;
 };
 
+template <class Parsed> struct format_memory;
+
 struct date_model {
     std::uint32_t room;
     dfm_fixed_text fixed;
+    format_memory<date_model>* memory; // of the session that it is parsed for; null without one
     std::uint8_t language;
     std::uint8_t piece_count;
     bool shows_era; // so that years count from 1 in either direction
