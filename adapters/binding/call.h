@@ -40,6 +40,7 @@ struct call_argument {
     bifun_column column;
     std::vector<interval> intervals; // the values, where the type is interval_dt
     bool repeats;                    // row 0 is what all rows are: it alone is there
+    bool stays;                      // and what it is in the next batches, too
 };
 
 template <class T> T* values_of(call_argument& argument) { return static_cast<T*>(argument.data.values); }
@@ -55,8 +56,11 @@ struct bound_member {
 // How the last row was evaluated, of a call whose batches have one row: the next one differs in its values alone, unless its keyword is
 // another one.
 struct last_row {
-    invocation invoked; // no entry where the next row has to be bound anew
-    std::array<bifun_column, bifun::most_arguments> columns;
+    const bifun::entry_point* entry; // null where the next row has to be bound anew
+    void* function;
+    std::array<const void*, bifun::most_arguments> arguments;
+    argument_set constants; // of the arguments that are passed as such, those that do not stay
+    bifun_column* result;
     bifun::value_type given;
 };
 

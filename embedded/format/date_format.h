@@ -160,6 +160,9 @@ inline const date_model& inside(const dfm_model& model) { return reinterpret_cas
 [[nodiscard]] format_problem parse_format_model(const std::uint8_t* format, std::uint32_t length, date_model& model);
 [[nodiscard]] format_problem parse_percent_format(const std::uint8_t* format, std::uint32_t length, date_model& model);
 
+// Leaves a model without pieces, as finish_model would.
+void forget_elements(date_model& model);
+
 // Works out, from its pieces, what a model is to be written and read by.
 void finish_model(date_model& model);
 

@@ -35,12 +35,7 @@ void copy_model(const date_model& from, date_model& to) {
 }
 
 void begin(const bifun_environment* environment, date_model& model) {
-    static const date_model empty = [] {
-        date_model made{};
-        finish_model(made);
-        return made;
-    }();
-    copy_model(empty, model);
+    forget_elements(model);
     model.language = static_cast<std::uint8_t>(environment != nullptr ? environment->language : static_cast<std::int32_t>(DFM_ENGLISH));
     model.memory = environment != nullptr ? &environment->date_models : nullptr;
 }
