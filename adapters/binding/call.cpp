@@ -220,6 +220,8 @@ call_failure refusal(const call& made, const call_values& values, std::uint32_t 
 
 // ---- intervals --------------------------------------------------------------------------------------------------------------
 
+constexpr std::int64_t per_second = 1'000'000; // microseconds
+
 template <class Visit> void for_each_row(const row_list& rows, std::uint32_t row_count, const Visit& visit) {
     for (std::uint32_t k = 0; k < row_count; ++k) {
         visit(rows.empty() ? k : rows[k]);
@@ -228,7 +230,6 @@ template <class Visit> void for_each_row(const row_list& rows, std::uint32_t row
 
 // Writes the rows of an argument as the kind of interval that the member takes; returns false where one is beyond its range.
 bool write_intervals(call_argument& argument, bifun_column& to, bool as_months, const row_list& rows, std::uint32_t row_count) {
-    constexpr std::int64_t per_second = 1'000'000;
     bool fits = true;
     const auto write = [&](std::uint32_t row) {
         const interval& value = argument.intervals[row];
@@ -553,6 +554,16 @@ bool evaluate_again(call& made, const session& executor, row_result& result) {
         result = {as_doubles(made, *last.result, last.given, 1), value_type::DOUBLE};
     }
     return status == 0;
+}
+
+interval interval_at(const bifun_column& results, value_type type, std::uint32_t row) {
+    if (type == value_type::INTERVAL_YM) {
+        const bifun_interval_ym& value = static_cast<const bifun_interval_ym*>(results.data->values)[row];
+        return {value.years * 12 + value.months, 0, 0};
+    }
+    const bifun_interval_dt& value = static_cast<const bifun_interval_dt*>(results.data->values)[row];
+    const std::int64_t seconds = std::int64_t{value.hours} * 3600 + std::int64_t{value.minutes} * 60 + value.seconds;
+    return {0, value.days, seconds * per_second + value.microseconds};
 }
 
 std::string text_of(const call_failure& failed) {

@@ -95,6 +95,9 @@ std::unique_ptr<call> make_call(const signature& form, std::size_t argument_coun
 using result_store =
     std::function<void(const bifun_column* results, bifun::value_type type, std::span<const std::uint16_t> rows, std::uint32_t row_count)>;
 
+// The interval in a row of such results.
+interval interval_at(const bifun_column& results, bifun::value_type type, std::uint32_t row);
+
 struct call_failure {
     std::int32_t status; // of the library; 0 where the call is refused before
     std::string message; // begins with the name of the built-in

@@ -27,8 +27,7 @@ std::int32_t invoke(const invocation& call, std::uint32_t row_count);
 
 // The same with all that is passed: `arguments` are columns and records of constants.
 inline std::int32_t invoke_entry(const bifun::entry_point& entry, void* function, bifun_environment* environment,
-                                 bifun_memory_object* memory, const void* const* arguments, bifun_column* result,
-                                 std::uint32_t row_count) {
+                                 bifun_memory_object* memory, const void* const* arguments, bifun_column* result, std::uint32_t row_count) {
     // Results of other types have no storage besides their values.
     const bool is_string = bifun::is_string(entry.result);
     if (is_string) {

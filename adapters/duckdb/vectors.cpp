@@ -220,23 +220,6 @@ bool store_datetimes(const bifun_column& results, std::span<const std::uint16_t>
     });
 }
 
-void store_intervals(const bifun_column& results, value_type given, std::span<const std::uint16_t> rows, std::uint32_t row_count,
-                     void* to) {
-    auto* const intervals = static_cast<duckdb_interval*>(to);
-    for_each_result(results, rows, row_count, [&](std::uint32_t k, std::uint32_t row) {
-        if (given == value_type::INTERVAL_YM) {
-            const bifun_interval_ym& value = values_of<bifun_interval_ym>(results)[k];
-            intervals[row] = {value.years * 12 + value.months, 0, 0};
-        } else {
-            const bifun_interval_dt& value = values_of<bifun_interval_dt>(results)[k];
-            intervals[row] = {0, value.days,
-                              (std::int64_t{value.hours} * 3600 + value.minutes * 60 + value.seconds) * binding::microseconds_per_second +
-                                  value.microseconds};
-        }
-        return true;
-    });
-}
-
 } // namespace
 
 duckdb_logical_type make_type(sql_type type) {
@@ -354,7 +337,10 @@ std::string store_results(const bifun_column* results, value_type given, std::sp
         return "";
     }
     case sql_type::interval_dt:
-        store_intervals(*results, given, rows, row_count, to);
+        for_each_result(*results, rows, row_count, [&](std::uint32_t k, std::uint32_t row) {
+            static_cast<duckdb_interval*>(to)[row] = std::bit_cast<duckdb_interval>(binding::interval_at(*results, given, k));
+            return true;
+        });
         return "";
     default:
         if (store_datetimes(*results, rows, row_count, type, time_zone, to)) {

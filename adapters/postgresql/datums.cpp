@@ -236,15 +236,9 @@ Datum make_timestamp_with_zone(const binding::row_result& made, const sql_functi
 }
 
 Datum make_interval(const binding::row_result& made) {
+    const binding::interval value = binding::interval_at(*made.column, made.type, 0);
     auto* const result = static_cast<Interval*>(palloc(sizeof(Interval)));
-    if (made.type == value_type::INTERVAL_YM) {
-        const auto& value = value_of<bifun_interval_ym>(made);
-        *result = {0, 0, value.years * 12 + value.months};
-    } else {
-        const auto& value = value_of<bifun_interval_dt>(made);
-        const std::int64_t seconds = std::int64_t{value.hours} * 3600 + std::int64_t{value.minutes} * 60 + value.seconds;
-        *result = {seconds * binding::microseconds_per_second + value.microseconds, value.days, 0};
-    }
+    *result = {value.microseconds, value.days, value.months};
     return IntervalPGetDatum(result);
 }
 
