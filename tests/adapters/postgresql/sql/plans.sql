@@ -1,4 +1,5 @@
 -- A site of a call is evaluated again and again: with other parameters, in a loop, in a generic plan, in an index.
+\a \t \pset null NULL
 SET plan_cache_mode = force_generic_plan;
 PREPARE p(text, int) AS SELECT bifun.trim($1), bifun.lpad('7', $2, '0');
 EXECUTE p(' a ', 2);

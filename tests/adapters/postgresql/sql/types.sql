@@ -1,4 +1,5 @@
 -- Which function a call finds by its types, and what it gives.
+\a \t \pset null NULL
 CREATE EXTENSION bifun;
 SELECT bifun.length('ab  '::char(5)), bifun.length('ab'::varchar), '[' || bifun.concat('a '::char(3), 'b', 'c'::char(2)) || ']' AS concat;
 SELECT pg_typeof(bifun.abs(1::smallint)), pg_typeof(bifun.abs(1)), pg_typeof(bifun.abs(1.0)), pg_typeof(bifun.abs(1::real));
@@ -10,7 +11,6 @@ SELECT bifun.nvl(1.50, 0), bifun.abs(-0.00), bifun.abs(-100.000), bifun.abs(-123
 SELECT bifun.char_length('abc'), bifun.substring('abc', 2), bifun.octet_length('é');
 SELECT bifun.nvl(NULL, '\x00ff'::bytea), bifun.greatest(interval '1 day', '25:00'), bifun.date_add(timestamp '2024-01-31', '1 month');
 -- NULL
-\pset null NULL
 SELECT bifun.if(NULL, 'a', 'b'), bifun.lnnvl(NULL), bifun.extract(NULL, date '2024-01-01'), bifun.trim('both', NULL, 'a');
 SELECT bifun.substr('abc', NULL, 1), bifun.nvl(NULL, 2), bifun.round(1.25, NULL);
 -- everything has a comment, and nothing that depends on the session's zone is immutable
