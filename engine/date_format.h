@@ -37,7 +37,8 @@ typedef struct dfm_model {
 /* In which language names are written and read. */
 enum dfm_language { DFM_ENGLISH = 0, DFM_CHINESE = 1 };
 
-/* Begins a model without elements, in the session's language; in English without an environment. Returns 0. */
+/* Begins a model without elements, in the session's language; in English without an environment. Until the model is parsed the environment
+ * has to live: it may keep the last formats, as executors pass the same ones again and again. Returns 0. */
 int32_t dfm_create(const bifun_environment* environment, dfm_model* model);
 
 /* Returns 0; -6803 where there is no such language, and then the model is as it was. */

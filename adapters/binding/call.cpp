@@ -2,6 +2,7 @@
 #include "adapters/binding/call.h"
 
 #include <algorithm>
+#include <bit>
 #include <cstring>
 #include <limits>
 #include <new>
@@ -219,6 +220,8 @@ call_failure refusal(const call& made, const call_values& values, std::uint32_t 
 
 // ---- intervals --------------------------------------------------------------------------------------------------------------
 
+constexpr std::int64_t per_second = 1'000'000; // microseconds
+
 template <class Visit> void for_each_row(const row_list& rows, std::uint32_t row_count, const Visit& visit) {
     for (std::uint32_t k = 0; k < row_count; ++k) {
         visit(rows.empty() ? k : rows[k]);
@@ -227,7 +230,6 @@ template <class Visit> void for_each_row(const row_list& rows, std::uint32_t row
 
 // Writes the rows of an argument as the kind of interval that the member takes; returns false where one is beyond its range.
 bool write_intervals(call_argument& argument, bifun_column& to, bool as_months, const row_list& rows, std::uint32_t row_count) {
-    constexpr std::int64_t per_second = 1'000'000;
     bool fits = true;
     const auto write = [&](std::uint32_t row) {
         const interval& value = argument.intervals[row];
@@ -323,6 +325,10 @@ bool pass_argument(group_call& group, invocation& invoked, std::size_t parameter
         invoked.constants[parameter] = &value.as_int;
         return true;
     }
+    if (made.capacity == 1) {
+        invoked.columns[parameter] = shown;
+        return true;
+    }
     group.columns[parameter] = *shown;
     group.columns[parameter].selection = argument.repeats     ? first_row_again(made.capacity)
                                          : group.rows.empty() ? nullptr
@@ -355,19 +361,20 @@ call_failure describe_failure(const group_call& group, const invocation& invoked
             call_text(group.made, row)};
 }
 
-void keep_invocation(call& made, const group_call& group, const invocation& invoked) {
-    bool has_interval = false;
+void keep_invocation(call& made, const invocation& invoked) {
+    argument_set constants = 0;
     for (std::size_t i = 0; i < made.arguments.size(); ++i) {
-        has_interval |= type_of(made, i) == sql_type::interval_dt; // whose kind is that of the value
+        if (type_of(made, i) == sql_type::interval_dt) { // whose kind is that of the value
+            return;
+        }
+        constants |= invoked.columns[i] == nullptr && !made.arguments[i].stays ? argument_set{1} << i : 0;
     }
-    if (has_interval || made.arguments.size() > made.form->argument_count) {
+    if (made.arguments.size() > made.form->argument_count) {
         return;
     }
-    made.last = {invoked, group.columns, invoked.entry->result};
+    made.last = {invoked.entry, invoked.function, {}, constants, invoked.result, invoked.entry->result};
     for (std::size_t i = 0; i < invoked.entry->argument_count; ++i) {
-        if (invoked.columns[i] != nullptr) {
-            made.last.invoked.columns[i] = &made.last.columns[i];
-        }
+        made.last.arguments[i] = invoked.columns[i] != nullptr ? invoked.columns[i] : invoked.constants[i];
     }
 }
 
@@ -412,7 +419,7 @@ failure evaluate_group(group_call& group, const result_store& store, void* (*fin
     // f(a, b, c) is f(f(a, b), c), whose first argument is a column.
     const std::size_t steps = made.arguments.size() > form.argument_count ? made.arguments.size() - form.argument_count + 1 : 1;
     const bifun_column* left = nullptr;
-    made.last.invoked.entry = nullptr;
+    made.last.entry = nullptr;
     for (std::size_t step = 0; step < steps; ++step) {
         if (step > 0) {
             const call_argument& right = made.arguments[form.argument_count - 1 + step];
@@ -452,7 +459,7 @@ failure evaluate_group(group_call& group, const result_store& store, void* (*fin
         }
         left = invoked.result;
         if (made.capacity == 1) {
-            keep_invocation(made, group, invoked);
+            keep_invocation(made, invoked);
         }
     }
 
@@ -520,35 +527,43 @@ std::optional<call_failure> evaluate(call& made, const session& executor, std::u
 }
 
 bool evaluate_again(call& made, const session& executor, row_result& result) {
-    last_row& last = made.last;
-    invocation& invoked = last.invoked;
-    if (invoked.entry == nullptr) {
+    const last_row& last = made.last;
+    if (last.entry == nullptr) {
         return false;
     }
-    for (std::size_t i = 0; i < made.arguments.size(); ++i) {
+    for (argument_set rest = last.constants; rest != 0; rest &= rest - 1) {
+        const auto i = static_cast<std::size_t>(std::countr_zero(rest));
         const call_argument& argument = made.arguments[i];
-        if (invoked.columns[i] != nullptr) {
-            last.columns[i].no_nulls = argument.column.no_nulls;
-        } else if (argument.data.null_flags[0] == 0) {
+        if (argument.data.null_flags[0] == 0) {
             return false;
-        } else if (made.form->keyword != i) {
-            read_constant(argument.column, invoked.entry->argument_list[i].type, 0, made.constants[i]);
+        }
+        if (made.form->keyword != i) {
+            read_constant(argument.column, last.entry->argument_list[i].type, 0, made.constants[i]);
         } else if (text_of(argument, 0) != made.keyword) {
             return false;
         }
     }
-    invoked.environment = executor.environment;
-    invoked.memory = executor.memory;
     auto* const heap = static_cast<mem_heap*>(executor.memory->heap);
     const mem_heap_mark mark = mem_heap_get_heap_top(heap);
-    const std::int32_t status = invoke(invoked, 1);
+    const std::int32_t status =
+        invoke_entry(*last.entry, last.function, executor.environment, executor.memory, last.arguments.data(), last.result, 1);
     mem_heap_free_heap_top(executor.environment, heap, mark);
     const bool widens = made.form->result == sql_type::double_precision && last.given != value_type::DOUBLE;
-    result = {invoked.result, last.given};
+    result = {last.result, last.given};
     if (widens && status == 0) {
-        result = {as_doubles(made, *invoked.result, last.given, 1), value_type::DOUBLE};
+        result = {as_doubles(made, *last.result, last.given, 1), value_type::DOUBLE};
     }
     return status == 0;
+}
+
+interval interval_at(const bifun_column& results, value_type type, std::uint32_t row) {
+    if (type == value_type::INTERVAL_YM) {
+        const bifun_interval_ym& value = static_cast<const bifun_interval_ym*>(results.data->values)[row];
+        return {value.years * 12 + value.months, 0, 0};
+    }
+    const bifun_interval_dt& value = static_cast<const bifun_interval_dt*>(results.data->values)[row];
+    const std::int64_t seconds = std::int64_t{value.hours} * 3600 + std::int64_t{value.minutes} * 60 + value.seconds;
+    return {0, value.days, seconds * per_second + value.microseconds};
 }
 
 std::string text_of(const call_failure& failed) {

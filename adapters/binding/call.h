@@ -40,6 +40,7 @@ struct call_argument {
     bifun_column column;
     std::vector<interval> intervals; // the values, where the type is interval_dt
     bool repeats;                    // row 0 is what all rows are: it alone is there
+    bool stays;                      // and what it is in the next batches, too
 };
 
 template <class T> T* values_of(call_argument& argument) { return static_cast<T*>(argument.data.values); }
@@ -55,8 +56,11 @@ struct bound_member {
 // How the last row was evaluated, of a call whose batches have one row: the next one differs in its values alone, unless its keyword is
 // another one.
 struct last_row {
-    invocation invoked; // no entry where the next row has to be bound anew
-    std::array<bifun_column, bifun::most_arguments> columns;
+    const bifun::entry_point* entry; // null where the next row has to be bound anew
+    void* function;
+    std::array<const void*, bifun::most_arguments> arguments;
+    argument_set constants; // of the arguments that are passed as such, those that do not stay
+    bifun_column* result;
     bifun::value_type given;
 };
 
@@ -90,6 +94,9 @@ std::unique_ptr<call> make_call(const signature& form, std::size_t argument_coun
 // the signature's result, INTERVAL_YM or INTERVAL_DT for an interval, and no selection; null stands for NULL in all rows.
 using result_store =
     std::function<void(const bifun_column* results, bifun::value_type type, std::span<const std::uint16_t> rows, std::uint32_t row_count)>;
+
+// The interval in a row of such results.
+interval interval_at(const bifun_column& results, bifun::value_type type, std::uint32_t row);
 
 struct call_failure {
     std::int32_t status; // of the library; 0 where the call is refused before

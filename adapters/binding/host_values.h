@@ -136,10 +136,10 @@ inline void read_host_decimal(int128 number, std::uint32_t scale, xdec& result) 
     decimal_layout::store_parts(result, decimal_layout::pack_head(mark, digits_of(magnitude), scale, 0), magnitude);
 }
 
-// The value times 10^scale, halves away from zero; false where it has more than 38 digits.
-inline bool write_host_decimal(const xdec& value, std::uint32_t scale, int128& result) {
+// write_host_decimal where it is not one multiplication.
+[[gnu::noinline]] inline bool write_unusual_decimal(const xdec& value, std::uint32_t scale, uint128& magnitude) {
     using namespace bifun::decimal_layout;
-    uint128 magnitude = coefficient(value);
+    magnitude = coefficient(value);
     const std::uint32_t own_scale = value.bytes[scale_at];
     if (own_scale > scale) {
         const std::uint32_t cut = own_scale - scale;
@@ -150,12 +150,27 @@ inline bool write_host_decimal(const xdec& value, std::uint32_t scale, int128& r
             const uint128 rest = magnitude % power;
             magnitude = magnitude / power + (rest >= power - rest ? 1 : 0);
         }
-    } else {
-        const std::uint32_t added = scale - own_scale + value.bytes[exponent_at];
-        if (magnitude != 0 && added + digits_of(magnitude) > static_cast<std::uint32_t>(most_coefficient_digits)) {
-            return false;
-        }
-        magnitude *= magnitude == 0 ? 1 : powers_of_ten[added];
+        return true;
+    }
+    const std::uint32_t added = scale - own_scale + value.bytes[exponent_at];
+    if (magnitude != 0 && added + digits_of(magnitude) > static_cast<std::uint32_t>(most_coefficient_digits)) {
+        return false;
+    }
+    magnitude *= magnitude == 0 ? 1 : powers_of_ten[added];
+    return true;
+}
+
+// The value times 10^scale, halves away from zero; false where it has more than 38 digits.
+inline bool write_host_decimal(const xdec& value, std::uint32_t scale, int128& result) {
+    using namespace bifun::decimal_layout;
+    constexpr std::uint32_t most_added = 18; // to at most twenty digits
+    const uint128 own = coefficient(value);
+    const std::uint32_t added = scale - value.bytes[scale_at] + value.bytes[exponent_at]; // or wraps
+    uint128 magnitude = 0;
+    if (own >> 64 == 0 && added <= most_added && value.bytes[scale_at] <= scale) [[likely]] {
+        magnitude = own * static_cast<std::uint64_t>(powers_of_ten[added]);
+    } else if (!write_unusual_decimal(value, scale, magnitude)) {
+        return false;
     }
     result = value.bytes[0] == XDEC_NEGATIVE ? -static_cast<int128>(magnitude) : static_cast<int128>(magnitude);
     return true;

@@ -1,22 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "adapters/binding/invocation.h"
 
-#include "embedded/zqengine.h"
-
 namespace binding {
 
 std::int32_t invoke(const invocation& call, std::uint32_t row_count) {
-    // Results of other types have no storage besides their values.
-    const bool is_string = bifun::is_string(call.entry->result);
-    if (is_string) {
-        zqengine_column_prepare(call.result, row_count);
-    }
     std::array<const void*, bifun::most_arguments> arguments{};
     for (std::size_t i = 0; i < call.entry->argument_count; ++i) {
         arguments[i] = call.columns[i] != nullptr ? call.columns[i] : call.constants[i];
     }
-    const std::int32_t status = call.entry->invoke(call.function, call.environment, call.memory, arguments.data(), call.result, row_count);
-    return status != 0 || !is_string ? status : zqengine_column_status(call.result);
+    return invoke_entry(*call.entry, call.function, call.environment, call.memory, arguments.data(), call.result, row_count);
 }
 
 failed_call find_failure(const invocation& call, std::int32_t status, std::uint32_t row_count) {

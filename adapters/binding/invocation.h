@@ -8,6 +8,7 @@
 #include <optional>
 
 #include "bop/frame/catalogue.h"
+#include "embedded/zqengine.h"
 
 namespace binding {
 
@@ -23,6 +24,18 @@ struct invocation {
 
 // Whatever the result held is forgotten. Returns 0 or a negative status, also where a string of the result found no memory.
 std::int32_t invoke(const invocation& call, std::uint32_t row_count);
+
+// The same with all that is passed: `arguments` are columns and records of constants.
+inline std::int32_t invoke_entry(const bifun::entry_point& entry, void* function, bifun_environment* environment,
+                                 bifun_memory_object* memory, const void* const* arguments, bifun_column* result, std::uint32_t row_count) {
+    // Results of other types have no storage besides their values.
+    const bool is_string = bifun::is_string(entry.result);
+    if (is_string) {
+        zqengine_column_prepare(result, row_count);
+    }
+    const std::int32_t status = entry.invoke(function, environment, memory, arguments, result, row_count);
+    return status != 0 || !is_string ? status : zqengine_column_status(result);
+}
 
 // A call that failed says what went wrong, but not where.
 struct failed_call {

@@ -173,7 +173,7 @@ bool takes_argument_count(std::string_view builtin, std::size_t count) {
     return has_member_with(builtin, count) || (count > 2 && bifun::spelling_of(builtin).takes_more);
 }
 
-std::string signatures(std::string_view builtin, std::size_t argument_count) {
+std::string describe_signatures(std::string_view builtin, std::size_t argument_count) {
     // A call with the name of a field looks like one with the field, which stands first.
     const std::optional<std::size_t> name_position = keywords_of(builtin).name_position;
     std::vector<std::pair<const entry_point*, parameters>> calls;

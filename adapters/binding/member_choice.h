@@ -37,7 +37,7 @@ bool takes_argument_count(std::string_view builtin, std::size_t count);
 
 // What calls with so many arguments may look like: "(BIGINT), (field, DECIMAL)". A parameter is called constant where it has to be a
 // literal.
-std::string signatures(std::string_view builtin, std::size_t argument_count);
+std::string describe_signatures(std::string_view builtin, std::size_t argument_count);
 
 // Where no member takes the arguments for the field that is one of them, but members would for others: "TIME has no field DAY; it has ...".
 // Empty where the field is not to blame.

@@ -173,7 +173,7 @@ std::string explain_refusal(const signature& call, const call_values& values, st
         types.push_back(call.keyword == i ? role_name(call.keywords.role) : sql_type_name(offered[i].type));
     }
     return fmt::format("{} does not take ({}); it takes {}{}", call.builtin, fmt::join(types, ", "),
-                       signatures(call.builtin, call.argument_count), advice_for(call.builtin, offered));
+                       describe_signatures(call.builtin, call.argument_count), advice_for(call.builtin, offered));
 }
 
 std::vector<signature> signatures_of(std::string_view builtin) {

@@ -5,15 +5,17 @@
 
 #include <cctype>
 #include <cstdlib>
-#include <deque>
 #include <memory>
 #include <new>
 #include <string>
 #include <unordered_map>
+#include <vector>
 
 #include "adapters/binding/call.h"
 #include "adapters/binding/library.h"
 #include "adapters/duckdb/host_functions.h"
+#include "adapters/duckdb/open_vectors.h"
+#include "adapters/duckdb/overloads.h"
 #include "adapters/duckdb/vectors.h"
 #include "engine/charset.h"
 
@@ -21,16 +23,6 @@ namespace duckdb_extension {
 namespace {
 
 using binding::session_settings;
-using binding::signature;
-
-// A function as it is registered.
-struct registered_function {
-    signature form;
-    std::size_t argument_count; // more than the signature has where it takes more
-    bool writes_arguments;
-};
-
-constexpr std::size_t most_arguments_joined = 8;
 
 // ---- settings of a session ------------------------------------------------------------------------------------------------------
 
@@ -109,7 +101,7 @@ void bind_settings(duckdb_bind_info info) {
 struct thread_state {
     std::unique_ptr<binding::session, void (*)(binding::session*)> session = binding::make_session();
     session_settings settings; // that the session has
-    std::unordered_map<const registered_function*, std::unique_ptr<binding::call>> calls;
+    std::unordered_map<const overload*, std::unique_ptr<binding::call>> calls;
     std::vector<std::vector<std::uint8_t>> texts; // copies of strings, by argument
 };
 
@@ -120,8 +112,7 @@ const session_settings& settings_of(duckdb_function_info info) {
 }
 
 // Returns an empty text, or why it failed, which begins with the name of the built-in.
-std::string evaluate_batch(const registered_function& function, const session_settings& settings, duckdb_data_chunk input,
-                           duckdb_vector output) {
+std::string evaluate_batch(const overload& function, const session_settings& settings, duckdb_data_chunk input, duckdb_vector output) {
     thread_local thread_state state;
     const auto row_count = static_cast<std::uint32_t>(duckdb_data_chunk_get_size(input));
     if (state.session == nullptr) {
@@ -139,9 +130,10 @@ std::string evaluate_batch(const registered_function& function, const session_se
     const std::int32_t zone = settings.time_zone;
     const std::string name = std::string(function.form.builtin) + ": ";
     for (std::size_t i = 0; i < function.argument_count; ++i) {
-        const binding::sql_type type = function.form.types()[std::min(i, function.form.argument_count - 1)];
-        std::string fault = show_vector(duckdb_data_chunk_get_vector(input, i), type, row_count, zone,
-                                        function.writes_arguments ? &state.texts[i] : nullptr, call->arguments[i]);
+        duckdb_vector vector = duckdb_data_chunk_get_vector(input, i);
+        std::vector<std::uint8_t>* const copy = function.writes_arguments ? &state.texts[i] : nullptr;
+        std::string fault = function.is_open(i) ? show_open_vector(vector, function.type_of(i), row_count, call->arguments[i])
+                                                : show_vector(vector, function.type_of(i), row_count, zone, copy, call->arguments[i]);
         if (!fault.empty()) {
             return name + fault;
         }
@@ -158,7 +150,7 @@ std::string evaluate_batch(const registered_function& function, const session_se
 }
 
 void run(duckdb_function_info info, duckdb_data_chunk input, duckdb_vector output) {
-    const auto& function = *static_cast<const registered_function*>(duckdb_scalar_function_get_extra_info(info));
+    const auto& function = *static_cast<const overload*>(duckdb_scalar_function_get_extra_info(info));
     try {
         const std::string fault = duckdb_data_chunk_get_size(input) == 0 ? "" : evaluate_batch(function, settings_of(info), input, output);
         if (!fault.empty()) {
@@ -171,19 +163,18 @@ void run(duckdb_function_info info, duckdb_data_chunk input, duckdb_vector outpu
 
 // ---- registration --------------------------------------------------------------------------------------------------------------------
 
-void add_function(duckdb_scalar_function_set set, const std::string& name, const registered_function& function) {
+void add_function(duckdb_scalar_function_set set, const std::string& name, const overload& function) {
     duckdb_scalar_function made = duckdb_create_scalar_function();
     duckdb_scalar_function_set_name(made, name.c_str());
-    const auto with_type = [&](binding::sql_type type, const auto& use) {
-        duckdb_logical_type host_type = make_type(type);
-        use(host_type);
-        duckdb_destroy_logical_type(&host_type);
+    const auto with_type = [&](duckdb_logical_type type, const auto& use) {
+        use(type);
+        duckdb_destroy_logical_type(&type);
     };
     for (std::size_t i = 0; i < function.argument_count; ++i) {
-        with_type(function.form.types()[std::min(i, function.form.argument_count - 1)],
+        with_type(function.is_open(i) ? duckdb_create_logical_type(function.open->declared) : make_type(function.type_of(i)),
                   [&](duckdb_logical_type type) { duckdb_scalar_function_add_parameter(made, type); });
     }
-    with_type(function.form.result, [&](duckdb_logical_type type) { duckdb_scalar_function_set_return_type(made, type); });
+    with_type(make_type(function.form.result), [&](duckdb_logical_type type) { duckdb_scalar_function_set_return_type(made, type); });
     duckdb_scalar_function_set_special_handling(made); // of NULL, which some functions give another value for
     if (function.form.changes == bifun::change::every_call) {
         duckdb_scalar_function_set_volatile(made);
@@ -192,7 +183,7 @@ void add_function(duckdb_scalar_function_set set, const std::string& name, const
         find_setting_functions()->scalar_function_set_bind(made, bind_settings);
     }
     // Functions stay as long as the process; DuckDB changes nothing of them.
-    duckdb_scalar_function_set_extra_info(made, const_cast<registered_function*>(&function), nullptr);
+    duckdb_scalar_function_set_extra_info(made, const_cast<overload*>(&function), nullptr);
     duckdb_scalar_function_set_function(made, run);
     (void)duckdb_add_scalar_function_to_set(set, made);
     duckdb_destroy_scalar_function(&made);
@@ -206,20 +197,12 @@ std::string function_name(std::string_view builtin) {
     return name;
 }
 
-const std::deque<registered_function>& all_functions() {
-    static const std::deque<registered_function> functions = [] {
-        std::deque<registered_function> made;
+const std::vector<overload>& all_functions() {
+    static const std::vector<overload> functions = [] {
+        std::vector<overload> made;
         for (const bifun::builtin& builtin : bifun::builtins) {
-            bool writes = false;
-            for (const bifun::entry_point& member : bifun::entry_points) {
-                writes |= member.builtin == builtin.name && bifun::writes_arguments(member);
-            }
-            for (const signature& form : binding::signatures_of(builtin.name)) {
-                for (std::size_t count = form.argument_count; count <= (form.takes_more ? most_arguments_joined : form.argument_count);
-                     ++count) {
-                    made.push_back({form, count, writes});
-                }
-            }
+            const std::vector<overload> own = overloads_of(builtin.name);
+            made.insert(made.end(), own.begin(), own.end());
         }
         return made;
     }();
@@ -229,7 +212,7 @@ const std::deque<registered_function>& all_functions() {
 bool register_set(duckdb_connection connection, std::string_view builtin, const std::string& name) {
     duckdb_scalar_function_set set = duckdb_create_scalar_function_set(name.c_str());
     bool is_empty = true;
-    for (const registered_function& function : all_functions()) {
+    for (const overload& function : all_functions()) {
         if (function.form.builtin == builtin) {
             add_function(set, name, function);
             is_empty = false;

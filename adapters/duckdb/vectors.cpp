@@ -6,6 +6,7 @@
 
 #include "adapters/binding/host_datetimes.h"
 #include "adapters/binding/host_values.h"
+#include "adapters/duckdb/vector_rows.h"
 
 namespace duckdb_extension {
 namespace {
@@ -13,67 +14,6 @@ namespace {
 using bifun::value_type;
 using binding::call_argument;
 using binding::sql_type;
-
-constexpr const char* no_such_date = "a date is not among -4712-01-01 to 9999-12-31, or one of the ten days that October 1582 lacks";
-
-// A validity mask has a bit for each row; null stands for one without a clear bit.
-bool is_valid(const std::uint64_t* validity, std::uint32_t row) { return validity == nullptr || (validity[row / 64] >> row % 64 & 1) != 0; }
-
-// Eight bits as bytes of 0 and 1.
-std::uint64_t bytes_of_bits(std::uint64_t bits) {
-    const std::uint64_t spread = (bits & 0xFF) * 0x0101'0101'0101'0101 & 0x8040'2010'0804'0201;
-    return ((spread + 0x7F7F'7F7F'7F7F'7F7F) | spread) >> 7 & 0x0101'0101'0101'0101;
-}
-
-void show_nulls(const std::uint64_t* validity, std::uint32_t row_count, call_argument& argument) {
-    argument.column.no_nulls = 1;
-    if (validity == nullptr) {
-        std::memset(argument.data.null_flags, 1, row_count);
-        return;
-    }
-    for (std::uint32_t row = 0; row < row_count; row += 8) {
-        const std::uint64_t bits = validity[row / 64] >> row % 64;
-        const std::uint64_t flags = bytes_of_bits(bits);
-        const std::uint32_t count = row_count - row < 8 ? row_count - row : 8;
-        std::memcpy(argument.data.null_flags + row, &flags, count);
-        const std::uint64_t asked = (std::uint64_t{1} << count) - 1;
-        argument.column.no_nulls &= (bits & asked) == asked ? 1U : 0U;
-    }
-}
-
-// Whether all rows hold the same bytes, or all are NULL. A constant that DuckDB has made a vector of is so.
-bool repeats(const std::uint8_t* values, std::size_t width, const std::uint64_t* validity, std::uint32_t row_count) {
-    if (row_count == 1) {
-        return true;
-    }
-    const bool is_null = !is_valid(validity, 0);
-    if (!is_null && std::memcmp(values, values + width, width) != 0) {
-        return false;
-    }
-    for (std::uint32_t row = 1; validity != nullptr && row < row_count; ++row) {
-        if (is_valid(validity, row) == is_null) {
-            return false;
-        }
-    }
-    return is_null || std::memcmp(values, values + width, width * (row_count - 1)) == 0;
-}
-
-// Calls `show` for each row that is not NULL, and returns whether it has returned true for all of them. Without a branch for what is usual.
-template <class Show> bool for_each_value(const call_argument& argument, std::uint32_t row_count, const Show& show) {
-    bool all = true;
-    if (argument.column.no_nulls != 0) {
-        for (std::uint32_t row = 0; row < row_count; ++row) {
-            all &= show(row);
-        }
-        return all;
-    }
-    for (std::uint32_t row = 0; row < row_count; ++row) {
-        if (argument.data.null_flags[row] != 0) {
-            all &= show(row);
-        }
-    }
-    return all;
-}
 
 bifun_string shown_text(const duckdb_string_t& text, bool counts_blanks) {
     const std::uint32_t size = text.value.inlined.length;
@@ -280,23 +220,6 @@ bool store_datetimes(const bifun_column& results, std::span<const std::uint16_t>
     });
 }
 
-void store_intervals(const bifun_column& results, value_type given, std::span<const std::uint16_t> rows, std::uint32_t row_count,
-                     void* to) {
-    auto* const intervals = static_cast<duckdb_interval*>(to);
-    for_each_result(results, rows, row_count, [&](std::uint32_t k, std::uint32_t row) {
-        if (given == value_type::INTERVAL_YM) {
-            const bifun_interval_ym& value = values_of<bifun_interval_ym>(results)[k];
-            intervals[row] = {value.years * 12 + value.months, 0, 0};
-        } else {
-            const bifun_interval_dt& value = values_of<bifun_interval_dt>(results)[k];
-            intervals[row] = {0, value.days,
-                              (std::int64_t{value.hours} * 3600 + value.minutes * 60 + value.seconds) * binding::microseconds_per_second +
-                                  value.microseconds};
-        }
-        return true;
-    });
-}
-
 } // namespace
 
 duckdb_logical_type make_type(sql_type type) {
@@ -334,10 +257,7 @@ duckdb_logical_type make_type(sql_type type) {
 std::string show_vector(duckdb_vector vector, sql_type type, std::uint32_t row_count, std::int32_t time_zone,
                         std::vector<std::uint8_t>* copy, call_argument& argument) {
     void* const values = duckdb_vector_get_data(vector);
-    const std::uint64_t* const validity = duckdb_vector_get_validity(vector);
-    argument.repeats = repeats(static_cast<const std::uint8_t*>(values), width_of(type), validity, row_count);
-    const std::uint32_t shown = argument.repeats ? 1 : row_count;
-    show_nulls(validity, shown, argument);
+    const std::uint32_t shown = show_rows(vector, width_of(type), row_count, argument);
     switch (type) {
     case sql_type::integer:
     case sql_type::bigint:
@@ -417,7 +337,10 @@ std::string store_results(const bifun_column* results, value_type given, std::sp
         return "";
     }
     case sql_type::interval_dt:
-        store_intervals(*results, given, rows, row_count, to);
+        for_each_result(*results, rows, row_count, [&](std::uint32_t k, std::uint32_t row) {
+            static_cast<duckdb_interval*>(to)[row] = std::bit_cast<duckdb_interval>(binding::interval_at(*results, given, k));
+            return true;
+        });
         return "";
     default:
         if (store_datetimes(*results, rows, row_count, type, time_zone, to)) {

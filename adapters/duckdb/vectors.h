@@ -17,6 +17,9 @@ namespace duckdb_extension {
 constexpr std::uint8_t decimal_digits = 38;
 constexpr std::uint8_t fraction_digits = 10;
 
+// Of a value that is no datetime of the library.
+constexpr const char* no_such_date = "a date is not among -4712-01-01 to 9999-12-31, or one of the ten days that October 1582 lacks";
+
 // The type that DuckDB has for values of the type; to be destroyed by the caller.
 duckdb_logical_type make_type(binding::sql_type type);
 

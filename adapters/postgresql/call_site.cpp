@@ -108,8 +108,17 @@ call_site* create_site(const char* name, std::span<const std::uint32_t> argument
         }
         constexpr std::uint32_t one_row = 1;
         auto call = binding::make_call(function->form, function->arguments.size(), one_row);
-        made =
-            new call_site{function, std::move(call), session(), writes_arguments(function->form.builtin), moment_of(*function), 0, 0, {}};
+        made = new call_site{function, std::move(call), session(), writes_arguments(function->form.builtin), moment_of(*function), 0, {}};
+        const auto parameters = function->form.types();
+        for (std::size_t i = 0; i < function->arguments.size(); ++i) {
+            made->arguments[i] = {.shown = &made->call->arguments[i],
+                                  .type = function->arguments[i],
+                                  .parameter = parameters[std::min(i, parameters.size() - 1)],
+                                  .is_literal = false,
+                                  .copy = nullptr,
+                                  .copy_capacity = 0};
+            made->to_show |= std::uint32_t{1} << i;
+        }
         return no_failure;
     });
     return made;

@@ -18,10 +18,14 @@ enum class zone_moment : std::uint8_t { none, now, first_datetime, unix_seconds 
 
 constexpr std::size_t most_site_arguments = 8;
 
-// A place for the bytes of an argument that the call writes to; in memory of PostgreSQL's.
-struct text_copy {
-    std::uint8_t* bytes;
-    std::size_t capacity;
+struct site_argument {
+    binding::call_argument* shown;
+    host_type type;
+    binding::sql_type parameter;
+    bool is_literal; // in the query itself, and the same for every row
+    // A place for the bytes of one that the call writes to; in memory of PostgreSQL's.
+    std::uint8_t* copy;
+    std::size_t copy_capacity;
 };
 
 struct call_site {
@@ -30,9 +34,8 @@ struct call_site {
     const binding::session* session;     // that of the process
     bool writes_arguments;
     zone_moment moment;
-    std::uint32_t is_literal; // by argument as bits: it is in the query itself, and is the same for every row
-    std::uint32_t is_shown;   // such arguments have got their values
-    std::array<text_copy, most_site_arguments> copies;
+    std::uint32_t to_show; // the arguments, as bits, but for literals that have been shown once for all
+    std::array<site_argument, most_site_arguments> arguments;
 };
 
 // What went wrong, in texts that stay until the next failure. No message: nothing did.

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "adapters/postgresql/datums.h"
 
+#include <bit>
 #include <cstring>
 
 #include "adapters/binding/host_values.h"
@@ -70,26 +71,25 @@ std::uint32_t length_without_blanks(const std::uint8_t* bytes, std::uint32_t siz
 }
 
 // Returns whether the bytes are where the value has them.
-bool show_text(Datum value, std::size_t position, bool counts_blanks, MemoryContext context, call_site& site) {
+bool show_text(Datum value, bool counts_blanks, bool is_written_to, MemoryContext context, site_argument& argument) {
     const struct varlena* const packed = PG_DETOAST_DATUM_PACKED(value);
     auto* bytes = reinterpret_cast<std::uint8_t*>(VARDATA_ANY(packed));
     const auto size = static_cast<std::uint32_t>(VARSIZE_ANY_EXHDR(packed));
     const std::uint32_t length = counts_blanks ? length_without_blanks(bytes, size) : size;
-    if (site.writes_arguments) {
-        text_copy& copy = site.copies[position];
-        if (copy.capacity < length) {
+    if (is_written_to) {
+        if (argument.copy_capacity < length) {
             const std::size_t capacity = TYPEALIGN(64, length);
-            copy.bytes =
-                static_cast<std::uint8_t*>(copy.bytes == nullptr ? MemoryContextAlloc(context, capacity) : repalloc(copy.bytes, capacity));
-            copy.capacity = capacity;
+            argument.copy = static_cast<std::uint8_t*>(argument.copy == nullptr ? MemoryContextAlloc(context, capacity)
+                                                                                : repalloc(argument.copy, capacity));
+            argument.copy_capacity = capacity;
         }
         if (length > 0) {
-            std::memcpy(copy.bytes, bytes, length);
+            std::memcpy(argument.copy, bytes, length);
         }
-        bytes = copy.bytes;
+        bytes = argument.copy;
     }
-    show(site.call->arguments[position], bifun_string{length, size - length, bytes});
-    return site.writes_arguments || PointerGetDatum(packed) == value;
+    show(*argument.shown, bifun_string{length, size - length, bytes});
+    return is_written_to || PointerGetDatum(packed) == value;
 }
 
 void show_date(DateADT days, const sql_function& function, call_argument& argument) {
@@ -149,12 +149,11 @@ void show_timestamp_with_zone(TimestampTz moment, const sql_function& function, 
 
 template <class T> const T& value_of(const binding::row_result& made) { return *static_cast<const T*>(made.column->data->values); }
 
+// Written in place: the few bytes that most numbers leave cost less than a copy.
 Datum make_numeric(const xdec& value) {
-    std::uint8_t bytes[most_numeric_bytes];
-    const std::uint32_t size = write_numeric(value, bytes);
-    auto* const result = static_cast<struct varlena*>(palloc(VARHDRSZ + size));
+    auto* const result = static_cast<struct varlena*>(palloc(VARHDRSZ + most_numeric_bytes));
+    const std::uint32_t size = write_numeric(value, reinterpret_cast<std::uint8_t*>(VARDATA(result)));
     SET_VARSIZE(result, VARHDRSZ + size);
-    std::memcpy(VARDATA(result), bytes, size);
     return PointerGetDatum(result);
 }
 
@@ -237,37 +236,28 @@ Datum make_timestamp_with_zone(const binding::row_result& made, const sql_functi
 }
 
 Datum make_interval(const binding::row_result& made) {
+    const binding::interval value = binding::interval_at(*made.column, made.type, 0);
     auto* const result = static_cast<Interval*>(palloc(sizeof(Interval)));
-    if (made.type == value_type::INTERVAL_YM) {
-        const auto& value = value_of<bifun_interval_ym>(made);
-        *result = {0, 0, value.years * 12 + value.months};
-    } else {
-        const auto& value = value_of<bifun_interval_dt>(made);
-        const std::int64_t seconds = std::int64_t{value.hours} * 3600 + std::int64_t{value.minutes} * 60 + value.seconds;
-        *result = {seconds * binding::microseconds_per_second + value.microseconds, value.days, 0};
-    }
+    *result = {value.microseconds, value.days, value.months};
     return IntervalPGetDatum(result);
 }
 
-} // namespace
-
-bool show_datum(Datum value, std::size_t position, MemoryContext context, call_site& site) {
+// Returns whether what is shown stays valid as long as the value itself.
+bool show_datum(Datum value, MemoryContext context, site_argument& to, const call_site& site) {
     const sql_function& function = *site.function;
-    const auto types = function.form.types();
-    const sql_type type = types[position < types.size() ? position : types.size() - 1];
-    call_argument& argument = site.call->arguments[position];
-    switch (function.arguments[position]) {
+    call_argument& argument = *to.shown;
+    switch (to.type) {
     case host_type::boolean:
         show(argument, std::int32_t{DatumGetBool(value)});
         break;
     case host_type::smallint:
-        show_integer(DatumGetInt16(value), type, argument);
+        show_integer(DatumGetInt16(value), to.parameter, argument);
         break;
     case host_type::integer:
-        show_integer(DatumGetInt32(value), type, argument);
+        show_integer(DatumGetInt32(value), to.parameter, argument);
         break;
     case host_type::bigint:
-        show_integer(DatumGetInt64(value), type, argument);
+        show_integer(DatumGetInt64(value), to.parameter, argument);
         break;
     case host_type::double_precision:
         show(argument, DatumGetFloat8(value));
@@ -297,11 +287,29 @@ bool show_datum(Datum value, std::size_t position, MemoryContext context, call_s
     }
     case host_type::text:
     case host_type::character:
-        return show_text(value, position, true, context, site);
+        return show_text(value, true, site.writes_arguments, context, to);
     case host_type::bytea:
-        return show_text(value, position, false, context, site);
+        return show_text(value, false, site.writes_arguments, context, to);
     }
     return true;
+}
+
+} // namespace
+
+void show_arguments(const NullableDatum* values, MemoryContext context, call_site& site) {
+    for (std::uint32_t rest = site.to_show; rest != 0; rest &= rest - 1) {
+        const auto position = static_cast<std::size_t>(std::countr_zero(rest));
+        const NullableDatum& value = values[position];
+        site_argument& argument = site.arguments[position];
+        argument.shown->data.null_flags[0] = value.isnull ? 0 : 1;
+        argument.shown->column.no_nulls = value.isnull ? 0 : 1;
+        const bool stays = value.isnull || show_datum(value.value, context, argument, site);
+        if (stays && argument.is_literal) {
+            site.to_show &= ~(std::uint32_t{1} << position);
+            // A text as a constant is prepared for many rows, which one row does not pay for.
+            argument.shown->stays = argument.shown->repeats = !value.isnull && argument.type < host_type::text;
+        }
+    }
 }
 
 Datum make_datum(const binding::row_result& made, const sql_function& function) {

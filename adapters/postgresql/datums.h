@@ -10,9 +10,9 @@
 
 namespace postgresql_extension {
 
-// Shows a value that is not NULL as the argument at `position`; bytes of texts stay where they are, unless the call writes to them.
-// `context` lives as long as the site. Returns whether what is shown stays valid as long as the value itself.
-bool show_datum(Datum value, std::size_t position, MemoryContext context, call_site& site);
+// Shows the arguments of a row to the call; bytes of texts stay where they are, unless the call writes to them. `context` lives as long as
+// the site.
+void show_arguments(const NullableDatum* values, MemoryContext context, call_site& site);
 
 // The value of the only row of a result, which is not NULL, as the function's type.
 Datum make_datum(const binding::row_result& made, const sql_function& function);

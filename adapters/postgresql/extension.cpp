@@ -58,28 +58,13 @@ call_site* make_site(FmgrInfo& function) {
         report(failure);
     }
     for (std::size_t i = 0; i < declared.count; ++i) {
-        site->is_literal |= is_literal(function, i) ? 1U << i : 0U;
+        site->arguments[i].is_literal = is_literal(function, i);
     }
     callback->func = [](void* made) { destroy_site(static_cast<call_site*>(made)); };
     callback->arg = site;
     MemoryContextRegisterResetCallback(function.fn_mcxt, callback);
     function.fn_extra = site;
     return site;
-}
-
-void show_arguments(call_site& site, FunctionCallInfo info) {
-    for (std::size_t i = 0; i < site.call->arguments.size(); ++i) {
-        const std::uint32_t bit = 1U << i;
-        if ((site.is_shown & bit) != 0) {
-            continue;
-        }
-        const NullableDatum& value = info->args[i];
-        binding::call_argument& argument = site.call->arguments[i];
-        argument.data.null_flags[0] = value.isnull ? 0 : 1;
-        argument.column.no_nulls = value.isnull ? 0 : 1;
-        const bool stays = value.isnull || show_datum(value.value, i, info->flinfo->fn_mcxt, site);
-        site.is_shown |= stays ? site.is_literal & bit : 0;
-    }
 }
 
 // The zone by which the engine's session goes, in minutes; none at first.
@@ -122,7 +107,7 @@ Datum call(FunctionCallInfo info) {
     FmgrInfo& function = *info->flinfo;
     call_site* const site = function.fn_extra != nullptr ? static_cast<call_site*>(function.fn_extra) : make_site(function);
     apply_settings();
-    show_arguments(*site, info);
+    show_arguments(info->args, function.fn_mcxt, *site);
     if (site->moment != zone_moment::none) {
         if (const std::int32_t zone = zone_for(*site, info); zone != current_zone) {
             const failure_text failure = set_zone(zone);

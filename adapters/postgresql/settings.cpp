@@ -54,10 +54,10 @@ bool check_format(char** value, void** /*extra*/, GucSource /*source*/) {
     return status == 0;
 }
 
-void session_changes(const char* /*value*/, void* /*extra*/) { session_has_changed = true; }
-void language_changes(int /*value*/, void* /*extra*/) { session_has_changed = true; }
-void mode_changes(int /*value*/, void* /*extra*/) { library_has_changed = true; }
-void case_changes(bool /*value*/, void* /*extra*/) { library_has_changed = true; }
+void session_changes(const char* /*value*/, void* /*extra*/) { session_has_changed = settings_have_changed = true; }
+void language_changes(int /*value*/, void* /*extra*/) { session_has_changed = settings_have_changed = true; }
+void mode_changes(int /*value*/, void* /*extra*/) { library_has_changed = settings_have_changed = true; }
+void case_changes(bool /*value*/, void* /*extra*/) { library_has_changed = settings_have_changed = true; }
 
 std::uint32_t charset_of_database() {
     switch (GetDatabaseEncoding()) {
@@ -81,6 +81,8 @@ void check(const failure_text& failure) {
 
 } // namespace
 
+bool settings_have_changed = true;
+
 void define_settings() {
     // Results of these two are not only of a session: indexes and constraints keep them. So whoever answers for the database sets them, at
     // best for all of it: ALTER DATABASE ... SET, or the configuration file.
@@ -99,7 +101,7 @@ void define_settings() {
     MarkGUCPrefixReserved("bifun");
 }
 
-void apply_settings() {
+void hand_on_settings() {
     if (library_has_changed) {
         check(load_library({.compatible_mode = static_cast<std::uint32_t>(compatible_mode),
                             .charset_code = charset_of_database(),
@@ -110,6 +112,7 @@ void apply_settings() {
         check(set_session(date_language, formats));
         session_has_changed = false;
     }
+    settings_have_changed = false;
 }
 
 } // namespace postgresql_extension

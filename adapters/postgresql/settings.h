@@ -11,7 +11,13 @@ void define_settings();
 
 // Hands on what has changed since the last call. Ends with an error of PostgreSQL where the library cannot be loaded, or does not have the
 // database's encoding.
-void apply_settings();
+extern bool settings_have_changed;
+void hand_on_settings();
+inline void apply_settings() {
+    if (settings_have_changed) {
+        hand_on_settings();
+    }
+}
 
 } // namespace postgresql_extension
 

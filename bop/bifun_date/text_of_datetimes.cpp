@@ -4,6 +4,7 @@
 #include "bop/bifun_date/date_model.h"
 #include "bop/bifun_date/datetime_operations.h"
 #include "bop/bifun_date/entry_points.h"
+#include "bop/frame/statements.h"
 #include "bop/frame/string_rows.h"
 #include "engine/decimal.h"
 #include "engine/number_format.h"
@@ -177,11 +178,14 @@ using number_text = bounded_text<ZQ_FORMATTED_NUMBER_SIZE>;
 struct number_formatting {
     bifun_environment* environment;
     bifun_string format;
+    bool texts_are_as_described;
 };
 
-// This operation of the engine wants a buffer of zeros and ends its text with one.
+// Where the engine does not say how it writes texts, this operation finds a buffer of zeros and ends its text with one.
 status format_decimal(const number_formatting& by, const xdec& value, number_text& text) {
-    std::memset(text.bytes, 0, ZQ_FORMATTED_NUMBER_SIZE);
+    if (!by.texts_are_as_described) {
+        std::memset(text.bytes, 0, ZQ_FORMATTED_NUMBER_SIZE);
+    }
     auto* const characters = reinterpret_cast<char*>(text.bytes);
     const status rendered = xdec_to_char_with_fmt(by.environment, &value, characters, by.format.data, by.format.length);
     text.length = static_cast<std::uint32_t>(strnlen(characters, ZQ_FORMATTED_NUMBER_SIZE));
@@ -266,7 +270,8 @@ status entry::bto_char_str_av_date(batch_of<VARCHAR> batch, column_of<VARCHAR> v
         case ZQ_FORMAT_OF_DATES:
             return format_datetimes_in_text(batch, value, text);
         case ZQ_FORMAT_OF_NUMBERS:
-            return string_rows<format_number_in_text>(batch, fixed(number_formatting{batch.environment, text}), value);
+            return string_rows<format_number_in_text>(
+                batch, fixed(number_formatting{batch.environment, text, number_texts_are_as_described()}), value);
         default:
             return fail_batch(batch, BIFUN_INVALID_DATE_FORMAT);
         }
@@ -276,7 +281,7 @@ status entry::bto_char_str_av_date(batch_of<VARCHAR> batch, column_of<VARCHAR> v
 // The engine tells which formats are too long.
 status entry::bdec_to_char_av_date(batch_of<VARCHAR> batch, column_of<DECIMAL> value, constant_of<VARCHAR> format) {
     const auto [text, present] = argument(format);
-    const constant_argument by{number_formatting{batch.environment, text}, present};
+    const constant_argument by{number_formatting{batch.environment, text, number_texts_are_as_described()}, present};
     return text.length == 0 ? null_rows(batch) : string_rows<format_decimal>(batch, by, value);
 }
 

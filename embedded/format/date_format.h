@@ -132,9 +132,12 @@ struct current_date {
     std::uint32_t month;
 };
 
+template <class Parsed> struct format_memory;
+
 struct date_model {
     std::uint32_t room;
     dfm_fixed_text fixed;
+    format_memory<date_model>* memory; // of the session that it is parsed for; null without one
     std::uint8_t language;
     std::uint8_t piece_count;
     bool shows_era; // so that years count from 1 in either direction
@@ -156,6 +159,9 @@ inline const date_model& inside(const dfm_model& model) { return reinterpret_cas
 // Parses a format model or a %-format into a record of which the language is set. Where there is a problem the model has no pieces.
 [[nodiscard]] format_problem parse_format_model(const std::uint8_t* format, std::uint32_t length, date_model& model);
 [[nodiscard]] format_problem parse_percent_format(const std::uint8_t* format, std::uint32_t length, date_model& model);
+
+// Leaves a model without pieces, as finish_model would.
+void forget_elements(date_model& model);
 
 // Works out, from its pieces, what a model is to be written and read by.
 void finish_model(date_model& model);

@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 // The operations of engine/date_format.h.
+#include <cstddef>
 #include <cstring>
 #include <string_view>
 
 #include "bop/frame/status.h"
+#include "embedded/charset/database_charset.h"
 #include "embedded/format/date_elements.h"
 #include "embedded/format/date_format.h"
 #include "embedded/format/format_reader.h"
@@ -19,19 +21,43 @@ using namespace zqengine;
 
 namespace {
 
-void begin(const bifun_environment* environment, date_model& model) {
-    model.language = static_cast<std::uint8_t>(environment != nullptr ? environment->language : static_cast<std::int32_t>(DFM_ENGLISH));
-    model.piece_count = 0;
-    finish_model(model);
-    model.reading_problem = {};
-}
-
 std::int32_t status_of(const format_problem& problem) { return problem.fault == format_fault::none ? BIFUN_OK : BIFUN_INVALID_DATE_FORMAT; }
 
 std::int32_t status_of(const date_reading& reading) {
     return reading.fault == text_fault::none               ? BIFUN_OK
            : reading.fault == text_fault::unreadable_model ? BIFUN_INVALID_DATE_FORMAT
                                                            : BIFUN_INVALID_DATETIME;
+}
+
+// The pieces that it has lie at its end.
+void copy_model(const date_model& from, date_model& to) {
+    std::memcpy(static_cast<void*>(&to), &from, offsetof(date_model, pieces) + from.piece_count * sizeof(date_piece));
+}
+
+void begin(const bifun_environment* environment, date_model& model) {
+    forget_elements(model);
+    model.language = static_cast<std::uint8_t>(environment != nullptr ? environment->language : static_cast<std::int32_t>(DFM_ENGLISH));
+    model.memory = environment != nullptr ? &environment->date_models : nullptr;
+}
+
+using parse_function = format_problem (*)(const std::uint8_t* format, std::uint32_t length, date_model& model);
+
+// Parses into a model that has been begun, or copies what the session has kept.
+std::int32_t parse_model(parse_function parse, const std::uint8_t* format, std::uint32_t length, date_model& model) {
+    const auto parse_into = [&](date_model& made) { return status_of(parse(format, length, made)); };
+    if (model.memory == nullptr) {
+        return parse_into(model);
+    }
+    const std::uint32_t reading = (parse == parse_percent_format ? 1U : 0U) | model.language * 2U | database_charset() << 8;
+    const auto parse_to_keep = [&](date_model& made) {
+        made.language = model.language;
+        made.memory = model.memory;
+        return parse_into(made);
+    };
+    const date_model* found = nullptr;
+    const std::int32_t status = find_format(*model.memory, {format, length, nullptr, 0, reading}, parse_to_keep, found);
+    copy_model(*found, model);
+    return status;
 }
 
 std::int32_t write(const bifun_environment* environment, const dfm_model* model, const zqtime* value, std::uint8_t* buffer,
@@ -77,20 +103,23 @@ int32_t dfm_set_lang(dfm_model* model, int32_t language) {
     }
     date_model& changed = inside(*model);
     changed.language = static_cast<std::uint8_t>(language);
+    if (changed.piece_count == 0) {
+        return BIFUN_OK;
+    }
     finish_model(changed);
     changed.plan.can_read = changed.plan.can_read && changed.reading_problem.fault == format_fault::none;
     return BIFUN_OK;
 }
 
 int32_t dfm_parse(dfm_model* model, const uint8_t* format, uint32_t length) {
-    return status_of(parse_format_model(format, length, inside(*model)));
+    return parse_model(parse_format_model, format, length, inside(*model));
 }
 
 int32_t parse_date_fmt_with_len(const bifun_environment* environment, const uint8_t* format, uint32_t length, int32_t with_zone,
                                 dfm_model* model) {
     date_model& parsed = inside(*model);
     begin(environment, parsed);
-    const std::int32_t status = status_of(parse_format_model(format, length, parsed));
+    const std::int32_t status = parse_model(parse_format_model, format, length, parsed);
     if (status < BIFUN_OK) {
         return status;
     }
@@ -103,7 +132,7 @@ int32_t parse_date_fmt_with_len(const bifun_environment* environment, const uint
 
 int32_t zqtime_convert_fmt(const bifun_environment* environment, const uint8_t* format, uint32_t length, dfm_model* model) {
     begin(environment, inside(*model));
-    return status_of(parse_percent_format(format, length, inside(*model)));
+    return parse_model(parse_percent_format, format, length, inside(*model));
 }
 
 int32_t to_char_nls_parse(const uint8_t* nls, uint32_t length, int32_t* language) {

@@ -253,6 +253,17 @@ bool tells_era(const date_piece& piece) { return piece.element == era || piece.e
 
 } // namespace
 
+void forget_elements(date_model& model) {
+    model.room = DFM_SHORT_TEXT_SIZE;
+    model.fixed.length = 0; // without which nobody looks at the rest of it, or of the plan
+    model.plan.length = 0;
+    model.plan.can_read = false;
+    model.piece_count = 0;
+    model.shows_era = model.has_zone = model.has_time = false;
+    model.needs_today = true;
+    model.reading_problem = {};
+}
+
 void finish_model(date_model& model) {
     const std::span<const date_piece> pieces(model.pieces, model.piece_count);
     model.shows_era = std::ranges::any_of(pieces, tells_era);

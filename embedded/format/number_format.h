@@ -6,13 +6,11 @@
 #include <cstdint>
 
 #include "bop/frame/contract.h"
+#include "embedded/format/format_memory.h"
 
 namespace zqengine {
 
 struct nls_parameters;
-
-constexpr std::uint32_t max_format_length = 75;
-constexpr std::uint32_t max_nls_length = 128;
 
 // TM and TM9 are `shortest`, TME is `shortest_scientific`.
 enum class format_kind : std::uint8_t { fixed, scientific, hexadecimal, roman, shortest, shortest_scientific };
@@ -79,17 +77,6 @@ struct number_reading {
 
 // Writes the value and a closing NUL. `buffer` has at least 512 bytes; what lies behind the NUL is garbage.
 void write_number(const number_format& format, const xdec& value, char* buffer);
-
-// The last number format of a session, with the texts that it was parsed from.
-struct number_format_memory {
-    static constexpr std::uint32_t none = ~std::uint32_t{0};
-
-    std::uint32_t format_length = none;
-    std::uint32_t nls_length = 0;
-    std::uint8_t format_text[max_format_length];
-    std::uint8_t nls_text[max_nls_length];
-    number_format format;
-};
 
 } // namespace zqengine
 

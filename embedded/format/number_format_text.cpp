@@ -7,8 +7,8 @@
 
 #include "embedded/decimal/decimal_parts.h"
 #include "embedded/decimal/digits.h"
-#include "embedded/format/kept_number_format.h"
 #include "embedded/format/number_format.h"
+#include "embedded/format/number_format_texts.h"
 #include "engine/number_format.h"
 #include "layouts/eight_digits.h"
 

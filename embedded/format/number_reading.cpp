@@ -7,8 +7,8 @@
 
 #include "bop/frame/status.h"
 #include "embedded/format/format_reader.h"
-#include "embedded/format/kept_number_format.h"
 #include "embedded/format/number_format.h"
+#include "embedded/format/number_format_texts.h"
 #include "engine/decimal.h"
 #include "engine/number_format.h"
 

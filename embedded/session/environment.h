@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "embedded/format/date_format.h"
+#include "embedded/format/format_memory.h"
 #include "embedded/format/number_format.h"
 
 namespace zqengine {
@@ -23,7 +24,8 @@ struct session_model {
 
 // One per session; a session runs one call at a time. Zone, language and formats may be set between calls.
 struct bifun_environment {
-    zqengine::number_format_memory number_format;
+    mutable zqengine::format_memory<zqengine::number_format> number_formats;
+    mutable zqengine::format_memory<zqengine::date_model> date_models;
     std::int32_t time_zone = 0;          // the session's displacement from UTC in minutes, -840..840
     std::int32_t language = DFM_ENGLISH; // of dfm_language, for formats that are parsed from then on
     std::array<zqengine::session_model, 5> formats;

@@ -148,8 +148,8 @@ const bifun::entry_point& find_member(binder& state, const expression& tree, std
     }
     if (member == nullptr) {
         fail_at(state.sql, tree.offset,
-                fmt::format("{} does not take ({}); it takes {}{}", builtin, fmt::join(types, ", "), signatures(builtin, types.size()),
-                            advice_for(builtin, offered)));
+                fmt::format("{} does not take ({}); it takes {}{}", builtin, fmt::join(types, ", "),
+                            describe_signatures(builtin, types.size()), advice_for(builtin, offered)));
     }
     if (member->argument_count > arguments.size()) {
         const bool is_text = bifun::is_string(member->arguments().back().type);

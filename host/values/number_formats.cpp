@@ -5,7 +5,7 @@
 
 #include <fmt/format.h>
 
-#include "embedded/format/kept_number_format.h"
+#include "embedded/format/number_format_texts.h"
 
 namespace host {
 

@@ -91,6 +91,40 @@ TEST_P(DuckDb, WhatStandsForOneConstantElsewhereMayVary) {
               "90:00:00 1 year 2 months -1 day -12:00:00 \\xFF\\x00");
 }
 
+// Decimals of any width are taken as they are, and what is no decimal goes where DuckDB would have converted it to.
+TEST_P(DuckDb, NumbersOfAnyTypeAreTaken) {
+    const std::pair<const char*, const char*> cases[] = {
+        {"-1.5::DECIMAL(4, 1)", "1.5 DECIMAL"},
+        {"-12345.67::DECIMAL(9, 2)", "12345.67 DECIMAL"},
+        {"-1234567890123.45::DECIMAL(18, 2)", "1234567890123.45 DECIMAL"},
+        {"-12345678901234567890.5::DECIMAL(38, 5)", "12345678901234567890.5 DECIMAL"},
+        {"-99999999999999999999999999999999999999::DECIMAL(38, 0)", "more than 28 digits"},
+        {"-5", "5 BIGINT"},
+        {"-5::TINYINT", "5 BIGINT"},
+        {"5::USMALLINT", "5 BIGINT"},
+        {"4294967295::UINTEGER", "4294967295 BIGINT"},
+        {"-9999999999", "9999999999 BIGINT"},
+        {"18446744073709551615::UBIGINT", "1.8446744073709552E+19 DOUBLE"},
+        {"-170141183460469231731687303715884105727::HUGEINT", "1.7014118346046923E+38 DOUBLE"},
+        {"-2.5::FLOAT", "2.5 DOUBLE"},
+        {"NULL", "NULL DECIMAL"},
+        {"TIMESTAMP_S '2024-05-06 07:08:09'", "no function for an argument of this type"},
+        {"'x'::VARCHAR", "no function for an argument of this type"},
+    };
+    for (const auto& [argument, expected] : cases) {
+        const std::string sql =
+            fmt::format("SELECT bifun_to_char(a), regexp_extract(typeof(a), '[A-Z]+') FROM (SELECT bifun_abs({}) a)", argument);
+        EXPECT_NE(answer(sql).find(expected), std::string::npos) << argument << ": " << answer(sql);
+    }
+    EXPECT_EQ(answer("SELECT bifun_trunc(TIMESTAMP_S '2024-05-06 07:08:09', 'MM'), bifun_trunc(TIMESTAMP_MS '1969-12-31 23:59:59.999'), "
+                     "bifun_to_char(TIMESTAMP_NS '1969-12-31 23:59:59.999999999'), bifun_round(5, 1), bifun_trunc(5::SMALLINT)"),
+              "2024-05-01 00:00:00 1969-12-31 00:00:00 1969-12-31 23:59:59 5.0 5");
+    EXPECT_EQ(
+        answer("SELECT sum(bifun_round(m, 0)), count(bifun_abs(m)) FROM (SELECT CASE WHEN i % 3 > 0 THEN (i / 10)::DECIMAL(9, 1) END m "
+               "FROM range(5000) t(i))"),
+        "833333.0000000000 3333");
+}
+
 TEST_P(DuckDb, ErrorsTellTheCallAndLeaveTheSessionUsable) {
     const std::pair<const char*, const char*> cases[] = {
         {"SELECT bifun_ln(3 - i) FROM range(5) t(i)", "bifun LN: -6803 an argument is outside the function's domain, in LN(0)"},

@@ -60,81 +60,6 @@ TEST_F(PostgreSql, CellsAreThoseOfTheProgram) {
     expect_equal_cells(ask, std::nullopt);
 }
 
-struct statement_case {
-    const char* sql;
-    const char* answer;
-};
-
-// What PostgreSQL can have and the library cannot, or the other way round, and what the library refuses.
-TEST_F(PostgreSql, ErrorsHaveStateMessageAndDetail) {
-    const statement_case cases[] = {
-        {"SELECT bifun.ln(-1)", "22023 LN: -6803 an argument is outside the function's domain / LN(-1)"},
-        {"SELECT bifun.ln(x) FROM (VALUES (1), (-1)) AS t(x)", "22023 LN: -6803 an argument is outside the function's domain / LN(-1)"},
-        {"SELECT bifun.abs((-9223372036854775807)::bigint - 1)", "22003 ABS: -6102 numeric overflow / ABS(-9223372036854775808)"},
-        {"SELECT bifun.round('NaN'::numeric)", "22003 ROUND: NaN is no decimal"},
-        {"SELECT bifun.round('-Infinity'::numeric)", "22003 ROUND: infinity is no decimal"},
-        {"SELECT bifun.round(10::numeric ^ 400)", "22003 ROUND: the number is beyond the largest decimal"},
-        {"SELECT bifun.year(date '-infinity')", "22008 YEAR: infinity is no date"},
-        {"SELECT bifun.year(timestamptz 'infinity')", "22008 YEAR: infinity is no timestamp"},
-        {"SELECT bifun.day(date '1582-10-10')",
-         "22008 DAY: there is no such date: they are from -4712-01-01 to 9999-12-31, and 1582-10-15 follows 1582-10-04"},
-        {"SELECT bifun.year(timestamp '294276-12-31')",
-         "22008 YEAR: there is no such date: they are from -4712-01-01 to 9999-12-31, and 1582-10-15 follows 1582-10-04"},
-        {"SELECT bifun.last_day(date '1500-02-01')", "22008 LAST_DAY: the result is 29 February of a year that has none by the Gregorian "
-                                                     "calendar, which PostgreSQL goes by before 1582, "
-                                                     "too"},
-        {"SELECT bifun.sec_to_time(86401)",
-         "22008 SEC_TO_TIME: the result is a time of more than 24 hours, which PostgreSQL does not have"},
-        {"SELECT bifun.hour(timetz '12:00+15')", "22009 HOUR: the zone of a time is not one of whole minutes from -14:00 to +14:00"},
-        {"SELECT bifun.extract('century', date '2024-01-01')", "22023 EXTRACT has no field 'century'; there are YEAR, MONTH, DAY, HOUR, "
-                                                               "MINUTE, SECOND, MICROSECOND, TIMEZONE_HOUR, TIMEZONE_MINUTE"},
-        {"SELECT bifun.extract('hour', date '2024-01-01')",
-         "22023 EXTRACT: DATE has no field hour; it has YEAR, MONTH, DAY / EXTRACT('hour', 2024-01-01)"},
-        {"SELECT bifun.date_add(date '2024-01-31', interval '1 month 1 day')",
-         "22023 DATE_ADD: an interval is of years and months, or of days and time / DATE_ADD(2024-01-31, INTERVAL '1 months 1 days 0 "
-         "microseconds')"},
-        {"SELECT bifun.next_day(date '2024-01-31', 'x')", "22007 NEXT_DAY: -6145 unknown day name / NEXT_DAY(2024-01-31, 'x')"},
-        {"SELECT bifun.trim('both', 'a', 'xy')", "22027 TRIM: -6109 the trim set is not exactly one character / TRIM('both', 'a', 'xy')"},
-        {"SELECT bifun.trim(1)", "42883 function bifun.trim(integer) does not exist"},
-        {"SET bifun.date_format = 'foo'", "22023 invalid value for parameter \"bifun.date_format\": \"foo\" / formats have no such "
-                                          "element; text stands in double quotes, at byte 1."},
-    };
-    for (const statement_case& tried : cases) {
-        EXPECT_EQ(answer(tried.sql), tried.answer) << tried.sql;
-        EXPECT_EQ(answer("SELECT bifun.length('abc')"), "3") << tried.sql;
-    }
-}
-
-TEST_F(PostgreSql, TypesDecideAsInTheProgram) {
-    const statement_case cases[] = {
-        {"SELECT bifun.length('ab  '::char(5)), bifun.length('ab'::varchar), bifun.concat('a '::char(3), 'b', 'c'::char(2))", "5 2 a  bc "},
-        {"SELECT pg_typeof(bifun.abs(1::smallint)), pg_typeof(bifun.abs(1)), pg_typeof(bifun.abs(1.0)), pg_typeof(bifun.abs(1::real))",
-         "bigint bigint numeric double precision"},
-        {"SELECT pg_typeof(bifun.floor(1::bigint)), pg_typeof(bifun.round(1, 1)), pg_typeof(bifun.nvl(1, 2.5)), pg_typeof(bifun.nvl(1, "
-         "2::bigint))",
-         "numeric numeric numeric bigint"},
-        {"SELECT bifun.greatest(1, 2, 3, 4, 5, 6, 7, 8), bifun.least(2, 1.5::float8), bifun.concat('a', 'b', 'c', NULL, 'd')",
-         "8 1.5 abcd"},
-        {"SELECT bifun.nvl(1.50, 0), bifun.abs(-0.00), bifun.abs(-100.000), bifun.abs(-12345678901234567890.1234567890)",
-         "1.50 0.00 100.000 12345678901234567890.1234567890"},
-        {"SELECT bifun.char_length('abc'), bifun.substring('abc', 2), bifun.octet_length('é')", "3 bc 2"},
-        {"SELECT bifun.nvl(NULL, '\\x00ff'::bytea), bifun.greatest(interval '1 day', '25:00'), bifun.date_add(timestamp '2024-01-31', '1 "
-         "month')",
-         "\\x00ff 25:00:00 2024-02-29 00:00:00"},
-        {"SELECT bifun.if(NULL, 'a', 'b'), bifun.lnnvl(NULL), bifun.extract(NULL, date '2024-01-01'), bifun.trim('both', NULL, 'a')",
-         "b t NULL NULL"},
-        {"SELECT count(*) FROM pg_proc WHERE pronamespace = 'bifun'::regnamespace AND (obj_description(oid, 'pg_proc') IS NULL OR "
-         "(provolatile = 'i' AND (1184 = ANY (proargtypes) OR prorettype = 1184)))",
-         "0"},
-        {"SELECT proisstrict, provolatile, proparallel FROM pg_proc WHERE oid IN ('bifun.ln(float8)'::regprocedure, "
-         "'bifun.nvl(int, int)'::regprocedure, 'bifun.rand(float8)'::regprocedure, 'bifun.to_char(date)'::regprocedure) ORDER BY proname",
-         "t i s / f i s / t v r / f s s"},
-    };
-    for (const statement_case& tried : cases) {
-        EXPECT_EQ(answer(tried.sql), tried.answer) << tried.sql;
-    }
-}
-
 // NVL gives its argument back.
 TEST_F(PostgreSql, ValuesComeBackAsTheyWere) {
     const char* const sources[] = {
@@ -199,30 +124,6 @@ TEST_F(PostgreSql, SettingsHoldForTheSession) {
     const session_pointer early = open_session();
     EXPECT_EQ(query(*early, "SET ROLE plain; SET bifun.compatible_mode = 3").error, "");
     EXPECT_EQ(query(*early, "SELECT bifun.length('')").rows, session_answer({"", {{std::nullopt}}}).rows);
-}
-
-// A site of a call is evaluated again and again: with other parameters, in a loop, in a generic plan, in an index.
-TEST_F(PostgreSql, CallsAreEvaluatedAnewForEveryRow) {
-    const statement_case cases[] = {
-        {"SET plan_cache_mode = force_generic_plan; PREPARE p(text, int) AS SELECT bifun.trim($1), bifun.lpad('7', $2, '0'); EXECUTE p(' a "
-         "', 2)",
-         "a 07"},
-        {"EXECUTE p('b', 3)", "b 007"},
-        {"CREATE FUNCTION pg_temp.joined() RETURNS text LANGUAGE plpgsql AS $$ DECLARE r text := ''; BEGIN FOR i IN 1..3 LOOP r := "
-         "bifun.concat(r, "
-         "bifun.dateadd(CASE i WHEN 1 THEN 'year' ELSE 'day' END, i, date '2024-01-01')::date::text); END LOOP; RETURN r; END $$; SELECT "
-         "pg_temp.joined()",
-         "2025-01-012024-01-032024-01-04"},
-        {"CREATE TEMP TABLE t AS SELECT i, lpad(i::text, 1 + i % 9, '*') AS s FROM generate_series(1, 3000) AS i; CREATE INDEX ON t "
-         "(bifun.trim('both', s, '*')); ANALYZE t; SET enable_seqscan = off; SELECT i FROM t WHERE bifun.trim('both', s, '*') = '2996'",
-         "2996"},
-        {"SELECT string_agg(bifun.to_char(d, f), ' ') FROM (VALUES (date '2024-02-29', 'YYYY'), ('2024-02-29', 'MM'), (NULL, 'DD'), "
-         "('2024-03-01', 'MM')) AS v(d, f)",
-         "2024 02 03"},
-    };
-    for (const statement_case& tried : cases) {
-        EXPECT_EQ(answer(tried.sql), tried.answer) << tried.sql;
-    }
 }
 
 TEST_F(PostgreSql, WorkersShareAPlan) {

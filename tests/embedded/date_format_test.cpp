@@ -3,6 +3,8 @@
 
 #include <cstring>
 #include <fstream>
+#include <iterator>
+#include <random>
 #include <string>
 #include <utility>
 #include <vector>
@@ -15,6 +17,9 @@
 #include "tests/contract/exact_block.h"
 
 namespace {
+
+using zqengine::date_model;
+using zqengine::kept_format;
 
 zqtime value_of(const std::string& text) {
     zqtime value{};
@@ -31,16 +36,17 @@ std::string text_of(const zqtime& value) {
 bool is_percent_format(const std::string& format) { return format.find('%') != std::string::npos; }
 
 // The text, or the status where the format is bad. Texts lie in blocks of exactly their size.
-std::string written(const std::string& value_text, const std::string& format_text, const std::string& language_text = "") {
+std::string written(const std::string& value_text, const std::string& format_text, const std::string& language_text = "",
+                    const bifun_environment* environment = nullptr) {
     const zqtime value = value_of(value_text);
     const exact_block format(format_text);
     const exact_block nls(language_text);
     dfm_model model;
     std::int32_t status = 0;
     if (is_percent_format(format_text)) {
-        status = zqtime_convert_fmt(nullptr, format.data(), format.length, &model);
+        status = zqtime_convert_fmt(environment, format.data(), format.length, &model);
     } else {
-        (void)dfm_create(nullptr, &model);
+        (void)dfm_create(environment, &model);
         std::int32_t language = DFM_ENGLISH;
         status = nls.length == 0 ? 0 : to_char_nls_parse(nls.data(), nls.length, &language);
         EXPECT_EQ(dfm_set_lang(&model, language), 0);
@@ -52,21 +58,21 @@ std::string written(const std::string& value_text, const std::string& format_tex
     const exact_block buffer(std::string(model.room, '~'));
     std::uint32_t length = 0;
     const auto write = is_percent_format(format_text) ? date_to_char : dfm_char_get;
-    EXPECT_EQ(write(nullptr, &model, &value, buffer.data(), &length), 0);
+    EXPECT_EQ(write(environment, &model, &value, buffer.data(), &length), 0);
     EXPECT_LE(length, model.room);
     return {reinterpret_cast<const char*>(buffer.data()), length};
 }
 
 // The value, or the status.
-std::string read(const std::string& text_text, const std::string& format_text) {
+std::string read(const std::string& text_text, const std::string& format_text, const bifun_environment* environment = nullptr) {
     const exact_block text(text_text);
     const exact_block format(format_text);
     const bool with_zone = format_text.find("TZ") != std::string::npos;
     dfm_model model;
-    std::int32_t status = parse_date_fmt_with_len(nullptr, format.data(), format.length, with_zone ? 1 : 0, &model);
+    std::int32_t status = parse_date_fmt_with_len(environment, format.data(), format.length, with_zone ? 1 : 0, &model);
     zqtime value{};
     if (status == 0) {
-        status = with_zone ? char_to_datetime_tz_simple_with_alen(nullptr, &model, text.data(), text.length, &value)
+        status = with_zone ? char_to_datetime_tz_simple_with_alen(environment, &model, text.data(), text.length, &value)
                            : char_to_date_simple_with_alen(&model, text.data(), text.length, DFM_DATETIME, &value);
     }
     return status == 0 ? text_of(value) : std::to_string(status);
@@ -276,6 +282,29 @@ TEST(DateFormat, Languages) {
     dfm_model model;
     EXPECT_EQ(dfm_create(nullptr, &model), 0);
     EXPECT_EQ(dfm_set_lang(&model, 2), -6803);
+}
+
+// Whatever came before, good or bad, in another language or as a %-format of the same text.
+TEST(DateFormat, SessionKeepsTheLastModels) {
+    const std::string value = "2024-02-29 13:45:00";
+    const char* const chinese = "NLS_DATE_LANGUAGE=CHINESE";
+    const std::string long_format = "YYYY" + std::string(71, '-');
+    bifun_environment environment;
+    std::mt19937 random(11);
+    for (int i = 0; i < 3000; ++i) {
+        const std::string formats[] = {
+            "YYYY-MM-DD", "YYYY-MM-DY",      "MONTH", "YYYY-MM-DD QQ", "YYYY\"%Y\"MM",      "%Y-%m-%d", "%Y-%m-%", "%W %M", "MM",
+            long_format,  long_format + "-", "",      "HH12:MI",       "YYYY-MM-DD TZH:TZM"};
+        const std::string& format = formats[random() % std::size(formats)];
+        const std::string language = random() % 2 == 0 ? chinese : "";
+        ASSERT_EQ(written(value, format, language, &environment), written(value, format, language)) << format;
+        ASSERT_EQ(read("2024-02-29", format, &environment), read("2024-02-29", format)) << format;
+    }
+    EXPECT_EQ(written(value, "YYYY", "", &environment), "2024");
+    kept_format<date_model>& kept = environment.date_models.kept[environment.date_models.last];
+    kept.parsed.plan.length = 2; // stays, for the same text is not parsed again
+    EXPECT_EQ(written(value, "MM", "", &environment), "02");
+    EXPECT_EQ(written(value, "YYYY", "", &environment), "20");
 }
 
 // What a model says of its texts is what the operation writes, and nothing is said of others.

@@ -156,7 +156,7 @@ TEST(NumberFormat, SessionKeepsTheLastFormat) {
         EXPECT_EQ(formatted(&environment, "1234.5", fields[0], fields[2]), fields[1]) << the;
     }
     EXPECT_EQ(formatted(&environment, "1", "999"), "   1");
-    environment.number_format.format.width = 2; // stays, for the same text is not parsed again
+    environment.number_formats.kept[environment.number_formats.last].parsed.width = 2; // stays, for the same text is not parsed again
     EXPECT_EQ(formatted(&environment, "1000", "999"), "##");
 }
 

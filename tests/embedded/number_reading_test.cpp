@@ -203,7 +203,7 @@ TEST(NumberReading, ReadsWhatIsWritten) {
                                        &back, &departs_at),
                   0)
             << departs_at;
-        const zqengine::number_format& parsed = environment.number_format.format;
+        const zqengine::number_format& parsed = environment.number_formats.kept[environment.number_formats.last].parsed;
         if (parsed.kind == zqengine::format_kind::scientific || parsed.kind == zqengine::format_kind::shortest_scientific) {
             char again[ZQ_FORMATTED_NUMBER_SIZE];
             ASSERT_EQ(xdec_to_char_with_nls(&environment, &back, again, bytes(format), length(format), bytes(nls), length(nls)), 0);
