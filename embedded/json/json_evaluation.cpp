@@ -2,11 +2,13 @@
 // Depth first: each item goes through all steps before the next one is looked for, so that there is no list of items between the steps.
 #include "embedded/json/json_evaluation.h"
 
+#include <array>
 #include <charconv>
-#include <cstdlib>
+#include <cstring>
 
 #include "bop/frame/status.h"
 #include "embedded/json/json_numbers.h"
+#include "embedded/json/json_strings.h"
 #include "engine/number_format.h"
 #include "layouts/order.h"
 
@@ -25,42 +27,61 @@ struct evaluation {
     [[nodiscard]] std::int32_t nothing_there() const { return path.strict ? std::int32_t{JSON_NO_SUCH_PART} : go_on; }
 };
 
-path_item item_of(const json_document& document, const json_node& node) {
-    return {.kind = node.kind, .has_escapes = node.has_escapes, .text = text_of(document, node), .node = &node};
+constexpr std::array<std::uint8_t, 256> make_kinds() {
+    std::array<std::uint8_t, 256> kinds{};
+    kinds.fill(JSON_NUMBER);
+    kinds['{'] = JSON_OBJECT;
+    kinds['['] = JSON_ARRAY;
+    kinds['"'] = JSON_STRING;
+    kinds['t'] = JSON_TRUE;
+    kinds['f'] = JSON_FALSE;
+    kinds['n'] = JSON_NULL;
+    return kinds;
 }
+constexpr std::array<std::uint8_t, 256> kind_of = make_kinds();
 
-const json_node& node_at(const evaluation& run, std::uint32_t index) { return run.document.nodes.first[index]; }
-
-const json_node* end_of(const evaluation& run, const json_node& container) { return run.document.nodes.first + container.next; }
-const json_node* behind(const evaluation& run, const json_node& value) { return run.document.nodes.first + value.next; }
+path_item item_of(const json_document& document, std::uint32_t token) {
+    const std::uint8_t kind = kind_of[static_cast<std::uint8_t>(first_character(document, token))];
+    std::string_view text = source_of(document, token);
+    bool has_escapes = false;
+    if (kind == JSON_STRING) {
+        text = text.substr(1, text.size() - 2);
+        has_escapes = document.has_backslash && text.find('\\') != text.npos;
+    }
+    return {.kind = kind, .has_escapes = has_escapes, .text = text, .token = token};
+}
 
 // Calls `visit` with each element until it returns something else than go_on.
-template <class Visit> std::int32_t for_each_element(const evaluation& run, const json_node& array, const Visit& visit) {
-    for (const json_node* element = &array + 1; element != end_of(run, array); element = behind(run, *element)) {
-        const std::int32_t outcome = visit(item_of(run.document, *element));
-        if (outcome != go_on) {
-            return outcome;
-        }
-    }
-    return go_on;
+template <class Visit> std::int32_t for_each_element(const evaluation& run, std::uint32_t array, const Visit& visit) {
+    return for_each_within(run.document, array, [&](std::uint32_t element) { return visit(item_of(run.document, element)); });
 }
 
-std::int64_t count_elements(const evaluation& run, const json_node& array) {
+std::int64_t count_elements(const evaluation& run, std::uint32_t array) {
     std::int64_t count = 0;
-    for (const json_node* element = &array + 1; element != end_of(run, array); element = behind(run, *element)) {
+    (void)for_each_within(run.document, array, [&](std::uint32_t) {
         ++count;
-    }
+        return go_on;
+    });
     return count;
 }
 
-// Of members with one name the last counts.
-const json_node* find_member(const evaluation& run, const json_node& object, std::string_view name) {
-    const json_node* found = nullptr;
-    for (const json_node* key = &object + 1; key != end_of(run, object); key = behind(run, key[1])) {
-        if (has_characters(text_of(run.document, *key), key->has_escapes, name)) {
-            found = key + 1;
+// Of members with one name the last counts. Gives the value, or no_token.
+std::uint32_t find_member(const evaluation& run, std::uint32_t object, const path_name& name) {
+    const json_document& document = run.document;
+    std::uint32_t found = no_token;
+    (void)for_each_within(document, object, [&](std::uint32_t key) {
+        const std::uint32_t begin = document.places[key] + 1;
+        bool is_same = false;
+        if (name.is_plain && !document.has_backslash) [[likely]] {
+            is_same = document.length - begin > name.text.size() && document.text[begin + name.text.size()] == '"' &&
+                      std::memcmp(document.text + begin, name.text.data(), name.text.size()) == 0;
+        } else {
+            const path_item item = item_of(document, key);
+            is_same = has_characters(item.text, item.has_escapes, name.text);
         }
-    }
+        found = is_same ? key + 2 : found;
+        return go_on;
+    });
     return found;
 }
 
@@ -174,7 +195,7 @@ std::int32_t walk_chain(const evaluation& run, const path_chain& chain, const pa
     return walk(run, run.path.steps + chain.first, chain.count, item, run.lax(), receiver);
 }
 
-path_item root_of(const evaluation& run) { return item_of(run.document, node_at(run, 0)); }
+path_item root_of(const evaluation& run) { return item_of(run.document, 0); }
 
 template <class Take> std::int32_t call_take(void* to, const path_item& item) { return (*static_cast<Take*>(to))(item); }
 
@@ -184,10 +205,10 @@ template <class Take> item_receiver receiver_of(Take& take) { return {&take, cal
 template <class Take>
 std::int32_t for_each_value(const evaluation& run, const path_operand& operand, const path_item& current, Take& take) {
     if (operand.kind == operand_kind::literal) {
-        return take({.kind = operand.literal_kind, .has_escapes = false, .text = text_of(run.path, operand.text), .node = nullptr});
+        return take({.kind = operand.literal_kind, .has_escapes = false, .text = text_of(run.path, operand.text), .token = no_token});
     }
     auto unwrapped = [&](const path_item& item) {
-        return run.lax() && item.kind == JSON_ARRAY ? for_each_element(run, *item.node, take) : take(item);
+        return run.lax() && item.kind == JSON_ARRAY ? for_each_element(run, item.token, take) : take(item);
     };
     return walk_chain(run, operand.chain, operand.kind == operand_kind::of_document ? root_of(run) : current, receiver_of(unwrapped));
 }
@@ -273,16 +294,11 @@ std::int32_t walk_on(const evaluation& run, const walked_step& at, const path_it
 
 std::int32_t walk_members(const evaluation& run, const walked_step& at, const path_item& object) {
     if (at.step->kind == step_kind::member) {
-        const json_node* const found = find_member(run, *object.node, text_of(run.path, at.step->name));
-        return found == nullptr ? run.nothing_there() : walk_on(run, at, item_of(run.document, *found));
+        const std::uint32_t found = find_member(run, object.token, name_of(run.path, *at.step));
+        return found == no_token ? run.nothing_there() : walk_on(run, at, item_of(run.document, found));
     }
-    for (const json_node* key = object.node + 1; key != end_of(run, *object.node); key = behind(run, key[1])) {
-        const std::int32_t outcome = walk_on(run, at, item_of(run.document, key[1]));
-        if (outcome != go_on) {
-            return outcome;
-        }
-    }
-    return go_on;
+    return for_each_within(run.document, object.token,
+                           [&](std::uint32_t key) { return walk_on(run, at, item_of(run.document, key + 2)); });
 }
 
 // A lax path takes what is no array for an array with that element.
@@ -290,7 +306,7 @@ std::int32_t walk_elements(const evaluation& run, const walked_step& at, const p
     if (item.kind != JSON_ARRAY && run.path.strict) {
         return JSON_NO_SUCH_PART;
     }
-    const std::int64_t size = item.kind == JSON_ARRAY ? count_elements(run, *item.node) : 1;
+    const std::int64_t size = item.kind == JSON_ARRAY ? count_elements(run, item.token) : 1;
     for (std::uint32_t i = 0; i < at.step->count; ++i) {
         const path_subscript& subscript = run.path.subscripts[at.step->first + i];
         const auto index_of = [&](const path_position& position) {
@@ -309,7 +325,7 @@ std::int32_t walk_elements(const evaluation& run, const walked_step& at, const p
             ++index;
             return is_meant ? walk_on(run, at, element) : go_on;
         };
-        const std::int32_t outcome = item.kind == JSON_ARRAY ? for_each_element(run, *item.node, visit) : visit(item);
+        const std::int32_t outcome = item.kind == JSON_ARRAY ? for_each_element(run, item.token, visit) : visit(item);
         if (outcome != go_on) {
             return outcome;
         }
@@ -327,10 +343,10 @@ std::int32_t walk_size(const evaluation& run, const walked_step& at, const path_
         return JSON_NO_SUCH_PART;
     }
     char digits[24];
-    const std::int64_t size = item.kind == JSON_ARRAY ? count_elements(run, *item.node) : 1;
+    const std::int64_t size = item.kind == JSON_ARRAY ? count_elements(run, item.token) : 1;
     const char* const end = std::to_chars(digits, digits + sizeof digits, size).ptr;
     return walk_on(run, at,
-                   {.kind = JSON_NUMBER, .has_escapes = false, .text = {digits, static_cast<std::size_t>(end - digits)}, .node = nullptr});
+                   {.kind = JSON_NUMBER, .has_escapes = false, .text = {digits, static_cast<std::size_t>(end - digits)}, .token = no_token});
 }
 
 // A number stays as it is written.
@@ -347,7 +363,7 @@ std::int32_t walk_double(const evaluation& run, const walked_step& at, const pat
     char text[ZQ_DOUBLE_TEXT_SIZE];
     std::uint32_t length = 0;
     (void)zq_dou2char(value, text, sizeof text, &length);
-    return walk_on(run, at, {.kind = JSON_NUMBER, .has_escapes = false, .text = {text, length}, .node = nullptr});
+    return walk_on(run, at, {.kind = JSON_NUMBER, .has_escapes = false, .text = {text, length}, .token = no_token});
 }
 
 // `unwraps`: a step that is not for arrays is taken for each element of one.
@@ -358,7 +374,7 @@ std::int32_t walk(const evaluation& run, const path_step* step, std::uint32_t le
     }
     const walked_step at{.step = step, .left = left, .receiver = receiver};
     const auto unwrapped = [&] {
-        return for_each_element(run, *item.node, [&](const path_item& element) { return walk(run, step, left, element, false, receiver); });
+        return for_each_element(run, item.token, [&](const path_item& element) { return walk(run, step, left, element, false, receiver); });
     };
     const bool is_unwrapped = unwraps && item.kind == JSON_ARRAY;
     switch (step->kind) {
@@ -368,7 +384,7 @@ std::int32_t walk(const evaluation& run, const path_step* step, std::uint32_t le
     case step_kind::elements:
         return walk_elements(run, at, item);
     case step_kind::any_element:
-        return item.kind == JSON_ARRAY ? for_each_element(run, *item.node, [&](const path_item& each) { return walk_on(run, at, each); })
+        return item.kind == JSON_ARRAY ? for_each_element(run, item.token, [&](const path_item& each) { return walk_on(run, at, each); })
                : run.path.strict       ? std::int32_t{JSON_NO_SUCH_PART}
                                        : walk_on(run, at, item);
     case step_kind::filter:
@@ -377,7 +393,7 @@ std::int32_t walk(const evaluation& run, const path_step* step, std::uint32_t le
         }
         return evaluate_condition(run, run.path.conditions[step->first], item) == truth::yes ? walk_on(run, at, item) : go_on;
     case step_kind::type_method:
-        return walk_on(run, at, {.kind = JSON_STRING, .has_escapes = false, .text = type_name(item.kind), .node = nullptr});
+        return walk_on(run, at, {.kind = JSON_STRING, .has_escapes = false, .text = type_name(item.kind), .token = no_token});
     case step_kind::size_method:
         return walk_size(run, at, item);
     case step_kind::double_method:

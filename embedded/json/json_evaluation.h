@@ -11,12 +11,15 @@
 
 namespace zqengine {
 
-// A value of the document, or a scalar that a method gives or a path has in itself. The text is as in json_node.
+constexpr std::uint32_t no_token = ~std::uint32_t{0};
+
+// A value of the document, or a scalar that a method gives or a path has in itself. The text is what stands between the quotes of a string,
+// else all of the value.
 struct path_item {
     std::uint8_t kind; // of json_kind
-    bool has_escapes;
+    bool has_escapes;  // of strings
     std::string_view text;
-    const json_node* node; // of an array or object
+    std::uint32_t token; // of the document; no_token where it is not in it
 };
 
 // Who is given the items, one by one in their order. `take` returns 0, a number above 0 where no further item is wanted, or a failure. The

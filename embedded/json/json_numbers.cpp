@@ -3,15 +3,34 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cstring>
 
 #include "bop/frame/status.h"
-#include "embedded/json/json_document.h"
+#include "embedded/decimal/digits.h"
 #include "engine/json.h"
 #include "layouts/order.h"
 
 namespace zqengine {
 
 namespace {
+
+// How many digits a text begins with.
+std::size_t count_digits(std::string_view text) {
+    std::size_t count = 0;
+    while (text.size() - count >= sizeof(std::uint64_t)) {
+        std::uint64_t characters = 0;
+        std::memcpy(&characters, text.data() + count, sizeof characters);
+        const std::uint32_t leading = leading_digits(characters);
+        count += leading;
+        if (leading < sizeof characters) {
+            return count;
+        }
+    }
+    while (count < text.size() && text[count] >= '0' && text[count] <= '9') {
+        ++count;
+    }
+    return count;
+}
 
 // 0.d1d2d3... x 10^position with its sign; d1 is not 0. Zero has no digits.
 struct scaled_digits {
@@ -65,6 +84,34 @@ std::int32_t compare_magnitudes(scaled_digits a, scaled_digits b) {
 }
 
 } // namespace
+
+std::size_t json_number_length(std::string_view text) {
+    std::size_t at = 0;
+    const auto character = [&] { return at < text.size() ? text[at] : '\0'; };
+    at += character() == '-' ? 1 : 0;
+    const std::size_t digits = count_digits(text.substr(at));
+    if (digits == 0 || (digits > 1 && character() == '0')) {
+        return 0;
+    }
+    at += digits;
+    if (character() == '.') {
+        const std::size_t fraction = count_digits(text.substr(at + 1));
+        if (fraction == 0) {
+            return 0;
+        }
+        at += 1 + fraction;
+    }
+    if (character() == 'e' || character() == 'E') {
+        ++at;
+        at += character() == '+' || character() == '-' ? 1 : 0;
+        const std::size_t exponent = count_digits(text.substr(at));
+        if (exponent == 0) {
+            return 0;
+        }
+        at += exponent;
+    }
+    return at;
+}
 
 std::int32_t compare_json_numbers(std::string_view a, std::string_view b) {
     const scaled_digits left = scale(a);

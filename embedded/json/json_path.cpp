@@ -15,7 +15,8 @@
 #include <utility>
 
 #include "bop/frame/status.h"
-#include "embedded/json/json_document.h"
+#include "embedded/json/json_numbers.h"
+#include "embedded/json/json_strings.h"
 #include "embedded/memory/allocation.h"
 #include "embedded/memory/pending_failure.h"
 
@@ -39,6 +40,9 @@ bool is_name_character(char character) {
     return (letter >= 'a' && letter <= 'z') || is_digit(character) || character == '_' || character == '$' ||
            static_cast<unsigned char>(character) >= 0x80;
 }
+
+bool is_control(char character) { return static_cast<unsigned char>(character) < 0x20; }
+bool must_be_escaped(char character) { return character == '"' || character == '\\' || is_control(character); }
 
 std::string_view rest_of(const path_reader& reader) { return reader.text.substr(reader.at); }
 
@@ -85,7 +89,7 @@ bool read_quoted(path_reader& reader, path_text& kept) {
         return false;
     }
     const std::string_view quoted = reader.text.substr(reader.at, end - reader.at);
-    if (!has_good_escapes(quoted) || std::ranges::any_of(quoted, [](char c) { return static_cast<unsigned char>(c) < 0x20; })) {
+    if (!has_good_escapes(quoted) || std::ranges::any_of(quoted, is_control)) {
         return false;
     }
     char* const first = reader.path.characters + reader.path.character_count;
@@ -188,6 +192,7 @@ bool read_member(path_reader& reader, path_step& step) {
         reader.at = behind - 1;
         return false;
     }
+    step.is_plain_name = std::ranges::none_of(text_of(reader.path, step.name), must_be_escaped);
     return true;
 }
 

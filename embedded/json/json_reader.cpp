@@ -7,6 +7,7 @@
 #include "embedded/json/json_document.h"
 #include "embedded/json/json_evaluation.h"
 #include "embedded/json/json_path.h"
+#include "embedded/json/json_strings.h"
 #include "embedded/memory/allocation.h"
 #include "embedded/memory/pending_failure.h"
 #include "engine/json.h"
@@ -15,6 +16,7 @@ using namespace zqengine;
 
 // Results that are not in the document are written into the buffer.
 struct json_reader {
+    json_parser parser;
     json_document document;
     char* buffer;
     std::size_t capacity;
@@ -41,57 +43,41 @@ char* make_room(json_reader& reader, std::size_t size) {
     return reader.buffer + reader.length;
 }
 
-bool is_space(char character) { return character == ' ' || character == '\n' || character == '\t' || character == '\r'; }
+constexpr std::size_t copy_room = 16; // what may be overwritten behind a copy
 
-// The place of the quote that ends the string which begins there. A quote is escaped by an odd number of backslashes.
-std::size_t end_of_string(std::string_view text, std::size_t begin) {
-    std::size_t end = text.find('"', begin + 1);
-    while (true) {
-        std::size_t first = end;
-        while (text[first - 1] == '\\') {
-            --first;
-        }
-        if ((end - first) % 2 == 0) {
-            return end;
-        }
-        end = text.find('"', end + 1);
+void copy(const json_document& document, std::uint32_t begin, std::size_t length, char* out) {
+    if (length <= copy_room && document.length - begin >= copy_room) {
+        std::memcpy(out, document.text + begin, copy_room);
+    } else {
+        std::memcpy(out, document.text + begin, length);
     }
 }
 
-// Copies JSON without the white space between its strings and scalars.
-char* write_compact(std::string_view text, char* out) {
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        if (text[i] != '"') {
-            *out = text[i];
-            out += is_space(text[i]) ? 0 : 1;
-            continue;
+// Copies a value without the white space between its tokens.
+char* write_compact(const json_document& document, std::uint32_t token, char* out) {
+    const std::uint32_t end = behind_value(document, token);
+    for (; token + 1 < end; ++token) {
+        const std::uint32_t length = document.places[token + 1] - document.places[token];
+        copy(document, document.places[token], length, out);
+        out += length;
+        while (is_json_space(out[-1])) {
+            --out;
         }
-        const std::size_t end = end_of_string(text, i);
-        std::memcpy(out, text.data() + i, end + 1 - i);
-        out += end + 1 - i;
-        i = end;
     }
-    return out;
-}
-
-// The JSON of an item that is in the document; empty for others.
-std::string_view source_of(const path_item& item) {
-    if (item.node == nullptr) {
-        return {};
-    }
-    return item.kind == JSON_STRING ? std::string_view(item.text.data() - 1, item.text.size() + 2) : item.text;
+    const std::string_view last = source_of(document, token);
+    copy(document, document.places[token], last.size(), out);
+    return out + last.size();
 }
 
 // Behind what the buffer has. Of strings only the name of a type is not in the document: nothing in it has to be escaped.
 bool append_item(json_reader& reader, const path_item& item) {
-    const std::string_view source = source_of(item);
-    char* const room = make_room(reader, item.text.size() + 2);
+    char* const room = make_room(reader, item.text.size() + 2 + copy_room);
     if (room == nullptr) {
         return false;
     }
     char* out = room;
-    if (!source.empty()) {
-        out = write_compact(source, out);
+    if (item.token != no_token) {
+        out = write_compact(reader.document, item.token, out);
     } else {
         const bool quoted = item.kind == JSON_STRING;
         *out = '"';
@@ -116,7 +102,7 @@ json_reader* json_open(bifun_environment* environment) {
 void json_close(bifun_environment* environment, json_reader* reader) {
     static_cast<void>(environment);
     if (reader != nullptr) {
-        release_document(reader->document);
+        release_parser(reader->parser);
         release(reader->buffer, reader->capacity);
         reader->~json_reader();
         release(reader, sizeof *reader);
@@ -125,7 +111,7 @@ void json_close(bifun_environment* environment, json_reader* reader) {
 
 int32_t json_parse(bifun_environment* environment, json_reader* reader, const uint8_t* text, uint32_t length) {
     static_cast<void>(environment);
-    return pending_failure() && must_fail() ? std::int32_t{BIFUN_OUT_OF_MEMORY} : parse_document(text, length, reader->document);
+    return pending_failure() && must_fail() ? std::int32_t{BIFUN_OUT_OF_MEMORY} : parse_document(text, length, reader->parser, reader->document);
 }
 
 int32_t jpath_get_scalar(bifun_environment* environment, json_reader* reader, const jpath* path, json_item* item) {
@@ -145,7 +131,7 @@ int32_t jpath_get_scalar(bifun_environment* environment, json_reader* reader, co
             return JSON_NO_SCALAR;
         }
         found = true;
-        if (given.node != nullptr && !given.has_escapes) {
+        if (given.token != no_token && !given.has_escapes) {
             place(given, given.text);
         } else {
             char* const room = make_room(*reader, given.text.size() + 1);
@@ -179,7 +165,7 @@ int32_t jpath_get_json(bifun_environment* environment, json_reader* reader, cons
         }
         // The bracket may turn out not to be needed.
         reader->buffer[reader->length++] = count++ == 0 ? '[' : ',';
-        source = count == 1 ? source_of(given) : source;
+        source = count == 1 && given.token != no_token ? source_of(reader->document, given.token) : source;
         return append_item(*reader, given) ? std::int32_t{BIFUN_OK} : std::int32_t{BIFUN_OUT_OF_MEMORY};
     };
     const item_receiver receiver{&take, [](void* to, const path_item& given) { return (*static_cast<decltype(take)*>(to))(given); }};
