@@ -94,7 +94,12 @@ bifun_environment* zqengine_environment_create(void) {
     return memory == nullptr ? nullptr : new (memory) bifun_environment;
 }
 
-void zqengine_environment_destroy(bifun_environment* environment) { zqengine::release(environment, sizeof(bifun_environment)); }
+void zqengine_environment_destroy(bifun_environment* environment) {
+    if (environment != nullptr) {
+        environment->~bifun_environment();
+        zqengine::release(environment, sizeof(bifun_environment));
+    }
+}
 
 int32_t zqengine_environment_set_time_zone(bifun_environment* environment, int32_t minutes) {
     if (minutes < -most_zone_minutes || minutes > most_zone_minutes) {

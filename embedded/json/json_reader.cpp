@@ -4,12 +4,14 @@
 #include <new>
 
 #include "bop/frame/status.h"
+#include "embedded/json/document_memory.h"
 #include "embedded/json/json_document.h"
 #include "embedded/json/json_evaluation.h"
 #include "embedded/json/json_path.h"
 #include "embedded/json/json_strings.h"
 #include "embedded/memory/allocation.h"
 #include "embedded/memory/pending_failure.h"
+#include "embedded/session/environment.h"
 #include "engine/json.h"
 
 using namespace zqengine;
@@ -17,6 +19,7 @@ using namespace zqengine;
 // Results that are not in the document are written into the buffer.
 struct json_reader {
     json_parser parser;
+    document_recall recall;
     json_document document;
     char* buffer;
     std::size_t capacity;
@@ -93,10 +96,20 @@ bool append_item(json_reader& reader, const path_item& item) {
 
 } // namespace
 
+// Without memory for what is kept all is parsed.
 json_reader* json_open(bifun_environment* environment) {
-    static_cast<void>(environment);
     void* const memory = must_fail() ? nullptr : allocate(sizeof(json_reader));
-    return memory == nullptr ? nullptr : new (memory) json_reader{};
+    if (memory == nullptr) {
+        return nullptr;
+    }
+    auto* const reader = new (memory) json_reader{};
+    if (environment != nullptr) {
+        if (environment->documents == nullptr) {
+            environment->documents.reset(create_document_memory());
+        }
+        reader->recall.memory = environment->documents.get();
+    }
+    return reader;
 }
 
 void json_close(bifun_environment* environment, json_reader* reader) {
@@ -111,7 +124,17 @@ void json_close(bifun_environment* environment, json_reader* reader) {
 
 int32_t json_parse(bifun_environment* environment, json_reader* reader, const uint8_t* text, uint32_t length) {
     static_cast<void>(environment);
-    return pending_failure() && must_fail() ? std::int32_t{BIFUN_OUT_OF_MEMORY} : parse_document(text, length, reader->parser, reader->document);
+    if (pending_failure() && must_fail()) {
+        return BIFUN_OUT_OF_MEMORY;
+    }
+    std::int32_t status = BIFUN_OK;
+    if (!recall_document(reader->recall, text, length, reader->document, status)) {
+        status = parse_document(text, length, reader->parser, reader->document);
+        if (status != BIFUN_OUT_OF_MEMORY) {
+            keep_document(reader->recall, text, length, reader->document, status);
+        }
+    }
+    return status;
 }
 
 int32_t jpath_get_scalar(bifun_environment* environment, json_reader* reader, const jpath* path, json_item* item) {
