@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 // The parsed documents of the last calls of a session, so that several calls over a column parse each of its documents once.
 //
-// Calls come one after the other, each over all rows of a batch, and so over the same documents in the same order. A document is known again
-// by its bytes, of which there is a copy, at its place in that order: where it lies says nothing, as columns are used again. Documents are
-// kept once a call has asked for those of another, and in later batches as long as that pays; of a call that has none beside it only the
-// first one is kept.
+// Calls come one after the other, each over all rows of a batch, and so over the same documents in the same order. A document is known
+// again by its bytes, of which there is a copy, at its place in that order: where it lies says nothing, as columns are used again.
+// Documents are kept once a call has asked for those of another, and in later batches as long as that pays; of a call that has none beside
+// it only the first one is kept.
 #ifndef BIFUN_EMBEDDED_JSON_DOCUMENT_MEMORY_H
 #define BIFUN_EMBEDDED_JSON_DOCUMENT_MEMORY_H
 
@@ -55,12 +55,13 @@ struct document_recall {
 [[nodiscard]] document_memory* create_document_memory();
 void release_document_memory(document_memory* memory);
 
-// The next document of a call. Where it is known, `document` is of the text that is given, `status` is what parsing returned, and the result
-// is true.
+// The next document of a call. Where it is known, `document` is of the text that is given, `status` is what parsing returned, and the
+// result is true.
 [[nodiscard]] bool recall_document(document_recall& recall, const std::uint8_t* text, std::uint32_t length, json_document& document,
                                    std::int32_t& status);
 
-// Behind recall_document that has not known it: what parsing has made of it, which is kept if it is of use. `status` is 0, or the text's own.
+// Behind recall_document that has not known it: what parsing has made of it, which is kept if it is of use. `status` is 0, or the text's
+// own.
 void keep_document(document_recall& recall, const std::uint8_t* text, std::uint32_t length, const json_document& document,
                    std::int32_t status);
 

@@ -22,6 +22,7 @@ bool reserve_closings(json_parser& parser, std::uint32_t count) {
         return true;
     }
     release(parser.closings, parser.closing_capacity * sizeof(std::uint32_t));
+    parser.shape.token_count = 0;
     const std::uint64_t wanted = std::uint64_t{count} + count / 2 + 64;
     const std::uint64_t capacity = wanted < UINT32_MAX ? wanted : UINT32_MAX;
     parser.closings = static_cast<std::uint32_t*>(allocate(capacity * sizeof(std::uint32_t)));
@@ -71,7 +72,7 @@ std::int32_t parse_document(const std::uint8_t* text, std::uint32_t length, json
                 .places = structure.structural_indexes.get(),
                 .closings = parser.closings,
                 .has_backslash = std::memchr(text, '\\', length) != nullptr};
-    return check_structure(document, parser.closings);
+    return check_structure(document, parser.closings, parser.shape);
 }
 
 void release_parser(json_parser& parser) {

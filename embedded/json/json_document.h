@@ -26,21 +26,31 @@ struct json_document {
     bool has_backslash;            // somewhere: without one no string has escapes
 };
 
+// What kinds of tokens a document has, one after the other. Those of a column often have one shape: brackets that belong together in one
+// document do so in the next.
+struct json_shape {
+    static constexpr std::uint32_t longest = 256;
+
+    std::uint32_t token_count; // 0: there is none
+    std::uint64_t numbers[longest / 64];
+    std::uint64_t words[longest / 64];
+    std::uint8_t kinds[longest];
+};
+
 // Memory for one document at a time, which grows to what is asked for and is kept.
 struct json_parser {
     simdjson::internal::dom_parser_implementation* structure; // null before the first document
     std::size_t structure_capacity;                           // the longest text it takes
     std::uint32_t* closings;
     std::uint32_t closing_capacity;
+    json_shape shape;
 };
 
 // Returns 0, JSON_INVALID_TEXT, JSON_TOO_DEEP or -503. The document stays until the next one.
 [[nodiscard]] std::int32_t parse_document(const std::uint8_t* text, std::uint32_t length, json_parser& parser, json_document& document);
 void release_parser(json_parser& parser);
 
-inline bool is_json_space(char character) {
-    return character == ' ' || character == '\n' || character == '\t' || character == '\r';
-}
+inline bool is_json_space(char character) { return character == ' ' || character == '\n' || character == '\t' || character == '\r'; }
 
 inline char first_character(const json_document& document, std::uint32_t token) {
     return static_cast<char>(document.text[document.places[token]]);

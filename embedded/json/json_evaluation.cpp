@@ -65,19 +65,34 @@ std::int64_t count_elements(const evaluation& run, std::uint32_t array) {
     return count;
 }
 
+// Of a document without backslashes, whose keys are as they are written.
+bool is_written_so(const json_document& document, std::uint32_t begin, const path_step& step, std::string_view name) {
+    const std::string_view rest(reinterpret_cast<const char*>(document.text) + begin, document.length - begin);
+    if (rest.size() >= sizeof step.beginning) [[likely]] {
+        std::uint64_t beginning = 0;
+        std::memcpy(&beginning, rest.data(), sizeof beginning);
+        if ((beginning & step.mask) != step.beginning) {
+            return false;
+        }
+        if (name.size() < sizeof beginning) {
+            return true;
+        }
+    }
+    return rest.size() > name.size() && rest.starts_with(name) && rest[name.size()] == '"';
+}
+
 // Of members with one name the last counts. Gives the value, or no_token.
-std::uint32_t find_member(const evaluation& run, std::uint32_t object, const path_name& name) {
+std::uint32_t find_member(const evaluation& run, std::uint32_t object, const path_step& step) {
     const json_document& document = run.document;
+    const std::string_view name = text_of(run.path, step.name);
     std::uint32_t found = no_token;
     (void)for_each_within(document, object, [&](std::uint32_t key) {
-        const std::uint32_t begin = document.places[key] + 1;
         bool is_same = false;
-        if (name.is_plain && !document.has_backslash) [[likely]] {
-            is_same = document.length - begin > name.text.size() && document.text[begin + name.text.size()] == '"' &&
-                      std::memcmp(document.text + begin, name.text.data(), name.text.size()) == 0;
+        if (step.is_plain_name && !document.has_backslash) [[likely]] {
+            is_same = is_written_so(document, document.places[key] + 1, step, name);
         } else {
             const path_item item = item_of(document, key);
-            is_same = has_characters(item.text, item.has_escapes, name.text);
+            is_same = has_characters(item.text, item.has_escapes, name);
         }
         found = is_same ? key + 2 : found;
         return go_on;
@@ -294,11 +309,10 @@ std::int32_t walk_on(const evaluation& run, const walked_step& at, const path_it
 
 std::int32_t walk_members(const evaluation& run, const walked_step& at, const path_item& object) {
     if (at.step->kind == step_kind::member) {
-        const std::uint32_t found = find_member(run, object.token, name_of(run.path, *at.step));
+        const std::uint32_t found = find_member(run, object.token, *at.step);
         return found == no_token ? run.nothing_there() : walk_on(run, at, item_of(run.document, found));
     }
-    return for_each_within(run.document, object.token,
-                           [&](std::uint32_t key) { return walk_on(run, at, item_of(run.document, key + 2)); });
+    return for_each_within(run.document, object.token, [&](std::uint32_t key) { return walk_on(run, at, item_of(run.document, key + 2)); });
 }
 
 // A lax path takes what is no array for an array with that element.
@@ -345,8 +359,8 @@ std::int32_t walk_size(const evaluation& run, const walked_step& at, const path_
     char digits[24];
     const std::int64_t size = item.kind == JSON_ARRAY ? count_elements(run, item.token) : 1;
     const char* const end = std::to_chars(digits, digits + sizeof digits, size).ptr;
-    return walk_on(run, at,
-                   {.kind = JSON_NUMBER, .has_escapes = false, .text = {digits, static_cast<std::size_t>(end - digits)}, .token = no_token});
+    return walk_on(
+        run, at, {.kind = JSON_NUMBER, .has_escapes = false, .text = {digits, static_cast<std::size_t>(end - digits)}, .token = no_token});
 }
 
 // A number stays as it is written.

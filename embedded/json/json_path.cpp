@@ -166,6 +166,18 @@ bool read_subscripts(path_reader& reader, path_step& step) {
     return take(reader, "]");
 }
 
+void describe_name(std::string_view name, path_step& step) {
+    step.is_plain_name = std::ranges::none_of(name, must_be_escaped);
+    char characters[sizeof step.beginning] = {};
+    std::uint8_t mask[sizeof step.mask] = {};
+    for (std::size_t i = 0; i <= name.size() && i < sizeof characters; ++i) {
+        characters[i] = i < name.size() ? name[i] : '"';
+        mask[i] = 0xFF;
+    }
+    std::memcpy(&step.beginning, characters, sizeof characters);
+    std::memcpy(&step.mask, mask, sizeof mask);
+}
+
 // The step behind its point.
 bool read_member(path_reader& reader, path_step& step) {
     if (take(reader, "*")) {
@@ -192,7 +204,7 @@ bool read_member(path_reader& reader, path_step& step) {
         reader.at = behind - 1;
         return false;
     }
-    step.is_plain_name = std::ranges::none_of(text_of(reader.path, step.name), must_be_escaped);
+    describe_name(text_of(reader.path, step.name), step);
     return true;
 }
 

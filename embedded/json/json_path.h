@@ -21,8 +21,10 @@ struct path_text {
 // `first` and `count` are the subscripts of `elements`; `first` is the condition of a filter. Steps of a chain lie side by side.
 struct path_step {
     step_kind kind;
-    path_text name;     // of a member
-    bool is_plain_name; // which has no character that JSON writes as an escape
+    path_text name;          // of a member
+    bool is_plain_name;      // which has no character that JSON writes as an escape
+    std::uint64_t beginning; // of the name with a quote behind it, as a word in memory, zeros behind
+    std::uint64_t mask;      // of the bytes that are not zeros
     std::uint32_t first;
     std::uint32_t count;
 };
@@ -87,12 +89,6 @@ struct jpath {
 namespace zqengine {
 
 inline std::string_view text_of(const jpath& path, const path_text& text) { return {path.characters + text.begin, text.length}; }
-
-struct path_name {
-    std::string_view text;
-    bool is_plain;
-};
-inline path_name name_of(const jpath& path, const path_step& step) { return {text_of(path, step.name), step.is_plain_name}; }
 
 // Into a path whose lists have room for a text of this length. Returns whether it is a path; `fault_at` gets the first byte that does not
 // fit.

@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 // Documents differ from row to row, and a processor that has to guess what the next token is guesses wrong: that, and not the work, is the
 // price of a pass that has a branch for each kind of token. So 64 tokens at a time are told by masks, a bit for each, which also tell
-// whether each token may follow the one before. That does not depend on what the token is in but for commas, which have a key behind them in
-// objects only; they are looked at bracket by bracket.
+// whether each token may follow the one before. That does not depend on what the token is in but for commas, which have a key behind them
+// in objects only; they are looked at bracket by bracket. Of a document that has the kinds of tokens of the one before only scalars are
+// left to be looked at.
 #include "embedded/json/json_structure.h"
 
 #include <array>
@@ -60,11 +61,54 @@ struct token_masks {
     std::uint64_t words;
 };
 
-// By their first characters; `characters` are as many as a part has.
-token_masks classify(const std::uint8_t* characters) {
+// The first characters of 8 tokens.
+std::uint64_t gather_word(const json_document& document, std::uint32_t first) {
+    std::uint64_t characters = 0;
+    for (std::uint32_t i = 0; i < 8; ++i) {
+        characters |= std::uint64_t{document.text[document.places[first + i]]} << (8 * i);
+    }
+    return characters;
+}
+
+// Of 16, zeros behind the last one.
+bifun::byte_block gather_block(const json_document& document, std::uint32_t first) {
+    if (document.token_count - first >= bifun::block_length) {
+        return bifun::block_of_words(gather_word(document, first), gather_word(document, first + 8));
+    }
+    std::uint8_t characters[bifun::block_length] = {};
+    for (std::uint32_t i = 0; first + i < document.token_count; ++i) {
+        characters[i] = document.text[document.places[first + i]];
+    }
+    return bifun::load_block(characters);
+}
+
+// The first characters of tokens, one in place of all that scalars of a kind may begin with, and of - . / that none begins with: what
+// begins so is looked at in any case.
+bifun::byte_block kinds_of(bifun::byte_block characters) {
+    const auto where = [&](char character) { return bifun::where_equal(characters, bifun::repeated(character)); };
+    const bifun::byte_block numbers = bifun::where_at_most(characters - bifun::repeated('-'), bifun::repeated('9' - '-'));
+    const bifun::byte_block words = where('t') | where('f') | where('n');
+    return (characters & ~(numbers | words)) | (numbers & bifun::repeated('0')) | (words & bifun::repeated('t'));
+}
+
+bool has_shape(const json_document& document, const json_shape& shape) {
+    if (document.token_count != shape.token_count) {
+        return false;
+    }
+    bifun::byte_block difference{};
+    for (std::uint32_t at = 0; at < document.token_count; at += bifun::block_length) {
+        difference |= kinds_of(gather_block(document, at)) ^ bifun::load_block(shape.kinds + at);
+    }
+    return (bifun::first_word(difference) | bifun::last_word(difference)) == 0;
+}
+
+token_masks classify(const json_document& document, std::uint32_t first, std::uint32_t count, json_shape& shape) {
     token_masks masks{};
-    for (std::uint32_t at = 0; at < part_length; at += bifun::block_length) {
-        const bifun::byte_block block = bifun::load_block(characters + at);
+    for (std::uint32_t at = 0; at < count; at += bifun::block_length) {
+        const bifun::byte_block block = gather_block(document, first + at);
+        if (first + at < json_shape::longest) {
+            bifun::store_block(shape.kinds + first + at, kinds_of(block));
+        }
         const auto add = [&](std::uint64_t& mask, bifun::byte_block where) { mask |= std::uint64_t{bifun::bits_of(where)} << at; };
         const auto where = [&](char character) { return bifun::where_equal(block, bifun::repeated(character)); };
         add(masks.strings, where('"'));
@@ -157,25 +201,24 @@ bool are_all(const json_document& document, std::uint32_t first, std::uint64_t t
     return good;
 }
 
+bool are_scalars(const json_document& document, std::uint32_t first, std::uint64_t numbers, std::uint64_t words) {
+    return are_all<is_number>(document, first, numbers) && are_all<is_word>(document, first, words);
+}
+
 std::int32_t check_part(const json_document& document, std::uint32_t first, token_before& before, open_brackets& open,
-                        std::uint32_t* closings) {
+                        std::uint32_t* closings, json_shape& shape) {
     const std::uint32_t left = document.token_count - first;
     const std::uint32_t count = left < part_length ? left : part_length;
-    constexpr std::uint32_t ahead = 2; // tokens of the next part tell whether the last one is a key or a comma before one
-    std::uint8_t characters[part_length + ahead] = {};
-    for (std::uint32_t i = 0; i < count; ++i) {
-        characters[i] = document.text[document.places[first + i]];
-    }
-    for (std::uint32_t i = count; i < left && i < part_length + ahead; ++i) {
-        characters[i] = document.text[document.places[first + i]];
-    }
-    const token_masks masks = classify(characters);
+    const token_masks masks = classify(document, first, count, shape);
+    // Tokens of the next part tell whether the last one is a key, or a comma before one.
+    const auto is_ahead = [&](std::uint32_t further, char character) {
+        return left > count + further && first_character(document, first + count + further) == character;
+    };
     const std::uint64_t all = ~std::uint64_t{0} >> (part_length - count);
     const auto followed_by = [](std::uint64_t mask, bool is_next) { return mask >> 1 | std::uint64_t{is_next} << (part_length - 1); };
     const auto behind = [](std::uint64_t mask, std::uint64_t is_before) { return mask << 1 | is_before; };
-    const std::uint64_t keys = masks.strings & followed_by(masks.colons, characters[part_length] == ':');
-    const std::uint64_t commas_before_keys =
-        masks.commas & followed_by(keys, characters[part_length] == '"' && characters[part_length + 1] == ':');
+    const std::uint64_t keys = masks.strings & followed_by(masks.colons, is_ahead(0, ':'));
+    const std::uint64_t commas_before_keys = masks.commas & followed_by(keys, is_ahead(0, '"') && is_ahead(1, ':'));
     const std::uint64_t brackets = masks.objects | masks.arrays | masks.object_ends | masks.array_ends;
     const std::uint64_t scalars = all & ~(brackets | masks.strings | masks.colons | masks.commas);
     const std::uint64_t values = (masks.strings & ~keys) | scalars | masks.objects | masks.arrays;
@@ -188,9 +231,14 @@ std::int32_t check_part(const json_document& document, std::uint32_t first, toke
                                     (values & ~(behind(masks.colons, before.is_colon) | behind_comma | behind_array)) |
                                     (masks.commas & ~behind_value) | (masks.object_ends & ~(behind_value | behind_object)) |
                                     (masks.array_ends & ~(behind_value | behind_array));
-    if (misplaced != 0 || !are_all<is_number>(document, first, scalars & ~masks.words) ||
-        !are_all<is_word>(document, first, scalars & masks.words)) {
+    const std::uint64_t words = scalars & masks.words;
+    const std::uint64_t numbers = scalars & ~words;
+    if (misplaced != 0 || !are_scalars(document, first, numbers, words)) {
         return JSON_INVALID_TEXT;
+    }
+    if (first < json_shape::longest) {
+        shape.numbers[first / part_length] = numbers;
+        shape.words[first / part_length] = words;
     }
     const auto last_of = [&](std::uint64_t mask) { return mask >> (count - 1) & 1; };
     before = {.is_key = last_of(keys),
@@ -202,22 +250,39 @@ std::int32_t check_part(const json_document& document, std::uint32_t first, toke
     return match_brackets(masks, commas_before_keys, first, open, closings);
 }
 
-} // namespace
-
-std::int32_t check_structure(const json_document& document, std::uint32_t* closings) {
+std::int32_t check_tokens(const json_document& document, std::uint32_t* closings, json_shape& shape) {
     open_brackets open; // not cleared: most of it is not used
     open.depth = 0;
     open.within[0] = in_nothing;
     token_before before{};
     before.is_colon = 1; // a value has to come
+    shape.token_count = 0;
     for (std::uint32_t first = 0; first < document.token_count; first += part_length) {
-        if (const std::int32_t checked = check_part(document, first, before, open, closings); checked != BIFUN_OK) {
+        if (const std::int32_t checked = check_part(document, first, before, open, closings, shape); checked != BIFUN_OK) {
             return checked;
         }
     }
     const bool is_whole = before.ends_value != 0 && open.depth == 0;
+    shape.token_count = is_whole && document.token_count <= json_shape::longest ? document.token_count : 0;
+    return is_whole ? std::int32_t{BIFUN_OK} : std::int32_t{JSON_INVALID_TEXT};
+}
+
+bool are_scalars(const json_document& document, const json_shape& shape) {
+    bool good = true;
+    for (std::uint32_t first = 0; first < shape.token_count; first += part_length) {
+        good &= are_scalars(document, first, shape.numbers[first / part_length], shape.words[first / part_length]);
+    }
+    return good;
+}
+
+} // namespace
+
+std::int32_t check_structure(const json_document& document, std::uint32_t* closings, json_shape& shape) {
+    const std::int32_t checked = !has_shape(document, shape)    ? check_tokens(document, closings, shape)
+                                 : are_scalars(document, shape) ? std::int32_t{BIFUN_OK}
+                                                                : std::int32_t{JSON_INVALID_TEXT};
     const std::string_view text(reinterpret_cast<const char*>(document.text), document.length);
-    return is_whole && (!document.has_backslash || has_good_escapes(text)) ? std::int32_t{BIFUN_OK} : std::int32_t{JSON_INVALID_TEXT};
+    return checked == BIFUN_OK && document.has_backslash && !has_good_escapes(text) ? std::int32_t{JSON_INVALID_TEXT} : checked;
 }
 
 } // namespace zqengine
