@@ -20,7 +20,7 @@ enum {
     JSON_NO_ITEM = -7104,       /* the path gives nothing */
     JSON_SEVERAL_ITEMS = -7105, /* it gives more than one item where one is wanted */
     JSON_NO_SCALAR = -7106,     /* it gives an array or object where a scalar is wanted */
-    JSON_NO_NUMBER = -7107      /* a method of numbers has another value */
+    JSON_WRONG_OPERAND = -7107  /* a method or an operator has a value that it is not for, or no result */
 };
 
 enum { JSON_MOST_LEVELS = 1024, JPATH_LONGEST_TEXT = 4000 };
@@ -63,7 +63,7 @@ void json_close(bifun_environment* environment, json_reader* reader);
  * is asked. Returns 0; JSON_INVALID_TEXT, JSON_TOO_DEEP, -503, and then the reader has no document and must not be asked. */
 int32_t json_parse(bifun_environment* environment, json_reader* reader, const uint8_t* text, uint32_t length);
 
-/* The one scalar that the path gives. Returns 0; JSON_NO_SUCH_PART, JSON_NO_ITEM, JSON_SEVERAL_ITEMS, JSON_NO_SCALAR, JSON_NO_NUMBER,
+/* The one scalar that the path gives. Returns 0; JSON_NO_SUCH_PART, JSON_NO_ITEM, JSON_SEVERAL_ITEMS, JSON_NO_SCALAR, JSON_WRONG_OPERAND,
  * -503. */
 int32_t jpath_get_scalar(bifun_environment* environment, json_reader* reader, const jpath* path, json_item* item);
 
@@ -71,7 +71,7 @@ int32_t jpath_get_scalar(bifun_environment* environment, json_reader* reader, co
 enum jpath_wrapper { JPATH_NO_WRAPPER = 0, JPATH_CONDITIONAL_WRAPPER = 1, JPATH_WRAPPER = 2 };
 
 /* What the path gives, as JSON without white space but in strings, all else as the document writes it. `text` is as in json_item. Returns
- * 0; JSON_NO_SUCH_PART, JSON_NO_ITEM, JSON_SEVERAL_ITEMS without a wrapper, JSON_NO_NUMBER, -503. */
+ * 0; JSON_NO_SUCH_PART, JSON_NO_ITEM, JSON_SEVERAL_ITEMS without a wrapper, JSON_WRONG_OPERAND, -503. */
 int32_t jpath_get_json(bifun_environment* environment, json_reader* reader, const jpath* path, int32_t wrapper, const uint8_t** text,
                        uint32_t* length);
 

@@ -78,8 +78,8 @@ const char* zqengine_status_meaning(int32_t status) {
         return "the path gives more than one item";
     case JSON_NO_SCALAR:
         return "the path gives an array or object, not a scalar";
-    case JSON_NO_NUMBER:
-        return "the path takes a number of what is none";
+    case JSON_WRONG_OPERAND:
+        return "a method or an operator of the path has a value that it is not for";
     case ZQ_INVALID_NLS_PARAMETERS:
         return "invalid NLS parameters";
     case zqengine::spool_failure:

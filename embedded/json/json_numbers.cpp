@@ -40,7 +40,7 @@ struct scaled_digits {
 };
 
 std::int64_t exponent_of(std::string_view text) {
-    constexpr std::int64_t beyond_any_text = 100'000'000'000;
+    constexpr std::int64_t beyond_any_text = 1'000'000'000'000'000'000 / 100;
     const bool negative = text.starts_with('-');
     text.remove_prefix(negative || text.starts_with('+') ? 1 : 0);
     std::int64_t exponent = 0;
@@ -123,21 +123,51 @@ std::int32_t compare_json_numbers(std::string_view a, std::string_view b) {
     return compare_magnitudes(left, right) * sign(left);
 }
 
-} // namespace zqengine
-
-int32_t json_get_double(const uint8_t* text, uint32_t length, double* result) {
-    const std::string_view number(reinterpret_cast<const char*>(text), length);
-    if (length == 0 || zqengine::json_number_length(number) != length) {
-        return BIFUN_UNUSABLE_TEXT;
+std::string_view without_spaces(std::string_view text) {
+    const auto is_space = [](char character) { return character == ' ' || (character >= '\t' && character <= '\r'); };
+    while (!text.empty() && is_space(text.front())) {
+        text.remove_prefix(1);
     }
+    while (!text.empty() && is_space(text.back())) {
+        text.remove_suffix(1);
+    }
+    return text;
+}
+
+namespace {
+
+// Of what std::from_chars reads but infinities and NaNs.
+std::int32_t convert(std::string_view number, double& result) {
     double value = 0;
     const std::from_chars_result read = std::from_chars(number.data(), number.data() + number.size(), value);
+    if (read.ec == std::errc::invalid_argument || read.ptr != number.data() + number.size()) {
+        return BIFUN_UNUSABLE_TEXT;
+    }
     if (read.ec == std::errc::result_out_of_range) {
-        if (zqengine::scale(number).position > 0) {
+        if (scale(number).position > 0) {
             return BIFUN_NUMERIC_OVERFLOW;
         }
         value = number.starts_with('-') ? -0.0 : 0.0; // less than half of the smallest double
     }
-    *result = value;
+    result = value;
     return BIFUN_OK;
+}
+
+} // namespace
+
+bool read_double(std::string_view text, double& result) {
+    const bool has_plus = text.starts_with('+');
+    text.remove_prefix(has_plus ? 1 : 0);
+    const std::size_t first = text.find_first_of("0123456789");
+    const bool begins =
+        first == 0 || text.substr(0, first) == "." || (!has_plus && (text.substr(0, first) == "-" || text.substr(0, first) == "-."));
+    return first != text.npos && begins && convert(text, result) == BIFUN_OK;
+}
+
+} // namespace zqengine
+
+int32_t json_get_double(const uint8_t* text, uint32_t length, double* result) {
+    const std::string_view number(reinterpret_cast<const char*>(text), length);
+    const bool is_number = length != 0 && zqengine::json_number_length(number) == length;
+    return is_number ? zqengine::convert(number, *result) : std::int32_t{BIFUN_UNUSABLE_TEXT};
 }

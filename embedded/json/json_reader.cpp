@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // The operations of engine/json.h on documents.
+#include <charconv>
 #include <cstring>
 #include <new>
 
@@ -72,26 +73,57 @@ char* write_compact(const json_document& document, std::uint32_t token, char* ou
     return out + last.size();
 }
 
-// Behind what the buffer has. Of strings only the name of a type is not in the document: nothing in it has to be escaped.
-bool append_item(json_reader& reader, const path_item& item) {
-    char* const room = make_room(reader, item.text.size() + 2 + copy_room);
+bool append_text(json_reader& reader, std::string_view text) {
+    char* const room = make_room(reader, text.size());
+    if (room != nullptr && !text.empty()) {
+        std::memcpy(room, text.data(), text.size());
+        reader.length += text.size();
+    }
+    return room != nullptr;
+}
+
+bool append_value(json_reader& reader, std::uint32_t token) {
+    char* const room = make_room(reader, source_of(reader.document, token).size() + copy_room);
+    if (room != nullptr) {
+        reader.length += static_cast<std::size_t>(write_compact(reader.document, token, room) - room);
+    }
+    return room != nullptr;
+}
+
+// Characters of a string, with escapes where there have to be some.
+bool append_characters(json_reader& reader, std::string_view characters) {
+    constexpr std::size_t longest_escape = 6;
+    char* const room = make_room(reader, characters.size() * longest_escape + 2);
     if (room == nullptr) {
         return false;
     }
-    char* out = room;
-    if (item.token != no_token) {
-        out = write_compact(reader.document, item.token, out);
-    } else {
-        const bool quoted = item.kind == JSON_STRING;
-        *out = '"';
-        out += quoted ? 1 : 0;
-        std::memcpy(out, item.text.data(), item.text.size());
-        out += item.text.size();
-        *out = '"';
-        out += quoted ? 1 : 0;
-    }
-    reader.length += static_cast<std::size_t>(out - room);
+    char* const end = write_string(characters, room);
+    reader.length += static_cast<std::size_t>(end - room);
     return true;
+}
+
+// An object of keyvalue().
+bool append_pair(json_reader& reader, const path_item& pair) {
+    char digits[24];
+    const char* const end = std::to_chars(digits, digits + sizeof digits, pair.token).ptr;
+    return append_text(reader, "{\"id\":") && append_text(reader, {digits, static_cast<std::size_t>(end - digits)}) &&
+           append_text(reader, ",\"key\":") && append_value(reader, pair.key) && append_text(reader, ",\"value\":") &&
+           append_value(reader, pair.key + 2) && append_text(reader, "}");
+}
+
+// Behind what the buffer has.
+bool append_item(json_reader& reader, const path_item& item) {
+    if (item.key != no_token) {
+        return append_pair(reader, item);
+    }
+    if (item.token != no_token) {
+        return append_value(reader, item.token);
+    }
+    if (item.kind != JSON_STRING) {
+        return append_text(reader, item.text);
+    }
+    return item.has_escapes ? append_text(reader, "\"") && append_text(reader, item.text) && append_text(reader, "\"")
+                            : append_characters(reader, item.text);
 }
 
 } // namespace
@@ -188,7 +220,7 @@ int32_t jpath_get_json(bifun_environment* environment, json_reader* reader, cons
         }
         // The bracket may turn out not to be needed.
         reader->buffer[reader->length++] = count++ == 0 ? '[' : ',';
-        source = count == 1 && given.token != no_token ? source_of(reader->document, given.token) : source;
+        source = count == 1 && given.token != no_token && given.key == no_token ? source_of(reader->document, given.token) : source;
         return append_item(*reader, given) ? std::int32_t{BIFUN_OK} : std::int32_t{BIFUN_OUT_OF_MEMORY};
     };
     const item_receiver receiver{&take, [](void* to, const path_item& given) { return (*static_cast<decltype(take)*>(to))(given); }};

@@ -132,4 +132,26 @@ bool has_characters(std::string_view text, bool has_escapes, std::string_view ch
     }
 }
 
+char* write_string(std::string_view characters, char* out) {
+    constexpr std::string_view digits = "0123456789abcdef";
+    constexpr std::string_view named = "\b\t\n\f\r\"\\";
+    constexpr std::string_view names = "btnfr\"\\";
+    *out++ = '"';
+    for (const char character : characters) {
+        const std::size_t name = named.find(character);
+        if (name != named.npos) {
+            *out++ = '\\';
+            *out++ = names[name];
+        } else if (static_cast<unsigned char>(character) < 0x20) {
+            out = static_cast<char*>(std::memcpy(out, "\\u00", 4)) + 4;
+            *out++ = digits[static_cast<unsigned char>(character) >> 4];
+            *out++ = digits[static_cast<unsigned char>(character) & 0x0F];
+        } else {
+            *out++ = character;
+        }
+    }
+    *out++ = '"';
+    return out;
+}
+
 } // namespace zqengine

@@ -227,7 +227,7 @@ inline constexpr failing_calls_of failures[] = {
     {"JSON_VALUE JSON_QUERY", "[] $[0] ERROR~ON~EMPTY", JSON_NO_ITEM},
     {"JSON_VALUE JSON_QUERY", "[1,2] $[1,0] ERROR~ON~ERROR", JSON_SEVERAL_ITEMS},
     {"JSON_VALUE JSON_QUERY", "[] strict~$.a ERROR~ON~ERROR", JSON_NO_SUCH_PART},
-    {"JSON_VALUE JSON_QUERY", "null $.double() ERROR~ON~ERROR", JSON_NO_NUMBER},
+    {"JSON_VALUE JSON_QUERY", "null $.double() ERROR~ON~ERROR", JSON_WRONG_OPERAND},
     {"JSON_VALUE", "[] $ ERROR~ON~ERROR ; {} $ ERROR~ON~ERROR", JSON_NO_SCALAR},
     {typed_json_values, "\"x\" $ ERROR~ON~ERROR", BIFUN_CONVERSION_FAILED},
     {typed_json_values, "1 $ DEFAULT~'x'~ON~EMPTY", BIFUN_CONVERSION_FAILED, failing_row::null, 2},
