@@ -80,6 +80,8 @@ const char* zqengine_status_meaning(int32_t status) {
         return "the path gives an array or object, not a scalar";
     case JSON_WRONG_OPERAND:
         return "a method or an operator of the path has a value that it is not for";
+    case JSON_NO_CHARACTER:
+        return "the database character set lacks a character of the JSON";
     case ZQ_INVALID_NLS_PARAMETERS:
         return "invalid NLS parameters";
     case zqengine::spool_failure:

@@ -4,6 +4,7 @@
 // interface takes three times as long. What is called here, it calls itself between its two passes.
 #include "embedded/json/json_document.h"
 
+#include <algorithm>
 #include <cstring>
 #include <memory>
 
@@ -36,7 +37,7 @@ std::int32_t reserve_structure(json_parser& parser, std::size_t length) {
     if (parser.structure != nullptr && length <= parser.structure_capacity) {
         return BIFUN_OK;
     }
-    const std::size_t capacity = length + length / 2 > smallest ? length + length / 2 : smallest;
+    const std::size_t capacity = std::min(std::max(length + length / 2, smallest), simdjson::SIMDJSON_MAXSIZE_BYTES);
     simdjson::error_code failure = simdjson::SUCCESS;
     if (parser.structure == nullptr) {
         std::unique_ptr<simdjson::internal::dom_parser_implementation> made;

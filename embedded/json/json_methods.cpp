@@ -93,7 +93,8 @@ bool make_integer(const path_item& item, const char* most, computed_text& text, 
 // A number stays as it is written.
 bool make_double(const path_item& item, computed_text& text, path_item& result) {
     double value = 0;
-    if (!read_double(number_text_of(item, text), value)) {
+    const std::string_view number = number_text_of(item, text);
+    if (json_get_double(bytes_of(number), static_cast<std::uint32_t>(number.size()), &value) != BIFUN_OK) {
         return false;
     }
     if (item.kind == JSON_NUMBER) {

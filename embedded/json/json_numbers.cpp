@@ -134,40 +134,29 @@ std::string_view without_spaces(std::string_view text) {
     return text;
 }
 
-namespace {
+} // namespace zqengine
 
-// Of what std::from_chars reads but infinities and NaNs.
-std::int32_t convert(std::string_view number, double& result) {
+int32_t json_get_double(const uint8_t* text, uint32_t length, double* result) {
+    std::string_view number = zqengine::without_spaces({reinterpret_cast<const char*>(text), length});
+    const bool has_sign = number.starts_with('+') || number.starts_with('-');
+    // An infinity or NaN has no digit there, and a second sign is none.
+    const std::string_view digits = number.substr(has_sign ? 1 : 0);
+    const std::size_t first = digits.find_first_of("0123456789");
+    if (first > 1 || (first == 1 && digits.front() != '.')) {
+        return BIFUN_UNUSABLE_TEXT;
+    }
+    number.remove_prefix(number.starts_with('+') ? 1 : 0);
     double value = 0;
     const std::from_chars_result read = std::from_chars(number.data(), number.data() + number.size(), value);
     if (read.ec == std::errc::invalid_argument || read.ptr != number.data() + number.size()) {
         return BIFUN_UNUSABLE_TEXT;
     }
     if (read.ec == std::errc::result_out_of_range) {
-        if (scale(number).position > 0) {
+        if (zqengine::scale(number).position > 0) {
             return BIFUN_NUMERIC_OVERFLOW;
         }
         value = number.starts_with('-') ? -0.0 : 0.0; // less than half of the smallest double
     }
-    result = value;
+    *result = value;
     return BIFUN_OK;
-}
-
-} // namespace
-
-bool read_double(std::string_view text, double& result) {
-    const bool has_plus = text.starts_with('+');
-    text.remove_prefix(has_plus ? 1 : 0);
-    const std::size_t first = text.find_first_of("0123456789");
-    const bool begins =
-        first == 0 || text.substr(0, first) == "." || (!has_plus && (text.substr(0, first) == "-" || text.substr(0, first) == "-."));
-    return first != text.npos && begins && convert(text, result) == BIFUN_OK;
-}
-
-} // namespace zqengine
-
-int32_t json_get_double(const uint8_t* text, uint32_t length, double* result) {
-    const std::string_view number(reinterpret_cast<const char*>(text), length);
-    const bool is_number = length != 0 && zqengine::json_number_length(number) == length;
-    return is_number ? zqengine::convert(number, *result) : std::int32_t{BIFUN_UNUSABLE_TEXT};
 }

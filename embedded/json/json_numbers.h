@@ -15,10 +15,6 @@ std::size_t json_number_length(std::string_view text);
 // What is left between blanks at both ends, and other white space of ASCII.
 std::string_view without_spaces(std::string_view text);
 
-// The nearest double of [sign]digits[.digits][E[sign]digits], digits missing before or behind the point; false for other text or a number
-// beyond the largest double, and then the result is untouched.
-bool read_double(std::string_view text, double& result);
-
 // Less than, equal to or greater than 0 as `a` is less than, equal to or greater than `b`, to the last digit. Both are numbers.
 std::int32_t compare_json_numbers(std::string_view a, std::string_view b);
 

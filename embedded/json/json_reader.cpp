@@ -6,6 +6,7 @@
 
 #include "bop/frame/status.h"
 #include "embedded/json/document_memory.h"
+#include "embedded/json/json_charset.h"
 #include "embedded/json/json_document.h"
 #include "embedded/json/json_evaluation.h"
 #include "embedded/json/json_path.h"
@@ -21,6 +22,8 @@ using namespace zqengine;
 struct json_reader {
     json_parser parser;
     document_recall recall;
+    charset_converter to_utf8;   // of documents
+    charset_converter from_utf8; // of results
     json_document document;
     char* buffer;
     std::size_t capacity;
@@ -126,6 +129,16 @@ bool append_item(json_reader& reader, const path_item& item) {
                             : append_characters(reader, item.text);
 }
 
+std::int32_t give(json_reader& reader, std::string_view result, const std::uint8_t** text, std::uint32_t* length) {
+    std::int32_t status = BIFUN_OK;
+    if (must_be_converted(result)) [[unlikely]] {
+        status = convert_from_utf8(reader.from_utf8, result, result);
+    }
+    *text = reinterpret_cast<const std::uint8_t*>(result.data());
+    *length = static_cast<std::uint32_t>(result.size());
+    return status;
+}
+
 } // namespace
 
 // Without memory for what is kept all is parsed.
@@ -148,6 +161,8 @@ void json_close(bifun_environment* environment, json_reader* reader) {
     static_cast<void>(environment);
     if (reader != nullptr) {
         release_parser(reader->parser);
+        release_converter(reader->to_utf8);
+        release_converter(reader->from_utf8);
         release(reader->buffer, reader->capacity);
         reader->~json_reader();
         release(reader, sizeof *reader);
@@ -160,6 +175,14 @@ int32_t json_parse(bifun_environment* environment, json_reader* reader, const ui
         return BIFUN_OUT_OF_MEMORY;
     }
     std::int32_t status = BIFUN_OK;
+    if (std::string_view given(reinterpret_cast<const char*>(text), length); must_be_converted(given)) [[unlikely]] {
+        status = convert_to_utf8(reader->to_utf8, given, given);
+        if (status != BIFUN_OK) {
+            return status;
+        }
+        text = reinterpret_cast<const std::uint8_t*>(given.data());
+        length = static_cast<std::uint32_t>(given.size());
+    }
     if (!recall_document(reader->recall, text, length, reader->document, status)) {
         status = parse_document(text, length, reader->parser, reader->document);
         if (status != BIFUN_OUT_OF_MEMORY) {
@@ -173,11 +196,7 @@ int32_t jpath_get_scalar(bifun_environment* environment, json_reader* reader, co
     static_cast<void>(environment);
     reader->length = 0;
     bool found = false;
-    const auto place = [&](const path_item& given, std::string_view text) {
-        *item = {.kind = given.kind,
-                 .length = static_cast<std::uint32_t>(text.size()),
-                 .text = reinterpret_cast<const std::uint8_t*>(text.data())};
-    };
+    std::string_view scalar;
     auto take = [&](const path_item& given) -> std::int32_t {
         if (found) {
             return JSON_SEVERAL_ITEMS;
@@ -186,8 +205,9 @@ int32_t jpath_get_scalar(bifun_environment* environment, json_reader* reader, co
             return JSON_NO_SCALAR;
         }
         found = true;
+        item->kind = given.kind;
         if (given.token != no_token && !given.has_escapes) {
-            place(given, given.text);
+            scalar = given.text;
         } else {
             char* const room = make_room(*reader, given.text.size() + 1);
             if (room == nullptr) {
@@ -196,13 +216,16 @@ int32_t jpath_get_scalar(bifun_environment* environment, json_reader* reader, co
             const char* const end = given.has_escapes
                                         ? write_characters(given.text, room)
                                         : static_cast<char*>(std::memcpy(room, given.text.data(), given.text.size())) + given.text.size();
-            place(given, {room, static_cast<std::size_t>(end - room)});
+            scalar = {room, static_cast<std::size_t>(end - room)};
         }
         return BIFUN_OK;
     };
     const item_receiver receiver{&take, [](void* to, const path_item& given) { return (*static_cast<decltype(take)*>(to))(given); }};
     const std::int32_t outcome = evaluate_path(reader->document, *path, receiver);
-    return outcome < BIFUN_OK ? outcome : found ? std::int32_t{BIFUN_OK} : std::int32_t{JSON_NO_ITEM};
+    if (outcome < BIFUN_OK || !found) {
+        return outcome < BIFUN_OK ? outcome : std::int32_t{JSON_NO_ITEM};
+    }
+    return give(*reader, scalar, &item->text, &item->length);
 }
 
 int32_t jpath_get_json(bifun_environment* environment, json_reader* reader, const jpath* path, int32_t wrapper, const uint8_t** text,
@@ -241,7 +264,5 @@ int32_t jpath_get_json(bifun_environment* environment, json_reader* reader, cons
     written.remove_prefix(wraps ? 0 : 1);
     // What has lost nothing is as the document has it.
     written = !wraps && source.size() == written.size() ? source : written;
-    *text = reinterpret_cast<const std::uint8_t*>(written.data());
-    *length = static_cast<std::uint32_t>(written.size());
-    return BIFUN_OK;
+    return give(*reader, written, text, length);
 }

@@ -5,9 +5,14 @@
 #include <fstream>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "bop/frame/status.h"
+#include "embedded/charset/database_charset.h"
 #include "embedded/json/json_numbers.h"
+#include "embedded/memory/allocation.h"
+#include "embedded/session/environment.h"
+#include "engine/charset.h"
 #include "engine/json.h"
 #include "tests/contract/exact_block.h"
 
@@ -514,6 +519,97 @@ TEST(JsonPath, IsWrapped) {
     EXPECT_EQ(query("[1, 2]", "$[0]", JPATH_CONDITIONAL_WRAPPER), "1");
     EXPECT_EQ(query("[1, 2]", "$[0]", JPATH_WRAPPER), "[1]");
     EXPECT_EQ(query("[1, 2]", "$[2]", JPATH_WRAPPER), "-7104");
+}
+
+// ---- documents of several calls --------------------------------------------------------------------------------------
+
+// What a call gives that asks all documents of a batch for a path.
+std::string call(bifun_environment* environment, const std::vector<std::string>& documents, const std::string& path_text) {
+    jpath* path = nullptr;
+    EXPECT_EQ(jpath_parse(environment, reinterpret_cast<const std::uint8_t*>(path_text.data()),
+                          static_cast<std::uint32_t>(path_text.size()), &path, nullptr),
+              0);
+    json_reader* const reader = json_open(environment);
+    std::string all;
+    for (const std::string& document : documents) {
+        const exact_block text(document);
+        const std::uint8_t* result = nullptr;
+        std::uint32_t length = 0;
+        std::int32_t status = json_parse(environment, reader, text.data(), text.length);
+        status = status == 0 ? jpath_get_json(environment, reader, path, JPATH_NO_WRAPPER, &result, &length) : status;
+        all.append(status == 0 ? std::string(reinterpret_cast<const char*>(result), length) : std::to_string(status)).append(" ");
+    }
+    json_close(environment, reader);
+    jpath_free(environment, path);
+    return all;
+}
+
+// Batches that begin alike, are alike up to a place, or are as long; shapes that differ in a token; more of them than are kept.
+TEST(JsonDocuments, AreTheSameWhetherTheyAreKeptOrNot) {
+    const std::int64_t before = zqengine::live_bytes();
+    {
+        bifun_environment environment;
+        std::vector<std::vector<std::string>> batches;
+        for (int i = 0; i < 12; ++i) {
+            std::vector<std::string> batch = {i % 3 == 0 ? "{}" : "{\"a\":" + std::to_string(i) + "}", R"({"a":[1,2],"b":{"c":"x"}})"};
+            for (int k = 0; k < 40; ++k) {
+                const std::string number = std::to_string(k == 20 ? i : k);
+                batch.push_back(k % 7 == i % 7 ? R"({"a":[1,2,"b":3})"
+                                : k % 5 == 0   ? "{\"a\":\"" + number + "\",\"b\":{\"c\":true}}"
+                                : k % 4 == 0   ? R"({"a\u0062":1,"b":null})"
+                                               : "{\"a\":" + number + ",\"b\":{\"c\":[]}}");
+            }
+            batch.resize(static_cast<std::size_t>(42 - i % 2 * 10));
+            batches.push_back(batch);
+        }
+        for (const int shift : {0, 1, 5}) {
+            for (std::size_t i = 0; i < batches.size(); ++i) {
+                for (const char* const path : {"$.a", "$.b.c", "$.ab", "$"}) {
+                    // Another column's documents in between, more of them the more often.
+                    const std::vector<std::string>& other = batches[(i + static_cast<std::size_t>(shift)) % batches.size()];
+                    EXPECT_EQ(call(&environment, batches[i], path), call(nullptr, batches[i], path));
+                    EXPECT_EQ(call(&environment, other, path), call(nullptr, other, path));
+                }
+            }
+        }
+        // Documents beyond the room that there is.
+        std::vector<std::string> long_ones;
+        for (int i = 0; i < 5; ++i) {
+            long_ones.push_back("{\"a\":\"" + std::string(3'000'000, static_cast<char>('a' + i)) + "\",\"b\":" + std::to_string(i) + "}");
+        }
+        for (int repetition = 0; repetition < 3; ++repetition) {
+            EXPECT_EQ(call(&environment, long_ones, "$.b"), "0 1 2 3 4 ");
+        }
+    }
+    EXPECT_EQ(zqengine::live_bytes(), before);
+}
+
+// ---- character sets --------------------------------------------------------------------------------------------------
+
+struct database_in {
+    std::uint32_t before = zqengine::database_charset();
+    explicit database_in(std::uint32_t charset) { zqengine::set_database_charset(charset); }
+    database_in(const database_in&) = delete;
+    database_in& operator=(const database_in&) = delete;
+    ~database_in() { zqengine::set_database_charset(before); }
+};
+
+TEST(JsonCharset, IsThatOfTheDatabase) {
+    {
+        const database_in database(ZQ_CHARSET_GB18030);
+        // The second byte of the one is a backslash, that of the other a bracket.
+        EXPECT_EQ(query("{\"\x81\x5C\":[\"\x81\x5B\"]}", "$.\"\x81\x5C\""), "[[\"\x81\x5B\"]]");
+        EXPECT_EQ(query("[\"\x81\x30\x81\x30\"]", "$[0]"), "[\"\x81\x30\x81\x30\"]");
+        EXPECT_EQ(query("[\"\x90\x30\x81\x30x\"]", R"($[*] ? (@ starts with "\ud800\udc00"))"), "[\"\x90\x30\x81\x30x\"]");
+        EXPECT_EQ(parse("[\"\x81\"]"), JSON_INVALID_TEXT);
+        EXPECT_EQ(query("[1]", "$.\x81\x5C +"), "@6");
+    }
+    const database_in database(ZQ_CHARSET_EUC_KR);
+    EXPECT_EQ(query("{\"\xB0\xA1\":\"\xB3\xAA\"}", "$.\xB0\xA1"), "[\"\xB3\xAA\"]");
+    EXPECT_EQ(parse("[\"\xB0\"]"), JSON_INVALID_TEXT);
+    EXPECT_EQ(query(R"(["\uac00", "\u00ff"])", "$[*] ? (@ == \"\xB0\xA1\")"), R"(["\uac00"])");
+    EXPECT_EQ(query("1", R"("\uac00")"), "[\"\xB0\xA1\"]");
+    EXPECT_EQ(query("1", R"("\u00ff")"), std::to_string(JSON_NO_CHARACTER));
 }
 
 TEST(JsonNumbers, AreComparedExactly) {
