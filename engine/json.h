@@ -1,7 +1,7 @@
 /* SPDX-License-Identifier: Apache-2.0 */
 /* JSON documents and the SQL/JSON paths into them.
  *
- * docs/json.md describes what is JSON and the language of paths. Texts are UTF-8, in whatever database character set, and not
+ * docs/json.md describes what is JSON and the language of paths. Texts are in the database character set and not
  * NUL-terminated; those of length 0 may be null. A batch has one reader and one path, and parses a document for each row. */
 #ifndef BIFUN_ENGINE_JSON_H
 #define BIFUN_ENGINE_JSON_H
@@ -20,7 +20,8 @@ enum {
     JSON_NO_ITEM = -7104,       /* the path gives nothing */
     JSON_SEVERAL_ITEMS = -7105, /* it gives more than one item where one is wanted */
     JSON_NO_SCALAR = -7106,     /* it gives an array or object where a scalar is wanted */
-    JSON_NO_NUMBER = -7107      /* a method of numbers has another value */
+    JSON_WRONG_OPERAND = -7107 /* a method or an operator has a value that it is not for, or no result */,
+    JSON_NO_CHARACTER = -7108 /* the database character set has not a character of the result */
 };
 
 enum { JSON_MOST_LEVELS = 1024, JPATH_LONGEST_TEXT = 4000 };
@@ -37,7 +38,7 @@ typedef struct json_item {
 
 /* ---- paths ----------------------------------------------------------------------------------------------------------- */
 
-/* A path, parsed: read only from then on. */
+/* A path, parsed. One thread at a time may use it. */
 typedef struct jpath jpath;
 
 /* `*path` gets the path of a text, to be freed by jpath_free. Returns 0; -503; another negative status where the text is no path or longer
@@ -50,7 +51,8 @@ void jpath_free(bifun_environment* environment, jpath* path);
 
 /* ---- documents ------------------------------------------------------------------------------------------------------- */
 
-/* Memory for one document at a time. */
+/* Memory for one document at a time. What parsing has made of the documents of a call may be kept in the environment for others over the
+ * same documents. */
 typedef struct json_reader json_reader;
 
 /* Null when memory is exhausted. */
@@ -63,22 +65,23 @@ void json_close(bifun_environment* environment, json_reader* reader);
  * is asked. Returns 0; JSON_INVALID_TEXT, JSON_TOO_DEEP, -503, and then the reader has no document and must not be asked. */
 int32_t json_parse(bifun_environment* environment, json_reader* reader, const uint8_t* text, uint32_t length);
 
-/* The one scalar that the path gives. Returns 0; JSON_NO_SUCH_PART, JSON_NO_ITEM, JSON_SEVERAL_ITEMS, JSON_NO_SCALAR, JSON_NO_NUMBER,
- * -503. */
+/* The one scalar that the path gives. Returns 0; JSON_NO_SUCH_PART, JSON_NO_ITEM, JSON_SEVERAL_ITEMS, JSON_NO_SCALAR, JSON_WRONG_OPERAND,
+ * JSON_NO_CHARACTER, -503. */
 int32_t jpath_get_scalar(bifun_environment* environment, json_reader* reader, const jpath* path, json_item* item);
 
 /* Whether what a path gives is put into an array: never, unless it is one item, always. */
 enum jpath_wrapper { JPATH_NO_WRAPPER = 0, JPATH_CONDITIONAL_WRAPPER = 1, JPATH_WRAPPER = 2 };
 
 /* What the path gives, as JSON without white space but in strings, all else as the document writes it. `text` is as in json_item. Returns
- * 0; JSON_NO_SUCH_PART, JSON_NO_ITEM, JSON_SEVERAL_ITEMS without a wrapper, JSON_NO_NUMBER, -503. */
+ * 0; JSON_NO_SUCH_PART, JSON_NO_ITEM, JSON_SEVERAL_ITEMS without a wrapper, JSON_WRONG_OPERAND, JSON_NO_CHARACTER, -503. */
 int32_t jpath_get_json(bifun_environment* environment, json_reader* reader, const jpath* path, int32_t wrapper, const uint8_t** text,
                        uint32_t* length);
 
 /* ---- numbers --------------------------------------------------------------------------------------------------------- */
 
-/* The nearest double of a number as JSON writes it; halves to even. Returns 0; 109 where the text is no such number; -6102 where it is
- * beyond the largest double. On failure the result is untouched. */
+/* The nearest double of [space][sign]digits[.digits][E[sign]digits][space], with E in either case, digits missing before or behind the
+ * point: of the numbers of JSON and of those that strings are. Halves to even. Returns 0; 109 where the text is no such number; -6102 where
+ * it is beyond the largest double. On failure the result is untouched. */
 int32_t json_get_double(const uint8_t* text, uint32_t length, double* result);
 
 #ifdef __cplusplus

@@ -45,7 +45,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (parse_status == 0 && path != nullptr) {
         std::int32_t status = 0;
         const std::string wrapped = query(reader, path, JPATH_WRAPPER, status);
-        require(status == 0 || status == JSON_NO_ITEM || status == JSON_NO_SUCH_PART || status == JSON_NO_NUMBER);
+        require(status == 0 || status == JSON_NO_ITEM || status == JSON_NO_SUCH_PART || status == JSON_WRONG_OPERAND);
         if (status == 0) {
             const exact_block given(wrapped);
             const std::int32_t deeper = json_parse(nullptr, again, given.data(), given.length);

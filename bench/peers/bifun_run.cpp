@@ -354,7 +354,7 @@ bifun_library load_bifun_copy(const char* path, const char* instruction_set) {
     const int file = memfd_create("libbifun.so", MFD_CLOEXEC);
     const std::string name = "/proc/self/fd/" + std::to_string(file);
     std::ofstream(name, std::ios::binary) << std::ifstream(path, std::ios::binary).rdbuf();
-    const bifun_library library = load_bifun(name.c_str());
+    bifun_library library = load_bifun(name.c_str());
     // The library chooses when it is called for the first time.
     setenv("BIFUN_INSTRUCTION_SET", instruction_set, 1);
     const entry_point& any = entry_points[0];

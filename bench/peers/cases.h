@@ -29,6 +29,7 @@ struct table_column {
     std::uint8_t precision = 0;
     std::uint8_t scale = 0;
     value_form form = value_form::usual;
+    std::string_view letters = {}; // of texts, where they are not the usual ones
 };
 
 std::span<const table_column> table_columns();

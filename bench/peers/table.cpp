@@ -68,8 +68,9 @@ table make_table(const std::vector<std::string_view>& names, std::uint32_t row_c
         }
         if (definition.values == content::magnitude) {
             fill_by_magnitude(*storage, definition, seed);
-        } else if (!bench::fill_column(*storage, {.low = definition.low, .high = definition.high, .form = definition.form}, seed,
-                                       row_count)) {
+        } else if (!bench::fill_column(
+                       *storage, {.low = definition.low, .high = definition.high, .letters = definition.letters, .form = definition.form},
+                       seed, row_count)) {
             throw std::runtime_error("out of memory");
         }
         if (definition.nulls) {

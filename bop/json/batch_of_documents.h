@@ -5,6 +5,7 @@
 
 #include "bop/frame/string_rows.h"
 #include "bop/json/clauses.h"
+#include "bop/json/returned_types.h"
 
 namespace bifun {
 
@@ -15,15 +16,16 @@ struct documents {
     const json_clauses* clauses;
 };
 
-// Calls `rows(documents)` with the path and the clauses; every row is NULL where one of them is.
+// Calls `rows(documents)` with the path and the clauses, which may have one of `types` behind RETURNING; every row is NULL where one of
+// them is.
 template <value_type result, class Rows>
 status with_documents(batch_of<result> batch, constant_of<VARCHAR> path, const bifun_string_constant* clauses, json_function of,
-                      const Rows& rows) {
+                      const char* types, const Rows& rows) {
     if (path.record->not_null == 0 || (clauses != nullptr && clauses->not_null == 0)) {
         return null_rows(batch);
     }
     json_clauses parsed;
-    const status parsed_clauses = parse_clauses(clauses == nullptr ? bifun_string{} : string_of(*clauses, 0), of, parsed);
+    const status parsed_clauses = parse_clauses(clauses == nullptr ? bifun_string{} : string_of(*clauses, 0), of, types, parsed);
     if (parsed_clauses < BIFUN_OK) {
         return fail_batch(batch, parsed_clauses);
     }

@@ -51,53 +51,98 @@ bool take(clause_reader& reader, const char* words) {
     return true;
 }
 
-bool take_type(clause_reader& reader) {
-    skip_spaces(reader);
-    const std::uint8_t* const first = reader.next;
-    while (!at_end(reader) && is_word_character(*reader.next)) {
-        ++reader.next;
+// One of the words, which have blanks between.
+bool take_type(clause_reader& reader, const char* types) {
+    char word[16];
+    while (*types != '\0') {
+        std::uint32_t length = 0;
+        for (; *types != '\0' && *types != ' '; ++types) {
+            word[length++] = *types;
+        }
+        word[length] = '\0';
+        types += *types == ' ' ? 1 : 0;
+        if (take(reader, word)) {
+            (void)(word[0] == 'D' && word[1] == 'O' && take(reader, "PRECISION"));
+            return true;
+        }
     }
-    const bool found = reader.next != first;
-    (void)take(reader, "PRECISION");
-    return found;
+    return false;
 }
 
 void keep(json_clauses& clauses, std::uint8_t character) { clauses.characters[clauses.used++] = character; }
 
-// 'text', with quotes doubled, or a number with or without a sign.
+void keep_digits(clause_reader& reader, std::uint32_t& count) {
+    for (; !at_end(reader) && is_digit(*reader.next); ++reader.next) {
+        keep(reader.clauses, *reader.next);
+        ++count;
+    }
+}
+
+bool keep_one_of(clause_reader& reader, char a, char b) {
+    const bool found = !at_end(reader) && (*reader.next == a || *reader.next == b);
+    if (found) {
+        keep(reader.clauses, *reader.next++);
+    }
+    return found;
+}
+
+// [sign]digits[.digits][E[sign]digits], digits missing before or behind the point, up to the end or a blank.
+bool keep_number(clause_reader& reader) {
+    std::uint32_t digits = 0;
+    std::uint32_t exponent_digits = 0;
+    (void)keep_one_of(reader, '-', '+');
+    keep_digits(reader, digits);
+    if (keep_one_of(reader, '.', '.')) {
+        keep_digits(reader, digits);
+    }
+    const bool has_exponent = digits != 0 && keep_one_of(reader, 'e', 'E');
+    if (has_exponent) {
+        (void)keep_one_of(reader, '-', '+');
+        keep_digits(reader, exponent_digits);
+    }
+    return digits != 0 && (!has_exponent || exponent_digits != 0) && (at_end(reader) || is_space(*reader.next));
+}
+
+// Behind its opening quote; quotes in it are doubled.
+bool keep_text(clause_reader& reader) {
+    while (true) {
+        if (at_end(reader)) {
+            return false;
+        }
+        const std::uint8_t character = *reader.next++;
+        if (character == '\'') {
+            if (at_end(reader) || *reader.next != '\'') {
+                return true;
+            }
+            ++reader.next;
+        }
+        keep(reader.clauses, character);
+    }
+}
+
+bool keep_word(clause_reader& reader, const char* word) {
+    const bool found = take(reader, word);
+    for (; found && *word != '\0'; ++word) {
+        keep(reader.clauses, static_cast<std::uint8_t>(*word | 0x20));
+    }
+    return found;
+}
+
+// 'text', a number, or TRUE or FALSE.
 bool take_literal(clause_reader& reader, bifun_string& literal) {
     json_clauses& clauses = reader.clauses;
     skip_spaces(reader);
     std::uint8_t* const first = clauses.characters + clauses.used;
     const std::uint32_t used_before = clauses.used;
-    if (at_end(reader)) {
-        return false;
-    }
-    if (*reader.next == '\'') {
-        while (true) {
-            ++reader.next;
-            if (at_end(reader)) {
-                return false;
-            }
-            if (*reader.next == '\'') {
-                ++reader.next;
-                if (at_end(reader) || *reader.next != '\'') {
-                    break;
-                }
-            }
-            keep(clauses, *reader.next);
-        }
+    bool good = false;
+    if (!at_end(reader) && *reader.next == '\'') {
+        ++reader.next;
+        good = keep_text(reader);
     } else {
-        const std::uint8_t* const begin = reader.next;
-        for (; !at_end(reader) && !is_space(*reader.next); ++reader.next) {
-            keep(clauses, *reader.next);
-        }
-        if (!is_digit(*begin) && *begin != '-' && *begin != '+' && *begin != '.') {
-            return false;
-        }
+        good = keep_word(reader, "TRUE") || keep_word(reader, "FALSE") || keep_number(reader);
     }
     literal = {clauses.used - used_before, 0, first};
-    return true;
+    return good;
 }
 
 void set_json(clause_reader& reader, const char* json, json_outcome& outcome) {
@@ -147,14 +192,14 @@ bool take_wrapper(clause_reader& reader, std::int32_t& wrapper) {
 
 } // namespace
 
-status parse_clauses(const bifun_string& text, json_function of, json_clauses& clauses) {
+status parse_clauses(const bifun_string& text, json_function of, const char* types, json_clauses& clauses) {
     clauses.used = 0;
     clauses.wrapper = JPATH_NO_WRAPPER;
     clauses.on_empty = {};
     clauses.on_error = {};
     // Each literal is shorter than what spells it; [] and {} are as well.
     clause_reader reader{text.data, text.data + text.length, clauses};
-    bool good = text.length <= longest_clauses && (!take(reader, "RETURNING") || take_type(reader));
+    bool good = text.length <= longest_clauses && (!take(reader, "RETURNING") || take_type(reader, types));
     good = good && (of == json_function::value || take_wrapper(reader, clauses.wrapper));
     bool empty_said = false;
     for (skip_spaces(reader); good && !at_end(reader); skip_spaces(reader)) {

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // The clauses behind the path of JSON_VALUE and JSON_QUERY:
 //
-//     [RETURNING type] [x ON EMPTY] [x ON ERROR]                of JSON_VALUE: x is NULL, ERROR or DEFAULT literal
+//     [RETURNING type] [x ON EMPTY] [x ON ERROR]                of JSON_VALUE: x is NULL, ERROR or DEFAULT literal,
+//                                                               which is 'text', a number, TRUE or FALSE
 //     [RETURNING type] [wrapper] [x ON EMPTY] [x ON ERROR]      of JSON_QUERY: x is NULL, ERROR, EMPTY [ARRAY] or EMPTY OBJECT; the wrapper
 //                                                               is WITHOUT [ARRAY] WRAPPER or WITH [CONDITIONAL | UNCONDITIONAL] [ARRAY]
 //                                                               WRAPPER
@@ -35,9 +36,9 @@ struct json_clauses {
 
 enum class json_function : std::uint8_t { value, query };
 
-// Returns 0, or -6803 for other texts. The type behind RETURNING is not looked at: the entry point has been chosen by it. The clauses point
-// into themselves and are not copied.
-status parse_clauses(const bifun_string& text, json_function of, json_clauses& clauses);
+// `types` are the words that may stand behind RETURNING. Returns 0, or -6803 for other texts. The clauses point into themselves and are not
+// copied.
+status parse_clauses(const bifun_string& text, json_function of, const char* types, json_clauses& clauses);
 
 } // namespace bifun
 

@@ -21,7 +21,7 @@ value_or_null query(const documents& all, const bifun_string& document, string_r
 }
 
 status query_rows(batch_of<VARCHAR> batch, column_of<VARCHAR> document, constant_of<VARCHAR> path, const bifun_string_constant* clauses) {
-    return with_documents(batch, path, clauses, json_function::query,
+    return with_documents(batch, path, clauses, json_function::query, JSON_RETURNS_VARCHAR,
                           [&](const documents& all) { return string_rows<query>(batch, shared(all), document); });
 }
 

@@ -52,10 +52,19 @@ status convert(const json_item& item, double& result) {
     return is_read(outcome) ? BIFUN_OK : unreadable(outcome);
 }
 
+// Whether a time of day comes first, or alone: a colon behind the first digits.
+bool begins_with_time(const json_item& item) {
+    std::uint32_t at = 0;
+    while (at < item.length && (item.text[at] == blank || item.text[at] - 0x30U < 10)) {
+        ++at;
+    }
+    return at < item.length && item.text[at] == ':';
+}
+
+// A zone would make it another moment than is written, a time without a date one of a day that nobody has named.
 status convert(const json_item& item, zqtime& result) {
     const bool read = item.kind == JSON_STRING && is_read(zqtime_from_char_ex(item.text, item.length, &result));
-    (void)(read && zqtime_set_tz(&result, ZQTIME_NO_ZONE));
-    return read ? BIFUN_OK : BIFUN_CONVERSION_FAILED;
+    return read && zqtime_get_tz(&result) == ZQTIME_NO_ZONE && !begins_with_time(item) ? BIFUN_OK : BIFUN_CONVERSION_FAILED;
 }
 
 bool is_word(const json_item& item, const char* word, std::uint32_t length) {
@@ -123,7 +132,7 @@ value_or_null text_value(const documents& all, const bifun_string& document, str
 }
 
 status text_rows(batch_of<VARCHAR> batch, column_of<VARCHAR> document, constant_of<VARCHAR> path, const bifun_string_constant* clauses) {
-    return with_documents(batch, path, clauses, json_function::value,
+    return with_documents(batch, path, clauses, json_function::value, JSON_RETURNS_VARCHAR,
                           [&](const documents& all) { return string_rows<text_value>(batch, shared(all), document); });
 }
 
@@ -140,8 +149,9 @@ template <class Result, status (*conversion)(const json_item&, Result&)> status 
 }
 
 template <value_type type, status (*conversion)(const json_item&, stored<type>&) = convert_to<type>>
-status value_rows(batch_of<type> batch, column_of<VARCHAR> document, constant_of<VARCHAR> path, constant_of<VARCHAR> clauses) {
-    return with_documents(batch, path, clauses.record, json_function::value, [&](const documents& all) {
+status value_rows(batch_of<type> batch, column_of<VARCHAR> document, constant_of<VARCHAR> path, constant_of<VARCHAR> clauses,
+                  const char* types) {
+    return with_documents(batch, path, clauses.record, json_function::value, types, [&](const documents& all) {
         const status checked = check_literals<stored<type>, conversion>(*all.clauses);
         return checked < BIFUN_OK ? fail_batch(batch, checked) : set_rows<value<stored<type>, conversion>>(batch, shared(all), document);
     });
@@ -157,20 +167,20 @@ status entry::bjson_value_avv_str(batch_of<VARCHAR> batch, column_of<VARCHAR> do
     return text_rows(batch, document, path, clauses.record);
 }
 
-#define VALUE_OF(symbol, type)                                                                                                             \
+#define VALUE_OF(symbol, type, types)                                                                                                      \
     status entry::symbol(batch_of<type> batch, column_of<VARCHAR> document, constant_of<VARCHAR> path, constant_of<VARCHAR> clauses) {     \
-        return value_rows<type>(batch, document, path, clauses);                                                                           \
+        return value_rows<type>(batch, document, path, clauses, types);                                                                    \
     }
-VALUE_OF(bjson_value_int_avv_str, INT)
-VALUE_OF(bjson_value_int64_avv_str, BIGINT)
-VALUE_OF(bjson_value_dec_avv_str, DECIMAL)
-VALUE_OF(bjson_value_dbl_avv_str, DOUBLE)
-VALUE_OF(bjson_value_bool_avv_str, BOOL)
-VALUE_OF(bjson_value_dt_avv_str, DATETIME)
+VALUE_OF(bjson_value_int_avv_str, INT, JSON_RETURNS_INT)
+VALUE_OF(bjson_value_int64_avv_str, BIGINT, JSON_RETURNS_BIGINT)
+VALUE_OF(bjson_value_dec_avv_str, DECIMAL, JSON_RETURNS_DECIMAL)
+VALUE_OF(bjson_value_dbl_avv_str, DOUBLE, JSON_RETURNS_DOUBLE)
+VALUE_OF(bjson_value_bool_avv_str, BOOL, JSON_RETURNS_BOOL)
+VALUE_OF(bjson_value_dt_avv_str, DATETIME, JSON_RETURNS_TIMESTAMP)
 #undef VALUE_OF
 status entry::bjson_value_date_avv_str(batch_of<DATETIME> batch, column_of<VARCHAR> document, constant_of<VARCHAR> path,
                                        constant_of<VARCHAR> clauses) {
-    return value_rows<DATETIME, convert_to_date>(batch, document, path, clauses);
+    return value_rows<DATETIME, convert_to_date>(batch, document, path, clauses, JSON_RETURNS_DATE);
 }
 
 } // namespace bifun

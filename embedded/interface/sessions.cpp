@@ -78,8 +78,10 @@ const char* zqengine_status_meaning(int32_t status) {
         return "the path gives more than one item";
     case JSON_NO_SCALAR:
         return "the path gives an array or object, not a scalar";
-    case JSON_NO_NUMBER:
-        return "the path takes a number of what is none";
+    case JSON_WRONG_OPERAND:
+        return "a method or an operator of the path has a value that it is not for";
+    case JSON_NO_CHARACTER:
+        return "the database character set lacks a character of the JSON";
     case ZQ_INVALID_NLS_PARAMETERS:
         return "invalid NLS parameters";
     case zqengine::spool_failure:
@@ -94,7 +96,12 @@ bifun_environment* zqengine_environment_create(void) {
     return memory == nullptr ? nullptr : new (memory) bifun_environment;
 }
 
-void zqengine_environment_destroy(bifun_environment* environment) { zqengine::release(environment, sizeof(bifun_environment)); }
+void zqengine_environment_destroy(bifun_environment* environment) {
+    if (environment != nullptr) {
+        environment->~bifun_environment();
+        zqengine::release(environment, sizeof(bifun_environment));
+    }
+}
 
 int32_t zqengine_environment_set_time_zone(bifun_environment* environment, int32_t minutes) {
     if (minutes < -most_zone_minutes || minutes > most_zone_minutes) {

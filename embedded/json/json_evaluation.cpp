@@ -2,13 +2,19 @@
 // Depth first: each item goes through all steps before the next one is looked for, so that there is no list of items between the steps.
 #include "embedded/json/json_evaluation.h"
 
+#include <algorithm>
+#include <array>
 #include <charconv>
-#include <cstdlib>
+#include <cstring>
+#include <iterator>
 
 #include "bop/frame/status.h"
-#include "embedded/json/json_numbers.h"
-#include "engine/number_format.h"
-#include "layouts/order.h"
+#include "embedded/json/json_comparison.h"
+#include "embedded/json/json_methods.h"
+#include "embedded/json/json_pattern.h"
+#include "embedded/json/json_strings.h"
+#include "embedded/memory/allocation.h"
+#include "engine/decimal.h"
 
 namespace zqengine {
 
@@ -20,219 +26,311 @@ constexpr std::int32_t enough = 1;
 struct evaluation {
     const json_document& document;
     const jpath& path;
+    std::int32_t& failure; // -503 where a condition has failed
+    bool forgives;         // a strict path as well, behind .**
+    std::int64_t last;     // index of the array whose subscripts are evaluated
+    const path_item* current;
 
     [[nodiscard]] bool lax() const { return !path.strict; }
-    [[nodiscard]] std::int32_t nothing_there() const { return path.strict ? std::int32_t{JSON_NO_SUCH_PART} : go_on; }
+    [[nodiscard]] std::int32_t nothing_there() const { return path.strict && !forgives ? std::int32_t{JSON_NO_SUCH_PART} : go_on; }
 };
 
-path_item item_of(const json_document& document, const json_node& node) {
-    return {.kind = node.kind, .has_escapes = node.has_escapes, .text = text_of(document, node), .node = &node};
+constexpr std::array<std::uint8_t, 256> make_kinds() {
+    std::array<std::uint8_t, 256> kinds{};
+    kinds.fill(JSON_NUMBER);
+    kinds['{'] = JSON_OBJECT;
+    kinds['['] = JSON_ARRAY;
+    kinds['"'] = JSON_STRING;
+    kinds['t'] = JSON_TRUE;
+    kinds['f'] = JSON_FALSE;
+    kinds['n'] = JSON_NULL;
+    return kinds;
+}
+constexpr std::array<std::uint8_t, 256> kind_of = make_kinds();
+
+} // namespace
+
+path_item item_of(const json_document& document, std::uint32_t token) {
+    const std::uint8_t kind = kind_of[static_cast<std::uint8_t>(first_character(document, token))];
+    std::string_view text = source_of(document, token);
+    bool has_escapes = false;
+    if (kind == JSON_STRING) {
+        text = text.substr(1, text.size() - 2);
+        has_escapes = document.has_backslash && text.find('\\') != text.npos;
+    }
+    return {.kind = kind, .has_escapes = has_escapes, .text = text, .token = token, .key = no_token};
 }
 
-const json_node& node_at(const evaluation& run, std::uint32_t index) { return run.document.nodes.first[index]; }
-
-const json_node* end_of(const evaluation& run, const json_node& container) { return run.document.nodes.first + container.next; }
-const json_node* behind(const evaluation& run, const json_node& value) { return run.document.nodes.first + value.next; }
+namespace {
 
 // Calls `visit` with each element until it returns something else than go_on.
-template <class Visit> std::int32_t for_each_element(const evaluation& run, const json_node& array, const Visit& visit) {
-    for (const json_node* element = &array + 1; element != end_of(run, array); element = behind(run, *element)) {
-        const std::int32_t outcome = visit(item_of(run.document, *element));
-        if (outcome != go_on) {
-            return outcome;
-        }
-    }
-    return go_on;
+template <class Visit> std::int32_t for_each_element(const evaluation& run, std::uint32_t array, const Visit& visit) {
+    return for_each_within(run.document, array, [&](std::uint32_t element) { return visit(item_of(run.document, element)); });
 }
 
-std::int64_t count_elements(const evaluation& run, const json_node& array) {
+std::int64_t count_elements(const evaluation& run, std::uint32_t array) {
     std::int64_t count = 0;
-    for (const json_node* element = &array + 1; element != end_of(run, array); element = behind(run, *element)) {
+    (void)for_each_within(run.document, array, [&](std::uint32_t) {
         ++count;
-    }
+        return go_on;
+    });
     return count;
 }
 
-// Of members with one name the last counts.
-const json_node* find_member(const evaluation& run, const json_node& object, std::string_view name) {
-    const json_node* found = nullptr;
-    for (const json_node* key = &object + 1; key != end_of(run, object); key = behind(run, key[1])) {
-        if (has_characters(text_of(run.document, *key), key->has_escapes, name)) {
-            found = key + 1;
+// Of a document without backslashes, whose keys are as they are written.
+bool is_written_so(const json_document& document, std::uint32_t begin, const path_step& step, std::string_view name) {
+    const std::string_view rest(reinterpret_cast<const char*>(document.text) + begin, document.length - begin);
+    if (rest.size() >= sizeof step.beginning) [[likely]] {
+        std::uint64_t beginning = 0;
+        std::memcpy(&beginning, rest.data(), sizeof beginning);
+        if ((beginning & step.mask) != step.beginning) {
+            return false;
+        }
+        if (name.size() < sizeof beginning) {
+            return true;
         }
     }
+    return rest.size() > name.size() && rest.starts_with(name) && rest[name.size()] == '"';
+}
+
+// Of members with one name the last counts. Gives the value, or no_token.
+std::uint32_t find_member(const evaluation& run, std::uint32_t object, const path_step& step) {
+    const json_document& document = run.document;
+    const std::string_view name = text_of(run.path, step.name);
+    std::uint32_t found = no_token;
+    (void)for_each_within(document, object, [&](std::uint32_t key) {
+        bool is_same = false;
+        if (step.is_plain_name && !document.has_backslash) [[likely]] {
+            is_same = is_written_so(document, document.places[key] + 1, step, name);
+        } else {
+            const path_item item = item_of(document, key);
+            is_same = has_characters(item.text, item.has_escapes, name);
+        }
+        found = is_same ? key + 2 : found;
+        return go_on;
+    });
     return found;
 }
 
-// ---- comparing ---------------------------------------------------------------------------------------------------
-
-enum class truth : std::uint8_t { no, yes, unknown };
-
-truth truth_of(bool value) { return value ? truth::yes : truth::no; }
-
-bool holds(comparison wanted, std::int32_t order) {
-    switch (wanted) {
-    case comparison::equal:
-        return order == 0;
-    case comparison::not_equal:
-        return order != 0;
-    case comparison::less:
-        return order < 0;
-    case comparison::less_or_equal:
-        return order <= 0;
-    case comparison::greater:
-        return order > 0;
-    case comparison::greater_or_equal:
-        break;
-    }
-    return order >= 0;
-}
-
-// The characters of a string one by one, escapes resolved, as UTF-8: their order is that of code points.
-struct character_reader {
-    std::string_view text;
-    bool has_escapes;
-    char resolved[4];
-    std::string_view pending;
-};
-
-bool next_byte(character_reader& reader, std::uint8_t& byte) {
-    if (reader.pending.empty()) {
-        if (reader.text.empty()) {
-            return false;
-        }
-        std::size_t length = 1;
-        reader.pending = reader.text.substr(0, 1);
-        if (reader.has_escapes && reader.text.front() == '\\') {
-            length = reader.text[1] != 'u' ? 2 : 6;
-            // The second one of a pair of surrogates goes with the first.
-            const bool is_pair =
-                length == 6 && (reader.text[2] | 0x20) == 'd' && std::string_view("89abAB").find(reader.text[3]) != std::string_view::npos;
-            length = is_pair ? 12 : length;
-            const char* const end = write_characters(reader.text.substr(0, length), reader.resolved);
-            reader.pending = {reader.resolved, static_cast<std::size_t>(end - reader.resolved)};
-        }
-        reader.text.remove_prefix(length);
-    }
-    byte = static_cast<std::uint8_t>(reader.pending.front());
-    reader.pending.remove_prefix(1);
-    return true;
-}
-
-character_reader characters_of(const path_item& item) {
-    return {.text = item.text, .has_escapes = item.has_escapes, .resolved = {}, .pending = {}};
-}
-
-// The order of two strings, or of the first one's beginning, as long as the second, and the second.
-std::int32_t compare_strings(const path_item& a, const path_item& b, bool beginning_only) {
-    character_reader left = characters_of(a);
-    character_reader right = characters_of(b);
-    while (true) {
-        std::uint8_t byte_of_left = 0;
-        std::uint8_t byte_of_right = 0;
-        const bool has_left = next_byte(left, byte_of_left);
-        if (!next_byte(right, byte_of_right)) {
-            return has_left && !beginning_only ? 1 : 0;
-        }
-        if (!has_left) {
-            return -1;
-        }
-        if (byte_of_left != byte_of_right) {
-            return bifun::order(byte_of_left, byte_of_right);
-        }
-    }
-}
-
-bool is_truth_value(const path_item& item) { return item.kind == JSON_FALSE || item.kind == JSON_TRUE; }
-
-// A null differs from all else; other values of different types cannot be compared, nor can arrays and objects.
-truth compare_items(comparison wanted, const path_item& a, const path_item& b) {
-    if (is_truth_value(a) && is_truth_value(b)) {
-        return truth_of(holds(wanted, bifun::order(a.kind, b.kind)));
-    }
-    if (a.kind != b.kind) {
-        return a.kind == JSON_NULL || b.kind == JSON_NULL ? truth_of(wanted == comparison::not_equal) : truth::unknown;
-    }
-    switch (a.kind) {
-    case JSON_NULL:
-        return truth_of(holds(wanted, 0));
-    case JSON_NUMBER:
-        return truth_of(holds(wanted, compare_json_numbers(a.text, b.text)));
-    case JSON_STRING:
-        return truth_of(holds(wanted, compare_strings(a, b, false)));
-    default:
-        return truth::unknown;
-    }
-}
-
-// ---- conditions --------------------------------------------------------------------------------------------------
+// ---- operands ----------------------------------------------------------------------------------------------------
 
 std::int32_t walk(const evaluation& run, const path_step* step, std::uint32_t left, const path_item& item, bool unwraps,
                   const item_receiver& receiver);
+truth evaluate_condition(const evaluation& run, const path_condition& condition);
 
 std::int32_t walk_chain(const evaluation& run, const path_chain& chain, const path_item& item, const item_receiver& receiver) {
     return walk(run, run.path.steps + chain.first, chain.count, item, run.lax(), receiver);
 }
 
-path_item root_of(const evaluation& run) { return item_of(run.document, node_at(run, 0)); }
+path_item root_of(const evaluation& run) { return item_of(run.document, 0); }
 
 template <class Take> std::int32_t call_take(void* to, const path_item& item) { return (*static_cast<Take*>(to))(item); }
 
 template <class Take> item_receiver receiver_of(Take& take) { return {&take, call_take<Take>}; }
 
-// Calls `take` with what an operand gives; a lax path gives the elements of arrays in their place.
-template <class Take>
-std::int32_t for_each_value(const evaluation& run, const path_operand& operand, const path_item& current, Take& take) {
-    if (operand.kind == operand_kind::literal) {
-        return take({.kind = operand.literal_kind, .has_escapes = false, .text = text_of(run.path, operand.text), .node = nullptr});
-    }
-    auto unwrapped = [&](const path_item& item) {
-        return run.lax() && item.kind == JSON_ARRAY ? for_each_element(run, *item.node, take) : take(item);
-    };
-    return walk_chain(run, operand.chain, operand.kind == operand_kind::of_document ? root_of(run) : current, receiver_of(unwrapped));
+path_item scalar_item(std::uint8_t kind, std::string_view text) {
+    return {.kind = kind, .has_escapes = false, .text = text, .token = no_token, .key = no_token};
 }
 
-// Whether some pair of values compares so. A strict path looks at all pairs, and one that cannot be compared makes it unknown.
-truth compare_operands(const evaluation& run, const path_condition& condition, const path_item& current) {
-    const path_operand& left = run.path.operands[condition.left];
-    const path_operand& right = run.path.operands[condition.right];
+path_item truth_item(truth value) {
+    return value == truth::yes  ? scalar_item(JSON_TRUE, "true")
+           : value == truth::no ? scalar_item(JSON_FALSE, "false")
+                                : scalar_item(JSON_NULL, "null");
+}
+
+struct integer_text {
+    char digits[24];
+};
+path_item integer_item(std::int64_t number, integer_text& text) {
+    const char* const end = std::to_chars(text.digits, text.digits + sizeof text.digits, number).ptr;
+    return scalar_item(JSON_NUMBER, {text.digits, static_cast<std::size_t>(end - text.digits)});
+}
+
+std::int32_t evaluate_operand(const evaluation& run, const path_operand& operand, const item_receiver& receiver);
+
+// Calls `take` with what an operand gives; a lax path gives the elements of arrays in their place.
+template <class Take> std::int32_t for_each_value(const evaluation& run, const path_operand& operand, Take& take) {
+    auto unwrapped = [&](const path_item& item) {
+        return run.lax() && item.kind == JSON_ARRAY ? for_each_element(run, item.token, take) : take(item);
+    };
+    return evaluate_operand(run, operand, receiver_of(unwrapped));
+}
+
+// The one number that an operand gives.
+std::int32_t evaluate_number(const evaluation& run, const path_operand& operand, xdec& number) {
+    if (operand.kind >= operand_kind::sum) {
+        xdec right;
+        const std::int32_t outcome = evaluate_number(run, run.path.operands[operand.left], number);
+        const std::int32_t of_right = outcome < BIFUN_OK ? outcome : evaluate_number(run, run.path.operands[operand.right], right);
+        return of_right < BIFUN_OK ? of_right : combine_numbers(operand.kind, number, right, number);
+    }
+    bool found = false;
+    auto take = [&](const path_item& item) {
+        const bool is_only = !found;
+        found = true;
+        return is_only ? number_of(item, number) : std::int32_t{JSON_WRONG_OPERAND};
+    };
+    const std::int32_t outcome = for_each_value(run, operand, take);
+    return outcome < BIFUN_OK || found ? outcome : std::int32_t{JSON_WRONG_OPERAND};
+}
+
+std::int32_t take_number(const xdec& number, const item_receiver& receiver) {
+    computed_text text;
+    path_item result{};
+    const std::int32_t outcome = item_of_number(number, text, result);
+    return outcome < BIFUN_OK ? outcome : receiver.take(receiver.to, result);
+}
+
+// With a sign before them.
+std::int32_t evaluate_signed(const evaluation& run, const path_operand& operand, const item_receiver& receiver) {
+    auto take = [&](const path_item& item) {
+        xdec number;
+        if (number_of(item, number) < BIFUN_OK) {
+            return std::int32_t{JSON_WRONG_OPERAND};
+        }
+        if (operand.kind == operand_kind::identity) {
+            return receiver.take(receiver.to, item);
+        }
+        (void)xdec_neg(&number, &number);
+        return take_number(number, receiver);
+    };
+    return for_each_value(run, run.path.operands[operand.left], take);
+}
+
+std::int32_t evaluate_operand(const evaluation& run, const path_operand& operand, const item_receiver& receiver) {
+    integer_text digits;
+    switch (operand.kind) {
+    case operand_kind::of_document:
+        return walk_chain(run, operand.chain, root_of(run), receiver);
+    case operand_kind::of_current:
+        return walk_chain(run, operand.chain, *run.current, receiver);
+    case operand_kind::of_last:
+        return walk_chain(run, operand.chain, integer_item(run.last, digits), receiver);
+    case operand_kind::literal: {
+        constexpr std::string_view words[] = {"null", "false", "true"};
+        const bool is_word = operand.literal_kind <= JSON_TRUE;
+        const std::string_view text = is_word ? words[operand.literal_kind] : text_of(run.path, operand.text);
+        return walk_chain(run, operand.chain, scalar_item(operand.literal_kind, text), receiver);
+    }
+    case operand_kind::of_operand: {
+        auto walk_on = [&](const path_item& item) { return walk_chain(run, operand.chain, item, receiver); };
+        return evaluate_operand(run, run.path.operands[operand.left], receiver_of(walk_on));
+    }
+    case operand_kind::of_condition: {
+        const truth value = evaluate_condition(run, run.path.conditions[operand.left]);
+        return walk_chain(run, operand.chain, truth_item(value), receiver);
+    }
+    case operand_kind::identity:
+    case operand_kind::negation:
+        return evaluate_signed(run, operand, receiver);
+    default: {
+        xdec number;
+        const std::int32_t outcome = evaluate_number(run, operand, number);
+        return outcome < BIFUN_OK ? outcome : take_number(number, receiver);
+    }
+    }
+}
+
+// ---- conditions --------------------------------------------------------------------------------------------------
+
+// Whether an operand can fail, which makes a condition unknown whatever has been found before.
+bool can_fail(const evaluation& run, const path_operand& operand) {
+    if (operand.kind == operand_kind::literal && operand.chain.count == 0) {
+        return false;
+    }
+    const path_step* const steps = run.path.steps + operand.chain.first;
+    return run.path.strict || operand.kind > operand_kind::literal ||
+           !std::all_of(steps, steps + operand.chain.count, [](const path_step& step) {
+               return step.kind == step_kind::member || step.kind == step_kind::any_member || step.kind == step_kind::any_element ||
+                      step.kind == step_kind::filter;
+           });
+}
+
+// What is known of the values that have been looked at.
+struct findings {
+    bool can_fail;
     bool found = false;
     bool incomparable = false;
-    auto with_left = [&](const path_item& a) {
-        auto with_right = [&](const path_item& b) {
-            const bool is_comparison = condition.kind == condition_kind::compared;
-            const truth outcome = is_comparison                                    ? compare_items(condition.compared, a, b)
-                                  : a.kind == JSON_STRING && b.kind == JSON_STRING ? truth_of(compare_strings(a, b, true) == 0)
-                                                                                   : truth::unknown;
-            found |= outcome == truth::yes;
-            incomparable |= outcome == truth::unknown;
-            return run.path.strict ? (incomparable ? enough : go_on) : (found ? enough : go_on);
-        };
-        return for_each_value(run, right, current, with_right);
-    };
-    const std::int32_t outcome = for_each_value(run, left, current, with_left);
-    if (outcome < BIFUN_OK || (run.path.strict && incomparable)) {
-        return truth::unknown;
-    }
-    return found ? truth::yes : incomparable ? truth::unknown : truth::no;
+};
+
+std::int32_t note(const evaluation& run, truth outcome, findings& all) {
+    all.found |= outcome == truth::yes;
+    all.incomparable |= outcome == truth::unknown;
+    return (run.path.strict ? all.incomparable : all.found && !all.can_fail) ? enough : go_on;
 }
 
-truth find_any(const evaluation& run, const path_operand& operand, const path_item& current) {
-    if (operand.kind == operand_kind::literal) {
-        return truth::yes;
+// A strict path looks at all values, and one that cannot be compared makes the condition unknown.
+truth conclude(const evaluation& run, std::int32_t outcome, const findings& all) {
+    if (outcome < BIFUN_OK || (run.path.strict && all.incomparable)) {
+        return truth::unknown;
     }
+    return all.found ? truth::yes : all.incomparable ? truth::unknown : truth::no;
+}
+
+// Whether some pair of values compares so.
+truth compare_operands(const evaluation& run, const path_condition& condition) {
+    const path_operand& left = run.path.operands[condition.left];
+    const path_operand& right = run.path.operands[condition.right];
+    const bool right_can_fail = can_fail(run, right);
+    findings all{.can_fail = right_can_fail || can_fail(run, left)};
+    bool has_left = false;
+    auto with_left = [&](const path_item& a) {
+        has_left = true;
+        auto with_right = [&](const path_item& b) {
+            return note(run, condition.kind == condition_kind::compared ? compare_items(condition.compared, a, b) : begins_with(a, b), all);
+        };
+        return for_each_value(run, right, with_right);
+    };
+    std::int32_t outcome = for_each_value(run, left, with_left);
+    if (outcome >= BIFUN_OK && !has_left && right_can_fail) {
+        auto ignore = [](const path_item&) { return go_on; };
+        outcome = for_each_value(run, right, ignore);
+    }
+    return conclude(run, outcome, all);
+}
+
+// The characters of a string whose escapes have to be resolved are put into memory for as long as they are searched.
+truth match(const evaluation& run, URegularExpression& pattern, const path_item& item) {
+    if (item.kind != JSON_STRING) {
+        return truth::unknown;
+    }
+    bool found = false;
+    std::int32_t outcome = BIFUN_OK;
+    if (!item.has_escapes) {
+        outcome = find_pattern(pattern, item.text, found);
+    } else {
+        char* const characters = static_cast<char*>(allocate(item.text.size()));
+        if (characters == nullptr) {
+            outcome = BIFUN_OUT_OF_MEMORY;
+        } else {
+            const char* const end = write_characters(item.text, characters);
+            outcome = find_pattern(pattern, {characters, static_cast<std::size_t>(end - characters)}, found);
+            release(characters, item.text.size());
+        }
+    }
+    run.failure = outcome == BIFUN_OUT_OF_MEMORY ? outcome : run.failure;
+    return outcome < BIFUN_OK ? truth::unknown : truth_of(found);
+}
+
+truth match_any(const evaluation& run, const path_condition& condition) {
+    const path_operand& operand = run.path.operands[condition.left];
+    findings all{.can_fail = can_fail(run, operand)};
+    auto take = [&](const path_item& item) { return note(run, match(run, *run.path.patterns[condition.right], item), all); };
+    return conclude(run, for_each_value(run, operand, take), all);
+}
+
+truth find_any(const evaluation& run, const path_operand& operand) {
     bool found = false;
     auto take = [&](const path_item&) {
         found = true;
         return run.lax() ? enough : go_on;
     };
-    const path_item from = operand.kind == operand_kind::of_document ? root_of(run) : current;
-    return walk_chain(run, operand.chain, from, receiver_of(take)) < BIFUN_OK ? truth::unknown : truth_of(found);
+    return evaluate_operand(run, operand, receiver_of(take)) < BIFUN_OK ? truth::unknown : truth_of(found);
 }
 
-truth evaluate_condition(const evaluation& run, const path_condition& condition, const path_item& current) {
-    const auto left = [&] { return evaluate_condition(run, run.path.conditions[condition.left], current); };
-    const auto right = [&] { return evaluate_condition(run, run.path.conditions[condition.right], current); };
+truth evaluate_condition(const evaluation& run, const path_condition& condition) {
+    const auto left = [&] { return evaluate_condition(run, run.path.conditions[condition.left]); };
+    const auto right = [&] { return evaluate_condition(run, run.path.conditions[condition.right]); };
     switch (condition.kind) {
     case condition_kind::both: {
         const truth first = left();
@@ -250,13 +348,15 @@ truth evaluate_condition(const evaluation& run, const path_condition& condition,
     }
     case condition_kind::is_unknown:
         return truth_of(left() == truth::unknown);
+    case condition_kind::like_regex:
+        return match_any(run, condition);
     case condition_kind::exists:
-        return find_any(run, run.path.operands[condition.left], current);
+        return find_any(run, run.path.operands[condition.left]);
     case condition_kind::compared:
     case condition_kind::starts_with:
         break;
     }
-    return compare_operands(run, condition, current);
+    return compare_operands(run, condition);
 }
 
 // ---- steps -------------------------------------------------------------------------------------------------------
@@ -271,45 +371,100 @@ std::int32_t walk_on(const evaluation& run, const walked_step& at, const path_it
     return walk(run, at.step + 1, at.left - 1, item, run.lax(), at.receiver);
 }
 
-std::int32_t walk_members(const evaluation& run, const walked_step& at, const path_item& object) {
-    if (at.step->kind == step_kind::member) {
-        const json_node* const found = find_member(run, *object.node, text_of(run.path, at.step->name));
-        return found == nullptr ? run.nothing_there() : walk_on(run, at, item_of(run.document, *found));
-    }
-    for (const json_node* key = object.node + 1; key != end_of(run, *object.node); key = behind(run, key[1])) {
-        const std::int32_t outcome = walk_on(run, at, item_of(run.document, key[1]));
-        if (outcome != go_on) {
-            return outcome;
+// An object of keyvalue().
+std::int32_t walk_pair(const evaluation& run, const walked_step& at, const path_item& pair) {
+    integer_text digits;
+    path_item name = item_of(run.document, pair.key);
+    const path_item parts[] = {integer_item(pair.token, digits), name, item_of(run.document, pair.key + 2)};
+    constexpr std::string_view names[] = {"id", "key", "value"};
+    bool found = false;
+    for (std::size_t i = 0; i < std::size(parts); ++i) {
+        if (at.step->kind == step_kind::any_member || text_of(run.path, at.step->name) == names[i]) {
+            found = true;
+            if (const std::int32_t outcome = walk_on(run, at, parts[i]); outcome != go_on) {
+                return outcome;
+            }
         }
     }
-    return go_on;
+    return found ? go_on : run.nothing_there();
 }
 
-// A lax path takes what is no array for an array with that element.
-std::int32_t walk_elements(const evaluation& run, const walked_step& at, const path_item& item) {
-    if (item.kind != JSON_ARRAY && run.path.strict) {
-        return JSON_NO_SUCH_PART;
+std::int32_t walk_members(const evaluation& run, const walked_step& at, const path_item& object) {
+    if (object.key != no_token) {
+        return walk_pair(run, at, object);
     }
-    const std::int64_t size = item.kind == JSON_ARRAY ? count_elements(run, *item.node) : 1;
+    if (at.step->kind == step_kind::member) {
+        const std::uint32_t found = find_member(run, object.token, *at.step);
+        return found == no_token ? run.nothing_there() : walk_on(run, at, item_of(run.document, found));
+    }
+    return for_each_within(run.document, object.token, [&](std::uint32_t key) { return walk_on(run, at, item_of(run.document, key + 2)); });
+}
+
+std::int32_t walk_pairs(const evaluation& run, const walked_step& at, const path_item& object) {
+    if (object.kind != JSON_OBJECT || object.key != no_token) {
+        return JSON_WRONG_OPERAND;
+    }
+    return for_each_within(run.document, object.token, [&](std::uint32_t key) {
+        path_item pair = object;
+        pair.key = key;
+        return walk_on(run, at, pair);
+    });
+}
+
+std::int32_t find_index(const evaluation& run, const path_position& position, std::int64_t size, std::int64_t& index) {
+    switch (position.kind) {
+    case position_kind::from_first:
+        index = position.number;
+        return BIFUN_OK;
+    case position_kind::from_last:
+        index = size - 1 - position.number;
+        return BIFUN_OK;
+    case position_kind::computed:
+        break;
+    }
+    evaluation within = run;
+    within.last = size - 1;
+    xdec number;
+    const std::int32_t outcome = evaluate_number(within, run.path.operands[position.operand], number);
+    return outcome < BIFUN_OK ? outcome : index_of(number, index);
+}
+
+// A lax path takes what is no array for an array with that element. Elements are counted where it matters how many there are.
+std::int32_t walk_elements(const evaluation& run, const walked_step& at, const path_item& item) {
+    const bool is_array = item.kind == JSON_ARRAY;
+    if (!is_array && run.path.strict) {
+        return run.nothing_there();
+    }
+    constexpr std::int64_t not_counted = std::int64_t{1} << 40;
+    const auto from_first = [](const path_position& position) { return position.kind == position_kind::from_first; };
+    const path_subscript* const subscripts = run.path.subscripts + at.step->first;
+    const bool counts = run.path.strict || !std::all_of(subscripts, subscripts + at.step->count, [&](const path_subscript& subscript) {
+                            return from_first(subscript.from) && from_first(subscript.to);
+                        });
+    const std::int64_t size = !is_array ? 1 : counts ? count_elements(run, item.token) : not_counted;
     for (std::uint32_t i = 0; i < at.step->count; ++i) {
-        const path_subscript& subscript = run.path.subscripts[at.step->first + i];
-        const auto index_of = [&](const path_position& position) {
-            return position.from_last ? size - 1 - position.number : position.number;
-        };
-        std::int64_t from = index_of(subscript.from);
-        std::int64_t to = index_of(subscript.to);
-        if (run.path.strict && (from < 0 || from > to || to >= size)) {
+        const path_subscript& subscript = subscripts[i];
+        std::int64_t from = 0;
+        std::int64_t to = 0;
+        std::int32_t found = find_index(run, subscript.from, size, from);
+        found = found < BIFUN_OK ? found : find_index(run, subscript.to, size, to);
+        if (found < BIFUN_OK) {
+            return found;
+        }
+        if (run.path.strict && !run.forgives && (from < 0 || from > to || to >= size)) {
             return JSON_NO_SUCH_PART;
         }
-        from = from < 0 ? 0 : from;
-        to = to >= size ? size - 1 : to;
+        from = std::max<std::int64_t>(from, 0);
         std::int64_t index = 0;
+        std::int32_t outcome = go_on;
+        // Behind the last one no further element is looked at.
         const auto visit = [&](const path_item& element) {
             const bool is_meant = index >= from && index <= to;
+            outcome = is_meant ? walk_on(run, at, element) : go_on;
             ++index;
-            return is_meant ? walk_on(run, at, element) : go_on;
+            return outcome != go_on ? outcome : index > to ? enough : go_on;
         };
-        const std::int32_t outcome = item.kind == JSON_ARRAY ? for_each_element(run, *item.node, visit) : visit(item);
+        (void)(is_array ? for_each_element(run, item.token, visit) : visit(item));
         if (outcome != go_on) {
             return outcome;
         }
@@ -323,31 +478,40 @@ std::string_view type_name(std::uint8_t kind) {
 }
 
 std::int32_t walk_size(const evaluation& run, const walked_step& at, const path_item& item) {
-    if (item.kind != JSON_ARRAY && run.path.strict) {
+    if (item.kind != JSON_ARRAY && run.path.strict && !run.forgives) {
         return JSON_NO_SUCH_PART;
     }
-    char digits[24];
-    const std::int64_t size = item.kind == JSON_ARRAY ? count_elements(run, *item.node) : 1;
-    const char* const end = std::to_chars(digits, digits + sizeof digits, size).ptr;
-    return walk_on(run, at,
-                   {.kind = JSON_NUMBER, .has_escapes = false, .text = {digits, static_cast<std::size_t>(end - digits)}, .node = nullptr});
+    integer_text digits;
+    return walk_on(run, at, integer_item(item.kind == JSON_ARRAY ? count_elements(run, item.token) : 1, digits));
 }
 
-// A number stays as it is written.
-std::int32_t walk_double(const evaluation& run, const walked_step& at, const path_item& item) {
-    double value = 0;
-    const bool may_be_number = (item.kind == JSON_NUMBER || item.kind == JSON_STRING) && !item.has_escapes;
-    if (!may_be_number || json_get_double(reinterpret_cast<const std::uint8_t*>(item.text.data()),
-                                          static_cast<std::uint32_t>(item.text.size()), &value) != 0) {
-        return JSON_NO_NUMBER;
+std::int32_t walk_method(const evaluation& run, const walked_step& at, const path_item& item) {
+    computed_text text;
+    path_item result{};
+    const std::int32_t called = call_method(at.step->kind, item, text, result);
+    return called < BIFUN_OK ? called : walk_on(run, at, result);
+}
+
+// What is on the levels within an item, of which `level` is the first; for .**{last} scalars.
+std::int32_t walk_descendants(const evaluation& run, const walked_step& at, const path_item& item, std::uint32_t level) {
+    const bool has_more = (item.kind == JSON_ARRAY || item.kind == JSON_OBJECT) && item.key == no_token;
+    const std::uint32_t first = at.step->first;
+    const std::uint32_t last = at.step->count;
+    const bool is_meant = first == no_level && last == no_level ? level > 0 && !has_more : level >= first && level <= last;
+    if (is_meant) {
+        evaluation forgiving = run;
+        forgiving.forgives = true;
+        if (const std::int32_t outcome = walk_on(forgiving, at, item); outcome != go_on) {
+            return outcome;
+        }
     }
-    if (item.kind == JSON_NUMBER) {
-        return walk_on(run, at, item);
+    if (!has_more || level >= last) {
+        return go_on;
     }
-    char text[ZQ_DOUBLE_TEXT_SIZE];
-    std::uint32_t length = 0;
-    (void)zq_dou2char(value, text, sizeof text, &length);
-    return walk_on(run, at, {.kind = JSON_NUMBER, .has_escapes = false, .text = {text, length}, .node = nullptr});
+    const std::uint32_t to_value = item.kind == JSON_OBJECT ? 2 : 0;
+    return for_each_within(run.document, item.token, [&](std::uint32_t token) {
+        return walk_descendants(run, at, item_of(run.document, token + to_value), level + 1);
+    });
 }
 
 // `unwraps`: a step that is not for arrays is taken for each element of one.
@@ -358,7 +522,7 @@ std::int32_t walk(const evaluation& run, const path_step* step, std::uint32_t le
     }
     const walked_step at{.step = step, .left = left, .receiver = receiver};
     const auto unwrapped = [&] {
-        return for_each_element(run, *item.node, [&](const path_item& element) { return walk(run, step, left, element, false, receiver); });
+        return for_each_element(run, item.token, [&](const path_item& element) { return walk(run, step, left, element, false, receiver); });
     };
     const bool is_unwrapped = unwraps && item.kind == JSON_ARRAY;
     switch (step->kind) {
@@ -368,29 +532,39 @@ std::int32_t walk(const evaluation& run, const path_step* step, std::uint32_t le
     case step_kind::elements:
         return walk_elements(run, at, item);
     case step_kind::any_element:
-        return item.kind == JSON_ARRAY ? for_each_element(run, *item.node, [&](const path_item& each) { return walk_on(run, at, each); })
-               : run.path.strict       ? std::int32_t{JSON_NO_SUCH_PART}
+        return item.kind == JSON_ARRAY ? for_each_element(run, item.token, [&](const path_item& each) { return walk_on(run, at, each); })
+               : run.path.strict       ? run.nothing_there()
                                        : walk_on(run, at, item);
-    case step_kind::filter:
+    case step_kind::descendants:
+        return walk_descendants(run, at, item, 0);
+    case step_kind::filter: {
         if (is_unwrapped) {
             return unwrapped();
         }
-        return evaluate_condition(run, run.path.conditions[step->first], item) == truth::yes ? walk_on(run, at, item) : go_on;
+        evaluation within = run;
+        within.current = &item;
+        const truth passes = evaluate_condition(within, run.path.conditions[step->first]);
+        return run.failure != BIFUN_OK ? run.failure : passes == truth::yes ? walk_on(run, at, item) : go_on;
+    }
     case step_kind::type_method:
-        return walk_on(run, at, {.kind = JSON_STRING, .has_escapes = false, .text = type_name(item.kind), .node = nullptr});
+        return walk_on(run, at, scalar_item(JSON_STRING, type_name(item.kind)));
     case step_kind::size_method:
         return walk_size(run, at, item);
-    case step_kind::double_method:
-        break;
+    case step_kind::keyvalue_method:
+        return is_unwrapped ? unwrapped() : walk_pairs(run, at, item);
+    default:
+        return is_unwrapped ? unwrapped() : walk_method(run, at, item);
     }
-    return is_unwrapped ? unwrapped() : walk_double(run, at, item);
 }
 
 } // namespace
 
 std::int32_t evaluate_path(const json_document& document, const jpath& path, const item_receiver& receiver) {
-    const evaluation run{.document = document, .path = path};
-    return walk_chain(run, path.chain, root_of(run), receiver);
+    std::int32_t failure = BIFUN_OK;
+    const path_item root = item_of(document, 0);
+    const evaluation run{.document = document, .path = path, .failure = failure, .forgives = false, .last = 0, .current = &root};
+    const std::int32_t outcome = evaluate_operand(run, path.operands[path.root], receiver);
+    return failure != BIFUN_OK ? failure : outcome;
 }
 
 } // namespace zqengine

@@ -11,12 +11,16 @@
 
 namespace zqengine {
 
-// A value of the document, or a scalar that a method gives or a path has in itself. The text is as in json_node.
+constexpr std::uint32_t no_token = ~std::uint32_t{0};
+
+// A value of the document, or a scalar that a method gives or a path has in itself. The text is what stands between the quotes of a string,
+// else all of the value.
 struct path_item {
     std::uint8_t kind; // of json_kind
-    bool has_escapes;
+    bool has_escapes;  // of strings
     std::string_view text;
-    const json_node* node; // of an array or object
+    std::uint32_t token; // of the document; no_token where it is not in it
+    std::uint32_t key;   // of the member that an object of keyvalue() stands for, whose object is `token`; else no_token
 };
 
 // Who is given the items, one by one in their order. `take` returns 0, a number above 0 where no further item is wanted, or a failure. The
@@ -26,7 +30,9 @@ struct item_receiver {
     std::int32_t (*take)(void* to, const path_item& item);
 };
 
-// Returns what the receiver has returned last, or JSON_NO_SUCH_PART or JSON_NO_NUMBER.
+path_item item_of(const json_document& document, std::uint32_t token);
+
+// Returns what the receiver has returned last, or JSON_NO_SUCH_PART, JSON_WRONG_OPERAND or -503.
 [[nodiscard]] std::int32_t evaluate_path(const json_document& document, const jpath& path, const item_receiver& receiver);
 
 } // namespace zqengine

@@ -3,15 +3,34 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cstring>
 
 #include "bop/frame/status.h"
-#include "embedded/json/json_document.h"
+#include "embedded/decimal/digits.h"
 #include "engine/json.h"
 #include "layouts/order.h"
 
 namespace zqengine {
 
 namespace {
+
+// How many digits a text begins with.
+std::size_t count_digits(std::string_view text) {
+    std::size_t count = 0;
+    while (text.size() - count >= sizeof(std::uint64_t)) {
+        std::uint64_t characters = 0;
+        std::memcpy(&characters, text.data() + count, sizeof characters);
+        const std::uint32_t leading = leading_digits(characters);
+        count += leading;
+        if (leading < sizeof characters) {
+            return count;
+        }
+    }
+    while (count < text.size() && text[count] >= '0' && text[count] <= '9') {
+        ++count;
+    }
+    return count;
+}
 
 // 0.d1d2d3... x 10^position with its sign; d1 is not 0. Zero has no digits.
 struct scaled_digits {
@@ -21,7 +40,7 @@ struct scaled_digits {
 };
 
 std::int64_t exponent_of(std::string_view text) {
-    constexpr std::int64_t beyond_any_text = 100'000'000'000;
+    constexpr std::int64_t beyond_any_text = 1'000'000'000'000'000'000 / 100;
     const bool negative = text.starts_with('-');
     text.remove_prefix(negative || text.starts_with('+') ? 1 : 0);
     std::int64_t exponent = 0;
@@ -66,6 +85,34 @@ std::int32_t compare_magnitudes(scaled_digits a, scaled_digits b) {
 
 } // namespace
 
+std::size_t json_number_length(std::string_view text) {
+    std::size_t at = 0;
+    const auto character = [&] { return at < text.size() ? text[at] : '\0'; };
+    at += character() == '-' ? 1 : 0;
+    const std::size_t digits = count_digits(text.substr(at));
+    if (digits == 0 || (digits > 1 && character() == '0')) {
+        return 0;
+    }
+    at += digits;
+    if (character() == '.') {
+        const std::size_t fraction = count_digits(text.substr(at + 1));
+        if (fraction == 0) {
+            return 0;
+        }
+        at += 1 + fraction;
+    }
+    if (character() == 'e' || character() == 'E') {
+        ++at;
+        at += character() == '+' || character() == '-' ? 1 : 0;
+        const std::size_t exponent = count_digits(text.substr(at));
+        if (exponent == 0) {
+            return 0;
+        }
+        at += exponent;
+    }
+    return at;
+}
+
 std::int32_t compare_json_numbers(std::string_view a, std::string_view b) {
     const scaled_digits left = scale(a);
     const scaled_digits right = scale(b);
@@ -76,15 +123,34 @@ std::int32_t compare_json_numbers(std::string_view a, std::string_view b) {
     return compare_magnitudes(left, right) * sign(left);
 }
 
+std::string_view without_spaces(std::string_view text) {
+    const auto is_space = [](char character) { return character == ' ' || (character >= '\t' && character <= '\r'); };
+    while (!text.empty() && is_space(text.front())) {
+        text.remove_prefix(1);
+    }
+    while (!text.empty() && is_space(text.back())) {
+        text.remove_suffix(1);
+    }
+    return text;
+}
+
 } // namespace zqengine
 
 int32_t json_get_double(const uint8_t* text, uint32_t length, double* result) {
-    const std::string_view number(reinterpret_cast<const char*>(text), length);
-    if (length == 0 || zqengine::json_number_length(number) != length) {
+    std::string_view number = zqengine::without_spaces({reinterpret_cast<const char*>(text), length});
+    const bool has_sign = number.starts_with('+') || number.starts_with('-');
+    // An infinity or NaN has no digit there, and a second sign is none.
+    const std::string_view digits = number.substr(has_sign ? 1 : 0);
+    const std::size_t first = digits.find_first_of("0123456789");
+    if (first > 1 || (first == 1 && digits.front() != '.')) {
         return BIFUN_UNUSABLE_TEXT;
     }
+    number.remove_prefix(number.starts_with('+') ? 1 : 0);
     double value = 0;
     const std::from_chars_result read = std::from_chars(number.data(), number.data() + number.size(), value);
+    if (read.ec == std::errc::invalid_argument || read.ptr != number.data() + number.size()) {
+        return BIFUN_UNUSABLE_TEXT;
+    }
     if (read.ec == std::errc::result_out_of_range) {
         if (zqengine::scale(number).position > 0) {
             return BIFUN_NUMERIC_OVERFLOW;

@@ -1,21 +1,30 @@
 // SPDX-License-Identifier: Apache-2.0
 // Parsing of paths, by recursive descent:
 //
-//     path       [lax | strict] $ steps
-//     steps      { . name | . "name" | . * | [ * ] | [ subscript , ... ] | ? ( condition ) | . method ( ) }
-//     subscript  position [ to position ]; a position is a number, or last [ - number ]
-//     condition  negation { && negation } with || between, parentheses around, and "is unknown" behind parentheses
-//     negation   [ ! ] ( condition ) | exists ( operand ) | operand comparison operand | operand starts with literal
-//     operand    literal | $ steps | @ steps
+//     path       [lax | strict] tested
+//     either     both { || both }                          between conditions
+//     both       tested { && tested }
+//     tested     ! delimited | delimited | sum [comparison sum | starts with string | like_regex string [flag string]]
+//     delimited  exists ( sum ) | ( either ) [is unknown]
+//     sum        product { + product | - product }         between operands
+//     product    signed { * signed | / signed | % signed }
+//     signed     [+ | -] signed | primary steps
+//     primary    literal | $ | @ | last | ( either )
+//     steps      { . name | . "name" | . * | . ** [{ levels }] | [ * ] | [ subscript , ... ] | ? ( either ) | . method ( ) }
+//     subscript  sum [ to sum ]
+//
+// What stands in parentheses is known for an operand or a condition when it has been read.
 #include "embedded/json/json_path.h"
 
 #include <algorithm>
-#include <cstring>
+#include <charconv>
 #include <new>
+#include <span>
 #include <utility>
 
 #include "bop/frame/status.h"
-#include "embedded/json/json_document.h"
+#include "embedded/json/json_charset.h"
+#include "embedded/json/json_path_text.h"
 #include "embedded/memory/allocation.h"
 #include "embedded/memory/pending_failure.h"
 
@@ -23,121 +32,71 @@ namespace zqengine {
 
 namespace {
 
-constexpr std::uint32_t most_nested = 100; // conditions in each other
+constexpr std::uint32_t most_nested = 100;
 
-struct path_reader {
-    std::string_view text;
-    std::size_t at;
-    jpath& path;
-    std::uint32_t depth;
+// An operand or a condition.
+struct path_part {
+    bool is_condition;
+    std::uint32_t index;
+    std::uint32_t height; // operators in each other
 };
 
-bool is_space(char character) { return character == ' ' || character == '\t' || character == '\n' || character == '\r'; }
-bool is_digit(char character) { return character >= '0' && character <= '9'; }
-bool is_name_character(char character) {
-    const char letter = static_cast<char>(character | 0x20);
-    return (letter >= 'a' && letter <= 'z') || is_digit(character) || character == '_' || character == '$' ||
-           static_cast<unsigned char>(character) >= 0x80;
+bool read_either(path_reader& reader, path_part& part);
+bool read_sum(path_reader& reader, path_part& part);
+
+path_part add_operand(path_reader& reader, const path_operand& operand) {
+    reader.path.operands[reader.path.operand_count] = operand;
+    return {false, reader.path.operand_count++, 0};
 }
 
-std::string_view rest_of(const path_reader& reader) { return reader.text.substr(reader.at); }
-
-void skip_spaces(path_reader& reader) {
-    while (reader.at < reader.text.size() && is_space(reader.text[reader.at])) {
-        ++reader.at;
-    }
+path_part add_condition(path_reader& reader, const path_condition& condition) {
+    reader.path.conditions[reader.path.condition_count] = condition;
+    return {true, reader.path.condition_count++, 0};
 }
 
-bool take(path_reader& reader, std::string_view symbol) {
-    skip_spaces(reader);
-    if (!rest_of(reader).starts_with(symbol)) {
-        return false;
-    }
-    reader.at += symbol.size();
-    return true;
+bool read_operand(path_reader& reader, std::uint32_t& index) {
+    path_part part{};
+    const bool read = read_sum(reader, part) && !part.is_condition;
+    index = part.index;
+    return read;
 }
 
-bool take_word(path_reader& reader, std::string_view word) {
-    skip_spaces(reader);
-    const std::string_view rest = rest_of(reader);
-    if (!rest.starts_with(word) || (rest.size() > word.size() && is_name_character(rest[word.size()]))) {
-        return false;
-    }
-    reader.at += word.size();
-    return true;
+bool read_condition(path_reader& reader, std::uint32_t& index) {
+    path_part part{};
+    const bool read = read_either(reader, part) && part.is_condition;
+    index = part.index;
+    return read;
 }
 
-path_text keep(path_reader& reader, std::string_view characters) {
-    const path_text kept{reader.path.character_count, static_cast<std::uint32_t>(characters.size())};
-    std::memcpy(reader.path.characters + kept.begin, characters.data(), characters.size());
-    reader.path.character_count += kept.length;
-    return kept;
-}
+// ---- steps -------------------------------------------------------------------------------------------------------
 
-// A string behind its opening quote.
-bool read_quoted(path_reader& reader, path_text& kept) {
-    std::size_t end = reader.at;
-    while (end < reader.text.size() && reader.text[end] != '"') {
-        end += reader.text[end] == '\\' ? 2 : 1;
-    }
-    if (end >= reader.text.size()) {
-        reader.at = reader.text.size();
-        return false;
-    }
-    const std::string_view quoted = reader.text.substr(reader.at, end - reader.at);
-    if (!has_good_escapes(quoted) || std::ranges::any_of(quoted, [](char c) { return static_cast<unsigned char>(c) < 0x20; })) {
-        return false;
-    }
-    char* const first = reader.path.characters + reader.path.character_count;
-    kept = {reader.path.character_count, static_cast<std::uint32_t>(write_characters(quoted, first) - first)};
-    reader.path.character_count += kept.length;
-    reader.at = end + 1;
-    return true;
-}
-
-bool read_name(path_reader& reader, path_text& kept) {
-    skip_spaces(reader);
-    if (take(reader, "\"")) {
-        return read_quoted(reader, kept);
-    }
-    std::size_t end = reader.at;
-    while (end < reader.text.size() && is_name_character(reader.text[end])) {
-        ++end;
-    }
-    if (end == reader.at || is_digit(reader.text[reader.at])) {
-        return false;
-    }
-    kept = keep(reader, reader.text.substr(reader.at, end - reader.at));
-    reader.at = end;
-    return true;
-}
-
-bool read_number(path_reader& reader, std::int64_t& number) {
-    constexpr std::int64_t most = 2'147'483'647;
-    skip_spaces(reader);
-    const std::size_t first = reader.at;
-    number = 0;
-    for (; reader.at < reader.text.size() && is_digit(reader.text[reader.at]); ++reader.at) {
-        number = number * 10 + (reader.text[reader.at] - '0');
-        if (number > most) {
-            return false;
-        }
-    }
-    return reader.at != first;
-}
-
+// What all rows have in common is read once: integers, and integers before the last.
 bool read_position(path_reader& reader, path_position& position) {
-    position = {.from_last = take_word(reader, "last"), .number = 0};
-    if (!position.from_last) {
-        const bool negative = take(reader, "-");
-        const bool read = read_number(reader, position.number);
-        position.number = negative ? -position.number : position.number;
-        return read;
+    position = {};
+    if (!read_operand(reader, position.operand)) {
+        return false;
     }
-    return !take(reader, "-") || read_number(reader, position.number);
+    const path_operand& operand = reader.path.operands[position.operand];
+    const auto is_integer = [&](const path_operand& given) {
+        const std::string_view text = text_of(reader.path, given.text);
+        const char* const end = text.data() + text.size();
+        std::int32_t number = 0;
+        const bool is_number = given.kind == operand_kind::literal && given.literal_kind == JSON_NUMBER && given.chain.count == 0;
+        const std::from_chars_result read = std::from_chars(text.data(), end, number);
+        position.number = number;
+        return is_number && read.ec == std::errc{} && read.ptr == end;
+    };
+    const auto is_last = [](const path_operand& given) { return given.kind == operand_kind::of_last && given.chain.count == 0; };
+    const bool is_difference = operand.kind == operand_kind::difference && is_last(reader.path.operands[operand.left]) &&
+                               is_integer(reader.path.operands[operand.right]);
+    if (is_last(operand) || is_difference) {
+        position.number = is_difference ? position.number : 0;
+        position.kind = position_kind::from_last;
+    } else {
+        position.kind = is_integer(operand) ? position_kind::from_first : position_kind::computed;
+    }
+    return true;
 }
-
-bool read_condition(path_reader& reader, std::uint32_t& condition);
 
 // The step behind the brackets that open it.
 bool read_subscripts(path_reader& reader, path_step& step) {
@@ -146,9 +105,14 @@ bool read_subscripts(path_reader& reader, path_step& step) {
         return take(reader, "]");
     }
     step.kind = step_kind::elements;
-    step.first = reader.path.subscript_count;
+    constexpr std::size_t most = 64;
+    path_subscript subscripts[most]; // those of steps in them come first
+    ++reader.subscripts;
     do {
-        path_subscript subscript{};
+        if (step.count == most) {
+            return false;
+        }
+        path_subscript& subscript = subscripts[step.count];
         if (!read_position(reader, subscript.from)) {
             return false;
         }
@@ -156,24 +120,56 @@ bool read_subscripts(path_reader& reader, path_step& step) {
         if (take_word(reader, "to") && !read_position(reader, subscript.to)) {
             return false;
         }
-        reader.path.subscripts[reader.path.subscript_count++] = subscript;
         ++step.count;
     } while (take(reader, ","));
+    --reader.subscripts;
+    step.first = reader.path.subscript_count;
+    std::copy_n(subscripts, step.count, reader.path.subscripts + step.first);
+    reader.path.subscript_count += step.count;
     return take(reader, "]");
+}
+
+bool read_one_level(path_reader& reader, std::uint32_t& level) {
+    if (take_word(reader, "last")) {
+        level = no_level;
+        return true;
+    }
+    return read_level(reader, level);
+}
+
+// The step behind .**
+bool read_levels(path_reader& reader, path_step& step) {
+    step.kind = step_kind::descendants;
+    step.first = 0;
+    step.count = no_level;
+    if (!take(reader, "{")) {
+        return true;
+    }
+    if (!read_one_level(reader, step.first)) {
+        return false;
+    }
+    step.count = step.first;
+    return (!take_word(reader, "to") || read_one_level(reader, step.count)) && take(reader, "}");
 }
 
 // The step behind its point.
 bool read_member(path_reader& reader, path_step& step) {
+    if (take(reader, "**")) {
+        return read_levels(reader, step);
+    }
     if (take(reader, "*")) {
         step.kind = step_kind::any_member;
         return true;
     }
     constexpr std::pair<std::string_view, step_kind> methods[] = {
-        {"type", step_kind::type_method}, {"size", step_kind::size_method}, {"double", step_kind::double_method}};
+        {"type", step_kind::type_method},       {"size", step_kind::size_method},       {"double", step_kind::double_method},
+        {"number", step_kind::number_method},   {"integer", step_kind::integer_method}, {"bigint", step_kind::bigint_method},
+        {"string", step_kind::string_method},   {"boolean", step_kind::boolean_method}, {"abs", step_kind::abs_method},
+        {"ceiling", step_kind::ceiling_method}, {"floor", step_kind::floor_method},     {"keyvalue", step_kind::keyvalue_method}};
     step.kind = step_kind::member;
     const bool quoted = take(reader, "\"");
     reader.at -= quoted ? 1 : 0;
-    if (!read_name(reader, step.name)) {
+    if (!read_name(reader, step)) {
         return false;
     }
     if (!quoted && take(reader, "(")) {
@@ -191,6 +187,15 @@ bool read_member(path_reader& reader, path_step& step) {
     return true;
 }
 
+// The step behind its question mark.
+bool read_filter(path_reader& reader, path_step& step) {
+    step.kind = step_kind::filter;
+    ++reader.filters;
+    const bool read = take(reader, "(") && read_condition(reader, step.first) && take(reader, ")");
+    --reader.filters;
+    return read;
+}
+
 // Steps are collected here while their filters, which have steps of their own, are read, and then lie side by side.
 bool read_steps(path_reader& reader, path_chain& chain) {
     constexpr std::size_t most_steps = 64;
@@ -198,6 +203,7 @@ bool read_steps(path_reader& reader, path_chain& chain) {
     std::uint32_t count = 0;
     while (true) {
         path_step step{};
+        skip_spaces(reader);
         const std::size_t before = reader.at;
         bool read = true;
         if (take(reader, ".")) {
@@ -205,8 +211,7 @@ bool read_steps(path_reader& reader, path_chain& chain) {
         } else if (take(reader, "[")) {
             read = read_subscripts(reader, step);
         } else if (take(reader, "?")) {
-            step.kind = step_kind::filter;
-            read = take(reader, "(") && read_condition(reader, step.first) && take(reader, ")");
+            read = read_filter(reader, step);
         } else {
             break;
         }
@@ -225,50 +230,119 @@ bool read_steps(path_reader& reader, path_chain& chain) {
     return true;
 }
 
-bool read_literal(path_reader& reader, path_operand& operand) {
-    operand.kind = operand_kind::literal;
-    constexpr std::pair<std::string_view, json_kind> words[] = {{"null", JSON_NULL}, {"true", JSON_TRUE}, {"false", JSON_FALSE}};
-    for (const auto& [word, kind] : words) {
-        if (take_word(reader, word)) {
-            operand.literal_kind = static_cast<std::uint8_t>(kind);
-            return true;
-        }
-    }
-    if (take(reader, "\"")) {
-        operand.literal_kind = JSON_STRING;
-        return read_quoted(reader, operand.text);
-    }
-    const std::size_t length = json_number_length(rest_of(reader));
-    if (length == 0 || (length < rest_of(reader).size() && is_name_character(rest_of(reader)[length]))) {
-        return false;
-    }
-    operand.literal_kind = JSON_NUMBER;
-    operand.text = keep(reader, rest_of(reader).substr(0, length));
-    reader.at += length;
-    return true;
+// ---- operands ----------------------------------------------------------------------------------------------------
+
+bool is_step_next(path_reader& reader) {
+    skip_spaces(reader);
+    const std::string_view rest = rest_of(reader);
+    return rest.starts_with('.') || rest.starts_with('[') || rest.starts_with('?');
 }
 
-bool read_operand(path_reader& reader, std::uint32_t& index) {
+// Behind its opening parenthesis.
+bool read_parenthesised(path_reader& reader, path_part& part) {
+    if (!read_either(reader, part) || !take(reader, ")")) {
+        return false;
+    }
+    if (part.is_condition && take_word(reader, "is")) {
+        if (!take_word(reader, "unknown")) {
+            return false;
+        }
+        part = add_condition(reader, {.kind = condition_kind::is_unknown, .compared = {}, .left = part.index, .right = 0});
+        return true;
+    }
+    if (!is_step_next(reader)) {
+        return true;
+    }
     path_operand operand{};
+    operand.kind = part.is_condition ? operand_kind::of_condition : operand_kind::of_operand;
+    operand.left = part.index;
+    const bool read = read_steps(reader, operand.chain);
+    part = add_operand(reader, operand);
+    return read;
+}
+
+bool read_primary(path_reader& reader, path_part& part) {
+    path_operand operand{};
+    if (take(reader, "(")) {
+        return read_parenthesised(reader, part);
+    }
     if (take(reader, "$")) {
         operand.kind = operand_kind::of_document;
-    } else if (take(reader, "@")) {
+    } else if (reader.filters != 0 && take(reader, "@")) {
         operand.kind = operand_kind::of_current;
+    } else if (reader.subscripts != 0 && take_word(reader, "last")) {
+        operand.kind = operand_kind::of_last;
     } else if (!read_literal(reader, operand)) {
         return false;
     }
-    if (operand.kind != operand_kind::literal && !read_steps(reader, operand.chain)) {
+    const bool read = read_steps(reader, operand.chain);
+    part = add_operand(reader, operand);
+    return read;
+}
+
+bool read_signed(path_reader& reader, path_part& part) {
+    skip_spaces(reader);
+    const std::string_view rest = rest_of(reader);
+    const bool is_number = rest.size() > 1 && rest[0] == '-' && rest[1] >= '0' && rest[1] <= '9';
+    const bool is_negative = !is_number && rest.starts_with('-');
+    if (!is_negative && !rest.starts_with('+')) {
+        return read_primary(reader, part);
+    }
+    ++reader.at;
+    const bool read = ++reader.depth <= most_nested && read_signed(reader, part) && !part.is_condition;
+    --reader.depth;
+    path_operand operand{};
+    operand.kind = is_negative ? operand_kind::negation : operand_kind::identity;
+    operand.left = part.index;
+    part = add_operand(reader, operand);
+    return read;
+}
+
+using part_reader = bool (*)(path_reader&, path_part&);
+struct path_operator {
+    std::string_view symbol;
+    operand_kind meaning;
+};
+
+// Operands with operators between, each read by `read_one`.
+bool read_chained(path_reader& reader, std::span<const path_operator> operators, part_reader read_one, path_part& part) {
+    if (!read_one(reader, part)) {
         return false;
     }
-    index = reader.path.operand_count;
-    reader.path.operands[reader.path.operand_count++] = operand;
+    while (!part.is_condition) {
+        const auto found = std::ranges::find_if(operators, [&](const path_operator& each) { return take(reader, each.symbol); });
+        if (found == std::ranges::end(operators)) {
+            break;
+        }
+        path_part right{};
+        if (!read_one(reader, right) || right.is_condition) {
+            return false;
+        }
+        path_operand operand{};
+        operand.kind = found->meaning;
+        operand.left = part.index;
+        operand.right = right.index;
+        const std::uint32_t height = std::max(part.height, right.height) + 1;
+        if (height > most_nested) {
+            return false;
+        }
+        part = add_operand(reader, operand);
+        part.height = height;
+    }
     return true;
 }
 
-std::uint32_t add_condition(path_reader& reader, const path_condition& condition) {
-    reader.path.conditions[reader.path.condition_count] = condition;
-    return reader.path.condition_count++;
+bool read_product(path_reader& reader, path_part& part) {
+    constexpr path_operator operators[] = {{"*", operand_kind::product}, {"/", operand_kind::quotient}, {"%", operand_kind::remainder}};
+    return read_chained(reader, operators, read_signed, part);
 }
+
+bool read_sum(path_reader& reader, path_part& part) {
+    constexpr path_operator operators[] = {{"+", operand_kind::sum}, {"-", operand_kind::difference}};
+    return read_chained(reader, operators, read_product, part);
+}
+
+// ---- conditions --------------------------------------------------------------------------------------------------
 
 bool take_comparison(path_reader& reader, comparison& found) {
     constexpr std::pair<std::string_view, comparison> symbols[] = {
@@ -284,103 +358,136 @@ bool take_comparison(path_reader& reader, comparison& found) {
     return false;
 }
 
-bool read_simple_condition(path_reader& reader, std::uint32_t& condition) {
+bool read_string(path_reader& reader, path_text& text) {
+    skip_spaces(reader);
+    return take(reader, "\"") && read_quoted(reader, text);
+}
+
+// Behind like_regex.
+bool read_pattern(path_reader& reader, path_condition& condition) {
+    path_text pattern{};
+    path_text flags{};
+    skip_spaces(reader);
+    const std::size_t begin = reader.at;
+    if (!read_string(reader, pattern) || (take_word(reader, "flag") && !read_string(reader, flags))) {
+        return false;
+    }
+    const std::int32_t created =
+        create_pattern(text_of(reader.path, pattern), text_of(reader.path, flags), reader.path.patterns + reader.path.pattern_count);
+    if (created != BIFUN_OK) {
+        reader.is_out_of_memory = created == BIFUN_OUT_OF_MEMORY;
+        reader.at = begin;
+        return false;
+    }
+    condition.kind = condition_kind::like_regex;
+    condition.right = reader.path.pattern_count++;
+    return true;
+}
+
+// What stands behind an operand that is compared; the operand alone where nothing does.
+bool read_comparison(path_reader& reader, path_part& part) {
     path_condition made{};
-    if (take(reader, "!")) {
-        made.kind = condition_kind::negation;
-        skip_spaces(reader);
-        const bool may_follow = rest_of(reader).starts_with("(") || rest_of(reader).starts_with("exists");
-        if (!may_follow || !read_simple_condition(reader, made.left)) {
+    made.left = part.index;
+    if (take_word(reader, "starts")) {
+        path_operand operand{};
+        operand.kind = operand_kind::literal;
+        operand.literal_kind = JSON_STRING;
+        made.kind = condition_kind::starts_with;
+        if (!take_word(reader, "with") || !read_string(reader, operand.text)) {
             return false;
         }
-        condition = add_condition(reader, made);
+        made.right = add_operand(reader, operand).index;
+    } else if (take_word(reader, "like_regex")) {
+        if (!read_pattern(reader, made)) {
+            return false;
+        }
+    } else if (take_comparison(reader, made.compared)) {
+        made.kind = condition_kind::compared;
+        if (!read_operand(reader, made.right)) {
+            return false;
+        }
+    } else {
         return true;
     }
-    if (take(reader, "(")) {
-        if (!read_condition(reader, condition) || !take(reader, ")")) {
-            return false;
+    part = add_condition(reader, made);
+    return true;
+}
+
+bool read_exists(path_reader& reader, path_part& part) {
+    path_condition made{};
+    made.kind = condition_kind::exists;
+    const bool read = take(reader, "(") && read_operand(reader, made.left) && take(reader, ")");
+    part = add_condition(reader, made);
+    return read;
+}
+
+bool read_tested(path_reader& reader, path_part& part) {
+    if (take(reader, "!")) {
+        bool read = false;
+        if (take_word(reader, "exists")) {
+            read = read_exists(reader, part);
+        } else if (take(reader, "(")) {
+            read = read_either(reader, part) && part.is_condition && take(reader, ")");
         }
-        if (take_word(reader, "is")) {
-            if (!take_word(reader, "unknown")) {
-                return false;
-            }
-            condition = add_condition(reader, {.kind = condition_kind::is_unknown, .compared = {}, .left = condition, .right = 0});
-        }
-        return true;
+        part = add_condition(reader, {.kind = condition_kind::negation, .compared = {}, .left = part.index, .right = 0});
+        return read;
     }
     if (take_word(reader, "exists")) {
-        made.kind = condition_kind::exists;
-        if (!take(reader, "(") || !read_operand(reader, made.left) || !take(reader, ")")) {
-            return false;
-        }
-        condition = add_condition(reader, made);
-        return true;
+        return read_exists(reader, part);
     }
-    if (!read_operand(reader, made.left)) {
-        return false;
-    }
-    if (take_word(reader, "starts")) {
-        made.kind = condition_kind::starts_with;
-        skip_spaces(reader);
-        if (!take_word(reader, "with") || !take(reader, "\"")) {
-            return false;
-        }
-        --reader.at;
-    } else {
-        made.kind = condition_kind::compared;
-        if (!take_comparison(reader, made.compared)) {
-            return false;
-        }
-    }
-    if (!read_operand(reader, made.right)) {
-        return false;
-    }
-    condition = add_condition(reader, made);
-    return true;
+    return read_sum(reader, part) && (part.is_condition || read_comparison(reader, part));
 }
 
-// Conditions with `symbol` between them, each read by `read_part`.
-template <class Part>
-bool read_joined(path_reader& reader, std::string_view symbol, condition_kind kind, const Part& read_part, std::uint32_t& condition) {
-    if (!read_part(reader, condition)) {
+// Conditions with `symbol` between them, each read by `read_one`.
+bool read_joined(path_reader& reader, std::string_view symbol, condition_kind kind, part_reader read_one, path_part& part) {
+    if (!read_one(reader, part)) {
         return false;
     }
-    while (take(reader, symbol)) {
-        std::uint32_t right = 0;
-        if (!read_part(reader, right)) {
+    while (part.is_condition && take(reader, symbol)) {
+        path_part right{};
+        if (!read_one(reader, right) || !right.is_condition) {
             return false;
         }
-        condition = add_condition(reader, {.kind = kind, .compared = {}, .left = condition, .right = right});
+        part = add_condition(reader, {.kind = kind, .compared = {}, .left = part.index, .right = right.index});
     }
     return true;
 }
 
-bool read_conjunction(path_reader& reader, std::uint32_t& condition) {
-    return read_joined(reader, "&&", condition_kind::both, read_simple_condition, condition);
-}
+bool read_both(path_reader& reader, path_part& part) { return read_joined(reader, "&&", condition_kind::both, read_tested, part); }
 
-bool read_condition(path_reader& reader, std::uint32_t& condition) {
-    if (++reader.depth > most_nested) {
-        return false;
-    }
-    const bool read = read_joined(reader, "||", condition_kind::either, read_conjunction, condition);
+bool read_all(path_reader& reader, path_part& part) { return read_joined(reader, "||", condition_kind::either, read_both, part); }
+
+// In parentheses.
+bool read_either(path_reader& reader, path_part& part) {
+    const bool read = ++reader.depth <= most_nested && read_all(reader, part);
     --reader.depth;
     return read;
 }
 
 } // namespace
 
-bool parse_path(std::string_view text, jpath& path, std::uint32_t& fault_at) {
-    path_reader reader{.text = text, .at = 0, .path = path, .depth = 0};
+std::int32_t parse_path(std::string_view text, jpath& path, std::uint32_t& fault_at) {
+    path_reader reader{.text = text, .at = 0, .path = path, .depth = 0, .filters = 0, .subscripts = 0, .is_out_of_memory = false};
     path.strict = take_word(reader, "strict");
     if (!path.strict) {
         take_word(reader, "lax");
     }
-    bool read = take(reader, "$") && read_steps(reader, path.chain);
+    path_part root{};
+    bool read = read_all(reader, root);
     skip_spaces(reader);
     read = read && reader.at == text.size();
-    fault_at = static_cast<std::uint32_t>(std::min(reader.at, text.size()));
-    return read;
+    if (!read) {
+        fault_at = static_cast<std::uint32_t>(std::min(reader.at, text.size()));
+        return reader.is_out_of_memory ? BIFUN_OUT_OF_MEMORY : BIFUN_INVALID_JSON_PATH;
+    }
+    if (root.is_condition) {
+        path_operand operand{};
+        operand.kind = operand_kind::of_condition;
+        operand.left = root.index;
+        root = add_operand(reader, operand);
+    }
+    path.root = root.index;
+    return BIFUN_OK;
 }
 
 } // namespace zqengine
@@ -398,42 +505,84 @@ template <class T> T* take_list(std::uint8_t*& next, std::size_t count) {
 
 } // namespace
 
-int32_t jpath_parse(bifun_environment* environment, const uint8_t* text, uint32_t length, jpath** path, uint32_t* fault_at) {
-    static_cast<void>(environment);
-    *path = nullptr;
-    std::uint32_t fault = JPATH_LONGEST_TEXT;
-    if (length <= JPATH_LONGEST_TEXT) {
-        const std::size_t count = length + std::size_t{1};
-        const std::size_t parts = sizeof(path_step) + sizeof(path_subscript) + sizeof(path_operand) + sizeof(path_condition) + 1;
-        constexpr std::size_t most_padding = 6 * std::size_t{16};
-        const std::size_t size = sizeof(jpath) + count * parts + most_padding;
-        void* const memory = must_fail() ? nullptr : allocate(size);
-        if (memory == nullptr) {
-            return BIFUN_OUT_OF_MEMORY;
-        }
-        auto* const made = new (memory) jpath{};
-        std::uint8_t* next = static_cast<std::uint8_t*>(memory) + (sizeof(jpath) + 15) / 16 * 16;
-        made->size = size;
-        made->steps = take_list<path_step>(next, count);
-        made->subscripts = take_list<path_subscript>(next, count);
-        made->operands = take_list<path_operand>(next, count);
-        made->conditions = take_list<path_condition>(next, count);
-        made->characters = take_list<char>(next, count);
-        if (parse_path({reinterpret_cast<const char*>(text), length}, *made, fault)) {
-            *path = made;
-            return BIFUN_OK;
-        }
-        release(memory, size);
+namespace {
+
+// Of a text that is UTF-8.
+std::int32_t make_path(bifun_environment* environment, std::string_view text, jpath** path, std::uint32_t& fault_at) {
+    const std::size_t count = text.size() + 1;
+    const std::size_t parts =
+        sizeof(path_step) + sizeof(path_subscript) + sizeof(path_operand) + sizeof(path_condition) + sizeof(URegularExpression*) + 1;
+    constexpr std::size_t most_padding = 7 * std::size_t{16};
+    const std::size_t size = sizeof(jpath) + count * parts + most_padding;
+    void* const memory = allocate(size);
+    if (memory == nullptr) {
+        return BIFUN_OUT_OF_MEMORY;
     }
-    if (fault_at != nullptr) {
+    auto* const made = new (memory) jpath{};
+    std::uint8_t* next = static_cast<std::uint8_t*>(memory) + (sizeof(jpath) + 15) / 16 * 16;
+    made->size = size;
+    made->steps = take_list<path_step>(next, count);
+    made->subscripts = take_list<path_subscript>(next, count);
+    made->operands = take_list<path_operand>(next, count);
+    made->conditions = take_list<path_condition>(next, count);
+    made->patterns = take_list<URegularExpression*>(next, count);
+    made->characters = take_list<char>(next, count);
+    const std::int32_t parsed = parse_path(text, *made, fault_at);
+    if (parsed == BIFUN_OK) {
+        *path = made;
+    } else {
+        jpath_free(environment, made);
+    }
+    return parsed;
+}
+
+// The place in a text of which the converted one is made.
+std::uint32_t place_before_conversion(charset_converter& converter, std::string_view converted, std::uint32_t place) {
+    std::string_view before = converted.substr(0, place);
+    return must_be_converted(before) && convert_from_utf8(converter, before, before) != BIFUN_OK
+               ? 0
+               : static_cast<std::uint32_t>(before.size());
+}
+
+} // namespace
+
+int32_t jpath_parse(bifun_environment* environment, const uint8_t* text, uint32_t length, jpath** path, uint32_t* fault_at) {
+    *path = nullptr;
+    if (must_fail()) {
+        return BIFUN_OUT_OF_MEMORY;
+    }
+    std::uint32_t fault = JPATH_LONGEST_TEXT;
+    std::int32_t status = BIFUN_INVALID_JSON_PATH;
+    if (std::string_view given(reinterpret_cast<const char*>(text), length); length > JPATH_LONGEST_TEXT) {
+        status = BIFUN_INVALID_JSON_PATH;
+    } else if (!must_be_converted(given)) {
+        status = make_path(environment, given, path, fault);
+    } else {
+        charset_converter to_utf8{};
+        charset_converter from_utf8{};
+        const std::int32_t converted = convert_to_utf8(to_utf8, given, given);
+        fault = 0;
+        if (converted == BIFUN_OK) {
+            status = make_path(environment, given, path, fault);
+            fault = place_before_conversion(from_utf8, given, fault);
+        } else if (converted == BIFUN_OUT_OF_MEMORY) {
+            status = converted;
+        }
+        release_converter(to_utf8);
+        release_converter(from_utf8);
+    }
+    if (status == BIFUN_INVALID_JSON_PATH && fault_at != nullptr) {
         *fault_at = fault;
     }
-    return BIFUN_INVALID_JSON_PATH;
+    return status;
 }
 
 void jpath_free(bifun_environment* environment, jpath* path) {
     static_cast<void>(environment);
     if (path != nullptr) {
+        for (std::uint32_t i = 0; i < path->pattern_count; ++i) {
+            release_pattern(path->patterns[i]);
+        }
         release(path, path->size);
     }
 }

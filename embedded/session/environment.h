@@ -5,11 +5,13 @@
 
 #include <array>
 #include <cstdint>
+#include <memory>
 #include <string_view>
 
 #include "embedded/format/date_format.h"
 #include "embedded/format/format_memory.h"
 #include "embedded/format/number_format.h"
+#include "embedded/json/document_memory.h"
 
 namespace zqengine {
 
@@ -18,6 +20,10 @@ enum class session_format : std::uint8_t { date, time, datetime, time_with_zone,
 struct session_model {
     bool is_set = false;
     dfm_model model;
+};
+
+struct document_memory_release {
+    void operator()(document_memory* memory) const { release_document_memory(memory); }
 };
 
 } // namespace zqengine
@@ -29,6 +35,7 @@ struct bifun_environment {
     std::int32_t time_zone = 0;          // the session's displacement from UTC in minutes, -840..840
     std::int32_t language = DFM_ENGLISH; // of dfm_language, for formats that are parsed from then on
     std::array<zqengine::session_model, 5> formats;
+    std::unique_ptr<zqengine::document_memory, zqengine::document_memory_release> documents; // null before the first JSON document
 };
 
 namespace zqengine {

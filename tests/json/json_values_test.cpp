@@ -26,10 +26,12 @@ TEST(JsonValue, IsOfTheTypeReturned) {
         R"(bjson_value_int_avv_str | 12 "12" -2147483648 1.0 2e3 1.5 "x" true 2147483648 null | $ | RETURNING~INT | [0] 12 12 -2147483648 1 2000 NULL NULL NULL NULL NULL)",
         R"(bjson_value_int64_avv_str | 9223372036854775807 9223372036854775808 -1 {} | $ | RETURNING~BIGINT~DEFAULT~0~ON~EMPTY~DEFAULT~7~ON~ERROR | [0] 9223372036854775807 7 -1 7)",
         R"(bjson_value_dec_avv_str | 12.50 "1e2" 1e999 ~[] | $ | RETURNING~DECIMAL | [0] 12.50 100 NULL NULL)",
-        R"(bjson_value_dbl_avv_str | 0.5 "1e3" 1e999 1e-999 "+1" | $ | RETURNING~DOUBLE~PRECISION | [0] 0.5 1000 NULL 0 NULL)",
+        R"(bjson_value_dbl_avv_str | 0.5 "1e3" 1e999 1e-999 "+1" | $ | RETURNING~DOUBLE~PRECISION | [0] 0.5 1000 NULL 0 1)",
         R"(bjson_value_bool_avv_str | true false "true" "false" 1 "yes" null | $ | RETURNING~BOOL | [0] 1 0 1 0 NULL NULL NULL)",
         R"(bjson_value_date_avv_str | "2024-02-29" "2024-02-29~13:45:00" "2023-02-29" 1 | $ | RETURNING~DATE | [0] 2024-02-29 2024-02-29 NULL NULL)",
-        R"(bjson_value_dt_avv_str | "2024-02-29~13:45:00" {} | $ | RETURNING~TIMESTAMP~DEFAULT~'2000-01-01'~ON~ERROR | [0] 2024-02-29T13:45:00 2000-01-01)",
+        R"(bjson_value_dt_avv_str | "2024-02-29~13:45:00" {} "2024-02-29T13:45:00Z" "2024-02-29T13:45:00+02:00" "13:45" | $ | RETURNING~TIMESTAMP~DEFAULT~'2000-01-01'~ON~ERROR | [0] 2024-02-29T13:45:00 2000-01-01 2000-01-01 2000-01-01 2000-01-01)",
+        R"(bjson_value_bool_avv_str | 1 true | $ | RETURNING~BOOLEAN~DEFAULT~FALSE~ON~ERROR | [0] 0 1)",
+        R"(bjson_value_dbl_avv_str | "~.5~" {} | $ | RETURNING~DOUBLE~PRECISION~DEFAULT~-1.5e3~ON~ERROR | [0] 0.5 -1500)",
     });
 }
 

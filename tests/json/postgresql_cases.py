@@ -33,7 +33,7 @@ def document(depth=3):
 
 
 def position():
-    return draw.choice(['0', '0', '1', '2', '3', 'last', 'last - 1', 'last - 3'])
+    return draw.choice(['0', '0', '1', '2', '3', 'last', 'last - 1', 'last - 3'] + ['last / 2', '$.b', '1 + 1', '@.a', '1.9', '-1'] * (draw.random() < 0.2))
 
 
 def subscript():
@@ -44,7 +44,20 @@ def literal():
     return draw.choice(['0', '1', '2', '2.5', '1e1', '-1', '12345678901234567890.4', '"x"', '"abc"', '"10"', '"ab\\tc"', '"\\u00e9"', 'true', 'false', 'null'])
 
 
+def pattern():
+    text = draw.choice(['^a', 'b$', 'A', '.', '^$', 'a.*c', '[0-9]+', '(a|x)', 'B\\\\t', 'é', '^1'])
+    return f'"{text}"' + draw.choice(['', '', '', ' flag "i"', ' flag "q"', ' flag "s"', ' flag "im"'])
+
+
+def arithmetic(depth):
+    """Quotients are compared only: the numbers of digits differ."""
+    a, b = (draw.choice(['2', '-3', '0', '1.5', '(@.a)', '@', '@', '@.b', '$.a']) for _ in range(2))
+    return draw.choice([f'{a} + {b}', f'{a} - {b}', f'{a} * {b}', f'{a} / {b}', f'{a} % {b}', f'-{a}', f'+{a}', f'{a} + {b} * 2', f'({a} - {b}) % 2'])
+
+
 def operand(depth):
+    if draw.random() < 0.15:
+        return arithmetic(depth)
     return draw.choice(['@', '@', '@', '$']) + steps(draw.randint(0, 2), depth) if draw.random() < 0.8 else literal()
 
 
@@ -60,7 +73,9 @@ def predicate(depth):
         return f'({predicate(depth - 1)}) is unknown'
     if kind < 0.65:
         return f'exists(@{steps(draw.randint(1, 2), depth)})'
-    if kind < 0.72:
+    if kind < 0.70:
+        return f'@{steps(draw.randint(0, 1), 0)} like_regex {pattern()}'
+    if kind < 0.74:
         return f'@{steps(draw.randint(0, 1), 0)} starts with "{draw.choice(["a", "ab", "", "1"])}"'
     return f'{operand(depth)} {draw.choice(["==", "!=", "<>", "<", "<=", ">", ">="])} {operand(0) if draw.random() < 0.3 else literal()}'
 
@@ -80,8 +95,19 @@ def steps(count, depth):
         elif kind < 0.93 and depth > 0:
             text += f' ? ({predicate(depth - 1)})'
         else:
-            text += draw.choice(['.type()', '.size()', '.double()'])
+            text += draw.choice(['.type()', '.size()', '.double()', '.abs()', '.ceiling()', '.floor()', '.keyvalue().key', '.keyvalue().value',
+                                 '.**', '.**{1}', '.**{0 to 1}', '.**{last}', '.**{1 to last}'])
     return text
+
+
+def whole_path():
+    chain = '$' + steps(draw.randint(1, 4), 2)
+    kind = draw.random()
+    if kind < 0.8:
+        return chain
+    other = draw.choice(['2', '-1', '1.50', '$.a', '$[0]'])
+    return draw.choice([f'{chain} + {other}', f'{other} - {chain}', f'{chain} * {other}', f'{chain} % {other}', f'-{chain}', f'({chain}).type()',
+                        f'{chain} > {other}', f'({chain} == {other}).type()', f'exists({chain})', f'({chain} < {other}) is unknown'])
 
 
 def compact(text):
@@ -122,10 +148,10 @@ def ask(cases):
 
 
 def main():
-    wanted = int(sys.argv[1]) if len(sys.argv) > 1 else 1500
+    wanted = int(sys.argv[1]) if len(sys.argv) > 1 else 2000
     cases = []
     while len(cases) < 5 * wanted:
-        case = (document(), draw.choice(['', '', 'lax ', 'strict ']) + '$' + steps(draw.randint(1, 4), 2))
+        case = (document(), draw.choice(['', '', 'lax ', 'strict ']) + whole_path())
         if case not in cases:
             cases.append(case)
     # Most give nothing: a quarter of the table is enough of these, and of errors.
