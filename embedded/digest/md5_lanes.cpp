@@ -8,19 +8,20 @@
 namespace zqengine {
 namespace {
 
-// One word of four texts. Two of these take turns, since each waits for its own step before.
-using four_words = std::uint32_t __attribute__((vector_size(16)));
-constexpr std::uint32_t halves = md5_lanes / 4;
+// One word of eight texts. Two of these take turns, since each waits for its own step before.
+constexpr std::uint32_t lanes_in_half = 8;
+constexpr std::uint32_t halves = md5_lanes / lanes_in_half;
+using half_words [[gnu::vector_size(32)]] = std::uint32_t;
 
 constexpr std::uint32_t words_in_block = 16;
 constexpr std::uint32_t words_in_state = 4;
 
 struct lane_blocks {
-    alignas(16) std::uint32_t words[words_in_block][md5_lanes];
+    alignas(sizeof(half_words)) std::uint32_t words[words_in_block][md5_lanes];
 };
 
 struct lane_states {
-    four_words words[words_in_state][halves];
+    half_words words[words_in_state][halves];
 };
 
 constexpr std::uint32_t initial_state[words_in_state] = {0x67452301, 0xEFCDAB89, 0x98BADCFE, 0x10325476};
@@ -41,73 +42,93 @@ constexpr std::uint32_t rotations[4][4] = {{7, 12, 17, 22}, {5, 9, 14, 20}, {4, 
 constexpr std::uint32_t word_factors[4] = {1, 5, 3, 7};
 constexpr std::uint32_t word_offsets[4] = {0, 1, 5, 0};
 
-template <std::uint32_t round> four_words mixed(const four_words& b, const four_words& c, const four_words& d) {
-    if constexpr (round == 0) {
-        return d ^ (b & (c ^ d));
-    } else if constexpr (round == 1) {
-        return c ^ (d & (b ^ c));
-    } else if constexpr (round == 2) {
-        return b ^ c ^ d;
-    } else {
-        return c ^ (b | ~d);
-    }
-}
-
-template <std::uint32_t step> void take_step(lane_states& state, const lane_blocks& blocks) {
+template <std::uint32_t step> [[gnu::always_inline]] inline void take_step(lane_states& state, const lane_blocks& blocks) {
     constexpr std::uint32_t round = step / words_in_block;
     constexpr std::uint32_t word = (word_factors[round] * step + word_offsets[round]) % words_in_block;
     constexpr std::uint32_t rotation = rotations[round][step % 4];
     // What is a, b, c and d moves on by one with each step.
-    constexpr std::uint32_t a = (steps - step) % words_in_state;
+    constexpr std::uint32_t first = (steps - step) % words_in_state;
     for (std::uint32_t half = 0; half < halves; ++half) {
-        four_words block;
-        std::memcpy(&block, &blocks.words[word][std::size_t{4} * half], sizeof block);
-        const four_words& b = state.words[(a + 1) % words_in_state][half];
-        const four_words& c = state.words[(a + 2) % words_in_state][half];
-        const four_words& d = state.words[(a + 3) % words_in_state][half];
-        const four_words sum = state.words[a][half] + (block + sines[step]) + mixed<round>(b, c, d);
-        state.words[a][half] = b + (sum << rotation | sum >> (32 - rotation));
+        half_words& a = state.words[first][half];
+        const half_words& b = state.words[(first + 1) % words_in_state][half];
+        const half_words& c = state.words[(first + 2) % words_in_state][half];
+        const half_words& d = state.words[(first + 3) % words_in_state][half];
+        half_words of_block;
+        std::memcpy(&of_block, &blocks.words[word][std::size_t{half} * lanes_in_half], sizeof of_block);
+        a += of_block + sines[step];
+        if constexpr (round == 0) {
+            a += d ^ (b & (c ^ d));
+        } else if constexpr (round == 1) {
+            a += c ^ (d & (b ^ c));
+        } else if constexpr (round == 2) {
+            a += b ^ c ^ d;
+        } else {
+            a += c ^ (b | ~d);
+        }
+        a = b + (a << rotation | a >> (32 - rotation));
     }
 }
 
 template <std::uint32_t... step>
-void take_steps(lane_states& state, const lane_blocks& blocks, std::integer_sequence<std::uint32_t, step...>) {
+[[gnu::always_inline]] inline void take_steps(lane_states& state, const lane_blocks& blocks,
+                                              std::integer_sequence<std::uint32_t, step...> /*steps*/) {
     (take_step<step>(state, blocks), ...);
 }
 
-// The bytes of the text, a bit, zeros and the number of bits.
+constexpr std::make_integer_sequence<std::uint32_t, steps> all_steps;
+
+#if defined(__x86_64__)
+[[gnu::target("avx2")]] void take_steps_by_avx2(lane_states& state, const lane_blocks& blocks) { take_steps(state, blocks, all_steps); }
+[[gnu::target("avx2,avx512f,avx512vl")]] void take_steps_by_avx512(lane_states& state, const lane_blocks& blocks) {
+    take_steps(state, blocks, all_steps);
+}
+
+void take_all_steps(lane_states& state, const lane_blocks& blocks) {
+    if (__builtin_cpu_supports("avx512vl") != 0) {
+        take_steps_by_avx512(state, blocks);
+    } else if (__builtin_cpu_supports("avx2") != 0) {
+        take_steps_by_avx2(state, blocks);
+    } else {
+        take_steps(state, blocks, all_steps);
+    }
+}
+#else
+void take_all_steps(lane_states& state, const lane_blocks& blocks) { take_steps(state, blocks, all_steps); }
+#endif
+
+// The bytes of the text, a bit, zeros and the number of bits. Of the words behind the text only the number is written.
 void write_block(const bifun_string& text, lane_blocks& blocks, std::uint32_t lane) {
-    std::uint8_t bytes[words_in_block * sizeof(std::uint32_t)] = {};
+    constexpr std::uint32_t word_length = sizeof(std::uint32_t);
     const std::uint32_t length = text.length <= longest_md5_lane ? text.length : 0;
-    if (length != 0) {
-        std::memcpy(bytes, text.data, length);
+    const std::uint32_t whole = length / word_length;
+    for (std::uint32_t i = 0; i < whole; ++i) {
+        std::memcpy(&blocks.words[i][lane], text.data + std::size_t{i} * word_length, word_length);
     }
-    bytes[length] = 0x80;
-    std::uint32_t words[words_in_block];
-    std::memcpy(words, bytes, sizeof words);
-    words[words_in_block - 2] = 8 * length;
-    for (std::uint32_t i = 0; i < words_in_block; ++i) {
-        blocks.words[i][lane] = words[i];
+    std::uint32_t last = std::uint32_t{0x80} << (8 * (length % word_length));
+    for (std::uint32_t k = whole * word_length; k < length; ++k) {
+        last |= std::uint32_t{text.data[k]} << (8 * (k % word_length));
     }
+    blocks.words[whole][lane] = last;
+    blocks.words[words_in_block - 2][lane] = 8 * length;
 }
 
 } // namespace
 
 void md5_of_short_texts(const bifun_string* texts, std::uint32_t count, std::uint8_t* digests) {
-    lane_blocks blocks; // lanes without a text are computed with the others
+    lane_blocks blocks{}; // lanes without a text are computed with the others
     for (std::uint32_t lane = 0; lane < md5_lanes; ++lane) {
         write_block(texts[lane < count ? lane : 0], blocks, lane);
     }
     lane_states state;
     for (std::uint32_t i = 0; i < words_in_state; ++i) {
         for (std::uint32_t half = 0; half < halves; ++half) {
-            state.words[i][half] = four_words{} + initial_state[i];
+            state.words[i][half] = half_words{} + initial_state[i];
         }
     }
-    take_steps(state, blocks, std::make_integer_sequence<std::uint32_t, steps>());
+    take_all_steps(state, blocks);
     for (std::uint32_t lane = 0; lane < count; ++lane) {
         for (std::uint32_t i = 0; i < words_in_state; ++i) {
-            const std::uint32_t word = state.words[i][lane / 4][lane % 4] + initial_state[i];
+            const std::uint32_t word = state.words[i][lane / lanes_in_half][lane % lanes_in_half] + initial_state[i];
             std::memcpy(digests + (std::size_t{lane} * words_in_state + i) * sizeof word, &word, sizeof word);
         }
     }

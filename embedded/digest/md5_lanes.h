@@ -9,7 +9,7 @@
 
 namespace zqengine {
 
-constexpr std::uint32_t md5_lanes = 8;
+constexpr std::uint32_t md5_lanes = 16;
 // With what stands behind it, such a text fits into one block.
 constexpr std::uint32_t longest_md5_lane = 55;
 
