@@ -87,6 +87,7 @@ TEST(NumberReading, Cases) {
              {"VIIII", "RN", "@4"},
              {"IXI", "rn", "@2"},
              {"12.", "TM", "@2"},
+             {"+1", "TM", "@0"},
              {"-.5E-3", "TM", "-0.0005"},
              {"1E5", "TM", "1.5", "NLS_NUMERIC_CHARACTERS='E,'"},
              {"512", "L99", "12", "NLS_CURRENCY=5"},
