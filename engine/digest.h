@@ -3,7 +3,7 @@
 #ifndef BIFUN_ENGINE_DIGEST_H
 #define BIFUN_ENGINE_DIGEST_H
 
-#include <stdint.h>
+#include "bop/frame/contract.h"
 
 #ifdef __cplusplus
 extern "C" {
@@ -13,10 +13,11 @@ enum cyt_hash_algorithm { CYT_MD5 = 1, CYT_SHA224 = 224, CYT_SHA256 = 256, CYT_S
 
 enum { CYT_LONGEST_DIGEST = 64 };
 
-/* Writes the digest of `length` bytes, which may be null where there are none, to `digest`, which has room for CYT_LONGEST_DIGEST bytes:
- * MD5 of RFC 1321, 16 bytes, or SHA-2 of FIPS 180-4, of as many bits as its number says. `*digest_length` gets the number of bytes. Returns
- * 0; -6148 where the engine does not make such digests. Takes no environment and may be called by several threads at once. */
-int32_t cyt_hash_gen_digest(int32_t algorithm, const uint8_t* bytes, uint64_t length, uint8_t* digest, uint32_t* digest_length);
+/* Writes the digests of `count` values one behind the other to `digests`, which has room for CYT_LONGEST_DIGEST bytes for each: MD5 of RFC
+ * 1321, 16 bytes, or SHA-2 of FIPS 180-4, of as many bits as its number says. Digests are of the bytes of values, which may be null where
+ * there are none; counts of blanks are not read. `*digest_length` gets the number of bytes of one digest. Returns 0; -6148 where the engine
+ * does not make such digests. Takes no environment and may be called by several threads at once. */
+int32_t cyt_hash_gen_digest(int32_t algorithm, const bifun_string* values, uint32_t count, uint8_t* digests, uint32_t* digest_length);
 
 #ifdef __cplusplus
 }

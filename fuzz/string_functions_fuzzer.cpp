@@ -11,7 +11,7 @@
 #include "bop/bifun.h"
 #include "engine/number_format.h"
 #include "fuzz/require.h"
-#include "tests/bifun_str/string_model.h"
+#include "tests/bifun_str/string_calls.h"
 #include "tests/contract/each_engine.h"
 
 namespace {

@@ -27,10 +27,9 @@ struct key_bytes {
 
 UCollator* open_collator(const sort_name& name, UErrorCode& status) {
     UCollator* const collator = ucol_open(name.locale, &status);
-    if (U_SUCCESS(status)) {
-        ucol_setStrength(collator, name.strength == sort_strength::letters               ? UCOL_PRIMARY
-                                   : name.strength == sort_strength::letters_and_accents ? UCOL_SECONDARY
-                                                                                         : UCOL_TERTIARY);
+    // Without _CI and _AI the strength is that of the language tag, if it names one.
+    if (U_SUCCESS(status) && name.strength != sort_strength::letters_accents_and_case) {
+        ucol_setStrength(collator, name.strength == sort_strength::letters ? UCOL_PRIMARY : UCOL_SECONDARY);
     }
     return collator;
 }

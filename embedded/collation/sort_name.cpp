@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "embedded/collation/sort_name.h"
 
+#include <unicode/ucol.h>
+#include <unicode/uenum.h>
 #include <unicode/uloc.h>
 
 #include <algorithm>
@@ -117,14 +119,32 @@ bool take_end(std::string_view& name, std::string_view end) {
     return is_there;
 }
 
-// Of a language tag. Whether it is a whole one, of a language that there is.
+// Whether the order that a locale names by itself is one that there is: others would be passed over.
+bool has_known_order(const char* locale) {
+    UErrorCode status = U_ZERO_ERROR;
+    char named[ULOC_KEYWORDS_CAPACITY] = {};
+    if (uloc_getKeywordValue(locale, "collation", named, sizeof named, &status) == 0) {
+        return U_SUCCESS(status);
+    }
+    UEnumeration* const orders = ucol_getKeywordValuesForLocale("collation", locale, 0, &status);
+    bool is_known = false;
+    for (const char* order = uenum_next(orders, nullptr, &status); U_SUCCESS(status) && order != nullptr && !is_known;
+         order = uenum_next(orders, nullptr, &status)) {
+        is_known = std::strcmp(order, named) == 0;
+    }
+    uenum_close(orders);
+    return is_known;
+}
+
+// Of a language tag. Whether it is a whole one, of a language and an order that there are.
 bool find_locale(std::string_view tag, char* locale, std::int32_t size) {
     char text[longest_sort_name + 1] = {};
     std::copy(tag.begin(), tag.end(), text);
     UErrorCode status = U_ZERO_ERROR;
     std::int32_t parsed = 0;
     const std::int32_t written = uloc_forLanguageTag(text, locale, size, &parsed, &status);
-    return U_SUCCESS(status) && written < size && static_cast<std::size_t>(parsed) == tag.size() && *uloc_getISO3Language(locale) != '\0';
+    return U_SUCCESS(status) && written < size && static_cast<std::size_t>(parsed) == tag.size() && *uloc_getISO3Language(locale) != '\0' &&
+           has_known_order(locale);
 }
 
 } // namespace

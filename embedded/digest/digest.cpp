@@ -7,12 +7,13 @@
 #include <openssl/md5.h>
 #include <openssl/sha.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
-#include <initializer_list>
+#include <iterator>
 
 #include "bop/frame/status.h"
+#include "embedded/digest/md5_lanes.h"
 
 namespace {
 
@@ -27,31 +28,6 @@ unsigned char* digest_of(const unsigned char* bytes, std::size_t length, unsigne
     return digest;
 }
 
-// A text that fits into one block with what stands behind it: a bit, zeros and the number of bits.
-unsigned char* md5_of(const unsigned char* bytes, std::size_t length, unsigned char* digest) {
-    constexpr std::size_t longest_in_block = 55;
-    if (length > longest_in_block) {
-        return digest_of<MD5_CTX, MD5_Init, MD5_Update, MD5_Final>(bytes, length, digest);
-    }
-    unsigned char block[MD5_CBLOCK] = {};
-    if (length != 0) {
-        std::memcpy(block, bytes, length);
-    }
-    block[length] = 0x80;
-    block[MD5_CBLOCK - 8] = static_cast<unsigned char>(8 * length);
-    block[MD5_CBLOCK - 7] = static_cast<unsigned char>(8 * length >> 8);
-    MD5_CTX context;
-    MD5_Init(&context);
-    MD5_Transform(&context, block);
-    unsigned char* to = digest;
-    for (const MD5_LONG word : {context.A, context.B, context.C, context.D}) {
-        for (std::uint32_t byte = 0; byte < sizeof word; ++byte) {
-            *to++ = static_cast<unsigned char>(word >> (8 * byte));
-        }
-    }
-    return digest;
-}
-
 struct known_digest {
     std::int32_t algorithm;
     std::uint32_t length;
@@ -59,23 +35,43 @@ struct known_digest {
 };
 
 constexpr known_digest known_digests[] = {
-    {CYT_MD5, MD5_DIGEST_LENGTH, md5_of},
+    {CYT_MD5, MD5_DIGEST_LENGTH, digest_of<MD5_CTX, MD5_Init, MD5_Update, MD5_Final>},
     {CYT_SHA224, SHA224_DIGEST_LENGTH, digest_of<SHA256_CTX, SHA224_Init, SHA224_Update, SHA224_Final>},
     {CYT_SHA256, SHA256_DIGEST_LENGTH, digest_of<SHA256_CTX, SHA256_Init, SHA256_Update, SHA256_Final>},
     {CYT_SHA384, SHA384_DIGEST_LENGTH, digest_of<SHA512_CTX, SHA384_Init, SHA384_Update, SHA384_Final>},
     {CYT_SHA512, SHA512_DIGEST_LENGTH, digest_of<SHA512_CTX, SHA512_Init, SHA512_Update, SHA512_Final>},
 };
 
-} // namespace
-
-std::int32_t cyt_hash_gen_digest(std::int32_t algorithm, const std::uint8_t* bytes, std::uint64_t length, std::uint8_t* digest,
-                                 std::uint32_t* digest_length) {
-    for (const known_digest& known : known_digests) {
-        if (known.algorithm == algorithm) {
-            known.make(bytes, length, digest);
-            *digest_length = known.length;
-            return BIFUN_OK;
+// Short texts several at once, the others one by one.
+void make_md5(const bifun_string* values, std::uint32_t count, const known_digest& known, std::uint8_t* digests) {
+    for (std::uint32_t first = 0; first < count; first += zqengine::md5_lanes) {
+        const std::uint32_t lanes = std::min(count - first, zqengine::md5_lanes);
+        const bifun_string* const group = values + first;
+        std::uint8_t* const digests_of_group = digests + std::size_t{first} * MD5_DIGEST_LENGTH;
+        zqengine::md5_of_short_texts(group, lanes, digests_of_group);
+        for (std::uint32_t lane = 0; lane < lanes; ++lane) {
+            if (group[lane].length > zqengine::longest_md5_lane) {
+                known.make(group[lane].data, group[lane].length, digests_of_group + std::size_t{lane} * MD5_DIGEST_LENGTH);
+            }
         }
     }
-    return BIFUN_CHARACTER_CONVERSION_FAILED;
+}
+
+} // namespace
+
+std::int32_t cyt_hash_gen_digest(std::int32_t algorithm, const bifun_string* values, std::uint32_t count, std::uint8_t* digests,
+                                 std::uint32_t* digest_length) {
+    const known_digest* const known = std::ranges::find(known_digests, algorithm, &known_digest::algorithm);
+    if (known == std::end(known_digests)) {
+        return BIFUN_CHARACTER_CONVERSION_FAILED;
+    }
+    *digest_length = known->length;
+    if (algorithm == CYT_MD5 && count > 1) {
+        make_md5(values, count, *known, digests);
+        return BIFUN_OK;
+    }
+    for (std::uint32_t i = 0; i < count; ++i) {
+        known->make(values[i].data, values[i].length, digests + std::size_t{i} * known->length);
+    }
+    return BIFUN_OK;
 }

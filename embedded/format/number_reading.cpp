@@ -262,12 +262,12 @@ stop read_digits_format(const number_format& format, remainder rest, xdec& resul
     return {make_number(number, result), rest.begin};
 }
 
-// [sign]digits[point digits][exponent], or no digits before the point. A point is one only before a digit: it may be an E.
+// [-]digits[point digits][exponent], or no digits before the point. A point is one only before a digit: it may be an E.
 stop read_shortest_format(const number_format& format, remainder rest, xdec& result) {
     plain_number number;
     number.length = 0;
     number.digits = 0;
-    if (!is_empty(rest) && (*rest.begin == '-' || *rest.begin == '+')) {
+    if (!is_empty(rest) && *rest.begin == '-') {
         add(number, static_cast<char>(*rest.begin++));
     }
     for (; !is_empty(rest) && is_digit(*rest.begin); ++rest.begin) {

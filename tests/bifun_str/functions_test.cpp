@@ -18,7 +18,7 @@
 #include "embedded/session/environment.h"
 #include "engine/charset.h"
 #include "engine/memory.h"
-#include "tests/bifun_str/string_model.h"
+#include "tests/bifun_str/string_calls.h"
 #include "tests/contract/each_engine.h"
 #include "tests/contract/exact_block.h"
 #include "tests/contract/text_case.h"

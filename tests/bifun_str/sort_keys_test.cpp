@@ -109,7 +109,8 @@ constexpr named_order orders[] = {{"", "", UCOL_TERTIARY},
                                   {"NLS_SORT=XSPANISH", "es@collation=traditional", UCOL_TERTIARY},
                                   {"NLS_SORT=TURKISH", "tr", UCOL_TERTIARY},
                                   {"NLS_SORT=SCHINESE_STROKE_M", "zh@collation=stroke", UCOL_TERTIARY},
-                                  {"NLS_SORT=en-u-kn", "en@colnumeric=yes", UCOL_TERTIARY}};
+                                  {"NLS_SORT=en-u-kn", "en@colnumeric=yes", UCOL_TERTIARY},
+                                  {"NLS_SORT=en-u-ks-level1", "en", UCOL_PRIMARY}};
 INSTANTIATE_TEST_SUITE_P(Orders, SortKeys, testing::ValuesIn(orders));
 
 TEST(SortKeysOfBytes, AreTheBytesOrWhatIsLeftOfThem) {

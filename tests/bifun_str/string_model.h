@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "bop/bifun.h"
-#include "tests/contract/called_export.h"
+#include "bop/frame/catalogue.h"
 
 namespace string_model {
 
@@ -41,22 +41,6 @@ std::vector<std::string> characters_of(std::uint32_t charset, std::string_view b
 // NULL and has been given no value. An empty text says that the model has no answer for such arguments, as the call fails.
 std::string shown(const text& value);
 std::string row_of(const bifun_settings& settings, const bifun::entry_point& entry, const std::vector<value>& arguments);
-
-// ---- calls of the string functions, whatever bytes the texts hold ----
-
-// Those of the catalogue whose names end in _str, of texts and integers.
-std::vector<const bifun::entry_point*> string_functions();
-
-struct string_call {
-    contract::outcome outcome;
-    std::vector<std::string> rows; // as the model prints them, `?` for one without a flag
-};
-
-// One batch. Constants are taken from the first row.
-string_call call_strings(const bifun::entry_point& entry, const std::vector<std::vector<value>>& rows);
-
-std::string shown(const bifun::entry_point& entry, std::size_t position, const value& argument);
-std::string shown(const bifun::entry_point& entry, const std::vector<value>& arguments); // the whole call
 
 } // namespace string_model
 

@@ -151,7 +151,8 @@ OPERATION(i32, nls_sort_open, (environment * e, const u8* nls, u32 length, nls_c
 STATUS(nls_sort_key, (nls_collation * order, const u8* text, u32 length, u8* key, u32 room, u64* size), order, text, length, key, room,
        size)
 STATUS(zq_mb_char_step, (u8 * character, u32 length, i32 step), character, length, step)
-STATUS(cyt_hash_gen_digest, (i32 algorithm, const u8* bytes, u64 length, u8* digest, u32* size), algorithm, bytes, length, digest, size)
+STATUS(cyt_hash_gen_digest, (i32 algorithm, const bifun_string* values, u32 count, u8* digests, u32* size), algorithm, values, count,
+       digests, size)
 STATUS(nls_case_rules_of, (const u8* nls, u32 length, i32* rules), nls, length, rules)
 
 // ---- decimals ----

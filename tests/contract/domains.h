@@ -163,7 +163,7 @@ inline constexpr failing_calls_of failures[] = {
     {"TEXT_TO_CHAR", "a*32763 ; _*32763", BIFUN_CHARACTER_RESULT_TOO_LONG, failing_row::null, in_no_position, value_type::VARCHAR},
     {"SHA2", "abc 1 ; abc -256 ; abc 160", domain_error, failing_row::null, 1},
     {"NLSSORT", "abc '' ; abc NLS_SORT=&y*120", BIFUN_INVALID_NLS_PARAMETER, failing_row::null, 1},
-    {"NLSSORT", "abc x ; abc NLS_SORT= ; abc NLS_SORT=QQ", ZQ_INVALID_NLS_PARAMETERS, failing_row::null, 1},
+    {"NLSSORT", "abc x ; abc NLS_SORT= ; abc NLS_SORT=QQ ; abc NLS_SORT=de-u-co-qq", ZQ_INVALID_NLS_PARAMETERS, failing_row::null, 1},
     {"NLSSORT", "a*32763", BIFUN_CHARACTER_RESULT_TOO_LONG},
     {"NLSSORT", "a*32763 NLS_SORT=BINARY ; a*32762&_ NLS_SORT=BINARY", BIFUN_CHARACTER_RESULT_TOO_LONG},
     {"UPPER LOWER INITCAP", "abc '' ; abc NLS_SORT=&y*120", BIFUN_INVALID_NLS_PARAMETER, failing_row::null, 1},

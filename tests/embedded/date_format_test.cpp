@@ -15,6 +15,7 @@
 #include "engine/datetime.h"
 #include "engine/session.h"
 #include "tests/contract/exact_block.h"
+#include "tests/embedded/quoted_cells.h"
 
 namespace {
 
@@ -85,23 +86,12 @@ struct page_row {
 };
 
 page_row row_of(const std::string& line) {
-    page_row row;
-    for (std::size_t begin = line.find('`'); begin != std::string::npos; begin = line.find('`', begin)) {
-        const std::size_t end = line.find('`', begin + 1);
-        std::string cell = line.substr(begin + 1, end - begin - 1);
-        for (std::size_t bar = cell.find("\\|"); bar != std::string::npos; bar = cell.find("\\|")) {
-            cell.erase(bar, 1);
-        }
-        row.quoted.push_back(cell);
-        begin = end + 1;
-    }
+    page_row row{quoted_cells(line), {}};
     const std::size_t end = line.find_last_not_of(" |");
     const std::size_t begin = line.rfind("| ", end);
     row.last = begin == std::string::npos ? "" : line.substr(begin + 2, end - begin - 1);
     return row;
 }
-
-bool is_result(const std::string& cell) { return cell.size() >= 2 && cell.front() == '\'' && cell.back() == '\''; }
 
 TEST(DateFormat, ReferencePage) {
     std::ifstream page(DATE_FORMATS_PAGE);
@@ -119,8 +109,8 @@ TEST(DateFormat, ReferencePage) {
             continue;
         }
         // | value | format | result | language |, or | elements | meaning | format | result | of the value that the section names.
-        const std::size_t result = is_result(row.quoted.back()) ? row.quoted.size() - 1 : row.quoted.size() - 2;
-        if (!is_result(row.quoted[result])) {
+        const std::size_t result = is_text(row.quoted.back()) ? row.quoted.size() - 1 : row.quoted.size() - 2;
+        if (!is_text(row.quoted[result])) {
             continue;
         }
         const bool has_value = line.find(':') != std::string::npos && row.quoted[0].find(':') != std::string::npos;
@@ -128,7 +118,7 @@ TEST(DateFormat, ReferencePage) {
                                   : section == "## Elements" ? "2024-02-29 13:45:06.123456+08:00"
                                                              : "2024-02-29 13:45:06.123456";
         const std::string language = result + 1 < row.quoted.size() ? row.quoted.back() : "";
-        const std::string expected = row.quoted[result].substr(1, row.quoted[result].size() - 2);
+        const std::string expected = text_in(row.quoted[result]);
         EXPECT_EQ(written(value, row.quoted[result - 1], language), expected) << line;
         ++examples;
     }

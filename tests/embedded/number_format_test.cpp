@@ -19,6 +19,7 @@
 #include "engine/number_check.h"
 #include "engine/number_format.h"
 #include "tests/contract/exact_block.h"
+#include "tests/embedded/quoted_cells.h"
 
 namespace {
 
@@ -195,15 +196,10 @@ TEST(NumberFormat, ReferencePage) {
     std::ifstream page(NUMBER_FORMATS_PAGE);
     int examples = 0;
     for (std::string line; std::getline(page, line);) {
-        std::vector<std::string> cells;
-        for (std::size_t begin = line.find('`'); begin != std::string::npos; begin = line.find('`', begin)) {
-            const std::size_t end = line.find('`', begin + 1);
-            cells.push_back(line.substr(begin + 1, end - begin - 1));
-            begin = end + 1;
-        }
-        if (line.starts_with("| `") && cells.size() >= 3 && cells[2].starts_with('\'')) {
+        const std::vector<std::string> cells = quoted_cells(line);
+        if (line.starts_with("| `") && cells.size() >= 3 && is_text(cells[2])) {
             const std::string nls = cells.size() > 3 ? cells[3] : "";
-            EXPECT_EQ(formatted(nullptr, cells[0], cells[1], nls), cells[2].substr(1, cells[2].size() - 2)) << line;
+            EXPECT_EQ(formatted(nullptr, cells[0], cells[1], nls), text_in(cells[2])) << line;
             ++examples;
         }
     }

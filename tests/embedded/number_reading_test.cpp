@@ -15,6 +15,7 @@
 #include "engine/decimal.h"
 #include "engine/number_format.h"
 #include "tests/contract/exact_block.h"
+#include "tests/embedded/quoted_cells.h"
 
 namespace {
 
@@ -87,6 +88,7 @@ TEST(NumberReading, Cases) {
              {"VIIII", "RN", "@4"},
              {"IXI", "rn", "@2"},
              {"12.", "TM", "@2"},
+             {"+1", "TM", "@0"},
              {"-.5E-3", "TM", "-0.0005"},
              {"1E5", "TM", "1.5", "NLS_NUMERIC_CHARACTERS='E,'"},
              {"512", "L99", "12", "NLS_CURRENCY=5"},
@@ -111,15 +113,9 @@ TEST(NumberReading, ReferencePage) {
     std::ifstream page(NUMBER_FORMATS_PAGE);
     int examples = 0;
     for (std::string line; std::getline(page, line);) {
-        std::vector<std::string> cells;
-        for (std::size_t begin = line.find('`'); begin != std::string::npos; begin = line.find('`', begin)) {
-            const std::size_t end = line.find('`', begin + 1);
-            cells.push_back(line.substr(begin + 1, end - begin - 1));
-            begin = end + 1;
-        }
+        const std::vector<std::string> cells = quoted_cells(line);
         if (line.starts_with("| `'") && cells.size() >= 3) {
-            const std::string text = cells[0].substr(1, cells[0].size() - 2);
-            EXPECT_EQ(read(nullptr, text, cells[1], cells.size() > 3 ? cells[3] : ""), cells[2]) << line;
+            EXPECT_EQ(read(nullptr, text_in(cells[0]), cells[1], cells.size() > 3 ? cells[3] : ""), cells[2]) << line;
             ++examples;
         }
     }
