@@ -22,6 +22,9 @@ struct program_options {
     std::string output;
     std::string types;
     std::string delimiter;
+    std::string quote = "\"";
+    std::string escape = "none";
+    std::vector<std::string> nulls;
     std::string sample;
     bool no_header = false;
     file_options reading;

@@ -150,9 +150,10 @@ sql_type common_type(const binder& state, const std::vector<operand>& operands, 
         if (!is_datetime(*common)) {
             fail_at(state.sql, offset,
                     fmt::format("{} and VARCHAR {}{}", sql_type_name(*common), complaint,
-                                is_number(*common)     ? "; write the number without quotes"
-                                : is_interval(*common) ? "; write the interval with its type, such as INTERVAL '3' DAY"
-                                                       : ""));
+                                is_number(*common)             ? "; write the number without quotes"
+                                : *common == sql_type::boolean ? "; write TRUE or FALSE without quotes"
+                                : is_interval(*common)         ? "; write the interval with its type, such as INTERVAL '3' DAY"
+                                                               : ""));
         }
         const std::optional<sql_type> type = datetime_type_of(*given.literal);
         if (!type || has_date(*type) != has_date(*common)) {

@@ -33,6 +33,7 @@ struct column_state {
     field_kinds kinds = 0;
     std::uint64_t values = 0;
     std::uint64_t nulls = 0;
+    std::uint64_t empty = 0; // values of a text, NULLs in any other column
     field_range<xdec> decimals;
     field_range<double> doubles;
     field_range<zqtime> datetimes;
@@ -70,6 +71,10 @@ void include_field(column_state& column, csv_reader& reader, std::uint32_t row, 
         ++column.nulls;
         return;
     }
+    if (field.is_null_unless_text) {
+        ++column.empty;
+        return;
+    }
     ++column.values;
     if (!column.smallest_text || field.text < *column.smallest_text) {
         column.smallest_text = field.text;
@@ -91,10 +96,12 @@ void include_field(column_state& column, csv_reader& reader, std::uint32_t row, 
 }
 
 column_description describe(const column_state& column, std::string name, const charset& set) {
+    const sql_type type = type_of_fields(column.kinds);
+    const bool is_text = type == sql_type::varchar;
     column_description made{.name = std::move(name),
-                            .type = type_of_fields(column.kinds),
-                            .values = column.values,
-                            .nulls = column.nulls,
+                            .type = type,
+                            .values = column.values + (is_text ? column.empty : 0),
+                            .nulls = column.nulls + (is_text ? 0 : column.empty),
                             .smallest = {},
                             .largest = {},
                             .text_line = column.text_line,
@@ -112,9 +119,9 @@ column_description describe(const column_state& column, std::string name, const 
         take(column.decimals);
     } else if (is_datetime(made.type)) {
         take(column.datetimes);
-    } else if (column.smallest_text) {
-        made.smallest = shown(*column.smallest_text);
-        made.largest = shown(*column.largest_text);
+    } else if (column.smallest_text || column.empty > 0) {
+        made.smallest = column.empty > 0 ? "" : shown(*column.smallest_text);
+        made.largest = shown(column.largest_text.value_or(""));
     }
     if (column.text_line) {
         made.text = shown(column.text);

@@ -28,11 +28,32 @@ struct scan_state {
     std::uint64_t inside = 0;      // all bits between quotes
     std::uint64_t may_open = 1;    // 1 where a quote may open a field, or be the second of two
     std::uint64_t after_close = 0; // 1 behind a quote that closes a field unless another one follows
+    std::uint64_t escaped = 0;     // 1 behind an escape
 };
 
 struct block_masks {
     std::uint64_t quotes, ends, line_ends, carriage_returns;
 };
+
+// Takes the bytes that escapes make text from all masks. The line feed of an escaped CR LF goes with it.
+void apply_escapes(scan_state& state, std::uint64_t escapes, bool line_feed_next, block_masks& masks, line_index& index) {
+    std::uint64_t escaped = state.escaped;
+    state.escaped = 0;
+    for (std::uint64_t left = escapes & ~escaped; left != 0;) {
+        const std::uint64_t escape = left & (~left + 1);
+        escaped |= escape << 1;
+        state.escaped |= escape >> 63;
+        left &= ~(escape | escape << 1);
+    }
+    const std::uint64_t carriage_returns = escaped & masks.carriage_returns;
+    escaped |= carriage_returns << 1 & masks.line_ends;
+    state.escaped |= line_feed_next ? carriage_returns >> 63 : 0;
+    index.has_inner_line_ends |= (escaped & (masks.line_ends | masks.carriage_returns)) != 0;
+    masks.quotes &= ~escaped;
+    masks.ends &= ~escaped;
+    masks.line_ends &= ~escaped;
+    masks.carriage_returns &= ~escaped;
+}
 
 // Takes what lies between quotes from the ends and returns the bytes that stand where they may not.
 std::uint64_t apply_quotes(scan_state& state, block_masks& masks, std::uint64_t here, line_index& index) {
@@ -67,7 +88,7 @@ std::uint32_t* append_positions(std::uint32_t* next, std::uint64_t bits, std::ui
 
 } // namespace
 
-void scan_lines(std::string_view text, bool is_last, char delimiter, line_index& index) {
+void scan_lines(std::string_view text, bool is_last, const csv_syntax& syntax, line_index& index) {
     // Whether a CR at the end is the first half of a line end is not known before the next byte is.
     if (!is_last && text.ends_with('\r')) {
         text.remove_suffix(1);
@@ -93,14 +114,17 @@ void scan_lines(std::string_view text, bool is_last, char delimiter, line_index&
     for (std::uint32_t at = 0; at < length; at += block_size) {
         const std::uint32_t size = std::min(length - at, block_size);
         const block loaded(bytes + at, size);
-        block_masks masks{.quotes = equal_bytes(loaded, '"'),
-                          .ends = equal_bytes(loaded, static_cast<std::uint8_t>(delimiter)),
+        block_masks masks{.quotes = syntax.quote ? equal_bytes(loaded, static_cast<std::uint8_t>(*syntax.quote)) : 0,
+                          .ends = equal_bytes(loaded, static_cast<std::uint8_t>(syntax.delimiter)),
                           .line_ends = equal_bytes(loaded, '\n'),
                           .carriage_returns = equal_bytes(loaded, '\r')};
         beyond_ascii |= bytes_beyond_ascii(loaded);
+        const auto line_feed_next = [&] { return at + block_size < length && bytes[at + block_size] == '\n'; };
+        if (syntax.escape) {
+            apply_escapes(state, equal_bytes(loaded, static_cast<std::uint8_t>(*syntax.escape)), line_feed_next(), masks, index);
+        }
         if (masks.carriage_returns != 0) {
-            const bool line_feed_next = at + block_size < length && bytes[at + block_size] == '\n';
-            masks.line_ends |= masks.carriage_returns & ~(masks.line_ends >> 1 | (line_feed_next ? last_bit : 0));
+            masks.line_ends |= masks.carriage_returns & ~(masks.line_ends >> 1 | (line_feed_next() ? last_bit : 0));
         }
         masks.ends |= masks.line_ends;
         if ((masks.quotes | state.inside | state.after_close) != 0) {

@@ -8,6 +8,8 @@
 #include <optional>
 #include <string_view>
 
+#include "host/tables/csv_syntax.h"
+
 namespace host {
 
 enum class quote_fault : std::uint8_t {
@@ -15,7 +17,7 @@ enum class quote_fault : std::uint8_t {
     unclosed,
 };
 
-// A line is a record: line breaks between quotes are part of a field. Only whole lines count.
+// A line is a record: line breaks between quotes or behind an escape are part of a field. Only whole lines count.
 struct line_index {
     // ends[0] is -1; field f (counted over all lines) is what lies behind ends[f] and before ends[f + 1]. A CR before the LF that ends a
     // line is left to the last field of the line.
@@ -24,7 +26,7 @@ struct line_index {
     std::size_t room = 0;                         // of both
     std::uint32_t lines = 0;                      // elements of line_fields that count
     bool is_ascii = true;                         // all bytes scanned
-    bool has_inner_line_ends = false;             // between quotes
+    bool has_inner_line_ends = false;             // within fields
     struct fault {
         quote_fault kind;
         std::uint32_t position; // of the byte that shows it; the lines before its own count
@@ -34,7 +36,7 @@ struct line_index {
 
 // Scans text that begins with a line, at most 2^31 bytes; `is_last` where nothing follows it, so that it ends the last line. The text
 // begins at a multiple of 64 in memory. Lines end with LF, CR LF or CR.
-void scan_lines(std::string_view text, bool is_last, char delimiter, line_index& index);
+void scan_lines(std::string_view text, bool is_last, const csv_syntax& syntax, line_index& index);
 
 // How many lines end in the text, quoted or not.
 std::uint64_t count_line_ends(std::string_view text);

@@ -120,7 +120,7 @@ found_kinds find_kinds(csv_reader& reader, const std::vector<bool>& wanted, std:
             field_kinds kinds = found.of_columns[i];
             for (std::size_t r = 0; wanted[i] && (kinds & text_field) == 0 && r < rows.size(); ++r) {
                 const csv_field field = reader.field(rows[r], i);
-                kinds |= field.is_null ? 0U : classify_field(field.text);
+                kinds |= field.is_null_unless_text ? 0U : classify_field(field.text);
             }
             found.of_columns[i] = kinds;
         }

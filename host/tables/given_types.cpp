@@ -1,0 +1,102 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "host/tables/given_types.h"
+
+#include <algorithm>
+#include <filesystem>
+
+#include "host/near_names.h"
+#include "host/program_error.h"
+#include "host/tables/file_name.h"
+#include "host/values/value_text.h"
+
+namespace host {
+namespace {
+
+table_column* find_column(table& source, std::string_view name) {
+    auto found = std::ranges::find(source.columns, name, &table_column::name);
+    if (found == source.columns.end()) {
+        found = std::ranges::find_if(source.columns, [&](const table_column& c) { return equal_ignoring_case(c.name, name); });
+    }
+    return found == source.columns.end() ? nullptr : &*found;
+}
+
+bool can_be_read_again(const std::string& path) {
+    std::error_code unreadable;
+    return path != "-" && (std::filesystem::is_regular_file(path, unreadable) || !std::filesystem::exists(path, unreadable));
+}
+
+} // namespace
+
+given_types parse_types(std::string_view text) {
+    given_types types;
+    while (!text.empty()) {
+        std::size_t end = 0;
+        for (int open = 0; end < text.size() && (text[end] != ',' || open > 0); ++end) {
+            open += text[end] == '(' ? 1 : text[end] == ')' ? -1 : 0;
+        }
+        const std::string_view item = without_blanks_around(text.substr(0, end));
+        text.remove_prefix(std::min(end + 1, text.size()));
+        const std::size_t colon = item.rfind(':');
+        if (colon == std::string_view::npos || colon == 0) {
+            fail("--types: \"{}\" is not of the form name:TYPE", item);
+        }
+        const std::optional<column_type> type = find_column_type(item.substr(colon + 1));
+        if (!type) {
+            fail("--types: \"{}\" is not a type; there are {}", item.substr(colon + 1), column_type_names);
+        }
+        given_type given{.name = std::string(without_blanks_around(item.substr(0, colon))), .type = *type};
+        std::erase_if(types, [&](const given_type& earlier) { return equal_ignoring_case(earlier.name, given.name); });
+        types.push_back(std::move(given));
+    }
+    return types;
+}
+
+std::string given_types_text(const given_types& types) {
+    std::string text;
+    for (const given_type& given : types) {
+        text += fmt::format("{}{}:{}", text.empty() ? "" : ",", given.name, column_type_name(given.type));
+    }
+    return text;
+}
+
+table_column* find_given_column(table& source, std::string_view name) {
+    if (table_column* const found = find_column(source, name); found != nullptr) {
+        return found;
+    }
+    const std::string& path = source.reader.path();
+    for (const std::string& prefix : {table_name_of(path) + ".", plain_table_name_of(path) + "."}) {
+        if (equal_ignoring_case(name.substr(0, prefix.size()), prefix)) {
+            return find_column(source, name.substr(prefix.size()));
+        }
+    }
+    return nullptr;
+}
+
+void check_given_types(const given_types& types, table* known, const std::vector<std::string>& files, const file_options& options,
+                       const session_settings& settings) {
+    std::vector<std::string> missing;
+    std::ranges::transform(types, std::back_inserter(missing), &given_type::name);
+    std::vector<std::string> names;
+    const auto look_in = [&](table& source) {
+        std::erase_if(missing, [&](const std::string& name) { return find_given_column(source, name) != nullptr; });
+        std::ranges::transform(source.columns, std::back_inserter(names), &table_column::name);
+    };
+    if (known != nullptr) {
+        look_in(*known);
+    }
+    for (const std::string& path : files) {
+        if (missing.empty() || (known != nullptr && path == known->reader.path())) {
+            continue;
+        }
+        if (!can_be_read_again(path)) {
+            return;
+        }
+        look_in(*open_table(path, options, settings));
+    }
+    if (!missing.empty()) {
+        fail("--types: {} a column {}{}", files.size() == 1 ? files[0] + " does not have" : "no file has", missing[0],
+             did_you_mean(missing[0], names));
+    }
+}
+
+} // namespace host
