@@ -181,9 +181,12 @@ int run(int argument_count, char** arguments) {
     program_options options;
     app.add_option("FILES_AND_QUERY", options.words, "CSV files, and last the query")->type_name("TEXT");
     add_file_options(app, options);
-    app.add_option("--types", options.types,
-                   std::string("types of columns, such as name:CHAR(10),price:DECIMAL; the others are found in the file. There are ") +
-                       std::string(column_type_names))
+    app.add_option(
+           "--types", options.types,
+           std::string(
+               "types of columns, such as name:CHAR(10),price:DECIMAL(8,2), with several files also staff.name:CHAR(10); the others "
+               "are found in the file. A value that does not fit is an error. There are ") +
+               std::string(column_type_names))
         ->type_name("NAME:TYPE,...");
     app.add_option("--sample", options.sample,
                    "how much of a file decides the types, in MB, or all (32; 4 of a pipe). A value behind it that would have given another "

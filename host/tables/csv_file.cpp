@@ -135,8 +135,8 @@ void csv_reader::report_fault() {
             fmt::format("a quote stands inside a field, or text behind a closing quote; {}",
                         is_behind_backslash && !syntax_.escape
                             ? fmt::format("where \\{0} is a {0} inside a field, --escape '\\' says so", quote)
-                            : fmt::format("write a field with quotes as {0}...{0} with each quote inside doubled; --quote none has a file "
-                                          "without quoting, in which they are text",
+                            : fmt::format("write a field with quotes as {0}...{0} with each quote inside doubled; --quote none reads files "
+                                          "in which quotes are text",
                                           quote)));
     }
     drop_lines();

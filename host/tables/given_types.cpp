@@ -94,7 +94,7 @@ void check_given_types(const given_types& types, table* known, const std::vector
         look_in(*open_table(path, options, settings));
     }
     if (!missing.empty()) {
-        fail("--types: {} a column {}{}", files.size() == 1 ? files[0] + " does not have" : "no file has", missing[0],
+        fail("--types: {} column {}{}", files.size() == 1 ? files[0] + " has no" : "no file has a", missing[0],
              did_you_mean(missing[0], names));
     }
 }
