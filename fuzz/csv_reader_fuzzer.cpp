@@ -55,6 +55,14 @@ struct byte_parser {
         return taken;
     }
     [[nodiscard]] bool is_at(std::optional<char> byte) const { return !at_end() && byte && text[at] == *byte; }
+    // Where behind them is what is looked for.
+    template <class Found> void skip_blanks(const Found& found) {
+        const std::size_t begin = at;
+        while (!at_end() && text[at] == ' ' && !is_at(options.delimiter)) {
+            ++at;
+        }
+        at = found() ? at : begin;
+    }
     // Takes what makes one byte of a field's text, or a line end in it.
     void take_into(std::string& field) {
         if (!is_at(options.escape) || at + 1 == text.size()) {
@@ -82,6 +90,7 @@ void decide_null(const host::file_options& options, expected_field& field, std::
 // False where the field has an error, whose line is then the parser's or, where a quote is not closed, that of the row.
 bool parse_field(byte_parser& parser, expected_field& field, bool& unclosed) {
     const host::file_options& options = parser.options;
+    parser.skip_blanks([&] { return parser.is_at(options.quote); });
     std::size_t begin = parser.at;
     if (!parser.is_at(options.quote)) {
         while (!parser.at_line_end() && !parser.is_at(options.delimiter)) {
@@ -107,7 +116,9 @@ bool parse_field(byte_parser& parser, expected_field& field, bool& unclosed) {
         decide_null(options, field, parser.text.substr(begin, parser.at - begin), true);
         parser.take();
         if (!parser.is_at(options.quote)) {
-            return parser.at_line_end() || parser.is_at(options.delimiter);
+            const auto at_field_end = [&] { return parser.at_line_end() || parser.is_at(options.delimiter); };
+            parser.skip_blanks(at_field_end);
+            return at_field_end();
         }
         field.text += parser.take();
     }
@@ -117,6 +128,15 @@ expected_rows parse(std::string_view text, const host::file_options& options) {
     byte_parser parser{.text = text, .options = options};
     expected_rows made;
     while (!parser.at_end()) {
+        if (parser.is_at(options.comment)) {
+            while (!parser.at_line_end()) {
+                ++parser.at;
+            }
+            if (!parser.at_end()) {
+                parser.take();
+            }
+            continue;
+        }
         expected_row row{.line = parser.line, .fields = {}};
         const std::size_t begin = parser.at;
         for (;;) {
@@ -181,6 +201,7 @@ host::file_options chosen_options(unsigned choice) {
     case 2:
         options.quote = '\'';
         options.null_texts = {"NA", "x"};
+        options.comment = 'N';
         break;
     case 3:
         options.escape = '\\';
@@ -193,6 +214,7 @@ host::file_options chosen_options(unsigned choice) {
         options.fills_short_rows = true;
         break;
     case 5:
+        options.comment = '\'';
         options.escape = '^';
         options.has_quoted_nulls = true;
         options.fills_short_rows = true;

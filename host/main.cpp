@@ -57,6 +57,9 @@ constexpr option_elsewhere options_elsewhere[] = {
     {" --null-padding --null_padding --ragged --allow-ragged-csv-input --fill ", "; --fill-short-rows has NULL for what rows lack"},
     {" --quotechar --quote-char --quotes -Q --no-quote --lazy-quotes ", "; --quote says what stands around fields, or none"},
     {" --escapechar --escape-char ", "; --escape says what stands before a byte that is text"},
+    {" --decimal-separator --decimal_separator --decimal-mark --decimal-comma --dec ", "; --decimal comma reads numbers such as 1.234,56"},
+    {" --comments --pass-comments --skip-comments --comment-char ", "; --comment '#' leaves out lines that begin with it"},
+    {" --dateformat --date-format --timestampformat ", "; a format goes with a type, as in --types \"day:DATE 'DD.MM.YYYY'\""},
     {" --type --dtype --dtypes --schema --columns ", "; --types gives columns their types"},
     {" -n --head --limit ", "; LIMIT in the query ends the result"},
 };
@@ -117,6 +120,12 @@ void add_file_options(CLI::App& app, program_options& options) {
                    "what stands before a byte that is text, whatever it is, within quotes and without; none unless given. Behind a "
                    "backslash, n t r 0 b f v Z are control characters, and \\N is NULL")
         ->type_name("CHARACTER");
+    app.add_option("--comment", options.comment, "what lines begin with that are left out, such as #; none unless given")
+        ->type_name("CHARACTER");
+    app.add_option("--decimal", options.decimal,
+                   "comma for numbers such as 1.234,56 and 1234,56, point for 1,234.56 and 1234.56; groups of three digits may also have "
+                   "blanks or apostrophes between them. Without it, numbers are as in SQL")
+        ->type_name("MARK");
     app.add_option(
            "--null", options.nulls,
            "fields without quotes that are NULL, such as NA or \\N; may be given several times. Where it is, empty fields are empty "

@@ -39,10 +39,20 @@ file_options reading_of(const program_options& options) {
     }
     reading.quote = byte_or_none("--quote", options.quote);
     reading.escape = byte_or_none("--escape", options.escape);
+    reading.comment = byte_or_none("--comment", options.comment);
+    for (const auto& [name, mark] : {std::pair("comma", ','), std::pair("point", '.')}) {
+        if (equal_ignoring_case(options.decimal, name) || options.decimal == std::string_view(&mark, 1)) {
+            reading.decimal_mark = mark;
+        }
+    }
+    if (!options.decimal.empty() && !reading.decimal_mark) {
+        fail("--decimal: \"{}\" is neither comma nor point", options.decimal);
+    }
     if (reading.escape == reading.quote) {
         reading.escape.reset(); // quotes are doubled within quotes, as always
     }
-    for (const auto& [option, byte] : {std::pair("--quote", reading.quote), std::pair("--escape", reading.escape)}) {
+    for (const auto& [option, byte] :
+         {std::pair("--quote", reading.quote), std::pair("--escape", reading.escape), std::pair("--comment", reading.comment)}) {
         if (byte && byte == reading.delimiter) {
             fail("--delimiter and {} are both \"{}\"", option, *byte);
         }

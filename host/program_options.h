@@ -24,6 +24,8 @@ struct program_options {
     std::string delimiter;
     std::string quote = "\"";
     std::string escape = "none";
+    std::string comment = "none";
+    std::string decimal;
     std::vector<std::string> nulls;
     std::string sample;
     bool no_header = false;

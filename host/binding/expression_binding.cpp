@@ -99,7 +99,9 @@ std::size_t as_condition(binder& state, const operand& given) {
     if (given.type != sql_type::boolean && given.type != sql_type::null) {
         fail_at(state.sql, given.offset,
                 fmt::format("a condition is needed here, and this is of type {}{}", sql_type_name(given.type),
-                            given.type == sql_type::varchar ? "; compare it, as in x = 'true'" : ""));
+                            given.type == sql_type::varchar
+                                ? "; compare it, as in x = 'true', or have the column read as one, with --types x:BOOL"
+                                : ""));
     }
     return as_type(state, given, sql_type::boolean);
 }

@@ -5,6 +5,7 @@
 
 #include "engine/datetime.h"
 #include "engine/decimal.h"
+#include "host/values/plain_number.h"
 #include "host/values/value_text.h"
 
 namespace host {
@@ -45,16 +46,17 @@ struct column_state {
 constexpr field_kinds exact_numbers = integer_field | bigint_field | decimal_field;
 constexpr field_kinds datetimes = date_field | time_field | timestamp_field | time_with_zone_field | timestamp_with_zone_field;
 
-void include_value(column_state& column, std::string_view text, field_kinds kind) {
+// `text` is the field, and `plain` what is read: a number may be written otherwise.
+void include_value(column_state& column, std::string_view text, std::string_view plain, field_kinds kind) {
     if ((kind & exact_numbers) != 0) {
         xdec value;
-        if (read_decimal(text, value)) {
+        if (read_decimal(plain, value)) {
             column.decimals.include(value, text, [](const xdec& a, const xdec& b) { return xdec_cmp(&a, &b) < 0; });
         }
     }
     if ((kind & (exact_numbers | double_field)) != 0) {
         double value = 0;
-        if (read_number(text, value)) {
+        if (read_number(plain, value)) {
             column.doubles.include(value, text, [](double a, double b) { return a < b; });
         }
     }
@@ -85,14 +87,16 @@ void include_field(column_state& column, csv_reader& reader, std::uint32_t row, 
     if (column.text_line) {
         return;
     }
-    const field_kinds kind = classify_field(field.text);
+    const field_kinds kind = classify_field(field.text, reader.decimal_mark());
     column.kinds |= kind;
     if (type_of_fields(column.kinds) == sql_type::varchar) {
         column.text_line = reader.line_of(row);
         column.text = field.text;
         return;
     }
-    include_value(column, field.text, kind);
+    std::string plain;
+    const bool is_marked = reader.decimal_mark() && plain_number(field.text, *reader.decimal_mark(), plain);
+    include_value(column, field.text, is_marked ? plain : field.text, kind);
 }
 
 column_description describe(const column_state& column, std::string name, const charset& set) {

@@ -7,6 +7,7 @@
 
 #include "host/program_error.h"
 #include "host/tables/delimiter.h"
+#include "host/values/value_text.h"
 
 namespace host {
 namespace {
@@ -30,7 +31,7 @@ char* allocate(std::size_t size) {
 
 csv_reader::csv_reader(std::string path, const file_options& options, const charset& set)
     : input_(std::move(path), options.encoding, set, options.ignores_errors), options_(options),
-      charset_(set), syntax_{.quote = options.quote, .escape = options.escape},
+      charset_(set), syntax_{.quote = options.quote, .comment = options.comment, .escape = options.escape},
       is_usual_(options.quote == '"' && !options.escape && options.null_texts == file_options().null_texts && !options.has_quoted_nulls &&
                 !options.fills_short_rows),
       bytes_(allocate(first_capacity)), capacity_(first_capacity) {
@@ -41,6 +42,7 @@ csv_reader::csv_reader(std::string path, const file_options& options, const char
 void csv_reader::begin() {
     skip_lines();
     take_delimiter_line();
+    skip_comments();
     if (header_.empty()) {
         find_delimiter();
     }
@@ -75,6 +77,7 @@ void csv_reader::read_more() {
 
 void csv_reader::rescan() {
     scan_lines(text(), at_end_, syntax_, index_);
+    is_usual_ &= !index_.has_blanks_around_quotes;
     line_ = 0;
 }
 
@@ -106,7 +109,7 @@ void csv_reader::drop_first_line() {
 // Finds the next line to read; false at the end of the file.
 bool csv_reader::find_line() {
     while (line_ == index_.lines) {
-        if (index_.found_fault && (index_.found_fault->kind == quote_fault::misplaced || at_end_)) {
+        if (index_.found_fault && (index_.found_fault->kind != scan_fault::unclosed || at_end_)) {
             report_fault();
             continue;
         }
@@ -127,7 +130,7 @@ bool csv_reader::find_line() {
 // Where the quotes of a row are misplaced, nobody knows its end: the next row is looked for behind the first line end.
 void csv_reader::report_fault() {
     const line_index::fault fault = *index_.found_fault;
-    if (fault.kind == quote_fault::misplaced) {
+    if (fault.kind == scan_fault::misplaced) {
         const char quote = *syntax_.quote;
         const bool is_behind_backslash = fault.position >= 2 && text()[fault.position - 1] == quote && text()[fault.position - 2] == '\\';
         report_bad_row(
@@ -140,7 +143,7 @@ void csv_reader::report_fault() {
                                           quote)));
     }
     drop_lines();
-    if (fault.kind == quote_fault::unclosed) {
+    if (fault.kind == scan_fault::unclosed) {
         report_bad_row(lines_before_ + 1, "the row that begins here has a quote that is never closed");
     }
     drop_first_line();
@@ -172,6 +175,22 @@ void csv_reader::skip_lines() {
         position = found ? position + found->behind : filled_;
     }
     drop_bytes(position, options_.skipped_lines - lines_before_);
+}
+
+// Those before the header, which would hide what separates its fields.
+void csv_reader::skip_comments() {
+    const auto is_comment = [this] {
+        if (filled_ == 0 && !at_end_) {
+            read_more();
+        }
+        return options_.comment && text().starts_with(*options_.comment);
+    };
+    while (is_comment()) {
+        drop_first_line();
+    }
+    while (!at_end_ && !find_line_end(text())) {
+        read_more();
+    }
 }
 
 // Spreadsheets write a line sep=; before the header.
@@ -223,6 +242,9 @@ void csv_reader::find_delimiter() {
     if (syntax_.escape) {
         check_byte("--escape", *syntax_.escape);
     }
+    if (syntax_.comment) {
+        check_byte("--comment", *syntax_.comment);
+    }
     if (options_.delimiter) {
         syntax_.delimiter = *options_.delimiter;
         check_byte("--delimiter", syntax_.delimiter);
@@ -237,10 +259,17 @@ void csv_reader::find_delimiter() {
 }
 
 void csv_reader::read_header() {
+    const bool is_first = header_.empty();
+    const bool takes_longest = !options_.has_header && options_.fills_short_rows;
+    if (is_first && takes_longest) {
+        while (!at_end_ && filled_ < capacity_) {
+            read_more();
+        }
+        rescan();
+    }
     while (find_line() && is_blank(line_)) {
         ++line_;
     }
-    const bool is_first = header_.empty();
     if (!find_line()) {
         if (is_first) {
             fail("{}: the file is empty{}", path(), options_.has_header ? "; its first line must name the columns" : "");
@@ -250,6 +279,9 @@ void csv_reader::read_header() {
     const std::uint32_t first = first_field(line_);
     for (std::uint32_t f = first; is_first && f < index_.line_fields[line_]; ++f) {
         header_.emplace_back(options_.has_header ? field_at(f, f + 1 == index_.line_fields[line_]).text : std::string_view());
+    }
+    for (std::uint32_t line = line_; is_first && takes_longest && line < index_.lines; ++line) {
+        header_.resize(std::max<std::size_t>(header_.size(), index_.line_fields[line] - first_field(line)));
     }
     line_ += options_.has_header ? 1 : 0;
 }
@@ -298,6 +330,9 @@ void csv_reader::report_field_count(std::uint32_t line) {
     } else if (syntax_.quote) {
         hint = fmt::format("; a field that holds a {} stands in {}", delimiter_name(syntax_.delimiter),
                            *syntax_.quote == '"' ? "double quotes" : fmt::format("{0}...{0}", *syntax_.quote));
+    }
+    if (text()[begin_of(first_field(line))] == '#' || (columns == 1 && header_[0].starts_with('#'))) {
+        hint = "; --comment '#' leaves out lines that begin with it";
     }
     if (columns == 1) {
         hint += "; --skip leaves out lines before the header";
@@ -358,9 +393,10 @@ csv_field csv_reader::unusual_field(std::uint32_t field, bool ends_line) {
         return {.text = {}, .is_null = true, .is_null_unless_text = true};
     }
     std::string_view found(bytes_.get() + begin, end - begin);
-    const bool quoted = syntax_.quote && !found.empty() && found.front() == *syntax_.quote;
+    const std::string_view inside_blanks = index_.has_blanks_around_quotes ? without_blanks_around(found) : found;
+    const bool quoted = syntax_.quote && !inside_blanks.empty() && inside_blanks.front() == *syntax_.quote;
     if (quoted) {
-        found = found.substr(1, found.size() - 2);
+        found = inside_blanks.substr(1, inside_blanks.size() - 2);
     }
     const bool may_be_null = !quoted || options_.has_quoted_nulls;
     const bool is_null = may_be_null && std::ranges::find(null_texts_, found) != null_texts_.end();

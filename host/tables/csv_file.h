@@ -27,9 +27,11 @@ struct file_options {
     std::string encoding;            // as text_input takes it
     std::optional<char> quote = '"'; // this and the next as in csv_syntax
     std::optional<char> escape{};
+    std::optional<char> comment{};
+    std::optional<char> decimal_mark{};         // a comma or a point, as in plain_number; nothing where numbers are as in SQL
     std::vector<std::string> null_texts = {""}; // in UTF-8; fields that are one of them, as they stand in the file, are NULL
     bool has_quoted_nulls = false;              // also in quotes
-    bool fills_short_rows = false;              // with NULL
+    bool fills_short_rows = false;              // with NULL; without a header, the longest of the first rows has all columns
 };
 
 // With no texts of NULLs given, a field without quotes and without characters is NULL; "" is the empty string.
@@ -64,6 +66,8 @@ class csv_reader {
     // Adds the lines of rows just read, which are in the order of the file, at one pass.
     void add_lines_of(std::span<const std::uint32_t> rows, std::vector<std::uint64_t>& lines) const;
 
+    [[nodiscard]] std::optional<char> decimal_mark() const { return options_.decimal_mark; }
+
     // Whether all rows just read are ASCII.
     [[nodiscard]] bool is_ascii() const { return index_.is_ascii; }
 
@@ -94,6 +98,7 @@ class csv_reader {
     void begin();
     void skip_lines();
     void take_delimiter_line();
+    void skip_comments();
     void take_null_texts();
     [[nodiscard]] bool is_part_of_characters(char byte) const;
     void check_byte(std::string_view option, char byte) const;

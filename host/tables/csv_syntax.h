@@ -12,6 +12,7 @@ namespace host {
 struct csv_syntax {
     char delimiter = ',';
     std::optional<char> quote = '"'; // around fields, and doubled within them; nothing where a file has none
+    std::optional<char> comment{};   // a line that begins with it is left out
     std::optional<char> escape{}; // the byte behind it is text, within quotes and without; a backslash also writes line feeds and the like
 };
 

@@ -29,12 +29,17 @@ struct cut_lines {
     std::uint32_t fields;     // of the first line
     std::uint32_t same_lines; // with as many fields, in a row from the first
     bool all_same;
+    std::uint32_t last_fields; // of the last two lines, where they have as many
 };
 
 cut_lines cut_with(const csv_syntax& syntax, std::string_view text, bool is_all) {
     line_index index;
     scan_lines(text, is_all, syntax, index);
-    cut_lines cut{.delimiter = syntax.delimiter, .fields = index.lines == 0 ? 0 : index.line_fields[0], .same_lines = 0, .all_same = false};
+    cut_lines cut{.delimiter = syntax.delimiter,
+                  .fields = index.lines == 0 ? 0 : index.line_fields[0],
+                  .same_lines = 0,
+                  .all_same = false,
+                  .last_fields = 0};
     std::uint32_t line = 0;
     for (std::uint32_t before = 0; line < index.lines; before = index.line_fields[line++]) {
         const std::uint32_t fields = index.line_fields[line] - before;
@@ -43,8 +48,12 @@ cut_lines cut_with(const csv_syntax& syntax, std::string_view text, bool is_all)
             break;
         }
     }
+    if (const std::uint32_t lines = index.lines; lines > 2) {
+        const std::uint32_t last = index.line_fields[lines - 1] - index.line_fields[lines - 2];
+        cut.last_fields = last == index.line_fields[lines - 2] - index.line_fields[lines - 3] ? last : 0;
+    }
     cut.same_lines = line;
-    cut.all_same = line == index.lines && !index.found_fault;
+    cut.all_same = line == index.lines && (!index.found_fault || index.found_fault->kind == scan_fault::comment);
     return cut;
 }
 
@@ -88,15 +97,21 @@ found_delimiter guess_delimiter(std::string_view path, std::string_view text, bo
     is_all = is_all && text.size() <= looked_at;
     text = text.substr(0, looked_at);
     std::vector<cut_lines> candidates;
+    std::optional<char> of_last_lines;
     for (std::size_t i = 0; i < guessed_delimiters - (may_be_bar ? 0 : 1); ++i) {
         syntax.delimiter = named_delimiters[i].delimiter;
         const cut_lines cut = cut_with(syntax, text, is_all);
         if (cut.fields > 1 && syntax.delimiter != syntax.quote && syntax.delimiter != syntax.escape) {
             candidates.push_back(cut);
+        } else if (cut.last_fields > 1) {
+            of_last_lines = syntax.delimiter;
         }
     }
     if (candidates.empty()) {
-        return {',', ""};
+        return {',', of_last_lines ? fmt::format("{}: the first line has one field, and others have fields that end with a {}; --skip or "
+                                                 "--comment leaves out lines before the header",
+                                                 path, delimiter_name(*of_last_lines))
+                                   : ""};
     }
     const auto is_worse = [](const cut_lines& a, const cut_lines& b) {
         return a.all_same != b.all_same ? b.all_same : a.all_same ? false : a.same_lines < b.same_lines;

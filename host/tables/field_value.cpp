@@ -14,6 +14,7 @@
 #include "host/near_names.h"
 #include "host/tables/plain_values.h"
 #include "host/values/decimal_shape.h"
+#include "host/values/plain_number.h"
 #include "host/values/value_text.h"
 
 namespace host {
@@ -99,7 +100,7 @@ field_fault store_text(const column_type& type, const charset& set, bool is_asci
 
 // Of a text that is not read: whether that is because its type does not keep all of its digits.
 bool has_too_many_digits(const column_type& type, std::string_view text) {
-    const bool has_fraction = is_datetime(type.type) || is_interval(type.type);
+    const bool has_fraction = (is_datetime(type.type) && type.format.empty()) || is_interval(type.type);
     return type.type == sql_type::decimal ? shape_of_number(without_blanks_around(text)).is_number
                                           : has_fraction && has_excess_fraction(text);
 }
@@ -174,6 +175,9 @@ bool read_boolean(std::string_view text, std::int32_t& value) {
 } // namespace
 
 std::string column_type_name(const column_type& type) {
+    if (!type.format.empty()) {
+        return fmt::format("{} '{}'", sql_type_name(type.type), type.format);
+    }
     if (is_interval(type.type)) {
         return "INTERVAL " + qualifier_name(type.fields);
     }
@@ -231,9 +235,24 @@ bool read_integer(const column_type& type, std::string_view text, std::int32_t& 
     return read;
 }
 
-bool read_datetime(const column_type& type, std::string_view text, std::int32_t time_zone, zqtime& value, field_fault& fault) {
+bool read_by_format(const field_storing& storing, std::string_view text, zqtime& value) {
+    text = without_blanks_around(text);
+    const auto as = storing.type.type == sql_type::date ? DFM_DATE : DFM_DATETIME;
+    if (char_to_date_simple_with_alen(storing.format, bytes_of(text), static_cast<std::uint32_t>(text.size()), as, &value) != 0) {
+        return false;
+    }
+    complete_datetime(value, storing.type.type, storing.settings.time_zone());
+    return true;
+}
+
+bool read_datetime(const field_storing& storing, std::string_view text, zqtime& value, field_fault& fault) {
+    const column_type& type = storing.type;
     constexpr std::uint32_t powers[most_datetime_fraction_digits + 1] = {1'000'000, 100'000, 10'000, 1'000, 100, 10, 1};
-    const bool read = host::read_datetime(text, type.type, time_zone, value);
+    const bool read = storing.format != nullptr ? read_by_format(storing, text, value)
+                                                : host::read_datetime(text, type.type, storing.settings.time_zone(), value);
+    if (read && storing.format != nullptr && type.format.find_first_of("Ff") != type.format.npos && has_excess_fraction(text)) {
+        fault = field_fault::too_many_digits;
+    }
     if (read && type.fraction_digits && zqtime_get_msec(&value) % powers[*type.fraction_digits] != 0) {
         fault = field_fault::too_wide;
     }
@@ -254,8 +273,15 @@ bool read_decimal(const column_type& type, std::string_view text, xdec& value, f
 field_fault store_field(const field_storing& storing, std::string_view text, bool is_ascii, zqengine::column_storage& column,
                         std::uint32_t row) {
     const column_type& type = storing.type;
-    if (storing.sampled && type_of_fields(*storing.sampled | classify_field(text)) != type.type) {
+    if (storing.sampled && type_of_fields(*storing.sampled | classify_field(text, storing.decimal_mark)) != type.type) {
         return field_fault::not_as_sampled;
+    }
+    std::string plain;
+    if (storing.decimal_mark && is_number(type.type)) {
+        if (!plain_number(text, *storing.decimal_mark, plain)) {
+            return field_fault::not_of_type;
+        }
+        text = plain;
     }
     bool read = false;
     auto fault = field_fault::none;
@@ -280,7 +306,7 @@ field_fault store_field(const field_storing& storing, std::string_view text, boo
     case sql_type::timestamp:
     case sql_type::time_with_zone:
     case sql_type::timestamp_with_zone:
-        read = read_datetime(type, text, storing.settings.time_zone(), zqengine::values_of<zqtime>(column)[row], fault);
+        read = read_datetime(storing, text, zqengine::values_of<zqtime>(column)[row], fault);
         break;
     case sql_type::interval_ym:
         read = read_interval(text, type.fields, zqengine::values_of<bifun_interval_ym>(column)[row]);
@@ -327,6 +353,11 @@ std::size_t store_all(const field_storing& storing, csv_reader& reader, std::spa
 std::size_t store_fields(const field_storing& storing, csv_reader& reader, std::span<const std::uint32_t> rows, std::size_t column,
                          zqengine::column_storage& values, std::uint32_t first_row, field_fault& fault) {
     const auto store = [&](auto store_plain) { return store_all(storing, reader, rows, column, values, first_row, fault, store_plain); };
+    const auto store_generally = [&] { return store([](std::string_view, std::uint32_t) { return false; }); };
+    const bool is_plain = is_number(storing.type.type) ? !storing.decimal_mark && !storing.type.largest : storing.format == nullptr;
+    if (!is_plain) {
+        return store_generally();
+    }
     const auto store_numbers = [&](auto* numbers) {
         return store([numbers](std::string_view text, std::uint32_t row) { return plain_values::read_value(text, numbers[row]); });
     };
@@ -334,11 +365,8 @@ std::size_t store_fields(const field_storing& storing, csv_reader& reader, std::
     case sql_type::boolean:
         // Conditions are 0 where they are NULL.
         std::fill_n(zqengine::values_of<std::int32_t>(values) + first_row, rows.size(), 0);
-        return store([](std::string_view, std::uint32_t) { return false; });
+        return store_generally();
     case sql_type::integer:
-        if (storing.type.largest) {
-            return store([](std::string_view, std::uint32_t) { return false; });
-        }
         return store_numbers(zqengine::values_of<std::int32_t>(values));
     case sql_type::bigint:
         return store_numbers(zqengine::values_of<std::int64_t>(values));
@@ -370,7 +398,7 @@ std::size_t store_fields(const field_storing& storing, csv_reader& reader, std::
         }
         [[fallthrough]];
     default:
-        return store([](std::string_view, std::uint32_t) { return false; });
+        return store_generally();
     }
 }
 

@@ -7,6 +7,7 @@
 #include "host/near_names.h"
 #include "host/program_error.h"
 #include "host/tables/file_name.h"
+#include "host/values/date_formats.h"
 #include "host/values/value_text.h"
 
 namespace host {
@@ -20,6 +21,37 @@ table_column* find_column(table& source, std::string_view name) {
     return found == source.columns.end() ? nullptr : &*found;
 }
 
+// Behind an item of a list, in which a comma may also stand in parentheses and, behind the colon, in a format.
+std::size_t end_of_item(std::string_view text) {
+    std::size_t end = 0;
+    int open = 0;
+    bool has_colon = false;
+    bool in_format = false;
+    for (; end < text.size() && (text[end] != ',' || open > 0 || in_format); ++end) {
+        has_colon |= text[end] == ':';
+        in_format ^= has_colon && text[end] == '\'';
+        open += in_format ? 0 : text[end] == '(' ? 1 : text[end] == ')' ? -1 : 0;
+    }
+    return end;
+}
+
+void take_format(column_type& type, std::string_view format) {
+    const std::string name = column_type_name(type);
+    type.format = format;
+    if (!is_datetime(type.type) || has_zone(type.type) || type.fraction_digits) {
+        fail("--types: formats are for DATE, TIME and TIMESTAMP, and {} has none", name);
+    }
+    if (const std::optional<std::string> fault = find_format_fault(bifun::date_format::model_to_read, format)) {
+        fail("--types: {}", *fault);
+    }
+    if (type.type == sql_type::date && reads_time(format)) {
+        fail("--types: a DATE keeps no time of day, and '{}' has one; TIMESTAMP keeps it", format);
+    }
+    if (type.type == sql_type::time && find_date_element(bifun::date_format::model, format)) {
+        fail("--types: a TIME keeps no date, and '{}' has one; TIMESTAMP keeps it", format);
+    }
+}
+
 bool can_be_read_again(const std::string& path) {
     std::error_code unreadable;
     return path != "-" && (std::filesystem::is_regular_file(path, unreadable) || !std::filesystem::exists(path, unreadable));
@@ -30,19 +62,20 @@ bool can_be_read_again(const std::string& path) {
 given_types parse_types(std::string_view text) {
     given_types types;
     while (!text.empty()) {
-        std::size_t end = 0;
-        for (int open = 0; end < text.size() && (text[end] != ',' || open > 0); ++end) {
-            open += text[end] == '(' ? 1 : text[end] == ')' ? -1 : 0;
-        }
-        const std::string_view item = without_blanks_around(text.substr(0, end));
-        text.remove_prefix(std::min(end + 1, text.size()));
-        const std::size_t colon = item.rfind(':');
+        const std::string_view item = without_blanks_around(text.substr(0, end_of_item(text)));
+        text.remove_prefix(std::min(end_of_item(text) + 1, text.size()));
+        const std::size_t quote = item.ends_with('\'') ? item.rfind('\'', item.size() - 2) : item.npos;
+        const std::string_view plain = without_blanks_around(item.substr(0, quote)); // without a format
+        const std::size_t colon = plain.rfind(':');
         if (colon == std::string_view::npos || colon == 0) {
             fail("--types: \"{}\" is not of the form name:TYPE", item);
         }
-        const std::optional<column_type> type = find_column_type(item.substr(colon + 1));
+        std::optional<column_type> type = find_column_type(plain.substr(colon + 1));
         if (!type) {
-            fail("--types: \"{}\" is not a type; there are {}", item.substr(colon + 1), column_type_names);
+            fail("--types: \"{}\" is not a type; there are {}", plain.substr(colon + 1), column_type_names);
+        }
+        if (quote != item.npos) {
+            take_format(*type, item.substr(quote + 1, item.size() - quote - 2));
         }
         given_type given{.name = std::string(without_blanks_around(item.substr(0, colon))), .type = *type};
         std::erase_if(types, [&](const given_type& earlier) { return equal_ignoring_case(earlier.name, given.name); });

@@ -12,9 +12,10 @@
 
 namespace host {
 
-enum class quote_fault : std::uint8_t {
+enum class scan_fault : std::uint8_t {
     misplaced, // a quote inside a field without quotes, or text behind a closing quote
     unclosed,
+    comment, // no fault of quotes, but nothing behind it is scanned: quotes within the line are text
 };
 
 // A line is a record: line breaks between quotes or behind an escape are part of a field. Only whole lines count.
@@ -27,8 +28,9 @@ struct line_index {
     std::uint32_t lines = 0;                      // elements of line_fields that count
     bool is_ascii = true;                         // all bytes scanned
     bool has_inner_line_ends = false;             // within fields
+    bool has_blanks_around_quotes = false;        // "a" , "b"
     struct fault {
-        quote_fault kind;
+        scan_fault kind;
         std::uint32_t position; // of the byte that shows it; the lines before its own count
     };
     std::optional<fault> found_fault;

@@ -5,10 +5,13 @@
 #include <span>
 #include <unordered_map>
 #include <unordered_set>
+#include <utility>
 
+#include "embedded/session/environment.h"
 #include "host/near_names.h"
 #include "host/program_error.h"
 #include "host/tables/given_types.h"
+#include "host/values/plain_number.h"
 #include "host/values/value_text.h"
 
 namespace host {
@@ -31,6 +34,22 @@ std::string null_hint(std::string_view text) {
     return text.empty() ? "; --quoted-nulls takes it for NULL" : "";
 }
 
+// Where a number or a date may be written otherwise than in SQL.
+std::string writing_hint(const table& source, const table_column& column, std::string_view text) {
+    std::string plain;
+    for (const auto& [mark, name] : {std::pair(',', "comma"), std::pair('.', "point")}) {
+        if (is_number(column.type.type) && source.reader.decimal_mark() != mark && plain_number(text, mark, plain)) {
+            return fmt::format(", or read numbers such as this with --decimal {}", name);
+        }
+    }
+    const bool may_have_format = is_datetime(column.type.type) && !has_zone(column.type.type) && column.type.format.empty();
+    return may_have_format ? fmt::format(", or a format, as in \"{}:{} '{}'\"", column.name, sql_type_name(column.type.type),
+                                         column.type.type == sql_type::date   ? "DD.MM.YYYY"
+                                         : column.type.type == sql_type::time ? "HH.MI AM"
+                                                                              : "MM/DD/YYYY HH24:MI")
+                           : "";
+}
+
 // What is wrong with a field, as it stands behind the column.
 std::string describe_fault(const table& source, const table_column& column, std::string_view text, field_fault fault) {
     const charset& set = *source.settings->text_charset;
@@ -45,7 +64,7 @@ std::string describe_fault(const table& source, const table_column& column, std:
         return fmt::format("{} has more digits than {} keeps; give the column another type with --types, such as {}:VARCHAR", shown, type,
                            column.name);
     case field_fault::not_as_sampled: {
-        const sql_type wider = type_of_fields(*column.sampled | classify_field(text));
+        const sql_type wider = type_of_fields(*column.sampled | classify_field(text, source.reader.decimal_mark()));
         return fmt::format("{} is not of type {}, which the rows at the beginning of the file gave; give the column its type with --types, "
                            "such as {}:{}, or have the whole file decide with --sample all{}",
                            shown, *column.sampled == 0 ? "NULL" : type, column.name, sql_type_name(wider), null_hint(text));
@@ -53,8 +72,8 @@ std::string describe_fault(const table& source, const table_column& column, std:
     case field_fault::out_of_memory:
         return fmt::format("{}: out of memory", shown);
     default:
-        return fmt::format("{} is not of type {}; give the column another type with --types, such as {}:VARCHAR{}{}", shown, type,
-                           column.name, has_date(column.type.type) ? ", and read it by TO_DATE(x, format)" : "", null_hint(text));
+        return fmt::format("{} is not of type {}; give the column another type with --types, such as {}:VARCHAR{}", shown, type,
+                           column.name, null_hint(text) + writing_hint(source, column, text));
     }
 }
 
@@ -124,7 +143,17 @@ void resolve_types(table& source, const given_types& given, type_sample sample, 
 }
 
 void create_columns(table& source, std::uint32_t batch_rows) {
+    bifun_environment environment;
+    set_up_environment(*source.settings, environment);
     for (table_column& column : source.columns) {
+        if (column.needed && !column.type.format.empty()) {
+            const std::string format = from_utf8(*source.settings->text_charset, column.type.format).value_or("");
+            column.format = std::make_unique<dfm_model>();
+            if (parse_date_fmt_with_len(&environment, reinterpret_cast<const std::uint8_t*>(format.data()),
+                                        static_cast<std::uint32_t>(format.size()), 0, column.format.get()) != 0) {
+                fail("--types: text cannot be read by {}", column_type_name(column.type));
+            }
+        }
         if (column.needed) {
             column.values.reset(zqengine::create_column(value_type_of(column.type.type), batch_rows));
             if (column.values == nullptr) {
@@ -153,7 +182,11 @@ void store_rows(table& source, row_numbers rows, std::uint32_t first_row, std::v
         if (!column.needed) {
             continue;
         }
-        const field_storing storing{.type = column.type, .sampled = column.sampled, .settings = *source.settings};
+        const field_storing storing{.type = column.type,
+                                    .sampled = column.sampled,
+                                    .settings = *source.settings,
+                                    .format = column.format.get(),
+                                    .decimal_mark = source.reader.decimal_mark()};
         for (std::size_t begin = 0; begin < rows.size();) {
             auto fault = field_fault::none;
             begin += store_fields(storing, source.reader, rows.subspan(begin), i, *column.values,

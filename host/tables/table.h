@@ -25,6 +25,7 @@ struct table_column {
     std::optional<field_kinds> sampled{}; // where the type was found in the first part of the file alone
     bool needed = false;                  // by the query: only such columns have a type that counts, and values
     zqengine::column_pointer values;      // of the batch in hand
+    std::unique_ptr<dfm_model> format{};  // of its type, made with the values
 };
 
 struct table {
