@@ -14,6 +14,8 @@ complete -c bifun -n $with_files -l output -r -F -d 'the file that the result go
 complete -c bifun -n $with_files -l delimiter -x -a 'comma tab semicolon bar' -d 'what separates the fields'
 complete -c bifun -n $with_files -l quote -x -a 'none' -d 'what stands around fields'
 complete -c bifun -n $with_files -l escape -x -a 'none' -d 'what stands before a byte that is text'
+complete -c bifun -n $with_files -l comment -x -a 'none' -d 'what lines begin with that are left out'
+complete -c bifun -n $with_files -l decimal -x -a 'comma point' -d 'what stands before the fraction of numbers'
 complete -c bifun -n $with_files -l null -x -a 'NULL NA' -d 'fields that are NULL'
 complete -c bifun -n $with_files -l quoted-nulls -d 'fields in quotes may be NULL'
 complete -c bifun -n $with_files -l fill-short-rows -d 'rows with fewer fields have NULL for the rest'

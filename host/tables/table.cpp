@@ -38,7 +38,8 @@ std::string null_hint(std::string_view text) {
 std::string writing_hint(const table& source, const table_column& column, std::string_view text) {
     std::string plain;
     for (const auto& [mark, name] : {std::pair(',', "comma"), std::pair('.', "point")}) {
-        if (is_number(column.type.type) && source.reader.decimal_mark() != mark && plain_number(text, mark, plain)) {
+        if (is_number(column.type.type) && !shape_of_number(without_blanks_around(text)).is_number &&
+            source.reader.decimal_mark() != mark && plain_number(text, mark, plain)) {
             return fmt::format(", or read numbers such as this with --decimal {}", name);
         }
     }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // The types that --types gives: their widths are kept to, and they may be those of several files.
 #include <string>
+#include <utility>
 
 #include <gtest/gtest.h>
 
@@ -54,6 +55,62 @@ TEST(ColumnTypes, Booleans) {
     expect_failure("b\nmaybe\n", "SELECT b FROM t", "t.csv, line 2, column b: \"maybe\" is not of type BOOL; ...", options);
     expect_failure(file, "SELECT n FROM t WHERE b = 'true'",
                    "SQL, character 25, near =: BOOL and VARCHAR cannot be compared; write TRUE or FALSE without quotes", options);
+}
+
+TEST(ColumnTypes, NumbersAsPeopleWriteThem) {
+    const arguments comma = {"--decimal", "comma"};
+    const std::string file = "a;b;c;d\n1.234,56;-1.000;1'234'567,5;1.5\n,5;+2;1 234;01.02.2024\n";
+    expect_answer(file, "SELECT a, b, c, d, a * b AS x FROM t",
+                  "a,b,c,d,x\n1234.56,-1000,1234567.5,1.5,-1234560.00\n0.5,2,1234,01.02.2024,1.0\n", comma);
+    expect_answer("a\n\"1,234.5\"\n12\n", "SELECT a + 1 AS x FROM t", "x\n1235.5\n13\n", {"--decimal", "."});
+    for (const char* const text : {"1.5", "0.123", "1.2345,6", "1234.567", "1.234.56", ".123,4", "1,2,3", "1.234'567", ",", "-"}) {
+        expect_answer(
+            joined({"a\n\"", text, "\"\n"}), "SELECT a || 'x' AS a FROM t",
+            joined({"a\n", std::string(text).find(',') == std::string::npos ? joined({text, "x"}) : joined({"\"", text, "x\""}), "\n"}),
+            comma);
+        expect_failure(joined({"a\n\"", text, "\"\n"}), "SELECT a FROM t",
+                       joined({"t.csv, line 2, column a: \"", text, "\" is not of type DECIMAL; ..."}),
+                       {"--decimal", "comma", "--types", "a:DECIMAL"});
+    }
+    expect_failure(
+        "a\n\"3,5\"\n", "SELECT a FROM t",
+        "t.csv, line 2, column a: \"3,5\" is not of type DOUBLE; give the column another type with --types, such as a:VARCHAR, or "
+        "read numbers such as this with --decimal comma",
+        {"--types", "a:DOUBLE"});
+    expect_failure("a\n", "SELECT a FROM t", "--decimal: \"x\" is neither comma nor point", {"--decimal", "x"});
+    const scratch_directory directory;
+    directory.write("t.csv", file);
+    EXPECT_TRUE(directory.run({"describe", "--decimal", "comma", "t.csv"})
+                    .out.ends_with("\na,DECIMAL,2,0,\",5\",\"1.234,56\",,\nb,INT,2,0,-1.000,+2,,\n"
+                                   "c,DECIMAL,2,0,1 234,\"1'234'567,5\",,\nd,VARCHAR,2,0,01.02.2024,1.5,2,1.5\n"));
+}
+
+TEST(ColumnTypes, Formats) {
+    const std::string file = "d,m,t\n31.12.2024,\"Jan 2, 2024 3:04:05 PM\",7.30\n, ,\n";
+    const std::string types = "d:DATE 'DD.MM.YYYY', m : timestamp 'Mon DD, YYYY HH:MI:SS AM',t:TIME 'HH24.MI'";
+    const auto of_type = [](const std::string& type) { return arguments{"--types", joined({"d:", type})}; };
+    expect_answer(replaced(file, ", ,", ",,"), "SELECT d + 1 AS d, m, t FROM t", "d,m,t\n2025-01-01,2024-01-02 15:04:05,07:30:00\n,,\n",
+                  {"--types", types});
+    expect_failure(
+        file, "SELECT d FROM t",
+        "t.csv, line 2, column d: \"31.12.2024\" is not of type DATE; give the column another type with --types, such as d:VARCHAR, "
+        "or a format, as in \"d:DATE 'DD.MM.YYYY'\"",
+        of_type("DATE"));
+    expect_failure(file, "SELECT d FROM t", "t.csv, line 2, column d: \"31.12.2024\" is not of type DATE 'MM.DD.YYYY'; ...",
+                   of_type("DATE 'MM.DD.YYYY'"));
+    expect_failure("d\n01:02:03.1234567\n", "SELECT d FROM t",
+                   "t.csv, line 2, column d: \"01:02:03.1234567\" has more digits than TIME 'HH24:MI:SS.FF' keeps; ...",
+                   of_type("TIME 'HH24:MI:SS.FF'"));
+    const std::pair<std::string, std::string> refused[] = {
+        {"DATE 'DD HH24'", "a DATE keeps no time of day, and 'DD HH24' has one; TIMESTAMP keeps it"},
+        {"TIME 'DD HH24'", "a TIME keeps no date, and 'DD HH24' has one; TIMESTAMP keeps it"},
+        {"INT '999'", "formats are for DATE, TIME and TIMESTAMP, and INT has none"},
+        {"DATE 'Q'", "by the date format \"Q\" at position 1 cannot be read"},
+        {"DATE '", "\"DATE '\" is not a type; ..."},
+    };
+    for (const auto& [type, message] : refused) {
+        expect_failure(file, "SELECT d FROM t", joined({"--types: ", message}), of_type(type));
+    }
 }
 
 TEST(ColumnTypes, OfSeveralFiles) {

@@ -29,6 +29,32 @@ TEST(FieldSyntax, Quotes) {
                    {"--escape", "\\", "--set", "charset=gb18030"});
 }
 
+TEST(FieldSyntax, BlanksAroundQuotes) {
+    expect_read({
+        {"t.csv", "a, b\n1,  \"x, \"\"y\"\" \" \n\"\" , z \n", {}, "a,b\n1,\"x, \"\"y\"\" \"\n\"\", z \n"},
+        {"t.txt", "a b\n\"x y\" \"z\"\n", {"--delimiter", "space"}, "a,b\nx y,z\n"},
+    });
+    expect_failure("a,b\n1, x \"y\"\n", "SELECT a FROM t", "t.csv, line 2: a quote stands inside a field, ...");
+}
+
+TEST(FieldSyntax, Comments) {
+    const arguments options = {"--comment", "#"};
+    expect_read({
+        {"t.csv", "# \"one\r\n#two;\r\na;b\r\n#3\r\n1;\"\n#x\"\r\n2;#\r\n# end", options, "a,b\n1,\"\n#x\"\n2,#\n"},
+        {"t.csv", joined({repeated("# one\n", 30'000), "a\n1\n"}), options, "a\n1\n"},
+        {"t.csv",
+         "# one\na;b\n1;2\n3;4\n",
+         {},
+         "# one\na;b\n1;2\n3;4\n",
+         "t.csv: the first line has one field, and others have fields that end with a semicolon; --skip or --comment leaves out lines "
+         "before "
+         "the header"},
+    });
+    expect_failure("#\na\n1\n#\nx,y\n", "SELECT a FROM t", "t.csv, line 5: the header has 1 field and this row 2; ...", options);
+    expect_failure("a,b\n1,2\n# x\n", "SELECT a FROM t",
+                   "t.csv, line 3: the header has 2 fields and this row 1; --comment '#' leaves out lines that begin with it");
+}
+
 const arguments backslash = {"--escape", "\\"};
 
 TEST(FieldSyntax, Escapes) {
@@ -98,7 +124,7 @@ TEST(FieldSyntax, ShortRows) {
     expect_read({
         {"t.csv", file, filling, "a,b,c\n1,x,\n2,,\n3,y,\n4,,5\n"},
         {"t.csv", file, with_nulls, "a,b,c\n1,x,\n2,,\n3,y,\n4,\"\",5\n"}, // what is not there is NULL, whatever is written for it
-        {"t.csv", "1,2\n3", {"--fill-short-rows", "--no-header"}, "column_1,column_2\n1,2\n3,\n"},
+        {"t.csv", "1\n2,3\n4", {"--fill-short-rows", "--no-header"}, "column_1,column_2\n1,\n2,3\n4,\n"},
         {"t.csv", "a,b\n1\n2,3,4\n5\n", ignoring, "a,b\n1,\n5,\n",
          "1 row left out; the first: t.csv, line 3: the header has 2 fields and this row 3; a field that holds a comma stands in double "
          "quotes"},

@@ -258,8 +258,8 @@ TEST(Program, FileErrors) {
         {"--types", "a:INT"});
     expect_failure(
         "a\n10:00\n", read,
-        "t.csv, line 2, column a: \"10:00\" is not of type DATE; give the column another type with --types, such as a:VARCHAR, and "
-        "read it by TO_DATE(x, format)",
+        "t.csv, line 2, column a: \"10:00\" is not of type DATE; give the column another type with --types, such as a:VARCHAR, or "
+        "a format, as in \"a:DATE 'DD.MM.YYYY'\"",
         {"--types", "a:DATE"});
     expect_failure("a\néé  \nééé\n", read, "t.csv, line 3, column a: \"ééé\" does not fit CHAR(2); ...", {"--types", "a:CHAR(2)"});
     expect_failure("name\nx\n", query, "--types: t.csv has no column nam; did you mean name?", {"--types", "nam:INT"});
