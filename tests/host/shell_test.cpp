@@ -343,7 +343,7 @@ TEST(Completions, OfZsh) {
         EXPECT_TRUE(shell.prompts("zsh> "));
         shell.type(joined({"bifun ", tested.words, "\t"}));
         EXPECT_TRUE(shell.shows(joined({tested.completed, " "}))) << tested.words;
-        shell.type("\x03");
+        shell.type("\x15\n"); // takes the line back
     }
 }
 
