@@ -24,6 +24,7 @@ namespace {
 struct expected_field {
     std::string text;
     bool is_null;
+    bool is_null_unless_text;
 };
 
 struct expected_row {
@@ -39,7 +40,7 @@ struct expected_rows {
 // Goes through the text byte by byte.
 struct byte_parser {
     std::string_view text;
-    char delimiter;
+    const host::file_options& options;
     std::size_t at = 0;
     std::uint64_t line = 1;
 
@@ -53,43 +54,89 @@ struct byte_parser {
         at += taken.size();
         return taken;
     }
+    [[nodiscard]] bool is_at(std::optional<char> byte) const { return !at_end() && byte && text[at] == *byte; }
+    // Where behind them is what is looked for.
+    template <class Found> void skip_blanks(const Found& found) {
+        const std::size_t begin = at;
+        while (!at_end() && text[at] == ' ' && !is_at(options.delimiter)) {
+            ++at;
+        }
+        at = found() ? at : begin;
+    }
+    // Takes what makes one byte of a field's text, or a line end in it.
+    void take_into(std::string& field) {
+        if (!is_at(options.escape) || at + 1 == text.size()) {
+            field += take();
+            return;
+        }
+        take();
+        constexpr std::string_view letters = "0bfnrtvZ";
+        constexpr std::string_view controls("\0\b\f\n\r\t\v\x1A", letters.size());
+        const std::size_t letter = options.escape == '\\' ? letters.find(text[at]) : letters.npos;
+        const std::string_view taken = take();
+        field += letter == letters.npos ? taken : controls.substr(letter, 1);
+    }
 };
+
+void decide_null(const host::file_options& options, expected_field& field, std::string_view written, bool quoted) {
+    const bool may_be = !quoted || options.has_quoted_nulls;
+    field.is_null = false;
+    for (const std::string& text : options.null_texts) {
+        field.is_null |= may_be && text == written;
+    }
+    field.is_null_unless_text = field.is_null || (may_be && written.empty());
+}
 
 // False where the field has an error, whose line is then the parser's or, where a quote is not closed, that of the row.
 bool parse_field(byte_parser& parser, expected_field& field, bool& unclosed) {
-    if (parser.at_end() || parser.text[parser.at] != '"') {
-        while (!parser.at_line_end() && parser.text[parser.at] != parser.delimiter) {
-            if (parser.text[parser.at] == '"') {
+    const host::file_options& options = parser.options;
+    parser.skip_blanks([&] { return parser.is_at(options.quote); });
+    std::size_t begin = parser.at;
+    if (!parser.is_at(options.quote)) {
+        while (!parser.at_line_end() && !parser.is_at(options.delimiter)) {
+            if (parser.is_at(options.quote)) {
                 return false;
             }
-            field.text += parser.take();
+            parser.take_into(field.text);
         }
-        field.is_null = field.text.empty();
+        decide_null(options, field, parser.text.substr(begin, parser.at - begin), false);
         return true;
     }
-    field.is_null = false;
     parser.take();
+    ++begin;
     for (;;) {
         if (parser.at_end()) {
             unclosed = true;
             return false;
         }
-        if (parser.text[parser.at] != '"') {
-            field.text += parser.take();
+        if (!parser.is_at(options.quote)) {
+            parser.take_into(field.text);
             continue;
         }
+        decide_null(options, field, parser.text.substr(begin, parser.at - begin), true);
         parser.take();
-        if (parser.at_end() || parser.text[parser.at] != '"') {
-            return parser.at_line_end() || parser.text[parser.at] == parser.delimiter;
+        if (!parser.is_at(options.quote)) {
+            const auto at_field_end = [&] { return parser.at_line_end() || parser.is_at(options.delimiter); };
+            parser.skip_blanks(at_field_end);
+            return at_field_end();
         }
         field.text += parser.take();
     }
 }
 
-expected_rows parse(std::string_view text, char delimiter) {
-    byte_parser parser{.text = text, .delimiter = delimiter};
+expected_rows parse(std::string_view text, const host::file_options& options) {
+    byte_parser parser{.text = text, .options = options};
     expected_rows made;
     while (!parser.at_end()) {
+        if (parser.is_at(options.comment)) {
+            while (!parser.at_line_end()) {
+                ++parser.at;
+            }
+            if (!parser.at_end()) {
+                parser.take();
+            }
+            continue;
+        }
         expected_row row{.line = parser.line, .fields = {}};
         const std::size_t begin = parser.at;
         for (;;) {
@@ -110,6 +157,9 @@ expected_rows parse(std::string_view text, char delimiter) {
         const std::size_t columns = made.rows.empty() ? 0 : made.rows[0].fields.size();
         if (blank && columns != 1) {
             continue;
+        }
+        if (options.fills_short_rows && row.fields.size() < columns) {
+            row.fields.resize(columns, {.text = {}, .is_null = true, .is_null_unless_text = true});
         }
         if (columns != 0 && row.fields.size() != columns) {
             made.error_line = row.line;
@@ -140,6 +190,51 @@ void check_plain_values(std::string_view text) {
           [](std::string_view t, zqtime& value) { return host::read_datetime(t, host::sql_type::timestamp, 0, value); });
 }
 
+// The ways to write text that a byte chooses among.
+host::file_options chosen_options(unsigned choice) {
+    host::file_options options;
+    options.delimiter = ",;\t|"[choice % 4];
+    switch (choice / 4 % 8) {
+    case 1:
+        options.quote.reset();
+        break;
+    case 2:
+        options.quote = '\'';
+        options.null_texts = {"NA", "x"};
+        options.comment = 'N';
+        break;
+    case 3:
+        options.escape = '\\';
+        options.null_texts = {"", "\\N"};
+        break;
+    case 4:
+        options.quote.reset();
+        options.escape = '\\';
+        options.null_texts = {"\\N"};
+        options.fills_short_rows = true;
+        break;
+    case 5:
+        options.comment = '\'';
+        options.escape = '^';
+        options.has_quoted_nulls = true;
+        options.fills_short_rows = true;
+        break;
+    default:
+        break;
+    }
+    return options;
+}
+
+// Every byte as one that means something in some file.
+std::string with_syntax_alone(std::string_view text) {
+    constexpr std::string_view meaningful = "\"\"\"\\\\,,;|\t\n\n\r'^NA nx";
+    std::string made;
+    for (const char byte : text) {
+        made += meaningful[static_cast<unsigned char>(byte) % meaningful.size()];
+    }
+    return made;
+}
+
 // What a row says, and whether it was the last.
 bool check_next_row(host::csv_reader& reader, const expected_rows& expected, std::size_t& next) {
     const auto rows = reader.next_rows(3);
@@ -148,7 +243,8 @@ bool check_next_row(host::csv_reader& reader, const expected_rows& expected, std
         const std::vector<expected_field>& fields = expected.rows[next].fields;
         for (std::size_t i = 0; i < fields.size(); ++i) {
             const host::csv_field field = reader.field(row, i);
-            require(field.text == fields[i].text && field.is_null == fields[i].is_null);
+            require(field.text == fields[i].text && field.is_null == fields[i].is_null &&
+                    field.is_null_unless_text == fields[i].is_null_unless_text);
             (void)host::classify_field(field.text);
             check_plain_values(field.text);
         }
@@ -157,15 +253,15 @@ bool check_next_row(host::csv_reader& reader, const expected_rows& expected, std
     return !rows.empty();
 }
 
-void check_text(std::string_view text, char delimiter, const host::charset& set) {
+void check_text(std::string_view text, const host::file_options& options, const host::charset& set) {
     // What begins like this is neither packed nor encoded.
     std::string file_text = "h";
     file_text.append(text);
-    const expected_rows expected = parse(file_text, delimiter);
+    const expected_rows expected = parse(file_text, options);
     const memory_file file(file_text);
     std::size_t next = 1; // behind the header
     try {
-        host::csv_reader reader(file.path, {.delimiter = delimiter, .encoding = {}}, set);
+        host::csv_reader reader(file.path, options, set);
         require(!expected.rows.empty() && reader.header().size() == expected.rows[0].fields.size());
         while (check_next_row(reader, expected, next)) {
         }
@@ -201,7 +297,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         if (*data % 2 == 0) {
             read_bytes(rest, *data % 4 == 0, *set);
         } else {
-            check_text(rest, ",;\t|"[*data / 2 % 4], *set);
+            check_text(*data < 128 ? std::string(rest) : with_syntax_alone(rest), chosen_options(*data / 2U), *set);
         }
     }
     return 0;

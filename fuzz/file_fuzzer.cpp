@@ -26,12 +26,27 @@ host::program_options choose_options(choices& chosen) {
                                      "column_1:DATE,column_2:INT",
                                      "column_1:DECIMAL(5,2)",
                                      "column_1:DOUBLE,column_2:TIMESTAMP WITH TIME ZONE",
+                                     "column_1:BOOL,column_2:VARCHAR(3)",
+                                     "column_1:TIMESTAMP(2),column_2:SMALLINT",
+                                     "column_1:DATE 'DD.MM.YY',column_2:DECIMAL(9,3)",
                                      "column_1:INTERVAL DAY TO SECOND"};
     constexpr const char* samples[] = {"", "1", "all"};
     constexpr const char* formats[] = {"csv", "table", "json", "markdown"};
     host::program_options options;
     options.library = BIFUN_LIBRARY;
     options.delimiter = chosen.of(delimiters);
+    constexpr const char* quotes[] = {"\"", "'", "none", "\\", "0x80"};
+    constexpr const char* escapes[] = {"none", "\\", "^", "\""};
+    constexpr const char* nulls[] = {"", "NA", "\\N", "-"};
+    options.quote = chosen.of(quotes);
+    options.escape = chosen.of(escapes);
+    constexpr const char* comments[] = {"none", "#", "h"};
+    constexpr const char* decimals[] = {"", "comma", "point"};
+    options.comment = chosen.of(comments);
+    options.decimal = chosen.of(decimals);
+    options.nulls.resize(chosen.below(3), chosen.of(nulls));
+    options.reading.has_quoted_nulls = chosen.below(2) != 0;
+    options.reading.fills_short_rows = chosen.below(2) != 0;
     options.reading.encoding = chosen.of(encodings);
     options.reading.skipped_lines = chosen.below(3);
     options.reading.ignores_errors = chosen.below(2) != 0;

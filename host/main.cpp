@@ -48,11 +48,20 @@ struct option_elsewhere {
 constexpr option_elsewhere options_elsewhere[] = {
     {" -d -s -F -t --sep --separator --delim --ifs --fs --field-separator ", "; --delimiter says what separates the fields"},
     {" --header -header --headers -H ", "; the first line has the names of the columns unless --no-header is given"},
-    {" --noheader -noheader --implicit-csv-header -n ", "; --no-header says that the first line is a row"},
+    {" --noheader -noheader --implicit-csv-header ", "; --no-header says that the first line is a row"},
     {" --json -json --csv -csv --icsv --ojson --tsv --jsonl --markdown -markdown --table -table --box -box ",
      "; --format says how results are written"},
     {" -o --out --outfile ", "; --output names the file of the result"},
     {" -e -c --query --sql -q ", "; the query is the last word"},
+    {" --nullstr --nullvalue -nullvalue --null-value --na --nulls --na-values ", "; --null names what stands for NULL in a file"},
+    {" --null-padding --null_padding --ragged --allow-ragged-csv-input --fill ", "; --fill-short-rows has NULL for what rows lack"},
+    {" --quotechar --quote-char --quotes -Q --no-quote --lazy-quotes ", "; --quote says what stands around fields, or none"},
+    {" --escapechar --escape-char ", "; --escape says what stands before a byte that is text"},
+    {" --decimal-separator --decimal_separator --decimal-mark --decimal-comma --dec ", "; --decimal comma reads numbers such as 1.234,56"},
+    {" --comments --pass-comments --skip-comments --comment-char ", "; --comment '#' leaves out lines that begin with it"},
+    {" --dateformat --date-format --timestampformat ", "; a format goes with a type, as in --types \"day:DATE 'DD.MM.YYYY'\""},
+    {" --type --dtype --dtypes --schema --columns ", "; --types gives columns their types"},
+    {" -n --head --limit ", "; LIMIT in the query ends the result"},
 };
 
 std::string_view advice_for(std::string_view complaint) {
@@ -103,6 +112,29 @@ void add_file_options(CLI::App& app, program_options& options) {
                    std::string("what separates the fields: ") + std::string(delimiter_names) +
                        "; otherwise a tab in .tsv files, a bar in .psv files, and what the first lines show in others")
         ->type_name("NAME");
+    app.add_option("--quote", options.quote,
+                   "what stands around fields that hold delimiters, line ends or quotes, which are doubled: a double quote unless given, a "
+                   "character of one byte, or none, with which quotes are text")
+        ->type_name("CHARACTER");
+    app.add_option("--escape", options.escape,
+                   "what stands before a byte that is text, whatever it is, within quotes and without; none unless given. Behind a "
+                   "backslash, n t r 0 b f v Z are control characters, and \\N is NULL")
+        ->type_name("CHARACTER");
+    app.add_option("--comment", options.comment, "what lines begin with that are left out, such as #; none unless given")
+        ->type_name("CHARACTER");
+    app.add_option("--decimal", options.decimal,
+                   "comma for numbers such as 1.234,56 and 1234,56, point for 1,234.56 and 1234.56; groups of three digits may also have "
+                   "blanks or apostrophes between them. Without it, numbers are as in SQL")
+        ->type_name("MARK");
+    app.add_option(
+           "--null", options.nulls,
+           "fields without quotes that are NULL, such as NA or \\N; may be given several times. Where it is, empty fields are empty "
+           "strings in columns of text, and NULL in others; --null '' has them NULL in all")
+        ->type_name("TEXT")
+        ->allow_extra_args(false);
+    app.add_flag("--quoted-nulls", options.reading.has_quoted_nulls,
+                 "fields in quotes are NULL, too, where they are empty or one of --null");
+    app.add_flag("--fill-short-rows", options.reading.fills_short_rows, "rows with fewer fields than the header have NULL for the rest");
     app.add_flag("--no-header", options.no_header, "the first line is a row, and the columns are column_1, column_2 ...");
     app.add_option("--skip", options.reading.skipped_lines, "leave out the first lines of the file")->type_name("LINES");
     app.add_flag("--ignore-errors", options.reading.ignores_errors,
@@ -158,9 +190,12 @@ int run(int argument_count, char** arguments) {
     program_options options;
     app.add_option("FILES_AND_QUERY", options.words, "CSV files, and last the query")->type_name("TEXT");
     add_file_options(app, options);
-    app.add_option("--types", options.types,
-                   std::string("types of columns, such as name:CHAR(10),price:DECIMAL; the others are found in the file. There are ") +
-                       std::string(column_type_names))
+    app.add_option(
+           "--types", options.types,
+           std::string(
+               "types of columns, such as name:CHAR(10),price:DECIMAL(8,2), with several files also staff.name:CHAR(10); the others "
+               "are found in the file. A value that does not fit is an error. There are ") +
+               std::string(column_type_names))
         ->type_name("NAME:TYPE,...");
     app.add_option("--sample", options.sample,
                    "how much of a file decides the types, in MB, or all (32; 4 of a pipe). A value behind it that would have given another "

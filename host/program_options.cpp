@@ -2,6 +2,7 @@
 #include "host/program_options.h"
 
 #include <filesystem>
+#include <utility>
 
 #include <unistd.h>
 
@@ -12,6 +13,21 @@
 
 namespace host {
 
+namespace {
+
+std::optional<char> byte_or_none(std::string_view option, std::string_view text) {
+    if (text.empty() || equal_ignoring_case(text, "none")) {
+        return std::nullopt;
+    }
+    const std::optional<char> byte = find_byte(text);
+    if (!byte) {
+        fail("{}: \"{}\" is neither a character of one byte, nor 0x and two digits, nor none", option, text);
+    }
+    return byte;
+}
+
+} // namespace
+
 file_options reading_of(const program_options& options) {
     file_options reading = options.reading;
     reading.has_header = !options.no_header;
@@ -20,6 +36,31 @@ file_options reading_of(const program_options& options) {
         if (!reading.delimiter) {
             fail("--delimiter: \"{}\" is none; there are {}", options.delimiter, delimiter_names);
         }
+    }
+    reading.quote = byte_or_none("--quote", options.quote);
+    reading.escape = byte_or_none("--escape", options.escape);
+    reading.comment = byte_or_none("--comment", options.comment);
+    for (const auto& [name, mark] : {std::pair("comma", ','), std::pair("point", '.')}) {
+        if (equal_ignoring_case(options.decimal, name) || options.decimal == std::string_view(&mark, 1)) {
+            reading.decimal_mark = mark;
+        }
+    }
+    if (!options.decimal.empty() && !reading.decimal_mark) {
+        fail("--decimal: \"{}\" is neither comma nor point", options.decimal);
+    }
+    if (reading.escape == reading.quote) {
+        reading.escape.reset(); // quotes are doubled within quotes, as always
+    }
+    for (const auto& [option, byte] :
+         {std::pair("--quote", reading.quote), std::pair("--escape", reading.escape), std::pair("--comment", reading.comment)}) {
+        if (byte && byte == reading.delimiter) {
+            fail("--delimiter and {} are both \"{}\"", option, *byte);
+        }
+    }
+    if (!options.nulls.empty()) {
+        reading.null_texts = options.nulls;
+    } else if (reading.escape == '\\') {
+        reading.null_texts.emplace_back("\\N"); // what writes backslashes writes NULL so
     }
     return reading;
 }

@@ -22,6 +22,11 @@ struct program_options {
     std::string output;
     std::string types;
     std::string delimiter;
+    std::string quote = "\"";
+    std::string escape = "none";
+    std::string comment = "none";
+    std::string decimal;
+    std::vector<std::string> nulls;
     std::string sample;
     bool no_header = false;
     file_options reading;

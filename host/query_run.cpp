@@ -13,6 +13,7 @@
 #include "host/sql/sql_text.h"
 #include "host/sql/syntax.h"
 #include "host/tables/file_name.h"
+#include "host/tables/given_types.h"
 
 namespace host {
 namespace {
@@ -113,6 +114,7 @@ void run_statement(const program_options& options, const std::vector<std::string
             if (is_first && !source->reader.doubt().empty()) {
                 print_message(source->reader.doubt());
             }
+            check_given_types(types, source.get(), files, reading, settings);
             mark_needed_columns(statement, sql, *source);
             resolve_types(*source, types, decides, progress);
         }

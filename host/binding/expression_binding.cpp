@@ -99,7 +99,9 @@ std::size_t as_condition(binder& state, const operand& given) {
     if (given.type != sql_type::boolean && given.type != sql_type::null) {
         fail_at(state.sql, given.offset,
                 fmt::format("a condition is needed here, and this is of type {}{}", sql_type_name(given.type),
-                            given.type == sql_type::varchar ? "; compare it, as in x = 'true'" : ""));
+                            given.type == sql_type::varchar
+                                ? "; compare it, as in x = 'true', or have the column read as one, with --types x:BOOL"
+                                : ""));
     }
     return as_type(state, given, sql_type::boolean);
 }
@@ -150,9 +152,10 @@ sql_type common_type(const binder& state, const std::vector<operand>& operands, 
         if (!is_datetime(*common)) {
             fail_at(state.sql, offset,
                     fmt::format("{} and VARCHAR {}{}", sql_type_name(*common), complaint,
-                                is_number(*common)     ? "; write the number without quotes"
-                                : is_interval(*common) ? "; write the interval with its type, such as INTERVAL '3' DAY"
-                                                       : ""));
+                                is_number(*common)             ? "; write the number without quotes"
+                                : *common == sql_type::boolean ? "; write TRUE or FALSE without quotes"
+                                : is_interval(*common)         ? "; write the interval with its type, such as INTERVAL '3' DAY"
+                                                               : ""));
         }
         const std::optional<sql_type> type = datetime_type_of(*given.literal);
         if (!type || has_date(*type) != has_date(*common)) {

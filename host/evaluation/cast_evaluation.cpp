@@ -12,6 +12,7 @@
 #include "host/output/value_output.h"
 #include "host/program_error.h"
 #include "host/tables/field_value.h"
+#include "host/values/decimal_shape.h"
 #include "host/values/value_text.h"
 
 namespace host {
@@ -87,17 +88,6 @@ bool to_decimal(const bifun_column& from, value_type type, std::uint32_t row, xd
     default:
         return xdec_from_double(&value, static_cast<const double*>(from.data->values)[row]) == BIFUN_OK;
     }
-}
-
-// Rounded or with zeros to so many digits behind the point, and with no more before it than the shape has.
-bool fit_to_shape(xdec& value, decimal_shape shape) {
-    xdec zeros;
-    xdec beyond;
-    xdec magnitude;
-    return xdec_round(&value, 0, shape.fraction_digits, &value) == BIFUN_OK &&
-           read_decimal(fmt::format("1E{}", shape.digits - shape.fraction_digits), beyond) && xdec_abs(&value, &magnitude) == BIFUN_OK &&
-           xdec_cmp(&magnitude, &beyond) < 0 && read_decimal(fmt::format("0E-{}", shape.fraction_digits), zeros) &&
-           xdec_add(&value, &zeros, &value) == BIFUN_OK;
 }
 
 // Rounded, halves away from zero.

@@ -13,6 +13,7 @@
 #include "host/session/interruption.h"
 #include "host/shell/line_editor.h"
 #include "host/sql/tokens.h"
+#include "host/tables/given_types.h"
 #include "host/values/value_text.h"
 
 namespace host {
@@ -72,9 +73,13 @@ void change_types(shell_state& shell, const std::string& types) {
     if (types.empty()) {
         return print(shell.options.types.empty() ? "No types are given; \\d TABLE shows those found.\n" : shell.options.types + "\n");
     }
-    const bool is_none = equal_ignoring_case(types, "none");
-    static_cast<void>(parse_types(is_none ? "" : types));
-    shell.options.types = is_none ? "" : types;
+    if (equal_ignoring_case(types, "none")) {
+        return shell.options.types.clear();
+    }
+    const given_types added = parse_types(types);
+    check_given_types(added, nullptr, shell.options.words, reading_of(shell.options), read_settings(shell.options.settings));
+    shell.options.types =
+        given_types_text(parse_types(fmt::format("{}{}{}", shell.options.types, shell.options.types.empty() ? "" : ",", types)));
 }
 
 void change_output(shell_state& shell, const std::string& path) { shell.options.output = path; }
@@ -106,7 +111,7 @@ constexpr shell_command commands[] = {
     {"\\q", "", "end; so does Ctrl-D", end},
     {"\\set", "[NAME=VALUE]", "change a setting, as --set does; without one show those given", change_settings},
     {"\\timing", "", "show the time that queries take, or no longer", switch_timing},
-    {"\\types", "[NAME:TYPE,...]", "give columns their types, as --types does, or none; without any show those given", change_types},
+    {"\\types", "[NAME:TYPE,...]", "give columns types, as --types does, besides those given; none takes all back", change_types},
     {"\\?", "", "these commands", show_commands},
 };
 
@@ -253,8 +258,10 @@ void run_shell(program_options options) {
     begin_session(read_settings(shell.options.settings));
     static_cast<void>(format_of(shell.options));
     static_cast<void>(sample_of(shell.options));
-    static_cast<void>(parse_types(shell.options.types));
     shell.tables = read_tables(shell.options, shell.options.words);
+    shell.options.types = given_types_text(parse_types(shell.options.types));
+    check_given_types(parse_types(shell.options.types), nullptr, shell.options.words, reading_of(shell.options),
+                      read_settings(shell.options.settings));
     catch_interruptions();
     line_editor editor(history_path(), [&](std::string_view before) { return complete(shell, before); });
     print("bifun " BIFUN_VERSION "; \\? lists the commands, Ctrl-D ends.\n");

@@ -12,6 +12,7 @@ extern "C" {
 #include "host/output/display_width.h"
 #include "host/sql/tokens.h"
 #include "host/tables/file_name.h"
+#include "host/tables/given_types.h"
 
 namespace host {
 namespace {

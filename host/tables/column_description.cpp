@@ -5,6 +5,7 @@
 
 #include "engine/datetime.h"
 #include "engine/decimal.h"
+#include "host/values/plain_number.h"
 #include "host/values/value_text.h"
 
 namespace host {
@@ -33,6 +34,7 @@ struct column_state {
     field_kinds kinds = 0;
     std::uint64_t values = 0;
     std::uint64_t nulls = 0;
+    std::uint64_t empty = 0; // values of a text, NULLs in any other column
     field_range<xdec> decimals;
     field_range<double> doubles;
     field_range<zqtime> datetimes;
@@ -44,16 +46,17 @@ struct column_state {
 constexpr field_kinds exact_numbers = integer_field | bigint_field | decimal_field;
 constexpr field_kinds datetimes = date_field | time_field | timestamp_field | time_with_zone_field | timestamp_with_zone_field;
 
-void include_value(column_state& column, std::string_view text, field_kinds kind) {
+// `text` is the field, and `plain` what is read: a number may be written otherwise.
+void include_value(column_state& column, std::string_view text, std::string_view plain, field_kinds kind) {
     if ((kind & exact_numbers) != 0) {
         xdec value;
-        if (read_decimal(text, value)) {
+        if (read_decimal(plain, value)) {
             column.decimals.include(value, text, [](const xdec& a, const xdec& b) { return xdec_cmp(&a, &b) < 0; });
         }
     }
     if ((kind & (exact_numbers | double_field)) != 0) {
         double value = 0;
-        if (read_number(text, value)) {
+        if (read_number(plain, value)) {
             column.doubles.include(value, text, [](double a, double b) { return a < b; });
         }
     }
@@ -70,6 +73,10 @@ void include_field(column_state& column, csv_reader& reader, std::uint32_t row, 
         ++column.nulls;
         return;
     }
+    if (field.is_null_unless_text) {
+        ++column.empty;
+        return;
+    }
     ++column.values;
     if (!column.smallest_text || field.text < *column.smallest_text) {
         column.smallest_text = field.text;
@@ -80,21 +87,25 @@ void include_field(column_state& column, csv_reader& reader, std::uint32_t row, 
     if (column.text_line) {
         return;
     }
-    const field_kinds kind = classify_field(field.text);
+    const field_kinds kind = classify_field(field.text, reader.decimal_mark());
     column.kinds |= kind;
     if (type_of_fields(column.kinds) == sql_type::varchar) {
         column.text_line = reader.line_of(row);
         column.text = field.text;
         return;
     }
-    include_value(column, field.text, kind);
+    std::string plain;
+    const bool is_marked = reader.decimal_mark() && plain_number(field.text, *reader.decimal_mark(), plain);
+    include_value(column, field.text, is_marked ? plain : field.text, kind);
 }
 
 column_description describe(const column_state& column, std::string name, const charset& set) {
+    const sql_type type = type_of_fields(column.kinds);
+    const bool is_text = type == sql_type::varchar;
     column_description made{.name = std::move(name),
-                            .type = type_of_fields(column.kinds),
-                            .values = column.values,
-                            .nulls = column.nulls,
+                            .type = type,
+                            .values = column.values + (is_text ? column.empty : 0),
+                            .nulls = column.nulls + (is_text ? 0 : column.empty),
                             .smallest = {},
                             .largest = {},
                             .text_line = column.text_line,
@@ -112,9 +123,9 @@ column_description describe(const column_state& column, std::string name, const 
         take(column.decimals);
     } else if (is_datetime(made.type)) {
         take(column.datetimes);
-    } else if (column.smallest_text) {
-        made.smallest = shown(*column.smallest_text);
-        made.largest = shown(*column.largest_text);
+    } else if (column.smallest_text || column.empty > 0) {
+        made.smallest = column.empty > 0 ? "" : shown(*column.smallest_text);
+        made.largest = shown(column.largest_text.value_or(""));
     }
     if (column.text_line) {
         made.text = shown(column.text);

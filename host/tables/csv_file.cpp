@@ -7,6 +7,7 @@
 
 #include "host/program_error.h"
 #include "host/tables/delimiter.h"
+#include "host/values/value_text.h"
 
 namespace host {
 namespace {
@@ -15,6 +16,8 @@ constexpr std::size_t alignment = 64;
 constexpr std::size_t first_capacity = std::size_t{128} * 1024;
 // A row beyond this is a quote that somebody forgot to close.
 constexpr std::size_t longest_row = std::size_t{64} * 1024 * 1024;
+// Rows are handed out when those that were filled have so many fields, however many rows were asked for.
+constexpr std::size_t most_filled_fields = std::size_t{1} << 24;
 
 char* allocate(std::size_t size) {
     void* const bytes = std::aligned_alloc(alignment, size);
@@ -27,14 +30,19 @@ char* allocate(std::size_t size) {
 } // namespace
 
 csv_reader::csv_reader(std::string path, const file_options& options, const charset& set)
-    : input_(std::move(path), options.encoding, set, options.ignores_errors), options_(options), charset_(set),
+    : input_(std::move(path), options.encoding, set, options.ignores_errors), options_(options),
+      charset_(set), syntax_{.quote = options.quote, .comment = options.comment, .escape = options.escape},
+      is_usual_(options.quote == '"' && !options.escape && options.null_texts == file_options().null_texts && !options.has_quoted_nulls &&
+                !options.fills_short_rows),
       bytes_(allocate(first_capacity)), capacity_(first_capacity) {
+    take_null_texts();
     begin();
 }
 
 void csv_reader::begin() {
     skip_lines();
     take_delimiter_line();
+    skip_comments();
     if (header_.empty()) {
         find_delimiter();
     }
@@ -68,7 +76,8 @@ void csv_reader::read_more() {
 }
 
 void csv_reader::rescan() {
-    scan_lines(text(), at_end_, delimiter_, index_);
+    scan_lines(text(), at_end_, syntax_, index_);
+    is_usual_ &= !index_.has_blanks_around_quotes;
     line_ = 0;
 }
 
@@ -100,7 +109,7 @@ void csv_reader::drop_first_line() {
 // Finds the next line to read; false at the end of the file.
 bool csv_reader::find_line() {
     while (line_ == index_.lines) {
-        if (index_.found_fault && (index_.found_fault->kind == quote_fault::misplaced || at_end_)) {
+        if (index_.found_fault && (index_.found_fault->kind != scan_fault::unclosed || at_end_)) {
             report_fault();
             continue;
         }
@@ -121,13 +130,20 @@ bool csv_reader::find_line() {
 // Where the quotes of a row are misplaced, nobody knows its end: the next row is looked for behind the first line end.
 void csv_reader::report_fault() {
     const line_index::fault fault = *index_.found_fault;
-    if (fault.kind == quote_fault::misplaced) {
-        report_bad_row(line_at(fault.position),
-                       "a quote stands inside a field, or text behind a closing quote; write a field with quotes as "
-                       "\"...\" with each quote inside doubled");
+    if (fault.kind == scan_fault::misplaced) {
+        const char quote = *syntax_.quote;
+        const bool is_behind_backslash = fault.position >= 2 && text()[fault.position - 1] == quote && text()[fault.position - 2] == '\\';
+        report_bad_row(
+            line_at(fault.position),
+            fmt::format("a quote stands inside a field, or text behind a closing quote; {}",
+                        is_behind_backslash && !syntax_.escape
+                            ? fmt::format("where \\{0} is a {0} inside a field, --escape '\\' says so", quote)
+                            : fmt::format("write a field with quotes as {0}...{0} with each quote inside doubled; --quote none reads files "
+                                          "in which quotes are text",
+                                          quote)));
     }
     drop_lines();
-    if (fault.kind == quote_fault::unclosed) {
+    if (fault.kind == scan_fault::unclosed) {
         report_bad_row(lines_before_ + 1, "the row that begins here has a quote that is never closed");
     }
     drop_first_line();
@@ -161,6 +177,22 @@ void csv_reader::skip_lines() {
     drop_bytes(position, options_.skipped_lines - lines_before_);
 }
 
+// Those before the header, which would hide what separates its fields.
+void csv_reader::skip_comments() {
+    const auto is_comment = [this] {
+        if (filled_ == 0 && !at_end_) {
+            read_more();
+        }
+        return options_.comment && text().starts_with(*options_.comment);
+    };
+    while (is_comment()) {
+        drop_first_line();
+    }
+    while (!at_end_ && !find_line_end(text())) {
+        read_more();
+    }
+}
+
 // Spreadsheets write a line sep=; before the header.
 void csv_reader::take_delimiter_line() {
     while (!at_end_ && !find_line_end(text())) {
@@ -188,24 +220,56 @@ bool csv_reader::is_part_of_characters(char byte) const {
     }
 }
 
+void csv_reader::check_byte(std::string_view option, char byte) const {
+    if (is_part_of_characters(byte)) {
+        fail("{}: in {}, {} is also a part of characters", option, charset_.name, delimiter_name(byte));
+    }
+}
+
+void csv_reader::take_null_texts() {
+    for (const std::string& text : options_.null_texts) {
+        // No field holds what the character set does not have.
+        if (std::optional<std::string> converted = from_utf8(charset_, text)) {
+            null_texts_.push_back(std::move(*converted));
+        }
+    }
+}
+
 void csv_reader::find_delimiter() {
+    if (syntax_.quote) {
+        check_byte("--quote", *syntax_.quote);
+    }
+    if (syntax_.escape) {
+        check_byte("--escape", *syntax_.escape);
+    }
+    if (syntax_.comment) {
+        check_byte("--comment", *syntax_.comment);
+    }
     if (options_.delimiter) {
-        delimiter_ = *options_.delimiter;
-        if (is_part_of_characters(delimiter_)) {
-            fail("--delimiter: in {}, {} is also a part of characters", charset_.name, delimiter_name(delimiter_));
+        syntax_.delimiter = *options_.delimiter;
+        check_byte("--delimiter", syntax_.delimiter);
+        if (syntax_.delimiter == syntax_.quote || syntax_.delimiter == syntax_.escape) { // as a first line sep= may say
+            fail("{}: {} cannot separate fields, as --quote or --escape names it", path(), delimiter_name(syntax_.delimiter));
         }
         return;
     }
-    const found_delimiter found = guess_delimiter(path(), text(), at_end_, !is_part_of_characters('|'));
-    delimiter_ = found.delimiter;
+    const found_delimiter found = guess_delimiter(path(), text(), at_end_, syntax_, !is_part_of_characters('|'));
+    syntax_.delimiter = found.delimiter;
     doubt_ = found.doubt;
 }
 
 void csv_reader::read_header() {
+    const bool is_first = header_.empty();
+    const bool takes_longest = !options_.has_header && options_.fills_short_rows;
+    if (is_first && takes_longest) {
+        while (!at_end_ && filled_ < capacity_) {
+            read_more();
+        }
+        rescan();
+    }
     while (find_line() && is_blank(line_)) {
         ++line_;
     }
-    const bool is_first = header_.empty();
     if (!find_line()) {
         if (is_first) {
             fail("{}: the file is empty{}", path(), options_.has_header ? "; its first line must name the columns" : "");
@@ -215,6 +279,9 @@ void csv_reader::read_header() {
     const std::uint32_t first = first_field(line_);
     for (std::uint32_t f = first; is_first && f < index_.line_fields[line_]; ++f) {
         header_.emplace_back(options_.has_header ? field_at(f, f + 1 == index_.line_fields[line_]).text : std::string_view());
+    }
+    for (std::uint32_t line = line_; is_first && takes_longest && line < index_.lines; ++line) {
+        header_.resize(std::max<std::size_t>(header_.size(), index_.line_fields[line] - first_field(line)));
     }
     line_ += options_.has_header ? 1 : 0;
 }
@@ -230,29 +297,76 @@ std::span<const std::uint32_t> csv_reader::next_rows(std::uint32_t most) {
     rows_.clear();
     const std::size_t columns = header_.size();
     while (rows_.empty() && find_line()) {
+        behind_fields_ = index_.lines == 0 ? 1 : index_.line_fields[index_.lines - 1] + std::size_t{1};
         for (; line_ < index_.lines && rows_.size() < most; ++line_) {
             const std::uint32_t first = first_field(line_);
             const std::uint32_t fields = index_.line_fields[line_] - first;
             if (fields == columns) [[likely]] {
                 rows_.push_back(first);
-            } else if (!is_blank(line_)) {
+            } else if (is_blank(line_)) {
+                continue;
+            } else if (fields < columns && options_.fills_short_rows) {
+                if (behind_fields_ > most_filled_fields && !rows_.empty()) {
+                    break;
+                }
+                rows_.push_back(fill_row(line_));
+            } else {
                 if (!rows_.empty() && !options_.ignores_errors) {
                     break; // after the rows before it
                 }
-                report_bad_row(line_at(begin_of(first)),
-                               fmt::format("the {} {} field{} and this row {}; a field that holds a {} stands in double quotes{}",
-                                           options_.has_header ? "header has" : "first row has", columns, columns == 1 ? "" : "s", fields,
-                                           delimiter_name(delimiter_),
-                                           columns == 1 ? ", and --skip leaves out lines before the header" : ""));
+                report_field_count(line_);
             }
         }
     }
     return rows_;
 }
 
+void csv_reader::report_field_count(std::uint32_t line) {
+    const std::size_t columns = header_.size();
+    const std::uint32_t fields = index_.line_fields[line] - first_field(line);
+    std::string hint;
+    if (fields < columns) {
+        hint = "; --fill-short-rows has NULL for the rest of such rows";
+    } else if (syntax_.quote) {
+        hint = fmt::format("; a field that holds a {} stands in {}", delimiter_name(syntax_.delimiter),
+                           *syntax_.quote == '"' ? "double quotes" : fmt::format("{0}...{0}", *syntax_.quote));
+    }
+    if (text()[begin_of(first_field(line))] == '#' || (columns == 1 && header_[0].starts_with('#'))) {
+        hint = "; --comment '#' leaves out lines that begin with it";
+    }
+    if (columns == 1) {
+        hint += "; --skip leaves out lines before the header";
+    }
+    report_bad_row(line_at(begin_of(first_field(line))),
+                   fmt::format("the {} {} field{} and this row {}{}", options_.has_header ? "header has" : "first row has", columns,
+                               columns == 1 ? "" : "s", fields, hint));
+}
+
+// Makes a row of a short one behind the fields of the index. Each field that it lacks ends before it begins.
+std::uint32_t csv_reader::fill_row(std::uint32_t line) {
+    const std::size_t columns = header_.size();
+    const std::uint32_t first = first_field(line);
+    const std::uint32_t fields = index_.line_fields[line] - first;
+    const std::size_t made = behind_fields_;
+    behind_fields_ += columns + 1;
+    if (behind_fields_ > index_.room) {
+        auto larger = std::make_unique_for_overwrite<std::uint32_t[]>(behind_fields_ * 2);
+        std::copy_n(index_.ends.get(), made, larger.get());
+        index_.ends = std::move(larger);
+        auto lines = std::make_unique_for_overwrite<std::uint32_t[]>(behind_fields_ * 2);
+        std::copy_n(index_.line_fields.get(), index_.lines, lines.get());
+        index_.line_fields = std::move(lines);
+        index_.room = behind_fields_ * 2;
+    }
+    std::uint32_t* const ends = index_.ends.get();
+    std::copy_n(ends + first, fields, ends + made);
+    std::fill_n(ends + made + fields, columns - fields + 1, end_of(first + fields - 1, true));
+    return static_cast<std::uint32_t>(made);
+}
+
 // Each line of the index is one of the file, unless fields hold line ends.
 void csv_reader::add_lines_of(std::span<const std::uint32_t> rows, std::vector<std::uint64_t>& lines) const {
-    if (!index_.has_inner_line_ends && !index_.found_fault) {
+    if (!index_.has_inner_line_ends && !index_.found_fault && !options_.fills_short_rows) {
         std::uint32_t index_line = 0;
         for (const std::uint32_t row : rows) {
             while (first_field(index_line) != row) {
@@ -272,19 +386,23 @@ void csv_reader::add_lines_of(std::span<const std::uint32_t> rows, std::vector<s
     }
 }
 
-std::string_view csv_reader::without_quotes(std::string_view quoted) {
-    std::string_view left = quoted.substr(1, quoted.size() - 2);
-    std::size_t quote = left.find('"');
-    if (quote == std::string_view::npos) {
-        return left;
+csv_field csv_reader::unusual_field(std::uint32_t field, bool ends_line) {
+    const std::uint32_t begin = begin_of(field);
+    const std::uint32_t end = end_of(field, ends_line);
+    if (end < begin) { // of a row that was filled
+        return {.text = {}, .is_null = true, .is_null_unless_text = true};
     }
-    unquoted_.clear();
-    for (; quote != std::string_view::npos; quote = left.find('"')) {
-        unquoted_ += left.substr(0, quote + 1);
-        left.remove_prefix(quote + 2);
+    std::string_view found(bytes_.get() + begin, end - begin);
+    const std::string_view inside_blanks = index_.has_blanks_around_quotes ? without_blanks_around(found) : found;
+    const bool quoted = syntax_.quote && !inside_blanks.empty() && inside_blanks.front() == *syntax_.quote;
+    if (quoted) {
+        found = inside_blanks.substr(1, inside_blanks.size() - 2);
     }
-    unquoted_ += left;
-    return unquoted_;
+    const bool may_be_null = !quoted || options_.has_quoted_nulls;
+    const bool is_null = may_be_null && std::ranges::find(null_texts_, found) != null_texts_.end();
+    return {.text = decoded_text(found, quoted, syntax_, decoded_),
+            .is_null = is_null,
+            .is_null_unless_text = is_null || (may_be_null && found.empty())};
 }
 
 } // namespace host

@@ -12,6 +12,7 @@
 #include <string_view>
 #include <vector>
 
+#include "host/tables/csv_syntax.h"
 #include "host/tables/line_scan.h"
 #include "host/tables/text_input.h"
 
@@ -24,16 +25,24 @@ struct file_options {
     std::uint64_t skipped_lines = 0; // before the header
     bool ignores_errors = false;     // bad rows are left out and counted
     std::string encoding;            // as text_input takes it
+    std::optional<char> quote = '"'; // this and the next as in csv_syntax
+    std::optional<char> escape{};
+    std::optional<char> comment{};
+    std::optional<char> decimal_mark{};         // a comma or a point, as in plain_number; nothing where numbers are as in SQL
+    std::vector<std::string> null_texts = {""}; // in UTF-8; fields that are one of them, as they stand in the file, are NULL
+    bool has_quoted_nulls = false;              // also in quotes
+    bool fills_short_rows = false;              // with NULL; without a header, the longest of the first rows has all columns
 };
 
-// A field without quotes and without characters is NULL; "" is the empty string.
+// With no texts of NULLs given, a field without quotes and without characters is NULL; "" is the empty string.
 struct csv_field {
     std::string_view text;
     bool is_null;
+    bool is_null_unless_text; // in a column of any other type: also where the field is empty and NULLs have a text
 };
 
-// Reads one file. Blank lines are skipped, except in files of one column, where a blank line is a NULL. All errors are program_error
-// with the file's name, the line and what to do about it.
+// Reads one file. Blank lines are skipped, except in files of one column, where a blank line is an empty field. All errors are
+// program_error with the file's name, the line and what to do about it.
 class csv_reader {
   public:
     // Opens the file and reads its header.
@@ -46,7 +55,7 @@ class csv_reader {
     // fields are found until rows are read again. Every row has as many fields as the header.
     std::span<const std::uint32_t> next_rows(std::uint32_t most);
 
-    // A field of a row just read; stays until the next one with quotes inside its quotes is asked for.
+    // A field of a row just read; stays until the next one with escapes or with quotes inside its quotes is asked for.
     [[nodiscard]] csv_field field(std::uint32_t row, std::size_t column) {
         return field_at(row + static_cast<std::uint32_t>(column), column + 1 == header_.size());
     }
@@ -56,6 +65,8 @@ class csv_reader {
 
     // Adds the lines of rows just read, which are in the order of the file, at one pass.
     void add_lines_of(std::span<const std::uint32_t> rows, std::vector<std::uint64_t>& lines) const;
+
+    [[nodiscard]] std::optional<char> decimal_mark() const { return options_.decimal_mark; }
 
     // Whether all rows just read are ASCII.
     [[nodiscard]] bool is_ascii() const { return index_.is_ascii; }
@@ -87,13 +98,18 @@ class csv_reader {
     void begin();
     void skip_lines();
     void take_delimiter_line();
+    void skip_comments();
+    void take_null_texts();
     [[nodiscard]] bool is_part_of_characters(char byte) const;
+    void check_byte(std::string_view option, char byte) const;
     void find_delimiter();
     void read_header();
     void read_more();
     void rescan();
     bool find_line();
     void report_fault();
+    void report_field_count(std::uint32_t line);
+    std::uint32_t fill_row(std::uint32_t line);
     void drop_bytes(std::size_t position, std::uint64_t lines);
     void drop_lines();
     void drop_first_line();
@@ -106,14 +122,19 @@ class csv_reader {
         return is_line_feed && bytes_.get()[end - 1] == '\r' ? end - 1 : end;
     }
     [[nodiscard]] csv_field field_at(std::uint32_t field, bool ends_line) {
+        if (!is_usual_) [[unlikely]] {
+            return unusual_field(field, ends_line);
+        }
         const std::uint32_t begin = begin_of(field);
         const std::string_view found(bytes_.get() + begin, end_of(field, ends_line) - begin);
         if (!found.empty() && found.front() == '"') {
-            return {.text = without_quotes(found), .is_null = false};
+            return {.text = decoded_text(found.substr(1, found.size() - 2), true, syntax_, decoded_),
+                    .is_null = false,
+                    .is_null_unless_text = false};
         }
-        return {.text = found, .is_null = found.empty()};
+        return {.text = found, .is_null = found.empty(), .is_null_unless_text = found.empty()};
     }
-    [[nodiscard]] std::string_view without_quotes(std::string_view quoted);
+    [[nodiscard]] csv_field unusual_field(std::uint32_t field, bool ends_line);
     [[nodiscard]] bool is_blank(std::uint32_t line) const;
     [[nodiscard]] std::uint64_t line_at(std::size_t position) const;
 
@@ -124,7 +145,9 @@ class csv_reader {
     text_input input_;
     file_options options_;
     const charset& charset_;
-    char delimiter_ = ',';
+    csv_syntax syntax_;
+    bool is_usual_; // double quotes, no escape, empty fields as the only NULLs
+    std::vector<std::string> null_texts_;
     std::string doubt_;
 
     std::unique_ptr<char, releaser> bytes_; // at a multiple of 64
@@ -138,7 +161,8 @@ class csv_reader {
     std::uint64_t lines_before_ = 0; // of the file, before the bytes
 
     std::vector<std::uint32_t> rows_;
-    std::string unquoted_;
+    std::size_t behind_fields_ = 0; // of the index and of the rows that have been filled
+    std::string decoded_;
     std::vector<std::string> header_;
     std::uint64_t bad_rows_ = 0;
     std::string first_bad_row_;

@@ -23,20 +23,23 @@ constexpr named_delimiter named_delimiters[] = {
 };
 constexpr std::size_t guessed_delimiters = 4; // the first of them, the bar last
 
-bool can_delimit(char byte) { return byte != '"' && byte != '\n' && byte != '\r'; }
-
 // How a delimiter cuts the first lines.
 struct cut_lines {
     char delimiter;
     std::uint32_t fields;     // of the first line
     std::uint32_t same_lines; // with as many fields, in a row from the first
     bool all_same;
+    std::uint32_t last_fields; // of the last two lines, where they have as many
 };
 
-cut_lines cut_with(char delimiter, std::string_view text, bool is_all) {
+cut_lines cut_with(const csv_syntax& syntax, std::string_view text, bool is_all) {
     line_index index;
-    scan_lines(text, is_all, delimiter, index);
-    cut_lines cut{.delimiter = delimiter, .fields = index.lines == 0 ? 0 : index.line_fields[0], .same_lines = 0, .all_same = false};
+    scan_lines(text, is_all, syntax, index);
+    cut_lines cut{.delimiter = syntax.delimiter,
+                  .fields = index.lines == 0 ? 0 : index.line_fields[0],
+                  .same_lines = 0,
+                  .all_same = false,
+                  .last_fields = 0};
     std::uint32_t line = 0;
     for (std::uint32_t before = 0; line < index.lines; before = index.line_fields[line++]) {
         const std::uint32_t fields = index.line_fields[line] - before;
@@ -45,8 +48,12 @@ cut_lines cut_with(char delimiter, std::string_view text, bool is_all) {
             break;
         }
     }
+    if (const std::uint32_t lines = index.lines; lines > 2) {
+        const std::uint32_t last = index.line_fields[lines - 1] - index.line_fields[lines - 2];
+        cut.last_fields = last == index.line_fields[lines - 2] - index.line_fields[lines - 3] ? last : 0;
+    }
     cut.same_lines = line;
-    cut.all_same = line == index.lines && !index.found_fault;
+    cut.all_same = line == index.lines && (!index.found_fault || index.found_fault->kind == scan_fault::comment);
     return cut;
 }
 
@@ -58,13 +65,19 @@ std::optional<char> find_delimiter_named(std::string_view text) {
     if (found != std::end(named_delimiters)) {
         return found->delimiter;
     }
+    const std::optional<char> byte = find_byte(text);
+    return byte == '"' ? std::nullopt : byte;
+}
+
+std::optional<char> find_byte(std::string_view text) {
+    const auto is_usable = [](char byte) { return byte != '\n' && byte != '\r'; };
     unsigned byte = 0;
     if (text.size() == 4 && equal_ignoring_case(text.substr(0, 2), "0x")) {
         const auto [end, error] = std::from_chars(text.data() + 2, text.data() + text.size(), byte, 16);
-        const bool is_byte = error == std::errc{} && end == text.data() + text.size() && can_delimit(static_cast<char>(byte));
+        const bool is_byte = error == std::errc{} && end == text.data() + text.size() && is_usable(static_cast<char>(byte));
         return is_byte ? std::optional(static_cast<char>(byte)) : std::nullopt;
     }
-    return text.size() == 1 && can_delimit(text[0]) ? std::optional(text[0]) : std::nullopt;
+    return text.size() == 1 && is_usable(text[0]) ? std::optional(text[0]) : std::nullopt;
 }
 
 std::string delimiter_name(char delimiter) {
@@ -75,7 +88,7 @@ std::string delimiter_name(char delimiter) {
                : fmt::format("byte 0x{:02X}", static_cast<unsigned char>(delimiter));
 }
 
-found_delimiter guess_delimiter(std::string_view path, std::string_view text, bool is_all, bool may_be_bar) {
+found_delimiter guess_delimiter(std::string_view path, std::string_view text, bool is_all, csv_syntax syntax, bool may_be_bar) {
     const std::string extension = extension_of(path);
     if (extension == ".tsv" || extension == ".tab" || extension == ".psv") {
         return {extension == ".psv" ? '|' : '\t', ""};
@@ -84,14 +97,21 @@ found_delimiter guess_delimiter(std::string_view path, std::string_view text, bo
     is_all = is_all && text.size() <= looked_at;
     text = text.substr(0, looked_at);
     std::vector<cut_lines> candidates;
+    std::optional<char> of_last_lines;
     for (std::size_t i = 0; i < guessed_delimiters - (may_be_bar ? 0 : 1); ++i) {
-        const cut_lines cut = cut_with(named_delimiters[i].delimiter, text, is_all);
-        if (cut.fields > 1) {
+        syntax.delimiter = named_delimiters[i].delimiter;
+        const cut_lines cut = cut_with(syntax, text, is_all);
+        if (cut.fields > 1 && syntax.delimiter != syntax.quote && syntax.delimiter != syntax.escape) {
             candidates.push_back(cut);
+        } else if (cut.last_fields > 1) {
+            of_last_lines = syntax.delimiter;
         }
     }
     if (candidates.empty()) {
-        return {',', ""};
+        return {',', of_last_lines ? fmt::format("{}: the first line has one field, and others have fields that end with a {}; --skip or "
+                                                 "--comment leaves out lines before the header",
+                                                 path, delimiter_name(*of_last_lines))
+                                   : ""};
     }
     const auto is_worse = [](const cut_lines& a, const cut_lines& b) {
         return a.all_same != b.all_same ? b.all_same : a.all_same ? false : a.same_lines < b.same_lines;

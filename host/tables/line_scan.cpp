@@ -28,11 +28,33 @@ struct scan_state {
     std::uint64_t inside = 0;      // all bits between quotes
     std::uint64_t may_open = 1;    // 1 where a quote may open a field, or be the second of two
     std::uint64_t after_close = 0; // 1 behind a quote that closes a field unless another one follows
+    std::uint64_t escaped = 0;     // 1 behind an escape
+    std::uint64_t line_start = 1;  // 1 behind a line end
 };
 
 struct block_masks {
     std::uint64_t quotes, ends, line_ends, carriage_returns;
 };
+
+// Takes the bytes that escapes make text from all masks. The line feed of an escaped CR LF goes with it.
+void apply_escapes(scan_state& state, std::uint64_t escapes, bool line_feed_next, block_masks& masks, line_index& index) {
+    std::uint64_t escaped = state.escaped;
+    state.escaped = 0;
+    for (std::uint64_t left = escapes & ~escaped; left != 0;) {
+        const std::uint64_t escape = left & (~left + 1);
+        escaped |= escape << 1;
+        state.escaped |= escape >> 63;
+        left &= ~(escape | escape << 1);
+    }
+    const std::uint64_t carriage_returns = escaped & masks.carriage_returns;
+    escaped |= carriage_returns << 1 & masks.line_ends;
+    state.escaped |= line_feed_next ? carriage_returns >> 63 : 0;
+    index.has_inner_line_ends |= (escaped & (masks.line_ends | masks.carriage_returns)) != 0;
+    masks.quotes &= ~escaped;
+    masks.ends &= ~escaped;
+    masks.line_ends &= ~escaped;
+    masks.carriage_returns &= ~escaped;
+}
 
 // Takes what lies between quotes from the ends and returns the bytes that stand where they may not.
 std::uint64_t apply_quotes(scan_state& state, block_masks& masks, std::uint64_t here, line_index& index) {
@@ -51,6 +73,38 @@ std::uint64_t apply_quotes(scan_state& state, block_masks& masks, std::uint64_t 
     return ((opening & ~may_open) | (behind_closing & ~may_follow)) & here;
 }
 
+// The last byte, or the CR LF that it ends.
+bool is_escaped(std::string_view text, const csv_syntax& syntax) {
+    text.remove_suffix(text.ends_with("\r\n") ? 2 : 1);
+    std::size_t escapes = 0;
+    while (escapes < text.size() && syntax.escape == text[text.size() - 1 - escapes]) {
+        ++escapes;
+    }
+    return escapes % 2 == 1;
+}
+
+// Whether nothing but blanks lies between the byte and the beginning of its field, if it is a quote, or else the end of it, as far as there
+// is text.
+bool is_beside_blanks(std::string_view text, std::uint32_t position, const csv_syntax& syntax) {
+    const auto ends_field = [&](char byte) { return byte == syntax.delimiter || byte == '\n' || byte == '\r'; };
+    if (text[position] == *syntax.quote) {
+        std::uint32_t begin = position;
+        while (begin > 0 && text[begin - 1] == ' ' && !ends_field(text[begin - 1])) {
+            --begin;
+        }
+        return begin < position && (begin == 0 || (ends_field(text[begin - 1]) && !is_escaped(text.substr(0, begin), syntax)));
+    }
+    const std::size_t end = text.find_first_not_of(' ', position);
+    return end == text.npos || (end > position && ends_field(text[end]));
+}
+
+// Nothing behind the byte counts.
+void stop_at(int byte, std::uint32_t block_begin, scan_fault kind, block_masks& masks, line_index& index) {
+    index.found_fault = {kind, block_begin + static_cast<std::uint32_t>(byte)};
+    masks.ends &= (std::uint64_t{1} << byte) - 1;
+    masks.line_ends &= masks.ends;
+}
+
 // Appends the positions of the bits to what `next` points to, several at once: most blocks have some, and what is too much is overwritten.
 std::uint32_t* append_positions(std::uint32_t* next, std::uint64_t bits, std::uint32_t first) {
     constexpr int at_once = 4;
@@ -67,7 +121,7 @@ std::uint32_t* append_positions(std::uint32_t* next, std::uint64_t bits, std::ui
 
 } // namespace
 
-void scan_lines(std::string_view text, bool is_last, char delimiter, line_index& index) {
+void scan_lines(std::string_view text, bool is_last, const csv_syntax& syntax, line_index& index) {
     // Whether a CR at the end is the first half of a line end is not known before the next byte is.
     if (!is_last && text.ends_with('\r')) {
         text.remove_suffix(1);
@@ -84,6 +138,7 @@ void scan_lines(std::string_view text, bool is_last, char delimiter, line_index&
     index.ends[0] = UINT32_MAX;
     index.is_ascii = true;
     index.has_inner_line_ends = false;
+    index.has_blanks_around_quotes = false;
     index.found_fault.reset();
     std::uint32_t* const fields = index.ends.get() + 1;
     std::uint32_t* next = fields;
@@ -93,28 +148,42 @@ void scan_lines(std::string_view text, bool is_last, char delimiter, line_index&
     for (std::uint32_t at = 0; at < length; at += block_size) {
         const std::uint32_t size = std::min(length - at, block_size);
         const block loaded(bytes + at, size);
-        block_masks masks{.quotes = equal_bytes(loaded, '"'),
-                          .ends = equal_bytes(loaded, static_cast<std::uint8_t>(delimiter)),
+        block_masks masks{.quotes = syntax.quote ? equal_bytes(loaded, static_cast<std::uint8_t>(*syntax.quote)) : 0,
+                          .ends = equal_bytes(loaded, static_cast<std::uint8_t>(syntax.delimiter)),
                           .line_ends = equal_bytes(loaded, '\n'),
                           .carriage_returns = equal_bytes(loaded, '\r')};
         beyond_ascii |= bytes_beyond_ascii(loaded);
+        const auto line_feed_next = [&] { return at + block_size < length && bytes[at + block_size] == '\n'; };
+        if (syntax.escape) {
+            apply_escapes(state, equal_bytes(loaded, static_cast<std::uint8_t>(*syntax.escape)), line_feed_next(), masks, index);
+        }
         if (masks.carriage_returns != 0) {
-            const bool line_feed_next = at + block_size < length && bytes[at + block_size] == '\n';
-            masks.line_ends |= masks.carriage_returns & ~(masks.line_ends >> 1 | (line_feed_next ? last_bit : 0));
+            masks.line_ends |= masks.carriage_returns & ~(masks.line_ends >> 1 | (line_feed_next() ? last_bit : 0));
         }
         masks.ends |= masks.line_ends;
         if ((masks.quotes | state.inside | state.after_close) != 0) {
-            const std::uint64_t wrong = apply_quotes(state, masks, bifun::first_bits(size), index);
+            std::uint64_t wrong = apply_quotes(state, masks, bifun::first_bits(size), index);
+            while (wrong != 0 && is_beside_blanks(text, at + static_cast<std::uint32_t>(std::countr_zero(wrong)), syntax))
+                [[unlikely]] {
+                    index.has_blanks_around_quotes = true;
+                    wrong &= wrong - 1;
+                }
             if (wrong != 0) [[unlikely]] {
                 const int first = std::countr_zero(wrong);
-                index.found_fault = {quote_fault::misplaced, at + static_cast<std::uint32_t>(first)};
-                masks.ends &= (std::uint64_t{1} << first) - 1;
-                masks.line_ends &= masks.ends;
+                stop_at(first, at, scan_fault::misplaced, masks, index);
             }
         } else {
             state.may_open = 0;
         }
         state.may_open |= masks.ends >> 63;
+        if (syntax.comment) {
+            const std::uint64_t starts = masks.line_ends << 1 | state.line_start;
+            const std::uint64_t comments = equal_bytes(loaded, static_cast<std::uint8_t>(*syntax.comment)) & starts;
+            state.line_start = masks.line_ends >> 63;
+            if (comments != 0) {
+                stop_at(std::countr_zero(comments), at, scan_fault::comment, masks, index);
+            }
+        }
         for (std::uint64_t left = masks.line_ends; left != 0; left &= left - 1) {
             const std::uint64_t up_to_here = left ^ (left - 1);
             *next_line++ = static_cast<std::uint32_t>(next - fields) + static_cast<std::uint32_t>(std::popcount(masks.ends & up_to_here));
@@ -127,7 +196,7 @@ void scan_lines(std::string_view text, bool is_last, char delimiter, line_index&
     if (is_last && !index.found_fault) {
         const std::uint32_t behind_lines = next_line == index.line_fields.get() ? 0 : fields[next_line[-1] - 1] + 1;
         if (state.inside != 0) {
-            index.found_fault = {quote_fault::unclosed, length};
+            index.found_fault = {scan_fault::unclosed, length};
         } else if (behind_lines < length) {
             *next++ = length;
             *next_line++ = static_cast<std::uint32_t>(next - fields);

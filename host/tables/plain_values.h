@@ -6,8 +6,10 @@
 
 #include <charconv>
 #include <cstdint>
+#include <iterator>
 #include <string_view>
 
+#include "host/values/sql_type.h"
 #include "layouts/calendar.h"
 #include "layouts/datetime_layout.h"
 #include "layouts/decimal_layout.h"
@@ -23,12 +25,13 @@ struct digits {
     bool negative;
 };
 
+constexpr std::size_t most_digits = 18;
+
 inline digits read_digits(std::string_view text) {
-    constexpr std::size_t most = 18;
     digits read{};
     read.negative = !text.empty() && text.front() == '-';
     text.remove_prefix(read.negative ? 1 : 0);
-    if (text.size() > most + 1 || (text.size() > 1 && text[0] == '0' && text[1] != '.')) {
+    if (text.size() > most_digits + 1 || (text.size() > 1 && text[0] == '0' && text[1] != '.')) {
         return read;
     }
     std::size_t point = text.size();
@@ -48,7 +51,7 @@ inline digits read_digits(std::string_view text) {
     }
     const auto size = static_cast<std::uint32_t>(text.size());
     const std::uint32_t count = size - (point < size ? 1 : 0);
-    if (count > most) {
+    if (count > most_digits) {
         return read;
     }
     read.magnitude = magnitude;
@@ -96,6 +99,22 @@ inline bool read_value(std::string_view text, xdec& value) {
     const std::uint32_t mark = read.significant == 0 ? XDEC_ZERO : read.negative ? XDEC_NEGATIVE : XDEC_POSITIVE;
     const std::uint32_t precision = read.significant == 0 ? 1 : read.significant;
     bifun::decimal_layout::store_parts(value, bifun::decimal_layout::pack_head(mark, precision, read.scale, 0), read.magnitude);
+    return true;
+}
+
+// With zeros up to the digits behind the point that the shape has.
+inline bool read_value(std::string_view text, decimal_shape shape, xdec& value) {
+    constexpr std::uint64_t powers[] = {1, 10, 100, 1'000, 10'000, 100'000, 1'000'000};
+    const digits read = read_digits(text);
+    const std::uint32_t zeros = static_cast<std::uint32_t>(shape.fraction_digits) - read.scale;
+    if (read.count == 0 || read.significant == 0 || zeros >= std::size(powers) || read.significant + zeros > most_digits ||
+        read.significant + zeros > static_cast<std::uint32_t>(shape.digits)) {
+        return false;
+    }
+    bifun::decimal_layout::store_parts(
+        value,
+        bifun::decimal_layout::pack_head(read.negative ? XDEC_NEGATIVE : XDEC_POSITIVE, read.significant + zeros, read.scale + zeros, 0),
+        read.magnitude * powers[zeros]);
     return true;
 }
 

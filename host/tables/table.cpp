@@ -5,24 +5,50 @@
 #include <span>
 #include <unordered_map>
 #include <unordered_set>
+#include <utility>
 
+#include "embedded/session/environment.h"
 #include "host/near_names.h"
 #include "host/program_error.h"
+#include "host/tables/given_types.h"
+#include "host/values/plain_number.h"
 #include "host/values/value_text.h"
 
 namespace host {
 namespace {
 
-std::vector<std::string> column_names(const table& source) {
-    std::vector<std::string> names;
-    std::ranges::transform(source.columns, std::back_inserter(names), &table_column::name);
-    return names;
-}
-
 // A field as an error shows it: cut, and in UTF-8.
 std::string shown_field(const charset& set, std::string_view text) {
     constexpr std::size_t longest = 40;
     return to_utf8_with_replacements(set, text.substr(0, longest)) + (text.size() > longest ? "..." : "");
+}
+
+// Where a text is one that often stands for NULL.
+std::string null_hint(std::string_view text) {
+    const std::string_view word = without_blanks_around(text);
+    for (const std::string_view known : {"NA", "N/A", "#N/A", "NULL", "\\N", "NONE", "NIL", "NAN", "-", "?", "."}) {
+        if (equal_ignoring_case(word, known)) {
+            return fmt::format("; --null '{}' takes it for NULL", text);
+        }
+    }
+    return text.empty() ? "; --quoted-nulls takes it for NULL" : "";
+}
+
+// Where a number or a date may be written otherwise than in SQL.
+std::string writing_hint(const table& source, const table_column& column, std::string_view text) {
+    std::string plain;
+    for (const auto& [mark, name] : {std::pair(',', "comma"), std::pair('.', "point")}) {
+        if (is_number(column.type.type) && !shape_of_number(without_blanks_around(text)).is_number &&
+            source.reader.decimal_mark() != mark && plain_number(text, mark, plain)) {
+            return fmt::format(", or read numbers such as this with --decimal {}", name);
+        }
+    }
+    const bool may_have_format = is_datetime(column.type.type) && !has_zone(column.type.type) && column.type.format.empty();
+    return may_have_format ? fmt::format(", or a format, as in \"{}:{} '{}'\"", column.name, sql_type_name(column.type.type),
+                                         column.type.type == sql_type::date   ? "DD.MM.YYYY"
+                                         : column.type.type == sql_type::time ? "HH.MI AM"
+                                                                              : "MM/DD/YYYY HH24:MI")
+                           : "";
 }
 
 // What is wrong with a field, as it stands behind the column.
@@ -33,22 +59,22 @@ std::string describe_fault(const table& source, const table_column& column, std:
     switch (fault) {
     case field_fault::invalid_text:
         return fmt::format("{} is not valid {}; name the file's encoding with --encoding NAME", shown, set.name);
-    case field_fault::too_long:
-        return fmt::format("{} does not fit {}; give the column a longer type with --types", shown, type);
+    case field_fault::too_wide:
+        return fmt::format("{} does not fit {}; give the column a wider type with --types", shown, type);
     case field_fault::too_many_digits:
         return fmt::format("{} has more digits than {} keeps; give the column another type with --types, such as {}:VARCHAR", shown, type,
                            column.name);
     case field_fault::not_as_sampled: {
-        const sql_type wider = type_of_fields(*column.sampled | classify_field(text));
+        const sql_type wider = type_of_fields(*column.sampled | classify_field(text, source.reader.decimal_mark()));
         return fmt::format("{} is not of type {}, which the rows at the beginning of the file gave; give the column its type with --types, "
-                           "such as {}:{}, or have the whole file decide with --sample all",
-                           shown, *column.sampled == 0 ? "NULL" : type, column.name, sql_type_name(wider));
+                           "such as {}:{}, or have the whole file decide with --sample all{}",
+                           shown, *column.sampled == 0 ? "NULL" : type, column.name, sql_type_name(wider), null_hint(text));
     }
     case field_fault::out_of_memory:
         return fmt::format("{}: out of memory", shown);
     default:
         return fmt::format("{} is not of type {}; give the column another type with --types, such as {}:VARCHAR{}", shown, type,
-                           column.name, has_date(column.type.type) ? ", and read it by TO_DATE(x, format)" : "");
+                           column.name, null_hint(text) + writing_hint(source, column, text));
     }
 }
 
@@ -93,42 +119,14 @@ std::unique_ptr<table> open_table(const std::string& path, const file_options& o
     return opened;
 }
 
-given_types parse_types(std::string_view text) {
-    given_types types;
-    while (!text.empty()) {
-        std::size_t end = 0;
-        for (int open = 0; end < text.size() && (text[end] != ',' || open > 0); ++end) {
-            open += text[end] == '(' ? 1 : text[end] == ')' ? -1 : 0;
-        }
-        const std::string_view item = without_blanks_around(text.substr(0, end));
-        text.remove_prefix(std::min(end + 1, text.size()));
-        const std::size_t colon = item.rfind(':');
-        if (colon == std::string_view::npos || colon == 0) {
-            fail("--types: \"{}\" is not of the form name:TYPE", item);
-        }
-        const std::optional<column_type> type = find_column_type(item.substr(colon + 1));
-        if (!type) {
-            fail("--types: \"{}\" is not a type; there are {}", item.substr(colon + 1), column_type_names);
-        }
-        types.emplace_back(std::string(without_blanks_around(item.substr(0, colon))), *type);
-    }
-    return types;
-}
-
 void resolve_types(table& source, const given_types& given, type_sample sample, progress_bar& progress) {
     std::vector<bool> unknown;
     std::ranges::transform(source.columns, std::back_inserter(unknown), &table_column::needed);
-    for (const auto& item : given) {
-        const std::string& name = item.first;
-        auto found = std::ranges::find(source.columns, name, &table_column::name);
-        if (found == source.columns.end()) {
-            found = std::ranges::find_if(source.columns, [&](const table_column& c) { return equal_ignoring_case(c.name, name); });
+    for (const given_type& item : given) {
+        if (table_column* const found = find_given_column(source, item.name); found != nullptr) {
+            found->type = item.type;
+            unknown[static_cast<std::size_t>(found - source.columns.data())] = false;
         }
-        if (found == source.columns.end()) {
-            fail("--types: {} has no column {}{}", source.reader.path(), name, did_you_mean(name, column_names(source)));
-        }
-        found->type = item.second;
-        unknown[static_cast<std::size_t>(found - source.columns.begin())] = false;
     }
     if (std::ranges::find(unknown, true) == unknown.end()) {
         source.reader.stop_keeping();
@@ -146,7 +144,17 @@ void resolve_types(table& source, const given_types& given, type_sample sample, 
 }
 
 void create_columns(table& source, std::uint32_t batch_rows) {
+    bifun_environment environment;
+    set_up_environment(*source.settings, environment);
     for (table_column& column : source.columns) {
+        if (column.needed && !column.type.format.empty()) {
+            const std::string format = from_utf8(*source.settings->text_charset, column.type.format).value_or("");
+            column.format = std::make_unique<dfm_model>();
+            if (parse_date_fmt_with_len(&environment, reinterpret_cast<const std::uint8_t*>(format.data()),
+                                        static_cast<std::uint32_t>(format.size()), 0, column.format.get()) != 0) {
+                fail("--types: text cannot be read by {}", column_type_name(column.type));
+            }
+        }
         if (column.needed) {
             column.values.reset(zqengine::create_column(value_type_of(column.type.type), batch_rows));
             if (column.values == nullptr) {
@@ -175,7 +183,11 @@ void store_rows(table& source, row_numbers rows, std::uint32_t first_row, std::v
         if (!column.needed) {
             continue;
         }
-        const field_storing storing{.type = column.type, .sampled = column.sampled, .settings = *source.settings};
+        const field_storing storing{.type = column.type,
+                                    .sampled = column.sampled,
+                                    .settings = *source.settings,
+                                    .format = column.format.get(),
+                                    .decimal_mark = source.reader.decimal_mark()};
         for (std::size_t begin = 0; begin < rows.size();) {
             auto fault = field_fault::none;
             begin += store_fields(storing, source.reader, rows.subspan(begin), i, *column.values,

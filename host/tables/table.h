@@ -8,7 +8,6 @@
 #include <optional>
 #include <string>
 #include <string_view>
-#include <utility>
 #include <vector>
 
 #include "host/output/progress_bar.h"
@@ -26,6 +25,7 @@ struct table_column {
     std::optional<field_kinds> sampled{}; // where the type was found in the first part of the file alone
     bool needed = false;                  // by the query: only such columns have a type that counts, and values
     zqengine::column_pointer values;      // of the batch in hand
+    std::unique_ptr<dfm_model> format{};  // of its type, made with the values
 };
 
 struct table {
@@ -42,11 +42,12 @@ struct table {
 // to the settings.
 std::unique_ptr<table> open_table(const std::string& path, const file_options& options, const session_settings& settings);
 
-// The types that a user gives: column name and type.
-using given_types = std::vector<std::pair<std::string, column_type>>;
-
-// Reads "name:CHAR(10),price:DECIMAL".
-given_types parse_types(std::string_view text);
+// A type that a user gives to a column, whose name may have that of its table before it: staff.salary.
+struct given_type {
+    std::string name;
+    column_type type;
+};
+using given_types = std::vector<given_type>;
 
 // How much of a file decides the types of its columns: its first bytes, more of a file that can be read again than of what is kept in
 // memory for it.
@@ -56,8 +57,8 @@ struct type_sample {
 };
 constexpr std::uint64_t whole_file = UINT64_MAX;
 
-// Gives the needed columns the types given, and reads the file for those of the others. No column may be given that the table does not
-// have.
+// Gives the needed columns the types given, and reads the file for those of the others. Types of columns that the table does not have are
+// those of other tables.
 void resolve_types(table& source, const given_types& given, type_sample sample, progress_bar& progress);
 
 // Makes room for the values of the needed columns.

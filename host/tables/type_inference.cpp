@@ -6,10 +6,13 @@
 #include "engine/decimal.h"
 #include "host/session/interruption.h"
 #include "host/tables/plain_values.h"
+#include "host/values/plain_number.h"
 #include "host/values/value_text.h"
 
 namespace host {
 namespace {
+
+constexpr field_kinds numbers = integer_field | bigint_field | decimal_field | double_field | precise_field;
 
 bool is_digit(char c) { return c >= '0' && c <= '9'; }
 
@@ -82,8 +85,19 @@ field_kinds classify_field(std::string_view text) {
     }
 }
 
+field_kinds classify_field(std::string_view text, std::optional<char> decimal_mark) {
+    if (!decimal_mark) {
+        return classify_field(text);
+    }
+    std::string plain;
+    if (plain_number(text, *decimal_mark, plain)) {
+        return classify_field(plain);
+    }
+    const field_kinds kind = classify_field(text);
+    return (kind & numbers) != 0 ? text_field : kind;
+}
+
 sql_type type_of_fields(field_kinds kinds) {
-    constexpr field_kinds numbers = integer_field | bigint_field | decimal_field | double_field | precise_field;
     constexpr field_kinds changed_by_widening = double_field | precise_field;
     if (kinds != 0 && (kinds & ~numbers) == 0 && (kinds & changed_by_widening) != changed_by_widening) {
         return (kinds & double_field) != 0    ? sql_type::double_precision
@@ -120,7 +134,7 @@ found_kinds find_kinds(csv_reader& reader, const std::vector<bool>& wanted, std:
             field_kinds kinds = found.of_columns[i];
             for (std::size_t r = 0; wanted[i] && (kinds & text_field) == 0 && r < rows.size(); ++r) {
                 const csv_field field = reader.field(rows[r], i);
-                kinds |= field.is_null ? 0U : classify_field(field.text);
+                kinds |= field.is_null_unless_text ? 0U : classify_field(field.text, reader.decimal_mark());
             }
             found.of_columns[i] = kinds;
         }

@@ -4,6 +4,7 @@
 #define BIFUN_HOST_TABLES_TYPE_INFERENCE_H
 
 #include <cstdint>
+#include <optional>
 #include <string_view>
 #include <vector>
 
@@ -34,6 +35,9 @@ enum field_kind : field_kinds {
 // which would lose its zeros, numbers with too many digits for a decimal or an exponent beyond doubles, and fractions of a second with more
 // than six digits.
 field_kinds classify_field(std::string_view text);
+
+// The same with numbers that have this mark before their fraction, if any; what is a number in SQL alone is text then.
+field_kinds classify_field(std::string_view text, std::optional<char> decimal_mark);
 
 // The type that holds every field of a column: the widest of its numbers (a double wherever an exponent stands), TIMESTAMP for dates
 // and timestamps together, VARCHAR for any other mixture, such as values with and without zones or exponents and numbers that a double

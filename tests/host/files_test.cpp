@@ -13,27 +13,6 @@ namespace {
 
 using namespace program_run;
 
-struct read_file_case {
-    std::string file, text;
-    arguments options;
-    std::string out;
-    std::string message = {};
-};
-
-void expect_read(const std::vector<read_file_case>& cases) {
-    for (const read_file_case& tested : cases) {
-        SCOPED_TRACE(joined({tested.file, ": ", tested.text}));
-        const scratch_directory directory;
-        directory.write(tested.file, tested.text);
-        arguments words = tested.options;
-        words.insert(words.end(), {tested.file, "SELECT * FROM t"});
-        const run_result result = directory.run(words);
-        EXPECT_EQ(result.out, tested.out);
-        EXPECT_EQ(result.err, tested.message.empty() ? "" : joined({"bifun: ", tested.message, "\n"}));
-        EXPECT_EQ(result.status, 0);
-    }
-}
-
 TEST(Files, Delimiters) {
     expect_read({
         {"t.csv", "a;b\n1;2,5\n\"x;y\";3,5\n", {}, "a,b\n1,\"2,5\"\nx;y,\"3,5\"\n"},
@@ -63,8 +42,8 @@ TEST(Files, Delimiters) {
     expect_failure("a\n", "SELECT 1 FROM t", "--delimiter: \"ab\" is none; there are comma, ...", {"--delimiter", "ab"});
     expect_failure("a\n", "SELECT 1 FROM t", "--delimiter: \"\"\" is none; ...", {"--delimiter", "\""});
     expect_failure("a\n", "SELECT 1 FROM t", "--delimiter: \"0x0A\" is none; ...", {"--delimiter", "0x0A"});
-    expect_failure("a|b\n1\n", "SELECT 1 FROM t",
-                   "t.csv, line 2: the header has 2 fields and this row 1; a field that holds a bar stands in double quotes",
+    expect_failure("a|b\n1|2|3\n", "SELECT 1 FROM t",
+                   "t.csv, line 2: the header has 2 fields and this row 3; a field that holds a bar stands in double quotes",
                    {"--delimiter", "bar"});
 }
 
@@ -88,10 +67,10 @@ TEST(Files, BadRowsAreLeftOut) {
         return joined({count, " left out; the first: t.csv, line ", reason});
     };
     const std::string fields = "the header has 2 fields and this row ";
-    const std::string end = "; a field that holds a comma stands in double quotes";
+    const std::string end = "; --fill-short-rows has NULL for the rest of such rows";
     const std::string quotes =
         "a quote stands inside a field, or text behind a closing quote; write a field with quotes as \"...\" with each "
-        "quote inside doubled";
+        "quote inside doubled; --quote none reads files in which quotes are text";
     const arguments ignoring = {"--ignore-errors"};
     const arguments typed = {"--ignore-errors", "--types", "a:INT,b:DATE", "--batch-rows", "3"};
     expect_read({

@@ -82,6 +82,20 @@ void expect_failure(const std::string& file, const std::string& sql, const std::
     expect_answer(file, sql, "", options, message);
 }
 
+void expect_read(const std::vector<read_file_case>& cases) {
+    for (const read_file_case& tested : cases) {
+        SCOPED_TRACE(joined({tested.file, ": ", tested.text}));
+        const scratch_directory directory;
+        directory.write(tested.file, tested.text);
+        arguments words = tested.options;
+        words.insert(words.end(), {tested.file, "SELECT * FROM t"});
+        const run_result result = directory.run(words);
+        EXPECT_EQ(result.out, tested.out);
+        EXPECT_EQ(result.err, tested.message.empty() ? "" : joined({"bifun: ", tested.message, "\n"}));
+        EXPECT_EQ(result.status, 0);
+    }
+}
+
 std::string replaced(std::string text, std::string_view from, std::string_view to) {
     for (std::size_t at = text.find(from); at != std::string::npos; at = text.find(from, at + to.size())) {
         text.replace(at, from.size(), to);

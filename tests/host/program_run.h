@@ -52,6 +52,15 @@ void expect_answer(const std::string& file, const std::string& sql, const std::s
 // Expects the message alone.
 void expect_failure(const std::string& file, const std::string& sql, const std::string& message, const arguments& options = {});
 
+// A file, all of which is queried, and the output; `message` behind "bifun: ", if any.
+struct read_file_case {
+    std::string file, text;
+    arguments options;
+    std::string out;
+    std::string message = {};
+};
+void expect_read(const std::vector<read_file_case>& cases);
+
 // The values of expressions, with ` ; ` between, as JSON shows them, or the message behind "bifun: " and "SQL, character " where there is
 // an error.
 std::string shown(const std::string& expressions, arguments options = {});

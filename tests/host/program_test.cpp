@@ -258,12 +258,12 @@ TEST(Program, FileErrors) {
         {"--types", "a:INT"});
     expect_failure(
         "a\n10:00\n", read,
-        "t.csv, line 2, column a: \"10:00\" is not of type DATE; give the column another type with --types, such as a:VARCHAR, and "
-        "read it by TO_DATE(x, format)",
+        "t.csv, line 2, column a: \"10:00\" is not of type DATE; give the column another type with --types, such as a:VARCHAR, or "
+        "a format, as in \"a:DATE 'DD.MM.YYYY'\"",
         {"--types", "a:DATE"});
     expect_failure("a\néé  \nééé\n", read, "t.csv, line 3, column a: \"ééé\" does not fit CHAR(2); ...", {"--types", "a:CHAR(2)"});
     expect_failure("name\nx\n", query, "--types: t.csv has no column nam; did you mean name?", {"--types", "nam:INT"});
-    expect_failure("", "SELECT 1", "--types: \"BOOL\" is not a type; there are INT, BIGINT, DECIMAL, ...", {"--types", "a:BOOL"});
+    expect_failure("", "SELECT 1", "--types: \"BLOB\" is not a type; there are BOOL, TINYINT, ...", {"--types", "a:BLOB"});
     expect_answer("a\n007\n", "SELECT a || 'x' v FROM t", "v\n007x\n", {"--types", "a:Text"});
     expect_failure("a\n", query, "SQL, character 15, near t: ./t.csv and t.csv are both the table t; give one of them", {"./t.csv"});
 }

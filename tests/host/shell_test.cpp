@@ -129,12 +129,21 @@ class running_shell : public terminal {
 };
 
 struct staff_directory : scratch_directory {
-    staff_directory() { write("staff.csv", "name,Hired On,salary\nAda,2019-03-31,10.5\nGrace,2016-02-29,\n"); }
+    staff_directory() {
+        write("staff.csv", "name,Hired On,salary\nAda,2019-03-31,10.5\nGrace,2016-02-29,\n");
+        write("sales.csv", "day,price\n2024-02-29,NA\n");
+    }
+};
+
+// A shell over files of a directory of its own.
+template <class Directory> struct shell_of : Directory {
+    running_shell shell;
+    explicit shell_of(const arguments& words = {}) : shell(*this, words) {}
 };
 
 TEST(Shell, QueriesErrorsAndCommands) {
-    const staff_directory directory;
-    running_shell shell(directory, {"staff.csv"});
+    shell_of<staff_directory> session({"--null", "NA", "staff.csv", "sales.csv"});
+    running_shell& shell = session.shell;
     shell.type("SELECT name, ';' AS x -- ; no end\n");
     EXPECT_TRUE(shell.prompts("..> "));
     shell.type("FROM staff LIMIT 1; SELECT 6 + 1 AS\n");
@@ -145,12 +154,16 @@ TEST(Shell, QueriesErrorsAndCommands) {
     shell.type("SELECT nmae FROM staff;\n");
     EXPECT_TRUE(shell.shows("bifun: SQL, character 8, near nmae"));
     shell.type("\\d\n");
-    EXPECT_TRUE(shell.shows("staff  staff.csv\n"));
-    shell.type("\\types\n\\types salary=INT\n\\types salary:DOUBLE\n\\d STAFF\n");
+    EXPECT_TRUE(shell.shows("staff  staff.csv\nsales  sales.csv\n"));
+    shell.type("\\types\n\\types salary=INT\n\\types salary:DOUBLE\n\\types price:DECIMAL(5,2),sales.day:VARCHAR\n\\types "
+               "x:INT\n\\types\n\\d STAFF\n");
     EXPECT_TRUE(shell.shows("No types are given"));
     EXPECT_TRUE(shell.shows("bifun: \\types: \"salary=INT\" is not of the form name:TYPE\n"));
+    EXPECT_TRUE(shell.shows("bifun: \\types: no file has a column x\n"));
+    EXPECT_TRUE(shell.shows("salary:DOUBLE,price:DECIMAL(5, 2),sales.day:VARCHAR\n"));
     EXPECT_TRUE(shell.shows("name        VARCHAR\n\"Hired On\"  DATE\nsalary      DOUBLE\n"));
-    shell.type("\\types none\n\\d STAFF\n");
+    shell.type("\\d sales\n\\types none\n\\d STAFF\n");
+    EXPECT_TRUE(shell.shows("day    VARCHAR\nprice  DECIMAL(5, 2)\n"));
     EXPECT_TRUE(shell.shows("salary      DECIMAL\n"));
     shell.type("\\h nvl\n");
     EXPECT_TRUE(shell.shows("Entry points"));
@@ -162,14 +175,14 @@ TEST(Shell, QueriesErrorsAndCommands) {
     shell.type("\\o out.csv\n\\format\nSELECT 1 AS a;\nSELECT 2 AS b;\n");
     EXPECT_TRUE(shell.shows("the result is in out.csv\n"));
     EXPECT_TRUE(shell.shows(" b\n"));
-    EXPECT_EQ(read_file(directory.path / "out.csv"), "a\n1\n");
+    EXPECT_EQ(read_file(session.path / "out.csv"), "a\n1\n");
     shell.type("\\nothing\n");
     EXPECT_TRUE(shell.shows("bifun: there is no command \\nothing; \\? lists what there is\n"));
 }
 
 TEST(Shell, Completion) {
-    const staff_directory directory;
-    running_shell shell(directory, {"staff.csv"});
+    shell_of<staff_directory> session({"staff.csv"});
+    running_shell& shell = session.shell;
     shell.type("sel\t\"hi\t, sala\t, datedi\tDAY, \"H\t, DATE '2019-04-01') fr\t st\t;\n");
     EXPECT_TRUE(shell.shows("select \"Hired On\", salary, datediff(DAY, \"Hired On\", DATE '2019-04-01') from staff"));
     EXPECT_TRUE(shell.shows("10.5 "));
@@ -222,8 +235,8 @@ TEST(Shell, CtrlCEndsTheQueryAlone) {
 
 // None comes between two reads of the line.
 TEST(Shell, CtrlCIsNeverLost) {
-    const scratch_directory directory;
-    running_shell shell(directory, {});
+    shell_of<scratch_directory> session;
+    running_shell& shell = session.shell;
     for (int i = 0; i < 200; ++i) {
         shell.type(i % 2 == 0 ? "\x03" : "SELECT");
         shell.type(i % 2 == 0 ? "" : "\x03");
@@ -257,7 +270,7 @@ TEST(Completions, HaveAllOptions) {
     const std::string zsh = read_file(BIFUN_COMPLETIONS "/_bifun");
     const std::string fish = read_file(BIFUN_COMPLETIONS "/bifun.fish");
     for (const std::string& option : options) {
-        EXPECT_TRUE(std::regex_search(bash, std::regex("--" + option + "[ '\"]"))) << option;
+        EXPECT_TRUE(std::regex_search(bash, std::regex("--" + option + "[ '\"\n]"))) << option;
         EXPECT_TRUE(std::regex_search(zsh, std::regex("--" + option + "\\["))) << option;
         EXPECT_TRUE(std::regex_search(fish, std::regex("-l " + option + " "))) << option;
     }
@@ -278,34 +291,43 @@ std::string shell_output(const scratch_directory& directory, const std::string& 
     return read_file(directory.path / "out");
 }
 
+// Words behind bifun, and what the last of them becomes, which = may cut into two.
+struct completed_words {
+    std::string words, completed;
+};
+const completed_words completions[] = {
+    {"sta", "staff.csv"},
+    {"staff.csv --fo", "--format"},
+    {"--format ma", "markdown"},
+    {"--set charset=gb", "charset=gb18030"},
+    {"--null NA --fi", "--fill-short-rows"},
+    {"functions nv", "NVL"},
+    {"des", "describe"},
+};
+
+// By a command that prints what there is for the words in $WORDS, one a line.
+void expect_completions(const scratch_directory& directory, const std::string& command) {
+    for (const completed_words& tested : completions) {
+        const std::string shown = shell_output(directory, joined({"WORDS='", tested.words, "' ", command}));
+        const std::string behind_sign = tested.completed.substr(tested.completed.find('=') + 1);
+        EXPECT_TRUE(shown.starts_with(tested.completed) || shown.starts_with(behind_sign)) << tested.words << '\n' << shown;
+    }
+}
+
 TEST(Completions, OfBash) {
     const staff_directory directory;
     directory.write("complete.sh", joined({"compopt() { :; }; . '", BIFUN_COMPLETIONS,
-                                           "/bifun'\nCOMP_WORDS=(bifun \"$@\") COMP_CWORD=$#; _bifun; echo \"${COMPREPLY[@]}\"\n"}));
-    const auto completed = [&](const std::string& words) { return shell_output(directory, joined({"bash complete.sh ", words})); };
-    EXPECT_EQ(completed("sta"), "staff.csv\n");
-    EXPECT_EQ(completed("staff.csv --fo"), "--format\n");
-    EXPECT_EQ(completed("--format js"), "json jsonl\n");
-    EXPECT_EQ(completed("--set charset = gb"), "gb18030\n");
-    EXPECT_EQ(completed("functions nv"), "NVL\n");
-    EXPECT_EQ(completed("des"), "describe\n");
+                                           "/bifun'\nCOMP_WORDS=(bifun ${WORDS//=/ = }) COMP_CWORD=$((${#COMP_WORDS[@]} - 1)); _bifun\n"
+                                           "printf '%s\\n' \"${COMPREPLY[@]}\"\n"}));
+    expect_completions(directory, "bash complete.sh");
 }
 
 TEST(Completions, OfFish) {
     if (!is_installed("fish")) {
         GTEST_SKIP() << "fish is not installed";
     }
-    const staff_directory directory;
-    const auto completed = [&](const std::string& words) {
-        return shell_output(directory, joined({"HOME=. fish --no-config -c \"source '", BIFUN_COMPLETIONS,
-                                               "/bifun.fish'; complete -C 'bifun ", words, "'\" | cut -f1"}));
-    };
-    EXPECT_EQ(completed("sta"), "staff.csv\n");
-    EXPECT_EQ(completed("staff.csv --fo"), "--format\n");
-    EXPECT_EQ(completed("--format js"), "json\njsonl\n");
-    EXPECT_EQ(completed("--set charset=gb"), "charset=gb18030\n");
-    EXPECT_EQ(completed("functions nv"), "NVL\n");
-    EXPECT_EQ(completed("des"), "describe\n");
+    expect_completions(staff_directory(), joined({"HOME=. fish --no-config -c \"source '", BIFUN_COMPLETIONS,
+                                                  "/bifun.fish'; complete -C \\\"bifun \\$WORDS\\\"\" | cut -f1"}));
 }
 
 TEST(Completions, OfZsh) {
@@ -316,14 +338,12 @@ TEST(Completions, OfZsh) {
     write_program(directory);
     directory.write(".zshrc", joined({path_of_program, "\nfpath=('", BIFUN_COMPLETIONS, "' $fpath)\nautoload -U compinit\ncompinit -u -D\n",
                                       "PS1='zsh> '\n"}));
-    for (const auto& [typed, completed] :
-         {std::pair("bifun sta\t", "bifun staff.csv "), std::pair("bifun staff.csv --fo\t", "--format "),
-          std::pair("bifun --format ma\t", "markdown "), std::pair("bifun --set charset=gb\t", "charset=gb18030 "),
-          std::pair("bifun functions nv\t", "NVL "), std::pair("bifun des\t", "describe ")}) {
-        terminal shell(directory, "zsh", {"-d"});
+    terminal shell(directory, "zsh", {"-d"});
+    for (const completed_words& tested : completions) {
         EXPECT_TRUE(shell.prompts("zsh> "));
-        shell.type(typed);
-        EXPECT_TRUE(shell.shows(completed));
+        shell.type(joined({"bifun ", tested.words, "\t"}));
+        EXPECT_TRUE(shell.shows(joined({tested.completed, " "}))) << tested.words;
+        shell.type("\x15\n"); // takes the line back
     }
 }
 
