@@ -15,11 +15,13 @@
 #include "adapters/binding/invocation.h"
 #include "adapters/binding/keyword_use.h"
 #include "adapters/binding/known_fact.h"
+#include "adapters/binding/library.h"
 #include "adapters/binding/member_choice.h"
 #include "adapters/binding/upper_case.h"
 #include "engine/charset.h"
 #include "engine/datetime.h"
 #include "engine/memory.h"
+#include "engine/statements.h"
 
 namespace binding {
 namespace {
@@ -499,6 +501,9 @@ std::unique_ptr<call> make_call(const signature& form, std::size_t argument_coun
         const sql_type type = type_of(*made, i);
         argument.storage = make_column(value_type_of(type), capacity);
         argument.data = *argument.storage->data;
+        if (value_type_of(type) == value_type::VARCHAR && texts_are_utf8()) {
+            argument.data.engine_word = reinterpret_cast<void*>(std::uintptr_t{ZQ_TEXTS_UTF8}); // NOLINT(performance-no-int-to-ptr)
+        }
         argument.column = {0, nullptr, &argument.data};
         argument.intervals.resize(type == sql_type::interval_dt ? capacity : 0);
     }

@@ -3,11 +3,13 @@
 
 #include <dlfcn.h>
 
+#include <atomic>
 #include <mutex>
 
 #include <fmt/format.h>
 
 #include "embedded/zqengine.h"
+#include "engine/charset.h"
 
 namespace binding {
 namespace {
@@ -17,6 +19,7 @@ constexpr const char* engine_name = "libzqengine.so.0";
 
 std::mutex loading;
 void* library = nullptr;
+std::atomic<bool> are_utf8 = false;
 
 } // namespace
 
@@ -37,8 +40,11 @@ std::string load_library(const bifun_settings& settings) {
     if (set == nullptr || set(settings.compatible_mode, settings.charset_code, settings.case_sensitive) != 0) {
         return fmt::format("{} does not take its settings", library_name);
     }
+    are_utf8 = settings.charset_code == ZQ_CHARSET_UTF8;
     return "";
 }
+
+bool texts_are_utf8() { return are_utf8; }
 
 void* find_function(const char* symbol) { return dlsym(library, symbol); }
 

@@ -12,8 +12,11 @@
 namespace binding {
 
 // Loads the library, once in a process, and hands it its settings, also those of a later call. Returns an empty text, or what stood in the
-// way.
+// way. The host holds its texts to be well-formed in the character set of the settings.
 std::string load_library(const bifun_settings& settings);
+
+// Whether texts are well-formed UTF-8.
+bool texts_are_utf8();
 
 // A function that the loaded library exports; null for another name.
 void* find_function(const char* symbol);

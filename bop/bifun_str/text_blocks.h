@@ -121,7 +121,7 @@ inline known_texts look_at_texts(bytes_of_texts bytes, const bifun_column& /*col
 inline bool shows_other_than_ascii(const bifun_column& column, std::uint32_t first, std::uint32_t count) {
     constexpr std::uint32_t looks = 4;
     const auto* const values = static_cast<const bifun_string*>(column.data->values);
-    for (std::uint32_t i = 0; i < looks; ++i) {
+    for (std::uint32_t i = 0; i < std::min(looks, count); ++i) {
         const std::uint32_t k = first + i * (count - 1) / (looks - 1);
         const std::uint32_t row = column.selection != nullptr ? column.selection[k] : k;
         if ((column.no_nulls != 0 || column.data->null_flags[row] != 0) &&
