@@ -40,7 +40,7 @@ struct call_argument {
     bifun_column column;
     std::vector<interval> intervals; // the values, where the type is interval_dt
     bool repeats;                    // row 0 is what all rows are: it alone is there
-    bool stays;                      // and what it is in the next batches, too
+    bool stays;                      // row 0 is what it was in the last batch, as in all of them
 };
 
 template <class T> T* values_of(call_argument& argument) { return static_cast<T*>(argument.data.values); }

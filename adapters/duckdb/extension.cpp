@@ -149,6 +149,18 @@ std::string evaluate_batch(const overload& function, const session_settings& set
     return failed ? text_of(*failed) : fault.empty() ? fault : name + fault;
 }
 
+// What DuckDB throws, as when it has no memory for a result, has a record in JSON for its text, of which this is the first line.
+std::string first_line_of(const std::exception& thrown) {
+    constexpr std::string_view begin = "\"exception_message\":\"";
+    const std::string text = thrown.what();
+    const std::size_t found = text.find(begin);
+    if (found == std::string::npos) {
+        return text;
+    }
+    const std::size_t first = found + begin.size();
+    return text.substr(first, text.find_first_of("\\\"", first) - first);
+}
+
 void run(duckdb_function_info info, duckdb_data_chunk input, duckdb_vector output) {
     const auto& function = *static_cast<const overload*>(duckdb_scalar_function_get_extra_info(info));
     try {
@@ -157,7 +169,7 @@ void run(duckdb_function_info info, duckdb_data_chunk input, duckdb_vector outpu
             duckdb_scalar_function_set_error(info, ("bifun " + fault).c_str());
         }
     } catch (const std::exception& unexpected) {
-        duckdb_scalar_function_set_error(info, (std::string("bifun: ") + unexpected.what()).c_str());
+        duckdb_scalar_function_set_error(info, ("bifun: " + first_line_of(unexpected)).c_str());
     }
 }
 

@@ -306,8 +306,9 @@ void show_arguments(const NullableDatum* values, MemoryContext context, call_sit
         const bool stays = value.isnull || show_datum(value.value, context, argument, site);
         if (stays && argument.is_literal) {
             site.to_show &= ~(std::uint32_t{1} << position);
+            argument.shown->stays = !value.isnull;
             // A text as a constant is prepared for many rows, which one row does not pay for.
-            argument.shown->stays = argument.shown->repeats = !value.isnull && argument.type < host_type::text;
+            argument.shown->repeats = !value.isnull && argument.type < host_type::text;
         }
     }
 }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Writes the script of the extension, for CREATE EXTENSION, or with --update for ALTER EXTENSION ... UPDATE: that declares what is new and
-// leaves the rest. What an older version had and this one has not, or has with another result, has to be dropped by lines of its own.
+// leaves the rest. What an older version had with another result is made anew, which PostgreSQL refuses where something depends on it; what
+// this one has not stays, and says so when it is called.
 #include <cstdio>
 #include <string>
 #include <string_view>
@@ -21,19 +22,43 @@ std::string quoted(std::string_view text) {
 }
 
 // Functions are named with their schema: PostgreSQL has some of the same names and types, and finds its own first.
-std::string declaration_of(const sql_function& function, const bifun::builtin& builtin, bool updates) {
+std::string form_of(const sql_function& function) {
     std::string types;
     for (const host_type type : function.arguments) {
         types += fmt::format("{}{}", types.empty() ? "" : ", ", names_of(type).sql);
     }
+    return fmt::format("@extschema@.\"{}\"({})", function.name, types);
+}
+
+std::string declaration_of(const sql_function& function, const bifun::builtin& builtin, bool updates) {
+    const std::string form = form_of(function);
     constexpr std::string_view volatilities[] = {"IMMUTABLE", "STABLE", "VOLATILE"};
     const bifun::change change = change_of(function);
-    return fmt::format(
-        "CREATE {}FUNCTION @extschema@.\"{}\"({}) RETURNS {} LANGUAGE C {}{} PARALLEL {} AS 'MODULE_PATHNAME', 'bifun_call';\n"
-        "COMMENT ON FUNCTION @extschema@.\"{}\"({}) IS {};\n",
-        updates ? "OR REPLACE " : "", function.name, types, names_of(function.result).sql, volatilities[static_cast<std::size_t>(change)],
-        function.form.is_null_for_null ? " STRICT" : "", change == bifun::change::every_call ? "RESTRICTED" : "SAFE", function.name, types,
-        quoted(fmt::format("{}: {}", builtin.form, builtin.meaning)));
+    return fmt::format("CREATE {}FUNCTION {} RETURNS {} LANGUAGE C {}{} PARALLEL {} AS 'MODULE_PATHNAME', 'bifun_call';\n"
+                       "COMMENT ON FUNCTION {} IS {};\n",
+                       updates ? "OR REPLACE " : "", form, names_of(function.result).sql, volatilities[static_cast<std::size_t>(change)],
+                       function.form.is_null_for_null ? " STRICT" : "", change == bifun::change::every_call ? "RESTRICTED" : "SAFE", form,
+                       quoted(fmt::format("{}: {}", builtin.form, builtin.meaning)));
+}
+
+// A function is not replaced by one with another result.
+std::string removal_of_other_results() {
+    std::string known;
+    for (const bifun::builtin& builtin : bifun::builtins) {
+        for (const sql_function& function : functions_of(builtin)) {
+            known += fmt::format("{}({}, '{}')", known.empty() ? "" : ",\n", quoted(form_of(function)), names_of(function.result).sql);
+        }
+    }
+    return fmt::format("DO $$\n"
+                       "DECLARE\n"
+                       "    former regprocedure;\n"
+                       "BEGIN\n"
+                       "    FOR former IN SELECT oid FROM pg_proc, (VALUES\n{}) AS known(form, result)\n"
+                       "        WHERE oid = to_regprocedure(form) AND prorettype <> result::regtype LOOP\n"
+                       "        EXECUTE 'DROP FUNCTION ' || former;\n"
+                       "    END LOOP;\n"
+                       "END $$;\n",
+                       known);
 }
 
 std::string script(bool updates) {
@@ -43,6 +68,9 @@ std::string script(bool updates) {
                     "SELECT @extschema@.check_database();\n"
                     "DROP FUNCTION @extschema@.check_database();\n",
                     updates ? "ALTER EXTENSION bifun UPDATE" : "CREATE EXTENSION bifun");
+    if (updates) {
+        made += removal_of_other_results();
+    }
     for (const bifun::builtin& builtin : bifun::builtins) {
         for (const sql_function& function : functions_of(builtin)) {
             made += declaration_of(function, builtin, updates);

@@ -145,6 +145,14 @@ TEST_P(DuckDb, ErrorsTellTheCallAndLeaveTheSessionUsable) {
     }
 }
 
+TEST_P(DuckDb, NoMemoryForResultsIsAnError) {
+    EXPECT_EQ(answer("SET memory_limit = '20MB'"), "");
+    const std::string error = answer("SELECT count(DISTINCT bifun_lpad(i::VARCHAR, 3000, 'ab')) FROM range(1000000) t(i)");
+    EXPECT_NE(error.find("allocat"), std::string::npos) << error;
+    EXPECT_EQ(error.find('{'), std::string::npos) << error;
+    EXPECT_EQ(answer("SELECT bifun_trim(' x ')"), "x");
+}
+
 TEST_P(DuckDb, SettingsAreOfTheSession) {
     if (!GetParam().has_settings) {
         GTEST_SKIP() << "this version lets no C extension add settings";

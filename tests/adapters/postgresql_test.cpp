@@ -211,12 +211,13 @@ TEST_F(PostgreSql, TheDatabaseDecidesTheCharacterSet) {
     EXPECT_EQ(query(*western, "CREATE EXTENSION bifun").error, "0A000 bifun does not have the database's encoding, LATIN1");
 }
 
-// From a version with few functions, two of which this one has not.
+// From a version with few functions, two of which this one has not and one of which gave another result.
 TEST_F(PostgreSql, AnOlderVersionIsBroughtUpToDate) {
     const std::string scripts = std::getenv("BIFUN_EXTENSION_SCRIPTS");
     std::ofstream(scripts + "/bifun--0.0.sql")
         << "CREATE FUNCTION @extschema@.ln(float8) RETURNS float8 LANGUAGE C STRICT AS 'MODULE_PATHNAME', 'bifun_call';"
            "CREATE FUNCTION @extschema@.old(float8) RETURNS text LANGUAGE C AS 'MODULE_PATHNAME', 'bifun_call';"
+           "CREATE FUNCTION @extschema@.sin(float8) RETURNS text LANGUAGE C AS 'MODULE_PATHNAME', 'bifun_call';"
            "CREATE FUNCTION @extschema@.cos(int) RETURNS text LANGUAGE C AS 'MODULE_PATHNAME', 'bifun_call';";
     ASSERT_EQ(std::system(fmt::format("'{}' --update > '{}/bifun--0.0--0.1.sql'", BIFUN_SCRIPT_PROGRAM, scripts).c_str()), 0);
     ASSERT_EQ(answer("CREATE DATABASE older"), "");
@@ -232,7 +233,8 @@ TEST_F(PostgreSql, AnOlderVersionIsBroughtUpToDate) {
                       "declares those that it has",
                       function));
     }
-    EXPECT_EQ(query(*older, "SELECT bifun.ln(1), bifun.trim(' x ')").rows, (session_answer{"", {{"0", "x"}}}).rows);
+    EXPECT_EQ(query(*older, "SELECT bifun.ln(1), bifun.sin(0::float8), bifun.trim(' x ')").rows,
+              (session_answer{"", {{"0", "0", "x"}}}).rows);
 }
 
 } // namespace
