@@ -26,10 +26,10 @@ constexpr std::int32_t enough = 1;
 struct evaluation {
     const json_document& document;
     const jpath& path;
-    std::int32_t& failure; // -503 where a condition has failed
-    bool forgives;         // a strict path as well, behind .**
-    std::int64_t last;     // index of the array whose subscripts are evaluated
-    const path_item* current;
+    std::int32_t& failure;    // -503 where a condition has failed
+    bool forgives;            // a strict path as well, behind .**
+    std::int64_t last;        // index of the array whose subscripts are evaluated
+    const path_item* current; // in filters
 
     [[nodiscard]] bool lax() const { return !path.strict; }
     [[nodiscard]] std::int32_t nothing_there() const { return path.strict && !forgives ? std::int32_t{JSON_NO_SUCH_PART} : go_on; }
@@ -122,7 +122,19 @@ std::int32_t walk_chain(const evaluation& run, const path_chain& chain, const pa
     return walk(run, run.path.steps + chain.first, chain.count, item, run.lax(), receiver);
 }
 
-path_item root_of(const evaluation& run) { return item_of(run.document, 0); }
+// From the document. Members of members, which most paths are, are looked up without making items of what is between.
+std::int32_t walk_document(const evaluation& run, const path_chain& chain, const item_receiver& receiver) {
+    const path_step* step = run.path.steps + chain.first;
+    const path_step* const end = step + chain.count;
+    std::uint32_t token = 0;
+    for (; step != end && step->kind == step_kind::member && first_character(run.document, token) == '{'; ++step) {
+        token = find_member(run, token, *step);
+        if (token == no_token) {
+            return run.nothing_there();
+        }
+    }
+    return walk(run, step, static_cast<std::uint32_t>(end - step), item_of(run.document, token), run.lax(), receiver);
+}
 
 template <class Take> std::int32_t call_take(void* to, const path_item& item) { return (*static_cast<Take*>(to))(item); }
 
@@ -201,7 +213,7 @@ std::int32_t evaluate_operand(const evaluation& run, const path_operand& operand
     integer_text digits;
     switch (operand.kind) {
     case operand_kind::of_document:
-        return walk_chain(run, operand.chain, root_of(run), receiver);
+        return walk_document(run, operand.chain, receiver);
     case operand_kind::of_current:
         return walk_chain(run, operand.chain, *run.current, receiver);
     case operand_kind::of_last:
@@ -561,8 +573,7 @@ std::int32_t walk(const evaluation& run, const path_step* step, std::uint32_t le
 
 std::int32_t evaluate_path(const json_document& document, const jpath& path, const item_receiver& receiver) {
     std::int32_t failure = BIFUN_OK;
-    const path_item root = item_of(document, 0);
-    const evaluation run{.document = document, .path = path, .failure = failure, .forgives = false, .last = 0, .current = &root};
+    const evaluation run{.document = document, .path = path, .failure = failure, .forgives = false, .last = 0, .current = nullptr};
     const std::int32_t outcome = evaluate_operand(run, path.operands[path.root], receiver);
     return failure != BIFUN_OK ? failure : outcome;
 }

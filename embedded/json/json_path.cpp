@@ -22,6 +22,8 @@
 #include <span>
 #include <utility>
 
+#include <unicode/utf8.h>
+
 #include "bop/frame/status.h"
 #include "embedded/json/json_charset.h"
 #include "embedded/json/json_path_text.h"
@@ -507,8 +509,26 @@ template <class T> T* take_list(std::uint8_t*& next, std::size_t count) {
 
 namespace {
 
-// Of a text that is UTF-8.
+// The place of the first byte that is no UTF-8; the length where there is none.
+std::uint32_t find_malformed(std::string_view text) {
+    const auto length = static_cast<std::int32_t>(text.size());
+    std::int32_t at = 0;
+    while (at < length) {
+        const std::int32_t begin = at;
+        UChar32 character = 0;
+        U8_NEXT(text.data(), at, length, character);
+        if (character < 0) {
+            return static_cast<std::uint32_t>(begin);
+        }
+    }
+    return static_cast<std::uint32_t>(length);
+}
+
 std::int32_t make_path(bifun_environment* environment, std::string_view text, jpath** path, std::uint32_t& fault_at) {
+    fault_at = find_malformed(text);
+    if (fault_at != text.size()) {
+        return BIFUN_INVALID_JSON_PATH;
+    }
     const std::size_t count = text.size() + 1;
     const std::size_t parts =
         sizeof(path_step) + sizeof(path_subscript) + sizeof(path_operand) + sizeof(path_condition) + sizeof(URegularExpression*) + 1;
