@@ -90,7 +90,7 @@ bool is_written_so(const json_document& document, std::uint32_t begin, const pat
             return true;
         }
     }
-    return rest.size() > name.size() && rest.starts_with(name) && rest[name.size()] == '"';
+    return rest.size() > name.size() && rest[name.size()] == '"' && rest.starts_with(name);
 }
 
 // Of members with one name the last counts. Gives the value, or no_token.
