@@ -94,9 +94,8 @@ bool is_written_so(const json_document& document, std::uint32_t begin, const pat
 }
 
 // Of members with one name the last counts. Gives the value, or no_token.
-std::uint32_t find_member(const evaluation& run, std::uint32_t object, const path_step& step) {
-    const json_document& document = run.document;
-    const std::string_view name = text_of(run.path, step.name);
+std::uint32_t find_member(const json_document& document, const jpath& path, std::uint32_t object, const path_step& step) {
+    const std::string_view name = text_of(path, step.name);
     std::uint32_t found = no_token;
     (void)for_each_within(document, object, [&](std::uint32_t key) {
         bool is_same = false;
@@ -122,19 +121,7 @@ std::int32_t walk_chain(const evaluation& run, const path_chain& chain, const pa
     return walk(run, run.path.steps + chain.first, chain.count, item, run.lax(), receiver);
 }
 
-// From the document. Members of members, which most paths are, are looked up without making items of what is between.
-std::int32_t walk_document(const evaluation& run, const path_chain& chain, const item_receiver& receiver) {
-    const path_step* step = run.path.steps + chain.first;
-    const path_step* const end = step + chain.count;
-    std::uint32_t token = 0;
-    for (; step != end && step->kind == step_kind::member && first_character(run.document, token) == '{'; ++step) {
-        token = find_member(run, token, *step);
-        if (token == no_token) {
-            return run.nothing_there();
-        }
-    }
-    return walk(run, step, static_cast<std::uint32_t>(end - step), item_of(run.document, token), run.lax(), receiver);
-}
+path_item root_of(const evaluation& run) { return item_of(run.document, 0); }
 
 template <class Take> std::int32_t call_take(void* to, const path_item& item) { return (*static_cast<Take*>(to))(item); }
 
@@ -213,7 +200,7 @@ std::int32_t evaluate_operand(const evaluation& run, const path_operand& operand
     integer_text digits;
     switch (operand.kind) {
     case operand_kind::of_document:
-        return walk_document(run, operand.chain, receiver);
+        return walk_chain(run, operand.chain, root_of(run), receiver);
     case operand_kind::of_current:
         return walk_chain(run, operand.chain, *run.current, receiver);
     case operand_kind::of_last:
@@ -406,7 +393,7 @@ std::int32_t walk_members(const evaluation& run, const walked_step& at, const pa
         return walk_pair(run, at, object);
     }
     if (at.step->kind == step_kind::member) {
-        const std::uint32_t found = find_member(run, object.token, *at.step);
+        const std::uint32_t found = find_member(run.document, run.path, object.token, *at.step);
         return found == no_token ? run.nothing_there() : walk_on(run, at, item_of(run.document, found));
     }
     return for_each_within(run.document, object.token, [&](std::uint32_t key) { return walk_on(run, at, item_of(run.document, key + 2)); });
@@ -570,6 +557,22 @@ std::int32_t walk(const evaluation& run, const path_step* step, std::uint32_t le
 }
 
 } // namespace
+
+bool find_value(const json_document& document, const jpath& path, std::uint32_t& token) {
+    const path_operand& root = path.operands[path.root];
+    if (root.kind != operand_kind::of_document) {
+        return false;
+    }
+    token = 0;
+    const path_step* const steps = path.steps + root.chain.first;
+    for (std::uint32_t i = 0; i < root.chain.count && token != no_token; ++i) {
+        if (steps[i].kind != step_kind::member || first_character(document, token) != '{') {
+            return false;
+        }
+        token = find_member(document, path, token, steps[i]);
+    }
+    return true;
+}
 
 std::int32_t evaluate_path(const json_document& document, const jpath& path, const item_receiver& receiver) {
     std::int32_t failure = BIFUN_OK;
