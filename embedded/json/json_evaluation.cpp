@@ -93,19 +93,29 @@ bool is_written_so(const json_document& document, std::uint32_t begin, const pat
     return rest.size() > name.size() && rest[name.size()] == '"' && rest.starts_with(name);
 }
 
+// The loop of for_each_within, with all that it needs at hand.
+std::uint32_t find_written(const json_document& document, std::uint32_t object, const path_step& step, std::string_view name) {
+    const std::uint32_t* const places = document.places;
+    const std::uint32_t end = document.closings[object];
+    const path_step wanted = step;
+    const json_document in = document;
+    std::uint32_t found = no_token;
+    for (std::uint32_t key = object + 1; key < end; key = behind_value(in, key + 2) + 1) {
+        found = is_written_so(in, places[key] + 1, wanted, name) ? key + 2 : found;
+    }
+    return found;
+}
+
 // Of members with one name the last counts. Gives the value, or no_token.
 std::uint32_t find_member(const json_document& document, const jpath& path, std::uint32_t object, const path_step& step) {
     const std::string_view name = text_of(path, step.name);
+    if (step.is_plain_name && !document.has_backslash) [[likely]] {
+        return find_written(document, object, step, name);
+    }
     std::uint32_t found = no_token;
     (void)for_each_within(document, object, [&](std::uint32_t key) {
-        bool is_same = false;
-        if (step.is_plain_name && !document.has_backslash) [[likely]] {
-            is_same = is_written_so(document, document.places[key] + 1, step, name);
-        } else {
-            const path_item item = item_of(document, key);
-            is_same = has_characters(item.text, item.has_escapes, name);
-        }
-        found = is_same ? key + 2 : found;
+        const path_item item = item_of(document, key);
+        found = has_characters(item.text, item.has_escapes, name) ? key + 2 : found;
         return go_on;
     });
     return found;
