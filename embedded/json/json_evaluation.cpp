@@ -26,10 +26,10 @@ constexpr std::int32_t enough = 1;
 struct evaluation {
     const json_document& document;
     const jpath& path;
-    std::int32_t& failure; // -503 where a condition has failed
-    bool forgives;         // a strict path as well, behind .**
-    std::int64_t last;     // index of the array whose subscripts are evaluated
-    const path_item* current;
+    std::int32_t& failure;    // -503 where a condition has failed
+    bool forgives;            // a strict path as well, behind .**
+    std::int64_t last;        // index of the array whose subscripts are evaluated
+    const path_item* current; // in filters
 
     [[nodiscard]] bool lax() const { return !path.strict; }
     [[nodiscard]] std::int32_t nothing_there() const { return path.strict && !forgives ? std::int32_t{JSON_NO_SUCH_PART} : go_on; }
@@ -90,23 +90,32 @@ bool is_written_so(const json_document& document, std::uint32_t begin, const pat
             return true;
         }
     }
-    return rest.size() > name.size() && rest.starts_with(name) && rest[name.size()] == '"';
+    return rest.size() > name.size() && rest[name.size()] == '"' && rest.starts_with(name);
+}
+
+// The loop of for_each_within, with all that it needs at hand.
+std::uint32_t find_written(const json_document& document, std::uint32_t object, const path_step& step, std::string_view name) {
+    const std::uint32_t* const places = document.places;
+    const std::uint32_t end = document.closings[object];
+    const path_step wanted = step;
+    const json_document in = document;
+    std::uint32_t found = no_token;
+    for (std::uint32_t key = object + 1; key < end; key = behind_value(in, key + 2) + 1) {
+        found = is_written_so(in, places[key] + 1, wanted, name) ? key + 2 : found;
+    }
+    return found;
 }
 
 // Of members with one name the last counts. Gives the value, or no_token.
-std::uint32_t find_member(const evaluation& run, std::uint32_t object, const path_step& step) {
-    const json_document& document = run.document;
-    const std::string_view name = text_of(run.path, step.name);
+std::uint32_t find_member(const json_document& document, const jpath& path, std::uint32_t object, const path_step& step) {
+    const std::string_view name = text_of(path, step.name);
+    if (step.is_plain_name && !document.has_backslash) [[likely]] {
+        return find_written(document, object, step, name);
+    }
     std::uint32_t found = no_token;
     (void)for_each_within(document, object, [&](std::uint32_t key) {
-        bool is_same = false;
-        if (step.is_plain_name && !document.has_backslash) [[likely]] {
-            is_same = is_written_so(document, document.places[key] + 1, step, name);
-        } else {
-            const path_item item = item_of(document, key);
-            is_same = has_characters(item.text, item.has_escapes, name);
-        }
-        found = is_same ? key + 2 : found;
+        const path_item item = item_of(document, key);
+        found = has_characters(item.text, item.has_escapes, name) ? key + 2 : found;
         return go_on;
     });
     return found;
@@ -394,7 +403,7 @@ std::int32_t walk_members(const evaluation& run, const walked_step& at, const pa
         return walk_pair(run, at, object);
     }
     if (at.step->kind == step_kind::member) {
-        const std::uint32_t found = find_member(run, object.token, *at.step);
+        const std::uint32_t found = find_member(run.document, run.path, object.token, *at.step);
         return found == no_token ? run.nothing_there() : walk_on(run, at, item_of(run.document, found));
     }
     return for_each_within(run.document, object.token, [&](std::uint32_t key) { return walk_on(run, at, item_of(run.document, key + 2)); });
@@ -559,10 +568,25 @@ std::int32_t walk(const evaluation& run, const path_step* step, std::uint32_t le
 
 } // namespace
 
+bool find_value(const json_document& document, const jpath& path, std::uint32_t& token) {
+    const path_operand& root = path.operands[path.root];
+    if (root.kind != operand_kind::of_document) {
+        return false;
+    }
+    token = 0;
+    const path_step* const steps = path.steps + root.chain.first;
+    for (std::uint32_t i = 0; i < root.chain.count && token != no_token; ++i) {
+        if (steps[i].kind != step_kind::member || first_character(document, token) != '{') {
+            return false;
+        }
+        token = find_member(document, path, token, steps[i]);
+    }
+    return true;
+}
+
 std::int32_t evaluate_path(const json_document& document, const jpath& path, const item_receiver& receiver) {
     std::int32_t failure = BIFUN_OK;
-    const path_item root = item_of(document, 0);
-    const evaluation run{.document = document, .path = path, .failure = failure, .forgives = false, .last = 0, .current = &root};
+    const evaluation run{.document = document, .path = path, .failure = failure, .forgives = false, .last = 0, .current = nullptr};
     const std::int32_t outcome = evaluate_operand(run, path.operands[path.root], receiver);
     return failure != BIFUN_OK ? failure : outcome;
 }

@@ -32,6 +32,10 @@ struct item_receiver {
 
 path_item item_of(const json_document& document, std::uint32_t token);
 
+// Whether a path does nothing but name members, all of objects, as most paths do. Then `token` is the value; no_token where a member is
+// missing.
+[[nodiscard]] bool find_value(const json_document& document, const jpath& path, std::uint32_t& token);
+
 // Returns what the receiver has returned last, or JSON_NO_SUCH_PART, JSON_WRONG_OPERAND or -503.
 [[nodiscard]] std::int32_t evaluate_path(const json_document& document, const jpath& path, const item_receiver& receiver);
 

@@ -70,16 +70,24 @@ std::uint64_t gather_word(const json_document& document, std::uint32_t first) {
     return characters;
 }
 
-// Of 16, zeros behind the last one.
+// Of fewer tokens, zeros behind the last one; in a register, as bytes in memory would have to be waited for.
+std::uint64_t gather_rest(const json_document& document, std::uint32_t first, std::uint32_t end) {
+    std::uint64_t characters = 0;
+    for (std::uint32_t shift = 0; first < end; ++first, shift += 8) {
+        characters |= std::uint64_t{document.text[document.places[first]]} << shift;
+    }
+    return characters;
+}
+
+// Of 16.
 bifun::byte_block gather_block(const json_document& document, std::uint32_t first) {
-    if (document.token_count - first >= bifun::block_length) {
-        return bifun::block_of_words(gather_word(document, first), gather_word(document, first + 8));
+    constexpr std::uint32_t half = bifun::block_length / 2;
+    const std::uint32_t end = document.token_count;
+    if (end - first >= bifun::block_length) {
+        return bifun::block_of_words(gather_word(document, first), gather_word(document, first + half));
     }
-    std::uint8_t characters[bifun::block_length] = {};
-    for (std::uint32_t i = 0; first + i < document.token_count; ++i) {
-        characters[i] = document.text[document.places[first + i]];
-    }
-    return bifun::load_block(characters);
+    return end - first >= half ? bifun::block_of_words(gather_word(document, first), gather_rest(document, first + half, end))
+                               : bifun::block_of_words(gather_rest(document, first, end), 0);
 }
 
 // The first characters of tokens, one in place of all that scalars of a kind may begin with, and of - . / that none begins with: what
