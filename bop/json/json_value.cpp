@@ -131,8 +131,13 @@ value_or_null text_value(const documents& all, const bifun_string& document, str
     return item.kind == JSON_NULL ? value_or_null::null() : value_or_null(put_text(document, item.text, item.length, room));
 }
 
+// Texts are of any type, too: a host that chooses by the types of arguments alone comes here with whatever the clauses say.
+constexpr const char* any_type_returned =
+    JSON_RETURNS_VARCHAR " " JSON_RETURNS_INT " " JSON_RETURNS_BIGINT " " JSON_RETURNS_DECIMAL " " JSON_RETURNS_DOUBLE " " JSON_RETURNS_BOOL
+                         " " JSON_RETURNS_DATE " " JSON_RETURNS_TIMESTAMP;
+
 status text_rows(batch_of<VARCHAR> batch, column_of<VARCHAR> document, constant_of<VARCHAR> path, const bifun_string_constant* clauses) {
-    return with_documents(batch, path, clauses, json_function::value, JSON_RETURNS_VARCHAR,
+    return with_documents(batch, path, clauses, json_function::value, any_type_returned,
                           [&](const documents& all) { return string_rows<text_value>(batch, shared(all), document); });
 }
 

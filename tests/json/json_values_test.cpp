@@ -16,6 +16,7 @@ TEST(JsonValue, IsAScalarAsText) {
         R"(bjson_value_av_str | {"a":12345678901234567890.1234567890} | $.a | [0] 12345678901234567890.1234567890)",
         R"(bjson_value_av_str | 1 | NULL=$ | [0] NULL)",
         R"(bjson_value_avv_str | 1 | $ | NULL=x | [0] NULL)",
+        R"(bjson_value_avv_str | 1.0 | $ | RETURNING~INT | [0] 1.0)",
         R"(bjson_value_avv_str | {} ~[1] {"a":7} {"a":[]} | $.a | DEFAULT~'it''s'~ON~EMPTY~DEFAULT~-1~ON~ERROR | [0] it's it's 7 -1)",
         R"(bjson_value_avv_str | 1 {} | $.a | ERROR~ON~EMPTY | [0] NULL ? status -7104)",
     });
