@@ -47,7 +47,8 @@ void append_characters_reversed(text_writer& text, const std::uint8_t* bytes, st
 void append_utf8_reversed(text_writer& text, const std::uint8_t* bytes, std::uint32_t length) {
     while (length != 0) {
         std::uint32_t begin = length <= longest_masked ? 0 : length - longest_masked;
-        while ((bytes[begin] & 0xC0) == 0x80) {
+        // Not past the text, should it not be what it was told to be.
+        for (std::uint32_t continuing = 0; begin != 0 && continuing < 3 && (bytes[begin] & 0xC0) == 0x80; ++continuing) {
             ++begin;
         }
         append_characters_reversed(text, bytes + begin, length - begin);
