@@ -113,15 +113,6 @@ value_or_null substring_by_masks(std::uint64_t starts, const bifun_string& text,
 value_or_null substring(const text_operations& texts, const bifun_string& text, const wanted_range& wanted, bifun_string& part) {
     const std::int64_t before = wanted.position - 1;
     const bool is_from_left = before >= 0 && wanted.length >= 0;
-    // A range of stored bytes from the left needs no look at what follows.
-    if (is_from_left && wanted.length <= text.length - before &&
-        begins_with_single_bytes(texts, text, static_cast<std::uint32_t>(before + wanted.length))) {
-        part = {static_cast<std::uint32_t>(wanted.length), 0, text.data + before};
-        return {};
-    }
-    if (texts.known == known_texts::ascii) {
-        return substring_of_bytes(text, wanted, part);
-    }
     if (is_from_left && texts.known == known_texts::utf8 && text.length <= longest_masked) {
         const std::uint64_t starts = starts_of_well_formed(text_bytes<64>(text.data, text.length), text.length);
         if (wanted.length <= std::popcount(starts) - before) {
@@ -130,6 +121,15 @@ value_or_null substring(const text_operations& texts, const bifun_string& text, 
             part = {end - begin, 0, text.data + begin};
             return {};
         }
+    }
+    // A range of stored bytes from the left needs no look at what follows.
+    if (is_from_left && wanted.length <= text.length - before &&
+        begins_with_single_bytes(texts, text, static_cast<std::uint32_t>(before + wanted.length))) {
+        part = {static_cast<std::uint32_t>(wanted.length), 0, text.data + before};
+        return {};
+    }
+    if (texts.known == known_texts::ascii) {
+        return substring_of_bytes(text, wanted, part);
     }
     const auto found = substring_of_any_range(texts, text, wanted);
     part = found.value;
