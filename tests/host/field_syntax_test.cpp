@@ -68,20 +68,6 @@ TEST(FieldSyntax, Escapes) {
          {"--no-header", "--quote", "none", "--escape", "\\n", "--null", "\\N"},
          "column_1,column_2,column_3\n1,,\"a\tb\nc\\d\"\n2,\"\",\"\"\"\"\n"},
     });
-    // An escape and its byte on both sides of every end of a block.
-    for (std::size_t length = 50; length < 80; ++length) {
-        const std::string filler(length, 'x');
-        for (const auto& [written, read] : {std::pair("\\\\,\\,", "\\,\","), std::pair("\\\r\n\\\\,", "\"\r\n\\,")}) {
-            const run_result result = [&, text = written] {
-                const scratch_directory directory;
-                directory.write("t.csv", joined({"a,b\n", filler, text, "z\n"}));
-                return directory.run({"--escape", "\\", "t.csv", "SELECT a, b FROM t"});
-            }();
-            const bool is_first = std::string_view(written).starts_with("\\\\");
-            EXPECT_EQ(result.out, is_first ? joined({"a,b\n", filler, "\\,\",z\"\n"}) : joined({"a,b\n\"", filler, "\r\n\\\",z\n"}))
-                << read;
-        }
-    }
 }
 
 TEST(FieldSyntax, Nulls) {
