@@ -72,7 +72,9 @@ struct byte_parser {
         take();
         constexpr std::string_view letters = "0bfnrtvZ";
         constexpr std::string_view controls("\0\b\f\n\r\t\v\x1A", letters.size());
-        const std::size_t letter = options.escape == '\\' ? letters.find(text[at]) : letters.npos;
+        const std::size_t letter = options.has_letter_escapes ? letters.find(text[at]) : letters.npos;
+        const bool has_meaning = is_at(options.escape) || is_at(options.quote) || is_at(options.delimiter) || at_line_end();
+        field.append(has_meaning || options.has_letter_escapes ? 0 : 1, *options.escape);
         const std::string_view taken = take();
         field += letter == letters.npos ? taken : controls.substr(letter, 1);
     }
@@ -82,7 +84,7 @@ void decide_null(const host::file_options& options, expected_field& field, std::
     const bool may_be = !quoted || options.has_quoted_nulls;
     field.is_null = false;
     for (const std::string& text : options.null_texts) {
-        field.is_null |= may_be && text == written;
+        field.is_null |= may_be && (text == written || (!text.empty() && text == host::without_blanks_around(written)));
     }
     field.is_null_unless_text = field.is_null || (may_be && written.empty());
 }
@@ -210,6 +212,7 @@ host::file_options chosen_options(unsigned choice) {
     case 4:
         options.quote.reset();
         options.escape = '\\';
+        options.has_letter_escapes = true;
         options.null_texts = {"\\N"};
         options.fills_short_rows = true;
         break;

@@ -36,7 +36,7 @@ host::program_options choose_options(choices& chosen) {
     options.library = BIFUN_LIBRARY;
     options.delimiter = chosen.of(delimiters);
     constexpr const char* quotes[] = {"\"", "'", "none", "\\", "0x80"};
-    constexpr const char* escapes[] = {"none", "\\", "^", "\""};
+    constexpr const char* escapes[] = {"none", "\\", "^", "\\n"};
     constexpr const char* nulls[] = {"", "NA", "\\N", "-"};
     options.quote = chosen.of(quotes);
     options.escape = chosen.of(escapes);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "host/file_description.h"
 
+#include <algorithm>
 #include <functional>
 
 #include "engine/columns.h"
@@ -86,6 +87,10 @@ void describe_file(const std::string& path, const program_options& options) {
     output.write_rows(shown, row_count);
     output.finish();
     report_bad_rows(source->reader);
+    if (std::ranges::any_of(described, [](const column_description& column) { return !column.is_valid; })) {
+        print_message(fmt::format("{}: there is text that is not valid {}; name the file's encoding with --encoding NAME", path,
+                                  settings.text_charset->name));
+    }
     commit(results);
 }
 

@@ -116,9 +116,10 @@ void add_file_options(CLI::App& app, program_options& options) {
                    "what stands around fields that hold delimiters, line ends or quotes, which are doubled: a double quote unless given, a "
                    "character of one byte, or none, with which quotes are text")
         ->type_name("CHARACTER");
-    app.add_option("--escape", options.escape,
-                   "what stands before a byte that is text, whatever it is, within quotes and without; none unless given. Behind a "
-                   "backslash, n t r 0 b f v Z are control characters, and \\N is NULL")
+    app.add_option(
+           "--escape", options.escape,
+           "what stands before a quote, a delimiter, a line end or another of it that is text, such as \\; none unless given. \\n for a "
+           "backslash with which n t r 0 b f v Z are control characters. With both, a field \\N is NULL")
         ->type_name("CHARACTER");
     app.add_option("--comment", options.comment, "what lines begin with that are left out, such as #; none unless given")
         ->type_name("CHARACTER");

@@ -38,7 +38,8 @@ file_options reading_of(const program_options& options) {
         }
     }
     reading.quote = byte_or_none("--quote", options.quote);
-    reading.escape = byte_or_none("--escape", options.escape);
+    reading.has_letter_escapes = options.escape == "\\n";
+    reading.escape = reading.has_letter_escapes ? '\\' : byte_or_none("--escape", options.escape);
     reading.comment = byte_or_none("--comment", options.comment);
     for (const auto& [name, mark] : {std::pair("comma", ','), std::pair("point", '.')}) {
         if (equal_ignoring_case(options.decimal, name) || options.decimal == std::string_view(&mark, 1)) {

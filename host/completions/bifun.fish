@@ -13,7 +13,7 @@ complete -c bifun -n $with_files -l format -x -a 'table csv tsv json jsonl markd
 complete -c bifun -n $with_files -l output -r -F -d 'the file that the result goes to'
 complete -c bifun -n $with_files -l delimiter -x -a 'comma tab semicolon bar' -d 'what separates the fields'
 complete -c bifun -n $with_files -l quote -x -a 'none' -d 'what stands around fields'
-complete -c bifun -n $with_files -l escape -x -a 'none' -d 'what stands before a byte that is text'
+complete -c bifun -n $with_files -l escape -x -a 'none' -d 'what stands before a quote that is text'
 complete -c bifun -n $with_files -l comment -x -a 'none' -d 'what lines begin with that are left out'
 complete -c bifun -n $with_files -l decimal -x -a 'comma point' -d 'what stands before the fraction of numbers'
 complete -c bifun -n $with_files -l null -x -a 'NULL NA' -d 'fields that are NULL'

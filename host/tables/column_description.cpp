@@ -109,8 +109,12 @@ column_description describe(const column_state& column, std::string name, const 
                             .smallest = {},
                             .largest = {},
                             .text_line = column.text_line,
-                            .text = {}};
-    const auto shown = [&set](const std::string& text) { return to_utf8_with_replacements(set, text); };
+                            .text = {},
+                            .is_valid = true};
+    const auto shown = [&](const std::string& text) {
+        made.is_valid &= is_valid_text(set, text);
+        return to_utf8_with_replacements(set, text);
+    };
     const auto take = [&](const auto& range) {
         if (range.smallest) {
             made.smallest = shown(range.smallest->text);

@@ -23,6 +23,7 @@ struct column_description {
     // The first row that made the column a VARCHAR: its line, and the field.
     std::optional<std::uint64_t> text_line;
     std::optional<std::string> text;
+    bool is_valid; // whether all of these are text of the character set
 };
 
 // Reads the whole file. Texts are in UTF-8.

@@ -31,7 +31,10 @@ char* allocate(std::size_t size) {
 
 csv_reader::csv_reader(std::string path, const file_options& options, const charset& set)
     : input_(std::move(path), options.encoding, set, options.ignores_errors), options_(options),
-      charset_(set), syntax_{.quote = options.quote, .comment = options.comment, .escape = options.escape},
+      charset_(set), syntax_{.quote = options.quote,
+                             .comment = options.comment,
+                             .escape = options.escape,
+                             .has_letter_escapes = options.has_letter_escapes},
       is_usual_(options.quote == '"' && !options.escape && options.null_texts == file_options().null_texts && !options.has_quoted_nulls &&
                 !options.fills_short_rows),
       bytes_(allocate(first_capacity)), capacity_(first_capacity) {
@@ -144,7 +147,8 @@ void csv_reader::report_fault() {
     }
     drop_lines();
     if (fault.kind == scan_fault::unclosed) {
-        report_bad_row(lines_before_ + 1, "the row that begins here has a quote that is never closed");
+        report_bad_row(lines_before_ + 1,
+                       "the row that begins here has a quote that is never closed; --quote none reads files in which quotes are text");
     }
     drop_first_line();
     rescan();
@@ -399,7 +403,8 @@ csv_field csv_reader::unusual_field(std::uint32_t field, bool ends_line) {
         found = inside_blanks.substr(1, inside_blanks.size() - 2);
     }
     const bool may_be_null = !quoted || options_.has_quoted_nulls;
-    const bool is_null = may_be_null && std::ranges::find(null_texts_, found) != null_texts_.end();
+    const std::string_view written = without_blanks_around(found);
+    const bool is_null = may_be_null && (!written.empty() || found.empty()) && std::ranges::find(null_texts_, written) != null_texts_.end();
     return {.text = decoded_text(found, quoted, syntax_, decoded_),
             .is_null = is_null,
             .is_null_unless_text = is_null || (may_be_null && found.empty())};

@@ -27,11 +27,13 @@ struct file_options {
     std::string encoding;            // as text_input takes it
     std::optional<char> quote = '"'; // this and the next as in csv_syntax
     std::optional<char> escape{};
+    bool has_letter_escapes = false;
     std::optional<char> comment{};
-    std::optional<char> decimal_mark{};         // a comma or a point, as in plain_number; nothing where numbers are as in SQL
-    std::vector<std::string> null_texts = {""}; // in UTF-8; fields that are one of them, as they stand in the file, are NULL
-    bool has_quoted_nulls = false;              // also in quotes
-    bool fills_short_rows = false;              // with NULL; without a header, the longest of the first rows has all columns
+    std::optional<char> decimal_mark{}; // a comma or a point, as in plain_number; nothing where numbers are as in SQL
+    std::vector<std::string> null_texts = {
+        ""};                       // in UTF-8; fields that are one of them, as they stand in the file but for blanks around, are NULL
+    bool has_quoted_nulls = false; // also in quotes
+    bool fills_short_rows = false; // with NULL; without a header, the longest of the first rows has all columns
 };
 
 // With no texts of NULLs given, a field without quotes and without characters is NULL; "" is the empty string.

@@ -4,11 +4,16 @@
 namespace host {
 namespace {
 
-char byte_behind_backslash(char byte) {
+// What an escape and the byte behind it stand for.
+void append_escaped(std::string& decoded, char byte, const csv_syntax& syntax) {
     constexpr std::string_view letters = "0bfnrtvZ";
-    constexpr std::string_view bytes("\0\b\f\n\r\t\v\x1A", letters.size());
-    const std::size_t found = letters.find(byte);
-    return found == letters.npos ? byte : bytes[found];
+    constexpr std::string_view controls("\0\b\f\n\r\t\v\x1A", letters.size());
+    const std::size_t letter = syntax.has_letter_escapes ? letters.find(byte) : letters.npos;
+    const bool has_meaning = byte == *syntax.escape || byte == syntax.quote || byte == syntax.delimiter || byte == '\n' || byte == '\r';
+    if (!has_meaning && !syntax.has_letter_escapes) {
+        decoded += *syntax.escape;
+    }
+    decoded += letter == letters.npos ? byte : controls[letter];
 }
 
 } // namespace
@@ -29,7 +34,11 @@ std::string_view decoded_text(std::string_view field, bool quoted, const csv_syn
     std::size_t begin = 0;
     for (; at != field.npos && at + 1 < field.size(); at = next_special(begin)) {
         decoded.append(field, begin, at - begin);
-        decoded += field[at] == '\\' && syntax.escape == '\\' ? byte_behind_backslash(field[at + 1]) : field[at + 1];
+        if (field[at] == syntax.escape) {
+            append_escaped(decoded, field[at + 1], syntax);
+        } else {
+            decoded += field[at + 1];
+        }
         begin = at + 2;
     }
     return decoded.append(field.substr(begin));

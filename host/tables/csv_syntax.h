@@ -13,12 +13,13 @@ struct csv_syntax {
     char delimiter = ',';
     std::optional<char> quote = '"'; // around fields, and doubled within them; nothing where a file has none
     std::optional<char> comment{};   // a line that begins with it is left out
-    std::optional<char> escape{}; // the byte behind it is text, within quotes and without; a backslash also writes line feeds and the like
+    std::optional<char> escape{};    // a quote, a delimiter, a line end or an escape behind it is text, within quotes and without
+    bool has_letter_escapes = false; // and every other byte is itself, but for letters that are control characters
 };
 
 // The text of a field that has an escape or quotes within its quotes, of which the outer ones are not given; `quoted` where there were
-// some. It refers to the field or to `decoded`. Behind a backslash, 0 b f n r t v and Z are NUL, backspace, form feed, line feed, carriage
-// return, tab, vertical tab and byte 26, as in LOAD DATA and COPY; every other byte is itself.
+// some. It refers to the field or to `decoded`. The letters are those of LOAD DATA and COPY: 0 b f n r t v and Z for NUL, backspace, form
+// feed, line feed, carriage return, tab, vertical tab and byte 26. Without them, an escape before any other byte is text.
 std::string_view decoded_text(std::string_view field, bool quoted, const csv_syntax& syntax, std::string& decoded);
 
 } // namespace host

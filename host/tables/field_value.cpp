@@ -43,6 +43,7 @@ constexpr named_type named_types[] = {
     {"INT8", sql_type::bigint},
     {"DECIMAL", sql_type::decimal, type_width::digits},
     {"NUMERIC", sql_type::decimal, type_width::digits},
+    {"NUMBER", sql_type::decimal, type_width::digits},
     {"DOUBLE", sql_type::double_precision},
     {"DOUBLE PRECISION", sql_type::double_precision},
     {"FLOAT", sql_type::double_precision},
@@ -60,6 +61,7 @@ constexpr named_type named_types[] = {
     {"TIMETZ", sql_type::time_with_zone, type_width::fraction_digits},
     {"TIMESTAMPTZ", sql_type::timestamp_with_zone, type_width::fraction_digits},
     {"VARCHAR", sql_type::varchar, type_width::characters},
+    {"VARCHAR2", sql_type::varchar, type_width::characters},
     {"CHARACTER VARYING", sql_type::varchar, type_width::characters},
     {"TEXT", sql_type::varchar},
     {"STRING", sql_type::varchar},
@@ -323,11 +325,10 @@ field_fault store_field(const field_storing& storing, std::string_view text, boo
 namespace {
 
 // `store_plain` stores a text as row `row`, or is false for what is left to store_field.
-template <class StorePlain>
+template <bool is_text, class StorePlain>
 std::size_t store_all(const field_storing& storing, csv_reader& reader, std::span<const std::uint32_t> rows, std::size_t column,
                       zqengine::column_storage& values, std::uint32_t first_row, field_fault& fault, StorePlain store_plain) {
     const bool is_ascii = reader.is_ascii();
-    const bool is_text = storing.type.type == sql_type::varchar;
     std::uint8_t* const known = values.data.null_flags + first_row;
     for (std::size_t i = 0; i < rows.size(); ++i) {
         const csv_field field = reader.field(rows[i], column);
@@ -352,8 +353,14 @@ std::size_t store_all(const field_storing& storing, csv_reader& reader, std::spa
 
 std::size_t store_fields(const field_storing& storing, csv_reader& reader, std::span<const std::uint32_t> rows, std::size_t column,
                          zqengine::column_storage& values, std::uint32_t first_row, field_fault& fault) {
-    const auto store = [&](auto store_plain) { return store_all(storing, reader, rows, column, values, first_row, fault, store_plain); };
-    const auto store_generally = [&] { return store([](std::string_view, std::uint32_t) { return false; }); };
+    const auto store = [&](auto store_plain) {
+        return store_all<false>(storing, reader, rows, column, values, first_row, fault, store_plain);
+    };
+    const auto store_text = [&](auto store_plain) {
+        return store_all<true>(storing, reader, rows, column, values, first_row, fault, store_plain);
+    };
+    const auto never = [](std::string_view, std::uint32_t) { return false; };
+    const auto store_generally = [&] { return storing.type.type == sql_type::varchar ? store_text(never) : store(never); };
     const bool is_plain = is_number(storing.type.type) ? !storing.decimal_mark && !storing.type.largest : storing.format == nullptr;
     if (!is_plain) {
         return store_generally();
@@ -390,7 +397,7 @@ std::size_t store_fields(const field_storing& storing, csv_reader& reader, std::
     case sql_type::varchar:
         // Text with blanks at the end is stored by the general way, which counts them; text that has been sampled may only be so by chance.
         if (reader.is_ascii() && !storing.type.characters && (!storing.sampled || *storing.sampled != 0)) {
-            return store([&values](std::string_view text, std::uint32_t row) {
+            return store_text([&values](std::string_view text, std::uint32_t row) {
                 return !text.ends_with(' ') && text.size() <= longest_plain_text &&
                        bdta3_col_assign_str(nullptr, nullptr, &values.column, row, bytes_of(text), static_cast<std::uint32_t>(text.size()),
                                             0) == 0;

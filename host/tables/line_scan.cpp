@@ -119,9 +119,16 @@ std::uint32_t* append_positions(std::uint32_t* next, std::uint64_t bits, std::ui
     return behind;
 }
 
-} // namespace
-
-void scan_lines(std::string_view text, bool is_last, const csv_syntax& syntax, line_index& index) {
+// Nearly all files have double quotes, no escapes and no comments: for them the compiler knows it.
+template <bool is_usual> void scan(std::string_view text, bool is_last, const csv_syntax& syntax, line_index& index) {
+    // Copies, which what is written below cannot change.
+    const auto delimiter = static_cast<std::uint8_t>(syntax.delimiter);
+    const bool has_quote = is_usual || syntax.quote.has_value();
+    const bool has_escape = !is_usual && syntax.escape.has_value();
+    const bool has_comment = !is_usual && syntax.comment.has_value();
+    const auto quote = static_cast<std::uint8_t>(is_usual ? '"' : syntax.quote.value_or('\0'));
+    const auto escape = static_cast<std::uint8_t>(syntax.escape.value_or('\0'));
+    const auto comment = static_cast<std::uint8_t>(syntax.comment.value_or('\0'));
     // Whether a CR at the end is the first half of a line end is not known before the next byte is.
     if (!is_last && text.ends_with('\r')) {
         text.remove_suffix(1);
@@ -148,14 +155,14 @@ void scan_lines(std::string_view text, bool is_last, const csv_syntax& syntax, l
     for (std::uint32_t at = 0; at < length; at += block_size) {
         const std::uint32_t size = std::min(length - at, block_size);
         const block loaded(bytes + at, size);
-        block_masks masks{.quotes = syntax.quote ? equal_bytes(loaded, static_cast<std::uint8_t>(*syntax.quote)) : 0,
-                          .ends = equal_bytes(loaded, static_cast<std::uint8_t>(syntax.delimiter)),
+        block_masks masks{.quotes = has_quote ? equal_bytes(loaded, quote) : 0,
+                          .ends = equal_bytes(loaded, delimiter),
                           .line_ends = equal_bytes(loaded, '\n'),
                           .carriage_returns = equal_bytes(loaded, '\r')};
         beyond_ascii |= bytes_beyond_ascii(loaded);
         const auto line_feed_next = [&] { return at + block_size < length && bytes[at + block_size] == '\n'; };
-        if (syntax.escape) {
-            apply_escapes(state, equal_bytes(loaded, static_cast<std::uint8_t>(*syntax.escape)), line_feed_next(), masks, index);
+        if (has_escape) {
+            apply_escapes(state, equal_bytes(loaded, escape), line_feed_next(), masks, index);
         }
         if (masks.carriage_returns != 0) {
             masks.line_ends |= masks.carriage_returns & ~(masks.line_ends >> 1 | (line_feed_next() ? last_bit : 0));
@@ -176,9 +183,9 @@ void scan_lines(std::string_view text, bool is_last, const csv_syntax& syntax, l
             state.may_open = 0;
         }
         state.may_open |= masks.ends >> 63;
-        if (syntax.comment) {
+        if (has_comment) {
             const std::uint64_t starts = masks.line_ends << 1 | state.line_start;
-            const std::uint64_t comments = equal_bytes(loaded, static_cast<std::uint8_t>(*syntax.comment)) & starts;
+            const std::uint64_t comments = equal_bytes(loaded, comment) & starts;
             state.line_start = masks.line_ends >> 63;
             if (comments != 0) {
                 stop_at(std::countr_zero(comments), at, scan_fault::comment, masks, index);
@@ -204,6 +211,16 @@ void scan_lines(std::string_view text, bool is_last, const csv_syntax& syntax, l
     }
     index.is_ascii = beyond_ascii == 0;
     index.lines = static_cast<std::uint32_t>(next_line - index.line_fields.get());
+}
+
+} // namespace
+
+void scan_lines(std::string_view text, bool is_last, const csv_syntax& syntax, line_index& index) {
+    if (syntax.quote == '"' && !syntax.escape && !syntax.comment) {
+        scan<true>(text, is_last, syntax, index);
+    } else {
+        scan<false>(text, is_last, syntax, index);
+    }
 }
 
 std::uint64_t count_line_ends(std::string_view text) {

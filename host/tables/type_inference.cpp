@@ -85,12 +85,9 @@ field_kinds classify_field(std::string_view text) {
     }
 }
 
-field_kinds classify_field(std::string_view text, std::optional<char> decimal_mark) {
-    if (!decimal_mark) {
-        return classify_field(text);
-    }
+field_kinds classify_marked_field(std::string_view text, char decimal_mark) {
     std::string plain;
-    if (plain_number(text, *decimal_mark, plain)) {
+    if (plain_number(text, decimal_mark, plain)) {
         return classify_field(plain);
     }
     const field_kinds kind = classify_field(text);
@@ -125,6 +122,7 @@ sql_type type_of_fields(field_kinds kinds) {
 found_kinds find_kinds(csv_reader& reader, const std::vector<bool>& wanted, std::uint64_t most_text, progress_bar& progress) {
     found_kinds found{.of_columns = std::vector<field_kinds>(wanted.size(), 0), .is_whole_file = false};
     constexpr std::uint32_t most_rows = 1024;
+    const std::optional<char> decimal_mark = reader.decimal_mark();
     std::uint64_t row_count = 0;
     while (reader.text_read() <= most_text && !found.is_whole_file) {
         stop_if_interrupted();
@@ -134,7 +132,7 @@ found_kinds find_kinds(csv_reader& reader, const std::vector<bool>& wanted, std:
             field_kinds kinds = found.of_columns[i];
             for (std::size_t r = 0; wanted[i] && (kinds & text_field) == 0 && r < rows.size(); ++r) {
                 const csv_field field = reader.field(rows[r], i);
-                kinds |= field.is_null_unless_text ? 0U : classify_field(field.text, reader.decimal_mark());
+                kinds |= field.is_null_unless_text ? 0U : classify_field(field.text, decimal_mark);
             }
             found.of_columns[i] = kinds;
         }

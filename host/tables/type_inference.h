@@ -37,7 +37,10 @@ enum field_kind : field_kinds {
 field_kinds classify_field(std::string_view text);
 
 // The same with numbers that have this mark before their fraction, if any; what is a number in SQL alone is text then.
-field_kinds classify_field(std::string_view text, std::optional<char> decimal_mark);
+field_kinds classify_marked_field(std::string_view text, char decimal_mark);
+inline field_kinds classify_field(std::string_view text, std::optional<char> decimal_mark) {
+    return decimal_mark ? classify_marked_field(text, *decimal_mark) : classify_field(text);
+}
 
 // The type that holds every field of a column: the widest of its numbers (a double wherever an exponent stands), TIMESTAMP for dates
 // and timestamps together, VARCHAR for any other mixture, such as values with and without zones or exponents and numbers that a double

@@ -64,10 +64,6 @@ TEST(ColumnTypes, NumbersAsPeopleWriteThem) {
                   "a,b,c,d,x\n1234.56,-1000,1234567.5,1.5,-1234560.00\n0.5,2,1234,01.02.2024,1.0\n", comma);
     expect_answer("a\n\"1,234.5\"\n12\n", "SELECT a + 1 AS x FROM t", "x\n1235.5\n13\n", {"--decimal", "."});
     for (const char* const text : {"1.5", "0.123", "1.2345,6", "1234.567", "1.234.56", ".123,4", "1,2,3", "1.234'567", ",", "-"}) {
-        expect_answer(
-            joined({"a\n\"", text, "\"\n"}), "SELECT a || 'x' AS a FROM t",
-            joined({"a\n", std::string(text).find(',') == std::string::npos ? joined({text, "x"}) : joined({"\"", text, "x\""}), "\n"}),
-            comma);
         expect_failure(joined({"a\n\"", text, "\"\n"}), "SELECT a FROM t",
                        joined({"t.csv, line 2, column a: \"", text, "\" is not of type DECIMAL; ..."}),
                        {"--decimal", "comma", "--types", "a:DECIMAL"});
@@ -121,9 +117,9 @@ TEST(ColumnTypes, OfSeveralFiles) {
         const run_result result = directory.run({"--types", types, "t.csv", "u-1.csv", joined({"SELECT * FROM ", from})});
         return joined({result.out, result.err});
     };
-    const std::string double_a = "a:DECIMAL(3,1),B:DECIMAL(4,2),U_1.a:CHAR(2),u-1.c:DECIMAL(2,1)";
-    EXPECT_EQ(shown(double_a, "t"), "a,b\n1.0,2.00\n");
-    EXPECT_EQ(shown(double_a, "u_1"), "a,c\n1 ,2.0\n");
+    const std::string types_of_both = "a:DECIMAL(3,1),B:DECIMAL(4,2),U_1.a:CHAR(2),u-1.c:DECIMAL(2,1)";
+    EXPECT_EQ(shown(types_of_both, "t"), "a,b\n1.0,2.00\n");
+    EXPECT_EQ(shown(types_of_both, "u_1"), "a,c\n1 ,2.0\n");
     EXPECT_EQ(shown("d:INT", "t"), "bifun: --types: no file has a column d\n");
     EXPECT_EQ(shown("t.c:INT", "t"), "bifun: --types: no file has a column t.c\n");
     EXPECT_EQ(shown("a:INT,a:DECIMAL(2,1)", "t"), "a,b\n1.0,2\n");

@@ -78,7 +78,8 @@ TEST(Files, BadRowsAreLeftOut) {
         {"t.csv", "a,b\n1,\"x\ny\"\n3,x\"y\n4,5\n\"6\"6,7\n8,9\n", ignoring, "a,b\n1,\"x\ny\"\n4,5\n8,9\n",
          left_out("2 rows", joined({"4: ", quotes}))},
         {"t.csv", "a,b\n1,2\n3,\"x\n4,5\n", ignoring, "a,b\n1,2\n4,5\n",
-         left_out("1 row", "3: the row that begins here has a quote that is never closed")},
+         left_out("1 row",
+                  "3: the row that begins here has a quote that is never closed; --quote none reads files in which quotes are text")},
         {"t.csv", "a,b\n1,2024-01-01\nx,y\n2,2024-02-30\n3,\n4,2024-01-02\nz,2024-01-03\n", typed, "a,b\n1,2024-01-01\n3,\n4,2024-01-02\n",
          left_out("3 rows", "3, column a: \"x\" is not of type INT; give the column another type with --types, such as a:VARCHAR")},
     });

@@ -229,6 +229,8 @@ TEST(Descriptions, Columns) {
     const run_result result = directory.run({"describe", "--ignore-errors", "--format", "table", "u.csv"});
     EXPECT_NE(result.out.find("a      | VARCHAR |      3 |     0 | 1        | \xEF\xBF\xBD"), std::string::npos) << result.out;
     EXPECT_TRUE(result.err.starts_with("bifun: 1 row left out; the first: u.csv, line 3: ")) << result.err;
+    EXPECT_TRUE(
+        result.err.ends_with("\nbifun: u.csv: there is text that is not valid utf-8; name the file's encoding with --encoding NAME\n"));
     EXPECT_EQ(directory.run({"describe"}).err, "bifun: FILE is required; see bifun --help\n");
 }
 

@@ -249,7 +249,7 @@ TEST(Program, FileErrors) {
     expect_failure("", query, "t.csv: No such file or directory; check the file's name ...", {"t.csv"});
     expect_failure("\n", query, "t.csv: the file is empty; its first line must name the columns");
     expect_failure("a,b\n\"x\ny\",1\n3\n", query, "t.csv, line 4: the header has 2 fields and this row 1; ...");
-    expect_failure("a,b\n1,2\n3,\"x\n\n", query, "t.csv, line 3: the row that begins here has a quote that is never closed");
+    expect_failure("a,b\n1,2\n3,\"x\n\n", query, "t.csv, line 3: the row that begins here has a quote that is never closed; ...");
     expect_failure("a\nx\ny\"z\n", query, "t.csv, line 3: a quote stands inside a field, or text behind a closing quote; ...");
     expect_failure("a\nx\n\xC0\xAF\n", read, "t.csv, line 3, column a: \"\xEF\xBF\xBD\xEF\xBF\xBD\" is not valid utf-8; ...");
     expect_failure(
