@@ -287,6 +287,7 @@ void csv_reader::read_header() {
     for (std::uint32_t line = line_; is_first && takes_longest && line < index_.lines; ++line) {
         header_.resize(std::max<std::size_t>(header_.size(), index_.line_fields[line] - first_field(line)));
     }
+    header_end_ = line_at(index_.ends[index_.line_fields[line_]]);
     line_ += options_.has_header ? 1 : 0;
 }
 
@@ -322,7 +323,23 @@ std::span<const std::uint32_t> csv_reader::next_rows(std::uint32_t most) {
             }
         }
     }
+    found_rows_ |= !rows_.empty();
     return rows_;
+}
+
+// Of the rows in hand from a line on, of which there are several.
+bool csv_reader::have_one_field_more(std::uint32_t first_line) const {
+    std::uint32_t rows = 0;
+    for (std::uint32_t line = first_line; line < index_.lines; ++line) {
+        if (is_blank(line)) {
+            continue;
+        }
+        if (index_.line_fields[line] - first_field(line) != header_.size() + 1) {
+            return false;
+        }
+        ++rows;
+    }
+    return rows > 1;
 }
 
 void csv_reader::report_field_count(std::uint32_t line) {
@@ -334,6 +351,11 @@ void csv_reader::report_field_count(std::uint32_t line) {
     } else if (syntax_.quote) {
         hint = fmt::format("; a field that holds a {} stands in {}", delimiter_name(syntax_.delimiter),
                            *syntax_.quote == '"' ? "double quotes" : fmt::format("{0}...{0}", *syntax_.quote));
+    }
+    if (columns > 1 && options_.has_header && !found_rows_ && bad_rows_ == 0 && have_one_field_more(line)) {
+        hint += fmt::format("; as the rows have one field more, the first column may have no name, as R writes row names: --no-header "
+                            "--skip {} reads them",
+                            header_end_);
     }
     if (text()[begin_of(first_field(line))] == '#' || (columns == 1 && header_[0].starts_with('#'))) {
         hint = "; --comment '#' leaves out lines that begin with it";

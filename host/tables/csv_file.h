@@ -111,6 +111,7 @@ class csv_reader {
     bool find_line();
     void report_fault();
     void report_field_count(std::uint32_t line);
+    [[nodiscard]] bool have_one_field_more(std::uint32_t first_line) const;
     std::uint32_t fill_row(std::uint32_t line);
     void drop_bytes(std::size_t position, std::uint64_t lines);
     void drop_lines();
@@ -162,6 +163,8 @@ class csv_reader {
     std::uint32_t line_ = 0;         // of the index, the next to read
     std::uint64_t lines_before_ = 0; // of the file, before the bytes
 
+    std::uint64_t header_end_ = 0; // the line in which the header ends
+    bool found_rows_ = false;      // since the file was opened
     std::vector<std::uint32_t> rows_;
     std::size_t behind_fields_ = 0; // of the index and of the rows that have been filled
     std::string decoded_;

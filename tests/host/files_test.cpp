@@ -59,6 +59,20 @@ TEST(Files, HeadersAndSkippedLines) {
     });
     expect_failure("a\n1\n", "SELECT 1 FROM t", "t.csv: the file is empty; its first line must name the columns", {"--skip", "2"});
     expect_failure("#\na\n1,2\n", "SELECT 1 FROM t", "t.csv, line 3: the header has 1 field ...", {"--skip", "1"});
+    const std::string unnamed = "#\n\"a\nb\",c\n\"1\",2,x\n\n\"2\",3,y\n";
+    expect_failure(unnamed, "SELECT 1 FROM t",
+                   "t.csv, line 4: the header has 2 fields and this row 3; a field that holds a comma stands in double quotes; as the rows "
+                   "have one field more, the first column may have no name, as R writes row names: --no-header --skip 3 reads them",
+                   {"--comment", "#", "--delimiter", "comma"});
+    expect_read({{"t.csv", unnamed, {"--no-header", "--skip", "3"}, "column_1,column_2,column_3\n1,2,x\n2,3,y\n"}});
+    const std::pair<std::string, std::string> others[] = {
+        {"a,b\n1,2,3\n1,2,3\n1,2\n", "2: the header has 2 fields and this row 3"},
+        {"a,b\n1,2\n1,2,3\n1,2,3\n", "3: the header has 2 fields and this row 3"},
+        {"a,b\n1,2,3,4\n1,2,3,4\n", "2: the header has 2 fields and this row 4"},
+    };
+    for (const auto& [file, message] : others) {
+        expect_failure(file, "SELECT 1 FROM t", joined({"t.csv, line ", message, "; a field that holds a comma stands in double quotes"}));
+    }
     expect_failure("1,2\n3\n", "SELECT 1 FROM t", "t.csv, line 2: the first row has 2 fields and this row 1; ...", {"--no-header"});
 }
 
