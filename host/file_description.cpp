@@ -7,6 +7,7 @@
 #include "engine/columns.h"
 #include "host/messages.h"
 #include "host/tables/column_description.h"
+#include "host/tables/given_types.h"
 
 namespace host {
 namespace {
@@ -45,13 +46,22 @@ std::optional<std::string> cut(const std::optional<std::string>& text, bool is_c
 
 void describe_file(const std::string& path, const program_options& options) {
     const session_settings settings = read_settings(options.settings);
+    // First of all, as for a query: it tells the engine of the character set, by which widths and formats are read.
+    const function_library library(options.library, settings.library);
     begin_session(settings);
     const output_format format = format_of(options);
     progress_bar progress;
-    const std::unique_ptr<table> source = open_table(path, reading_of(options), settings);
+    const given_types types = parse_types(options.types);
+    const file_options reading = reading_of(options);
+    const std::unique_ptr<table> source = open_table(path, reading, settings);
     if (!source->reader.doubt().empty()) {
         print_message(source->reader.doubt());
     }
+    check_given_types(types, source.get(), {path}, reading, settings);
+    for (const given_type& given : types) {
+        find_given_column(*source, given.name)->needed = true;
+    }
+    resolve_types(*source, types, {}, progress);
     result_stream results = open_results(options);
     progress.begin("describing", results.is_terminal);
     const std::vector<column_description> described = describe_columns(*source, progress);
@@ -75,7 +85,7 @@ void describe_file(const std::string& path, const program_options& options) {
     for (std::uint32_t row = 0; row < row_count; ++row) {
         const column_description& column = described[row];
         store_text(*columns[0], row, column.name);
-        store_text(*columns[1], row, std::string(sql_type_name(column.type)));
+        store_text(*columns[1], row, column_type_name(column.type));
         store_number(*columns[2], row, column.values);
         store_number(*columns[3], row, column.nulls);
         store_text(*columns[4], row, cut(column.smallest, is_cut));
@@ -90,6 +100,16 @@ void describe_file(const std::string& path, const program_options& options) {
     if (std::ranges::any_of(described, [](const column_description& column) { return !column.is_valid; })) {
         print_message(fmt::format("{}: there is text that is not valid {}; name the file's encoding with --encoding NAME", path,
                                   settings.text_charset->name));
+    }
+    given_types truth;
+    for (const column_description& column : described) {
+        if (column.has_truth_values) {
+            truth.push_back({.name = column.name, .type = {.type = sql_type::boolean}});
+        }
+    }
+    if (!truth.empty()) {
+        print_message(fmt::format("{}: true and false are text unless their column is given its type, with --types \"{}\"", path,
+                                  given_types_text(truth)));
     }
     commit(results);
 }

@@ -146,6 +146,13 @@ void add_file_options(CLI::App& app, program_options& options) {
                    "goes before it")
         ->type_name("NAME");
     app.add_option(
+           "--types", options.types,
+           std::string(
+               "types of columns, such as name:CHAR(10),price:DECIMAL(8,2), with several files also staff.name:CHAR(10); the others "
+               "are found in the file. A value that does not fit is an error. There are ") +
+               std::string(column_type_names))
+        ->type_name("NAME:TYPE,...");
+    app.add_option(
            "--set", options.settings,
            "compatible_mode=1|2|3 (1, the default: a negative length in SUBSTR is an error and not NULL; 2: functions such as NVL take "
            "empty "
@@ -191,13 +198,6 @@ int run(int argument_count, char** arguments) {
     program_options options;
     app.add_option("FILES_AND_QUERY", options.words, "CSV files, and last the query")->type_name("TEXT");
     add_file_options(app, options);
-    app.add_option(
-           "--types", options.types,
-           std::string(
-               "types of columns, such as name:CHAR(10),price:DECIMAL(8,2), with several files also staff.name:CHAR(10); the others "
-               "are found in the file. A value that does not fit is an error. There are ") +
-               std::string(column_type_names))
-        ->type_name("NAME:TYPE,...");
     app.add_option("--sample", options.sample,
                    "how much of a file decides the types, in MB, or all (32; 4 of a pipe). A value behind it that would have given another "
                    "type has the whole file decide, or is an error where output has gone out or a pipe is read")

@@ -23,12 +23,12 @@ complete -c bifun -n $with_files -l no-header -d 'the first line is a row'
 complete -c bifun -n $with_files -l skip -x -d 'leave out the first lines'
 complete -c bifun -n $with_files -l ignore-errors -d 'leave out bad rows'
 complete -c bifun -n $with_files -l encoding -x -a 'utf-8 latin1 windows-1252 utf-16 gb18030 euc-kr shift_jis' -d 'the encoding of the files'
+complete -c bifun -n $with_files -l types -x -d 'types of columns'
 complete -c bifun -n $with_files -l set -x -d 'change a setting' -a 'charset=utf-8 charset=gb18030 charset=euc-kr case_sensitive=0
     case_sensitive=1 compatible_mode=1 compatible_mode=2 compatible_mode=3 time_zone= date_format= time_format= datetime_format=
     time_tz_format= datetime_tz_format= date_language=ENGLISH date_language=CHINESE oracle_date=0 oracle_date=1 param.529= param.650='
 
 set -l query "not __fish_seen_subcommand_from $commands"
-complete -c bifun -n $query -l types -x -d 'types of columns'
 complete -c bifun -n $query -l sample -x -a all -d 'how much of a file decides the types'
 complete -c bifun -n $query -l batch-rows -x -d 'rows evaluated at a time'
 complete -c bifun -n $query -l library -r -F -d 'another library with the functions'

@@ -1,12 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "host/tables/column_description.h"
 
+#include <functional>
 #include <string_view>
 
 #include "engine/datetime.h"
 #include "engine/decimal.h"
+#include "host/near_names.h"
 #include "host/values/plain_number.h"
 #include "host/values/value_text.h"
+#include "layouts/intervals.h"
 
 namespace host {
 namespace {
@@ -38,13 +41,22 @@ struct column_state {
     field_range<xdec> decimals;
     field_range<double> doubles;
     field_range<zqtime> datetimes;
+    field_range<bifun_interval_ym> months;
+    field_range<bifun_interval_dt> days;
     std::optional<std::string> smallest_text, largest_text;
     std::optional<std::uint64_t> text_line;
     std::string text;
+    bool has_truth_values = true; // alone
 };
 
 constexpr field_kinds exact_numbers = integer_field | bigint_field | decimal_field;
 constexpr field_kinds datetimes = date_field | time_field | timestamp_field | time_with_zone_field | timestamp_with_zone_field;
+
+void include_datetime(column_state& column, std::string_view text, const zqtime& value) {
+    column.datetimes.include(value, text, [](const zqtime& a, const zqtime& b) { return zqtime_cmp(&a, &b) < 0; });
+}
+
+constexpr auto is_shorter = [](const auto& a, const auto& b) { return bifun::intervals::compare(a, b) < 0; };
 
 // `text` is the field, and `plain` what is read: a number may be written otherwise.
 void include_value(column_state& column, std::string_view text, std::string_view plain, field_kinds kind) {
@@ -63,12 +75,40 @@ void include_value(column_state& column, std::string_view text, std::string_view
     if ((kind & datetimes) != 0) {
         zqtime value;
         if (read_any_datetime(without_blanks_around(text), value)) {
-            column.datetimes.include(value, text, [](const zqtime& a, const zqtime& b) { return zqtime_cmp(&a, &b) < 0; });
+            include_datetime(column, text, value);
         }
     }
 }
 
-void include_field(column_state& column, csv_reader& reader, std::uint32_t row, const csv_field& field) {
+// `text` as it was stored in row `row` of the column.
+void include_stored_value(column_state& column, std::string_view text, std::string_view plain, const table_column& source,
+                          std::size_t row) {
+    switch (const sql_type type = source.type.type; value_type_of(type)) {
+    case bifun::value_type::BOOL:
+        column.doubles.include(zqengine::values_of<std::int32_t>(*source.values)[row], text, std::less());
+        break;
+    case bifun::value_type::DATETIME: // which may have a format of its own
+        include_datetime(column, text, zqengine::values_of<zqtime>(*source.values)[row]);
+        break;
+    case bifun::value_type::INTERVAL_YM:
+        column.months.include(zqengine::values_of<bifun_interval_ym>(*source.values)[row], text, is_shorter);
+        break;
+    case bifun::value_type::INTERVAL_DT:
+        column.days.include(zqengine::values_of<bifun_interval_dt>(*source.values)[row], text, is_shorter);
+        break;
+    default:
+        include_value(column, text, plain, type == sql_type::double_precision ? double_field : exact_numbers);
+    }
+}
+
+bool is_truth_value(std::string_view text) {
+    text = without_blanks_around(text);
+    return equal_ignoring_case(text, "true") || equal_ignoring_case(text, "false");
+}
+
+// `place` is that of the row among those just read.
+void include_field(column_state& column, const table_column& source, csv_reader& reader, std::size_t place, std::uint32_t row,
+                   const csv_field& field) {
     if (field.is_null) {
         ++column.nulls;
         return;
@@ -78,13 +118,23 @@ void include_field(column_state& column, csv_reader& reader, std::uint32_t row, 
         return;
     }
     ++column.values;
+    std::string plain;
+    const auto plain_text = [&]() -> std::string_view {
+        const bool is_marked = reader.decimal_mark() && plain_number(field.text, *reader.decimal_mark(), plain);
+        return is_marked ? plain : field.text;
+    };
+    if (source.needed && source.type.type != sql_type::varchar) {
+        include_stored_value(column, field.text, plain_text(), source, place);
+        return;
+    }
     if (!column.smallest_text || field.text < *column.smallest_text) {
         column.smallest_text = field.text;
     }
     if (!column.largest_text || field.text > *column.largest_text) {
         column.largest_text = field.text;
     }
-    if (column.text_line) {
+    column.has_truth_values = column.has_truth_values && is_truth_value(field.text);
+    if (column.text_line || source.needed) {
         return;
     }
     const field_kinds kind = classify_field(field.text, reader.decimal_mark());
@@ -94,15 +144,13 @@ void include_field(column_state& column, csv_reader& reader, std::uint32_t row, 
         column.text = field.text;
         return;
     }
-    std::string plain;
-    const bool is_marked = reader.decimal_mark() && plain_number(field.text, *reader.decimal_mark(), plain);
-    include_value(column, field.text, is_marked ? plain : field.text, kind);
+    include_value(column, field.text, plain_text(), kind);
 }
 
-column_description describe(const column_state& column, std::string name, const charset& set) {
-    const sql_type type = type_of_fields(column.kinds);
-    const bool is_text = type == sql_type::varchar;
-    column_description made{.name = std::move(name),
+column_description describe(const column_state& column, const table_column& source, const charset& set) {
+    const column_type type = source.needed ? source.type : column_type{.type = type_of_fields(column.kinds)};
+    const bool is_text = type.type == sql_type::varchar;
+    column_description made{.name = source.name,
                             .type = type,
                             .values = column.values + (is_text ? column.empty : 0),
                             .nulls = column.nulls + (is_text ? 0 : column.empty),
@@ -110,7 +158,8 @@ column_description describe(const column_state& column, std::string name, const 
                             .largest = {},
                             .text_line = column.text_line,
                             .text = {},
-                            .is_valid = true};
+                            .is_valid = true,
+                            .has_truth_values = is_text && !source.needed && column.values > 0 && column.has_truth_values};
     const auto shown = [&](const std::string& text) {
         made.is_valid &= is_valid_text(set, text);
         return to_utf8_with_replacements(set, text);
@@ -121,12 +170,16 @@ column_description describe(const column_state& column, std::string name, const 
             made.largest = shown(range.largest->text);
         }
     };
-    if (made.type == sql_type::double_precision) {
+    if (type.type == sql_type::double_precision || type.type == sql_type::boolean) {
         take(column.doubles);
-    } else if (is_number(made.type)) {
+    } else if (is_number(type.type)) {
         take(column.decimals);
-    } else if (is_datetime(made.type)) {
+    } else if (is_datetime(type.type)) {
         take(column.datetimes);
+    } else if (type.type == sql_type::interval_ym) {
+        take(column.months);
+    } else if (type.type == sql_type::interval_dt) {
+        take(column.days);
     } else if (column.smallest_text || column.empty > 0) {
         made.smallest = column.empty > 0 ? "" : shown(*column.smallest_text);
         made.largest = shown(column.largest_text.value_or(""));
@@ -145,10 +198,12 @@ std::vector<column_description> describe_columns(table& source, progress_bar& pr
     std::vector<column_state> columns(source.columns.size());
     constexpr std::uint32_t most_rows = 1024;
     std::uint64_t row_count = 0;
-    for (auto rows = reader.next_rows(most_rows); !rows.empty(); rows = reader.next_rows(most_rows)) {
+    create_columns(source, most_rows);
+    while (read_rows(source, most_rows)) {
+        const std::vector<std::uint32_t>& rows = source.last_rows;
         for (std::size_t i = 0; i < columns.size(); ++i) {
-            for (const std::uint32_t row : rows) {
-                include_field(columns[i], reader, row, reader.field(row, i));
+            for (std::size_t place = 0; place < rows.size(); ++place) {
+                include_field(columns[i], source.columns[i], reader, place, rows[place], reader.field(rows[place], i));
             }
         }
         row_count += rows.size();
@@ -157,7 +212,7 @@ std::vector<column_description> describe_columns(table& source, progress_bar& pr
     progress.clear();
     std::vector<column_description> made;
     for (std::size_t i = 0; i < columns.size(); ++i) {
-        made.push_back(describe(columns[i], source.columns[i].name, *source.settings->text_charset));
+        made.push_back(describe(columns[i], source.columns[i], *source.settings->text_charset));
     }
     return made;
 }

@@ -15,7 +15,7 @@ namespace host {
 
 struct column_description {
     std::string name;
-    sql_type type;
+    column_type type; // as given, or as the fields show
     std::uint64_t values;
     std::uint64_t nulls;
     // As they stand in the file: of numbers and datetimes by their value, of text by its bytes. The first of several that are equal.
@@ -23,10 +23,12 @@ struct column_description {
     // The first row that made the column a VARCHAR: its line, and the field.
     std::optional<std::uint64_t> text_line;
     std::optional<std::string> text;
-    bool is_valid; // whether all of these are text of the character set
+    bool is_valid;         // whether all of these are text of the character set
+    bool has_truth_values; // a VARCHAR of nothing but true and false
 };
 
-// Reads the whole file. Texts are in UTF-8.
+// Reads the whole file. The needed columns have been given their types, and what does not fit them is a bad row; the others get the types
+// that all of their fields have. Texts are in UTF-8.
 std::vector<column_description> describe_columns(table& source, progress_bar& progress);
 
 } // namespace host

@@ -213,47 +213,57 @@ void report_bad_row(table& source, std::uint32_t row, const bad_row& bad) {
     source.reader.report_bad_row(line, message, column.name);
 }
 
-} // namespace
-
-std::uint32_t read_batch(table& source, std::uint32_t most_rows) {
+void clear_batch(table& source) {
     for (table_column& column : source.columns) {
         if (column.needed) {
             zqengine::clear_column(*column.values);
             column.values->column.no_nulls = 1;
         }
     }
-    std::uint32_t stored = 0;
-    std::vector<bad_row> bad;
-    std::vector<std::uint32_t>& good = source.last_rows;
     source.earlier_lines.clear();
+    source.last_rows.clear();
+}
+
+// Reads some rows, which are stored from `first_row` on and become the last; false at the end of the file.
+bool add_rows(table& source, std::uint32_t first_row, std::uint32_t most_rows) {
+    std::vector<std::uint32_t>& good = source.last_rows;
+    source.reader.add_lines_of(good, source.earlier_lines);
     good.clear();
-    while (stored < most_rows) {
-        source.reader.add_lines_of(good, source.earlier_lines);
-        good.clear();
-        const row_numbers rows = source.reader.next_rows(most_rows - stored);
-        if (rows.empty()) {
-            break;
-        }
-        store_rows(source, rows, stored, bad);
-        if (bad.empty()) {
-            good.assign(rows.begin(), rows.end());
-            stored += static_cast<std::uint32_t>(rows.size());
+    const row_numbers rows = source.reader.next_rows(most_rows);
+    std::vector<bad_row> bad;
+    store_rows(source, rows, first_row, bad);
+    if (bad.empty()) {
+        good.assign(rows.begin(), rows.end());
+        return !rows.empty();
+    }
+    // Without `ignores_errors`, each column ended before the row with a fault that those before it had found.
+    std::ranges::stable_sort(bad, {}, &bad_row::place);
+    for (std::size_t place = 0, next = 0; place < rows.size(); ++place) {
+        if (next == bad.size() || bad[next].place != place) {
+            good.push_back(rows[place]);
             continue;
         }
-        // Without `ignores_errors`, each column ended before the row with a fault that those before it had found.
-        std::ranges::stable_sort(bad, {}, &bad_row::place);
-        for (std::size_t place = 0, next = 0; place < rows.size(); ++place) {
-            if (next == bad.size() || bad[next].place != place) {
-                good.push_back(rows[place]);
-                continue;
-            }
-            report_bad_row(source, rows[place], bad[next]);
-            while (next < bad.size() && bad[next].place == place) {
-                ++next;
-            }
+        report_bad_row(source, rows[place], bad[next]);
+        while (next < bad.size() && bad[next].place == place) {
+            ++next;
         }
-        store_rows(source, good, stored, bad);
-        stored += static_cast<std::uint32_t>(good.size());
+    }
+    store_rows(source, good, first_row, bad);
+    return true;
+}
+
+} // namespace
+
+bool read_rows(table& source, std::uint32_t most_rows) {
+    clear_batch(source);
+    return add_rows(source, 0, most_rows);
+}
+
+std::uint32_t read_batch(table& source, std::uint32_t most_rows) {
+    clear_batch(source);
+    std::uint32_t stored = 0;
+    while (stored < most_rows && add_rows(source, stored, most_rows - stored)) {
+        stored += static_cast<std::uint32_t>(source.last_rows.size());
     }
     return stored;
 }

@@ -69,6 +69,10 @@ struct type_not_as_sampled : program_error {
     using program_error::program_error;
 };
 
+// Reads some rows, at most `most_rows`, whose needed columns become those of a batch; their fields are still to be had by last_rows, of
+// which there may be none. False at the end of the file. Errors are those of read_batch.
+bool read_rows(table& source, std::uint32_t most_rows);
+
 // Reads up to `most_rows` rows into the needed columns and returns how many there were; 0 at the end of the file. A field that does not fit
 // its column's type is an error, or where errors are ignored, its row is left out; type_not_as_sampled is an error in any case.
 std::uint32_t read_batch(table& source, std::uint32_t most_rows);

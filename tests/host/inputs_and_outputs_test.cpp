@@ -234,4 +234,33 @@ TEST(Descriptions, Columns) {
     EXPECT_EQ(directory.run({"describe"}).err, "bifun: FILE is required; see bifun --help\n");
 }
 
+TEST(Descriptions, GivenTypes) {
+    const scratch_directory directory;
+    std::string rows; // more than are read at a time
+    for (int i = 0; i < 1500; ++i) {
+        rows += "no,10.10.2024,10:00,9,\xD6\xD0\xCE\xC4,false,+1\n";
+    }
+    directory.write("t.csv", joined({"b,day,pause,n,s,flag,x\nYES,31.12.2023,9:30,1.50,ab,TRUE,5\n,01.01.2025,,10,,,-7\n", rows}));
+    const arguments words = {"describe", "--set", "charset=gb18030", "--types",
+                             "b:BOOL,t.day:DATE 'DD.MM.YYYY',pause:INTERVAL HOUR TO MINUTE,n:DECIMAL(8,2),s:VARCHAR(2),x:TINYINT"};
+    const auto described = [&](const arguments& more) {
+        arguments all = words;
+        all.insert(all.end(), more.begin(), more.end());
+        return directory.run(all);
+    };
+    const run_result result = described({"t.csv"});
+    EXPECT_EQ(result.out,
+              joined({"column,type,values,nulls,smallest,largest,text_line,text\n", "b,BOOL,1501,1,no,YES,,\n",
+                      "day,DATE 'DD.MM.YYYY',1502,0,31.12.2023,01.01.2025,,\n", "pause,INTERVAL HOUR TO MINUTE,1501,1,9:30,10:00,,\n",
+                      "n,\"DECIMAL(8, 2)\",1502,0,1.50,10,,\n", "s,VARCHAR(2),1501,1,ab,\xE4\xB8\xAD\xE6\x96\x87,,\n",
+                      "flag,VARCHAR,1501,1,TRUE,false,2,TRUE\n", "x,TINYINT,1502,0,-7,5,,\n"}));
+    EXPECT_EQ(result.err, "bifun: t.csv: true and false are text unless their column is given its type, with --types \"flag:BOOL\"\n");
+    directory.write("t.csv", "b,day,pause,n,s,flag,x\n1,01.01.2024,1:00,1,a,x,300\n0,01.01.2024,1:00,2,a,true,3\n");
+    EXPECT_EQ(described({"t.csv"}).err.substr(0, 58), "bifun: t.csv, line 2, column x: \"300\" does not fit TINYINT");
+    const run_result left = described({"--ignore-errors", "t.csv"});
+    EXPECT_NE(left.out.find("n,\"DECIMAL(8, 2)\",1,0,2,2,,\n"), std::string::npos) << left.out;
+    EXPECT_TRUE(left.err.starts_with("bifun: 1 row left out; the first: t.csv, line 2, column x: ")) << left.err;
+    EXPECT_EQ(directory.run({"describe", "--types", "t.days:DATE", "t.csv"}).err, "bifun: --types: t.csv has no column t.days\n");
+}
+
 } // namespace

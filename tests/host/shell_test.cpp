@@ -303,6 +303,7 @@ const completed_words completions[] = {
     {"--null NA --fi", "--fill-short-rows"},
     {"functions nv", "NVL"},
     {"des", "describe"},
+    {"describe --ty", "--types"},
 };
 
 // By a command that prints what there is for the words in $WORDS, one a line.
