@@ -230,7 +230,9 @@ inline byte_block load_part_of_block(const std::uint8_t* text, std::uint32_t len
     return reinterpret_cast<byte_block>(text_bytes<16>(text, length).bytes);
 #else
     std::uint8_t bytes[block_length] = {};
-    std::memcpy(bytes, text, length);
+    if (length != 0) { // an empty text may point nowhere
+        std::memcpy(bytes, text, length);
+    }
     return load_block(bytes);
 #endif
 }
