@@ -86,7 +86,7 @@ def ratio_panel(families, left, top, low, high):
     parts = []
     y = top
     for family, rows in families:
-        parts.append(text(left, y + 12, family.capitalize(), "family"))
+        parts.append(text(left, y + 12, family[0].upper() + family[1:], "family"))
         y += 32
         marks = ticks(low, high, (1, 3))
         parts += [text(place(mark), y - 4, f"{mark:g}", "quiet middle") for mark in marks]

@@ -8,7 +8,7 @@ import re
 import statistics
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
-FAMILIES = {"bifun_str": "strings", "bifun_date": "dates", "numeric": "numbers", "conditional": "choices"}
+FAMILIES = {"bifun_str": "strings", "json": "JSON", "bifun_date": "dates", "numeric": "numbers", "conditional": "choices"}
 PEERS = ("DuckDB", "ClickHouse")
 # bifun with all that the processor has, and made to use less.
 BUILDS = {"all": "bifun 2048", "x86-64-v3": "bifun x86-64-v3", "x86-64": "bifun x86-64"}
