@@ -16,6 +16,7 @@ install_headers(bop bop/bifun.h bop/exports.def)
 foreach(family frame conditional numeric bifun_str bifun_date json)
   install_headers(bop/${family} bop/${family}/exports.def)
 endforeach()
+install_headers(bop/json bop/json/returned_types.h) # which its exports.def includes
 install_headers(bop/frame bop/frame/contract.h bop/frame/status.h bop/frame/statuses.def bop/frame/value_type.h bop/frame/value_types.def
   bop/frame/keywords.h bop/frame/facts.h bop/frame/catalogue.h)
 install(DIRECTORY engine layouts DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/bifun COMPONENT development FILES_MATCHING PATTERN "*.h")
