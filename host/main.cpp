@@ -129,7 +129,7 @@ void add_file_options(CLI::App& app, program_options& options) {
         ->type_name("MARK");
     app.add_option(
            "--null", options.nulls,
-           "fields without quotes that are NULL, such as NA or \\N; may be given several times. Where it is, empty fields are empty "
+           "fields without quotes that are NULL, such as NA or \\N; may be given again for each. Where it is, empty fields are empty "
            "strings in columns of text, and NULL in others; --null '' has them NULL in all")
         ->type_name("TEXT")
         ->allow_extra_args(false);

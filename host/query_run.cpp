@@ -50,6 +50,16 @@ const std::string& file_of_table(const std::vector<std::string>& files, const ta
         fmt::format("there is no table {}{}", from.name, hint.empty() ? fmt::format("; the tables are {}", fmt::join(names, ", ")) : hint));
 }
 
+// A file that the query does not read may be a mistaken word.
+void check_files(const std::vector<std::string>& files) {
+    for (const std::string& file : files) {
+        std::error_code unreadable;
+        if (file != "-" && !std::filesystem::exists(file, unreadable)) {
+            fail("{}: No such file or directory; check the file's name and that you may read it", file);
+        }
+    }
+}
+
 // Reads the query. Where that fails, a file that cannot be called by its own name is often why.
 select_statement parse_query(const std::string& sql, const std::vector<std::string>& files) {
     try {
@@ -100,6 +110,7 @@ void run_statement(const program_options& options, const std::vector<std::string
     begin_session(settings);
     const given_types types = parse_types(options.types);
     const select_statement statement = parse_query(sql, files);
+    check_files(files);
     const output_format format = format_of(options);
     const file_options reading = reading_of(options);
     const type_sample sample = sample_of(options);

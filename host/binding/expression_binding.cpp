@@ -126,6 +126,19 @@ operand bind_column(binder& state, const expression& tree) {
 
 // ---- comparisons and conditions ------------------------------------------------------------------------------------
 
+// How values of two types may be made alike, where one has texts of a column or a date is not written as one.
+std::string_view way_out(sql_type left, sql_type right) {
+    if (left != sql_type::varchar && right != sql_type::varchar) {
+        const bool are_date_and_number = (is_datetime(left) && is_number(right)) || (is_number(left) && is_datetime(right));
+        return are_date_and_number ? "; a date is written in quotes" : "";
+    }
+    const sql_type other = left == sql_type::varchar ? right : left;
+    return is_number(other)             ? "; texts are compared with a number in quotes, and --types or --decimal reads a column as numbers"
+           : is_datetime(other)         ? "; --types \"column:DATE 'DD.MM.YYYY'\" reads a column as dates"
+           : other == sql_type::boolean ? "; --types column:BOOL reads true and false"
+                                        : "";
+}
+
 } // namespace
 
 sql_type common_type(const binder& state, const std::vector<operand>& operands, std::size_t offset, std::string_view complaint) {
@@ -139,7 +152,8 @@ sql_type common_type(const binder& state, const std::vector<operand>& operands, 
         const bool both_dates = is_datetime(known) && is_datetime(given.type) && has_date(known) == has_date(given.type);
         common = std::max(known, given.type);
         if (!both_numbers && !both_dates && known != given.type) {
-            fail_at(state.sql, offset, fmt::format("{} and {} {}", sql_type_name(known), sql_type_name(given.type), complaint));
+            fail_at(state.sql, offset,
+                    fmt::format("{} and {} {}{}", sql_type_name(known), sql_type_name(given.type), complaint, way_out(known, given.type)));
         }
     }
     for (const operand& given : operands) {

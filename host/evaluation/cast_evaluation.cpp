@@ -35,6 +35,16 @@ std::string shown_value(const execution& run, const step& made, std::uint32_t ro
     return text;
 }
 
+// How else texts of a file become such values.
+std::string_view way_out(const execution& run, const step& made) {
+    if (run.query.source == nullptr || run.query.steps[made.operands[0]].type != sql_type::varchar) {
+        return "";
+    }
+    return is_number(made.type)     ? "; --decimal and --null read columns of numbers that are written otherwise"
+           : is_datetime(made.type) ? "; --types \"column:DATE 'DD.MM.YYYY'\" reads a column of dates that are written otherwise"
+                                    : "";
+}
+
 // Calls `cast` with the row of the value and that of the result; it returns false where the value does not become one.
 template <class Cast> void cast_rows(const execution& run, step& made, std::uint32_t row_count, Cast cast) {
     const bifun_column& from = column_of(run, made.operands[0]);
@@ -43,8 +53,9 @@ template <class Cast> void cast_rows(const execution& run, step& made, std::uint
         const std::uint32_t row = row_of(from, k);
         to.data->null_flags[k] = from.data->null_flags[row];
         if (from.data->null_flags[row] != 0 && !cast(row, k)) {
-            fail("CAST: {} cannot be {}{} in {}", shown_value(run, made, row), sql_type_name(made.type),
-                 made.shape ? fmt::format("({}, {})", made.shape->digits, made.shape->fraction_digits) : "", place_of_row(run, k));
+            fail("CAST: {} cannot be {}{} in {}{}", shown_value(run, made, row), sql_type_name(made.type),
+                 made.shape ? fmt::format("({}, {})", made.shape->digits, made.shape->fraction_digits) : "", place_of_row(run, k),
+                 way_out(run, made));
         }
     }
     to.no_nulls = from.no_nulls;

@@ -53,8 +53,14 @@ struct operator_elsewhere {
 };
 
 constexpr operator_elsewhere operators_elsewhere[] = {
-    {"==", "use ="},           {"^", "use POWER(x, y)"},   {"**", "use POWER(x, y)"},        {"//", "use TRUNC(x / y)"},
-    {"&", "use BITAND(x, y)"}, {"~", "use LIKE or INSTR"}, {"->>", "there is no JSON here"}, {"->", "there is no JSON here"},
+    {"==", "use ="},
+    {"^", "use POWER(x, y)"},
+    {"**", "use POWER(x, y)"},
+    {"//", "use TRUNC(x / y)"},
+    {"&", "use BITAND(x, y)"},
+    {"~", "use LIKE or INSTR"},
+    {"->>", "use JSON_VALUE(doc, path) or JSON_QUERY(doc, path)"},
+    {"->", "use JSON_VALUE(doc, path) or JSON_QUERY(doc, path)"},
 };
 
 // A comparison, or a call that is written as an operator.

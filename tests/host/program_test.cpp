@@ -151,6 +151,9 @@ TEST(Program, SqlErrors) {
         {"SELECT 1e999", "8, near 1e999: the number is beyond the range of DOUBLE"},
         {"SELECT 1 FROM t WHERE qty", "23, near qty: a condition is needed here, and this is of type INT"},
         {"SELECT qty = '1' FROM t", "12, near =: INT and VARCHAR cannot be compared; write the number without quotes"},
+        {"SELECT name > 5 FROM t", "13, near >: VARCHAR and INT cannot be compared; ... --decimal ..."},
+        {"SELECT name > DATE '2024-01-01' FROM t", "13, near >: VARCHAR and DATE cannot be compared; --types ..."},
+        {"SELECT day > 5 FROM t", "12, near >: DATE and INT cannot be compared; a date is written in quotes"},
         {"SELECT day > 'x' FROM t", "14, near 'x': this cannot be read as DATE"},
         {"SELECT qty ^ 1 FROM t", "12, near ^: the operator ^ is not supported; use POWER(x, y)"},
         {"SELECT qty # 1 FROM t",
@@ -247,6 +250,7 @@ TEST(Program, FileErrors) {
     const std::string query = "SELECT 1 FROM t";
     const std::string read = "SELECT a FROM t";
     expect_failure("", query, "t.csv: No such file or directory; check the file's name ...", {"t.csv"});
+    expect_failure("a\n", query, "NULL: No such file or directory; ...", {"--null", "NA", "NULL"});
     expect_failure("\n", query, "t.csv: the file is empty; its first line must name the columns");
     expect_failure("a,b\n\"x\ny\",1\n3\n", query, "t.csv, line 4: the header has 2 fields and this row 1; ...");
     expect_failure("a,b\n1,2\n3,\"x\n\n", query, "t.csv, line 3: the row that begins here has a quote that is never closed; ...");
