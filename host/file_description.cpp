@@ -101,15 +101,16 @@ void describe_file(const std::string& path, const program_options& options) {
         print_message(fmt::format("{}: there is text that is not valid {}; name the file's encoding with --encoding NAME", path,
                                   settings.text_charset->name));
     }
-    given_types truth;
+    given_types seeming;
     for (const column_description& column : described) {
-        if (column.has_truth_values) {
-            truth.push_back({.name = column.name, .type = {.type = sql_type::boolean}});
+        if (column.seems) {
+            seeming.push_back({.name = column.name, .type = *column.seems});
         }
     }
-    if (!truth.empty()) {
-        print_message(fmt::format("{}: true and false are text unless their column is given its type, with --types \"{}\"", path,
-                                  given_types_text(truth)));
+    if (!seeming.empty()) {
+        print_message(
+            fmt::format("{}: truth values and dates of this form are text unless their column is given its type, with --types \"{}\"", path,
+                        given_types_text(seeming)));
     }
     commit(results);
 }

@@ -23,8 +23,8 @@ struct column_description {
     // The first row that made the column a VARCHAR: its line, and the field.
     std::optional<std::uint64_t> text_line;
     std::optional<std::string> text;
-    bool is_valid;         // whether all of these are text of the character set
-    bool has_truth_values; // a VARCHAR of nothing but true and false
+    bool is_valid;                    // whether all of these are text of the character set
+    std::optional<column_type> seems; // what a VARCHAR of nothing but true and false, or of dates in one form, can be given as its type
 };
 
 // Reads the whole file. The needed columns have been given their types, and what does not fit them is a bad row; the others get the types

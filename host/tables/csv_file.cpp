@@ -361,7 +361,7 @@ void csv_reader::report_field_count(std::uint32_t line) {
         hint = "; --comment '#' leaves out lines that begin with it";
     }
     if (columns == 1) {
-        hint += "; --skip leaves out lines before the header";
+        hint += "; --delimiter names the byte between fields, --skip leaves out lines before the header";
     }
     report_bad_row(line_at(begin_of(first_field(line))),
                    fmt::format("the {} {} field{} and this row {}{}", options_.has_header ? "header has" : "first row has", columns,
