@@ -2,6 +2,7 @@
 #include "host/query_run.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <filesystem>
 #include <memory>
 
@@ -14,6 +15,7 @@
 #include "host/sql/syntax.h"
 #include "host/tables/file_name.h"
 #include "host/tables/given_types.h"
+#include "host/tables/input_file.h"
 
 namespace host {
 namespace {
@@ -55,7 +57,7 @@ void check_files(const std::vector<std::string>& files) {
     for (const std::string& file : files) {
         std::error_code unreadable;
         if (file != "-" && !std::filesystem::exists(file, unreadable)) {
-            fail("{}: No such file or directory; check the file's name and that you may read it", file);
+            fail_opening(file, ENOENT);
         }
     }
 }

@@ -48,7 +48,7 @@ inline text_operations of_any_text(text_operations texts) {
 // What is known without a look at the texts.
 inline text_operations texts_as_told(const bifun_column& column) {
     text_operations texts = text_operations_of_engine();
-    if (texts.ascii_is_single_byte && columns_tell_texts()) {
+    if (texts.ascii_is_single_byte) {
         texts.known = told_texts(column, texts.utf8_is_unicode);
     }
     return texts;

@@ -69,6 +69,9 @@ inline bytes_of_texts find_bytes_of_texts(const bifun_column& column, std::uint3
 
 // What the column says of all its texts.
 inline known_texts told_texts(const bifun_column& column, bool utf8_is_unicode) {
+    if (!columns_tell_texts()) {
+        return known_texts::nothing;
+    }
     switch (reinterpret_cast<std::uintptr_t>(column.data->engine_word)) {
     case ZQ_TEXTS_ASCII:
         return known_texts::ascii;
@@ -133,7 +136,7 @@ inline bool shows_other_than_ascii(const bifun_column& column, std::uint32_t fir
 }
 
 inline known_texts know_texts(const bifun_column& column, std::uint32_t first, std::uint32_t count, bool utf8_is_unicode) {
-    const known_texts told = columns_tell_texts() ? told_texts(column, utf8_is_unicode) : known_texts::nothing;
+    const known_texts told = told_texts(column, utf8_is_unicode);
     if (told == known_texts::ascii || (told == known_texts::utf8 && shows_other_than_ascii(column, first, count))) {
         return told;
     }

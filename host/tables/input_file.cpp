@@ -47,6 +47,10 @@ constexpr std::string_view zstandard_mark("\x28\xB5\x2F\xFD", 4);
 
 } // namespace
 
+void fail_opening(const std::string& path, int error) {
+    fail("{}: {}; check the file's name and that you may read it", path, std::strerror(error));
+}
+
 input_file::input_file(std::string path) : path_(std::move(path)), is_standard_(path_ == "-") {
     file_ = is_standard_ ? dup(STDIN_FILENO) : open(path_.c_str(), O_RDONLY | O_CLOEXEC);
     if (is_standard_) {
@@ -58,7 +62,7 @@ input_file::input_file(std::string path) : path_(std::move(path)), is_standard_(
         if (file_ >= 0) {
             close(file_);
         }
-        fail("{}: {}; check the file's name and that you may read it", path_, std::strerror(error));
+        fail_opening(path_, error);
     }
     if (S_ISDIR(status.st_mode)) {
         close(file_);

@@ -11,6 +11,9 @@
 
 namespace host {
 
+// A file cannot be opened: `error` is as in errno.
+[[noreturn]] void fail_opening(const std::string& path, int error);
+
 // What files that are packed begin with tells how: gzip or Zstandard, in one piece or several behind each other.
 struct packed_stream;
 
