@@ -8,11 +8,7 @@
 namespace bifun {
 namespace {
 
-// The texts of a column mostly lie one behind the other. Those of some rows on are fetched, as a byte of each is all that is read.
-constexpr std::uintptr_t bytes_ahead = 512;
-
 value_or_null ascii(const value_or_null& of_empty, const text_operations& texts, const bifun_string& text, std::int64_t& code) {
-    __builtin_prefetch(reinterpret_cast<const void*>(reinterpret_cast<std::uintptr_t>(text.data) + bytes_ahead));
     if (text.length == 0) {
         code = text.trailing_blanks != 0 ? blank : 0;
         return text.trailing_blanks != 0 ? value_or_null() : of_empty;
