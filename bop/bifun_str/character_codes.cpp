@@ -8,7 +8,31 @@
 namespace bifun {
 namespace {
 
-value_or_null ascii(const value_or_null& of_empty, const text_operations& texts, const bifun_string& text, std::int64_t& code) {
+// The first byte of each text; one that is not ASCII where a text has none, or where ASCII is not of single bytes.
+[[gnu::noinline]] void first_bytes_in_block(const void* source, std::uint32_t first, std::uint32_t count, std::uint32_t* bytes) {
+    constexpr std::uint32_t not_ascii = 0x80;
+    const column_argument<bifun_string> text{static_cast<const bifun_column*>(source)};
+    const std::uint32_t at_least = text_operations_of_engine().ascii_is_single_byte ? 0 : not_ascii;
+    block_of<column_argument<bifun_string>, most_rows_per_block> room;
+    const dense_rows<bifun_string> rows = room.rows(text, first, count);
+    for (std::uint32_t k = 0; k < count; ++k) {
+        fetch_ahead(rows, k);
+        bytes[k] = rows.has_value(k) && rows[k].length != 0 ? rows[k].data[0] | at_least : not_ascii;
+    }
+}
+
+bool begins_with_ascii_character(const value_or_null& /*of_empty*/, const text_operations& /*texts*/, const bifun_string& /*text*/,
+                                 std::uint32_t first_byte) {
+    return first_byte < 0x80;
+}
+
+void ascii_of_byte(const value_or_null& /*of_empty*/, const text_operations& /*texts*/, const bifun_string& /*text*/,
+                   std::uint32_t first_byte, std::int64_t& code) {
+    code = first_byte;
+}
+
+value_or_null ascii(const value_or_null& of_empty, const text_operations& texts, const bifun_string& text, std::uint32_t /*first_byte*/,
+                    std::int64_t& code) {
     if (text.length == 0) {
         code = text.trailing_blanks != 0 ? blank : 0;
         return text.trailing_blanks != 0 ? value_or_null() : of_empty;
@@ -111,7 +135,9 @@ status asciistr(const text_operations& texts, const bifun_string& value, scratch
 } // namespace
 
 status entry::bascii_a_str(batch_of<BIGINT> batch, column_of<VARCHAR> text) {
-    return set_rows<ascii>(batch, fixed(length_of_empty()), fixed(text_operations_of_engine()), text);
+    const derived_argument<std::uint32_t> first_bytes{text.column, first_bytes_in_block};
+    return set_usual_rows<begins_with_ascii_character, ascii_of_byte, ascii>(batch, fixed(length_of_empty()),
+                                                                             fixed(text_operations_of_engine()), text, first_bytes);
 }
 
 status entry::bchr_a_str(batch_of<VARCHAR> batch, column_of<BIGINT> code) {
