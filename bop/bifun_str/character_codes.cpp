@@ -12,12 +12,13 @@ namespace {
 [[gnu::noinline]] void first_bytes_in_block(const void* source, std::uint32_t first, std::uint32_t count, std::uint32_t* bytes) {
     constexpr std::uint32_t not_ascii = 0x80;
     const column_argument<bifun_string> text{static_cast<const bifun_column*>(source)};
+    const bool no_nulls = has_no_nulls(text);
     const std::uint32_t at_least = text_operations_of_engine().ascii_is_single_byte ? 0 : not_ascii;
     block_of<column_argument<bifun_string>, most_rows_per_block> room;
     const dense_rows<bifun_string> rows = room.rows(text, first, count);
     for (std::uint32_t k = 0; k < count; ++k) {
         fetch_ahead(rows, k);
-        bytes[k] = rows.has_value(k) && rows[k].length != 0 ? rows[k].data[0] | at_least : not_ascii;
+        bytes[k] = (no_nulls || rows.has_value(k)) && rows[k].length != 0 ? rows[k].data[0] | at_least : not_ascii;
     }
 }
 
