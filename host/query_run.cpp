@@ -146,6 +146,7 @@ void run_statement(const program_options& options, const std::vector<std::string
         }
         progress.clear();
         output.finish();
+        std::ranges::for_each(query.notices, print_message);
         if (source != nullptr) {
             report_bad_rows(source->reader);
         }

@@ -16,6 +16,7 @@
 #include "host/session/settings.h"
 #include "host/sql/expression.h"
 #include "host/tables/table.h"
+#include "host/tables/type_advice.h"
 
 namespace host {
 
@@ -43,6 +44,7 @@ struct binder {
     sequence in_hand;                      // where steps are added
     std::optional<statement_moment> now;   // once it is asked for
     std::deque<expression> added_literals; // omitted arguments of calls and the codes of keywords
+    std::vector<std::string> notices{};    // as those of the plan
 };
 
 // At the end of the sequence in hand.
@@ -55,6 +57,12 @@ template <class Bind> auto in_sequence(binder& state, sequence& steps, const Bin
     std::swap(state.in_hand, steps);
     return made;
 }
+
+// Once for what begins so, however often it is noticed.
+void add_notice(binder& state, const std::string& beginning, std::string_view rest);
+
+// An operand as advice on types takes it.
+misplaced_value misplaced(const binder& state, const operand& given);
 
 const table_column& column_named(const table& source, const expression& tree, const std::string& sql);
 void check_table_prefix(const binder& state, std::string_view name, std::size_t offset);

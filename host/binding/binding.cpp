@@ -123,6 +123,7 @@ plan bind_statement(const select_statement& statement, const std::string& sql, t
     make_names_unique(made.results);
     made.steps = std::move(state.steps);
     made.result_steps = std::move(state.in_hand);
+    made.notices = std::move(state.notices);
     return made;
 }
 

@@ -124,6 +124,28 @@ const bifun::builtin& builtin_named(const binder& state, const expression& tree)
     fail_at(state.sql, tree.operands.front().offset, refusal);
 }
 
+// Of a column of texts that look like those of another type; or else what the catalogue knows.
+std::string advice_on_columns(const binder& state, std::string_view builtin, const std::vector<offered_argument>& offered,
+                              const std::vector<operand>& arguments) {
+    for (std::size_t i = 0; i < arguments.size(); ++i) {
+        std::vector<offered_argument> tried = offered;
+        const misplaced_value given = misplaced(state, arguments[i]);
+        if (given.column != nullptr && given.column->seems) {
+            tried[i].type = given.column->seems->type;
+            if (choose_member(builtin, tried) != nullptr) {
+                return way_to(tried[i].type, given);
+            }
+        }
+        if (is_number(given.type) && !given.is_literal) {
+            tried[i].type = sql_type::boolean;
+            if (choose_member(builtin, tried) != nullptr) {
+                return way_to(sql_type::boolean, given);
+            }
+        }
+    }
+    return advice_for(builtin, offered);
+}
+
 // May add the argument that is omitted, and moves the name of a field to where the member takes it.
 const bifun::entry_point& find_member(binder& state, const expression& tree, std::string_view builtin, std::vector<operand>& arguments) {
     const keyword_use keywords = keywords_of(builtin);
@@ -149,7 +171,7 @@ const bifun::entry_point& find_member(binder& state, const expression& tree, std
     if (member == nullptr) {
         fail_at(state.sql, tree.offset,
                 fmt::format("{} does not take ({}); it takes {}{}", builtin, fmt::join(types, ", "),
-                            describe_signatures(builtin, types.size()), advice_for(builtin, offered)));
+                            describe_signatures(builtin, types.size()), advice_on_columns(state, builtin, offered, arguments)));
     }
     if (member->argument_count > arguments.size()) {
         const bool is_text = bifun::is_string(member->arguments().back().type);
@@ -169,12 +191,23 @@ std::optional<std::string> date_format_of(const binder& state, const bifun::entr
     return from_utf8(*state.settings.text_charset, arguments[position].literal->text);
 }
 
-void check_date_formats(const binder& state, const bifun::entry_point& member, const std::vector<operand>& arguments) {
+std::string_view percent_advice(const bifun::entry_point& member) {
+    return member.result == value_type::VARCHAR ? "; DATE_FORMAT(d, '%Y-%m-%d') has formats with %" : "; formats are such as YYYY-MM-DD";
+}
+
+void check_date_formats(binder& state, const bifun::entry_point& member, const std::vector<operand>& arguments) {
     for (std::size_t i = 0; i < arguments.size(); ++i) {
         const std::optional<std::string> format = date_format_of(state, member, arguments, i);
         const std::optional<std::string> fault = format ? find_format_fault(fact_of(member, i).format, *format) : std::nullopt;
+        const bool is_percent = fact_of(member, i).format == bifun::date_format::percent;
+        const bool has_percent = format && format->find('%') != format->npos;
         if (fault) {
-            fail_at(state.sql, arguments[i].offset, *fault);
+            fail_at(state.sql, arguments[i].offset, has_percent && !is_percent ? *fault + std::string(percent_advice(member)) : *fault);
+        }
+        if (format && has_percent != is_percent) {
+            add_notice(state, fmt::format("{}: the format '{}'", member.builtin, *format),
+                       is_percent ? " has no element with %, such as %Y, and is written as it is; TO_CHAR has formats such as YYYY-MM-DD"
+                                  : fmt::format(" has no elements with %{}", percent_advice(member)));
         }
         const sql_type written = arguments[0].type;
         const bool is_time = is_datetime(written) && !has_date(written);
@@ -254,6 +287,18 @@ bool shows_all_digits(const bifun::entry_point& member, const std::vector<operan
     return format.find("EEEE") != format.npos || format.find("TM") != format.npos;
 }
 
+// The argument of a member that reads a text as a datetime and gives NULL for any other.
+std::optional<std::size_t> argument_of_datetime_text(const bifun::entry_point& member) {
+    for (std::size_t i = 0; i < member.argument_count; ++i) {
+        const bifun::argument_fact& fact = fact_of(member, i);
+        if (member.arguments()[i].type == value_type::VARCHAR && fact.others_pass &&
+            fact.typical.form == bifun::value_form::datetime_text) {
+            return i;
+        }
+    }
+    return std::nullopt;
+}
+
 // Members whose NULL rule speaks of the first argument alone are asked for no row where another one is NULL: constants they take by their
 // length.
 bool is_null_by_constant(const bifun::entry_point& member, const std::vector<operand>& arguments) {
@@ -282,6 +327,10 @@ operand bind_call(binder& state, const expression& tree, std::string_view builti
     call.entry = &member;
     call.function = state.library.find(member.symbol);
     call.shows_all_digits = shows_all_digits(member, arguments);
+    const std::optional<std::size_t> text = argument_of_datetime_text(member);
+    if (text && state.source != nullptr && arguments[*text].literal == nullptr) { // a literal is in sight
+        call.unread.argument = text;
+    }
     const sql_type type = call.type;
     for (std::size_t i = 0; i < arguments.size(); ++i) {
         const value_type parameter = member.arguments()[i].type;

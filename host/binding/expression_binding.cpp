@@ -60,6 +60,19 @@ void check_table_prefix(const binder& state, std::string_view name, std::size_t 
     }
 }
 
+void add_notice(binder& state, const std::string& beginning, std::string_view rest) {
+    if (std::ranges::none_of(state.notices, [&](const std::string& known) { return known.starts_with(beginning); })) {
+        state.notices.push_back(beginning + std::string(rest));
+    }
+}
+
+misplaced_value misplaced(const binder& state, const operand& given) {
+    const bool is_column = given.literal == nullptr && state.steps[given.step].kind == step_kind::table_column;
+    return {.type = given.type,
+            .is_literal = given.literal != nullptr,
+            .column = is_column ? &state.source->columns[state.steps[given.step].table_column] : nullptr};
+}
+
 std::size_t add_step(binder& state, step made) {
     state.steps.push_back(std::move(made));
     state.in_hand.push_back(state.steps.size() - 1);
@@ -98,10 +111,9 @@ std::size_t as_type(binder& state, const operand& given, sql_type type) {
 std::size_t as_condition(binder& state, const operand& given) {
     if (given.type != sql_type::boolean && given.type != sql_type::null) {
         fail_at(state.sql, given.offset,
-                fmt::format("a condition is needed here, and this is of type {}{}", sql_type_name(given.type),
-                            given.type == sql_type::varchar
-                                ? "; compare it, as in x = 'true', or have the column read as one, with --types x:BOOL"
-                                : ""));
+                fmt::format("a condition is needed here, and this is of type {}{}{}", sql_type_name(given.type),
+                            given.type == sql_type::varchar ? "; compare it, as in x = 'true'" : "",
+                            way_to(sql_type::boolean, misplaced(state, given))));
     }
     return as_type(state, given, sql_type::boolean);
 }
@@ -126,23 +138,11 @@ operand bind_column(binder& state, const expression& tree) {
 
 // ---- comparisons and conditions ------------------------------------------------------------------------------------
 
-// How values of two types may be made alike, where one has texts of a column or a date is not written as one.
-std::string_view way_out(sql_type left, sql_type right) {
-    if (left != sql_type::varchar && right != sql_type::varchar) {
-        const bool are_date_and_number = (is_datetime(left) && is_number(right)) || (is_number(left) && is_datetime(right));
-        return are_date_and_number ? "; a date is written in quotes" : "";
-    }
-    const sql_type other = left == sql_type::varchar ? right : left;
-    return is_number(other)             ? "; texts are compared with a number in quotes, and --types or --decimal reads a column as numbers"
-           : is_datetime(other)         ? "; --types \"column:DATE 'DD.MM.YYYY'\" reads a column as dates"
-           : other == sql_type::boolean ? "; --types column:BOOL reads true and false"
-                                        : "";
-}
-
 } // namespace
 
 sql_type common_type(const binder& state, const std::vector<operand>& operands, std::size_t offset, std::string_view complaint) {
     std::optional<sql_type> common;
+    const operand* widest = nullptr;
     for (const operand& given : operands) {
         if (given.type == sql_type::null || (given.literal != nullptr && given.type == sql_type::varchar)) {
             continue;
@@ -150,11 +150,13 @@ sql_type common_type(const binder& state, const std::vector<operand>& operands, 
         const sql_type known = common.value_or(given.type);
         const bool both_numbers = is_number(known) && is_number(given.type);
         const bool both_dates = is_datetime(known) && is_datetime(given.type) && has_date(known) == has_date(given.type);
-        common = std::max(known, given.type);
         if (!both_numbers && !both_dates && known != given.type) {
             fail_at(state.sql, offset,
-                    fmt::format("{} and {} {}{}", sql_type_name(known), sql_type_name(given.type), complaint, way_out(known, given.type)));
+                    fmt::format("{} and {} {}{}", sql_type_name(known), sql_type_name(given.type), complaint,
+                                way_together(misplaced(state, *widest), misplaced(state, given))));
         }
+        widest = widest == nullptr || given.type > known ? &given : widest;
+        common = std::max(known, given.type);
     }
     for (const operand& given : operands) {
         if (given.literal == nullptr || given.type != sql_type::varchar || common == sql_type::varchar) {
@@ -165,11 +167,7 @@ sql_type common_type(const binder& state, const std::vector<operand>& operands, 
         }
         if (!is_datetime(*common)) {
             fail_at(state.sql, offset,
-                    fmt::format("{} and VARCHAR {}{}", sql_type_name(*common), complaint,
-                                is_number(*common)             ? "; write the number without quotes"
-                                : *common == sql_type::boolean ? "; write TRUE or FALSE without quotes"
-                                : is_interval(*common)         ? "; write the interval with its type, such as INTERVAL '3' DAY"
-                                                               : ""));
+                    fmt::format("{} and VARCHAR {}{}", sql_type_name(*common), complaint, way_to(*common, misplaced(state, given))));
         }
         const std::optional<sql_type> type = datetime_type_of(*given.literal);
         if (!type || has_date(*type) != has_date(*common)) {
@@ -194,7 +192,45 @@ std::size_t negated_if(binder& state, bool negated, std::size_t condition) {
 
 } // namespace
 
+namespace {
+
+// What a text shows of a date, as a column or as a literal.
+enum class date_look : std::uint8_t { none, iso, written };
+
+date_look look_of(const binder& state, const operand& given) {
+    if (given.type != sql_type::varchar) {
+        return date_look::none;
+    }
+    if (given.literal == nullptr) {
+        const table_column* const column = misplaced(state, given).column;
+        return column != nullptr && column->seems && column->seems->type == sql_type::date ? date_look::written : date_look::none;
+    }
+    const std::optional<sql_type> type = datetime_type_of(*given.literal);
+    return type && has_date(*type) ? date_look::iso : is_written_date(given.literal->text) ? date_look::written : date_look::none;
+}
+
+// Texts that are dates have another order than these, and are never equal where they are not written alike.
+void notice_dates_as_texts(binder& state, comparison_operator operation, const operand& left, const operand& right) {
+    const bool is_left = left.literal == nullptr;
+    const operand& text = is_left ? left : right;
+    const operand& other = is_left ? right : left;
+    const table_column* const column = text.type == sql_type::varchar ? misplaced(state, text).column : nullptr;
+    const bool is_equality = operation == comparison_operator::equal || operation == comparison_operator::not_equal;
+    const date_look look = look_of(state, other);
+    if (column == nullptr || look == date_look::none ||
+        (is_equality && (look_of(state, text) == date_look::none || look == date_look::written))) {
+        return;
+    }
+    add_notice(state, fmt::format("{} is text, and compared as such", column->name),
+               fmt::format(" with {}{}",
+                           other.literal != nullptr ? fmt::format("'{}'", other.literal->text) : misplaced(state, other).column->name,
+                           way_to(sql_type::date, misplaced(state, text))));
+}
+
+} // namespace
+
 std::size_t add_comparison(binder& state, comparison_operator operation, const operand& left, const operand& right, std::size_t offset) {
+    notice_dates_as_texts(state, operation, left, right);
     const sql_type type = common_type(state, {left, right}, offset, cannot_be_compared);
     const std::size_t first = as_type(state, left, type);
     const std::size_t made = add_condition(state, step_kind::comparison, {first, as_type(state, right, type)});
@@ -209,6 +245,7 @@ std::size_t bind_in_list(binder& state, const expression& tree, const std::vecto
     std::vector<std::size_t> compared{as_type(state, operands[0], type)};
     std::vector<constant> items;
     for (const operand& given : std::span(operands).subspan(1)) {
+        notice_dates_as_texts(state, comparison_operator::equal, operands[0], given);
         if (given.literal != nullptr && given.type != sql_type::null) {
             items.push_back(constant_of_type(state, *given.literal, type));
         } else {

@@ -138,6 +138,7 @@ void resolve_types(table& source, const given_types& given, type_sample sample, 
     for (std::size_t i = 0; i < source.columns.size(); ++i) {
         if (unknown[i]) {
             source.columns[i].type = {.type = type_of_fields(found.of_columns[i])};
+            source.columns[i].seems = source.columns[i].type.type == sql_type::varchar ? seeming_type(found.forms[i]) : std::nullopt;
             source.columns[i].sampled = found.is_whole_file ? std::nullopt : std::optional(found.of_columns[i]);
         }
     }

@@ -22,6 +22,7 @@ namespace host {
 struct table_column {
     std::string name; // in UTF-8
     column_type type;
+    std::optional<column_type> seems{};   // what its texts could be given as their type, as far as the first rows show
     std::optional<field_kinds> sampled{}; // where the type was found in the first part of the file alone
     bool needed = false;                  // by the query: only such columns have a type that counts, and values
     zqengine::column_pointer values;      // of the batch in hand

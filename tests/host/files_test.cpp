@@ -200,7 +200,7 @@ TEST(Files, TypesOfTheFirstPart) {
         {"1", "3000000000", "INT", "BIGINT"},
         {"1", "007", "INT", "VARCHAR"},
         {"1.5", "1e3", "DECIMAL", "DOUBLE"},
-        {"1e3", "12345678901234567.25", "DOUBLE", "VARCHAR"},
+        {"1.0e3", "12345678901234567.25", "DOUBLE", "VARCHAR"},
         {"2024-01-01", "2024-01-01 10:00", "DATE", "TIMESTAMP"},
         {"", "5", "NULL", "INT"},
         {"2024-01-01 10:00:00", "x", "TIMESTAMP", "VARCHAR"},
@@ -229,7 +229,7 @@ TEST(Files, TypesOfTheFirstPart) {
         EXPECT_EQ(file.run("SELECT a, b FROM t WHERE b = 'x'", {"--sample", "all"}, "t.csv").err, "");
     }
     EXPECT_EQ(sampled_file("1", "-0").run("SELECT a FROM t").err, "");
-    EXPECT_EQ(sampled_file("1e3", "5").run("SELECT a FROM t").err, "");
+    EXPECT_EQ(sampled_file("1e+03", "5").run("SELECT a FROM t").err, "");
     EXPECT_EQ(sampled_file("x", "5").run("SELECT a FROM t").err, "");
     EXPECT_EQ(sampled_file("2024-01-01 10:00", "2024-01-01").run("SELECT a FROM t").err, "");
     expect_failure("a\n1\n", "SELECT a FROM t", "--sample: \"x\" is no number of megabytes, such as 100, nor all", {"--sample", "x"});

@@ -23,9 +23,9 @@ TEST(Operators, Numbers) {
         {"1e308 * 10", "*: numeric overflow of DOUBLE in row 1"},
         {"1 / 0", "/: division by zero in row 1; NULLIF(x, 0) gives NULL there"},
         {"1 / 0e0", "/: division by zero in row 1; ..."},
-        {"'5' + 1", "12, near +: + does not take VARCHAR and INT; CAST(x AS DECIMAL) makes a number of a text"},
+        {"'5' + 1", "12, near +: + does not take VARCHAR and INT; write the number without quotes"},
         {"'a' + 'b'", "12, near +: + does not take VARCHAR and VARCHAR; || joins texts"},
-        {"-'a'", "8, near -: - takes a number, and this is of type VARCHAR"},
+        {"-'a'", "8, near -: - takes a number, and this is of type VARCHAR; write the number without quotes"},
     });
     expect_answer("a,b\n1,2.5\n,1\n-3,0.5\n", "SELECT a + 1 AS s, a * b AS p, -b AS n, SUBSTR('abcdef', a + 5) t FROM t WHERE a - b < 0",
                   "s,p,n,t\n2,2.5,-2.5,f\n-2,-1.5,-0.5,bcdef\n");
@@ -108,9 +108,10 @@ TEST(Operators, Casts) {
         {"CAST('a' AS VARCHAR(3))", "20, near VARCHAR: in a CAST VARCHAR has no length or precision; use SUBSTR for texts"},
     });
     // Fields of two lines, and rows behind the first that the reader has in hand.
-    expect_failure(
-        "s,t\n1,\"a\nb\"\nx,\n", "SELECT CAST(s AS INT) FROM t",
-        "CAST: \"x\" cannot be INT in row 2 (t.csv, line 4); --decimal and --null read columns of numbers that are written otherwise");
+    expect_failure("s,t\n1,\"a\nb\"\nx,\n", "SELECT CAST(s AS INT) FROM t",
+                   "CAST: \"x\" cannot be INT in row 2 (t.csv, line 4); --types s:DECIMAL reads the column as numbers; --decimal comma is "
+                   "for such as 1.234,56, "
+                   "--null NA for texts in place of NULL");
     expect_failure(joined({"s,t\n", repeated("1,\"a\nb\"\n", 9), "x,\n", repeated("1,abcdefgh\n", 20'000)}), "SELECT CAST(s AS INT) FROM t",
                    "CAST: \"x\" cannot be INT in row 10 (t.csv, line 20); ...", {"--batch-rows", "65536", "--types", "s:VARCHAR"});
     expect_failure("s\n1\n\nx\n", "SELECT CAST(s AS INT) FROM t", "CAST: \"x\" cannot be INT in row 3 (t.csv, line 4); ...");

@@ -149,7 +149,7 @@ TEST(Program, SqlErrors) {
         {"SELECT TRUNC(1.5e0, 1)",
          "8, near TRUNC: TRUNC does not take (DOUBLE, INT); it takes (DECIMAL, INT), (VARCHAR, INT), (DATETIME, constant VARCHAR), ..."},
         {"SELECT 1e999", "8, near 1e999: the number is beyond the range of DOUBLE"},
-        {"SELECT 1 FROM t WHERE qty", "23, near qty: a condition is needed here, and this is of type INT"},
+        {"SELECT 1 FROM t WHERE qty", "23, near qty: a condition is needed here, and this is of type INT; compare it, as in x <> 0"},
         {"SELECT qty = '1' FROM t", "12, near =: INT and VARCHAR cannot be compared; write the number without quotes"},
         {"SELECT name > 5 FROM t", "13, near >: VARCHAR and INT cannot be compared; ... --decimal ..."},
         {"SELECT name > DATE '2024-01-01' FROM t", "13, near >: VARCHAR and DATE cannot be compared; --types ..."},
