@@ -65,6 +65,12 @@ std::vector<offered_argument> offered_of(const std::vector<operand>& arguments) 
     return offered;
 }
 
+std::string_view advice_on_extremes(std::string_view builtin) {
+    return builtin == "GREATEST" ? "; for texts there is CASE WHEN x > y THEN x ELSE y END"
+           : builtin == "LEAST"  ? "; for texts there is CASE WHEN x < y THEN x ELSE y END"
+                                 : "";
+}
+
 // The datetimes among a call's arguments. The catalogue knows one type for all of them; a text may stand for any.
 std::vector<datetime_argument> datetimes_of(const binder& state, const bifun::entry_point& member, const std::vector<operand>& arguments) {
     std::vector<datetime_argument> found;
@@ -75,7 +81,8 @@ std::vector<datetime_argument> datetimes_of(const binder& state, const bifun::en
         }
         const std::optional<sql_type> type = argument.type == sql_type::varchar ? datetime_type_of(*argument.literal) : argument.type;
         if (!type) {
-            fail_at(state.sql, argument.offset, "this text cannot be read as a date, time or timestamp");
+            fail_at(state.sql, argument.offset,
+                    fmt::format("this text cannot be read as a date, time or timestamp{}", advice_on_extremes(member.builtin)));
         }
         found.push_back({i, *type});
     }
@@ -143,7 +150,8 @@ std::string advice_on_columns(const binder& state, std::string_view builtin, con
             }
         }
     }
-    return advice_for(builtin, offered);
+    const bool has_text = std::ranges::find(arguments, sql_type::varchar, &operand::type) != arguments.end();
+    return has_text && !advice_on_extremes(builtin).empty() ? std::string(advice_on_extremes(builtin)) : advice_for(builtin, offered);
 }
 
 // May add the argument that is omitted, and moves the name of a field to where the member takes it.

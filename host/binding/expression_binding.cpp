@@ -10,6 +10,7 @@
 #include "host/binding/literal.h"
 #include "host/near_names.h"
 #include "host/program_error.h"
+#include "host/sql/names.h"
 #include "host/sql/sql_text.h"
 #include "host/values/value_text.h"
 
@@ -44,11 +45,16 @@ const table_column& column_named(const table& source, const expression& tree, co
     if (column == nullptr) {
         std::vector<std::string> names;
         std::ranges::transform(source.columns, std::back_inserter(names), &table_column::name);
-        std::string hint = did_you_mean(tree.name, names);
+        const std::string_view written = name_as_written(sql, tree.offset, tree.name);
+        std::string hint = did_you_mean(tree.name, names, name_in_query);
+        if (hint.empty() && sql[tree.offset] == '"') {
+            hint = fmt::format("; a text stands in single quotes: '{}'", written);
+        }
         if (hint.empty()) {
+            std::ranges::transform(names, names.begin(), name_in_query);
             hint = fmt::format("; there are {}", fmt::join(names, ", "));
         }
-        fail_at(sql, tree.offset, fmt::format("{} has no column {}{}", source.reader.path(), tree.name, hint));
+        fail_at(sql, tree.offset, fmt::format("{} has no column {}{}", source.reader.path(), written, hint));
     }
     return *column;
 }
@@ -264,9 +270,13 @@ std::size_t bind_like(binder& state, const expression& tree, const std::vector<o
                     fmt::format("LIKE takes texts, and this is of type {}; CAST(x AS VARCHAR) makes one", sql_type_name(given.type)));
         }
     }
-    const std::size_t text = as_type(state, operands[0], sql_type::varchar);
-    const std::size_t made = add_condition(state, step_kind::like, {text, as_type(state, operands[1], sql_type::varchar)});
-    state.steps[made].escape = from_utf8(*state.settings.text_charset, tree.text).value_or("");
+    const auto compared = [&](const operand& given) {
+        return as_type(state, tree.folds_case ? bind_call(state, tree, "LOWER", {given}) : given, sql_type::varchar);
+    };
+    const std::size_t text = compared(operands[0]);
+    const std::size_t made = add_condition(state, step_kind::like, {text, compared(operands[1])});
+    const std::string escape = tree.folds_case ? lower_case(tree.text) : tree.text;
+    state.steps[made].escape = from_utf8(*state.settings.text_charset, escape).value_or("");
     return negated_if(state, tree.negated, made);
 }
 

@@ -75,13 +75,24 @@ void cast_to_text(const execution& run, step& made, std::uint32_t row_count) {
     });
 }
 
+// A text becomes a DATE as the TIMESTAMP does that it names.
+bool store_date_of_timestamp(const execution& run, std::string_view text, zqtime& value) {
+    const bool is_timestamp = read_datetime(text, sql_type::timestamp, run.environment.time_zone, value);
+    complete_datetime(value, sql_type::date, run.environment.time_zone);
+    return is_timestamp;
+}
+
 void cast_from_text(const execution& run, step& made, std::uint32_t row_count) {
     const auto* const texts = static_cast<const bifun_string*>(column_of(run, made.operands[0]).data->values);
     const field_storing storing{.type = {.type = made.type}, .sampled = {}, .settings = run.settings};
     cast_rows(run, made, row_count, [&](std::uint32_t row, std::uint32_t place) {
         const std::string_view text(reinterpret_cast<const char*>(texts[row].data), texts[row].length);
-        return store_field(storing, text, false, *made.result, place) == field_fault::none;
+        return store_field(storing, text, false, *made.result, place) == field_fault::none ||
+               (made.type == sql_type::date && store_date_of_timestamp(run, text, zqengine::values_of<zqtime>(*made.result)[place]));
     });
+    if (made.type == sql_type::boolean) {
+        normalise_condition(made.result->column, row_count);
+    }
 }
 
 // ---- numbers -------------------------------------------------------------------------------------------------------

@@ -6,6 +6,7 @@
 #include <new>
 #include <optional>
 
+#include "bop/frame/catalogue.h"
 #include "host/functions/function_list.h"
 #include "host/messages.h"
 #include "host/near_names.h"
@@ -42,6 +43,15 @@ void describe(shell_state& shell, const std::string& name) {
     print(text.empty() ? "There are no tables; start with files, as in: bifun staff.csv\n" : text);
 }
 
+constexpr std::string_view reading_options =
+    "files are read as the options of bifun say when the shell begins, as in: bifun --delimiter tab --skip 2 FILE";
+
+bool is_reading_option(std::string_view name) {
+    constexpr std::string_view names =
+        "delimiter separator skip header no-header quote escape null nullvalue encoding decimal comment sample";
+    return bifun::has_word(names, name);
+}
+
 // Takes over options only when they have proved to be possible.
 void change_format(shell_state& shell, const std::string& name) {
     program_options changed = shell.options;
@@ -56,6 +66,9 @@ void change_settings(shell_state& shell, const std::string& assignment) {
             print(given + "\n");
         }
         return;
+    }
+    if (is_reading_option(std::string_view(assignment).substr(0, assignment.find_first_of("= ")))) {
+        fail("\\set: {}", reading_options);
     }
     program_options changed = shell.options;
     changed.settings.push_back(assignment);
@@ -78,8 +91,7 @@ void change_types(shell_state& shell, const std::string& types) {
     }
     const given_types added = parse_types(types);
     check_given_types(added, nullptr, shell.options.words, reading_of(shell.options), read_settings(shell.options.settings));
-    shell.options.types =
-        given_types_text(parse_types(fmt::format("{}{}{}", shell.options.types, shell.options.types.empty() ? "" : ",", types)));
+    shell.options.types = given_types_text(with_types(parse_types(shell.options.types), added));
 }
 
 void change_output(shell_state& shell, const std::string& path) { shell.options.output = path; }
@@ -123,6 +135,12 @@ void show_commands(shell_state& /*shell*/, const std::string& /*none*/) {
     print(text);
 }
 
+// Commands of other shells.
+constexpr std::pair<std::string_view, std::string_view> commands_elsewhere[] = {
+    {"\\dt", "\\d"},    {"\\l", "\\d"},   {".tables", "\\d"}, {".schema", "\\d"}, {".mode", "\\format"},
+    {".output", "\\o"}, {".once", "\\o"}, {".quit", "\\q"},   {".exit", "\\q"},   {".help", "\\?"},
+};
+
 void run_command(shell_state& shell, std::string_view line) {
     const std::size_t name_end = std::min(line.find_first_of(" \t"), line.size());
     std::string_view argument = without_blanks_around(line.substr(name_end));
@@ -131,7 +149,12 @@ void run_command(shell_state& shell, std::string_view line) {
     }
     std::string_view name = line.substr(0, name_end);
     name = name.substr(0, name.find(';'));
+    const auto* const elsewhere = std::ranges::find(commands_elsewhere, name, &std::pair<std::string_view, std::string_view>::first);
+    name = elsewhere != std::end(commands_elsewhere) ? elsewhere->second : name;
     const auto* const found = std::ranges::find(commands, name, &shell_command::name);
+    if (found == std::end(commands) && is_reading_option(name.substr(1))) {
+        fail("there is no command {}; {}", name, reading_options);
+    }
     if (found == std::end(commands)) {
         fail("there is no command {}; \\? lists what there is", name);
     }
@@ -181,6 +204,22 @@ std::optional<std::size_t> end_of_statement(std::string_view text) {
         }
     }
     return std::nullopt;
+}
+
+// Of a line that goes on with a statement: what it has to close, if anything.
+const char* prompt_for(std::string_view statement) {
+    if (statement.empty()) {
+        return "bifun> ";
+    }
+    std::string_view last;
+    for (std::size_t at = 0; at < statement.size(); at += last.size()) {
+        last = sql_token(statement, at);
+    }
+    const bool is_open = last.size() == 1 || last.back() != last.front();
+    return last.front() == '\'' && is_open                   ? "    '> "
+           : last.front() == '"' && is_open                  ? "    \"> "
+           : last.starts_with("/*") && !last.ends_with("*/") ? "    *> "
+                                                             : "   ..> ";
 }
 
 bool is_blank(std::string_view text) { return text.find_first_not_of(" \t\r\n;") == std::string_view::npos; }
@@ -267,7 +306,7 @@ void run_shell(program_options options) {
     print("bifun " BIFUN_VERSION "; \\? lists the commands, Ctrl-D ends.\n");
     std::string line;
     while (!shell.has_ended) {
-        switch (editor.read(shell.statement.empty() ? "bifun> " : "   ..> ", line)) {
+        switch (editor.read(prompt_for(shell.statement), line)) {
         case line_outcome::entered:
             take_line(shell, editor, line);
             break;

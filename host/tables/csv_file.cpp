@@ -7,6 +7,7 @@
 
 #include "host/program_error.h"
 #include "host/tables/delimiter.h"
+#include "host/tables/type_inference.h"
 #include "host/values/value_text.h"
 
 namespace host {
@@ -323,18 +324,21 @@ std::span<const std::uint32_t> csv_reader::next_rows(std::uint32_t most) {
             }
         }
     }
-    found_rows_ |= !rows_.empty();
+    // In a file of one column, blank lines may lie between a title and the header.
+    found_rows_ =
+        found_rows_ || std::ranges::any_of(rows_, [&](std::uint32_t row) { return columns > 1 || begin_of(row) != end_of(row, true); });
     return rows_;
 }
 
-// Of the rows in hand from a line on, of which there are several.
-bool csv_reader::have_one_field_more(std::uint32_t first_line) const {
+// Whether all rows in hand from a line on have as many fields as it, and there are several.
+bool csv_reader::have_as_many_fields(std::uint32_t first_line) const {
+    const std::uint32_t fields = index_.line_fields[first_line] - first_field(first_line);
     std::uint32_t rows = 0;
     for (std::uint32_t line = first_line; line < index_.lines; ++line) {
         if (is_blank(line)) {
             continue;
         }
-        if (index_.line_fields[line] - first_field(line) != header_.size() + 1) {
+        if (index_.line_fields[line] - first_field(line) != fields) {
             return false;
         }
         ++rows;
@@ -342,17 +346,42 @@ bool csv_reader::have_one_field_more(std::uint32_t first_line) const {
     return rows > 1;
 }
 
+bool csv_reader::has_number_or_date(std::uint32_t line) {
+    const std::uint32_t behind = index_.line_fields[line];
+    for (std::uint32_t f = first_field(line); f < behind; ++f) {
+        const csv_field found = field_at(f, f + 1 == behind);
+        if (!found.is_null_unless_text && classify_field(found.text, options_.decimal_mark) != text_field) {
+            return true;
+        }
+    }
+    return false;
+}
+
+// Whether a line names the columns of those behind it, rather than the first line of the file.
+bool csv_reader::seems_header(std::uint32_t line) {
+    std::uint32_t next = line + 1;
+    while (next < index_.lines && is_blank(next)) {
+        ++next;
+    }
+    return have_as_many_fields(line) && !has_number_or_date(line) && has_number_or_date(next);
+}
+
 void csv_reader::report_field_count(std::uint32_t line) {
     const std::size_t columns = header_.size();
     const std::uint32_t fields = index_.line_fields[line] - first_field(line);
+    const std::uint64_t place = line_at(begin_of(first_field(line)));
+    const bool is_first_row = options_.has_header && !found_rows_ && bad_rows_ == 0;
     std::string hint;
-    if (fields < columns) {
+    const bool seems_title = is_first_row && fields > 1 && seems_header(line);
+    if (seems_title) {
+        hint = fmt::format("; if this line names the columns, --skip {} leaves out those before it", place - 1);
+    } else if (fields < columns) {
         hint = "; --fill-short-rows has NULL for the rest of such rows";
     } else if (syntax_.quote) {
         hint = fmt::format("; a field that holds a {} stands in {}", delimiter_name(syntax_.delimiter),
                            *syntax_.quote == '"' ? "double quotes" : fmt::format("{0}...{0}", *syntax_.quote));
     }
-    if (columns > 1 && options_.has_header && !found_rows_ && bad_rows_ == 0 && have_one_field_more(line)) {
+    if (columns > 1 && is_first_row && !seems_title && fields == columns + 1 && have_as_many_fields(line)) {
         hint += fmt::format("; as the rows have one field more, the first column may have no name, as R writes row names: --no-header "
                             "--skip {} reads them",
                             header_end_);
@@ -360,12 +389,11 @@ void csv_reader::report_field_count(std::uint32_t line) {
     if (text()[begin_of(first_field(line))] == '#' || (columns == 1 && header_[0].starts_with('#'))) {
         hint = "; --comment '#' leaves out lines that begin with it";
     }
-    if (columns == 1) {
+    if (columns == 1 && !seems_title) {
         hint += "; --delimiter names the byte between fields, --skip leaves out lines before the header";
     }
-    report_bad_row(line_at(begin_of(first_field(line))),
-                   fmt::format("the {} {} field{} and this row {}{}", options_.has_header ? "header has" : "first row has", columns,
-                               columns == 1 ? "" : "s", fields, hint));
+    report_bad_row(place, fmt::format("the {} {} field{} and this row {}{}", options_.has_header ? "header has" : "first row has", columns,
+                                      columns == 1 ? "" : "s", fields, hint));
 }
 
 // Makes a row of a short one behind the fields of the index. Each field that it lacks ends before it begins.

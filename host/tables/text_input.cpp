@@ -53,6 +53,18 @@ bool names_charset(const std::string& encoding, const charset& set) {
     return encoding.empty() || ucnv_compareNames(encoding.c_str(), set.iconv_name.data()) == 0;
 }
 
+// UTF-16 without a byte order mark has zeros beside its ASCII letters, which no other text has. Empty for any other text.
+std::string unmarked_encoding(std::string_view first) {
+    const auto has_zeros = [&](bool at_even) {
+        bool all = first.size() == 4;
+        for (std::size_t i = 0; i < first.size(); ++i) {
+            all &= (first[i] == '\0') == ((i % 2 == 0) == at_even);
+        }
+        return all;
+    };
+    return has_zeros(false) ? "UTF-16LE" : has_zeros(true) ? "UTF-16BE" : "";
+}
+
 } // namespace
 
 text_input::text_input(std::string path, std::string encoding, const charset& set, bool marks_errors)
@@ -73,7 +85,7 @@ void text_input::begin() {
     std::int32_t mark_length = 0;
     const char* const marked = ucnv_detectUnicodeSignature(first_bytes_.data(), static_cast<std::int32_t>(count), &mark_length, &error);
     first_bytes_.erase(0, marked == nullptr ? 0 : static_cast<std::size_t>(mark_length));
-    const std::string encoding = marked == nullptr ? encoding_ : marked;
+    const std::string encoding = marked != nullptr ? marked : encoding_.empty() ? unmarked_encoding(first_bytes_) : encoding_;
     conversion_.reset();
     if (!names_charset(encoding, charset_)) {
         conversion_ = std::make_unique<text_conversion>();
@@ -90,7 +102,8 @@ std::size_t text_input::read_file(char* to, std::size_t room) {
     const std::size_t count = std::min(room, first_bytes_.size());
     std::memcpy(to, first_bytes_.data(), count);
     first_bytes_.erase(0, count);
-    return count;
+    // What separates fields is not told by so few bytes.
+    return count + (count < room ? file_.read(to + count, room - count) : 0);
 }
 
 // Converts what lies between, up to a character that the database does not have.

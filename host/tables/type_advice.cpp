@@ -41,9 +41,11 @@ std::string types_option(const table_column& column, sql_type type) {
         given_types_text({{.name = column.name,
                            .type = has_form ? *column.seems : column_type{.type = type, .format = may_have_format ? "DD.MM.YYYY" : ""}}});
     const bool is_word = text.find_first_not_of("ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789_:") == text.npos;
-    return is_word                       ? "--types " + text
-           : text.find('"') == text.npos ? fmt::format("--types \"{}\"", text)
-                                         : fmt::format("--types '{}'", text);
+    std::string escaped; // for a shell
+    for (const char c : text) {
+        escaped.append(c == '"' ? "\\" : "").push_back(c);
+    }
+    return is_word ? "--types " + text : fmt::format("--types \"{}\"", escaped);
 }
 
 std::string way_to(sql_type needed, const misplaced_value& given) {

@@ -60,6 +60,14 @@ std::string large_file(std::string_view text) {
     return file;
 }
 
+TEST(Outputs, WideCellsOfTablesStandInFull) {
+    const std::string wide(500, 'x');
+    const std::string rule(121, '-');
+    expect_answer(joined({"a,b\n", wide, ",1\ny,2\n"}), "SELECT * FROM t",
+                  joined({" a", std::string(119, ' '), " | b\n", rule, "-+---\n ", wide, " | 1\n y", std::string(119, ' '), " | 2\n"}),
+                  {"--format", "table"});
+}
+
 TEST(Inputs, PackedFiles) {
     const std::string file = large_file("");
     const std::size_t half = file.size() / 2;
@@ -94,7 +102,10 @@ TEST(Inputs, Encodings) {
         return directory.run(words);
     };
     EXPECT_TRUE(read(encoded(file, "latin1"), {"--encoding", "Latin1"}).out == file);
-    EXPECT_TRUE(read(encoded(file, "UTF-16LE"), {"--encoding", "UTF-16LE"}).out == file);
+    for (const char* const name : {"UTF-16LE", "UTF-16BE"}) {
+        EXPECT_TRUE(read(encoded(file, name), {"--encoding", name}).out == file);
+        EXPECT_TRUE(read(encoded(file, name)).out == file);
+    }
     EXPECT_TRUE(read(joined({"\xFF\xFE", encoded(file, "UTF-16LE")})).out == file);
     EXPECT_TRUE(read(joined({"\xFE\xFF", encoded(file, "UTF-16BE")}), {"--encoding", "latin1"}).out == file);
     EXPECT_TRUE(read(joined({"\xEF\xBB\xBF", file})).out == file);

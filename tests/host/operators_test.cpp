@@ -104,7 +104,10 @@ TEST(Operators, Casts) {
         {"CAST(1e-200 AS INT) ; CAST(1e-200 AS DECIMAL(3, 2))", "0, 0.00"},
         {"CAST(1e-200 AS DECIMAL)", "CAST: 1E-200 cannot be DECIMAL in row 1"},
         {"CAST(1 AS DATE)", "8, near CAST: CAST makes no DATE of INT"},
-        {"CAST(1 AS BOOLEAN)", "18, near BOOLEAN: CAST makes INT, BIGINT, DECIMAL, DOUBLE, VARCHAR, ..."},
+        {"CAST('yes' AS BOOLEAN) ; NOT 'f'::bool ; CAST('2024-02-29 10:00' AS DATE) ; CAST('2024-02-29 1' || '0:00' AS DATE)",
+         R"(true, true, "2024-02-29", "2024-02-29")"},
+        {"CAST(1 AS BOOLEAN)", "8, near CAST: CAST makes no BOOL of INT"},
+        {"CAST(1 AS REAL[])", "18, near REAL: CAST makes BOOL, INT, BIGINT, ..."},
         {"CAST('a' AS VARCHAR(3))", "20, near VARCHAR: in a CAST VARCHAR has no length or precision; use SUBSTR for texts"},
     });
     // Fields of two lines, and rows behind the first that the reader has in hand.
@@ -131,7 +134,7 @@ TEST(Operators, Like) {
         {"'a' LIKE 'a!' ESCAPE '!'", "LIKE: the pattern 'a!' ends in its escape character"},
         {"'a' LIKE 'a' ESCAPE 'xy'", "28, near 'xy': ESCAPE takes one character in quotes"},
         {"5 LIKE '5'", "8, near 5: LIKE takes texts, and this is of type INT; CAST(x AS VARCHAR) makes one"},
-        {"'A' ILIKE 'a'", "12, near ILIKE: ILIKE is not supported; LIKE disregards case with --set case_sensitive=0"},
+        {"'ÄB' ILIKE 'ä_' ; 'a%B' NOT ILIKE 'Ax%b' ESCAPE 'X' ; NULL ILIKE 'a'", "true, false, null"},
     });
     expect_answer("s,p\nabc,a%\nabd,%c\n,%\nxyz,\n", "SELECT s, s LIKE p AS m FROM t WHERE s NOT LIKE 'x%'", "s,m\nabc,true\nabd,false\n");
 }
@@ -163,11 +166,40 @@ TEST(Operators, Offset) {
 // Functions by the names that they have in other systems.
 TEST(Operators, NamesElsewhere) {
     expect_shown({
-        {"CASEFOLD('A')", "8, near CASEFOLD: there is no function casefold; use LOWER(s); with --set case_sensitive=0 ..."},
+        {"CASEFOLD('A')", "8, near CASEFOLD: there is no function casefold; use LOWER(s); ILIKE and, with --set case_sensitive=0, ..."},
+        {"REGEXP_REPLACE('a', 'b', '')",
+         "8, near REGEXP_REPLACE: there is no function regexp_replace; there are no regular expressions; ..."},
+        {"'a' ~ 'b'", "12, near ~: the operator ~ is not supported; there are no regular expressions; ..."},
+        {"'a' SIMILAR TO 'b'", "12, near SIMILAR: SIMILAR TO is not supported; there are no regular expressions; ..."},
+        {"GREATEST('a', 'b')",
+         "17, near 'a': this text cannot be read as a date, time or timestamp; for texts there is CASE WHEN x > y THEN x ELSE y END"},
         {"IFNULL(1, 2)", "8, near IFNULL: there is no function ifnull; use COALESCE(x, y) or NVL(x, y)"},
         {"SUM(1)", "8, near SUM: there is no function sum; there are no aggregates: a query gives a row for every row of the file"},
         {"POW(1, 2)", "8, near POW: there is no function pow; did you mean POWER?"},
     });
+}
+
+// Syntax of other systems, which the parser does not know.
+TEST(Operators, SyntaxElsewhere) {
+    const std::pair<std::string, std::string> refused[] = {
+        {"SELECT TRY_CAST(a AS INT) FROM t",
+         "19: syntax error at or near \"AS\"; CAST fails where a text is none of the type; TO_NUMBER(x) is NULL there, "
+         "and so is CASE WHEN ISNUMERIC(x) THEN CAST(x AS INT) END"},
+        {"SELECT a FROM t LIMIT 1, 20", "17: LIMIT #,# syntax is not supported; write LIMIT 20 OFFSET 1"},
+        {"SELECT TOP 5 a FROM t", "12: syntax error at or near \"5\"; write LIMIT 5 at the end"},
+        {"SELECT a FROM t WHERE a RLIKE 'x'",
+         "25: syntax error at or near \"RLIKE\"; there are no regular expressions; there are LIKE, ILIKE, INSTR, SUBSTR and REPLACE"},
+        {"DESCRIBE t",
+         "1: syntax error at or near \"DESCRIBE\"; \"bifun describe FILE\" shows the columns of a file, and \\d in the shell"},
+        {"SHOW TABLES", "1, near SHOW: only SELECT is supported; \"bifun describe FILE\" ..."},
+        {"FROM t", "1: syntax error at or near \"FROM\"; write SELECT * FROM"},
+        {"SELECT a FROM (SELECT a FROM t)", "15: subqueries are not supported; a query is one SELECT over one file, named after FROM"},
+        {"SELECT a FROM (SELECT a FROM t) x",
+         "23, near a: subqueries are not supported; a query is one SELECT over one file, named after FROM"},
+    };
+    for (const auto& [sql, message] : refused) {
+        expect_failure("a\n", sql, joined({"SQL, character ", message}));
+    }
 }
 
 } // namespace

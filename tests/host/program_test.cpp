@@ -157,7 +157,7 @@ TEST(Program, SqlErrors) {
         {"SELECT day > 'x' FROM t", "14, near 'x': this cannot be read as DATE"},
         {"SELECT qty ^ 1 FROM t", "12, near ^: the operator ^ is not supported; use POWER(x, y)"},
         {"SELECT qty # 1 FROM t",
-         "12, near #: the operator # is not supported; operators are + - * / % || = <> < <= > >= AND OR NOT BETWEEN IN LIKE IS"},
+         "12, near #: the operator # is not supported; operators are + - * / % || = <> < <= > >= AND OR NOT BETWEEN IN LIKE ILIKE IS"},
         {"SELECT ROW(1, 2)", "8, near ROW: records are not supported"},
         {"SELECT 1 FROM t ORDER BY qty", "26, near qty: ORDER BY is not supported; rows come in the order of the file"},
         {"SELECT qty FROM t GROUP BY qty",
@@ -274,7 +274,7 @@ TEST(Program, FileErrors) {
 
 TEST(Program, OptionErrors) {
     const std::pair<arguments, std::string> errors[] = {
-        {{"--fromat", "csv", "SELECT 1"}, "The following argument was not expected: --fromat; see bifun --help"},
+        {{"--fromat", "csv", "SELECT 1"}, "The following argument was not expected: --fromat; did you mean --format? see bifun --help"},
         {{"--set", "mode=1", "SELECT 1"}, "--set: there is no setting mode; there are compatible_mode, charset, ..."},
         {{"--set", "charset=latin1", "SELECT 1"}, "--set: charset cannot be \"latin1\"; it can be utf-8, gb18030, euc-kr"},
         {{"--batch-rows", "65537", "SELECT 1"}, "--batch-rows: Value 65537 not in range 1 to 65536; see bifun --help"},
@@ -334,6 +334,7 @@ TEST(Program, FunctionsAreDescribed) {
     const std::string description = directory.run({"functions", "Nvl"}).out;
     EXPECT_NE(description.find("bifun \"SELECT NVL(NULL, 7)\"\n"), std::string::npos);
     EXPECT_NE(description.find("    bnvl_dec_av        (DECIMAL column, DECIMAL constant) -> DECIMAL\n"), std::string::npos);
+    EXPECT_TRUE(directory.run({"functions", "case"}).out.starts_with("CASE [x] WHEN condition THEN y ... [ELSE z] END\n"));
     EXPECT_TRUE(directory.run({"functions", "--markdown"}).out == read_file(BIFUN_FUNCTION_REFERENCE))
         << "bifun functions --markdown > docs/functions.md";
 }

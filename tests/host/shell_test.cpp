@@ -176,6 +176,20 @@ TEST(Shell, QueriesErrorsAndCommands) {
     EXPECT_TRUE(shell.shows("the result is in out.csv\n"));
     EXPECT_TRUE(shell.shows(" b\n"));
     EXPECT_EQ(read_file(session.path / "out.csv"), "a\n1\n");
+    shell.type(".tables\n");
+    EXPECT_TRUE(shell.shows("staff  staff.csv\n"));
+    shell.type("\\set delimiter=;\n\\skip 2\n");
+    EXPECT_TRUE(
+        shell.shows("bifun: \\set: files are read as the options of bifun say when the shell begins, as in: bifun --delimiter tab"));
+    EXPECT_TRUE(shell.shows("bifun: there is no command \\skip; files are read as"));
+    shell.type("SELECT 'it''s\n");
+    EXPECT_TRUE(shell.prompts("'> "));
+    shell.type("' AS \"a\n");
+    EXPECT_TRUE(shell.prompts("\"> "));
+    shell.type("b\"/*\n");
+    EXPECT_TRUE(shell.prompts("*> "));
+    shell.type("*/;\n");
+    EXPECT_TRUE(shell.shows("it's"));
     shell.type("\\nothing\n");
     EXPECT_TRUE(shell.shows("bifun: there is no command \\nothing; \\? lists what there is\n"));
 }
