@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <deque>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -45,6 +46,7 @@ struct binder {
     std::optional<statement_moment> now;   // once it is asked for
     std::deque<expression> added_literals; // omitted arguments of calls and the codes of keywords
     std::vector<std::string> notices{};    // as those of the plan
+    std::span<const select_item> named{};  // the items whose names stand for them where there is no such column: in WHERE
 };
 
 // At the end of the sequence in hand.
@@ -63,6 +65,9 @@ void add_notice(binder& state, const std::string& beginning, std::string_view re
 
 // An operand as advice on types takes it.
 misplaced_value misplaced(const binder& state, const operand& given);
+
+// The item that a name behind AS means; null where there is none, or a column of that name.
+const expression* find_named_item(std::span<const select_item> items, const table& source, const expression& column);
 
 const table_column& column_named(const table& source, const expression& tree, const std::string& sql);
 void check_table_prefix(const binder& state, std::string_view name, std::size_t offset);

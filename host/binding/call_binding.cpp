@@ -114,8 +114,9 @@ const bifun::builtin& builtin_named(const binder& state, const expression& tree)
     }
     if (!takes_argument_count(builtin->name, tree.operands.size())) {
         fail_at(state.sql, tree.offset,
-                fmt::format("{} takes {} argument{}, not {}: {}", builtin->name, argument_counts(builtin->name),
-                            argument_counts(builtin->name) == "1" ? "" : "s", tree.operands.size(), builtin->form));
+                fmt::format("{} takes {} argument{}, not {}: {}{}", builtin->name, argument_counts(builtin->name),
+                            argument_counts(builtin->name) == "1" ? "" : "s", tree.operands.size(), builtin->form,
+                            builtin->name == "TO_TIMESTAMP" ? "; TO_DATE(text, format) reads by a format, also a time of day" : ""));
     }
     return *builtin;
 }

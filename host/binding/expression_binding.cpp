@@ -46,7 +46,12 @@ const table_column& column_named(const table& source, const expression& tree, co
         std::vector<std::string> names;
         std::ranges::transform(source.columns, std::back_inserter(names), &table_column::name);
         const std::string_view written = name_as_written(sql, tree.offset, tree.name);
-        std::string hint = did_you_mean(tree.name, names, name_in_query);
+        // eol-lts is eol less lts.
+        const auto around = std::ranges::find_if(names, [&](const std::string& name) {
+            return name_in_query(name) != name && find_name_around(sql, name, tree.offset) != sql.npos;
+        });
+        std::string hint = around != names.end() ? fmt::format("; the column {} is written {}", *around, name_in_query(*around))
+                                                 : did_you_mean(tree.name, names, name_in_query);
         if (hint.empty() && sql[tree.offset] == '"') {
             hint = fmt::format("; a text stands in single quotes: '{}'", written);
         }
@@ -57,6 +62,13 @@ const table_column& column_named(const table& source, const expression& tree, co
         fail_at(sql, tree.offset, fmt::format("{} has no column {}{}", source.reader.path(), written, hint));
     }
     return *column;
+}
+
+const expression* find_named_item(std::span<const select_item> items, const table& source, const expression& column) {
+    const auto found = std::ranges::find_if(items, [&](const select_item& item) {
+        return !item.alias.empty() && equal_ignoring_case(item.alias, column.name) && column.table.empty();
+    });
+    return found == items.end() || find_column(source, column.name) != nullptr ? nullptr : &found->value;
 }
 
 void check_table_prefix(const binder& state, std::string_view name, std::size_t offset) {
@@ -134,6 +146,12 @@ operand bind_column(binder& state, const expression& tree) {
                 fmt::format("there is no column {}, because the query has no FROM; text stands in 'single quotes'", tree.name));
     }
     check_table_prefix(state, tree.table, tree.offset);
+    if (const expression* const item = find_named_item(state.named, *state.source, tree); item != nullptr) {
+        const std::span<const select_item> named = std::exchange(state.named, {}); // which the item knows nothing of
+        const operand bound = bind(state, *item);
+        state.named = named;
+        return bound;
+    }
     const table_column* const column = &column_named(*state.source, tree, state.sql);
     const std::size_t made = add_step(state, {.kind = step_kind::table_column,
                                               .type = column->type.type,

@@ -20,6 +20,8 @@ constexpr std::size_t longest_row = std::size_t{64} * 1024 * 1024;
 // Rows are handed out when those that were filled have so many fields, however many rows were asked for.
 constexpr std::size_t most_filled_fields = std::size_t{1} << 24;
 
+constexpr std::string_view leaving_out_comments = "--comment '#' leaves out lines that begin with it";
+
 char* allocate(std::size_t size) {
     void* const bytes = std::aligned_alloc(alignment, size);
     if (bytes == nullptr) {
@@ -136,11 +138,14 @@ void csv_reader::report_fault() {
     const line_index::fault fault = *index_.found_fault;
     if (fault.kind == scan_fault::misplaced) {
         const char quote = *syntax_.quote;
+        const std::size_t line_end = text().substr(0, fault.position).find_last_of("\r\n");
+        const bool is_in_comment = text()[line_end == std::string_view::npos ? 0 : line_end + 1] == '#';
         const bool is_behind_backslash = fault.position >= 2 && text()[fault.position - 1] == quote && text()[fault.position - 2] == '\\';
         report_bad_row(
             line_at(fault.position),
             fmt::format("a quote stands inside a field, or text behind a closing quote; {}",
-                        is_behind_backslash && !syntax_.escape
+                        is_in_comment ? std::string(leaving_out_comments)
+                        : is_behind_backslash && !syntax_.escape
                             ? fmt::format("where \\{0} is a {0} inside a field, --escape '\\' says so", quote)
                             : fmt::format("write a field with quotes as {0}...{0} with each quote inside doubled; --quote none reads files "
                                           "in which quotes are text",
@@ -377,6 +382,8 @@ void csv_reader::report_field_count(std::uint32_t line) {
         hint = fmt::format("; if this line names the columns, --skip {} leaves out those before it", place - 1);
     } else if (fields < columns) {
         hint = "; --fill-short-rows has NULL for the rest of such rows";
+    } else if (!options_.has_header) {
+        hint = "; --fill-short-rows gives all rows as many fields as the longest of the first ones has";
     } else if (syntax_.quote) {
         hint = fmt::format("; a field that holds a {} stands in {}", delimiter_name(syntax_.delimiter),
                            *syntax_.quote == '"' ? "double quotes" : fmt::format("{0}...{0}", *syntax_.quote));
@@ -387,7 +394,7 @@ void csv_reader::report_field_count(std::uint32_t line) {
                             header_end_);
     }
     if (text()[begin_of(first_field(line))] == '#' || (columns == 1 && header_[0].starts_with('#'))) {
-        hint = "; --comment '#' leaves out lines that begin with it";
+        hint = fmt::format("; {}", leaving_out_comments);
     }
     if (columns == 1 && !seems_title) {
         hint += "; --delimiter names the byte between fields, --skip leaves out lines before the header";

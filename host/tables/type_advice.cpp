@@ -16,14 +16,19 @@ std::string way_from_literal(sql_type needed) {
                                          : "";
 }
 
+bool has_form(const table_column& column, sql_type type) { return column.seems && column.seems->type == type; }
+
 std::string way_from_column(sql_type needed, const table_column& column) {
-    return is_number(needed)
-               ? fmt::format(
-                     "; {} reads the column as numbers; --decimal comma is for such as 1.234,56, --null NA for texts in place of NULL",
-                     types_option(column, sql_type::decimal))
-           : is_datetime(needed)         ? fmt::format("; {} reads the column as dates", types_option(column, needed))
-           : needed == sql_type::boolean ? fmt::format("; {} reads true and false", types_option(column, needed))
-                                         : "";
+    if (is_number(needed)) {
+        return fmt::format(
+            "; {} reads the column as numbers; --decimal comma is for such as 1.234,56, --null NA for texts in place of NULL",
+            types_option(column, sql_type::decimal));
+    }
+    if (is_datetime(needed)) {
+        return fmt::format("; {} reads the column as dates{}", types_option(column, needed),
+                           has_form(column, needed) ? "" : ", if that is their format");
+    }
+    return needed == sql_type::boolean ? fmt::format("; {} reads true and false", types_option(column, needed)) : "";
 }
 
 std::string way_from_text(sql_type needed) {
@@ -35,11 +40,10 @@ std::string way_from_text(sql_type needed) {
 } // namespace
 
 std::string types_option(const table_column& column, sql_type type) {
-    const bool has_form = column.seems && column.seems->type == type;
     const bool may_have_format = type == sql_type::date && column.type.type == sql_type::varchar;
-    const std::string text =
-        given_types_text({{.name = column.name,
-                           .type = has_form ? *column.seems : column_type{.type = type, .format = may_have_format ? "DD.MM.YYYY" : ""}}});
+    const std::string text = given_types_text(
+        {{.name = column.name,
+          .type = has_form(column, type) ? *column.seems : column_type{.type = type, .format = may_have_format ? "DD.MM.YYYY" : ""}}});
     const bool is_word = text.find_first_not_of("ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789_:") == text.npos;
     std::string escaped; // for a shell
     for (const char c : text) {

@@ -91,6 +91,14 @@ TEST(Files, HeadersAndSkippedLines) {
                        {"--delimiter", ","});
     }
     expect_failure("1,2\n3\n", "SELECT 1 FROM t", "t.csv, line 2: the first row has 2 fields and this row 1; ...", {"--no-header"});
+    expect_failure(
+        "1,2\n3,4,5\n", "SELECT 1 FROM t",
+        "t.csv, line 2: the first row has 2 fields and this row 3; --fill-short-rows gives all rows as many fields as the longest of the "
+        "first ones has",
+        {"--no-header"});
+    expect_failure(
+        "a,b\n1,2\n# a \"b\" c\n", "SELECT 1 FROM t",
+        "t.csv, line 3: a quote stands inside a field, or text behind a closing quote; --comment '#' leaves out lines that begin with it");
 }
 
 TEST(Files, BadRowsAreLeftOut) {
@@ -135,7 +143,7 @@ TEST(Files, TableNames) {
         {"SELECT order FROM my_file", "14: syntax error at or near \"FROM\"; the column order of my-file.csv is written \"order\""},
         {"SELECT n FROM my_file WHERE last name = 3",
          "34: syntax error at or near \"name\"; the column last name of my-file.csv is written \"last name\""},
-        {"SELECT last name FROM my_file", "8, near last: my-file.csv has no column last; did you mean \"last name\"?"},
+        {"SELECT last name FROM my_file", "8, near last: my-file.csv has no column last; the column last name is written \"last name\""},
         {"SELECT `order` FROM my_file",
          "9: syntax error at or near \"order\"; names of columns that are no words, or reserved ones, stand in double "
          "quotes; the column order of my-file.csv is written \"order\""},

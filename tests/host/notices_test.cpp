@@ -39,7 +39,8 @@ TEST(Notices, DatesThatAreComparedAsTexts) {
                    {joined({"d is text, and compared as such with '2024-02-05'", as_dates})});
     expect_notices(file, "SELECT d < e AS x FROM t LIMIT 1", "x\nfalse\n", {joined({"d is text, and compared as such with e", as_dates})});
     expect_notices(file, "SELECT e FROM t WHERE n >= '2024-01-01' AND n <= 'zzz'", "e\n01/15/2024\n01/15/2024\n",
-                   {"n is text, and compared as such with '2024-01-01'; --types \"n:DATE 'DD.MM.YYYY'\" reads the column as dates"});
+                   {"n is text, and compared as such with '2024-01-01'; --types \"n:DATE 'DD.MM.YYYY'\" reads the column as dates, if that "
+                    "is their format"});
     expect_notices(file, "SELECT e FROM t WHERE d = '31.12.2023' AND e <> 'x' AND n IS NULL", "e\n12/31/2023\n", {});
 }
 

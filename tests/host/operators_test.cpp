@@ -163,6 +163,14 @@ TEST(Operators, Offset) {
     expect_failure(file, "SELECT a FROM t OFFSET -1", "SQL, character 24, near -: OFFSET takes a whole number that is not negative");
 }
 
+TEST(Operators, NamesOfItemsInWhere) {
+    const std::string file = "a,b\n1,x\n5,y\n7,z\n";
+    expect_answer(file, "SELECT a + 1 AS c, UPPER(b) AS B, b FROM t WHERE C > 2 AND c % 2 = 0 AND b <> 'Z'", "c,b,b_2\n6,Y,y\n8,Z,z\n");
+    expect_failure(file, "SELECT c + 1 AS c FROM t WHERE c > 1", "SQL, character 8, near c: t.csv has no column c; ...");
+    expect_failure(file, "SELECT a AS c FROM t WHERE t.c > 1", "SQL, character 28, near t.c: t.csv has no column c; ...");
+    expect_failure(file, "SELECT a AS c, c + 1 FROM t", "SQL, character 16, near c: t.csv has no column c; ...");
+}
+
 // Functions by the names that they have in other systems.
 TEST(Operators, NamesElsewhere) {
     expect_shown({
