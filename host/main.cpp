@@ -50,7 +50,7 @@ constexpr option_elsewhere options_elsewhere[] = {
     {" -d -s -F -t --sep --separator --delim --ifs --fs --field-separator ", "; --delimiter says what separates the fields"},
     {" --header -header --headers -H ", "; the first line has the names of the columns unless --no-header is given"},
     {" --noheader -noheader --implicit-csv-header ", "; --no-header says that the first line is a row"},
-    {" --json -json --csv -csv --icsv --ojson --tsv --jsonl --markdown -markdown --table -table --box -box ",
+    {" --json -json --csv -csv --icsv --ojson --opprint --oxtab --tsv --jsonl --markdown -markdown --table -table --box -box ",
      "; --format says how results are written"},
     {" -o --out --outfile ", "; --output names the file of the result"},
     {" -e -c --query --sql -q ", "; the query is the last word"},

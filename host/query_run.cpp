@@ -87,7 +87,7 @@ select_statement parse_query(const std::string& sql, const std::vector<std::stri
         return parse_select(sql);
     } catch (const syntax_error& error) {
         std::string hint =
-            sql.find(".csv'") != std::string::npos ? "; FROM takes the name of a table, which is that of its file without .csv" : "";
+            sql.find(".csv") != std::string::npos ? "; FROM takes the name of a table, which is that of its file without .csv" : "";
         for (const std::string& file : files) {
             const std::string name = plain_table_name_of(file);
             const bool is_meant = find_name_around(sql, table_name_of(file), error.offset) != sql.npos;

@@ -195,7 +195,8 @@ sql_type common_type(const binder& state, const std::vector<operand>& operands, 
         }
         const std::optional<sql_type> type = datetime_type_of(*given.literal);
         if (!type || has_date(*type) != has_date(*common)) {
-            fail_at(state.sql, given.offset, fmt::format("this cannot be read as {}", sql_type_name(*common)));
+            fail_at(state.sql, given.offset,
+                    fmt::format("this cannot be read as {}; CAST(x AS VARCHAR) makes a text of one", sql_type_name(*common)));
         }
         common = std::max(*common, *type);
     }

@@ -45,6 +45,7 @@ constexpr name_elsewhere names_elsewhere[] = {
     {"JSON_EXTRACT JSON_EXTRACT_STRING JSON_EXTRACT_SCALAR JSON_EXTRACT_PATH JSON_EXTRACT_PATH_TEXT GET_JSON_OBJECT JSON_UNQUOTE",
      "use JSON_VALUE(doc, path) for a scalar, JSON_QUERY(doc, path) for any part of a document"},
     {"JSON_EXISTS JSON_CONTAINS_PATH", "use JSON_QUERY(doc, path) IS NOT NULL"},
+    {"TYPEOF PG_TYPEOF", "\"bifun describe FILE\" shows the types of columns, and \\d TABLE in the shell"},
     {"IS_JSON JSON_VALID", "use JSON_QUERY(s, '$') IS NOT NULL"},
     {"IS_NUMBER IS_NUMERIC ISNUMBER", "use ISNUMERIC(text)"},
     {"MAKE_DATE MAKE_TIMESTAMP", "use TO_DATETIME(year, month, day, hour, minute)"},

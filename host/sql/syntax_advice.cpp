@@ -54,6 +54,11 @@ std::string syntax_advice(std::string_view sql, std::size_t offset) {
         if (is_at(i, "LIMIT") && is_at(i + 2, ",") && i + 3 < tokens.size()) {
             return fmt::format("; write LIMIT {} OFFSET {}", tokens[i + 3].text, tokens[i + 1].text);
         }
+        if (is_at(i, "INTERVAL") && i + 1 == place && i + 2 < tokens.size()) {
+            std::string unit = upper_case(tokens[i + 2].text);
+            unit.resize(unit.size() - (unit.ends_with('S') ? 1 : 0));
+            return fmt::format("; write INTERVAL '{}' {}", tokens[i + 1].text, unit);
+        }
         if (is_at(i, "TOP") && i > 0 && is_at(i - 1, "SELECT")) {
             return fmt::format("; write LIMIT {} at the end", i + 1 < tokens.size() ? tokens[i + 1].text : "n");
         }

@@ -194,6 +194,9 @@ TEST(Operators, SyntaxElsewhere) {
          "19: syntax error at or near \"AS\"; CAST fails where a text is none of the type; TO_NUMBER(x) is NULL there, "
          "and so is CASE WHEN ISNUMERIC(x) THEN CAST(x AS INT) END"},
         {"SELECT a FROM t LIMIT 1, 20", "17: LIMIT #,# syntax is not supported; write LIMIT 20 OFFSET 1"},
+        {"SELECT a FROM t WHERE a > CURRENT_DATE - INTERVAL 3 days", "51: syntax error at or near \"3\"; write INTERVAL '3' DAY"},
+        {"SELECT a FROM ./t.csv",
+         "15: syntax error at or near \".\"; FROM takes the name of a table, which is that of its file without .csv"},
         {"SELECT TOP 5 a FROM t", "12: syntax error at or near \"5\"; write LIMIT 5 at the end"},
         {"SELECT a FROM t WHERE a RLIKE 'x'",
          "25: syntax error at or near \"RLIKE\"; there are no regular expressions; there are LIKE, ILIKE, INSTR, SUBSTR and REPLACE"},

@@ -154,7 +154,7 @@ TEST(Program, SqlErrors) {
         {"SELECT name > 5 FROM t", "13, near >: VARCHAR and INT cannot be compared; ... --decimal ..."},
         {"SELECT name > DATE '2024-01-01' FROM t", "13, near >: VARCHAR and DATE cannot be compared; --types ..."},
         {"SELECT day > 5 FROM t", "12, near >: DATE and INT cannot be compared; a date is written in quotes"},
-        {"SELECT day > 'x' FROM t", "14, near 'x': this cannot be read as DATE"},
+        {"SELECT day > 'x' FROM t", "14, near 'x': this cannot be read as DATE; CAST(x AS VARCHAR) makes a text of one"},
         {"SELECT qty ^ 1 FROM t", "12, near ^: the operator ^ is not supported; use POWER(x, y)"},
         {"SELECT qty # 1 FROM t",
          "12, near #: the operator # is not supported; operators are + - * / % || = <> < <= > >= AND OR NOT BETWEEN IN LIKE ILIKE IS"},
