@@ -8,7 +8,6 @@
 
 #include "host/binding/binding.h"
 #include "host/evaluation/execution.h"
-#include "host/messages.h"
 #include "host/near_names.h"
 #include "host/session/settings.h"
 #include "host/sql/names.h"
@@ -130,7 +129,8 @@ void run_query(const program_options& options) {
     run_statement(options, {options.words.begin(), options.words.end() - 1}, options.words.back());
 }
 
-void run_statement(const program_options& options, const std::vector<std::string>& files, const std::string& sql) {
+void run_statement(const program_options& options, const std::vector<std::string>& files, const std::string& sql,
+                   const std::function<void(const std::string&)>& tell) {
     const session_settings settings = read_settings(options.settings);
     // First of all: it tells the engine of the character set, in which everything else is text.
     const function_library library(options.library, settings.library);
@@ -150,7 +150,7 @@ void run_statement(const program_options& options, const std::vector<std::string
         if (statement.from) {
             source = open_table(file_of_table(files, *statement.from, sql), reading, settings);
             if (is_first && !source->reader.doubt().empty()) {
-                print_message(source->reader.doubt());
+                tell(source->reader.doubt());
             }
             check_given_types(types, source.get(), files, reading, settings);
             mark_needed_columns(statement, sql, *source);
@@ -171,7 +171,7 @@ void run_statement(const program_options& options, const std::vector<std::string
         }
         progress.clear();
         output.finish();
-        std::ranges::for_each(query.notices, print_message);
+        std::ranges::for_each(query.notices, tell);
         if (source != nullptr) {
             report_bad_rows(source->reader);
         }

@@ -164,9 +164,37 @@ void run_command(shell_state& shell, std::string_view line) {
     found->run(shell, std::string(argument));
 }
 
+// Some options are commands here, of which the words of a line have no quotes around them: --types "day:DATE 'DD.MM.YYYY'".
+std::string with_commands(std::string_view message) {
+    std::string made;
+    while (!message.empty()) {
+        const auto* const found = std::ranges::find_if(commands, [&](const shell_command& command) {
+            const std::size_t length = command.name.size() + 1;
+            return message.starts_with("--") && message.substr(2).starts_with(command.name.substr(1)) &&
+                   (message.size() == length || !is_sql_word_character(message[length]));
+        });
+        if (found == std::end(commands)) {
+            made += message.front();
+            message.remove_prefix(1);
+            continue;
+        }
+        made += found->name;
+        message.remove_prefix(found->name.size() + 1);
+        if (message.starts_with(" \"")) {
+            made += ' ';
+            for (message.remove_prefix(2); !message.empty() && message.front() != '"'; message.remove_prefix(1)) {
+                message.remove_prefix(message.front() == '\\' ? 1 : 0);
+                made += message.substr(0, 1);
+            }
+            message.remove_prefix(std::min<std::size_t>(1, message.size()));
+        }
+    }
+    return made;
+}
+
 void run_timed(shell_state& shell, const std::string& sql) {
     const auto begin = std::chrono::steady_clock::now();
-    run_statement(shell.options, shell.options.words, sql);
+    run_statement(shell.options, shell.options.words, sql, [](const std::string& notice) { print_message(with_commands(notice)); });
     if (!shell.options.output.empty()) {
         print_message("the result is in " + std::exchange(shell.options.output, {}));
     }
@@ -183,13 +211,7 @@ template <class Action> void attempt(const Action& action) {
     } catch (const std::bad_alloc&) {
         message = "out of memory";
     } catch (const std::exception& error) {
-        message = error.what();
-        // An option is a command here.
-        for (const shell_command& command : commands) {
-            if (message.starts_with(fmt::format("--{}:", command.name.substr(1)))) {
-                message.replace(0, 2, "\\");
-            }
-        }
+        message = with_commands(error.what());
     }
     print_message(message);
 }

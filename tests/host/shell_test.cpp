@@ -165,7 +165,9 @@ TEST(Shell, QueriesErrorsAndCommands) {
     shell.type("\\d sales\n\\types none\n\\d STAFF\n");
     EXPECT_TRUE(shell.shows("day    VARCHAR\nprice  DECIMAL(5, 2)\n"));
     EXPECT_TRUE(shell.shows("salary      DECIMAL\n"));
-    shell.type("\\h nvl\n");
+    shell.type("\\types day:VARCHAR\nSELECT day FROM sales WHERE day > '2024-01-01';\n");
+    EXPECT_TRUE(shell.shows("compared as such with '2024-01-01'; \\types day:DATE 'DD.MM.YYYY' reads the column as dates"));
+    shell.type("\\types none\n\\h nvl\n");
     EXPECT_TRUE(shell.shows("Entry points"));
     shell.type("\\set charset=none\n");
     EXPECT_TRUE(shell.shows("bifun: \\set: charset cannot be \"none\""));
