@@ -135,24 +135,30 @@ const bifun::builtin& builtin_named(const binder& state, const expression& tree)
 // Of a column of texts that look like those of another type; or else what the catalogue knows.
 std::string advice_on_columns(const binder& state, std::string_view builtin, const std::vector<offered_argument>& offered,
                               const std::vector<operand>& arguments) {
+    const bool has_text = std::ranges::find(arguments, sql_type::varchar, &operand::type) != arguments.end();
+    if (has_text && !advice_on_extremes(builtin).empty()) {
+        return std::string(advice_on_extremes(builtin));
+    }
     for (std::size_t i = 0; i < arguments.size(); ++i) {
-        std::vector<offered_argument> tried = offered;
         const misplaced_value given = misplaced(state, arguments[i]);
-        if (given.column != nullptr && given.column->seems) {
-            tried[i].type = given.column->seems->type;
-            if (choose_member(builtin, tried) != nullptr) {
-                return way_to(tried[i].type, given);
-            }
+        const auto is_taken_as = [&](sql_type type) {
+            std::vector<offered_argument> tried = offered;
+            tried[i].type = type;
+            return choose_member(builtin, tried) != nullptr;
+        };
+        if (given.column == nullptr) {
+            continue;
         }
-        if (is_number(given.type) && !given.is_literal) {
-            tried[i].type = sql_type::boolean;
-            if (choose_member(builtin, tried) != nullptr) {
-                return way_to(sql_type::boolean, given);
+        if (given.column->seems && is_taken_as(given.column->seems->type)) {
+            return way_to(given.column->seems->type, given);
+        }
+        for (const sql_type needed : {sql_type::date, sql_type::boolean, sql_type::decimal}) {
+            if (!way_to(needed, given).empty() && is_taken_as(needed)) {
+                return way_to(needed, given);
             }
         }
     }
-    const bool has_text = std::ranges::find(arguments, sql_type::varchar, &operand::type) != arguments.end();
-    return has_text && !advice_on_extremes(builtin).empty() ? std::string(advice_on_extremes(builtin)) : advice_for(builtin, offered);
+    return advice_for(builtin, offered);
 }
 
 // May add the argument that is omitted, and moves the name of a field to where the member takes it.

@@ -161,9 +161,11 @@ column_description describe(const column_state& column, const table_column& sour
                             .text_line = column.text_line,
                             .text = {},
                             .is_valid = true,
+                            .decimal = {},
                             .seems = {}};
     if (is_text && !source.needed) {
         made.seems = seeming_type(column.forms);
+        made.decimal = seeming_decimal(column.forms);
     }
     const auto shown = [&](const std::string& text) {
         made.is_valid &= is_valid_text(set, text);

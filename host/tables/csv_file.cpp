@@ -7,7 +7,6 @@
 
 #include "host/program_error.h"
 #include "host/tables/delimiter.h"
-#include "host/tables/type_inference.h"
 #include "host/values/value_text.h"
 
 namespace host {
@@ -263,6 +262,10 @@ void csv_reader::find_delimiter() {
         }
         return;
     }
+    if (syntax_.quote == '"' && (text().starts_with("{\"") || text().starts_with("[{"))) {
+        fail("{}: this is JSON; with --no-header --quote none --delimiter 0x01 each line is a text, for JSON_VALUE(column_1, '$.name')",
+             path());
+    }
     const found_delimiter found = guess_delimiter(path(), text(), at_end_, syntax_, !is_part_of_characters('|'));
     syntax_.delimiter = found.delimiter;
     doubt_ = found.doubt;
@@ -351,11 +354,13 @@ bool csv_reader::have_as_many_fields(std::uint32_t first_line) const {
     return rows > 1;
 }
 
+// However it is written: 1.234,56 and 31.12.2024 are no numbers and dates of SQL.
 bool csv_reader::has_number_or_date(std::uint32_t line) {
     const std::uint32_t behind = index_.line_fields[line];
     for (std::uint32_t f = first_field(line); f < behind; ++f) {
-        const csv_field found = field_at(f, f + 1 == behind);
-        if (!found.is_null_unless_text && classify_field(found.text, options_.decimal_mark) != text_field) {
+        const std::string_view field = field_at(f, f + 1 == behind).text;
+        const std::size_t digit = field.find_first_not_of(" +-$");
+        if (digit != field.npos && field[digit] >= '0' && field[digit] <= '9') {
             return true;
         }
     }
@@ -388,7 +393,11 @@ void csv_reader::report_field_count(std::uint32_t line) {
         hint = fmt::format("; a field that holds a {} stands in {}", delimiter_name(syntax_.delimiter),
                            *syntax_.quote == '"' ? "double quotes" : fmt::format("{0}...{0}", *syntax_.quote));
     }
-    if (columns > 1 && is_first_row && !seems_title && fields == columns + 1 && have_as_many_fields(line)) {
+    const bool has_one_more = columns > 1 && is_first_row && !seems_title && fields == columns + 1 && have_as_many_fields(line);
+    if (has_one_more && begin_of(first_field(line) + fields - 1) == end_of(first_field(line) + fields - 1, true)) {
+        hint = fmt::format("; where all rows end with a {0}, sed 's/{1}$//' {2} | bifun - \"SELECT ...\" takes it away",
+                           delimiter_name(syntax_.delimiter), syntax_.delimiter, path());
+    } else if (has_one_more) {
         hint += fmt::format("; as the rows have one field more, the first column may have no name, as R writes row names: --no-header "
                             "--skip {} reads them",
                             header_end_);

@@ -65,6 +65,32 @@ std::string unmarked_encoding(std::string_view first) {
     return has_zeros(false) ? "UTF-16LE" : has_zeros(true) ? "UTF-16BE" : "";
 }
 
+struct other_format {
+    std::string_view beginning; // of its files
+    std::string_view name;
+    std::string_view advice;
+};
+constexpr std::string_view csv_alone = "bifun reads CSV files, into which what has written this one may export it";
+constexpr other_format other_formats[] = {
+    {{"PK\x03\x04", 4}, "a ZIP archive, or a spreadsheet", csv_alone},
+    {{"\xD0\xCF\x11\xE0", 4}, "a document or a spreadsheet", csv_alone},
+    {"PAR1", "a Parquet file", csv_alone},
+    {"SQLi", "a SQLite database", csv_alone},
+    {"%PDF", "a PDF file", csv_alone},
+    {"BZh", "packed by bzip2", "bzip2 -dc FILE | bifun - \"SELECT * FROM stdin\" reads it"},
+    {"\xFD"
+     "7zX",
+     "packed by xz", "xz -dc FILE | bifun - \"SELECT * FROM stdin\" reads it"},
+};
+
+void check_format(const std::string& path, std::string_view first) {
+    for (const other_format& known : other_formats) {
+        if (first.starts_with(known.beginning)) {
+            fail("{}: this is {}; {}", path, known.name, known.advice);
+        }
+    }
+}
+
 } // namespace
 
 text_input::text_input(std::string path, std::string encoding, const charset& set, bool marks_errors)
@@ -81,6 +107,7 @@ void text_input::begin() {
         more = file_.read(first_bytes_.data() + count, longest_mark - count);
     }
     first_bytes_.resize(count);
+    check_format(file_.path(), first_bytes_);
     UErrorCode error = U_ZERO_ERROR;
     std::int32_t mark_length = 0;
     const char* const marked = ucnv_detectUnicodeSignature(first_bytes_.data(), static_cast<std::int32_t>(count), &mark_length, &error);
@@ -142,7 +169,8 @@ std::size_t text_input::convert(char* to, std::size_t room) {
     char* target = to;
     while (target == to && !state.ended) {
         if (state.at_fault && !marks_errors_) {
-            fail("{}, line {}: bytes that are no {}, or a character that {} does not have; name the file's encoding with --encoding NAME",
+            fail("{}, line {}: bytes that are no {}, or a character that {} does not have; name the file's encoding, as in --encoding "
+                 "latin1",
                  file_.path(), state.lines + 1, state.from_name, charset_.name);
         }
         if (state.at_fault) {

@@ -16,9 +16,15 @@ std::string way_from_literal(sql_type needed) {
                                          : "";
 }
 
-bool has_form(const table_column& column, sql_type type) { return column.seems && column.seems->type == type; }
+// A column of dates may be one of dates with times.
+bool has_form(const table_column& column, sql_type type) {
+    return column.seems && (column.seems->type == type || (has_date(type) && has_date(column.seems->type)));
+}
 
 std::string way_from_column(sql_type needed, const table_column& column) {
+    if (is_number(needed) && column.decimal) {
+        return fmt::format("; --decimal {} reads the column as numbers", *column.decimal);
+    }
     if (is_number(needed)) {
         return fmt::format(
             "; {} reads the column as numbers; --decimal comma is for such as 1.234,56, --null NA for texts in place of NULL",
@@ -60,7 +66,11 @@ std::string way_to(sql_type needed, const misplaced_value& given) {
     }
     return needed == sql_type::varchar                            ? "; CAST(x AS VARCHAR) makes a text"
            : needed == sql_type::boolean && is_number(given.type) ? "; compare it, as in x <> 0"
-                                                                  : "";
+           : is_datetime(needed) && is_number(given.type) && given.column != nullptr
+               ? fmt::format(
+                     "; --types \"{}:DATE 'YYYYMMDD'\" reads numbers such as 20240229 as dates, and FROM_UNIXTIME takes seconds since 1970",
+                     given.column->name)
+               : "";
 }
 
 std::string way_together(const misplaced_value& left, const misplaced_value& right) {
@@ -68,7 +78,8 @@ std::string way_together(const misplaced_value& left, const misplaced_value& rig
     if (is_left_text || right.type == sql_type::varchar) {
         const misplaced_value& text = is_left_text ? left : right;
         const misplaced_value& other = is_left_text ? right : left;
-        const bool is_plain_number = is_number(other.type) && other.is_literal;
+        const bool holds_numbers = text.column != nullptr && text.column->decimal; // whose texts have another order
+        const bool is_plain_number = is_number(other.type) && other.is_literal && !holds_numbers;
         return (is_plain_number ? "; write the number in quotes, as a text" : "") + way_to(other.type, text);
     }
     const bool are_date_and_number = (is_datetime(left.type) && is_number(right.type)) || (is_number(left.type) && is_datetime(right.type));

@@ -139,7 +139,10 @@ sql_type type_of_fields(field_kinds kinds) {
 
 namespace {
 
-void find_forms(csv_reader& reader, std::span<const std::uint32_t> rows, std::size_t column, text_forms& forms) {
+void find_forms(csv_reader& reader, std::span<const std::uint32_t> rows, std::size_t column, field_kinds kinds, text_forms& forms) {
+    if (type_of_fields(kinds) != sql_type::varchar) {
+        forms = mere_texts; // whatever is behind
+    }
     for (std::size_t r = 0; r < rows.size() && !are_mere_texts(forms); ++r) {
         const csv_field field = reader.field(rows[r], column);
         if (!field.is_null_unless_text) {
@@ -162,15 +165,15 @@ found_kinds find_kinds(csv_reader& reader, const std::vector<bool>& wanted, std:
         const std::span<const std::uint32_t> rows = reader.next_rows(most_rows);
         found.is_whole_file = rows.empty();
         for (std::size_t i = 0; i < wanted.size(); ++i) {
-            if (wanted[i] && row_count < rows_for_forms) {
-                find_forms(reader, rows, i, found.forms[i]);
-            }
             field_kinds kinds = found.of_columns[i];
             for (std::size_t r = 0; wanted[i] && (kinds & text_field) == 0 && r < rows.size(); ++r) {
                 const csv_field field = reader.field(rows[r], i);
                 kinds |= field.is_null_unless_text ? 0U : classify_field(field.text, decimal_mark);
             }
             found.of_columns[i] = kinds;
+            if (wanted[i] && row_count < rows_for_forms) {
+                find_forms(reader, rows, i, kinds, found.forms[i]);
+            }
         }
         row_count += rows.size();
         progress.update(reader.bytes_read(), reader.file_size(), row_count);

@@ -84,6 +84,12 @@ TEST(Files, HeadersAndSkippedLines) {
     for (const auto& [file, message] : others) {
         expect_failure(file, "SELECT 1 FROM t", joined({"t.csv, line ", message, "; a field that holds a comma stands in double quotes"}));
     }
+    expect_failure(
+        "a;b\n\nd;n;t\n01.02.2024;-1,5;x\n1;2;3\n", "SELECT 1 FROM t",
+        "t.csv, line 3: the header has 2 fields and this row 3; if this line names the columns, --skip 2 leaves out those before it");
+    expect_failure("a,b\n1,2,\n3,4,\n", "SELECT 1 FROM t",
+                   "t.csv, line 2: the header has 2 fields and this row 3; where all rows end with a comma, sed 's/,$//' t.csv | bifun - "
+                   "\"SELECT ...\" takes it away");
     for (const auto& [title, fields] : {std::pair("Report", "1 field"), {"Report,2024", "2 fields"}, {"a,b,c,d", "4 fields"}}) {
         expect_failure(joined({title, "\n\nid,name,x\n1,a,\n2,b,3\n"}), "SELECT 1 FROM t",
                        joined({"t.csv, line 3: the header has ", fields,

@@ -62,7 +62,7 @@ TEST(Notices, FormatsOfOtherFunctions) {
 }
 
 TEST(Notices, LeadFromTextsToTheTypesOfTheirColumns) {
-    const std::string file = "d,b,a,\"x,y\"\n31.12.2023,true,\"1,5\",true\n";
+    const std::string file = "d,b,a,m,w,i\n31.12.2023,true,x,\"1,5\",31/12/2023 10:30,1\n";
     const std::string numbers =
         "; --types a:DECIMAL reads the column as numbers; --decimal comma is for such as 1.234,56, --null NA for texts in "
         "place of NULL";
@@ -74,6 +74,15 @@ TEST(Notices, LeadFromTextsToTheTypesOfTheirColumns) {
         {"d < CURRENT_DATE", joined({"10, near <: VARCHAR and DATE cannot be compared", as_dates})},
         {"a * 2", joined({"10, near *: * does not take VARCHAR and INT", numbers})},
         {"a = 2", joined({"10, near =: VARCHAR and INT cannot be compared; write the number in quotes, as a text", numbers})},
+        {"m > 2", "10, near >: VARCHAR and INT cannot be compared; --decimal comma reads the column as numbers"},
+        {"w + 1", "10, near +: + does not take VARCHAR and INT; --types \"w:TIMESTAMP 'DD/MM/YYYY HH24:MI'\" reads the column as dates"},
+        {"ABS(m)",
+         "8, near ABS: ABS does not take (VARCHAR); it takes (BIGINT), (DOUBLE), (DECIMAL); --decimal comma reads the column as numbers"},
+        {"YEAR(a)", "8, near YEAR: YEAR does not take (VARCHAR); it takes (DATETIME); --types \"a:DATE 'DD.MM.YYYY'\" reads the column as "
+                    "dates, if that is their format"},
+        {"YEAR(i)", "8, near YEAR: YEAR does not take (INT); it takes (DATETIME); --types \"i:DATE 'YYYYMMDD'\" reads numbers such as "
+                    "20240229 as dates, and "
+                    "FROM_UNIXTIME takes seconds since 1970"},
         {"IF(b, 1, 0)",
          "8, near IF: IF does not take (VARCHAR, INT, INT); it takes (BOOL, INT, INT), (BOOL, BIGINT, BIGINT), (BOOL, DOUBLE, "
          "DOUBLE), (BOOL, DECIMAL, DECIMAL), (BOOL, VARCHAR, VARCHAR); --types b:BOOL reads true and false"},

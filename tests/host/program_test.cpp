@@ -255,6 +255,14 @@ TEST(Program, FileErrors) {
     expect_failure("a,b\n\"x\ny\",1\n3\n", query, "t.csv, line 4: the header has 2 fields and this row 1; ...");
     expect_failure("a,b\n1,2\n3,\"x\n\n", query, "t.csv, line 3: the row that begins here has a quote that is never closed; ...");
     expect_failure("a\nx\ny\"z\n", query, "t.csv, line 3: a quote stands inside a field, or text behind a closing quote; ...");
+    expect_failure("PAR1xx", query,
+                   "t.csv: this is a Parquet file; bifun reads CSV files, into which what has written this one may export it");
+    expect_failure("BZh9", query, "t.csv: this is packed by bzip2; bzip2 -dc FILE | bifun - \"SELECT * FROM stdin\" reads it");
+    expect_failure(
+        "{\"a\": 1}\n", query,
+        "t.csv: this is JSON; with --no-header --quote none --delimiter 0x01 each line is a text, for JSON_VALUE(column_1, '$.name')");
+    expect_answer("{\"a\": 1}\n{\"a\": \"x\"}\n", "SELECT JSON_VALUE(column_1, '$.a') AS a FROM t", "a\n1\nx\n",
+                  {"--no-header", "--quote", "none", "--delimiter", "0x01"});
     expect_failure("a\nx\n\xC0\xAF\n", read, "t.csv, line 3, column a: \"\xEF\xBF\xBD\xEF\xBF\xBD\" is not valid utf-8; ...");
     expect_failure(
         "a\n1\n2147483648\n", read,
