@@ -118,6 +118,17 @@ void run_query(const program_options& options) {
     if (options.words.empty()) {
         fail("there is no query; give one as in: bifun \"SELECT NVL(NULL, 7)\", or see bifun --help");
     }
+    for (std::size_t i = 0; i + 1 < options.words.size(); ++i) {
+        const std::string& word = options.words[i];
+        if (equal_ignoring_case(word, "SELECT")) {
+            fail("the query is one word, in quotes: bifun {} \"{}\"",
+                 fmt::join(options.words.begin(), options.words.begin() + static_cast<std::ptrdiff_t>(i), " "),
+                 fmt::join(options.words.begin() + static_cast<std::ptrdiff_t>(i), options.words.end(), " "));
+        }
+        if (equal_ignoring_case(std::string_view(word).substr(0, 7), "SELECT ")) {
+            fail("the query is the last word, behind the files: bifun FILE.csv \"{}\"", word);
+        }
+    }
     if (!has_query(options)) {
         const std::string& file = options.words.back();
         fail("there is no query behind {0}; give one as in: bifun {0} \"SELECT * FROM {1}\"", file, plain_table_name_of(file));

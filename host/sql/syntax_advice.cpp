@@ -66,6 +66,9 @@ std::string syntax_advice(std::string_view sql, std::size_t offset) {
     if (place == 0 && is_at(0, "FROM")) {
         return "; write SELECT * FROM";
     }
+    if (place > 0 && place < tokens.size() && is_at(place - 1, "AS") && tokens[place].text.starts_with('\'')) {
+        return "; names stand in double quotes";
+    }
     if (sql.find('`') != sql.npos || is_at(place, "[")) {
         return "; names of columns that are no words, or reserved ones, stand in double quotes";
     }

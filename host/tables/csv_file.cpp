@@ -382,7 +382,8 @@ void csv_reader::report_field_count(std::uint32_t line) {
     const std::uint64_t place = line_at(begin_of(first_field(line)));
     const bool is_first_row = options_.has_header && !found_rows_ && bad_rows_ == 0;
     std::string hint;
-    const bool seems_title = is_first_row && fields > 1 && seems_header(line);
+    constexpr std::uint64_t most_title_lines = 20;
+    const bool seems_title = options_.has_header && place - header_end_ <= most_title_lines && fields > 1 && seems_header(line);
     if (seems_title) {
         hint = fmt::format("; if this line names the columns, --skip {} leaves out those before it", place - 1);
     } else if (fields < columns) {

@@ -7,7 +7,7 @@
 #include <fmt/format.h>
 
 #include "host/near_names.h"
-#include "host/values/plain_number.h"
+#include "host/tables/type_inference.h"
 #include "host/values/value_text.h"
 
 namespace host {
@@ -67,6 +67,11 @@ std::optional<column_type> type_of_dates(const written_dates& dates) {
                                              has_day_first ? "MM" : "DD", time_format)};
 }
 
+bool is_number_with(char decimal_mark, std::string_view text) {
+    constexpr field_kinds numbers = integer_field | bigint_field | decimal_field | double_field;
+    return (classify_marked_field(text, decimal_mark) & numbers) != 0;
+}
+
 bool is_truth_value(std::string_view text) {
     text = without_blanks_around(text);
     return equal_ignoring_case(text, "true") || equal_ignoring_case(text, "false");
@@ -77,9 +82,8 @@ bool is_truth_value(std::string_view text) {
 void include_text(text_forms& forms, std::string_view text) {
     forms.has_texts = true;
     forms.has_truth_values = forms.has_truth_values && is_truth_value(text);
-    std::string plain;
-    forms.has_comma_numbers = forms.has_comma_numbers && plain_number(text, ',', plain);
-    forms.has_point_numbers = forms.has_point_numbers && plain_number(text, '.', plain);
+    forms.has_comma_numbers = forms.has_comma_numbers && is_number_with(',', text);
+    forms.has_point_numbers = forms.has_point_numbers && is_number_with('.', text);
     if (forms.dates.are_all) {
         include_date(forms.dates, text);
     }

@@ -28,9 +28,10 @@ bool survives_as_double(std::string_view text, const xdec& value) {
 
 // Digits alone behind a plus sign, as in a telephone number, and those with an E and digits alone behind them, as in numbers of parts.
 bool is_like_code(std::string_view text, const number_shape& shape) {
-    const bool has_plus = text.front() == '+';
-    const bool has_sign_behind = text.find_last_of("+-") != text.npos && text.find_last_of("+-") > 0;
-    return !shape.has_point && text.front() != '-' && !has_sign_behind && shape.has_exponent != has_plus;
+    if (shape.has_point || text.front() == '-') {
+        return false;
+    }
+    return shape.has_exponent ? text.find_first_of("+-") == text.npos : text.front() == '+';
 }
 
 field_kinds classify_number(std::string_view text, const number_shape& shape) {

@@ -90,8 +90,9 @@ TEST(Files, HeadersAndSkippedLines) {
     expect_failure("a,b\n1,2,\n3,4,\n", "SELECT 1 FROM t",
                    "t.csv, line 2: the header has 2 fields and this row 3; where all rows end with a comma, sed 's/,$//' t.csv | bifun - "
                    "\"SELECT ...\" takes it away");
-    for (const auto& [title, fields] : {std::pair("Report", "1 field"), {"Report,2024", "2 fields"}, {"a,b,c,d", "4 fields"}}) {
-        expect_failure(joined({title, "\n\nid,name,x\n1,a,\n2,b,3\n"}), "SELECT 1 FROM t",
+    for (const auto& [title, fields] :
+         {std::pair("Report\n\n", "1 field"), {"Report,2024\nof,me\n", "2 fields"}, {"a,b,c,d\n\n", "4 fields"}}) {
+        expect_failure(joined({title, "id,name,x\n1,a,\n2,b,3\n"}), "SELECT 1 FROM t",
                        joined({"t.csv, line 3: the header has ", fields,
                                " and this row 3; if this line names the columns, --skip 2 leaves out those before it"}),
                        {"--delimiter", ","});

@@ -62,7 +62,7 @@ TEST(Notices, FormatsOfOtherFunctions) {
 }
 
 TEST(Notices, LeadFromTextsToTheTypesOfTheirColumns) {
-    const std::string file = "d,b,a,m,w,i\n31.12.2023,true,x,\"1,5\",31/12/2023 10:30,1\n";
+    const std::string file = "d,b,a,m,w,i,z\n31.12.2023,true,x,\"1,5\",31/12/2023 10:30,1,01234\n";
     const std::string numbers =
         "; --types a:DECIMAL reads the column as numbers; --decimal comma is for such as 1.234,56, --null NA for texts in "
         "place of NULL";
@@ -75,6 +75,8 @@ TEST(Notices, LeadFromTextsToTheTypesOfTheirColumns) {
         {"a * 2", joined({"10, near *: * does not take VARCHAR and INT", numbers})},
         {"a = 2", joined({"10, near =: VARCHAR and INT cannot be compared; write the number in quotes, as a text", numbers})},
         {"m > 2", "10, near >: VARCHAR and INT cannot be compared; --decimal comma reads the column as numbers"},
+        {"z = 1234",
+         "10, near =: VARCHAR and INT cannot be compared; write the number in quotes, as a text; --types z:DECIMAL reads the ..."},
         {"w + 1", "10, near +: + does not take VARCHAR and INT; --types \"w:TIMESTAMP 'DD/MM/YYYY HH24:MI'\" reads the column as dates"},
         {"ABS(m)",
          "8, near ABS: ABS does not take (VARCHAR); it takes (BIGINT), (DOUBLE), (DECIMAL); --decimal comma reads the column as numbers"},

@@ -197,6 +197,7 @@ TEST(Operators, SyntaxElsewhere) {
         {"SELECT a FROM t WHERE a > CURRENT_DATE - INTERVAL 3 days", "51: syntax error at or near \"3\"; write INTERVAL '3' DAY"},
         {"SELECT a FROM ./t.csv",
          "15: syntax error at or near \".\"; FROM takes the name of a table, which is that of its file without .csv"},
+        {"SELECT a AS 'b c' FROM t", "13: syntax error at or near \"'b c'\"; names stand in double quotes"},
         {"SELECT TOP 5 a FROM t", "12: syntax error at or near \"5\"; write LIMIT 5 at the end"},
         {"SELECT a FROM t WHERE a RLIKE 'x'",
          "25: syntax error at or near \"RLIKE\"; there are no regular expressions; there are LIKE, ILIKE, INSTR, SUBSTR and REPLACE"},

@@ -292,6 +292,8 @@ TEST(Program, OptionErrors) {
         {{"--output", "t.parquet", "SELECT 1"}, "--output: .parquet cannot be written; there are table, csv, ..."},
         {{"SELECT * FROM stdin"},
          "SQL, character 15, near stdin: the standard input is read where its name - is given, as in: bifun - ..."},
+        {{"t.csv", "SELECT", "a", "FROM", "t"}, "the query is one word, in quotes: bifun t.csv \"SELECT a FROM t\""},
+        {{"select a FROM t", "t.csv"}, "the query is the last word, behind the files: bifun FILE.csv \"select a FROM t\""},
         {{"help"}, "help is neither a file nor a query; ..."},
         {{"SELECT * FROM 't.csv'"},
          "SQL, character 15: syntax error at or near \"'t.csv'\"; FROM takes the name of a table, which is that of its file without .csv"},
