@@ -95,6 +95,8 @@ operand add_literal(binder& state, literal_kind kind, std::string text, std::siz
 // The type that values become where they meet: the widest of numbers, or the one type that all of them have. A string literal may stand for
 // a datetime. A datetime without a zone becomes one with a zone where it meets one. `complaint` says what types cannot do that do not go
 // together: "cannot be compared".
+constexpr std::string_view cannot_be_compared = "cannot be compared";
+constexpr std::string_view do_not_go_together = "do not go together";
 sql_type common_type(const binder& state, const std::vector<operand>& operands, std::size_t offset, std::string_view complaint);
 
 // A step with the truth value of the comparison.

@@ -139,21 +139,28 @@ std::string advice_on_columns(const binder& state, std::string_view builtin, con
     if (has_text && !advice_on_extremes(builtin).empty()) {
         return std::string(advice_on_extremes(builtin));
     }
+    const bool has_text_of_file = std::ranges::any_of(
+        arguments, [](const operand& argument) { return argument.type == sql_type::varchar && argument.literal == nullptr; });
+    const auto is_taken_as = [&](std::size_t i, sql_type type) {
+        std::vector<offered_argument> tried = offered;
+        tried[i].type = type;
+        return choose_member(builtin, tried) != nullptr;
+    };
+    for (std::size_t i = 0; i < arguments.size() && has_text_of_file; ++i) {
+        if (arguments[i].literal != nullptr && is_number(arguments[i].type) && is_taken_as(i, sql_type::varchar)) {
+            return "; the number is a text in quotes";
+        }
+    }
     for (std::size_t i = 0; i < arguments.size(); ++i) {
         const misplaced_value given = misplaced(state, arguments[i]);
-        const auto is_taken_as = [&](sql_type type) {
-            std::vector<offered_argument> tried = offered;
-            tried[i].type = type;
-            return choose_member(builtin, tried) != nullptr;
-        };
         if (given.column == nullptr) {
             continue;
         }
-        if (given.column->seems && is_taken_as(given.column->seems->type)) {
+        if (given.column->seems && is_taken_as(i, given.column->seems->type)) {
             return way_to(given.column->seems->type, given);
         }
         for (const sql_type needed : {sql_type::date, sql_type::boolean, sql_type::decimal}) {
-            if (!way_to(needed, given).empty() && is_taken_as(needed)) {
+            if (!way_to(needed, given).empty() && is_taken_as(i, needed)) {
                 return way_to(needed, given);
             }
         }

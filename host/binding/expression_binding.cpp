@@ -164,6 +164,13 @@ operand bind_column(binder& state, const expression& tree) {
 
 } // namespace
 
+namespace {
+
+// Of branches with texts and something else.
+std::string text_of(sql_type other) { return fmt::format("; CAST(x AS VARCHAR) makes a text of the {}", sql_type_name(other)); }
+
+} // namespace
+
 sql_type common_type(const binder& state, const std::vector<operand>& operands, std::size_t offset, std::string_view complaint) {
     std::optional<sql_type> common;
     const operand* widest = nullptr;
@@ -177,7 +184,9 @@ sql_type common_type(const binder& state, const std::vector<operand>& operands, 
         if (!both_numbers && !both_dates && known != given.type) {
             fail_at(state.sql, offset,
                     fmt::format("{} and {} {}{}", sql_type_name(known), sql_type_name(given.type), complaint,
-                                way_together(misplaced(state, *widest), misplaced(state, given))));
+                                complaint == do_not_go_together && std::max(known, given.type) == sql_type::varchar
+                                    ? text_of(std::min(known, given.type))
+                                    : way_together(misplaced(state, *widest), misplaced(state, given))));
         }
         widest = widest == nullptr || given.type > known ? &given : widest;
         common = std::max(known, given.type);
@@ -191,7 +200,8 @@ sql_type common_type(const binder& state, const std::vector<operand>& operands, 
         }
         if (!is_datetime(*common)) {
             fail_at(state.sql, offset,
-                    fmt::format("{} and VARCHAR {}{}", sql_type_name(*common), complaint, way_to(*common, misplaced(state, given))));
+                    fmt::format("{} and VARCHAR {}{}", sql_type_name(*common), complaint,
+                                complaint == do_not_go_together ? text_of(*common) : way_to(*common, misplaced(state, given))));
         }
         const std::optional<sql_type> type = datetime_type_of(*given.literal);
         if (!type || has_date(*type) != has_date(*common)) {
@@ -204,8 +214,6 @@ sql_type common_type(const binder& state, const std::vector<operand>& operands, 
 }
 
 namespace {
-
-constexpr std::string_view cannot_be_compared = "cannot be compared";
 
 std::size_t add_condition(binder& state, step_kind kind, std::vector<std::size_t> operands, bool negated = false) {
     return add_step(state, {.kind = kind, .type = sql_type::boolean, .operands = std::move(operands), .negated = negated});
@@ -331,6 +339,10 @@ std::size_t bind_logic(binder& state, step_kind kind, const std::vector<operand>
 
 operand bind(binder& state, const expression& tree) {
     if (tree.kind == expression_kind::literal) {
+        if (tree.literal == literal_kind::number && state.source != nullptr && find_column(*state.source, tree.text) != nullptr) {
+            add_notice(state, fmt::format("{} is a number in the query", tree.text),
+                       fmt::format("; the column of that name is written \"{}\"", tree.text));
+        }
         return {&tree, 0, literal_type_of(tree, state.sql), tree.offset};
     }
     if (tree.kind == expression_kind::column) {

@@ -59,6 +59,9 @@ std::string syntax_advice(std::string_view sql, std::size_t offset) {
             unit.resize(unit.size() - (unit.ends_with('S') ? 1 : 0));
             return fmt::format("; write INTERVAL '{}' {}", tokens[i + 1].text, unit);
         }
+        if (is_at(i, "&&")) {
+            return "; use AND";
+        }
         if (is_at(i, "TOP") && i > 0 && is_at(i - 1, "SELECT")) {
             return fmt::format("; write LIMIT {} at the end", i + 1 < tokens.size() ? tokens[i + 1].text : "n");
         }

@@ -61,6 +61,11 @@ TEST(Notices, FormatsOfOtherFunctions) {
     });
 }
 
+TEST(Notices, NumbersThatAreNamesOfColumns) {
+    expect_notices("2020,a\n5,1\n", "SELECT 2020 + a AS x, \"2020\" AS y FROM t WHERE 2020 > 6", "x,y\n2021,5\n",
+                   {"2020 is a number in the query; the column of that name is written \"2020\""});
+}
+
 TEST(Notices, LeadFromTextsToTheTypesOfTheirColumns) {
     const std::string file = "d,b,a,m,w,i,z\n31.12.2023,true,x,\"1,5\",31/12/2023 10:30,1,01234\n";
     const std::string numbers =
@@ -80,6 +85,12 @@ TEST(Notices, LeadFromTextsToTheTypesOfTheirColumns) {
         {"w + 1", "10, near +: + does not take VARCHAR and INT; --types \"w:TIMESTAMP 'DD/MM/YYYY HH24:MI'\" reads the column as dates"},
         {"ABS(m)",
          "8, near ABS: ABS does not take (VARCHAR); it takes (BIGINT), (DOUBLE), (DECIMAL); --decimal comma reads the column as numbers"},
+        {"NVL(a, 0)",
+         "8, near NVL: NVL does not take (VARCHAR, INT); it takes (INT, INT), (BIGINT, BIGINT), (DOUBLE, DOUBLE), (DECIMAL, DECIMAL), "
+         "(DATETIME, DATETIME), (VARCHAR, VARCHAR), (VARBINARY, constant VARBINARY); the number is a text in quotes"},
+        {"COALESCE(a, i)", "8, near COALESCE: VARCHAR and INT do not go together; CAST(x AS VARCHAR) makes a text of the INT"},
+        {"CONCAT(a, 0)",
+         "8, near CONCAT: CONCAT does not take (VARCHAR, INT); it takes (VARCHAR, VARCHAR); the number is a text in quotes"},
         {"YEAR(a)", "8, near YEAR: YEAR does not take (VARCHAR); it takes (DATETIME); --types \"a:DATE 'DD.MM.YYYY'\" reads the column as "
                     "dates, if that is their format"},
         {"YEAR(i)", "8, near YEAR: YEAR does not take (INT); it takes (DATETIME); --types \"i:DATE 'YYYYMMDD'\" reads numbers such as "

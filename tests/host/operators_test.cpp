@@ -65,7 +65,8 @@ TEST(Operators, Choices) {
         {"COALESCE(NULL, NULL, 3) ; COALESCE(NULL, 'x') ; COALESCE(NULL) ; COALESCE(1, 1 / 0) ; NULLIF(1, 1.0) ; NULLIF('a', 'b')",
          R"(3, "x", null, 1, null, "a")"},
         {"CASE WHEN 1 = 1 THEN DATE '2024-02-29' ELSE '2024-01-01 10:00' END", R"("2024-02-29 00:00:00")"},
-        {"CASE WHEN 1 = 1 THEN 1 ELSE 'a' END", "8, near CASE: INT and VARCHAR do not go together; write the number without quotes"},
+        {"CASE WHEN 1 = 1 THEN 1 ELSE 'a' END",
+         "8, near CASE: INT and VARCHAR do not go together; CAST(x AS VARCHAR) makes a text of the INT"},
         {"CASE 1 WHEN 'a' THEN 2 END", "20, near 'a': INT and VARCHAR cannot be compared; ..."},
     });
     const std::string file = "a,s\n1,x\n0,y\n,z\n-1,x\n4,\n";
@@ -198,6 +199,7 @@ TEST(Operators, SyntaxElsewhere) {
         {"SELECT a FROM ./t.csv",
          "15: syntax error at or near \".\"; FROM takes the name of a table, which is that of its file without .csv"},
         {"SELECT a AS 'b c' FROM t", "13: syntax error at or near \"'b c'\"; names stand in double quotes"},
+        {"SELECT a FROM t WHERE a = 1 && a = 2", "34: syntax error at or near \"=\"; use AND"},
         {"SELECT TOP 5 a FROM t", "12: syntax error at or near \"5\"; write LIMIT 5 at the end"},
         {"SELECT a FROM t WHERE a RLIKE 'x'",
          "25: syntax error at or near \"RLIKE\"; there are no regular expressions; there are LIKE, ILIKE, INSTR, SUBSTR and REPLACE"},
