@@ -98,7 +98,7 @@ void describe_file(const std::string& path, const program_options& options) {
     output.finish();
     report_bad_rows(source->reader);
     if (std::ranges::any_of(described, [](const column_description& column) { return !column.is_valid; })) {
-        print_message(fmt::format("{}: there is text that is not valid {}; name the file's encoding with --encoding NAME", path,
+        print_message(fmt::format("{}: there is text that is not valid {}; name the file's encoding, as in --encoding latin1", path,
                                   settings.text_charset->name));
     }
     given_types seeming;
@@ -106,6 +106,11 @@ void describe_file(const std::string& path, const program_options& options) {
         if (column.seems) {
             seeming.push_back({.name = column.name, .type = *column.seems});
         }
+    }
+    const auto with_mark = std::ranges::find_if(described, [](const column_description& column) { return column.decimal.has_value(); });
+    if (with_mark != described.end() && options.decimal.empty()) {
+        print_message(fmt::format("{}: column {}: numbers of this form are text unless they are read with --decimal {}", path,
+                                  with_mark->name, *with_mark->decimal));
     }
     if (!seeming.empty()) {
         print_message(

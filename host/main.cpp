@@ -12,6 +12,7 @@
 #include "host/functions/function_list.h"
 #include "host/functions/function_reference.h"
 #include "host/messages.h"
+#include "host/near_names.h"
 #include "host/output/output_stream.h"
 #include "host/program_error.h"
 #include "host/query_run.h"
@@ -32,7 +33,7 @@ constexpr const char* description =
 
 constexpr const char* footer =
     "\nSQL: SELECT list FROM table WHERE condition LIMIT n OFFSET m, with functions, + - * / % || = <> < <= > >= AND OR NOT\n"
-    "BETWEEN IN LIKE IS NULL, CASE, COALESCE, NULLIF, CAST, CURRENT_DATE and CURRENT_TIMESTAMP; no sorting, aggregates or joins.\n"
+    "BETWEEN IN LIKE ILIKE IS NULL, CASE, COALESCE, NULLIF, CAST, CURRENT_DATE and CURRENT_TIMESTAMP; no sorting, aggregates or joins.\n"
     "An empty field is NULL; \"\" is the empty string. Exit status: 0, or 1 after an error.\n\n"
     "Examples\n"
     "  bifun \"SELECT NVL(NULL, 7)\"\n"
@@ -49,7 +50,7 @@ constexpr option_elsewhere options_elsewhere[] = {
     {" -d -s -F -t --sep --separator --delim --ifs --fs --field-separator ", "; --delimiter says what separates the fields"},
     {" --header -header --headers -H ", "; the first line has the names of the columns unless --no-header is given"},
     {" --noheader -noheader --implicit-csv-header ", "; --no-header says that the first line is a row"},
-    {" --json -json --csv -csv --icsv --ojson --tsv --jsonl --markdown -markdown --table -table --box -box ",
+    {" --json -json --csv -csv --icsv --ojson --opprint --oxtab --tsv --jsonl --markdown -markdown --table -table --box -box ",
      "; --format says how results are written"},
     {" -o --out --outfile ", "; --output names the file of the result"},
     {" -e -c --query --sql -q ", "; the query is the last word"},
@@ -64,15 +65,20 @@ constexpr option_elsewhere options_elsewhere[] = {
     {" -n --head --limit ", "; LIMIT in the query ends the result"},
 };
 
-std::string_view advice_for(std::string_view complaint) {
+std::string advice_for(const CLI::App& app, std::string_view complaint) {
     const std::size_t colon = complaint.find(": ");
-    const std::string word = fmt::format(" {} ", colon == complaint.npos ? "" : complaint.substr(colon + 2));
+    const std::string_view behind = colon == complaint.npos ? "" : complaint.substr(colon + 2);
+    const std::string_view word = behind.substr(0, behind.find_first_of(" ="));
     for (const option_elsewhere& known : options_elsewhere) {
-        if (known.names.find(word) != known.names.npos) {
-            return known.advice;
+        if (known.names.find(fmt::format(" {} ", word)) != known.names.npos) {
+            return std::string(known.advice);
         }
     }
-    return "";
+    std::vector<std::string> names;
+    for (const CLI::Option* const known : app.get_options()) {
+        names.insert(names.end(), known->get_lnames().begin(), known->get_lnames().end());
+    }
+    return word.starts_with("--") ? did_you_mean(word.substr(2), names, [](const std::string& name) { return "--" + name; }) : "";
 }
 
 // Prints a help or version that was asked for; any other reason to stop is an error.
@@ -83,7 +89,8 @@ int answer(const CLI::App& app, const CLI::ParseError& reason) {
         print(text.str());
         return 0;
     }
-    fail("{}{}; see bifun --help", reason.what(), advice_for(reason.what()));
+    const std::string advice = advice_for(app, reason.what());
+    fail("{}{}{} see bifun --help", reason.what(), advice, advice.ends_with('?') ? "" : ";");
 }
 
 int list_functions(int argument_count, char** arguments) {
@@ -151,7 +158,8 @@ void add_file_options(CLI::App& app, program_options& options) {
                "types of columns, such as name:CHAR(10),price:DECIMAL(8,2), with several files also staff.name:CHAR(10); the others "
                "are found in the file. A value that does not fit is an error. There are ") +
                std::string(column_type_names))
-        ->type_name("NAME:TYPE,...");
+        ->type_name("NAME:TYPE,...")
+        ->join(',');
     app.add_option(
            "--set", options.settings,
            "compatible_mode=1|2|3 (1, the default: a negative length in SUBSTR is an error and not NULL; 2: functions such as NVL take "

@@ -40,23 +40,29 @@ bool begins_with_the_other(std::string_view a, std::string_view b) {
 
 } // namespace
 
+std::string lower_case(std::string_view text) {
+    std::string made(text);
+    std::ranges::transform(made, made.begin(), lower);
+    return made;
+}
+
 bool equal_ignoring_case(std::string_view a, std::string_view b) {
     return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](char x, char y) { return lower(x) == lower(y); });
 }
 
-std::string did_you_mean(std::string_view name, std::span<const std::string> candidates) {
+std::string did_you_mean(std::string_view name, std::span<const std::string> candidates, std::string (*shown)(const std::string&)) {
     constexpr std::size_t longest_name = 200;
     if (name.size() > longest_name) {
         return {};
     }
     const std::size_t tolerance = name.size() < 4 ? 1 : name.size() < 8 ? 2 : 3;
-    std::vector<std::pair<std::size_t, std::string_view>> near;
+    std::vector<std::pair<std::size_t, const std::string*>> near;
     for (const std::string& candidate : candidates) {
         const std::size_t distance = candidate.size() > longest_name          ? longest_name
                                      : begins_with_the_other(name, candidate) ? 1
                                                                               : edit_distance(name, candidate);
         if (distance <= tolerance && distance < std::max(name.size(), candidate.size())) {
-            near.emplace_back(distance, candidate);
+            near.emplace_back(distance, &candidate);
         }
     }
     std::stable_sort(near.begin(), near.end(), [](const auto& a, const auto& b) { return a.first < b.first; });
@@ -64,7 +70,7 @@ std::string did_you_mean(std::string_view name, std::span<const std::string> can
     std::string text;
     for (std::size_t i = 0; i < near.size() && i < most_suggestions && near[i].first == near[0].first; ++i) {
         text += i == 0 ? "; did you mean " : " or ";
-        text += near[i].second;
+        text += shown(*near[i].second);
     }
     return text.empty() ? text : text + "?";
 }

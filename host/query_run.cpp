@@ -8,11 +8,12 @@
 
 #include "host/binding/binding.h"
 #include "host/evaluation/execution.h"
-#include "host/messages.h"
 #include "host/near_names.h"
 #include "host/session/settings.h"
+#include "host/sql/names.h"
 #include "host/sql/sql_text.h"
 #include "host/sql/syntax.h"
+#include "host/sql/syntax_advice.h"
 #include "host/tables/file_name.h"
 #include "host/tables/given_types.h"
 #include "host/tables/input_file.h"
@@ -62,18 +63,41 @@ void check_files(const std::vector<std::string>& files) {
     }
 }
 
-// Reads the query. Where that fails, a file that cannot be called by its own name is often why.
-select_statement parse_query(const std::string& sql, const std::vector<std::string>& files) {
+// The names of a file's columns; none where it cannot be read, or only once.
+std::vector<std::string> column_names_of(const std::string& file, const program_options& options, const session_settings& settings) {
+    std::vector<std::string> names;
+    std::error_code unreadable;
+    if (!std::filesystem::is_regular_file(file, unreadable)) {
+        return names;
+    }
+    try {
+        const std::unique_ptr<table> opened = open_table(file, reading_of(options), settings);
+        std::ranges::transform(opened->columns, std::back_inserter(names), &table_column::name);
+    } catch (const program_error&) {
+        names.clear(); // what is wrong with the query comes first
+    }
+    return names;
+}
+
+// Reads the query. Where that fails, a file or a column that cannot be called by its own name is often why.
+select_statement parse_query(const std::string& sql, const std::vector<std::string>& files, const program_options& options,
+                             const session_settings& settings) {
     try {
         return parse_select(sql);
-    } catch (const program_error& error) {
-        const bool names_file =
-            sql.find(".csv'") != std::string::npos && std::string_view(error.what()).find("syntax error") != std::string_view::npos;
-        std::string hint = names_file ? "; FROM takes the name of a table, which is that of its file without .csv" : "";
+    } catch (const syntax_error& error) {
+        std::string hint =
+            sql.find(".csv") != std::string::npos ? "; FROM takes the name of a table, which is that of its file without .csv" : "";
         for (const std::string& file : files) {
             const std::string name = plain_table_name_of(file);
-            if (name != table_name_of(file)) {
+            const bool is_meant = find_name_around(sql, table_name_of(file), error.offset) != sql.npos;
+            if (name != table_name_of(file) && is_meant) {
                 hint += fmt::format("; {} is the table {}", file, name);
+            }
+            for (const std::string& column : column_names_of(file, options, settings)) {
+                const std::string quoted = name_in_query(column);
+                if (quoted != column && find_name_around(sql, column, error.offset) != sql.npos) {
+                    hint += fmt::format("; the column {} of {} is written {}", column, file, quoted);
+                }
             }
         }
         throw program_error(error.what() + hint);
@@ -94,6 +118,17 @@ void run_query(const program_options& options) {
     if (options.words.empty()) {
         fail("there is no query; give one as in: bifun \"SELECT NVL(NULL, 7)\", or see bifun --help");
     }
+    for (std::size_t i = 0; i + 1 < options.words.size(); ++i) {
+        const std::string& word = options.words[i];
+        if (equal_ignoring_case(word, "SELECT")) {
+            fail("the query is one word, in quotes: bifun {} \"{}\"",
+                 fmt::join(options.words.begin(), options.words.begin() + static_cast<std::ptrdiff_t>(i), " "),
+                 fmt::join(options.words.begin() + static_cast<std::ptrdiff_t>(i), options.words.end(), " "));
+        }
+        if (equal_ignoring_case(std::string_view(word).substr(0, 7), "SELECT ")) {
+            fail("the query is the last word, behind the files: bifun FILE.csv \"{}\"", word);
+        }
+    }
     if (!has_query(options)) {
         const std::string& file = options.words.back();
         fail("there is no query behind {0}; give one as in: bifun {0} \"SELECT * FROM {1}\"", file, plain_table_name_of(file));
@@ -105,13 +140,14 @@ void run_query(const program_options& options) {
     run_statement(options, {options.words.begin(), options.words.end() - 1}, options.words.back());
 }
 
-void run_statement(const program_options& options, const std::vector<std::string>& files, const std::string& sql) {
+void run_statement(const program_options& options, const std::vector<std::string>& files, const std::string& sql,
+                   const std::function<void(const std::string&)>& tell) {
     const session_settings settings = read_settings(options.settings);
     // First of all: it tells the engine of the character set, in which everything else is text.
     const function_library library(options.library, settings.library);
     begin_session(settings);
     const given_types types = parse_types(options.types);
-    const select_statement statement = parse_query(sql, files);
+    const select_statement statement = parse_query(sql, files, options, settings);
     check_files(files);
     const output_format format = format_of(options);
     const file_options reading = reading_of(options);
@@ -125,7 +161,7 @@ void run_statement(const program_options& options, const std::vector<std::string
         if (statement.from) {
             source = open_table(file_of_table(files, *statement.from, sql), reading, settings);
             if (is_first && !source->reader.doubt().empty()) {
-                print_message(source->reader.doubt());
+                tell(source->reader.doubt());
             }
             check_given_types(types, source.get(), files, reading, settings);
             mark_needed_columns(statement, sql, *source);
@@ -146,6 +182,7 @@ void run_statement(const program_options& options, const std::vector<std::string
         }
         progress.clear();
         output.finish();
+        std::ranges::for_each(query.notices, tell);
         if (source != nullptr) {
             report_bad_rows(source->reader);
         }

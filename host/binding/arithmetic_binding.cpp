@@ -61,26 +61,29 @@ operand add_days(binder& state, const expression& tree, const operand& date, con
 }
 
 [[noreturn]] void refuse(const binder& state, const expression& tree, const operand& left, const operand& right) {
-    const std::string_view symbol = arithmetic_symbol(tree.operation);
-    const auto is_text = [](const operand& given) { return given.type == sql_type::varchar; };
-    const std::string_view advice = is_datetime(left.type) && is_datetime(right.type) ? "use DATEDIFF(SECOND, start, end), with any field"
-                                    : (is_text(left) && is_datetime(right.type)) || (is_text(right) && is_datetime(left.type)) ||
-                                            (is_text(left) && is_interval(right.type))
-                                        ? "write a date with its type, such as DATE '2024-02-29'"
-                                    : is_text(left) && is_text(right) && tree.operation == arithmetic_operator::add ? "|| joins texts"
-                                    : is_text(left) || is_text(right) ? "CAST(x AS DECIMAL) makes a number of a text"
-                                    : is_interval(left.type) && is_number(right.type)
-                                        ? "NUMTODSINTERVAL and NUMTOYMINTERVAL make intervals of numbers"
-                                        : "it takes numbers, and + and - also a date with days or an interval";
+    const bool is_left_text = left.type == sql_type::varchar;
+    const bool has_text = is_left_text || right.type == sql_type::varchar;
+    const sql_type other = is_left_text ? right.type : left.type;
+    const misplaced_value text = misplaced(state, is_left_text ? left : right);
+    const bool seems_date = text.column != nullptr && text.column->seems && has_date(text.column->seems->type);
+    const sql_type needed = seems_date || is_datetime(other) || is_interval(other) ? sql_type::date : sql_type::decimal;
+    const bool adds_texts = is_left_text && right.type == sql_type::varchar && tree.operation == arithmetic_operator::add;
+    const std::string advice =
+        is_datetime(left.type) && is_datetime(right.type) ? "; use DATEDIFF(SECOND, start, end), with any field"
+        : has_text ? (adds_texts ? "; || joins texts" : "") + (adds_texts && text.is_literal ? "" : way_to(needed, text))
+        : is_interval(left.type) && is_number(right.type) ? "; NUMTODSINTERVAL and NUMTOYMINTERVAL make intervals of numbers"
+                                                          : "; it takes numbers, and + and - also a date with days or an interval";
     fail_at(state.sql, tree.offset,
-            fmt::format("{} does not take {} and {}; {}", symbol, sql_type_name(left.type), sql_type_name(right.type), advice));
+            fmt::format("{} does not take {} and {}{}", arithmetic_symbol(tree.operation), sql_type_name(left.type),
+                        sql_type_name(right.type), advice));
 }
 
 operand bind_sign(binder& state, const expression& tree) {
     const operand number = bind(state, tree.operands[0]);
     if (!is_number_or_null(number)) {
         fail_at(state.sql, tree.offset,
-                fmt::format("{} takes a number, and this is of type {}", arithmetic_symbol(tree.operation), sql_type_name(number.type)));
+                fmt::format("{} takes a number, and this is of type {}{}", arithmetic_symbol(tree.operation), sql_type_name(number.type),
+                            way_to(sql_type::decimal, misplaced(state, number))));
     }
     return tree.operation == arithmetic_operator::negate ? add_negation(state, tree, number) : number;
 }

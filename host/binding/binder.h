@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <deque>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -16,6 +17,7 @@
 #include "host/session/settings.h"
 #include "host/sql/expression.h"
 #include "host/tables/table.h"
+#include "host/tables/type_advice.h"
 
 namespace host {
 
@@ -43,6 +45,8 @@ struct binder {
     sequence in_hand;                      // where steps are added
     std::optional<statement_moment> now;   // once it is asked for
     std::deque<expression> added_literals; // omitted arguments of calls and the codes of keywords
+    std::vector<std::string> notices{};    // as those of the plan
+    std::span<const select_item> named{};  // the items whose names stand for them where there is no such column: in WHERE
 };
 
 // At the end of the sequence in hand.
@@ -55,6 +59,15 @@ template <class Bind> auto in_sequence(binder& state, sequence& steps, const Bin
     std::swap(state.in_hand, steps);
     return made;
 }
+
+// Once for what begins so, however often it is noticed.
+void add_notice(binder& state, const std::string& beginning, std::string_view rest);
+
+// An operand as advice on types takes it.
+misplaced_value misplaced(const binder& state, const operand& given);
+
+// The item that a name behind AS means; null where there is none, or a column of that name.
+const expression* find_named_item(std::span<const select_item> items, const table& source, const expression& column);
 
 const table_column& column_named(const table& source, const expression& tree, const std::string& sql);
 void check_table_prefix(const binder& state, std::string_view name, std::size_t offset);
@@ -82,6 +95,8 @@ operand add_literal(binder& state, literal_kind kind, std::string text, std::siz
 // The type that values become where they meet: the widest of numbers, or the one type that all of them have. A string literal may stand for
 // a datetime. A datetime without a zone becomes one with a zone where it meets one. `complaint` says what types cannot do that do not go
 // together: "cannot be compared".
+constexpr std::string_view cannot_be_compared = "cannot be compared";
+constexpr std::string_view do_not_go_together = "do not go together";
 sql_type common_type(const binder& state, const std::vector<operand>& operands, std::size_t offset, std::string_view complaint);
 
 // A step with the truth value of the comparison.

@@ -71,13 +71,14 @@ void make_names_unique(std::vector<result_column>& results) {
     }
 }
 
-void mark_needed(const expression& tree, const std::string& sql, table& source) {
-    if (tree.kind == expression_kind::column) {
+// What stands for an item of the select list is marked there.
+void mark_needed(const expression& tree, const std::string& sql, table& source, std::span<const select_item> named) {
+    if (tree.kind == expression_kind::column && find_named_item(named, source, tree) == nullptr) {
         const table_column& found = column_named(source, tree, sql);
         source.columns[static_cast<std::size_t>(&found - source.columns.data())].needed = true;
     }
     for (const expression& part : tree.operands) {
-        mark_needed(part, sql, source);
+        mark_needed(part, sql, source, named);
     }
 }
 
@@ -88,11 +89,11 @@ void mark_needed_columns(const select_statement& statement, const std::string& s
         if (item.all_columns) {
             std::ranges::for_each(source.columns, [](table_column& column) { column.needed = true; });
         } else {
-            mark_needed(item.value, sql, source);
+            mark_needed(item.value, sql, source, {});
         }
     }
     if (statement.where) {
-        mark_needed(*statement.where, sql, source);
+        mark_needed(*statement.where, sql, source, statement.items);
     }
 }
 
@@ -115,7 +116,9 @@ plan bind_statement(const select_statement& statement, const std::string& sql, t
     made.limit = statement.limit;
     made.offset = statement.offset;
     if (statement.where) {
+        state.named = statement.items;
         bind_where(state, *statement.where, made);
+        state.named = {};
     }
     for (const select_item& item : statement.items) {
         bind_item(state, item, made);
@@ -123,6 +126,7 @@ plan bind_statement(const select_statement& statement, const std::string& sql, t
     make_names_unique(made.results);
     made.steps = std::move(state.steps);
     made.result_steps = std::move(state.in_hand);
+    made.notices = std::move(state.notices);
     return made;
 }
 

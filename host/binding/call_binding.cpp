@@ -65,6 +65,12 @@ std::vector<offered_argument> offered_of(const std::vector<operand>& arguments) 
     return offered;
 }
 
+std::string_view advice_on_extremes(std::string_view builtin) {
+    return builtin == "GREATEST" ? "; for texts there is CASE WHEN x > y THEN x ELSE y END"
+           : builtin == "LEAST"  ? "; for texts there is CASE WHEN x < y THEN x ELSE y END"
+                                 : "";
+}
+
 // The datetimes among a call's arguments. The catalogue knows one type for all of them; a text may stand for any.
 std::vector<datetime_argument> datetimes_of(const binder& state, const bifun::entry_point& member, const std::vector<operand>& arguments) {
     std::vector<datetime_argument> found;
@@ -75,7 +81,8 @@ std::vector<datetime_argument> datetimes_of(const binder& state, const bifun::en
         }
         const std::optional<sql_type> type = argument.type == sql_type::varchar ? datetime_type_of(*argument.literal) : argument.type;
         if (!type) {
-            fail_at(state.sql, argument.offset, "this text cannot be read as a date, time or timestamp");
+            fail_at(state.sql, argument.offset,
+                    fmt::format("this text cannot be read as a date, time or timestamp{}", advice_on_extremes(member.builtin)));
         }
         found.push_back({i, *type});
     }
@@ -107,8 +114,9 @@ const bifun::builtin& builtin_named(const binder& state, const expression& tree)
     }
     if (!takes_argument_count(builtin->name, tree.operands.size())) {
         fail_at(state.sql, tree.offset,
-                fmt::format("{} takes {} argument{}, not {}: {}", builtin->name, argument_counts(builtin->name),
-                            argument_counts(builtin->name) == "1" ? "" : "s", tree.operands.size(), builtin->form));
+                fmt::format("{} takes {} argument{}, not {}: {}{}", builtin->name, argument_counts(builtin->name),
+                            argument_counts(builtin->name) == "1" ? "" : "s", tree.operands.size(), builtin->form,
+                            builtin->name == "TO_TIMESTAMP" ? "; TO_DATE(text, format) reads by a format, also a time of day" : ""));
     }
     return *builtin;
 }
@@ -122,6 +130,42 @@ const bifun::builtin& builtin_named(const binder& state, const expression& tree)
                 fmt::format("{} takes dates, times, timestamps, intervals and text, not {}", builtin, sql_type_name(offered.back().type)));
     }
     fail_at(state.sql, tree.operands.front().offset, refusal);
+}
+
+// Of a column of texts that look like those of another type; or else what the catalogue knows.
+std::string advice_on_columns(const binder& state, std::string_view builtin, const std::vector<offered_argument>& offered,
+                              const std::vector<operand>& arguments) {
+    const bool has_text = std::ranges::find(arguments, sql_type::varchar, &operand::type) != arguments.end();
+    if (has_text && !advice_on_extremes(builtin).empty()) {
+        return std::string(advice_on_extremes(builtin));
+    }
+    const bool has_text_of_file = std::ranges::any_of(
+        arguments, [](const operand& argument) { return argument.type == sql_type::varchar && argument.literal == nullptr; });
+    const auto is_taken_as = [&](std::size_t i, sql_type type) {
+        std::vector<offered_argument> tried = offered;
+        tried[i].type = type;
+        return choose_member(builtin, tried) != nullptr;
+    };
+    for (std::size_t i = 0; i < arguments.size() && has_text_of_file; ++i) {
+        if (arguments[i].literal != nullptr && is_number(arguments[i].type) && is_taken_as(i, sql_type::varchar)) {
+            return "; the number is a text in quotes";
+        }
+    }
+    for (std::size_t i = 0; i < arguments.size(); ++i) {
+        const misplaced_value given = misplaced(state, arguments[i]);
+        if (given.column == nullptr) {
+            continue;
+        }
+        if (given.column->seems && is_taken_as(i, given.column->seems->type)) {
+            return way_to(given.column->seems->type, given);
+        }
+        for (const sql_type needed : {sql_type::date, sql_type::boolean, sql_type::decimal}) {
+            if (!way_to(needed, given).empty() && is_taken_as(i, needed)) {
+                return way_to(needed, given);
+            }
+        }
+    }
+    return advice_for(builtin, offered);
 }
 
 // May add the argument that is omitted, and moves the name of a field to where the member takes it.
@@ -149,7 +193,7 @@ const bifun::entry_point& find_member(binder& state, const expression& tree, std
     if (member == nullptr) {
         fail_at(state.sql, tree.offset,
                 fmt::format("{} does not take ({}); it takes {}{}", builtin, fmt::join(types, ", "),
-                            describe_signatures(builtin, types.size()), advice_for(builtin, offered)));
+                            describe_signatures(builtin, types.size()), advice_on_columns(state, builtin, offered, arguments)));
     }
     if (member->argument_count > arguments.size()) {
         const bool is_text = bifun::is_string(member->arguments().back().type);
@@ -169,12 +213,23 @@ std::optional<std::string> date_format_of(const binder& state, const bifun::entr
     return from_utf8(*state.settings.text_charset, arguments[position].literal->text);
 }
 
-void check_date_formats(const binder& state, const bifun::entry_point& member, const std::vector<operand>& arguments) {
+std::string_view percent_advice(const bifun::entry_point& member) {
+    return member.result == value_type::VARCHAR ? "; DATE_FORMAT(d, '%Y-%m-%d') has formats with %" : "; formats are such as YYYY-MM-DD";
+}
+
+void check_date_formats(binder& state, const bifun::entry_point& member, const std::vector<operand>& arguments) {
     for (std::size_t i = 0; i < arguments.size(); ++i) {
         const std::optional<std::string> format = date_format_of(state, member, arguments, i);
         const std::optional<std::string> fault = format ? find_format_fault(fact_of(member, i).format, *format) : std::nullopt;
+        const bool is_percent = fact_of(member, i).format == bifun::date_format::percent;
+        const bool has_percent = format && format->find('%') != format->npos;
         if (fault) {
-            fail_at(state.sql, arguments[i].offset, *fault);
+            fail_at(state.sql, arguments[i].offset, has_percent && !is_percent ? *fault + std::string(percent_advice(member)) : *fault);
+        }
+        if (format && has_percent != is_percent) {
+            add_notice(state, fmt::format("{}: the format '{}'", member.builtin, *format),
+                       is_percent ? " has no element with %, such as %Y, and is written as it is; TO_CHAR has formats such as YYYY-MM-DD"
+                                  : fmt::format(" has no elements with %{}", percent_advice(member)));
         }
         const sql_type written = arguments[0].type;
         const bool is_time = is_datetime(written) && !has_date(written);
@@ -254,6 +309,18 @@ bool shows_all_digits(const bifun::entry_point& member, const std::vector<operan
     return format.find("EEEE") != format.npos || format.find("TM") != format.npos;
 }
 
+// The argument of a member that reads a text as a datetime and gives NULL for any other.
+std::optional<std::size_t> argument_of_datetime_text(const bifun::entry_point& member) {
+    for (std::size_t i = 0; i < member.argument_count; ++i) {
+        const bifun::argument_fact& fact = fact_of(member, i);
+        if (member.arguments()[i].type == value_type::VARCHAR && fact.others_pass &&
+            fact.typical.form == bifun::value_form::datetime_text) {
+            return i;
+        }
+    }
+    return std::nullopt;
+}
+
 // Members whose NULL rule speaks of the first argument alone are asked for no row where another one is NULL: constants they take by their
 // length.
 bool is_null_by_constant(const bifun::entry_point& member, const std::vector<operand>& arguments) {
@@ -282,6 +349,10 @@ operand bind_call(binder& state, const expression& tree, std::string_view builti
     call.entry = &member;
     call.function = state.library.find(member.symbol);
     call.shows_all_digits = shows_all_digits(member, arguments);
+    const std::optional<std::size_t> text = argument_of_datetime_text(member);
+    if (text && state.source != nullptr && arguments[*text].literal == nullptr) { // a literal is in sight
+        call.unread.argument = text;
+    }
     const sql_type type = call.type;
     for (std::size_t i = 0; i < arguments.size(); ++i) {
         const value_type parameter = member.arguments()[i].type;

@@ -7,8 +7,6 @@
 namespace host {
 namespace {
 
-constexpr std::string_view do_not_go_together = "do not go together";
-
 // The values of all branches as those of one type.
 operand add_choice(binder& state, const expression& tree, std::size_t choice, std::vector<choice_branch> branches,
                    const std::vector<operand>& values) {

@@ -10,6 +10,7 @@
 #include "host/binding/literal.h"
 #include "host/near_names.h"
 #include "host/program_error.h"
+#include "host/sql/names.h"
 #include "host/sql/sql_text.h"
 #include "host/values/value_text.h"
 
@@ -44,13 +45,30 @@ const table_column& column_named(const table& source, const expression& tree, co
     if (column == nullptr) {
         std::vector<std::string> names;
         std::ranges::transform(source.columns, std::back_inserter(names), &table_column::name);
-        std::string hint = did_you_mean(tree.name, names);
+        const std::string_view written = name_as_written(sql, tree.offset, tree.name);
+        // eol-lts is eol less lts.
+        const auto around = std::ranges::find_if(names, [&](const std::string& name) {
+            return name_in_query(name) != name && find_name_around(sql, name, tree.offset) != sql.npos;
+        });
+        std::string hint = around != names.end() ? fmt::format("; the column {} is written {}", *around, name_in_query(*around))
+                                                 : did_you_mean(tree.name, names, name_in_query);
+        if (hint.empty() && sql[tree.offset] == '"') {
+            hint = fmt::format("; a text stands in single quotes: '{}'", written);
+        }
         if (hint.empty()) {
+            std::ranges::transform(names, names.begin(), name_in_query);
             hint = fmt::format("; there are {}", fmt::join(names, ", "));
         }
-        fail_at(sql, tree.offset, fmt::format("{} has no column {}{}", source.reader.path(), tree.name, hint));
+        fail_at(sql, tree.offset, fmt::format("{} has no column {}{}", source.reader.path(), written, hint));
     }
     return *column;
+}
+
+const expression* find_named_item(std::span<const select_item> items, const table& source, const expression& column) {
+    const auto found = std::ranges::find_if(items, [&](const select_item& item) {
+        return !item.alias.empty() && equal_ignoring_case(item.alias, column.name) && column.table.empty();
+    });
+    return found == items.end() || find_column(source, column.name) != nullptr ? nullptr : &found->value;
 }
 
 void check_table_prefix(const binder& state, std::string_view name, std::size_t offset) {
@@ -58,6 +76,19 @@ void check_table_prefix(const binder& state, std::string_view name, std::size_t 
     if (!name.empty() && !known) {
         fail_at(state.sql, offset, fmt::format("there is no table {} in FROM", name));
     }
+}
+
+void add_notice(binder& state, const std::string& beginning, std::string_view rest) {
+    if (std::ranges::none_of(state.notices, [&](const std::string& known) { return known.starts_with(beginning); })) {
+        state.notices.push_back(beginning + std::string(rest));
+    }
+}
+
+misplaced_value misplaced(const binder& state, const operand& given) {
+    const bool is_column = given.literal == nullptr && state.steps[given.step].kind == step_kind::table_column;
+    return {.type = given.type,
+            .is_literal = given.literal != nullptr,
+            .column = is_column ? &state.source->columns[state.steps[given.step].table_column] : nullptr};
 }
 
 std::size_t add_step(binder& state, step made) {
@@ -98,10 +129,9 @@ std::size_t as_type(binder& state, const operand& given, sql_type type) {
 std::size_t as_condition(binder& state, const operand& given) {
     if (given.type != sql_type::boolean && given.type != sql_type::null) {
         fail_at(state.sql, given.offset,
-                fmt::format("a condition is needed here, and this is of type {}{}", sql_type_name(given.type),
-                            given.type == sql_type::varchar
-                                ? "; compare it, as in x = 'true', or have the column read as one, with --types x:BOOL"
-                                : ""));
+                fmt::format("a condition is needed here, and this is of type {}{}{}", sql_type_name(given.type),
+                            given.type == sql_type::varchar ? "; compare it, as in x = 'true'" : "",
+                            way_to(sql_type::boolean, misplaced(state, given))));
     }
     return as_type(state, given, sql_type::boolean);
 }
@@ -116,6 +146,12 @@ operand bind_column(binder& state, const expression& tree) {
                 fmt::format("there is no column {}, because the query has no FROM; text stands in 'single quotes'", tree.name));
     }
     check_table_prefix(state, tree.table, tree.offset);
+    if (const expression* const item = find_named_item(state.named, *state.source, tree); item != nullptr) {
+        const std::span<const select_item> named = std::exchange(state.named, {}); // which the item knows nothing of
+        const operand bound = bind(state, *item);
+        state.named = named;
+        return bound;
+    }
     const table_column* const column = &column_named(*state.source, tree, state.sql);
     const std::size_t made = add_step(state, {.kind = step_kind::table_column,
                                               .type = column->type.type,
@@ -126,23 +162,18 @@ operand bind_column(binder& state, const expression& tree) {
 
 // ---- comparisons and conditions ------------------------------------------------------------------------------------
 
-// How values of two types may be made alike, where one has texts of a column or a date is not written as one.
-std::string_view way_out(sql_type left, sql_type right) {
-    if (left != sql_type::varchar && right != sql_type::varchar) {
-        const bool are_date_and_number = (is_datetime(left) && is_number(right)) || (is_number(left) && is_datetime(right));
-        return are_date_and_number ? "; a date is written in quotes" : "";
-    }
-    const sql_type other = left == sql_type::varchar ? right : left;
-    return is_number(other)             ? "; texts are compared with a number in quotes, and --types or --decimal reads a column as numbers"
-           : is_datetime(other)         ? "; --types \"column:DATE 'DD.MM.YYYY'\" reads a column as dates"
-           : other == sql_type::boolean ? "; --types column:BOOL reads true and false"
-                                        : "";
-}
+} // namespace
+
+namespace {
+
+// Of branches with texts and something else.
+std::string text_of(sql_type other) { return fmt::format("; CAST(x AS VARCHAR) makes a text of the {}", sql_type_name(other)); }
 
 } // namespace
 
 sql_type common_type(const binder& state, const std::vector<operand>& operands, std::size_t offset, std::string_view complaint) {
     std::optional<sql_type> common;
+    const operand* widest = nullptr;
     for (const operand& given : operands) {
         if (given.type == sql_type::null || (given.literal != nullptr && given.type == sql_type::varchar)) {
             continue;
@@ -150,11 +181,15 @@ sql_type common_type(const binder& state, const std::vector<operand>& operands, 
         const sql_type known = common.value_or(given.type);
         const bool both_numbers = is_number(known) && is_number(given.type);
         const bool both_dates = is_datetime(known) && is_datetime(given.type) && has_date(known) == has_date(given.type);
-        common = std::max(known, given.type);
         if (!both_numbers && !both_dates && known != given.type) {
             fail_at(state.sql, offset,
-                    fmt::format("{} and {} {}{}", sql_type_name(known), sql_type_name(given.type), complaint, way_out(known, given.type)));
+                    fmt::format("{} and {} {}{}", sql_type_name(known), sql_type_name(given.type), complaint,
+                                complaint == do_not_go_together && std::max(known, given.type) == sql_type::varchar
+                                    ? text_of(std::min(known, given.type))
+                                    : way_together(misplaced(state, *widest), misplaced(state, given))));
         }
+        widest = widest == nullptr || given.type > known ? &given : widest;
+        common = std::max(known, given.type);
     }
     for (const operand& given : operands) {
         if (given.literal == nullptr || given.type != sql_type::varchar || common == sql_type::varchar) {
@@ -166,14 +201,12 @@ sql_type common_type(const binder& state, const std::vector<operand>& operands, 
         if (!is_datetime(*common)) {
             fail_at(state.sql, offset,
                     fmt::format("{} and VARCHAR {}{}", sql_type_name(*common), complaint,
-                                is_number(*common)             ? "; write the number without quotes"
-                                : *common == sql_type::boolean ? "; write TRUE or FALSE without quotes"
-                                : is_interval(*common)         ? "; write the interval with its type, such as INTERVAL '3' DAY"
-                                                               : ""));
+                                complaint == do_not_go_together ? text_of(*common) : way_to(*common, misplaced(state, given))));
         }
         const std::optional<sql_type> type = datetime_type_of(*given.literal);
         if (!type || has_date(*type) != has_date(*common)) {
-            fail_at(state.sql, given.offset, fmt::format("this cannot be read as {}", sql_type_name(*common)));
+            fail_at(state.sql, given.offset,
+                    fmt::format("this cannot be read as {}; CAST(x AS VARCHAR) makes a text of one", sql_type_name(*common)));
         }
         common = std::max(*common, *type);
     }
@@ -181,8 +214,6 @@ sql_type common_type(const binder& state, const std::vector<operand>& operands, 
 }
 
 namespace {
-
-constexpr std::string_view cannot_be_compared = "cannot be compared";
 
 std::size_t add_condition(binder& state, step_kind kind, std::vector<std::size_t> operands, bool negated = false) {
     return add_step(state, {.kind = kind, .type = sql_type::boolean, .operands = std::move(operands), .negated = negated});
@@ -194,7 +225,45 @@ std::size_t negated_if(binder& state, bool negated, std::size_t condition) {
 
 } // namespace
 
+namespace {
+
+// What a text shows of a date, as a column or as a literal.
+enum class date_look : std::uint8_t { none, iso, written };
+
+date_look look_of(const binder& state, const operand& given) {
+    if (given.type != sql_type::varchar) {
+        return date_look::none;
+    }
+    if (given.literal == nullptr) {
+        const table_column* const column = misplaced(state, given).column;
+        return column != nullptr && column->seems && has_date(column->seems->type) ? date_look::written : date_look::none;
+    }
+    const std::optional<sql_type> type = datetime_type_of(*given.literal);
+    return type && has_date(*type) ? date_look::iso : is_written_date(given.literal->text) ? date_look::written : date_look::none;
+}
+
+// Texts that are dates have another order than these, and are never equal where they are not written alike.
+void notice_dates_as_texts(binder& state, comparison_operator operation, const operand& left, const operand& right) {
+    const bool is_left = left.literal == nullptr;
+    const operand& text = is_left ? left : right;
+    const operand& other = is_left ? right : left;
+    const table_column* const column = text.type == sql_type::varchar ? misplaced(state, text).column : nullptr;
+    const bool is_equality = operation == comparison_operator::equal || operation == comparison_operator::not_equal;
+    const date_look look = look_of(state, other);
+    if (column == nullptr || look == date_look::none ||
+        (is_equality && (look_of(state, text) == date_look::none || look == date_look::written))) {
+        return;
+    }
+    add_notice(state, fmt::format("{} is text, and compared as such", column->name),
+               fmt::format(" with {}{}",
+                           other.literal != nullptr ? fmt::format("'{}'", other.literal->text) : misplaced(state, other).column->name,
+                           way_to(sql_type::date, misplaced(state, text))));
+}
+
+} // namespace
+
 std::size_t add_comparison(binder& state, comparison_operator operation, const operand& left, const operand& right, std::size_t offset) {
+    notice_dates_as_texts(state, operation, left, right);
     const sql_type type = common_type(state, {left, right}, offset, cannot_be_compared);
     const std::size_t first = as_type(state, left, type);
     const std::size_t made = add_condition(state, step_kind::comparison, {first, as_type(state, right, type)});
@@ -209,6 +278,7 @@ std::size_t bind_in_list(binder& state, const expression& tree, const std::vecto
     std::vector<std::size_t> compared{as_type(state, operands[0], type)};
     std::vector<constant> items;
     for (const operand& given : std::span(operands).subspan(1)) {
+        notice_dates_as_texts(state, comparison_operator::equal, operands[0], given);
         if (given.literal != nullptr && given.type != sql_type::null) {
             items.push_back(constant_of_type(state, *given.literal, type));
         } else {
@@ -227,9 +297,13 @@ std::size_t bind_like(binder& state, const expression& tree, const std::vector<o
                     fmt::format("LIKE takes texts, and this is of type {}; CAST(x AS VARCHAR) makes one", sql_type_name(given.type)));
         }
     }
-    const std::size_t text = as_type(state, operands[0], sql_type::varchar);
-    const std::size_t made = add_condition(state, step_kind::like, {text, as_type(state, operands[1], sql_type::varchar)});
-    state.steps[made].escape = from_utf8(*state.settings.text_charset, tree.text).value_or("");
+    const auto compared = [&](const operand& given) {
+        return as_type(state, tree.folds_case ? bind_call(state, tree, "LOWER", {given}) : given, sql_type::varchar);
+    };
+    const std::size_t text = compared(operands[0]);
+    const std::size_t made = add_condition(state, step_kind::like, {text, compared(operands[1])});
+    const std::string escape = tree.folds_case ? lower_case(tree.text) : tree.text;
+    state.steps[made].escape = from_utf8(*state.settings.text_charset, escape).value_or("");
     return negated_if(state, tree.negated, made);
 }
 
@@ -265,6 +339,10 @@ std::size_t bind_logic(binder& state, step_kind kind, const std::vector<operand>
 
 operand bind(binder& state, const expression& tree) {
     if (tree.kind == expression_kind::literal) {
+        if (tree.literal == literal_kind::number && state.source != nullptr && find_column(*state.source, tree.text) != nullptr) {
+            add_notice(state, fmt::format("{} is a number in the query", tree.text),
+                       fmt::format("; the column of that name is written \"{}\"", tree.text));
+        }
         return {&tree, 0, literal_type_of(tree, state.sql), tree.offset};
     }
     if (tree.kind == expression_kind::column) {

@@ -14,6 +14,7 @@
 #include "engine/json.h"
 #include "engine/session.h"
 #include "host/program_error.h"
+#include "host/tables/type_advice.h"
 #include "host/values/date_formats.h"
 #include "host/values/number_formats.h"
 #include "host/values/value_text.h"
@@ -129,6 +130,23 @@ void count_trailing_blanks(bifun_column& column, std::uint32_t row_count) {
     }
 }
 
+// Rows whose text gave NULL. No other argument of such calls may be NULL: those are constants.
+void count_unread_texts(const execution& run, step& call, const bifun_column& texts, std::uint32_t row_count) {
+    constexpr std::size_t longest = 40;
+    for (std::uint32_t k = 0; k < row_count; ++k) {
+        const std::uint32_t row = row_of(texts, k);
+        if (call.result->data.null_flags[k] != 0 || texts.data->null_flags[row] == 0 || ++call.unread.rows > 1) {
+            continue;
+        }
+        const auto& text = static_cast<const bifun_string*>(texts.data->values)[row];
+        const std::string_view characters(reinterpret_cast<const char*>(text.data), text.length);
+        call.unread.is_number = shape_of_number(without_blanks_around(characters)).is_number;
+        call.unread.first =
+            fmt::format("\"{}{}\" in {}", to_utf8_with_replacements(*run.settings.text_charset, characters.substr(0, longest)),
+                        text.length > longest ? "..." : "", place_of_row(run, k));
+    }
+}
+
 // A number so small that a decimal would lose digits of it, or all of them, is not shown with zeros in their place.
 void check_digits(const execution& run, const step& call, const bifun_column& numbers, std::uint32_t row_count) {
     constexpr double always_kept = 1e-100; // 17 digits lie before the 127th behind the point
@@ -147,6 +165,15 @@ void check_digits(const execution& run, const step& call, const bifun_column& nu
 
 } // namespace
 
+std::string unread_notice(const execution& run, const step& call) {
+    const step& texts = run.query.steps[call.operands[*call.unread.argument]];
+    const table_column* const column = texts.kind == step_kind::table_column ? &run.query.source->columns[texts.table_column] : nullptr;
+    return fmt::format("{} gives NULL for texts that are no dates such as 2024-02-29, in {} row{}; the first is {}{}", call.entry->builtin,
+                       call.unread.rows, call.unread.rows == 1 ? "" : "s", call.unread.first,
+                       call.unread.is_number ? "; CAST(x AS DECIMAL) makes a number of a text"
+                                             : way_to(sql_type::date, {.type = sql_type::varchar, .column = column}));
+}
+
 void evaluate_call(execution& run, step& call, std::uint32_t row_count) {
     const invocation made = invocation_of(run, call);
     if (call.shows_all_digits) {
@@ -155,6 +182,9 @@ void evaluate_call(execution& run, step& call, std::uint32_t row_count) {
     const std::int32_t status = invoke(made, row_count);
     if (status != 0) {
         fail_in_call(run, call, made, status, row_count);
+    }
+    if (call.unread.argument) {
+        count_unread_texts(run, call, *made.columns[*call.unread.argument], row_count);
     }
     if (call.type == sql_type::boolean) {
         normalise_condition(call.result->column, row_count);

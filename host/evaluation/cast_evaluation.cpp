@@ -12,6 +12,7 @@
 #include "host/output/value_output.h"
 #include "host/program_error.h"
 #include "host/tables/field_value.h"
+#include "host/tables/type_advice.h"
 #include "host/values/decimal_shape.h"
 #include "host/values/value_text.h"
 
@@ -35,14 +36,12 @@ std::string shown_value(const execution& run, const step& made, std::uint32_t ro
     return text;
 }
 
-// How else texts of a file become such values.
-std::string_view way_out(const execution& run, const step& made) {
-    if (run.query.source == nullptr || run.query.steps[made.operands[0]].type != sql_type::varchar) {
-        return "";
-    }
-    return is_number(made.type)     ? "; --decimal and --null read columns of numbers that are written otherwise"
-           : is_datetime(made.type) ? "; --types \"column:DATE 'DD.MM.YYYY'\" reads a column of dates that are written otherwise"
-                                    : "";
+// How else a column of the file becomes such values; a text that is computed is as it is.
+std::string way_out(const execution& run, const step& made) {
+    const step& given = run.query.steps[made.operands[0]];
+    return given.kind != step_kind::table_column
+               ? ""
+               : way_to(made.type, {.type = given.type, .column = &run.query.source->columns[given.table_column]});
 }
 
 // Calls `cast` with the row of the value and that of the result; it returns false where the value does not become one.
@@ -76,13 +75,24 @@ void cast_to_text(const execution& run, step& made, std::uint32_t row_count) {
     });
 }
 
+// A text becomes a DATE as the TIMESTAMP does that it names.
+bool store_date_of_timestamp(const execution& run, std::string_view text, zqtime& value) {
+    const bool is_timestamp = read_datetime(text, sql_type::timestamp, run.environment.time_zone, value);
+    complete_datetime(value, sql_type::date, run.environment.time_zone);
+    return is_timestamp;
+}
+
 void cast_from_text(const execution& run, step& made, std::uint32_t row_count) {
     const auto* const texts = static_cast<const bifun_string*>(column_of(run, made.operands[0]).data->values);
     const field_storing storing{.type = {.type = made.type}, .sampled = {}, .settings = run.settings};
     cast_rows(run, made, row_count, [&](std::uint32_t row, std::uint32_t place) {
         const std::string_view text(reinterpret_cast<const char*>(texts[row].data), texts[row].length);
-        return store_field(storing, text, false, *made.result, place) == field_fault::none;
+        return store_field(storing, text, false, *made.result, place) == field_fault::none ||
+               (made.type == sql_type::date && store_date_of_timestamp(run, text, zqengine::values_of<zqtime>(*made.result)[place]));
     });
+    if (made.type == sql_type::boolean) {
+        normalise_condition(made.result->column, row_count);
+    }
 }
 
 // ---- numbers -------------------------------------------------------------------------------------------------------

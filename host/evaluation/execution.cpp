@@ -235,6 +235,11 @@ void run_plan(plan& query, std::uint32_t batch_rows, const session_settings& set
             progress.update(query.source->reader.bytes_read(), query.source->reader.file_size(), run.rows_before);
         }
     }
+    for (const step& made : query.steps) {
+        if (made.unread.rows > 0) {
+            query.notices.push_back(unread_notice(run, made));
+        }
+    }
 }
 
 } // namespace host

@@ -14,7 +14,7 @@ namespace host {
 
 // Reads the table, evaluates the plan over batches of at most `batch_rows` rows (1 to 65,536) and writes the result rows. Nothing of a
 // batch is written unless all of it succeeds. Throws program_error; a function that fails is named with its status and the row of the
-// file.
+// file. What calls have made NULL of without a reason in the data is added to the plan's notices.
 void run_plan(plan& query, std::uint32_t batch_rows, const session_settings& settings, result_output& output, progress_bar& progress);
 
 } // namespace host

@@ -53,6 +53,14 @@ struct choice_branch {
     bool takes_nulls = true; // without a condition
 };
 
+// Of a call that gives NULL for texts that are no datetimes: the argument, and what has been found of such texts.
+struct unread_texts {
+    std::optional<std::size_t> argument{};
+    std::uint64_t rows = 0;
+    std::string first{};    // and its place
+    bool is_number = false; // the first one
+};
+
 struct step {
     step_kind kind;
     sql_type type;
@@ -62,6 +70,7 @@ struct step {
     const bifun::entry_point* entry = nullptr;
     void* function = nullptr;
     bool shows_all_digits = false; // call: of its first argument, a double that becomes a decimal
+    unread_texts unread{};         // call
     comparison_operator comparison = comparison_operator::equal;
     arithmetic_operator operation = arithmetic_operator::add;
     std::string escape{};                  // like: the character before one that stands for itself; may be none
@@ -96,6 +105,7 @@ struct plan {
     std::optional<std::uint64_t> limit;
     std::uint64_t offset = 0; // rows that are left out before
     std::vector<result_column> results;
+    std::vector<std::string> notices{}; // what may not be meant as it is written, to be said beside the result
 };
 
 } // namespace host

@@ -4,6 +4,7 @@
 #include <algorithm>
 
 #include "bop/frame/catalogue.h"
+#include "host/near_names.h"
 #include "host/program_error.h"
 #include "host/sql/builtins.h"
 #include "host/sql/call_spelling.h"
@@ -22,8 +23,44 @@ std::string function_list() {
     return text;
 }
 
+namespace {
+
+// What looks like a function, or is asked for as one, and is syntax.
+struct syntax_word {
+    std::string_view names;
+    std::string_view form;
+    std::string_view meaning;
+    std::string_view example;
+};
+
+constexpr syntax_word syntax_words[] = {
+    {"CASE WHEN THEN ELSE END", "CASE [x] WHEN condition THEN y ... [ELSE z] END",
+     "y of the first condition that is true, or of the first value that x equals; z, or NULL, where none is",
+     "CASE WHEN 2 > 1 THEN 'a' ELSE 'b' END"},
+    {"COALESCE", "COALESCE(x, y, ...)", "the first of them that is not NULL", "COALESCE(NULL, 7)"},
+    {"NULLIF", "NULLIF(x, y)", "NULL where x equals y, and else x", "NULLIF(0, 0)"},
+    {"CAST ::", "CAST(x AS type)",
+     "x as a BOOL, INT, BIGINT, DECIMAL(p, s), DOUBLE, VARCHAR, DATE, TIME or TIMESTAMP; what is none of the type is an error",
+     "CAST('12.50' AS DECIMAL)"},
+    {"LIKE ILIKE", "s [NOT] LIKE pattern [ESCAPE c]",
+     "whether s is like the pattern, in which % is any text and _ any character; ILIKE disregards case", "'abc' LIKE 'a%'"},
+    {"BETWEEN", "x [NOT] BETWEEN y AND z", "whether x >= y AND x <= z", "2 BETWEEN 1 AND 3"},
+    {"IN", "x [NOT] IN (y, ...)", "whether x equals one of them", "2 IN (1, 2)"},
+    {"IS", "x IS [NOT] NULL, TRUE, FALSE or UNKNOWN", "whether x is that; never NULL itself", "NULL IS NULL"},
+    {"CURRENT_DATE CURRENT_TIME CURRENT_TIMESTAMP LOCALTIME LOCALTIMESTAMP",
+     "CURRENT_DATE, CURRENT_TIME, CURRENT_TIMESTAMP, LOCALTIME, LOCALTIMESTAMP",
+     "the moment at which the query began, the same in all rows", "CURRENT_DATE"},
+};
+
+} // namespace
+
 std::string function_description(std::string_view name) {
     const bifun::builtin* const known = find_builtin(name);
+    const std::string upper = upper_case(name);
+    const auto* const word = std::ranges::find_if(syntax_words, [&](const syntax_word& of) { return bifun::has_word(of.names, upper); });
+    if (known == nullptr && word != std::end(syntax_words)) {
+        return fmt::format("{}\n    {}\n\nExample\n    bifun \"SELECT {}\"\n", word->form, word->meaning, word->example);
+    }
     if (known == nullptr) {
         fail("{}", unknown_function(name));
     }

@@ -3,6 +3,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <functional>
+#include <numeric>
 #include <utility>
 
 #include "host/near_names.h"
@@ -13,6 +15,9 @@ namespace host {
 namespace {
 
 constexpr std::uint64_t rows_that_settle_widths = 1000;
+constexpr std::size_t text_that_settles_widths = std::size_t{4} << 20;
+// A wider cell stands in full, and is not what the others of its column are filled up to.
+constexpr std::size_t widest_column = 120;
 
 bool is_text(sql_type type) { return type == sql_type::varchar; }
 
@@ -134,8 +139,10 @@ void result_output::hold_table_row(std::span<const bifun_column* const> columns,
         append_table_row(stream_.text, cells, widths_, columns_);
         return;
     }
+    held_text_ +=
+        std::transform_reduce(cells.begin(), cells.end(), std::size_t{0}, std::plus(), [](const std::string& cell) { return cell.size(); });
     held_rows_.push_back(std::move(cells));
-    if (held_rows_.size() == rows_that_settle_widths) {
+    if (held_rows_.size() == rows_that_settle_widths || held_text_ > text_that_settles_widths) {
         write_held_rows();
     }
 }
@@ -152,7 +159,7 @@ void result_output::write_held_rows() {
         for (const std::vector<std::string>& cells : held_rows_) {
             width = std::max(width, display_width(cells[i]));
         }
-        widths_.push_back(width);
+        widths_.push_back(std::min(width, widest_column));
     }
     append_table_row(stream_.text, heading, widths_, columns_);
     for (std::size_t i = 0; i < widths_.size(); ++i) {

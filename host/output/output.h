@@ -58,6 +58,7 @@ class result_output {
 
     std::vector<std::string> json_keys_;
     std::vector<std::vector<std::string>> held_rows_; // of a table whose widths are not settled yet
+    std::size_t held_text_ = 0;                       // of these, in bytes
     std::vector<std::size_t> widths_;
     bool widths_settled_ = false;
 };

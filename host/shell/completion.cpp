@@ -11,11 +11,12 @@
 namespace host {
 namespace {
 
-constexpr std::string_view keywords[] = {"AND",  "AS",   "BETWEEN",   "CASE",   "CURRENT_DATE", "CURRENT_TIMESTAMP",
-                                         "DATE", "ELSE", "END",       "ESCAPE", "EXTRACT",      "FALSE",
-                                         "FROM", "IN",   "INTERVAL",  "IS",     "LIKE",         "LIMIT",
-                                         "NOT",  "NULL", "OFFSET",    "OR",     "OVERLAPS",     "SELECT",
-                                         "THEN", "TIME", "TIMESTAMP", "TRUE",   "WHEN",         "WHERE"};
+constexpr std::string_view keywords[] = {"AND",    "AS",    "BETWEEN", "CASE",      "CURRENT_DATE", "CURRENT_TIMESTAMP",
+                                         "DATE",   "ELSE",  "END",     "ESCAPE",    "EXTRACT",      "FALSE",
+                                         "FROM",   "ILIKE", "IN",      "INTERVAL",  "IS",           "LIKE",
+                                         "LIMIT",  "NOT",   "NULL",    "OFFSET",    "OR",           "OVERLAPS",
+                                         "SELECT", "THEN",  "TIME",    "TIMESTAMP", "TRUE",         "WHEN",
+                                         "WHERE"};
 
 bool begins_with(std::string_view text, std::string_view begun) { return equal_ignoring_case(text.substr(0, begun.size()), begun); }
 

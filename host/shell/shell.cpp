@@ -6,6 +6,7 @@
 #include <new>
 #include <optional>
 
+#include "bop/frame/catalogue.h"
 #include "host/functions/function_list.h"
 #include "host/messages.h"
 #include "host/near_names.h"
@@ -42,6 +43,15 @@ void describe(shell_state& shell, const std::string& name) {
     print(text.empty() ? "There are no tables; start with files, as in: bifun staff.csv\n" : text);
 }
 
+constexpr std::string_view reading_options =
+    "files are read as the options of bifun say when the shell begins, as in: bifun --delimiter tab --skip 2 FILE";
+
+bool is_reading_option(std::string_view name) {
+    constexpr std::string_view names =
+        "delimiter separator skip header no-header quote escape null nullvalue encoding decimal comment sample";
+    return bifun::has_word(names, name);
+}
+
 // Takes over options only when they have proved to be possible.
 void change_format(shell_state& shell, const std::string& name) {
     program_options changed = shell.options;
@@ -56,6 +66,9 @@ void change_settings(shell_state& shell, const std::string& assignment) {
             print(given + "\n");
         }
         return;
+    }
+    if (is_reading_option(std::string_view(assignment).substr(0, assignment.find_first_of("= ")))) {
+        fail("\\set: {}", reading_options);
     }
     program_options changed = shell.options;
     changed.settings.push_back(assignment);
@@ -78,8 +91,7 @@ void change_types(shell_state& shell, const std::string& types) {
     }
     const given_types added = parse_types(types);
     check_given_types(added, nullptr, shell.options.words, reading_of(shell.options), read_settings(shell.options.settings));
-    shell.options.types =
-        given_types_text(parse_types(fmt::format("{}{}{}", shell.options.types, shell.options.types.empty() ? "" : ",", types)));
+    shell.options.types = given_types_text(with_types(parse_types(shell.options.types), added));
 }
 
 void change_output(shell_state& shell, const std::string& path) { shell.options.output = path; }
@@ -123,6 +135,12 @@ void show_commands(shell_state& /*shell*/, const std::string& /*none*/) {
     print(text);
 }
 
+// Commands of other shells.
+constexpr std::pair<std::string_view, std::string_view> commands_elsewhere[] = {
+    {"\\dt", "\\d"},    {"\\l", "\\d"},   {".tables", "\\d"}, {".schema", "\\d"}, {".mode", "\\format"},
+    {".output", "\\o"}, {".once", "\\o"}, {".quit", "\\q"},   {".exit", "\\q"},   {".help", "\\?"},
+};
+
 void run_command(shell_state& shell, std::string_view line) {
     const std::size_t name_end = std::min(line.find_first_of(" \t"), line.size());
     std::string_view argument = without_blanks_around(line.substr(name_end));
@@ -131,7 +149,12 @@ void run_command(shell_state& shell, std::string_view line) {
     }
     std::string_view name = line.substr(0, name_end);
     name = name.substr(0, name.find(';'));
+    const auto* const elsewhere = std::ranges::find(commands_elsewhere, name, &std::pair<std::string_view, std::string_view>::first);
+    name = elsewhere != std::end(commands_elsewhere) ? elsewhere->second : name;
     const auto* const found = std::ranges::find(commands, name, &shell_command::name);
+    if (found == std::end(commands) && is_reading_option(name.substr(1))) {
+        fail("there is no command {}; {}", name, reading_options);
+    }
     if (found == std::end(commands)) {
         fail("there is no command {}; \\? lists what there is", name);
     }
@@ -141,9 +164,37 @@ void run_command(shell_state& shell, std::string_view line) {
     found->run(shell, std::string(argument));
 }
 
+// Some options are commands here, of which the words of a line have no quotes around them: --types "day:DATE 'DD.MM.YYYY'".
+std::string with_commands(std::string_view message) {
+    std::string made;
+    while (!message.empty()) {
+        const auto* const found = std::ranges::find_if(commands, [&](const shell_command& command) {
+            const std::size_t length = command.name.size() + 1;
+            return message.starts_with("--") && message.substr(2).starts_with(command.name.substr(1)) &&
+                   (message.size() == length || !is_sql_word_character(message[length]));
+        });
+        if (found == std::end(commands)) {
+            made += message.front();
+            message.remove_prefix(1);
+            continue;
+        }
+        made += found->name;
+        message.remove_prefix(found->name.size() + 1);
+        if (message.starts_with(" \"")) {
+            made += ' ';
+            for (message.remove_prefix(2); !message.empty() && message.front() != '"'; message.remove_prefix(1)) {
+                message.remove_prefix(message.front() == '\\' ? 1 : 0);
+                made += message.substr(0, 1);
+            }
+            message.remove_prefix(std::min<std::size_t>(1, message.size()));
+        }
+    }
+    return made;
+}
+
 void run_timed(shell_state& shell, const std::string& sql) {
     const auto begin = std::chrono::steady_clock::now();
-    run_statement(shell.options, shell.options.words, sql);
+    run_statement(shell.options, shell.options.words, sql, [](const std::string& notice) { print_message(with_commands(notice)); });
     if (!shell.options.output.empty()) {
         print_message("the result is in " + std::exchange(shell.options.output, {}));
     }
@@ -160,13 +211,7 @@ template <class Action> void attempt(const Action& action) {
     } catch (const std::bad_alloc&) {
         message = "out of memory";
     } catch (const std::exception& error) {
-        message = error.what();
-        // An option is a command here.
-        for (const shell_command& command : commands) {
-            if (message.starts_with(fmt::format("--{}:", command.name.substr(1)))) {
-                message.replace(0, 2, "\\");
-            }
-        }
+        message = with_commands(error.what());
     }
     print_message(message);
 }
@@ -181,6 +226,22 @@ std::optional<std::size_t> end_of_statement(std::string_view text) {
         }
     }
     return std::nullopt;
+}
+
+// Of a line that goes on with a statement: what it has to close, if anything.
+const char* prompt_for(std::string_view statement) {
+    if (statement.empty()) {
+        return "bifun> ";
+    }
+    std::string_view last;
+    for (std::size_t at = 0; at < statement.size(); at += last.size()) {
+        last = sql_token(statement, at);
+    }
+    const bool is_open = last.size() == 1 || last.back() != last.front();
+    return last.front() == '\'' && is_open                   ? "    '> "
+           : last.front() == '"' && is_open                  ? "    \"> "
+           : last.starts_with("/*") && !last.ends_with("*/") ? "    *> "
+                                                             : "   ..> ";
 }
 
 bool is_blank(std::string_view text) { return text.find_first_not_of(" \t\r\n;") == std::string_view::npos; }
@@ -267,7 +328,7 @@ void run_shell(program_options options) {
     print("bifun " BIFUN_VERSION "; \\? lists the commands, Ctrl-D ends.\n");
     std::string line;
     while (!shell.has_ended) {
-        switch (editor.read(shell.statement.empty() ? "bifun> " : "   ..> ", line)) {
+        switch (editor.read(prompt_for(shell.statement), line)) {
         case line_outcome::entered:
             take_line(shell, editor, line);
             break;

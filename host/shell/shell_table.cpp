@@ -4,13 +4,9 @@
 #include <algorithm>
 #include <filesystem>
 
-extern "C" {
-#include <pg_query.h>
-}
-
 #include "host/near_names.h"
 #include "host/output/display_width.h"
-#include "host/sql/tokens.h"
+#include "host/sql/names.h"
 #include "host/tables/file_name.h"
 #include "host/tables/given_types.h"
 
@@ -20,22 +16,6 @@ namespace {
 bool is_file(const std::string& path) {
     std::error_code unreadable;
     return std::filesystem::is_regular_file(path, unreadable);
-}
-
-std::string as_in_query(const std::string& name) {
-    const bool is_word = !name.empty() && std::ranges::all_of(name, is_sql_word_character) && name.find('$') == std::string::npos &&
-                         (name.front() < '0' || name.front() > '9');
-    const PgQueryParseResult parsed = pg_query_parse(("SELECT 1 FROM t AS " + name).c_str());
-    const bool is_plain = is_word && parsed.error == nullptr;
-    pg_query_free_parse_result(parsed);
-    if (is_plain) {
-        return name;
-    }
-    std::string quoted = "\"";
-    for (const char c : name) {
-        quoted.append(c == '"' ? 2 : 1, c);
-    }
-    return quoted + '"';
 }
 
 } // namespace
@@ -55,7 +35,7 @@ std::vector<shell_table> read_tables(const program_options& options, const std::
         }
         const std::unique_ptr<table> opened = open_table(path, reading, settings);
         for (const table_column& column : opened->columns) {
-            tables.back().columns.push_back(as_in_query(column.name));
+            tables.back().columns.push_back(name_in_query(column.name));
         }
     }
     return tables;

@@ -7,6 +7,7 @@
 #include <fmt/format.h>
 
 #include "host/near_names.h"
+#include "host/sql/syntax_advice.h"
 
 namespace host {
 namespace {
@@ -19,7 +20,7 @@ struct name_elsewhere {
 
 constexpr name_elsewhere names_elsewhere[] = {
     {"SHA224 SHA256 SHA384 SHA512 STANDARD_HASH", "use SHA2(s, 256), or MD5(s)"},
-    {"CASEFOLD ILIKE", "use LOWER(s); with --set case_sensitive=0 comparisons, LIKE and INSTR disregard case"},
+    {"CASEFOLD ILIKE", "use LOWER(s); ILIKE and, with --set case_sensitive=0, comparisons, LIKE and INSTR disregard case"},
     {"COUNT SUM AVG MAX MEAN MEDIAN MODE STDDEV VARIANCE STRING_AGG GROUP_CONCAT LISTAGG ARRAY_AGG ANY_VALUE",
      "there are no aggregates: a query gives a row for every row of the file"},
     {"ROW_NUMBER RANK DENSE_RANK LAG LEAD NTILE FIRST_VALUE LAST_VALUE", "there are no window functions"},
@@ -27,8 +28,7 @@ constexpr name_elsewhere names_elsewhere[] = {
     {"NVL2 DECODE IIF IFF SWITCH CHOOSE", "use CASE WHEN condition THEN x ELSE y END or IF(condition, x, y)"},
     {"LEN STRLEN DATALENGTH", "use LENGTH(s)"},
     {"CHARINDEX STRPOS CONTAINS", "use INSTR(s, pattern) or LIKE"},
-    {"STARTS_WITH ENDS_WITH REGEXP_LIKE REGEXP_MATCHES REGEXP_SUBSTR REGEXP_REPLACE REGEXP_EXTRACT RLIKE GLOB",
-     "there are LIKE, INSTR, SUBSTR and REPLACE"},
+    {"STARTS_WITH ENDS_WITH REGEXP_LIKE REGEXP_MATCHES REGEXP_SUBSTR REGEXP_REPLACE REGEXP_EXTRACT RLIKE GLOB", no_regular_expressions},
     {"MID SUBSTR2", "use SUBSTR(s, position, length)"},
     {"SPLIT_PART SPLIT STRING_SPLIT", "use SUBSTRING_INDEX(s, delimiter, n)"},
     {"CONCAT_WS FORMAT PRINTF", "use a || b, and TO_CHAR(x, format) for numbers and dates"},
@@ -45,6 +45,7 @@ constexpr name_elsewhere names_elsewhere[] = {
     {"JSON_EXTRACT JSON_EXTRACT_STRING JSON_EXTRACT_SCALAR JSON_EXTRACT_PATH JSON_EXTRACT_PATH_TEXT GET_JSON_OBJECT JSON_UNQUOTE",
      "use JSON_VALUE(doc, path) for a scalar, JSON_QUERY(doc, path) for any part of a document"},
     {"JSON_EXISTS JSON_CONTAINS_PATH", "use JSON_QUERY(doc, path) IS NOT NULL"},
+    {"TYPEOF PG_TYPEOF", "\"bifun describe FILE\" shows the types of columns, and \\d TABLE in the shell"},
     {"IS_JSON JSON_VALID", "use JSON_QUERY(s, '$') IS NOT NULL"},
     {"IS_NUMBER IS_NUMERIC ISNUMBER", "use ISNUMERIC(text)"},
     {"MAKE_DATE MAKE_TIMESTAMP", "use TO_DATETIME(year, month, day, hour, minute)"},

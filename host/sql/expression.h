@@ -31,7 +31,7 @@ enum class expression_kind : std::uint8_t {
     negation,    // NOT operand
     between,     // operand BETWEEN operand AND operand
     in_list,     // operand IN (operands)
-    like,        // operand LIKE operand, with `text` behind ESCAPE
+    like,        // operand LIKE operand, or ILIKE where it `folds_case`, with `text` behind ESCAPE
     null_test,   // operand IS NULL
     truth_test,  // operand IS TRUE, FALSE or UNKNOWN
 };
@@ -76,6 +76,7 @@ struct expression {
     cast_target target{};
     truth_value tested = truth_value::true_value;
     bool has_tested = false; // CASE x WHEN y ...
+    bool folds_case = false; // ILIKE
     bool negated = false;    // NOT BETWEEN, NOT IN, IS NOT ...
     std::vector<expression> operands{};
 };

@@ -8,6 +8,7 @@
 #include "host/sql/call_spelling.h"
 #include "host/sql/parse_tree.h"
 #include "host/sql/sql_text.h"
+#include "host/sql/syntax_advice.h"
 
 namespace host {
 namespace {
@@ -22,7 +23,7 @@ constexpr comparison_name comparison_names[] = {
     {"<=", comparison_operator::less_or_equal}, {">", comparison_operator::greater},    {">=", comparison_operator::greater_or_equal},
 };
 
-constexpr std::string_view all_operators = "operators are + - * / % || = <> < <= > >= AND OR NOT BETWEEN IN LIKE IS";
+constexpr std::string_view all_operators = "operators are + - * / % || = <> < <= > >= AND OR NOT BETWEEN IN LIKE ILIKE IS";
 
 // Null where the symbol is none of an operator of arithmetic.
 const arithmetic_operator* find_arithmetic(std::string_view symbol) {
@@ -58,7 +59,13 @@ constexpr operator_elsewhere operators_elsewhere[] = {
     {"**", "use POWER(x, y)"},
     {"//", "use TRUNC(x / y)"},
     {"&", "use BITAND(x, y)"},
-    {"~", "use LIKE or INSTR"},
+    {"~", no_regular_expressions},
+    {"!~", no_regular_expressions},
+    {"~*", no_regular_expressions},
+    {"!~*", no_regular_expressions},
+    {"~~", "use LIKE"},
+    {"&&", "use AND"},
+    {"!", "use NOT"},
     {"->>", "use JSON_VALUE(doc, path) or JSON_QUERY(doc, path)"},
     {"->", "use JSON_VALUE(doc, path) or JSON_QUERY(doc, path)"},
 };
@@ -167,14 +174,16 @@ expression translate_operator(const json& body, translation_context context) {
     if (kind == "AEXPR_BETWEEN" || kind == "AEXPR_NOT_BETWEEN") {
         return translate_operator_with_list(body, context, expression_kind::between, kind == "AEXPR_NOT_BETWEEN");
     }
-    if (kind == "AEXPR_LIKE") {
-        return translate_like(body, context);
+    if (kind == "AEXPR_LIKE" || kind == "AEXPR_ILIKE") {
+        expression made = translate_like(body, context);
+        made.folds_case = kind == "AEXPR_ILIKE";
+        return made;
     }
     if (kind == "AEXPR_NULLIF") {
         return translate_null_if(body, context);
     }
-    if (kind == "AEXPR_ILIKE") {
-        fail_at(context.sql, offset_of(body), "ILIKE is not supported; LIKE disregards case with --set case_sensitive=0");
+    if (kind == "AEXPR_SIMILAR") {
+        fail_at(context.sql, offset_of(body), fmt::format("SIMILAR TO is not supported; {}", no_regular_expressions));
     }
     fail_at(context.sql, offset_of(body), fmt::format("this operator is not supported; {}", all_operators));
 }

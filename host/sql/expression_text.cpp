@@ -115,7 +115,8 @@ std::string expression_text(const expression& tree) {
     case expression_kind::in_list:
         return fmt::format("{} {}IN ({})", first, negation, joined(operands.subspan(1), ", ", needs_nothing));
     case expression_kind::like:
-        return fmt::format("{} {}LIKE {}{}", first, negation, joined(operands.subspan(1), "", is_operator),
+        return fmt::format("{} {}{} {}{}", first, negation, tree.folds_case ? "ILIKE" : "LIKE",
+                           joined(operands.subspan(1), "", is_operator),
                            tree.text.empty() ? "" : fmt::format(" ESCAPE {}", in_quotes(tree.text)));
     case expression_kind::null_test:
         return fmt::format("{} IS {}NULL", first, negation);

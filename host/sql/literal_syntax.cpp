@@ -7,6 +7,7 @@
 
 #include "host/sql/parse_tree.h"
 #include "host/sql/sql_text.h"
+#include "host/values/value_text.h"
 
 namespace host {
 namespace {
@@ -125,6 +126,8 @@ struct cast_type {
 };
 
 constexpr cast_type cast_types[] = {
+    {"bool", sql_type::boolean},
+    {"boolean", sql_type::boolean},
     {"int4", sql_type::integer},
     {"int8", sql_type::bigint},
     {"bigint", sql_type::bigint},
@@ -159,9 +162,9 @@ cast_target translate_target(const json& type, const translation_context& contex
     const std::string name = type["names"].back()["String"].value("sval", "");
     const auto* const known = std::ranges::find(cast_types, name, &cast_type::name);
     if (known == std::end(cast_types) || type.contains("arrayBounds")) {
-        refuse(
-            type, context,
-            "CAST makes INT, BIGINT, DECIMAL, DOUBLE, VARCHAR, DATE, TIME and TIMESTAMP, these two also WITH TIME ZONE, and no other type");
+        refuse(type, context,
+               "CAST makes BOOL, INT, BIGINT, DECIMAL, DOUBLE, VARCHAR, DATE, TIME and TIMESTAMP, these two also WITH TIME ZONE, and no "
+               "other type");
     }
     cast_target made{.type = known->type};
     if (made.type == sql_type::decimal && type.contains("typmods")) {
@@ -170,6 +173,13 @@ cast_target translate_target(const json& type, const translation_context& contex
         refuse(type, context, fmt::format("in a CAST {} has no length or precision; use SUBSTR for texts", sql_type_name(made.type)));
     }
     return made;
+}
+
+// CAST('2024-02-29 10:00' AS DATE), where the type stands behind the text.
+bool is_cast_of_timestamp(const json& body, const translation_context& context) {
+    const expression text = translate_constant(body["arg"]["A_Const"], context);
+    zqtime value;
+    return offset_of(body["typeName"]) > text.offset && read_any_datetime(text.text, value) == sql_type::timestamp;
 }
 
 } // namespace
@@ -185,7 +195,8 @@ expression translate_cast(const json& body, translation_context context) {
     const auto* const known = std::ranges::find(literal_types, name, &literal_type::name);
     const bool is_text = body["arg"].contains("A_Const") && body["arg"]["A_Const"].contains("sval");
     const bool is_interval = known != std::end(literal_types) && known->kind == literal_kind::interval;
-    if (known == std::end(literal_types) || !is_text || (type.contains("typmods") && !is_interval)) {
+    if (known == std::end(literal_types) || !is_text || (type.contains("typmods") && !is_interval) ||
+        (known->kind == literal_kind::date && is_cast_of_timestamp(body, context))) {
         expression made = make(expression_kind::cast, body);
         made.target = translate_target(type, context);
         made.operands.push_back(translate(body["arg"], context));
@@ -217,7 +228,8 @@ expression translate_moment(const json& body, translation_context context) {
     const auto* const known = std::ranges::find(moments, body.value("op", ""), &named_moment::operation);
     if (known == std::end(moments)) {
         fail_at(context.sql, made.offset,
-                "this value is not supported; there are CURRENT_DATE, CURRENT_TIME, CURRENT_TIMESTAMP, LOCALTIME and LOCALTIMESTAMP");
+                "this value is not supported; there are CURRENT_DATE, CURRENT_TIME, CURRENT_TIMESTAMP, LOCALTIME and LOCALTIMESTAMP, and a "
+                "column of this name stands in double quotes");
     }
     made.text = known->name;
     made.literal = known->kind;

@@ -12,6 +12,7 @@
 #include "host/sql/nesting.h"
 #include "host/sql/parse_tree.h"
 #include "host/sql/sql_text.h"
+#include "host/sql/syntax_advice.h"
 
 namespace host {
 namespace {
@@ -33,9 +34,14 @@ constexpr refused_clause refused_clauses[] = {
     {"lockingClause", "FOR UPDATE and the like are not supported"},
 };
 
+constexpr std::string_view no_subqueries = "subqueries are not supported; a query is one SELECT over one file, named after FROM";
+
 table_name translate_from(const json& from, const translation_context& context) {
     if (from.size() > 1 || from[0].contains("JoinExpr")) {
         refuse(from, context, "joins are not supported; FROM takes one table");
+    }
+    if (from[0].contains("RangeSubselect")) {
+        refuse(from, context, no_subqueries);
     }
     if (!from[0].contains("RangeVar")) {
         refuse(from, context, "FROM takes the name of a table, which is that of its file without .csv");
@@ -132,7 +138,11 @@ json parse_tree(const std::string& sql, const std::string& plain) {
         &parsed, [](const PgQueryParseResult* result) { pg_query_free_parse_result(*result); });
     if (parsed.error != nullptr) {
         const auto character = static_cast<std::size_t>(std::max(parsed.error->cursorpos, 1));
-        fail("{}: {}", sql_position(sql, sql_offset_of_character(sql, character)), parsed.error->message);
+        const std::size_t offset = sql_offset_of_character(sql, character);
+        const std::string_view message(parsed.error->message);
+        const bool is_subquery = message.find("subquery in FROM") != message.npos;
+        throw syntax_error(
+            fmt::format("{}: {}{}", sql_position(sql, offset), is_subquery ? no_subqueries : message, syntax_advice(sql, offset)), offset);
     }
     json tree = json::parse(parsed.parse_tree, nullptr, false);
     if (tree.is_discarded()) {
@@ -158,7 +168,10 @@ select_statement parse_select(const std::string& sql) {
     }
     const json& statement = statements[0]["stmt"];
     if (!statement.contains("SelectStmt")) {
-        fail_at(sql, std::min(sql.find_first_not_of(" \t\r\n"), sql.size()), "only SELECT is supported");
+        const bool is_show = statements[0]["stmt"].contains("VariableShowStmt");
+        fail_at(sql, std::min(sql.find_first_not_of(" \t\r\n"), sql.size()),
+                is_show ? "only SELECT is supported; \"bifun describe FILE\" shows the columns of a file, and \\d in the shell"
+                        : "only SELECT is supported");
     }
     return translate_statement(statement["SelectStmt"], context);
 }

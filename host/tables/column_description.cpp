@@ -2,7 +2,6 @@
 #include "host/tables/column_description.h"
 
 #include <algorithm>
-#include <charconv>
 #include <functional>
 #include <string_view>
 
@@ -10,7 +9,7 @@
 
 #include "engine/datetime.h"
 #include "engine/decimal.h"
-#include "host/near_names.h"
+#include "host/tables/text_forms.h"
 #include "host/values/plain_number.h"
 #include "host/values/value_text.h"
 #include "layouts/intervals.h"
@@ -37,53 +36,6 @@ template <class Value> struct field_range {
 };
 
 // Which way of comparing is the column's is known at the end only.
-// Whether all texts are dates of numbers with the year behind, as people write them, and in which order.
-struct written_dates {
-    char separator = '\0'; // of the first one
-    bool are_all = true;
-    std::uint32_t largest_first = 0;
-    std::uint32_t largest_second = 0;
-};
-
-// Takes one or two digits and the separator behind them off the text; 0 where it does not begin so.
-std::uint32_t take_day_or_month(std::string_view& text, char separator) {
-    const std::size_t digits = text.find(separator);
-    std::uint32_t number = 0;
-    const auto read = std::from_chars(text.data(), text.data() + std::min(digits, text.size()), number);
-    if (digits == 0 || digits > 2 || read.ec != std::errc() || read.ptr != text.data() + digits) {
-        return 0;
-    }
-    text.remove_prefix(digits + 1);
-    return number;
-}
-
-void include_date(written_dates& dates, std::string_view text) {
-    text = without_blanks_around(text);
-    if (dates.separator == '\0') {
-        const std::size_t behind_digits = text.find_first_of("./-");
-        dates.separator = behind_digits == std::string_view::npos ? ' ' : text[behind_digits];
-    }
-    const std::uint32_t first = take_day_or_month(text, dates.separator);
-    const std::uint32_t second = take_day_or_month(text, dates.separator);
-    const bool has_year = text.size() == 4 && text.find_first_not_of("0123456789") == std::string_view::npos;
-    dates.are_all = dates.are_all && first != 0 && second != 0 && first <= 31 && second <= 31 && has_year;
-    dates.largest_first = std::max(dates.largest_first, first);
-    dates.largest_second = std::max(dates.largest_second, second);
-}
-
-// Nothing where the order cannot be told.
-std::optional<column_type> type_of_dates(const written_dates& dates) {
-    constexpr std::uint32_t months = 12;
-    const bool has_day_first = dates.largest_second <= months && (dates.largest_first > months || dates.separator == '.');
-    const bool has_month_first = dates.largest_first <= months && dates.largest_second > months;
-    if (!dates.are_all || (!has_day_first && !has_month_first)) {
-        return std::nullopt;
-    }
-    return column_type{.type = sql_type::date,
-                       .format =
-                           fmt::format("{1}{0}{2}{0}YYYY", dates.separator, has_day_first ? "DD" : "MM", has_day_first ? "MM" : "DD")};
-}
-
 struct column_state {
     field_kinds kinds = 0;
     std::uint64_t values = 0;
@@ -97,8 +49,7 @@ struct column_state {
     std::optional<std::string> smallest_text, largest_text;
     std::optional<std::uint64_t> text_line;
     std::string text;
-    bool has_truth_values = true; // alone
-    written_dates dates;
+    text_forms forms;
 };
 
 constexpr field_kinds exact_numbers = integer_field | bigint_field | decimal_field;
@@ -153,11 +104,6 @@ void include_stored_value(column_state& column, std::string_view text, std::stri
     }
 }
 
-bool is_truth_value(std::string_view text) {
-    text = without_blanks_around(text);
-    return equal_ignoring_case(text, "true") || equal_ignoring_case(text, "false");
-}
-
 // `place` is that of the row among those just read.
 void include_field(column_state& column, const table_column& source, csv_reader& reader, std::size_t place, std::uint32_t row,
                    const csv_field& field) {
@@ -185,21 +131,22 @@ void include_field(column_state& column, const table_column& source, csv_reader&
     if (!column.largest_text || field.text > *column.largest_text) {
         column.largest_text = field.text;
     }
-    column.has_truth_values = column.has_truth_values && is_truth_value(field.text);
-    if (column.dates.are_all) {
-        include_date(column.dates, field.text);
-    }
-    if (column.text_line || source.needed) {
+    include_text(column.forms, field.text);
+    if (is_text_for_good(column.kinds) || source.needed) {
         return;
     }
     const field_kinds kind = classify_field(field.text, reader.decimal_mark());
     column.kinds |= kind;
-    if (type_of_fields(column.kinds) == sql_type::varchar) {
+    const bool is_text = type_of_fields(column.kinds) == sql_type::varchar;
+    if (!is_text) {
+        column.text_line.reset();
+    } else if (!column.text_line || is_text_for_good(column.kinds)) {
         column.text_line = reader.line_of(row);
         column.text = field.text;
-        return;
     }
-    include_value(column, field.text, plain_text(), kind);
+    if (!is_text_for_good(column.kinds)) {
+        include_value(column, field.text, plain_text(), numbers_in(kind));
+    }
 }
 
 column_description describe(const column_state& column, const table_column& source, const charset& set) {
@@ -214,9 +161,11 @@ column_description describe(const column_state& column, const table_column& sour
                             .text_line = column.text_line,
                             .text = {},
                             .is_valid = true,
+                            .decimal = {},
                             .seems = {}};
-    if (is_text && !source.needed && column.values > 0) {
-        made.seems = column.has_truth_values ? column_type{.type = sql_type::boolean} : type_of_dates(column.dates);
+    if (is_text && !source.needed) {
+        made.seems = seeming_type(column.forms);
+        made.decimal = seeming_decimal(column.forms);
     }
     const auto shown = [&](const std::string& text) {
         made.is_valid &= is_valid_text(set, text);

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "host/output/progress_bar.h"
@@ -23,7 +24,8 @@ struct column_description {
     // The first row that made the column a VARCHAR: its line, and the field.
     std::optional<std::uint64_t> text_line;
     std::optional<std::string> text;
-    bool is_valid;                    // whether all of these are text of the character set
+    bool is_valid;                           // whether all of these are text of the character set
+    std::optional<std::string_view> decimal; // the --decimal with which a VARCHAR would be of numbers
     std::optional<column_type> seems; // what a VARCHAR of nothing but true and false, or of dates in one form, can be given as its type
 };
 

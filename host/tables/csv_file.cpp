@@ -19,6 +19,8 @@ constexpr std::size_t longest_row = std::size_t{64} * 1024 * 1024;
 // Rows are handed out when those that were filled have so many fields, however many rows were asked for.
 constexpr std::size_t most_filled_fields = std::size_t{1} << 24;
 
+constexpr std::string_view leaving_out_comments = "--comment '#' leaves out lines that begin with it";
+
 char* allocate(std::size_t size) {
     void* const bytes = std::aligned_alloc(alignment, size);
     if (bytes == nullptr) {
@@ -135,11 +137,14 @@ void csv_reader::report_fault() {
     const line_index::fault fault = *index_.found_fault;
     if (fault.kind == scan_fault::misplaced) {
         const char quote = *syntax_.quote;
+        const std::size_t line_end = text().substr(0, fault.position).find_last_of("\r\n");
+        const bool is_in_comment = text()[line_end == std::string_view::npos ? 0 : line_end + 1] == '#';
         const bool is_behind_backslash = fault.position >= 2 && text()[fault.position - 1] == quote && text()[fault.position - 2] == '\\';
         report_bad_row(
             line_at(fault.position),
             fmt::format("a quote stands inside a field, or text behind a closing quote; {}",
-                        is_behind_backslash && !syntax_.escape
+                        is_in_comment ? std::string(leaving_out_comments)
+                        : is_behind_backslash && !syntax_.escape
                             ? fmt::format("where \\{0} is a {0} inside a field, --escape '\\' says so", quote)
                             : fmt::format("write a field with quotes as {0}...{0} with each quote inside doubled; --quote none reads files "
                                           "in which quotes are text",
@@ -257,6 +262,10 @@ void csv_reader::find_delimiter() {
         }
         return;
     }
+    if (syntax_.quote == '"' && (text().starts_with("{\"") || text().starts_with("[{"))) {
+        fail("{}: this is JSON; with --no-header --quote none --delimiter 0x01 each line is a text, for JSON_VALUE(column_1, '$.name')",
+             path());
+    }
     const found_delimiter found = guess_delimiter(path(), text(), at_end_, syntax_, !is_part_of_characters('|'));
     syntax_.delimiter = found.delimiter;
     doubt_ = found.doubt;
@@ -323,18 +332,21 @@ std::span<const std::uint32_t> csv_reader::next_rows(std::uint32_t most) {
             }
         }
     }
-    found_rows_ |= !rows_.empty();
+    // In a file of one column, blank lines may lie between a title and the header.
+    found_rows_ =
+        found_rows_ || std::ranges::any_of(rows_, [&](std::uint32_t row) { return columns > 1 || begin_of(row) != end_of(row, true); });
     return rows_;
 }
 
-// Of the rows in hand from a line on, of which there are several.
-bool csv_reader::have_one_field_more(std::uint32_t first_line) const {
+// Whether all rows in hand from a line on have as many fields as it, and there are several.
+bool csv_reader::have_as_many_fields(std::uint32_t first_line) const {
+    const std::uint32_t fields = index_.line_fields[first_line] - first_field(first_line);
     std::uint32_t rows = 0;
     for (std::uint32_t line = first_line; line < index_.lines; ++line) {
         if (is_blank(line)) {
             continue;
         }
-        if (index_.line_fields[line] - first_field(line) != header_.size() + 1) {
+        if (index_.line_fields[line] - first_field(line) != fields) {
             return false;
         }
         ++rows;
@@ -342,30 +354,63 @@ bool csv_reader::have_one_field_more(std::uint32_t first_line) const {
     return rows > 1;
 }
 
+// However it is written: 1.234,56 and 31.12.2024 are no numbers and dates of SQL.
+bool csv_reader::has_number_or_date(std::uint32_t line) {
+    const std::uint32_t behind = index_.line_fields[line];
+    for (std::uint32_t f = first_field(line); f < behind; ++f) {
+        const std::string_view field = field_at(f, f + 1 == behind).text;
+        const std::size_t digit = field.find_first_not_of(" +-$");
+        if (digit != field.npos && field[digit] >= '0' && field[digit] <= '9') {
+            return true;
+        }
+    }
+    return false;
+}
+
+// Whether a line names the columns of those behind it, rather than the first line of the file.
+bool csv_reader::seems_header(std::uint32_t line) {
+    std::uint32_t next = line + 1;
+    while (next < index_.lines && is_blank(next)) {
+        ++next;
+    }
+    return have_as_many_fields(line) && !has_number_or_date(line) && has_number_or_date(next);
+}
+
 void csv_reader::report_field_count(std::uint32_t line) {
     const std::size_t columns = header_.size();
     const std::uint32_t fields = index_.line_fields[line] - first_field(line);
+    const std::uint64_t place = line_at(begin_of(first_field(line)));
+    const bool is_first_row = options_.has_header && !found_rows_ && bad_rows_ == 0;
     std::string hint;
-    if (fields < columns) {
+    constexpr std::uint64_t most_title_lines = 20;
+    const bool seems_title = options_.has_header && place - header_end_ <= most_title_lines && fields > 1 && seems_header(line);
+    if (seems_title) {
+        hint = fmt::format("; if this line names the columns, --skip {} leaves out those before it", place - 1);
+    } else if (fields < columns) {
         hint = "; --fill-short-rows has NULL for the rest of such rows";
+    } else if (!options_.has_header) {
+        hint = "; --fill-short-rows gives all rows as many fields as the longest of the first ones has";
     } else if (syntax_.quote) {
         hint = fmt::format("; a field that holds a {} stands in {}", delimiter_name(syntax_.delimiter),
                            *syntax_.quote == '"' ? "double quotes" : fmt::format("{0}...{0}", *syntax_.quote));
     }
-    if (columns > 1 && options_.has_header && !found_rows_ && bad_rows_ == 0 && have_one_field_more(line)) {
+    const bool has_one_more = columns > 1 && is_first_row && !seems_title && fields == columns + 1 && have_as_many_fields(line);
+    if (has_one_more && begin_of(first_field(line) + fields - 1) == end_of(first_field(line) + fields - 1, true)) {
+        hint = fmt::format("; where all rows end with a {0}, sed 's/{1}$//' {2} | bifun - \"SELECT ...\" takes it away",
+                           delimiter_name(syntax_.delimiter), syntax_.delimiter, path());
+    } else if (has_one_more) {
         hint += fmt::format("; as the rows have one field more, the first column may have no name, as R writes row names: --no-header "
                             "--skip {} reads them",
                             header_end_);
     }
     if (text()[begin_of(first_field(line))] == '#' || (columns == 1 && header_[0].starts_with('#'))) {
-        hint = "; --comment '#' leaves out lines that begin with it";
+        hint = fmt::format("; {}", leaving_out_comments);
     }
-    if (columns == 1) {
+    if (columns == 1 && !seems_title) {
         hint += "; --delimiter names the byte between fields, --skip leaves out lines before the header";
     }
-    report_bad_row(line_at(begin_of(first_field(line))),
-                   fmt::format("the {} {} field{} and this row {}{}", options_.has_header ? "header has" : "first row has", columns,
-                               columns == 1 ? "" : "s", fields, hint));
+    report_bad_row(place, fmt::format("the {} {} field{} and this row {}{}", options_.has_header ? "header has" : "first row has", columns,
+                                      columns == 1 ? "" : "s", fields, hint));
 }
 
 // Makes a row of a short one behind the fields of the index. Each field that it lacks ends before it begins.

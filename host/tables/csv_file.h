@@ -111,7 +111,9 @@ class csv_reader {
     bool find_line();
     void report_fault();
     void report_field_count(std::uint32_t line);
-    [[nodiscard]] bool have_one_field_more(std::uint32_t first_line) const;
+    [[nodiscard]] bool have_as_many_fields(std::uint32_t first_line) const;
+    [[nodiscard]] bool seems_header(std::uint32_t line);
+    [[nodiscard]] bool has_number_or_date(std::uint32_t line);
     std::uint32_t fill_row(std::uint32_t line);
     void drop_bytes(std::size_t position, std::uint64_t lines);
     void drop_lines();

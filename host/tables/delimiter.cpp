@@ -57,6 +57,44 @@ cut_lines cut_with(const csv_syntax& syntax, std::string_view text, bool is_all)
     return cut;
 }
 
+// Whether all lines have the same number of words, more than one, with any number of blanks between.
+bool has_aligned_words(std::string_view text) {
+    std::size_t words_of_first = 0;
+    std::size_t lines = 0;
+    for (std::size_t end = text.find('\n'); end != text.npos; end = text.find('\n')) {
+        std::size_t words = 0;
+        for (std::size_t i = 0; i < end; ++i) {
+            words += text[i] != ' ' && text[i] != '\r' && (i == 0 || text[i - 1] == ' ') ? 1 : 0;
+        }
+        text.remove_prefix(end + 1);
+        if (words == 0) {
+            continue;
+        }
+        words_of_first = lines++ == 0 ? words : words_of_first;
+        if (words != words_of_first) {
+            return false;
+        }
+    }
+    return lines > 1 && words_of_first > 1;
+}
+
+// Blanks and colons stand in texts of a single column, too, so that they are not taken for what separates fields.
+std::string doubt_of_unguessed(std::string_view path, std::string_view text, bool is_all, csv_syntax syntax) {
+    for (const char delimiter : {' ', ':'}) {
+        syntax.delimiter = delimiter;
+        const cut_lines cut = cut_with(syntax, text, is_all);
+        if (cut.fields > 1 && cut.all_same && cut.same_lines > 1) {
+            return fmt::format("{}: each line is taken for one field; --delimiter {} reads {} fields", path, delimiter_name(delimiter),
+                               cut.fields);
+        }
+    }
+    return has_aligned_words(text)
+               ? fmt::format("{0}: each line is taken for one field; where blanks align columns, tr -s ' ' < {0} | bifun "
+                             "--delimiter space - reads them",
+                             path)
+               : "";
+}
+
 } // namespace
 
 std::optional<char> find_delimiter_named(std::string_view text) {
@@ -106,6 +144,9 @@ found_delimiter guess_delimiter(std::string_view path, std::string_view text, bo
         } else if (cut.last_fields > 1) {
             of_last_lines = syntax.delimiter;
         }
+    }
+    if (const std::string unguessed = candidates.empty() ? doubt_of_unguessed(path, text, is_all, syntax) : ""; !unguessed.empty()) {
+        return {',', unguessed};
     }
     if (candidates.empty()) {
         return {',', of_last_lines ? fmt::format("{}: the first line has one field, and others have fields that end with a {}; --skip or "

@@ -21,18 +21,47 @@ table_column* find_column(table& source, std::string_view name) {
     return found == source.columns.end() ? nullptr : &*found;
 }
 
-// Behind an item of a list, in which a comma may also stand in parentheses and, behind the colon, in a format.
+// Behind an item of a list, in which a comma may also stand in a name in double quotes, in parentheses and, behind the colon, in a format.
 std::size_t end_of_item(std::string_view text) {
     std::size_t end = 0;
     int open = 0;
     bool has_colon = false;
+    bool in_name = false;
     bool in_format = false;
-    for (; end < text.size() && (text[end] != ',' || open > 0 || in_format); ++end) {
-        has_colon |= text[end] == ':';
+    for (; end < text.size() && (text[end] != ',' || open > 0 || in_name || in_format); ++end) {
+        const bool begins_name = text[end] == '"' && (without_blanks_around(text.substr(0, end)).empty() || text[end - 1] == '.');
+        in_name = in_name ? text[end] != '"' || text.substr(end + 1, 1) == "\"" : begins_name && !has_colon;
+        has_colon |= text[end] == ':' && !in_name;
         in_format ^= has_colon && text[end] == '\'';
-        open += in_format ? 0 : text[end] == '(' ? 1 : text[end] == ')' ? -1 : 0;
+        open += in_format || in_name ? 0 : text[end] == '(' ? 1 : text[end] == ')' ? -1 : 0;
     }
     return end;
+}
+
+// A name without the double quotes around it, or around what stands behind the name of its table.
+std::string unquoted_name(std::string_view name) {
+    const std::size_t behind_table = name.find(".\"");
+    const std::size_t open = name.starts_with('"') || behind_table == name.npos ? 0 : behind_table + 1;
+    if (name.size() < open + 2 || name[open] != '"' || !name.ends_with('"')) {
+        return std::string(name);
+    }
+    std::string made(name.substr(0, open));
+    for (std::size_t i = open + 1; i + 1 < name.size(); ++i) {
+        i += name.substr(i, 2) == "\"\"" ? 1 : 0;
+        made += name[i];
+    }
+    return made;
+}
+
+std::string quoted_name(const std::string& name) {
+    if (name.find_first_of(",:\"") == name.npos) {
+        return name;
+    }
+    std::string made = "\"";
+    for (const char c : name) {
+        made.append(c == '"' ? 2 : 1, c);
+    }
+    return made + '"';
 }
 
 void take_format(column_type& type, std::string_view format) {
@@ -60,6 +89,7 @@ bool can_be_read_again(const std::string& path) {
 } // namespace
 
 given_types parse_types(std::string_view text) {
+    const bool is_list = text.find(',') != text.npos;
     given_types types;
     while (!text.empty()) {
         const std::string_view item = without_blanks_around(text.substr(0, end_of_item(text)));
@@ -68,7 +98,8 @@ given_types parse_types(std::string_view text) {
         const std::string_view plain = without_blanks_around(item.substr(0, quote)); // without a format
         const std::size_t colon = plain.rfind(':');
         if (colon == std::string_view::npos || colon == 0) {
-            fail("--types: \"{}\" is not of the form name:TYPE", item);
+            fail("--types: \"{}\" is not of the form name:TYPE{}", item,
+                 is_list ? "; a name with a comma stands in double quotes, as in '\"a, b\":INT'" : "");
         }
         std::optional<column_type> type = find_column_type(plain.substr(colon + 1));
         if (!type) {
@@ -77,9 +108,19 @@ given_types parse_types(std::string_view text) {
         if (quote != item.npos) {
             take_format(*type, item.substr(quote + 1, item.size() - quote - 2));
         }
-        given_type given{.name = std::string(without_blanks_around(item.substr(0, colon))), .type = *type};
-        std::erase_if(types, [&](const given_type& earlier) { return equal_ignoring_case(earlier.name, given.name); });
+        given_type given{.name = unquoted_name(without_blanks_around(item.substr(0, colon))), .type = *type};
+        if (std::ranges::any_of(types, [&](const given_type& earlier) { return equal_ignoring_case(earlier.name, given.name); })) {
+            fail("--types: {} has two types", given.name);
+        }
         types.push_back(std::move(given));
+    }
+    return types;
+}
+
+given_types with_types(given_types types, const given_types& later) {
+    for (const given_type& given : later) {
+        std::erase_if(types, [&](const given_type& earlier) { return equal_ignoring_case(earlier.name, given.name); });
+        types.push_back(given);
     }
     return types;
 }
@@ -87,7 +128,7 @@ given_types parse_types(std::string_view text) {
 std::string given_types_text(const given_types& types) {
     std::string text;
     for (const given_type& given : types) {
-        text += fmt::format("{}{}:{}", text.empty() ? "" : ",", given.name, column_type_name(given.type));
+        text += fmt::format("{}{}:{}", text.empty() ? "" : ",", quoted_name(given.name), column_type_name(given.type));
     }
     return text;
 }

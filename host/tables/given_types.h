@@ -11,8 +11,11 @@
 
 namespace host {
 
-// Reads "name:CHAR(10),staff.price:DECIMAL". Of two types for one name the later counts.
+// Reads "name:CHAR(10),staff.price:DECIMAL"; a name may stand in double quotes, and has one type.
 given_types parse_types(std::string_view text);
+
+// The types with others that count instead for the names that they have.
+given_types with_types(given_types types, const given_types& later);
 
 // The same text of them.
 std::string given_types_text(const given_types& types);

@@ -58,7 +58,7 @@ std::string describe_fault(const table& source, const table_column& column, std:
     const std::string shown = fmt::format("\"{}\"", shown_field(set, text));
     switch (fault) {
     case field_fault::invalid_text:
-        return fmt::format("{} is not valid {}; name the file's encoding with --encoding NAME", shown, set.name);
+        return fmt::format("{} is not valid {}; name the file's encoding, as in --encoding latin1", shown, set.name);
     case field_fault::too_wide:
         return fmt::format("{} does not fit {}; give the column a wider type with --types", shown, type);
     case field_fault::too_many_digits:
@@ -110,7 +110,7 @@ std::unique_ptr<table> open_table(const std::string& path, const file_options& o
     for (const std::string& name : opened->reader.header()) {
         const std::optional<std::string> converted = to_utf8(set, name);
         if (!converted) {
-            fail("{}: the header is not valid {}; name the file's encoding with --encoding NAME", path, set.name);
+            fail("{}: the header is not valid {}; name the file's encoding, as in --encoding latin1", path, set.name);
         }
         // A, B is written where A,B is meant.
         opened->columns.push_back({.name = std::string(without_blanks_around(*converted)), .type = {}, .values = {}});
@@ -138,6 +138,8 @@ void resolve_types(table& source, const given_types& given, type_sample sample, 
     for (std::size_t i = 0; i < source.columns.size(); ++i) {
         if (unknown[i]) {
             source.columns[i].type = {.type = type_of_fields(found.of_columns[i])};
+            source.columns[i].seems = source.columns[i].type.type == sql_type::varchar ? seeming_type(found.forms[i]) : std::nullopt;
+            source.columns[i].decimal = source.columns[i].type.type == sql_type::varchar ? seeming_decimal(found.forms[i]) : std::nullopt;
             source.columns[i].sampled = found.is_whole_file ? std::nullopt : std::optional(found.of_columns[i]);
         }
     }

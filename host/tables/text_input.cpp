@@ -53,6 +53,44 @@ bool names_charset(const std::string& encoding, const charset& set) {
     return encoding.empty() || ucnv_compareNames(encoding.c_str(), set.iconv_name.data()) == 0;
 }
 
+// UTF-16 without a byte order mark has zeros beside its ASCII letters, which no other text has. Empty for any other text.
+std::string unmarked_encoding(std::string_view first) {
+    const auto has_zeros = [&](bool at_even) {
+        bool all = first.size() == 4;
+        for (std::size_t i = 0; i < first.size(); ++i) {
+            all &= (first[i] == '\0') == ((i % 2 == 0) == at_even);
+        }
+        return all;
+    };
+    return has_zeros(false) ? "UTF-16LE" : has_zeros(true) ? "UTF-16BE" : "";
+}
+
+struct other_format {
+    std::string_view beginning; // of its files
+    std::string_view name;
+    std::string_view advice;
+};
+constexpr std::string_view csv_alone = "bifun reads CSV files, into which what has written this one may export it";
+constexpr other_format other_formats[] = {
+    {{"PK\x03\x04", 4}, "a ZIP archive, or a spreadsheet", csv_alone},
+    {{"\xD0\xCF\x11\xE0", 4}, "a document or a spreadsheet", csv_alone},
+    {"PAR1", "a Parquet file", csv_alone},
+    {"SQLi", "a SQLite database", csv_alone},
+    {"%PDF", "a PDF file", csv_alone},
+    {"BZh", "packed by bzip2", "bzip2 -dc FILE | bifun - \"SELECT * FROM stdin\" reads it"},
+    {"\xFD"
+     "7zX",
+     "packed by xz", "xz -dc FILE | bifun - \"SELECT * FROM stdin\" reads it"},
+};
+
+void check_format(const std::string& path, std::string_view first) {
+    for (const other_format& known : other_formats) {
+        if (first.starts_with(known.beginning)) {
+            fail("{}: this is {}; {}", path, known.name, known.advice);
+        }
+    }
+}
+
 } // namespace
 
 text_input::text_input(std::string path, std::string encoding, const charset& set, bool marks_errors)
@@ -69,11 +107,12 @@ void text_input::begin() {
         more = file_.read(first_bytes_.data() + count, longest_mark - count);
     }
     first_bytes_.resize(count);
+    check_format(file_.path(), first_bytes_);
     UErrorCode error = U_ZERO_ERROR;
     std::int32_t mark_length = 0;
     const char* const marked = ucnv_detectUnicodeSignature(first_bytes_.data(), static_cast<std::int32_t>(count), &mark_length, &error);
     first_bytes_.erase(0, marked == nullptr ? 0 : static_cast<std::size_t>(mark_length));
-    const std::string encoding = marked == nullptr ? encoding_ : marked;
+    const std::string encoding = marked != nullptr ? marked : encoding_.empty() ? unmarked_encoding(first_bytes_) : encoding_;
     conversion_.reset();
     if (!names_charset(encoding, charset_)) {
         conversion_ = std::make_unique<text_conversion>();
@@ -90,7 +129,8 @@ std::size_t text_input::read_file(char* to, std::size_t room) {
     const std::size_t count = std::min(room, first_bytes_.size());
     std::memcpy(to, first_bytes_.data(), count);
     first_bytes_.erase(0, count);
-    return count;
+    // What separates fields is not told by so few bytes.
+    return count + (count < room ? file_.read(to + count, room - count) : 0);
 }
 
 // Converts what lies between, up to a character that the database does not have.
@@ -129,7 +169,8 @@ std::size_t text_input::convert(char* to, std::size_t room) {
     char* target = to;
     while (target == to && !state.ended) {
         if (state.at_fault && !marks_errors_) {
-            fail("{}, line {}: bytes that are no {}, or a character that {} does not have; name the file's encoding with --encoding NAME",
+            fail("{}, line {}: bytes that are no {}, or a character that {} does not have; name the file's encoding, as in --encoding "
+                 "latin1",
                  file_.path(), state.lines + 1, state.from_name, charset_.name);
         }
         if (state.at_fault) {

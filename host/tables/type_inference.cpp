@@ -26,6 +26,14 @@ bool survives_as_double(std::string_view text, const xdec& value) {
            xdec_cmp(&value, &kept) == 0;
 }
 
+// Digits alone behind a plus sign, as in a telephone number, and those with an E and digits alone behind them, as in numbers of parts.
+bool is_like_code(std::string_view text, const number_shape& shape) {
+    if (shape.has_point || text.front() == '-') {
+        return false;
+    }
+    return shape.has_exponent ? text.find_first_of("+-") == text.npos : text.front() == '+';
+}
+
 field_kinds classify_number(std::string_view text, const number_shape& shape) {
     constexpr std::size_t digits_of_any_int = 9;
     constexpr std::size_t digits_of_any_bigint = 18;
@@ -63,7 +71,8 @@ field_kinds classify_field(std::string_view text) {
     const std::string_view trimmed = without_blanks_around(text);
     const number_shape shape = shape_of_number(trimmed);
     if (shape.is_number) {
-        return shape.has_leading_zero ? text_field : classify_number(trimmed, shape);
+        const field_kinds kind = shape.has_leading_zero ? text_field : classify_number(trimmed, shape);
+        return kind != text_field && is_like_code(trimmed, shape) ? kind << code_shift : kind;
     }
     constexpr std::size_t shortest_time = 4; // 1:23
     if (trimmed.size() < shortest_time || (!is_digit(trimmed[0]) && trimmed[0] != '-')) {
@@ -91,12 +100,22 @@ field_kinds classify_marked_field(std::string_view text, char decimal_mark) {
         return classify_field(plain);
     }
     const field_kinds kind = classify_field(text);
-    return (kind & numbers) != 0 ? text_field : kind;
+    return (numbers_in(kind) & numbers) != 0 ? text_field : kind;
+}
+
+bool is_text_for_good(field_kinds kinds) {
+    return (numbers_in(kinds) & text_field) != 0 ||
+           (kinds >> code_shift << code_shift != kinds && type_of_fields(kinds) == sql_type::varchar);
 }
 
 sql_type type_of_fields(field_kinds kinds) {
     constexpr field_kinds changed_by_widening = double_field | precise_field;
-    if (kinds != 0 && (kinds & ~numbers) == 0 && (kinds & changed_by_widening) != changed_by_widening) {
+    const bool are_all_codes = kinds >> code_shift << code_shift == kinds;
+    if (are_all_codes) {
+        return sql_type::varchar;
+    }
+    kinds = numbers_in(kinds);
+    if ((kinds & ~numbers) == 0 && (kinds & changed_by_widening) != changed_by_widening) {
         return (kinds & double_field) != 0    ? sql_type::double_precision
                : (kinds & decimal_field) != 0 ? sql_type::decimal
                : (kinds & bigint_field) != 0  ? sql_type::bigint
@@ -119,9 +138,27 @@ sql_type type_of_fields(field_kinds kinds) {
     }
 }
 
+namespace {
+
+void find_forms(csv_reader& reader, std::span<const std::uint32_t> rows, std::size_t column, field_kinds kinds, text_forms& forms) {
+    if (type_of_fields(kinds) != sql_type::varchar) {
+        forms = mere_texts; // whatever is behind
+    }
+    for (std::size_t r = 0; r < rows.size() && !are_mere_texts(forms); ++r) {
+        const csv_field field = reader.field(rows[r], column);
+        if (!field.is_null_unless_text) {
+            include_text(forms, field.text);
+        }
+    }
+}
+
+} // namespace
+
 found_kinds find_kinds(csv_reader& reader, const std::vector<bool>& wanted, std::uint64_t most_text, progress_bar& progress) {
-    found_kinds found{.of_columns = std::vector<field_kinds>(wanted.size(), 0), .is_whole_file = false};
+    found_kinds found{
+        .of_columns = std::vector<field_kinds>(wanted.size(), 0), .forms = std::vector<text_forms>(wanted.size()), .is_whole_file = false};
     constexpr std::uint32_t most_rows = 1024;
+    constexpr std::uint64_t rows_for_forms = 16 * most_rows;
     const std::optional<char> decimal_mark = reader.decimal_mark();
     std::uint64_t row_count = 0;
     while (reader.text_read() <= most_text && !found.is_whole_file) {
@@ -135,6 +172,9 @@ found_kinds find_kinds(csv_reader& reader, const std::vector<bool>& wanted, std:
                 kinds |= field.is_null_unless_text ? 0U : classify_field(field.text, decimal_mark);
             }
             found.of_columns[i] = kinds;
+            if (wanted[i] && row_count < rows_for_forms) {
+                find_forms(reader, rows, i, kinds, found.forms[i]);
+            }
         }
         row_count += rows.size();
         progress.update(reader.bytes_read(), reader.file_size(), row_count);

@@ -122,7 +122,14 @@ TEST(ColumnTypes, OfSeveralFiles) {
     EXPECT_EQ(shown(types_of_both, "u_1"), "a,c\n1 ,2.0\n");
     EXPECT_EQ(shown("d:INT", "t"), "bifun: --types: no file has a column d\n");
     EXPECT_EQ(shown("t.c:INT", "t"), "bifun: --types: no file has a column t.c\n");
-    EXPECT_EQ(shown("a:INT,a:DECIMAL(2,1)", "t"), "a,b\n1.0,2\n");
+    directory.write("v.csv", "\"a, b\",\"c \"\"x\"\"\",d:e\n1,2,3\n");
+    EXPECT_EQ(
+        directory.run({"--types", R"("a, b":DECIMAL(2,1),v."c ""x""":TEXT)", "--types", "d:e:DOUBLE", "v.csv", "SELECT * FROM v"}).out,
+        "\"a, b\",\"c \"\"x\"\"\",d:e\n1.0,2,3\n");
+    EXPECT_EQ(shown("a, b:INT", "t"),
+              "bifun: --types: \"a\" is not of the form name:TYPE; a name with a comma stands in double quotes, as in '\"a, "
+              "b\":INT'\n");
+    EXPECT_EQ(shown("a:INT,A:DECIMAL(2,1)", "t"), "bifun: --types: A has two types\n");
 }
 
 } // namespace

@@ -39,6 +39,16 @@ TEST(Files, Delimiters) {
          "a,b\n1,2\n"},
         {"t.csv", "a,b\n1,2\n", {"--delimiter", "\\t"}, "\"a,b\"\n\"1,2\"\n"},
     });
+    expect_read({
+        {"t.csv", "a b\n1 2\n", {}, "a b\n1 2\n", "t.csv: each line is taken for one field; --delimiter space reads 2 fields"},
+        {"t.txt", "r:x:0\nd:x:1\n", {}, "r:x:0\nd:x:1\n", "t.txt: each line is taken for one field; --delimiter colon reads 3 fields"},
+        {"t.txt", "PID  CMD\n  1  a b\n", {}, "PID  CMD\n  1  a b\n"},
+        {"t.txt",
+         "PID  CMD\n  1  a\n",
+         {},
+         "PID  CMD\n  1  a\n",
+         "t.txt: each line is taken for one field; where blanks align columns, tr -s ' ' < t.txt | bifun --delimiter space - reads them"},
+    });
     expect_failure("a\n", "SELECT 1 FROM t", "--delimiter: \"ab\" is none; there are comma, ...", {"--delimiter", "ab"});
     expect_failure("a\n", "SELECT 1 FROM t", "--delimiter: \"\"\" is none; ...", {"--delimiter", "\""});
     expect_failure("a\n", "SELECT 1 FROM t", "--delimiter: \"0x0A\" is none; ...", {"--delimiter", "0x0A"});
@@ -69,11 +79,33 @@ TEST(Files, HeadersAndSkippedLines) {
         {"a,b\n1,2,3\n1,2,3\n1,2\n", "2: the header has 2 fields and this row 3"},
         {"a,b\n1,2\n1,2,3\n1,2,3\n", "3: the header has 2 fields and this row 3"},
         {"a,b\n1,2,3,4\n1,2,3,4\n", "2: the header has 2 fields and this row 4"},
+        {"a,b\nx,y,z\nx,y,z\n1,2\n", "2: the header has 2 fields and this row 3"},
     };
     for (const auto& [file, message] : others) {
         expect_failure(file, "SELECT 1 FROM t", joined({"t.csv, line ", message, "; a field that holds a comma stands in double quotes"}));
     }
+    expect_failure(
+        "a;b\n\nd;n;t\n01.02.2024;-1,5;x\n1;2;3\n", "SELECT 1 FROM t",
+        "t.csv, line 3: the header has 2 fields and this row 3; if this line names the columns, --skip 2 leaves out those before it");
+    expect_failure("a,b\n1,2,\n3,4,\n", "SELECT 1 FROM t",
+                   "t.csv, line 2: the header has 2 fields and this row 3; where all rows end with a comma, sed 's/,$//' t.csv | bifun - "
+                   "\"SELECT ...\" takes it away");
+    for (const auto& [title, fields] :
+         {std::pair("Report\n\n", "1 field"), {"Report,2024\nof,me\n", "2 fields"}, {"a,b,c,d\n\n", "4 fields"}}) {
+        expect_failure(joined({title, "id,name,x\n1,a,\n2,b,3\n"}), "SELECT 1 FROM t",
+                       joined({"t.csv, line 3: the header has ", fields,
+                               " and this row 3; if this line names the columns, --skip 2 leaves out those before it"}),
+                       {"--delimiter", ","});
+    }
     expect_failure("1,2\n3\n", "SELECT 1 FROM t", "t.csv, line 2: the first row has 2 fields and this row 1; ...", {"--no-header"});
+    expect_failure(
+        "1,2\n3,4,5\n", "SELECT 1 FROM t",
+        "t.csv, line 2: the first row has 2 fields and this row 3; --fill-short-rows gives all rows as many fields as the longest of the "
+        "first ones has",
+        {"--no-header"});
+    expect_failure(
+        "a,b\n1,2\n# a \"b\" c\n", "SELECT 1 FROM t",
+        "t.csv, line 3: a quote stands inside a field, or text behind a closing quote; --comment '#' leaves out lines that begin with it");
 }
 
 TEST(Files, BadRowsAreLeftOut) {
@@ -112,7 +144,27 @@ TEST(Files, TableNames) {
         EXPECT_EQ(directory.run({file, joined({"SELECT n FROM ", name})}).out, "n\n1\n") << name;
     }
     const scratch_directory directory;
-    directory.write("my-file.csv", "n\n1\n");
+    directory.write("my-file.csv", "n,order,last name,GRÖSSE\n1,2,3,4\n");
+    const std::pair<std::string, std::string> refused[] = {
+        {"SELECT n FROM my_file WHERE n =", "32: syntax error at end of input"},
+        {"SELECT order FROM my_file", "14: syntax error at or near \"FROM\"; the column order of my-file.csv is written \"order\""},
+        {"SELECT n FROM my_file WHERE last name = 3",
+         "34: syntax error at or near \"name\"; the column last name of my-file.csv is written \"last name\""},
+        {"SELECT last name FROM my_file", "8, near last: my-file.csv has no column last; the column last name is written \"last name\""},
+        {"SELECT `order` FROM my_file",
+         "9: syntax error at or near \"order\"; names of columns that are no words, or reserved ones, stand in double "
+         "quotes; the column order of my-file.csv is written \"order\""},
+        {"SELECT Zzz9 FROM my_file", "8, near Zzz9: my-file.csv has no column Zzz9; there are n, \"order\", \"last name\", GRÖSSE"},
+        {"SELECT n FROM my_file WHERE n = \"zzz\"",
+         "33, near \"zzz\": my-file.csv has no column zzz; a text stands in single quotes: 'zzz'"},
+        {"SELECT GRÖSSER FROM my_file", "8, near GRÖSSER: my-file.csv has no column GRÖSSER; did you mean GRÖSSE?"},
+        {"SELECT user FROM my_file",
+         "8, near user: this value is not supported; there are CURRENT_DATE, CURRENT_TIME, CURRENT_TIMESTAMP, LOCALTIME and "
+         "LOCALTIMESTAMP, and a column of this name stands in double quotes"},
+    };
+    for (const auto& [sql, message] : refused) {
+        EXPECT_EQ(directory.run({"my-file.csv", sql}).err, joined({"bifun: SQL, character ", message, "\n"}));
+    }
     EXPECT_EQ(directory.run({"my-file.csv", "SELECT n FROM my-file"}).err,
               "bifun: SQL, character 17: syntax error at or near \"-\"; my-file.csv is the table my_file\n");
     EXPECT_EQ(directory.run({"my-file.csv", "SELECT n FROM my"}).err,
@@ -200,7 +252,7 @@ TEST(Files, TypesOfTheFirstPart) {
         {"1", "3000000000", "INT", "BIGINT"},
         {"1", "007", "INT", "VARCHAR"},
         {"1.5", "1e3", "DECIMAL", "DOUBLE"},
-        {"1e3", "12345678901234567.25", "DOUBLE", "VARCHAR"},
+        {"1.0e3", "12345678901234567.25", "DOUBLE", "VARCHAR"},
         {"2024-01-01", "2024-01-01 10:00", "DATE", "TIMESTAMP"},
         {"", "5", "NULL", "INT"},
         {"2024-01-01 10:00:00", "x", "TIMESTAMP", "VARCHAR"},
@@ -229,7 +281,7 @@ TEST(Files, TypesOfTheFirstPart) {
         EXPECT_EQ(file.run("SELECT a, b FROM t WHERE b = 'x'", {"--sample", "all"}, "t.csv").err, "");
     }
     EXPECT_EQ(sampled_file("1", "-0").run("SELECT a FROM t").err, "");
-    EXPECT_EQ(sampled_file("1e3", "5").run("SELECT a FROM t").err, "");
+    EXPECT_EQ(sampled_file("1e+03", "5").run("SELECT a FROM t").err, "");
     EXPECT_EQ(sampled_file("x", "5").run("SELECT a FROM t").err, "");
     EXPECT_EQ(sampled_file("2024-01-01 10:00", "2024-01-01").run("SELECT a FROM t").err, "");
     expect_failure("a\n1\n", "SELECT a FROM t", "--sample: \"x\" is no number of megabytes, such as 100, nor all", {"--sample", "x"});

@@ -60,6 +60,14 @@ std::string large_file(std::string_view text) {
     return file;
 }
 
+TEST(Outputs, WideCellsOfTablesStandInFull) {
+    const std::string wide(500, 'x');
+    const std::string rule(121, '-');
+    expect_answer(joined({"a,b\n", wide, ",1\ny,2\n"}), "SELECT * FROM t",
+                  joined({" a", std::string(119, ' '), " | b\n", rule, "-+---\n ", wide, " | 1\n y", std::string(119, ' '), " | 2\n"}),
+                  {"--format", "table"});
+}
+
 TEST(Inputs, PackedFiles) {
     const std::string file = large_file("");
     const std::size_t half = file.size() / 2;
@@ -94,7 +102,10 @@ TEST(Inputs, Encodings) {
         return directory.run(words);
     };
     EXPECT_TRUE(read(encoded(file, "latin1"), {"--encoding", "Latin1"}).out == file);
-    EXPECT_TRUE(read(encoded(file, "UTF-16LE"), {"--encoding", "UTF-16LE"}).out == file);
+    for (const char* const name : {"UTF-16LE", "UTF-16BE"}) {
+        EXPECT_TRUE(read(encoded(file, name), {"--encoding", name}).out == file);
+        EXPECT_TRUE(read(encoded(file, name)).out == file);
+    }
     EXPECT_TRUE(read(joined({"\xFF\xFE", encoded(file, "UTF-16LE")})).out == file);
     EXPECT_TRUE(read(joined({"\xFE\xFF", encoded(file, "UTF-16BE")}), {"--encoding", "latin1"}).out == file);
     EXPECT_TRUE(read(joined({"\xEF\xBB\xBF", file})).out == file);
@@ -116,7 +127,7 @@ TEST(Inputs, Encodings) {
               "é,b\n1,2\n");
 
     const std::string reason =
-        "bytes that are no UTF-8, or a character that euc-kr does not have; name the file's encoding with --encoding NAME\n";
+        "bytes that are no UTF-8, or a character that euc-kr does not have; name the file's encoding, as in --encoding latin1\n";
     EXPECT_EQ(read("n\n한\n\xFF\n", {"--set", "charset=euc-kr", "--encoding", "UTF-8"}).err, joined({"bifun: t.csv, line 3: ", reason}));
     EXPECT_EQ(read("n\n\xE0\xBC\x8B\n", {"--set", "charset=euc-kr", "--encoding", "UTF-8"}).err,
               joined({"bifun: t.csv, line 2: ", reason}));
@@ -126,8 +137,8 @@ TEST(Inputs, Encodings) {
     const std::string faulty = encoded(joined({"n,m\n", many, "9,x\n"}), "UTF-16LE").append(std::string_view("1\0,\0\0\xDC\n\0", 8));
     EXPECT_EQ(
         read(faulty, {"--encoding", "UTF-16LE"}).err,
-        "bifun: t.csv, line 30003: bytes that are no UTF-16LE, or a character that utf-8 does not have; name the file's encoding with "
-        "--encoding NAME\n");
+        "bifun: t.csv, line 30003: bytes that are no UTF-16LE, or a character that utf-8 does not have; name the file's encoding, as in "
+        "--encoding latin1\n");
     const run_result ignoring = read(faulty, {"--encoding", "UTF-16LE", "--ignore-errors"});
     EXPECT_EQ(ignoring.out, joined({"n,m\n", many, "9,x\n"}));
     EXPECT_TRUE(ignoring.err.starts_with("bifun: 1 row left out; the first: t.csv, line 30003, column m: "));
@@ -230,7 +241,7 @@ TEST(Descriptions, Columns) {
     EXPECT_NE(result.out.find("a      | VARCHAR |      3 |     0 | 1        | \xEF\xBF\xBD"), std::string::npos) << result.out;
     EXPECT_TRUE(result.err.starts_with("bifun: 1 row left out; the first: u.csv, line 3: ")) << result.err;
     EXPECT_TRUE(
-        result.err.ends_with("\nbifun: u.csv: there is text that is not valid utf-8; name the file's encoding with --encoding NAME\n"));
+        result.err.ends_with("\nbifun: u.csv: there is text that is not valid utf-8; name the file's encoding, as in --encoding latin1\n"));
     EXPECT_EQ(directory.run({"describe"}).err, "bifun: FILE is required; see bifun --help\n");
 }
 
@@ -258,6 +269,9 @@ TEST(Descriptions, GivenTypes) {
         result.err,
         "bifun: t.csv: truth values and dates of this form are text unless their column is given its type, with --types \"flag:BOOL\"\n");
     directory.write("d.csv", "a,b,c,d,e\n1.2.2024,1/13/2024,13-01-2024,1/2/2024,31.01.2024\n3.4.2024,2/1/2024,,2/1/2024,01.13.2024\n");
+    directory.write("m.csv", "a,m\n1,\"1.234,56\"\n2,\"7\"\n");
+    EXPECT_EQ(directory.run({"describe", "m.csv"}).err,
+              "bifun: m.csv: column m: numbers of this form are text unless they are read with --decimal comma\n");
     EXPECT_NE(directory.run({"describe", "d.csv"}).err.find("\"a:DATE 'DD.MM.YYYY',b:DATE 'MM/DD/YYYY',c:DATE 'DD-MM-YYYY'\"\n"),
               std::string::npos);
     expect_answer("a,b\n1.2.2024,1/13/2024\n", "SELECT a, b FROM t", "a,b\n2024-02-01,2024-01-13\n",

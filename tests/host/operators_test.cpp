@@ -23,9 +23,9 @@ TEST(Operators, Numbers) {
         {"1e308 * 10", "*: numeric overflow of DOUBLE in row 1"},
         {"1 / 0", "/: division by zero in row 1; NULLIF(x, 0) gives NULL there"},
         {"1 / 0e0", "/: division by zero in row 1; ..."},
-        {"'5' + 1", "12, near +: + does not take VARCHAR and INT; CAST(x AS DECIMAL) makes a number of a text"},
+        {"'5' + 1", "12, near +: + does not take VARCHAR and INT; write the number without quotes"},
         {"'a' + 'b'", "12, near +: + does not take VARCHAR and VARCHAR; || joins texts"},
-        {"-'a'", "8, near -: - takes a number, and this is of type VARCHAR"},
+        {"-'a'", "8, near -: - takes a number, and this is of type VARCHAR; write the number without quotes"},
     });
     expect_answer("a,b\n1,2.5\n,1\n-3,0.5\n", "SELECT a + 1 AS s, a * b AS p, -b AS n, SUBSTR('abcdef', a + 5) t FROM t WHERE a - b < 0",
                   "s,p,n,t\n2,2.5,-2.5,f\n-2,-1.5,-0.5,bcdef\n");
@@ -65,7 +65,8 @@ TEST(Operators, Choices) {
         {"COALESCE(NULL, NULL, 3) ; COALESCE(NULL, 'x') ; COALESCE(NULL) ; COALESCE(1, 1 / 0) ; NULLIF(1, 1.0) ; NULLIF('a', 'b')",
          R"(3, "x", null, 1, null, "a")"},
         {"CASE WHEN 1 = 1 THEN DATE '2024-02-29' ELSE '2024-01-01 10:00' END", R"("2024-02-29 00:00:00")"},
-        {"CASE WHEN 1 = 1 THEN 1 ELSE 'a' END", "8, near CASE: INT and VARCHAR do not go together; write the number without quotes"},
+        {"CASE WHEN 1 = 1 THEN 1 ELSE 'a' END",
+         "8, near CASE: INT and VARCHAR do not go together; CAST(x AS VARCHAR) makes a text of the INT"},
         {"CASE 1 WHEN 'a' THEN 2 END", "20, near 'a': INT and VARCHAR cannot be compared; ..."},
     });
     const std::string file = "a,s\n1,x\n0,y\n,z\n-1,x\n4,\n";
@@ -104,13 +105,17 @@ TEST(Operators, Casts) {
         {"CAST(1e-200 AS INT) ; CAST(1e-200 AS DECIMAL(3, 2))", "0, 0.00"},
         {"CAST(1e-200 AS DECIMAL)", "CAST: 1E-200 cannot be DECIMAL in row 1"},
         {"CAST(1 AS DATE)", "8, near CAST: CAST makes no DATE of INT"},
-        {"CAST(1 AS BOOLEAN)", "18, near BOOLEAN: CAST makes INT, BIGINT, DECIMAL, DOUBLE, VARCHAR, ..."},
+        {"CAST('yes' AS BOOLEAN) ; NOT 'f'::bool ; CAST('2024-02-29 10:00' AS DATE) ; CAST('2024-02-29 1' || '0:00' AS DATE)",
+         R"(true, true, "2024-02-29", "2024-02-29")"},
+        {"CAST(1 AS BOOLEAN)", "8, near CAST: CAST makes no BOOL of INT"},
+        {"CAST(1 AS REAL[])", "18, near REAL: CAST makes BOOL, INT, BIGINT, ..."},
         {"CAST('a' AS VARCHAR(3))", "20, near VARCHAR: in a CAST VARCHAR has no length or precision; use SUBSTR for texts"},
     });
     // Fields of two lines, and rows behind the first that the reader has in hand.
-    expect_failure(
-        "s,t\n1,\"a\nb\"\nx,\n", "SELECT CAST(s AS INT) FROM t",
-        "CAST: \"x\" cannot be INT in row 2 (t.csv, line 4); --decimal and --null read columns of numbers that are written otherwise");
+    expect_failure("s,t\n1,\"a\nb\"\nx,\n", "SELECT CAST(s AS INT) FROM t",
+                   "CAST: \"x\" cannot be INT in row 2 (t.csv, line 4); --types s:DECIMAL reads the column as numbers; --decimal comma is "
+                   "for such as 1.234,56, "
+                   "--null NA for texts in place of NULL");
     expect_failure(joined({"s,t\n", repeated("1,\"a\nb\"\n", 9), "x,\n", repeated("1,abcdefgh\n", 20'000)}), "SELECT CAST(s AS INT) FROM t",
                    "CAST: \"x\" cannot be INT in row 10 (t.csv, line 20); ...", {"--batch-rows", "65536", "--types", "s:VARCHAR"});
     expect_failure("s\n1\n\nx\n", "SELECT CAST(s AS INT) FROM t", "CAST: \"x\" cannot be INT in row 3 (t.csv, line 4); ...");
@@ -130,7 +135,7 @@ TEST(Operators, Like) {
         {"'a' LIKE 'a!' ESCAPE '!'", "LIKE: the pattern 'a!' ends in its escape character"},
         {"'a' LIKE 'a' ESCAPE 'xy'", "28, near 'xy': ESCAPE takes one character in quotes"},
         {"5 LIKE '5'", "8, near 5: LIKE takes texts, and this is of type INT; CAST(x AS VARCHAR) makes one"},
-        {"'A' ILIKE 'a'", "12, near ILIKE: ILIKE is not supported; LIKE disregards case with --set case_sensitive=0"},
+        {"'ÄB' ILIKE 'ä_' ; 'a%B' NOT ILIKE 'Ax%b' ESCAPE 'X' ; NULL ILIKE 'a'", "true, false, null"},
     });
     expect_answer("s,p\nabc,a%\nabd,%c\n,%\nxyz,\n", "SELECT s, s LIKE p AS m FROM t WHERE s NOT LIKE 'x%'", "s,m\nabc,true\nabd,false\n");
 }
@@ -159,14 +164,56 @@ TEST(Operators, Offset) {
     expect_failure(file, "SELECT a FROM t OFFSET -1", "SQL, character 24, near -: OFFSET takes a whole number that is not negative");
 }
 
+TEST(Operators, NamesOfItemsInWhere) {
+    const std::string file = "a,b\n1,x\n5,y\n7,z\n";
+    expect_answer(file, "SELECT a + 1 AS c, UPPER(b) AS B, b FROM t WHERE C > 2 AND c % 2 = 0 AND b <> 'Z'", "c,b,b_2\n6,Y,y\n8,Z,z\n");
+    expect_failure(file, "SELECT c + 1 AS c FROM t WHERE c > 1", "SQL, character 8, near c: t.csv has no column c; ...");
+    expect_failure(file, "SELECT a AS c FROM t WHERE t.c > 1", "SQL, character 28, near t.c: t.csv has no column c; ...");
+    expect_failure(file, "SELECT a AS c, c + 1 FROM t", "SQL, character 16, near c: t.csv has no column c; ...");
+}
+
 // Functions by the names that they have in other systems.
 TEST(Operators, NamesElsewhere) {
     expect_shown({
-        {"CASEFOLD('A')", "8, near CASEFOLD: there is no function casefold; use LOWER(s); with --set case_sensitive=0 ..."},
+        {"CASEFOLD('A')", "8, near CASEFOLD: there is no function casefold; use LOWER(s); ILIKE and, with --set case_sensitive=0, ..."},
+        {"REGEXP_REPLACE('a', 'b', '')",
+         "8, near REGEXP_REPLACE: there is no function regexp_replace; there are no regular expressions; ..."},
+        {"'a' ~ 'b'", "12, near ~: the operator ~ is not supported; there are no regular expressions; ..."},
+        {"'a' SIMILAR TO 'b'", "12, near SIMILAR: SIMILAR TO is not supported; there are no regular expressions; ..."},
+        {"GREATEST('a', 'b')",
+         "17, near 'a': this text cannot be read as a date, time or timestamp; for texts there is CASE WHEN x > y THEN x ELSE y END"},
         {"IFNULL(1, 2)", "8, near IFNULL: there is no function ifnull; use COALESCE(x, y) or NVL(x, y)"},
         {"SUM(1)", "8, near SUM: there is no function sum; there are no aggregates: a query gives a row for every row of the file"},
         {"POW(1, 2)", "8, near POW: there is no function pow; did you mean POWER?"},
     });
+}
+
+// Syntax of other systems, which the parser does not know.
+TEST(Operators, SyntaxElsewhere) {
+    const std::pair<std::string, std::string> refused[] = {
+        {"SELECT TRY_CAST(a AS INT) FROM t",
+         "19: syntax error at or near \"AS\"; CAST fails where a text is none of the type; TO_NUMBER(x) is NULL there, "
+         "and so is CASE WHEN ISNUMERIC(x) THEN CAST(x AS INT) END"},
+        {"SELECT a FROM t LIMIT 1, 20", "17: LIMIT #,# syntax is not supported; write LIMIT 20 OFFSET 1"},
+        {"SELECT a FROM t WHERE a > CURRENT_DATE - INTERVAL 3 days", "51: syntax error at or near \"3\"; write INTERVAL '3' DAY"},
+        {"SELECT a FROM ./t.csv",
+         "15: syntax error at or near \".\"; FROM takes the name of a table, which is that of its file without .csv"},
+        {"SELECT a AS 'b c' FROM t", "13: syntax error at or near \"'b c'\"; names stand in double quotes"},
+        {"SELECT a FROM t WHERE a = 1 && a = 2", "34: syntax error at or near \"=\"; use AND"},
+        {"SELECT TOP 5 a FROM t", "12: syntax error at or near \"5\"; write LIMIT 5 at the end"},
+        {"SELECT a FROM t WHERE a RLIKE 'x'",
+         "25: syntax error at or near \"RLIKE\"; there are no regular expressions; there are LIKE, ILIKE, INSTR, SUBSTR and REPLACE"},
+        {"DESCRIBE t",
+         "1: syntax error at or near \"DESCRIBE\"; \"bifun describe FILE\" shows the columns of a file, and \\d in the shell"},
+        {"SHOW TABLES", "1, near SHOW: only SELECT is supported; \"bifun describe FILE\" ..."},
+        {"FROM t", "1: syntax error at or near \"FROM\"; write SELECT * FROM"},
+        {"SELECT a FROM (SELECT a FROM t)", "15: subqueries are not supported; a query is one SELECT over one file, named after FROM"},
+        {"SELECT a FROM (SELECT a FROM t) x",
+         "23, near a: subqueries are not supported; a query is one SELECT over one file, named after FROM"},
+    };
+    for (const auto& [sql, message] : refused) {
+        expect_failure("a\n", sql, joined({"SQL, character ", message}));
+    }
 }
 
 } // namespace

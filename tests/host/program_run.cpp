@@ -78,6 +78,22 @@ void expect_answer(const std::string& file, const std::string& sql, const std::s
     EXPECT_EQ(result.status, message.empty() ? 0 : 1);
 }
 
+void expect_notices(const std::string& file, const std::string& sql, const std::string& out, const std::vector<std::string>& messages,
+                    arguments options) {
+    SCOPED_TRACE(sql);
+    const scratch_directory directory;
+    directory.write("t.csv", file);
+    options.insert(options.end(), {"t.csv", sql});
+    const run_result result = directory.run(options);
+    EXPECT_EQ(result.out, out);
+    std::string all;
+    for (const std::string& message : messages) {
+        all += joined({"bifun: ", message, "\n"});
+    }
+    EXPECT_EQ(result.err, all);
+    EXPECT_EQ(result.status, 0);
+}
+
 void expect_failure(const std::string& file, const std::string& sql, const std::string& message, const arguments& options) {
     expect_answer(file, sql, "", options, message);
 }

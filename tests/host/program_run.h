@@ -49,6 +49,10 @@ struct scratch_directory {
 void expect_answer(const std::string& file, const std::string& sql, const std::string& out, arguments options = {},
                    const std::string& message = {});
 
+// Expects the output and, although all is well, the messages, each a line behind "bifun: ".
+void expect_notices(const std::string& file, const std::string& sql, const std::string& out, const std::vector<std::string>& messages,
+                    arguments options = {});
+
 // Expects the message alone.
 void expect_failure(const std::string& file, const std::string& sql, const std::string& message, const arguments& options = {});
 

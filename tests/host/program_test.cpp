@@ -149,15 +149,15 @@ TEST(Program, SqlErrors) {
         {"SELECT TRUNC(1.5e0, 1)",
          "8, near TRUNC: TRUNC does not take (DOUBLE, INT); it takes (DECIMAL, INT), (VARCHAR, INT), (DATETIME, constant VARCHAR), ..."},
         {"SELECT 1e999", "8, near 1e999: the number is beyond the range of DOUBLE"},
-        {"SELECT 1 FROM t WHERE qty", "23, near qty: a condition is needed here, and this is of type INT"},
+        {"SELECT 1 FROM t WHERE qty", "23, near qty: a condition is needed here, and this is of type INT; compare it, as in x <> 0"},
         {"SELECT qty = '1' FROM t", "12, near =: INT and VARCHAR cannot be compared; write the number without quotes"},
         {"SELECT name > 5 FROM t", "13, near >: VARCHAR and INT cannot be compared; ... --decimal ..."},
         {"SELECT name > DATE '2024-01-01' FROM t", "13, near >: VARCHAR and DATE cannot be compared; --types ..."},
         {"SELECT day > 5 FROM t", "12, near >: DATE and INT cannot be compared; a date is written in quotes"},
-        {"SELECT day > 'x' FROM t", "14, near 'x': this cannot be read as DATE"},
+        {"SELECT day > 'x' FROM t", "14, near 'x': this cannot be read as DATE; CAST(x AS VARCHAR) makes a text of one"},
         {"SELECT qty ^ 1 FROM t", "12, near ^: the operator ^ is not supported; use POWER(x, y)"},
         {"SELECT qty # 1 FROM t",
-         "12, near #: the operator # is not supported; operators are + - * / % || = <> < <= > >= AND OR NOT BETWEEN IN LIKE IS"},
+         "12, near #: the operator # is not supported; operators are + - * / % || = <> < <= > >= AND OR NOT BETWEEN IN LIKE ILIKE IS"},
         {"SELECT ROW(1, 2)", "8, near ROW: records are not supported"},
         {"SELECT 1 FROM t ORDER BY qty", "26, near qty: ORDER BY is not supported; rows come in the order of the file"},
         {"SELECT qty FROM t GROUP BY qty",
@@ -255,6 +255,14 @@ TEST(Program, FileErrors) {
     expect_failure("a,b\n\"x\ny\",1\n3\n", query, "t.csv, line 4: the header has 2 fields and this row 1; ...");
     expect_failure("a,b\n1,2\n3,\"x\n\n", query, "t.csv, line 3: the row that begins here has a quote that is never closed; ...");
     expect_failure("a\nx\ny\"z\n", query, "t.csv, line 3: a quote stands inside a field, or text behind a closing quote; ...");
+    expect_failure("PAR1xx", query,
+                   "t.csv: this is a Parquet file; bifun reads CSV files, into which what has written this one may export it");
+    expect_failure("BZh9", query, "t.csv: this is packed by bzip2; bzip2 -dc FILE | bifun - \"SELECT * FROM stdin\" reads it");
+    expect_failure(
+        "{\"a\": 1}\n", query,
+        "t.csv: this is JSON; with --no-header --quote none --delimiter 0x01 each line is a text, for JSON_VALUE(column_1, '$.name')");
+    expect_answer("{\"a\": 1}\n{\"a\": \"x\"}\n", "SELECT JSON_VALUE(column_1, '$.a') AS a FROM t", "a\n1\nx\n",
+                  {"--no-header", "--quote", "none", "--delimiter", "0x01"});
     expect_failure("a\nx\n\xC0\xAF\n", read, "t.csv, line 3, column a: \"\xEF\xBF\xBD\xEF\xBF\xBD\" is not valid utf-8; ...");
     expect_failure(
         "a\n1\n2147483648\n", read,
@@ -274,7 +282,7 @@ TEST(Program, FileErrors) {
 
 TEST(Program, OptionErrors) {
     const std::pair<arguments, std::string> errors[] = {
-        {{"--fromat", "csv", "SELECT 1"}, "The following argument was not expected: --fromat; see bifun --help"},
+        {{"--fromat", "csv", "SELECT 1"}, "The following argument was not expected: --fromat; did you mean --format? see bifun --help"},
         {{"--set", "mode=1", "SELECT 1"}, "--set: there is no setting mode; there are compatible_mode, charset, ..."},
         {{"--set", "charset=latin1", "SELECT 1"}, "--set: charset cannot be \"latin1\"; it can be utf-8, gb18030, euc-kr"},
         {{"--batch-rows", "65537", "SELECT 1"}, "--batch-rows: Value 65537 not in range 1 to 65536; see bifun --help"},
@@ -284,6 +292,8 @@ TEST(Program, OptionErrors) {
         {{"--output", "t.parquet", "SELECT 1"}, "--output: .parquet cannot be written; there are table, csv, ..."},
         {{"SELECT * FROM stdin"},
          "SQL, character 15, near stdin: the standard input is read where its name - is given, as in: bifun - ..."},
+        {{"t.csv", "SELECT", "a", "FROM", "t"}, "the query is one word, in quotes: bifun t.csv \"SELECT a FROM t\""},
+        {{"select a FROM t", "t.csv"}, "the query is the last word, behind the files: bifun FILE.csv \"select a FROM t\""},
         {{"help"}, "help is neither a file nor a query; ..."},
         {{"SELECT * FROM 't.csv'"},
          "SQL, character 15: syntax error at or near \"'t.csv'\"; FROM takes the name of a table, which is that of its file without .csv"},
@@ -334,6 +344,7 @@ TEST(Program, FunctionsAreDescribed) {
     const std::string description = directory.run({"functions", "Nvl"}).out;
     EXPECT_NE(description.find("bifun \"SELECT NVL(NULL, 7)\"\n"), std::string::npos);
     EXPECT_NE(description.find("    bnvl_dec_av        (DECIMAL column, DECIMAL constant) -> DECIMAL\n"), std::string::npos);
+    EXPECT_TRUE(directory.run({"functions", "case"}).out.starts_with("CASE [x] WHEN condition THEN y ... [ELSE z] END\n"));
     EXPECT_TRUE(directory.run({"functions", "--markdown"}).out == read_file(BIFUN_FUNCTION_REFERENCE))
         << "bifun functions --markdown > docs/functions.md";
 }

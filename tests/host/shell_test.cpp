@@ -165,7 +165,9 @@ TEST(Shell, QueriesErrorsAndCommands) {
     shell.type("\\d sales\n\\types none\n\\d STAFF\n");
     EXPECT_TRUE(shell.shows("day    VARCHAR\nprice  DECIMAL(5, 2)\n"));
     EXPECT_TRUE(shell.shows("salary      DECIMAL\n"));
-    shell.type("\\h nvl\n");
+    shell.type("\\types day:VARCHAR\nSELECT day FROM sales WHERE day > '2024-01-01';\n");
+    EXPECT_TRUE(shell.shows("compared as such with '2024-01-01'; \\types day:DATE 'DD.MM.YYYY' reads the column as dates"));
+    shell.type("\\types none\n\\h nvl\n");
     EXPECT_TRUE(shell.shows("Entry points"));
     shell.type("\\set charset=none\n");
     EXPECT_TRUE(shell.shows("bifun: \\set: charset cannot be \"none\""));
@@ -176,6 +178,20 @@ TEST(Shell, QueriesErrorsAndCommands) {
     EXPECT_TRUE(shell.shows("the result is in out.csv\n"));
     EXPECT_TRUE(shell.shows(" b\n"));
     EXPECT_EQ(read_file(session.path / "out.csv"), "a\n1\n");
+    shell.type(".tables\n");
+    EXPECT_TRUE(shell.shows("staff  staff.csv\n"));
+    shell.type("\\set delimiter=;\n\\skip 2\n");
+    EXPECT_TRUE(
+        shell.shows("bifun: \\set: files are read as the options of bifun say when the shell begins, as in: bifun --delimiter tab"));
+    EXPECT_TRUE(shell.shows("bifun: there is no command \\skip; files are read as"));
+    shell.type("SELECT 'it''s\n");
+    EXPECT_TRUE(shell.prompts("'> "));
+    shell.type("' AS \"a\n");
+    EXPECT_TRUE(shell.prompts("\"> "));
+    shell.type("b\"/*\n");
+    EXPECT_TRUE(shell.prompts("*> "));
+    shell.type("*/;\n");
+    EXPECT_TRUE(shell.shows("it's"));
     shell.type("\\nothing\n");
     EXPECT_TRUE(shell.shows("bifun: there is no command \\nothing; \\? lists what there is\n"));
 }

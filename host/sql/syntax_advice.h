@@ -1,0 +1,27 @@
+// SPDX-License-Identifier: Apache-2.0
+// What to type in place of what other systems' SQL has and the parser does not know.
+#ifndef BIFUN_HOST_SQL_SYNTAX_ADVICE_H
+#define BIFUN_HOST_SQL_SYNTAX_ADVICE_H
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+#include "host/program_error.h"
+
+namespace host {
+
+// A text that the parser refuses at a place in it, in bytes.
+struct syntax_error : program_error {
+    std::size_t offset;
+    syntax_error(const std::string& message, std::size_t place) : program_error(message), offset(place) {}
+};
+
+constexpr std::string_view no_regular_expressions = "there are no regular expressions; there are LIKE, ILIKE, INSTR, SUBSTR and REPLACE";
+
+// "; write LIMIT 2 OFFSET 1"; empty where the text tells nothing.
+std::string syntax_advice(std::string_view sql, std::size_t offset);
+
+} // namespace host
+
+#endif

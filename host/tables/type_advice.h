@@ -1,0 +1,30 @@
+// SPDX-License-Identifier: Apache-2.0
+// What to type where a value is not of the type that is needed.
+#ifndef BIFUN_HOST_TABLES_TYPE_ADVICE_H
+#define BIFUN_HOST_TABLES_TYPE_ADVICE_H
+
+#include <string>
+
+#include "host/tables/table.h"
+
+namespace host {
+
+struct misplaced_value {
+    sql_type type;
+    bool is_literal = false;
+    const table_column* column = nullptr; // where it is one
+};
+
+// What makes a value of the type needed of it, to stand behind what is wrong: "; write the number without quotes". Empty where nothing is
+// known.
+std::string way_to(sql_type needed, const misplaced_value& given);
+
+// The same where neither of two values has to have its type, as in a comparison.
+std::string way_together(const misplaced_value& left, const misplaced_value& right);
+
+// --types "day:DATE 'DD.MM.YYYY'": by what the texts of the column show, if they show such a type.
+std::string types_option(const table_column& column, sql_type type);
+
+} // namespace host
+
+#endif

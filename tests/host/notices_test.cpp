@@ -1,0 +1,122 @@
+// SPDX-License-Identifier: Apache-2.0
+// What is said beside a result that may not be the one that was meant.
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "tests/host/program_run.h"
+
+namespace {
+
+using namespace program_run;
+
+const std::string days = "d,e,n,s\n31.12.2023,2024-01-01,12.7,a\n,n/a,,b\n05.02.2024,2024-01-03,x,c\n";
+const std::string as_dates = "; --types \"d:DATE 'DD.MM.YYYY'\" reads the column as dates";
+
+TEST(Notices, TextsThatAreNoDatesForACall) {
+    const std::string rest =
+        joined({" gives NULL for texts that are no dates such as 2024-02-29, in 2 rows; the first is \"31.12.2023\" in row 1 "
+                "(t.csv, line 2)",
+                as_dates});
+    expect_notices(days,
+                   "SELECT EXTRACT(YEAR FROM d) AS y, WEEKDAY(d) AS w, TO_CHAR(LAST_DAY(d), 'DD') AS l, UNIX_TIMESTAMP(d) AS u FROM t "
+                   "WHERE d IS NOT NULL",
+                   "y,w,l,u\n,,,\n,,,\n",
+                   {joined({"EXTRACT", rest}), joined({"WEEKDAY", rest}), joined({"LAST_DAY", rest}), joined({"UNIX_TIMESTAMP", rest})},
+                   {"--batch-rows", "2"});
+    expect_notices(
+        days, "SELECT TRUNC(n) AS n FROM t WHERE s < 'c'", "n\n\n\n",
+        {"TRUNC gives NULL for texts that are no dates such as 2024-02-29, in 1 row; the first is \"12.7\" in row 1 (t.csv, line "
+         "2); CAST(x AS DECIMAL) makes a number of a text"});
+    expect_notices(days, "SELECT LAST_DAY(e) AS l FROM t WHERE s <> 'b'", "l\n2024-01-31 00:00:00\n2024-01-31 00:00:00\n", {});
+}
+
+TEST(Notices, DatesThatAreComparedAsTexts) {
+    const std::string file = "d,e,n\n31.12.2023,12/31/2023,\n05.02.2024,01/15/2024,2024-01-01\n05.02.2024,01/15/2024,n/a\n";
+    expect_notices(file, "SELECT e FROM t WHERE d > '2024-01-01' OR d BETWEEN '01.01.2024' AND '31.12.2024'",
+                   "e\n12/31/2023\n01/15/2024\n01/15/2024\n", {joined({"d is text, and compared as such with '2024-01-01'", as_dates})});
+    expect_notices(file, "SELECT d FROM t WHERE d IN ('2024-02-05') OR d = '31.12.2023'", "d\n31.12.2023\n",
+                   {joined({"d is text, and compared as such with '2024-02-05'", as_dates})});
+    expect_notices(file, "SELECT d < e AS x FROM t LIMIT 1", "x\nfalse\n", {joined({"d is text, and compared as such with e", as_dates})});
+    expect_notices(file, "SELECT e FROM t WHERE n >= '2024-01-01' AND n <= 'zzz'", "e\n01/15/2024\n01/15/2024\n",
+                   {"n is text, and compared as such with '2024-01-01'; --types \"n:DATE 'DD.MM.YYYY'\" reads the column as dates, if that "
+                    "is their format"});
+    expect_notices(file, "SELECT e FROM t WHERE d = '31.12.2023' AND e <> 'x' AND n IS NULL", "e\n12/31/2023\n", {});
+}
+
+TEST(Notices, FormatsOfOtherFunctions) {
+    const std::string file = "d\n2024-02-29\n";
+    expect_notices(
+        file, "SELECT TO_CHAR(d, '%YYYY') AS x, DATE_FORMAT(d, 'YYYY') AS y, DATE_FORMAT(d, '%Y') AS z FROM t", "x,y,z\n%2024,YYYY,2024\n",
+        {"TO_CHAR: the format '%YYYY' has no elements with %; DATE_FORMAT(d, '%Y-%m-%d') has formats with %",
+         "DATE_FORMAT: the format 'YYYY' has no element with %, such as %Y, and is written as it is; TO_CHAR has formats such as "
+         "YYYY-MM-DD"});
+    expect_shown({
+        {"TO_CHAR(DATE '2024-02-29', '%Y-%m')",
+         "35, near '%Y-%m': date formats have no element \"m\" at position 5; text stands in \"double "
+         "quotes\"; DATE_FORMAT(d, '%Y-%m-%d') has formats with %"},
+        {"TO_DATE('2024-02', '%Y-%m')",
+         "27, near '%Y-%m': date formats have no element \"m\" at position 5; text stands in \"double quotes\"; "
+         "formats are such as YYYY-MM-DD"},
+    });
+}
+
+TEST(Notices, NumbersThatAreNamesOfColumns) {
+    expect_notices("2020,a\n5,1\n", "SELECT 2020 + a AS x, \"2020\" AS y FROM t WHERE 2020 > 6", "x,y\n2021,5\n",
+                   {"2020 is a number in the query; the column of that name is written \"2020\""});
+}
+
+TEST(Notices, LeadFromTextsToTheTypesOfTheirColumns) {
+    const std::string file = "d,b,a,m,w,i,z\n31.12.2023,true,x,\"1,5\",31/12/2023 10:30,1,01234\n";
+    const std::string numbers =
+        "; --types a:DECIMAL reads the column as numbers; --decimal comma is for such as 1.234,56, --null NA for texts in "
+        "place of NULL";
+    const struct {
+        std::string expression, message;
+    } cases[] = {
+        {"YEAR(d)", joined({"8, near YEAR: YEAR does not take (VARCHAR); it takes (DATETIME)", as_dates})},
+        {"d + 1", joined({"10, near +: + does not take VARCHAR and INT", as_dates})},
+        {"d < CURRENT_DATE", joined({"10, near <: VARCHAR and DATE cannot be compared", as_dates})},
+        {"a * 2", joined({"10, near *: * does not take VARCHAR and INT", numbers})},
+        {"a = 2", joined({"10, near =: VARCHAR and INT cannot be compared; write the number in quotes, as a text", numbers})},
+        {"m > 2", "10, near >: VARCHAR and INT cannot be compared; --decimal comma reads the column as numbers"},
+        {"z = 1234",
+         "10, near =: VARCHAR and INT cannot be compared; write the number in quotes, as a text; --types z:DECIMAL reads the ..."},
+        {"w + 1", "10, near +: + does not take VARCHAR and INT; --types \"w:TIMESTAMP 'DD/MM/YYYY HH24:MI'\" reads the column as dates"},
+        {"ABS(m)",
+         "8, near ABS: ABS does not take (VARCHAR); it takes (BIGINT), (DOUBLE), (DECIMAL); --decimal comma reads the column as numbers"},
+        {"NVL(a, 0)",
+         "8, near NVL: NVL does not take (VARCHAR, INT); it takes (INT, INT), (BIGINT, BIGINT), (DOUBLE, DOUBLE), (DECIMAL, DECIMAL), "
+         "(DATETIME, DATETIME), (VARCHAR, VARCHAR), (VARBINARY, constant VARBINARY); the number is a text in quotes"},
+        {"COALESCE(a, i)", "8, near COALESCE: VARCHAR and INT do not go together; CAST(x AS VARCHAR) makes a text of the INT"},
+        {"CONCAT(a, 0)",
+         "8, near CONCAT: CONCAT does not take (VARCHAR, INT); it takes (VARCHAR, VARCHAR); the number is a text in quotes"},
+        {"YEAR(a)", "8, near YEAR: YEAR does not take (VARCHAR); it takes (DATETIME); --types \"a:DATE 'DD.MM.YYYY'\" reads the column as "
+                    "dates, if that is their format"},
+        {"YEAR(i)", "8, near YEAR: YEAR does not take (INT); it takes (DATETIME); --types \"i:DATE 'YYYYMMDD'\" reads numbers such as "
+                    "20240229 as dates, and "
+                    "FROM_UNIXTIME takes seconds since 1970"},
+        {"IF(b, 1, 0)",
+         "8, near IF: IF does not take (VARCHAR, INT, INT); it takes (BOOL, INT, INT), (BOOL, BIGINT, BIGINT), (BOOL, DOUBLE, "
+         "DOUBLE), (BOOL, DECIMAL, DECIMAL), (BOOL, VARCHAR, VARCHAR); --types b:BOOL reads true and false"},
+        {"NOT b",
+         "12, near b: a condition is needed here, and this is of type VARCHAR; compare it, as in x = 'true'; --types b:BOOL reads true "
+         "and false"},
+    };
+    for (const auto& tested : cases) {
+        expect_failure(file, joined({"SELECT ", tested.expression, " FROM t"}), joined({"SQL, character ", tested.message}));
+    }
+}
+
+TEST(Notices, NumbersWrittenAsCodesAreText) {
+    expect_answer("p,c,n,e\n+4930123456,12E4,+1,1e5\n+49301,1e3,-1,1.0e5\n", "SELECT * FROM t",
+                  "p,c,n,e\n+4930123456,12E4,1,100000\n+49301,1e3,-1,100000\n");
+    expect_answer("p,c\n+49,12E4\n", "SELECT p + 1 AS p, c * 2 AS c FROM t", "p,c\n50,240000\n", {"--types", "p:INT,c:DOUBLE"});
+    const scratch_directory directory;
+    directory.write("t.csv", "a,b,c\n+5,1e5,+3\n+6,2e5,x\n7,3e5,4\n");
+    EXPECT_EQ(directory.run({"describe", "t.csv"}).out,
+              "column,type,values,nulls,smallest,largest,text_line,text\na,INT,3,0,+5,7,,\nb,VARCHAR,3,0,1e5,3e5,2,1e5\n"
+              "c,VARCHAR,3,0,+3,x,3,x\n");
+}
+
+} // namespace
