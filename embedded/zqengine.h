@@ -105,6 +105,10 @@ void zqengine_column_prepare(bifun_column* column, uint32_t row_count);
  * clearing and preparing take it back; writing `values` does not. */
 void zqengine_column_tell_texts(bifun_column* column, uint32_t row_count);
 
+/* The same without a look, where the caller knows what all texts of the column are, also those that are written into `values`:
+ * ZQ_TEXTS_ANY, ZQ_TEXTS_UTF8 or ZQ_TEXTS_ASCII. Nothing is told of columns of other types. */
+void zqengine_column_set_known_texts(bifun_column* column, int32_t known);
+
 int32_t zqengine_column_type(const bifun_column* column);
 uint32_t zqengine_column_capacity(const bifun_column* column);
 

@@ -466,9 +466,11 @@ failure evaluate_group(group_call& group, const result_store& store, void* (*fin
     }
 
     const auto given = static_cast<value_type>(zqengine_column_type(left));
-    const bool widens = form.result == sql_type::double_precision && given != value_type::DOUBLE;
-    store(widens ? as_doubles(made, *left, given, group.row_count) : left, widens ? value_type::DOUBLE : given, group.rows,
-          group.row_count);
+    if (form.result == sql_type::double_precision && given != value_type::DOUBLE) {
+        store(as_doubles(made, *left, given, group.row_count), value_type::DOUBLE, group.rows, group.row_count);
+    } else {
+        store(left, given, group.rows, group.row_count);
+    }
     return std::nullopt;
 }
 
@@ -481,15 +483,26 @@ std::unique_ptr<session, void (*)(session*)> make_session() {
         zqengine_environment_destroy(ended->environment);
         delete ended;
     };
-    std::unique_ptr<session, void (*)(session*)> made(new session{zqengine_environment_create(), nullptr}, destroy);
+    std::unique_ptr<session, void (*)(session*)> made(new session{zqengine_environment_create(), nullptr, {}}, destroy);
     if (made->environment != nullptr) {
         made->memory = rt_memobj_create_ex(made->environment, 0, scratch_size, __FILE__, __LINE__);
     }
     if (made->memory == nullptr) {
         made.reset();
+    } else {
+        made->unused = mem_heap_get_heap_top(static_cast<mem_heap*>(made->memory->heap));
     }
     return made;
 }
+
+namespace {
+
+// Gives back what calls have taken.
+void release_scratch(const session& executor) {
+    mem_heap_free_heap_top(executor.environment, static_cast<mem_heap*>(executor.memory->heap), executor.unused);
+}
+
+} // namespace
 
 std::unique_ptr<call> make_call(const signature& form, std::size_t argument_count, std::uint32_t capacity) {
     auto made = std::make_unique<call>();
@@ -500,10 +513,10 @@ std::unique_ptr<call> make_call(const signature& form, std::size_t argument_coun
         call_argument& argument = made->arguments[i];
         const sql_type type = type_of(*made, i);
         argument.storage = make_column(value_type_of(type), capacity);
-        argument.data = *argument.storage->data;
-        if (value_type_of(type) == value_type::VARCHAR && texts_are_utf8()) {
-            argument.data.engine_word = reinterpret_cast<void*>(std::uintptr_t{ZQ_TEXTS_UTF8}); // NOLINT(performance-no-int-to-ptr)
+        if (texts_are_utf8()) {
+            zqengine_column_set_known_texts(argument.storage.get(), ZQ_TEXTS_UTF8);
         }
+        argument.data = *argument.storage->data;
         argument.column = {0, nullptr, &argument.data};
         argument.intervals.resize(type == sql_type::interval_dt ? capacity : 0);
     }
@@ -512,12 +525,10 @@ std::unique_ptr<call> make_call(const signature& form, std::size_t argument_coun
 
 std::optional<call_failure> evaluate(call& made, const session& executor, std::uint32_t row_count, const result_store& store,
                                      void* (*find)(const char* symbol)) {
-    auto* const heap = static_cast<mem_heap*>(executor.memory->heap);
     const auto evaluate_rows = [&](const row_list& rows) {
         group_call group{made, executor, rows, rows.empty() ? row_count : static_cast<std::uint32_t>(rows.size())};
-        const mem_heap_mark mark = mem_heap_get_heap_top(heap);
         failure failed = evaluate_group(group, store, find);
-        mem_heap_free_heap_top(executor.environment, heap, mark);
+        release_scratch(executor);
         return failed;
     };
     if (!needs_groups(made, row_count)) {
@@ -548,16 +559,10 @@ bool evaluate_again(call& made, const session& executor, row_result& result) {
             return false;
         }
     }
-    auto* const heap = static_cast<mem_heap*>(executor.memory->heap);
-    const mem_heap_mark mark = mem_heap_get_heap_top(heap);
     const std::int32_t status =
         invoke_entry(*last.entry, last.function, executor.environment, executor.memory, last.arguments.data(), last.result, 1);
-    mem_heap_free_heap_top(executor.environment, heap, mark);
-    const bool widens = made.form->result == sql_type::double_precision && last.given != value_type::DOUBLE;
+    release_scratch(executor);
     result = {last.result, last.given};
-    if (widens && status == 0) {
-        result = {as_doubles(made, *last.result, last.given, 1), value_type::DOUBLE};
-    }
     return status == 0;
 }
 

@@ -16,6 +16,7 @@
 #include "adapters/binding/invocation.h"
 #include "adapters/binding/signature.h"
 #include "embedded/zqengine.h"
+#include "engine/memory.h"
 
 namespace binding {
 
@@ -68,6 +69,7 @@ struct last_row {
 struct session {
     bifun_environment* environment;
     bifun_memory_object* memory;
+    mem_heap_mark unused; // of the memory, before a call takes any
 };
 std::unique_ptr<session, void (*)(session*)> make_session(); // null where memory is exhausted
 
@@ -114,7 +116,7 @@ std::optional<call_failure> evaluate(call& made, const session& executor, std::u
 // Evaluates the next row of a call whose capacity is 1 as the last one was, which is quick, by its values alone. False where that is not
 // how it has to be evaluated, or where it fails: then evaluate() has to, and tells why.
 struct row_result {
-    const bifun_column* column; // as a result_store takes it
+    const bifun_column* column; // as a result_store takes it; of integers, too, where the signature's result is DOUBLE
     bifun::value_type type;
 };
 bool evaluate_again(call& made, const session& executor, row_result& result);

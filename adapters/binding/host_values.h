@@ -39,10 +39,12 @@ inline bool read_host_datetime(std::int64_t days_from_1970, std::int64_t microse
     const calendar::calendar_date date =
         calendar::date_of_julian_day(in_range ? static_cast<std::int32_t>(days_from_1970) + julian_day_of_1970 : julian_day_of_1970, true);
     const auto seconds = static_cast<std::uint32_t>(microseconds / microseconds_per_second);
-    datetime_layout::store_words(
-        result, datetime_layout::pack_time(seconds / 3600, seconds / 60 % 60, seconds % 60),
-        datetime_layout::pack_date(date.year, date.month, date.day),
-        datetime_layout::pack_fraction(static_cast<std::uint32_t>(microseconds - std::int64_t{seconds} * microseconds_per_second), zone));
+    const auto fraction = static_cast<std::uint32_t>(microseconds - std::int64_t{seconds} * microseconds_per_second);
+    // Time and date in one store: a load of both would wait for two of them.
+    datetime_layout::store_datetime(result,
+                                    datetime_layout::join_words(datetime_layout::pack_time(seconds / 3600, seconds / 60 % 60, seconds % 60),
+                                                                datetime_layout::pack_date(date.year, date.month, date.day),
+                                                                datetime_layout::pack_fraction(fraction, zone)));
     return in_range && !calendar::is_missing_day(date.year, date.month, date.day);
 }
 
@@ -86,34 +88,47 @@ inline std::int32_t write_host_zone(const zqtime& value, std::int32_t otherwise)
 
 constexpr std::int32_t most_coefficient_digits = bifun::decimal_layout::max_coefficient_digits;
 
-inline std::uint32_t digits_of(uint128 number) {
-    using bifun::decimal_layout::powers_of_ten;
-    const auto high = static_cast<std::uint64_t>(number >> 64);
-    const auto bits =
-        static_cast<std::uint32_t>(high != 0 ? 64 + std::bit_width(high) : std::bit_width(static_cast<std::uint64_t>(number)));
-    const std::uint32_t fewest = bits * 1233 >> 12; // log10(2) is 0.30103; 1233 / 4096 a little less
-    return fewest + (number >= powers_of_ten[fewest] ? 1 : 0);
+// Decimal digits of a number of so many bits, or one less: log10(2) is 0.30103, 1233 / 4096 a little less.
+constexpr std::uint32_t fewest_digits(std::uint32_t bits) { return bits * 1233 >> 12; }
+
+inline std::uint32_t digits_of(std::uint64_t number) {
+    const std::uint32_t fewest = fewest_digits(static_cast<std::uint32_t>(std::bit_width(number)));
+    return fewest + (number >= static_cast<std::uint64_t>(bifun::decimal_layout::powers_of_ten[fewest]) ? 1 : 0);
 }
 
-template <class Word> void drop_closing_zeros(Word& number, std::uint32_t& scale) {
+inline std::uint32_t digits_of(uint128 number) {
+    const auto high = static_cast<std::uint64_t>(number >> 64);
+    if (high == 0) {
+        return digits_of(static_cast<std::uint64_t>(number));
+    }
+    const std::uint32_t fewest = fewest_digits(static_cast<std::uint32_t>(64 + std::bit_width(high)));
+    return fewest + (number >= bifun::decimal_layout::powers_of_ten[fewest] ? 1 : 0);
+}
+
+template <class Word> struct scaled {
+    Word number;
+    std::uint32_t scale;
+};
+
+// The same value without zeros at the end of its fraction. Called, as most values have none.
+template <class Word> [[gnu::noinline]] scaled<Word> without_closing_zeros(scaled<Word> value) {
     const auto drop = [&](std::uint32_t count, Word power) {
-        if (scale >= count && number % power == 0) {
-            number /= power;
-            scale -= count;
+        if (value.scale >= count && value.number % power == 0) {
+            value.number /= power;
+            value.scale -= count;
         }
     };
-    if ((number & 1) == 0) { // what 10 divides, 2 divides
-        drop(8, 100'000'000);
-        drop(4, 10'000);
-        drop(2, 100);
-        drop(1, 10);
-        if (scale >= 8) { // more than 15 of them
-            while (scale > 0 && number % 10 == 0) {
-                number /= 10;
-                --scale;
-            }
+    drop(8, 100'000'000);
+    drop(4, 10'000);
+    drop(2, 100);
+    drop(1, 10);
+    if (value.scale >= 8) { // more than 15 of them
+        while (value.scale > 0 && value.number % 10 == 0) {
+            value.number /= 10;
+            --value.scale;
         }
     }
+    return value;
 }
 
 // number / 10^scale, below 10^38, with no more digits behind the point than it needs.
@@ -127,13 +142,18 @@ inline void read_host_decimal(int128 number, std::uint32_t scale, xdec& result) 
     }
     const std::uint32_t mark = negative ? XDEC_NEGATIVE : XDEC_POSITIVE;
     if (magnitude >> 64 == 0) {
-        auto word = static_cast<std::uint64_t>(magnitude);
-        drop_closing_zeros(word, scale);
-        decimal_layout::store_parts(result, decimal_layout::pack_head(mark, digits_of(word), scale, 0), word);
+        scaled<std::uint64_t> value{static_cast<std::uint64_t>(magnitude), scale};
+        if (value.number % 10 == 0) {
+            value = without_closing_zeros(value);
+        }
+        decimal_layout::store_parts(result, decimal_layout::pack_head(mark, digits_of(value.number), value.scale, 0), value.number);
         return;
     }
-    drop_closing_zeros(magnitude, scale);
-    decimal_layout::store_parts(result, decimal_layout::pack_head(mark, digits_of(magnitude), scale, 0), magnitude);
+    scaled<uint128> value{magnitude, scale};
+    if ((value.number & 1) == 0) { // what 10 divides, 2 divides
+        value = without_closing_zeros(value);
+    }
+    decimal_layout::store_parts(result, decimal_layout::pack_head(mark, digits_of(value.number), value.scale, 0), value.number);
 }
 
 // write_host_decimal where it is not one multiplication.
@@ -166,13 +186,18 @@ inline bool write_host_decimal(const xdec& value, std::uint32_t scale, int128& r
     constexpr std::uint32_t most_added = 18; // to at most twenty digits
     const uint128 own = coefficient(value);
     const std::uint32_t added = scale - value.bytes[scale_at] + value.bytes[exponent_at]; // or wraps
-    uint128 magnitude = 0;
+    uint128 magnitude;
     if (own >> 64 == 0 && added <= most_added && value.bytes[scale_at] <= scale) [[likely]] {
-        magnitude = own * static_cast<std::uint64_t>(powers_of_ten[added]);
-    } else if (!write_unusual_decimal(value, scale, magnitude)) {
-        return false;
+        magnitude = uint128{static_cast<std::uint64_t>(own)} * static_cast<std::uint64_t>(powers_of_ten[added]);
+    } else {
+        uint128 unusual = 0; // of its own: the usual one stays in registers
+        if (!write_unusual_decimal(value, scale, unusual)) {
+            return false;
+        }
+        magnitude = unusual;
     }
-    result = value.bytes[0] == XDEC_NEGATIVE ? -static_cast<int128>(magnitude) : static_cast<int128>(magnitude);
+    const uint128 sign = 0 - static_cast<uint128>(value.bytes[0] == XDEC_NEGATIVE); // all bits
+    result = static_cast<int128>((magnitude ^ sign) - sign);
     return true;
 }
 

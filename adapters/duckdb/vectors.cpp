@@ -144,6 +144,13 @@ void store_nulls(const bifun_column* results, std::span<const std::uint16_t> row
 
 template <class Store>
 bool for_each_result(const bifun_column& results, std::span<const std::uint16_t> rows, std::uint32_t row_count, const Store& store) {
+    if (results.no_nulls != 0 && rows.empty()) {
+        bool all = true;
+        for (std::uint32_t k = 0; k < row_count; ++k) {
+            all &= store(k, k);
+        }
+        return all;
+    }
     for (std::uint32_t k = 0; k < row_count; ++k) {
         if (results.data->null_flags[k] != 0 && !store(k, target_of(rows, k))) {
             return false;

@@ -149,6 +149,18 @@ void show_timestamp_with_zone(TimestampTz moment, const sql_function& function, 
 
 template <class T> const T& value_of(const binding::row_result& made) { return *static_cast<const T*>(made.column->data->values); }
 
+// Members of some built-ins give integers where others give doubles.
+double double_of(const binding::row_result& made) {
+    switch (made.type) {
+    case value_type::INT:
+        return value_of<std::int32_t>(made);
+    case value_type::BIGINT:
+        return static_cast<double>(value_of<std::int64_t>(made));
+    default:
+        return value_of<double>(made);
+    }
+}
+
 // Written in place: the few bytes that most numbers leave cost less than a copy.
 Datum make_numeric(const xdec& value) {
     auto* const result = static_cast<struct varlena*>(palloc(VARHDRSZ + most_numeric_bytes));
@@ -161,18 +173,23 @@ Datum make_numeric(const xdec& value) {
 bool is_plain(const char* bytes, std::size_t size) {
     constexpr std::uint64_t low_bits = 0x0101'0101'0101'0101;
     constexpr std::uint64_t high_bits = low_bits << 7;
-    std::uint64_t unusual = 0;
-    while (size >= sizeof unusual) {
+    const auto unusual_of = [](const char* at) {
         std::uint64_t word;
-        std::memcpy(&word, bytes, sizeof word);
-        unusual |= (word | (word - low_bits)) & high_bits;
-        bytes += sizeof word;
-        size -= sizeof word;
+        std::memcpy(&word, at, sizeof word);
+        return (word | (word - low_bits)) & high_bits;
+    };
+    std::uint64_t unusual = 0;
+    if (size < sizeof unusual) {
+        for (; size > 0; --size, ++bytes) {
+            unusual |= *bytes <= 0 ? 1U : 0U;
+        }
+        return unusual == 0;
     }
-    for (; size > 0; --size, ++bytes) {
-        unusual |= *bytes <= 0 ? 1U : 0U;
+    const char* const last = bytes + (size - sizeof unusual); // eight bytes that may overlap those before
+    for (; bytes < last; bytes += sizeof unusual) {
+        unusual |= unusual_of(bytes);
     }
-    return unusual == 0;
+    return (unusual | unusual_of(last)) == 0;
 }
 
 Datum make_text(const bifun_string& value, const sql_function& function) {
@@ -323,7 +340,7 @@ Datum make_datum(const binding::row_result& made, const sql_function& function) 
     case host_type::bigint:
         return Int64GetDatum(value_of<std::int64_t>(made));
     case host_type::double_precision:
-        return Float8GetDatum(value_of<double>(made));
+        return Float8GetDatum(double_of(made));
     case host_type::numeric:
         return make_numeric(value_of<xdec>(made));
     case host_type::date:

@@ -45,8 +45,9 @@ bool is_literal(const FmgrInfo& function, std::size_t position) {
     return position < static_cast<std::size_t>(list_length(arguments)) && IsA(list_nth(arguments, static_cast<int>(position)), Const);
 }
 
-// Makes the site of a call, which is kept as long as PostgreSQL keeps what it knows of the function.
-call_site* make_site(FmgrInfo& function) {
+// Makes the site of a call, which is kept as long as PostgreSQL keeps what it knows of the function. Not inlined: its room on the stack
+// would be that of every call.
+[[gnu::noinline]] call_site* make_site(FmgrInfo& function) {
     apply_settings();
     declaration declared;
     read_declaration(function.fn_oid, declared);

@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 
 #include <fmt/format.h>
 
@@ -62,7 +63,8 @@ double nanoseconds_per_row(duckdb_database& database, const char* expression, in
     return best;
 }
 
-void measure(const std::string& library, const std::string& extension, int repetitions) {
+// `wanted` is part of the calls that are measured.
+void measure(const std::string& library, const std::string& extension, int repetitions, std::string_view wanted) {
     const bifun::test::duckdb_pointer database = bifun::test::open_duckdb(library);
     run(*database, fmt::format("LOAD '{}'", extension));
     run(*database, "SET threads = 1");
@@ -72,6 +74,9 @@ void measure(const std::string& library, const std::string& extension, int repet
                                row_count));
     fmt::print("| In DuckDB, ns per row | bifun | DuckDB | |\n|---|---|---|---|\n");
     for (const measured_case& measured : cases) {
+        if (std::string_view(measured.in_bifun).find(wanted) == std::string_view::npos) {
+            continue;
+        }
         const double scan = nanoseconds_per_row(*database, measured.column, repetitions);
         const double ours = nanoseconds_per_row(*database, measured.in_bifun, repetitions) - scan;
         const double theirs = nanoseconds_per_row(*database, measured.in_duckdb, repetitions) - scan;
@@ -84,10 +89,10 @@ void measure(const std::string& library, const std::string& extension, int repet
 int main(int argc, char** argv) {
     try {
         if (argc < 3) {
-            fmt::print(stderr, "bifun_in_duckdb LIBDUCKDB.so bifun.duckdb_extension [REPETITIONS]\n");
+            fmt::print(stderr, "bifun_in_duckdb LIBDUCKDB.so bifun.duckdb_extension [REPETITIONS [PART_OF_CALL]]\n");
             return 1;
         }
-        measure(argv[1], argv[2], argc > 3 ? std::atoi(argv[3]) : 5);
+        measure(argv[1], argv[2], argc > 3 ? std::atoi(argv[3]) : 5, argc > 4 ? argv[4] : "");
     } catch (const std::exception& error) {
         fmt::print(stderr, "bifun_in_duckdb: {}\n", error.what());
         return 1;

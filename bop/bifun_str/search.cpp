@@ -55,6 +55,20 @@ bool may_reach_blanks(const needle& sought, const bifun_string& value) { return 
     }
 }
 
+// The same in well-formed texts, of a needle that begins with a character: as many characters are before it as begin there.
+void put_positions_by_characters(const looked_at_column& by, const dense_rows<bifun_string>& values, const std::uint32_t* offsets,
+                                 std::uint32_t count, std::int32_t* positions) {
+    for (std::uint32_t k = 0; k < count; ++k) {
+        const std::uint32_t offset = offsets[k];
+        if (offset <= longest_masked) {
+            const text_bytes<64> before(values[k].data, offset);
+            positions[k] = std::popcount(starts_of_well_formed(before, offset)) + 1;
+        } else if (offset != no_offset) {
+            put_position(by, values[k], offset, positions[k]);
+        }
+    }
+}
+
 [[gnu::noinline]] void look_at_block(const void* source, std::uint32_t first, std::uint32_t count, std::int32_t* positions) {
     const auto& by = *static_cast<const looked_at_column*>(source);
     std::uint32_t offsets[most_rows_per_block];
@@ -74,6 +88,9 @@ bool may_reach_blanks(const needle& sought, const bifun_string& value) { return 
         }
     } else {
         std::memset(positions, 0, count * sizeof(std::int32_t));
+        if (by.texts.known == known_texts::utf8 && !by.in_bytes && by.searched.sought.first < 0x80) {
+            return put_positions_by_characters(by, values, offsets, count, positions);
+        }
     }
     for (std::uint32_t k = 0; k < count; ++k) {
         if (offsets[k] != no_offset) {

@@ -19,7 +19,7 @@ constexpr const char* string_source_file = "bop/bifun_str";
 
 // How characters are told. For a kernel that has to know, an argument: texts_of(text), or fixed(text_operations_of_engine()) where nothing
 // is known of its text before a row is seen.
-struct text_operations {
+struct alignas(std::uint32_t) text_operations {
     bool ascii_is_single_byte; // so that nobody has to be asked about text of such bytes
     bool utf8_is_unicode;      // nor about short well-formed text; and bytes below 0x80 are characters anywhere
     known_texts known;         // of the kernel's text; of ASCII only where it is single-byte

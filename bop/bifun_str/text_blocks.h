@@ -151,8 +151,18 @@ inline bool shows_other_than_ascii(const bifun_column& column, std::uint32_t fir
     return false;
 }
 
+// Of a single row: a look at its text, if it is short, without what a block takes.
+inline known_texts know_text(const bifun_column& column, std::uint32_t row, known_texts told) {
+    const bifun_string& text = static_cast<const bifun_string*>(column.data->values)[row];
+    const bool has_value = column.no_nulls != 0 || column.data->null_flags[row] != 0;
+    return has_value && text.length <= longest_masked && is_ascii(text.data, text.length) ? known_texts::ascii : told;
+}
+
 inline known_texts know_texts(const bifun_column& column, std::uint32_t first, std::uint32_t count, bool utf8_is_unicode) {
     const known_texts told = told_texts(column, utf8_is_unicode);
+    if (count == 1 && column.selection == nullptr) {
+        return told == known_texts::ascii ? told : know_text(column, first, told);
+    }
     if (told == known_texts::ascii || (told == known_texts::utf8 && shows_other_than_ascii(column, first, count))) {
         return told;
     }

@@ -26,12 +26,26 @@ namespace bifun {
 
 template <class T> struct column_argument { const bifun_column* column; };
 
+// Records of 9 to 16 bytes are passed in registers, for which gcc writes them to memory in pieces and reads them back as words, and longer
+// ones are copied as words: a processor waits for that, some nanoseconds that a batch of one row feels. A record with this for its base is
+// made where it is needed, and copied member by member.
+template <bool wanted> struct made_in_place {};
+template <> struct made_in_place<true> {
+    made_in_place() = default;
+    made_in_place(const made_in_place& /*other*/) {} // NOLINT(modernize-use-equals-default): not trivial, which is what it is for
+    made_in_place& operator=(const made_in_place&) = default;
+    ~made_in_place() = default;
+};
+template <class T> using made_in_place_if_long = made_in_place<(sizeof(T) > sizeof(std::uint64_t))>;
+
 // A NULL constant has the value zero: what its record holds is garbage, and must not reach a result.
-template <class T> struct constant_argument {
+template <class T> struct constant_argument : made_in_place_if_long<T> {
     T value;
     bool present;
+
+    constant_argument() : value(), present() {}
+    constant_argument(const T& value, bool present) : value(value), present(present) {}
 };
-template <class T> constant_argument(T, bool) -> constant_argument<T>;
 
 template <class T> struct fixed_argument { T value; };
 template <class T> fixed_argument<T> fixed(T value) { return {value}; }
@@ -55,9 +69,14 @@ template <class T> struct derived_argument {
 
 template <value_type type> column_argument<stored<type>> argument(column_of<type> given) { return {given.column}; }
 
+// What these make of a record is written where it stays, without a copy.
 template <value_type type> constant_argument<stored<type>> argument(constant_of<type> given) {
-    const bool present = given.record->not_null != 0;
-    return {present ? given.record->value : stored<type>{}, present};
+    constant_argument<stored<type>> made;
+    made.present = given.record->not_null != 0;
+    if (made.present) {
+        made.value = given.record->value;
+    }
+    return made;
 }
 
 // The bytes of a constant lie in its record up to the inline length, else behind its pointer.
@@ -67,16 +86,21 @@ inline bifun_string string_of(const bifun_string_constant& record, std::uint32_t
     return {record.length, trailing_blanks, record.length > BIFUN_INLINE_LENGTH ? record.data : inline_bytes};
 }
 
+inline constant_argument<bifun_string> string_argument(const bifun_string_constant& record, std::uint32_t trailing_blanks) {
+    constant_argument<bifun_string> made;
+    made.present = record.not_null != 0;
+    if (made.present) {
+        made.value = string_of(record, trailing_blanks);
+    }
+    return made;
+}
+
 inline constant_argument<bifun_string> argument(constant_of<VARCHAR> given) {
-    const bool present = given.record->not_null != 0;
-    return {present ? string_of(*given.record, given.record->trailing_blanks) : bifun_string{}, present};
+    return string_argument(*given.record, given.record->trailing_blanks);
 }
 
 // The third word of a binary constant has no meaning.
-inline constant_argument<bifun_string> argument(constant_of<VARBINARY> given) {
-    const bool present = given.record->not_null != 0;
-    return {present ? string_of(*given.record, 0) : bifun_string{}, present};
-}
+inline constant_argument<bifun_string> argument(constant_of<VARBINARY> given) { return string_argument(*given.record, 0); }
 
 template <class T> struct column_or_constant {
     const bifun_column* column; // null for a constant
@@ -191,10 +215,12 @@ inline void fetch_ahead(const dense_rows<bifun_string>& rows, std::uint32_t k) {
     __builtin_prefetch(reinterpret_cast<const void*>(reinterpret_cast<std::uintptr_t>(rows[k].data) + distance));
 }
 
-template <class T> struct constant_rows {
+template <class T> struct constant_rows : made_in_place_if_long<T> {
     using value_type = T;
     T value;
     bool present;
+
+    constant_rows(const T& value, bool present) : value(value), present(present) {}
 
     [[nodiscard]] bool has_value(std::uint32_t) const { return present; }
     const T& operator[](std::uint32_t) const { return value; }

@@ -322,7 +322,8 @@ template <auto is_usual, auto usual_kernel, auto kernel, class Results, class Re
     const bool no_nulls = (has_no_nulls(arguments) && ...);
     batch.result->no_nulls = no_null_flag<kernel>(arguments...);
     const auto block = [&](std::uint32_t first, std::uint32_t count, const auto&... rows) {
-        const std::uint32_t unusual = count_unusual<is_usual>(count, no_nulls, rows...);
+        // One row is not worth the passes.
+        const std::uint32_t unusual = count == 1 ? 1 : count_unusual<is_usual>(count, no_nulls, rows...);
         if (unusual > count / 2) {
             return evaluate_block<kernel, no_checks, Results>(batch, first, count, no_nulls, rows...);
         }

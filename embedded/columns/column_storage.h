@@ -36,6 +36,9 @@ void clear_column(column_storage& column);
 // takes it back.
 void tell_texts(column_storage& column, std::uint32_t row_count);
 
+// Has it tell what the caller knows: ZQ_TEXTS_ANY, ZQ_TEXTS_UTF8 or ZQ_TEXTS_ASCII.
+void set_known_texts(column_storage& column, std::int32_t known);
+
 // Ends the process with a message unless a column of create_column has this data, or a copy of it. The operations that need such a column
 // ask where BIFUN_CHECK_COLUMNS is defined, which it is in debug builds and under sanitizers.
 void require_own_column(const bifun_column_data* data, const char* operation);

@@ -17,9 +17,9 @@ bool is_ascii(const bifun_string& text) {
     return bits < 0x80;
 }
 
-int known_of(const column_storage& column, std::uint32_t row_count) {
+std::int32_t known_of(const column_storage& column, std::uint32_t row_count) {
     const auto* const texts = values_of<bifun_string>(column);
-    int known = ZQ_TEXTS_ASCII;
+    std::int32_t known = ZQ_TEXTS_ASCII;
     for (std::uint32_t row = 0; row < row_count; ++row) {
         if (column.data.null_flags[row] == 0 || is_ascii(texts[row])) {
             continue;
@@ -34,10 +34,11 @@ int known_of(const column_storage& column, std::uint32_t row_count) {
 
 } // namespace
 
-void tell_texts(column_storage& column, std::uint32_t row_count) {
+void tell_texts(column_storage& column, std::uint32_t row_count) { set_known_texts(column, known_of(column, row_count)); }
+
+void set_known_texts(column_storage& column, std::int32_t known) {
     // A number in the place of a pointer.
-    column.data.engine_word =
-        reinterpret_cast<void*>(static_cast<std::uintptr_t>(known_of(column, row_count))); // NOLINT(performance-no-int-to-ptr)
+    column.data.engine_word = reinterpret_cast<void*>(static_cast<std::uintptr_t>(known)); // NOLINT(performance-no-int-to-ptr)
 }
 
 } // namespace zqengine

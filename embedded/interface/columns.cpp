@@ -120,7 +120,11 @@ void zqengine_column_prepare(bifun_column* column, uint32_t row_count) {
     column_storage& storage = storage_of(column->data);
     zqengine::clear_column(storage);
     if (bifun::is_string(storage.type)) {
-        std::memset(storage.data.values, 0, sizeof(bifun_string) * row_count);
+        if (row_count == 1) { // for which a call of memset takes longer
+            *zqengine::values_of<bifun_string>(storage) = {};
+        } else {
+            std::memset(storage.data.values, 0, sizeof(bifun_string) * row_count);
+        }
     }
     // A function may clear this flag only, and leave it otherwise.
     column->no_nulls = 1;
@@ -131,6 +135,14 @@ void zqengine_column_tell_texts(bifun_column* column, uint32_t row_count) {
     column_storage& storage = storage_of(column->data);
     if (storage.type == value_type::VARCHAR) {
         zqengine::tell_texts(storage, std::min(row_count, storage.capacity));
+    }
+}
+
+void zqengine_column_set_known_texts(bifun_column* column, int32_t known) {
+    check_column(column->data, __func__);
+    column_storage& storage = storage_of(column->data);
+    if (storage.type == value_type::VARCHAR) {
+        zqengine::set_known_texts(storage, known);
     }
 }
 

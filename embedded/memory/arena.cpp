@@ -8,17 +8,9 @@
 
 namespace zqengine {
 
-// The bytes of a block follow its record, aligned like it.
-struct alignas(16) arena_block {
-    arena_block* older;
-    std::size_t size;
-};
-
 namespace {
 
 constexpr std::size_t first_block_size = std::size_t{4} << 10;
-
-std::uint8_t* bytes_of(arena_block* block) { return reinterpret_cast<std::uint8_t*>(block + 1); }
 
 // Doubling without end: what arena_clear and arena_free_to keep is the largest block while memory lasts, and after a few rounds a whole
 // round fits in it.
@@ -61,8 +53,6 @@ void arena_free_to(arena& target, arena_mark mark) {
     }
     target.top = bytes_of(kept);
 }
-
-void arena_clear(arena& target) { arena_free_to(target, {nullptr, nullptr}); }
 
 void arena_release(arena& target) {
     while (target.newest != nullptr) {

@@ -10,7 +10,13 @@
 
 namespace zqengine {
 
-struct arena_block;
+// The bytes of a block follow its record, aligned like it.
+struct alignas(16) arena_block {
+    arena_block* older;
+    std::size_t size;
+};
+
+inline std::uint8_t* bytes_of(arena_block* block) { return reinterpret_cast<std::uint8_t*>(block + 1); }
 
 // Begin with all members zero. Bytes are taken from `top`, by the library itself where they become strings of a result; where they do not
 // fit, a larger block is added in front of the list.
@@ -44,7 +50,13 @@ inline arena_mark arena_top(const arena& target) { return {target.newest, target
 void arena_free_to(arena& target, arena_mark mark);
 
 // Forgets everything taken but keeps the newest block, mostly the largest, so that a steady load stops allocating.
-void arena_clear(arena& target);
+inline void arena_clear(arena& target) {
+    if (target.newest != nullptr && target.newest->older == nullptr) [[likely]] {
+        target.top = bytes_of(target.newest);
+    } else {
+        arena_free_to(target, {nullptr, nullptr});
+    }
+}
 
 // Releases all memory; the arena is as at the beginning.
 void arena_release(arena& target);

@@ -187,6 +187,8 @@ TEST(Interface, ColumnsTellWhatTheirTextsAre) {
     EXPECT_EQ(told(), ZQ_TEXTS_UTF8) << "NULL is no text";
     zqengine_column_prepare(column.get(), 1);
     EXPECT_EQ(column->data->engine_word, nullptr);
+    zqengine_column_set_known_texts(column.get(), ZQ_TEXTS_UTF8);
+    EXPECT_EQ(reinterpret_cast<std::uintptr_t>(column->data->engine_word), ZQ_TEXTS_UTF8);
 }
 
 TEST(Interface, TextThatDoesNotFitTellsItsLength) {
