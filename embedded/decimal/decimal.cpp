@@ -2,6 +2,7 @@
 #include "engine/decimal.h"
 
 #include <algorithm>
+#include <bit>
 #include <charconv>
 #include <cmath>
 #include <iterator>
@@ -9,6 +10,7 @@
 #include "bop/frame/status.h"
 #include "embedded/decimal/decimal_parts.h"
 #include "embedded/decimal/digits.h"
+#include "embedded/decimal/nearest_double.h"
 
 namespace zqengine {
 
@@ -59,6 +61,14 @@ std::int32_t first_digit_at(const xdec& value) { return std::int32_t{value.bytes
         coefficient_b *= powers_of_ten[digits_a - digits_b];
     }
     return order(coefficient_a, coefficient_b) * sign;
+}
+
+// The bits of the nearest double, or 0.
+std::uint64_t nearest_bits(const decimal_parts& parts) {
+    if (parts.coefficient >= ten_to_19) {
+        return nearest_double_bits(parts.coefficient, -parts.scale, true);
+    }
+    return parts.coefficient != 0 ? nearest_double_bits(static_cast<std::uint64_t>(parts.coefficient), -parts.scale) : 0;
 }
 
 } // namespace
@@ -168,6 +178,8 @@ double xdec_to_double(const xdec* value) {
     double magnitude;
     if (parts.coefficient < std::uint64_t{1} << 53 && parts.scale >= 0 && parts.scale <= max_exact_power) {
         magnitude = static_cast<double>(static_cast<std::uint64_t>(parts.coefficient)) / exact_powers[parts.scale];
+    } else if (const std::uint64_t bits = nearest_bits(parts); bits != 0) {
+        magnitude = std::bit_cast<double>(bits);
     } else {
         char text[digit_room + 8];
         char* const digits_end = text + digit_room;

@@ -1,0 +1,57 @@
+// SPDX-License-Identifier: Apache-2.0
+// The double that is nearest to w x 10^k. Of the power the table has the first 128 bits, rounded up by less than one of them: the product
+// with w, as a number of 128 bits and what it loses, is within one of the exact one. So the 53 bits that a double keeps of it are rounded
+// the right way unless those behind them are one half to the last bit.
+#ifndef BIFUN_EMBEDDED_DECIMAL_NEAREST_DOUBLE_H
+#define BIFUN_EMBEDDED_DECIMAL_NEAREST_DOUBLE_H
+
+#include <bit>
+#include <cstdint>
+
+#include "embedded/decimal/decimal_parts.h"
+#include "embedded/decimal/powers_of_ten.h"
+
+namespace zqengine {
+
+// The bits of the double that is nearest to number x 2^exponent x 10^power, where the number has its uppermost bit set. 0 where this way
+// does not tell: at both ends of the doubles, and next to the middle of two of them.
+inline std::uint64_t nearest_double_bits(std::uint64_t number, std::int32_t exponent, std::int32_t power) {
+    constexpr uint128 half = uint128{1} << 127;
+    constexpr std::int32_t greatest_biased = 2045; // one more could be rounded up to infinity
+    const power_of_ten& factor = rounded_up_power(power);
+    const uint128 low = uint128{factor.low} * number;
+    const uint128 product = uint128{factor.high} * number + static_cast<std::uint64_t>(low >> 64);
+    const auto top = static_cast<std::uint32_t>(product >> 127);
+    const std::uint32_t shift = 74 + top;
+    const auto significand = static_cast<std::uint64_t>(product >> shift); // 53 bits
+    const uint128 behind = product << (128 - shift);
+    auto up = static_cast<std::uint64_t>(behind >> 127);
+    if (behind == half) [[unlikely]] {
+        if (power < 0 || power > last_exact_power) {
+            return 0;
+        }
+        up = static_cast<std::uint64_t>(low) != 0 ? 1 : significand & 1;
+    }
+    const std::int32_t biased = 1086 + static_cast<std::int32_t>(top) + binary_logarithm(power) + exponent;
+    if (biased < 1 || biased > greatest_biased) [[unlikely]] {
+        return 0;
+    }
+    // The uppermost bit of the significand adds the one that the exponent lacks.
+    return (static_cast<std::uint64_t>(biased - 1) << 52) + significand + up;
+}
+
+// The same of number x 10^power. The number is above 0.
+inline std::uint64_t nearest_double_bits(std::uint64_t number, std::int64_t power) {
+    const std::int32_t zeros = std::countl_zero(number);
+    return power < least_power_of_ten || power > greatest_power_of_ten
+               ? 0
+               : nearest_double_bits(number << zeros, -zeros, static_cast<std::int32_t>(power));
+}
+
+// The same of coefficient x 10^power, or, where it is not exact, of what is above that and below (coefficient + 1) x 10^power. The
+// coefficient is at least 10^19.
+std::uint64_t nearest_double_bits(uint128 coefficient, std::int64_t power, bool is_exact);
+
+} // namespace zqengine
+
+#endif
