@@ -5,12 +5,25 @@
 #include "embedded/decimal/decimal_parts.h"
 #include "embedded/decimal/digits.h"
 #include "embedded/decimal/number_scan.h"
+#include "embedded/decimal/plain_number.h"
 #include "engine/decimal.h"
 #include "layouts/decimal_text.h"
 
 namespace zqengine {
 
 namespace {
+
+[[gnu::noinline]] std::int32_t read_scanned(text_span text, xdec& result) {
+    scanned_number number = scan_number(text);
+    if (!number.is_number) {
+        return BIFUN_UNUSABLE_TEXT;
+    }
+    settle(number.digits);
+    return make_decimal(&result, {.coefficient = number.digits.coefficient,
+                                  .scale = number.scale - static_cast<std::int64_t>(number.digits.dropped),
+                                  .negative = number.negative,
+                                  .half = number.digits.half});
+}
 
 // memcpy for at most 48 bytes, without a call.
 void copy_digits(char* destination, const char* source, std::size_t count) {
@@ -37,15 +50,12 @@ void copy_digits(char* destination, const char* source, std::size_t count) {
 using namespace zqengine;
 
 int32_t xdec_from_char(const uint8_t* characters, uint32_t length, xdec* result) {
-    scanned_number number = scan_number({.begin = characters, .end = characters + length});
-    if (!number.is_number) {
-        return BIFUN_UNUSABLE_TEXT;
-    }
-    settle(number.digits);
-    return make_decimal(result, {.coefficient = number.digits.coefficient,
-                                 .scale = number.scale - static_cast<std::int64_t>(number.digits.dropped),
-                                 .negative = number.negative,
-                                 .half = number.digits.half});
+    return with_plain_number(characters, length, [=](const plain_number& plain) {
+        if (!plain.is_plain) [[unlikely]] {
+            return read_scanned({.begin = characters, .end = characters + length}, *result);
+        }
+        return make_decimal(result, {.coefficient = plain.digits, .scale = plain.scale, .negative = plain.negative, .half = false});
+    });
 }
 
 int32_t xdec_to_char_with_zero(const xdec* value, char* buffer, uint32_t buffer_size, int32_t reserved_1, int32_t reserved_2,

@@ -29,10 +29,14 @@ inline std::uint64_t load_8(text_span text, const std::uint8_t* next) {
     } else if (left > 0 && text.end - text.begin >= 8) {
         std::memcpy(&word, text.end - 8, sizeof word);
         word >>= 64 - 8 * left;
-    } else {
-        for (std::ptrdiff_t i = 0; i < left; ++i) {
-            word |= std::uint64_t{next[i]} << 8 * i;
-        }
+    } else if (left >= 4) {
+        std::uint32_t first = 0;
+        std::uint32_t last = 0;
+        std::memcpy(&first, next, sizeof first);
+        std::memcpy(&last, text.end - sizeof last, sizeof last);
+        word = first | std::uint64_t{last} << (8 * left - 32);
+    } else if (left > 0) {
+        word = next[0] | std::uint64_t{next[left / 2]} << 8 * (left / 2) | std::uint64_t{text.end[-1]} << (8 * left - 8);
     }
     return word;
 }

@@ -8,6 +8,7 @@
 #include "bop/frame/status.h"
 #include "embedded/decimal/nearest_double.h"
 #include "embedded/decimal/number_scan.h"
+#include "embedded/decimal/plain_number.h"
 #include "engine/number_format.h"
 
 namespace zqengine {
@@ -16,13 +17,13 @@ namespace {
 
 // The bits of the double that is nearest to what the digits say, or 0 where that is not told. Their integer is above 0.
 std::uint64_t nearest_bits(const scanned_number& number) {
-    const std::int64_t power = static_cast<std::int64_t>(number.digits.dropped) - number.scale;
+    const std::int64_t scale = number.scale - static_cast<std::int64_t>(number.digits.dropped);
     if (number.digits.coefficient == 0) {
-        return nearest_double_bits(number.digits.pending, power);
+        return nearest_double_bits(number.digits.pending, scale);
     }
     digit_reader digits = number.digits;
     settle(digits);
-    return nearest_double_bits(digits.coefficient, power, digits.dropped == 0);
+    return nearest_double_bits(digits.coefficient, scale, digits.dropped == 0);
 }
 
 // By the standard library, which reads any number of digits. The text is a number.
@@ -60,17 +61,10 @@ bool equal_ignoring_case(std::string_view text, std::string_view lower) {
     return BIFUN_OK;
 }
 
-} // namespace
-
-} // namespace zqengine
-
-using namespace zqengine;
-
-int32_t zq_char2dou(const uint8_t* characters, uint32_t length, double* result) {
-    const text_span text{.begin = characters, .end = characters + length};
+[[gnu::noinline]] std::int32_t read_scanned(text_span text, double& result) {
     const scanned_number number = scan_number(text);
     if (!number.is_number) {
-        return read_name(text, *result);
+        return read_name(text, result);
     }
     double magnitude = 0;
     if (number.digits.digits != 0) {
@@ -81,6 +75,23 @@ int32_t zq_char2dou(const uint8_t* characters, uint32_t length, double* result) 
             return status;
         }
     }
-    *result = number.negative ? -magnitude : magnitude;
+    result = number.negative ? -magnitude : magnitude;
     return BIFUN_OK;
+}
+
+} // namespace
+
+} // namespace zqengine
+
+using namespace zqengine;
+
+int32_t zq_char2dou(const uint8_t* characters, uint32_t length, double* result) {
+    return with_plain_number(characters, length, [=](const plain_number& plain) {
+        const std::uint64_t bits = plain.is_plain && plain.digits != 0 ? nearest_double_bits(plain.digits, plain.scale) : 0;
+        if (bits == 0) [[unlikely]] {
+            return read_scanned({.begin = characters, .end = characters + length}, *result);
+        }
+        *result = std::bit_cast<double>(bits | std::uint64_t{plain.negative} << 63);
+        return std::int32_t{BIFUN_OK};
+    });
 }
