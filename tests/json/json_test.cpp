@@ -633,7 +633,12 @@ TEST(JsonCharset, IsThatOfTheDatabase) {
     EXPECT_EQ(parse("[\"\xB0\"]"), JSON_INVALID_TEXT);
     EXPECT_EQ(query(R"(["\uac00", "\u00ff"])", "$[*] ? (@ == \"\xB0\xA1\")"), R"(["\uac00"])");
     EXPECT_EQ(query("1", R"("\uac00")"), "[\"\xB0\xA1\"]");
-    EXPECT_EQ(query("1", R"("\u00ff")"), std::to_string(JSON_NO_CHARACTER));
+    EXPECT_EQ(query("[\"\xA2\xE6\"]", R"($[*] ? (@ == "\u20ac"))"), "[\"\xA2\xE6\"]");
+    EXPECT_EQ(parse("[\"\xC9\xA1\"]"), JSON_INVALID_TEXT);
+    EXPECT_EQ(parse("[\"\x81\x41\"]"), JSON_INVALID_TEXT);
+    for (const char* const path : {R"("\u00ff")", R"("\uac02")", R"("\ue000")", R"("\u0080")"}) {
+        EXPECT_EQ(query("1", path), std::to_string(JSON_NO_CHARACTER)) << path;
+    }
 }
 
 TEST(JsonNumbers, AreComparedExactly) {
