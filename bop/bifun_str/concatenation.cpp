@@ -36,32 +36,44 @@ status concatenation(const bifun_string& a, const bifun_string& b, string_room& 
     return take_text(room, b == nullptr ? *a : *b);
 }
 
-template <class A, class B> status concat(batch_of<VARCHAR> batch, A a, B b) {
+// A function of its own, as evaluate_block is. `some_null` is set where a row is NULL.
+template <class A, class B>
+[[gnu::flatten, gnu::noinline]] status concat_block(const batch& batch, std::uint32_t first, std::uint32_t count, bool& some_null,
+                                                    const A a_rows, const B b_rows) {
     built_strings<string_room> results(batch);
-    batch.result->no_nulls = 1;
-    const auto concatenate = [&](std::uint32_t first, std::uint32_t count, const auto& a_rows, const auto& b_rows) -> status {
-        std::uint8_t* const flags = null_flags(batch) + first;
-        for (std::uint32_t k = 0; k < count; ++k) {
-            const bool a_is_present = a_rows.has_value(k);
-            const bool b_is_present = b_rows.has_value(k);
-            flags[k] = a_is_present || b_is_present ? 1 : 0;
-            if (flags[k] == 0) {
-                batch.result->no_nulls = 0;
-                continue;
-            }
-            const status outcome = results.row(first + k, [&](string_room& room) {
-                return a_is_present && b_is_present
-                           ? concatenation(a_rows[k], b_rows[k], room)
-                           : present_part(a_is_present ? &a_rows[k] : nullptr, b_is_present ? &b_rows[k] : nullptr, room);
+    std::uint8_t* const flags = null_flags(batch) + first;
+    status outcome = BIFUN_OK;
+    for (std::uint32_t k = 0; k < count && outcome == BIFUN_OK; ++k) {
+        fetch_ahead(a_rows, k);
+        fetch_ahead(b_rows, k);
+        const bool a_is_present = a_rows.has_value(k);
+        const bool b_is_present = b_rows.has_value(k);
+        flags[k] = a_is_present || b_is_present ? 1 : 0;
+        if (a_is_present && b_is_present) [[likely]] {
+            outcome = results.row(first + k, [&](string_room& room) { return concatenation(a_rows[k], b_rows[k], room); });
+        } else if (flags[k] == 0) {
+            some_null = true;
+        } else {
+            outcome = results.row(first + k, [&](string_room& room) {
+                return present_part(a_is_present ? &a_rows[k] : nullptr, b_is_present ? &b_rows[k] : nullptr, room);
             });
-            if (outcome < BIFUN_OK) {
-                flags[k] = 0;
-                return outcome;
-            }
         }
-        return BIFUN_OK;
+        if (outcome < BIFUN_OK) [[unlikely]] {
+            flags[k] = 0;
+        }
+    }
+    results.finish();
+    return outcome;
+}
+
+template <class A, class B> status concat(batch_of<VARCHAR> batch, A a, B b) {
+    bool some_null = false;
+    const auto block = [&](std::uint32_t first, std::uint32_t count, const auto&... rows) {
+        return concat_block(batch, first, count, some_null, rows...);
     };
-    return stop_at_failure(batch, for_each_block(batch.row_count, concatenate, argument(a), argument(b)));
+    const status outcome = for_each_block(batch.row_count, block, argument(a), argument(b));
+    batch.result->no_nulls = some_null ? 0 : 1;
+    return stop_at_failure(batch, outcome);
 }
 
 // ---- REPEAT and SPACE --------------------------------------------------------------------------------------------------------

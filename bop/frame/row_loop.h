@@ -198,6 +198,7 @@ status evaluate_one_by_one(const batch& batch, Results& results, std::uint32_t f
                            const Rows&... rows) {
     std::uint8_t* const flags = null_flags(batch) + first;
     for (std::uint32_t k = begin; k < end; ++k) {
+        (fetch_ahead(rows, k), ...);
         if (!no_nulls && !all_have_values(k, rows...)) {
             flags[k] = 0;
             continue;

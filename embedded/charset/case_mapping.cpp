@@ -96,8 +96,27 @@ template <class Charset> void add_first_specials(case_mapping<Charset>& mapping,
     }
 }
 
+void fill_words(case_mapping<utf8>& mapping) {
+    constexpr std::uint32_t surrogates = 0x800;
+    for (const full_case to : {full_case::upper, full_case::lower}) {
+        const auto& mapped = mapping.mapped[static_cast<std::size_t>(to)];
+        const letter_case of_ascii = to == full_case::upper ? letter_case::upper : letter_case::lower;
+        for (std::uint32_t code_point = 0; code_point < utf8::ranks; ++code_point) {
+            const std::uint32_t becomes =
+                code_point < 0x80 ? fold_ascii(static_cast<std::uint8_t>(code_point), of_ascii) : mapped[code_point];
+            std::uint8_t bytes[4]{};
+            if (becomes - case_mapping<utf8>::first_special >= surrogates) {
+                bytes[3] = static_cast<std::uint8_t>(utf8::rank_length(becomes));
+                utf8::write(becomes, bytes, bytes[3]);
+                bytes[0] = becomes < 0x80 ? static_cast<std::uint8_t>(becomes) : bytes[0];
+            }
+            std::memcpy(&mapping.words[static_cast<std::size_t>(to)][code_point], bytes, sizeof bytes);
+        }
+    }
+}
+
 // Without the converter, which is part of ICU, no character has another case.
-template <class Charset> bool fill(case_mapping<Charset>& mapping) {
+template <class Charset> void fill_mapped(case_mapping<Charset>& mapping) {
     for (auto& of_case : mapping.mapped) {
         for (std::uint32_t rank = 0; rank < Charset::ranks; ++rank) {
             of_case[rank] = static_cast<std::uint16_t>(rank);
@@ -105,7 +124,7 @@ template <class Charset> bool fill(case_mapping<Charset>& mapping) {
     }
     UConverter* const converter = open_unicode_converter(Charset{});
     if (converter == nullptr) {
-        return false;
+        return;
     }
     UErrorCode status = U_ZERO_ERROR;
     UBreakIterator* const characters = ubrk_open(UBRK_CHARACTER, "", nullptr, 0, &status);
@@ -125,6 +144,13 @@ template <class Charset> bool fill(case_mapping<Charset>& mapping) {
     }
     ubrk_close(characters);
     ucnv_close(converter);
+}
+
+template <class Charset> bool fill(case_mapping<Charset>& mapping) {
+    fill_mapped(mapping);
+    if constexpr (Charset::rank_is_code_point) {
+        fill_words(mapping);
+    }
     return true;
 }
 

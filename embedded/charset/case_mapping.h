@@ -27,6 +27,9 @@ template <class Charset> struct case_mapping {
 
     // By the rank of a character, the rank of what it becomes.
     std::array<std::array<std::uint16_t, Charset::ranks>, 3> mapped;
+    // Of utf8, by code point, in upper and in lower case: the bytes of what it becomes, the first one the lowest, and in the highest byte
+    // how many these are. 0 for surrogates and what has a special mapping.
+    std::array<std::array<std::uint32_t, Charset::rank_is_code_point ? Charset::ranks : 0>, 2> words;
     std::array<special_mapping, most_specials> specials;
     std::uint32_t special_count;
 };

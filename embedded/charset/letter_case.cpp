@@ -3,6 +3,7 @@
 
 #include <unicode/uchar.h>
 
+#include <algorithm>
 #include <cstring>
 
 #include "embedded/charset/case_mapping.h"
@@ -87,6 +88,40 @@ template <class Charset> found_dot dot_of_i(const std::uint8_t* text, std::uint3
         offset += character.length;
     }
     return {0, 0};
+}
+
+// ---- UTF-8 without branches: which characters follow which is nothing that a processor could foresee ----
+
+// How to read a character of up to three bytes, by the upper half of its first one. Where that begins none, no bytes fit.
+struct utf8_form {
+    std::uint32_t bits; // of the first byte that belong to the code point
+    std::uint32_t shift;
+    std::uint32_t least; // code point
+    std::uint32_t continuing_mask;
+    std::uint32_t continuing;
+};
+
+constexpr utf8_form one_byte{0x7F, 12, 0, 0, 0};
+constexpr utf8_form two_bytes{0x1F, 6, 0x80, 0xC000, 0x8000};
+constexpr utf8_form three_bytes{0x0F, 0, 0x800, 0xC0C000, 0x808000};
+constexpr utf8_form other_bytes{0, 0, 0, 0, 1};
+constexpr utf8_form utf8_forms[16] = {one_byte,    one_byte,    one_byte,    one_byte,    one_byte,  one_byte,  one_byte,    one_byte,
+                                      other_bytes, other_bytes, other_bytes, other_bytes, two_bytes, two_bytes, three_bytes, other_bytes};
+
+// By the upper half of the first byte, in a number of its own: where the next character begins is what the next step waits for.
+constexpr std::uint32_t utf8_length(std::uint32_t first_byte) {
+    constexpr std::uint64_t lengths = 0x1322'1111'1111'1111;
+    return static_cast<std::uint32_t>(lengths >> (first_byte >> 2 & 0x3C)) & 0xF;
+}
+
+constexpr std::uint32_t utf8_word_length = 4;
+
+// The bytes from a place on as a number, the first one the lowest; zeros behind the text, which has as many bytes at least.
+inline std::uint32_t utf8_word_at(const std::uint8_t* text, std::uint32_t length, std::uint32_t offset) {
+    const std::uint32_t begin = std::min(offset, length - utf8_word_length);
+    std::uint32_t word;
+    std::memcpy(&word, text + begin, utf8_word_length);
+    return word >> (8 * (offset - begin));
 }
 
 // A text on its way into another case.
@@ -182,26 +217,60 @@ template <class Charset> struct case_change {
         }
     }
 
+    std::uint32_t change_next(std::uint32_t offset, full_case to) {
+        const located_character character = character_at<Charset>(text + offset, length - offset);
+        change(character, offset, to);
+        return character.length;
+    }
+
+    // The characters that begin before `end`. The result has room for four bytes behind what is written, as NLS_CASE_GROWTH gives as many
+    // for every byte of the text.
+    std::uint32_t change_by_words(std::uint32_t offset, std::uint32_t end, full_case to) {
+        const std::uint32_t* const words = mapping.words[static_cast<std::size_t>(to)].data();
+        const std::uint8_t* const from = text;
+        const std::uint32_t text_length = length;
+        std::uint8_t* next = written; // in a register: as a member it might be among the bytes that are written
+        while (offset < end) {
+            const std::uint32_t word = utf8_word_at(from, text_length, offset);
+            const utf8_form& form = utf8_forms[(word & 0xFF) >> 4];
+            const std::uint32_t code_point = ((word & form.bits) << 12 | (word >> 8 & 0x3F) << 6 | (word >> 16 & 0x3F)) >> form.shift;
+            const std::uint32_t becomes = words[code_point];
+            const bool is_usual = static_cast<int>((word & form.continuing_mask) == form.continuing) &
+                                  static_cast<int>(code_point >= form.least) & static_cast<int>(becomes != 0);
+            if (!is_usual) [[unlikely]] {
+                written = next;
+                offset += change_next(offset, to);
+                next = written;
+                continue;
+            }
+            std::memcpy(next, &becomes, sizeof becomes);
+            next += becomes >> 24;
+            offset += utf8_length(word & 0xFF);
+        }
+        written = next;
+        return offset;
+    }
+
     // All characters in one case; blocks of ASCII at once.
     void change_all(full_case to) {
         const letter_case of_ascii = to == full_case::upper ? letter_case::upper : letter_case::lower;
         for (std::uint32_t offset = 0; offset < length;) {
-            if (is_turkic) {
-                const located_character character = character_at<Charset>(text + offset, length - offset);
-                change(character, offset, to);
-                offset += character.length;
-            } else if (text[offset] >= 0x80) {
-                const std::uint32_t character_length = Charset::length_of(text + offset, length - offset);
-                character_length > 1 ? change_character(offset, character_length, to) : copy(text + offset, 1);
-                offset += character_length;
-            } else if (const byte_block block = length - offset >= block_length ? load_block(text + offset) : repeated(0x80);
-                       is_ascii(block)) {
+            const std::uint32_t ahead = std::min(length - offset, block_length);
+            if (const byte_block block = ahead == block_length ? load_block(text + offset) : repeated(0x80);
+                !is_turkic && is_ascii(block)) {
                 store_block(written, fold_ascii(block, of_ascii));
                 written += block_length;
                 offset += block_length;
-            } else {
-                *written++ = fold_ascii(text[offset], of_ascii);
-                ++offset;
+                continue;
+            }
+            if constexpr (Charset::rank_is_code_point) {
+                if (!is_turkic && length >= utf8_word_length) {
+                    offset = change_by_words(offset, offset + ahead, to);
+                    continue;
+                }
+            }
+            for (const std::uint32_t end = offset + ahead; offset < end;) {
+                offset += change_next(offset, to);
             }
         }
     }
