@@ -47,16 +47,23 @@ constexpr word_number number_of(std::string_view word) {
     return number;
 }
 
+// The first letter as a bit.
+constexpr std::uint32_t initial_of(std::string_view word) {
+    return word.empty() ? 0 : std::uint32_t{1} << (static_cast<std::uint8_t>(word[0]) & 31);
+}
+
 // A number by its names in upper case; the first is the one to show.
 struct keyword {
     std::int32_t code;
     std::string_view names;
     word_number numbers[8] = {}; // of the names, zeros behind
+    std::uint32_t initials = 0;  // as bits, so that most keywords are passed over at once
 
     constexpr keyword(std::int32_t meant, std::string_view all) : code(meant), names(all) {
         for (word_number& number : numbers) {
             const std::string_view name = all.substr(0, all.find(' '));
             number = number_of(name);
+            initials |= initial_of(name);
             all.remove_prefix(name.size() == all.size() ? name.size() : name.size() + 1);
         }
     }
@@ -76,7 +83,11 @@ struct keyword_list {
 // Null where the list has no such name. `name` is in upper case.
 constexpr const keyword* find_keyword(const keyword_list& list, std::string_view name) {
     const word_number wanted = number_of(name);
+    const std::uint32_t initial = initial_of(name);
     for (const keyword& known : list.words) {
+        if ((known.initials & initial) == 0) {
+            continue;
+        }
         for (const word_number& number : known.numbers) {
             if (number == word_number{}) {
                 break;

@@ -51,7 +51,8 @@ class reference {
         U16_APPEND_UNSAFE(units, count, code_point);
         if (code == ZQ_CHARSET_EUC_KR) {
             constexpr UChar32 newest = 0x327E; // of 2002, which neither Python nor ICU has
-            const std::string bytes = converted(to_charset, {reinterpret_cast<const char*>(units), count * sizeof(UChar)});
+            const std::string bytes =
+                converted(to_charset, {reinterpret_cast<const char*>(units), static_cast<std::size_t>(count) * sizeof(UChar)});
             return code_point != newest && decoded(bytes) == code_point ? bytes : ""s; // some signs become others
         }
         char bytes[16];

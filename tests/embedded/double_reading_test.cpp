@@ -64,7 +64,7 @@ TEST(DoubleReading, MiddlesAndWhatIsNextToThem) {
         expect_nearest(fmt::format("{}e{}", digits, exponent));
         digits.back() = '1';
         expect_nearest(fmt::format("-{}e{}", digits, exponent));
-        for (const std::size_t kept : {17, 19, 20, 21, 22, 30, 38, 39, 40, 41, 100}) {
+        for (const std::size_t kept : {17U, 19U, 20U, 21U, 22U, 30U, 38U, 39U, 40U, 41U, 100U}) {
             expect_nearest(fmt::format("{}e{}", digits.substr(0, kept), exponent));
             expect_nearest(fmt::format("0000000000000{}e{}", digits.substr(0, kept), exponent));
         }
