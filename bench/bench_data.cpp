@@ -5,6 +5,7 @@
 #include <chrono>
 #include <cstdio>
 #include <cstring>
+#include <iterator>
 #include <stdexcept>
 #include <string>
 
@@ -50,6 +51,9 @@ constexpr typical_values values_of_form(value_type type, value_form form) {
         return {6, 16, "неизвестно"};
     case value_form::datetime_text:
         return {1970, 2037, "2001-02-03 04:05:06"};
+    case value_form::number_text:
+    case value_form::price_text:
+        return {-1000, 1000, "-12.5"};
     default:
         return values_of_type(type);
     }
@@ -191,6 +195,19 @@ bool assign_text(zqengine::column_storage& column, std::uint32_t row, const typi
     case value_form::datetime_text:
         text = text_of(time_between(values.low, values.high, random));
         break;
+    case value_form::number_text: {
+        char shortest[32];
+        text.assign(shortest, std::to_chars(shortest, std::end(shortest), between(values.low, values.high, random)).ptr);
+        break;
+    }
+    case value_form::price_text: {
+        char rounded[64];
+        constexpr int cents = 2;
+        text.assign(
+            rounded,
+            std::to_chars(rounded, std::end(rounded), between(values.low, values.high, random), std::chars_format::fixed, cents).ptr);
+        break;
+    }
     case value_form::json_object:
         text = R"({"id": )" + std::to_string(random % 1'000'000) +
                R"(, "tags": ["math", "poetry"], "address": {"street": "12 St James's Square", )" +

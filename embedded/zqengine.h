@@ -138,9 +138,9 @@ int32_t zqengine_column_set_string(bifun_column* column, uint32_t row, const voi
 /* BLOB: the row refers to the object, which has to live as long as the row is read. */
 int32_t zqengine_column_set_large_object(bifun_column* column, uint32_t row, bifun_large_object* object);
 
-/* Any type but BLOB: reads what zqengine_column_get_text writes. Numbers may have a plus sign; decimals and datetimes are read as by
- * xdec_from_char and zqtime_from_char_ex; strings are taken as they are. -6806 where the text is no such value, -6102 where the number is
- * too large, -503. */
+/* Any type but BLOB: reads what zqengine_column_get_text writes. Numbers may have a plus sign; decimals, doubles and datetimes are read
+ * as by xdec_from_char, zq_char2dou and zqtime_from_char_ex; strings are taken as they are. -6806 where the text is no such value, -6102
+ * where the number is too large, -503. */
 int32_t zqengine_column_set_text(bifun_column* column, uint32_t row, const char* text, uint32_t length);
 
 /* Makes the row NULL, and takes back the promise that none is. -6803 where there is no such row. */

@@ -73,7 +73,8 @@ int32_t jpath_get_scalar(bifun_environment* environment, json_reader* reader, co
 enum jpath_wrapper { JPATH_NO_WRAPPER = 0, JPATH_CONDITIONAL_WRAPPER = 1, JPATH_WRAPPER = 2 };
 
 /* What the path gives, as JSON without white space but in strings, all else as the document writes it. `text` is as in json_item. Returns
- * 0; JSON_NO_SUCH_PART, JSON_NO_ITEM, JSON_SEVERAL_ITEMS without a wrapper, JSON_WRONG_OPERAND, JSON_NO_CHARACTER, -503. */
+ * 0; JSON_NO_SUCH_PART, JSON_NO_ITEM, JSON_SEVERAL_ITEMS without a wrapper, JSON_WRONG_OPERAND, JSON_NO_CHARACTER, -6819 where further
+ * items follow 268,435,455 bytes, -503. */
 int32_t jpath_get_json(bifun_environment* environment, json_reader* reader, const jpath* path, int32_t wrapper, const uint8_t** text,
                        uint32_t* length);
 

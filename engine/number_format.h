@@ -56,6 +56,12 @@ int32_t char_to_dec_with_fmt(bifun_environment* environment, const uint8_t* text
  * 0; -6803 where `buffer_size` is too small (32 always suffices). */
 int32_t zq_dou2char(double value, char* buffer, uint32_t buffer_size, uint32_t* length);
 
+/* Reads what zq_dou2char writes, and any number that is written as xdec_from_char reads it (engine/decimal.h), as the nearest double; of
+ * two that are as near, as the one whose last bit is 0. Less than half of the smallest double is 0, with its sign. Names are NaN, Infinity
+ * and Inf, of any case, with or without a sign, and with blanks around them. Returns 0; 109 where the text is neither; -6102 where the
+ * number is beyond the largest double by half of its last bit or more. On failure the result is untouched. */
+int32_t zq_char2dou(const uint8_t* text, uint32_t length, double* result);
+
 #ifdef __cplusplus
 }
 #endif

@@ -1,15 +1,18 @@
 // SPDX-License-Identifier: Apache-2.0
-// Texts of decimals or, where the first byte is odd, datetimes. What is read is written as text that reads back as the same value to the
-// byte, in a buffer of just its size; reading does not go past the end and leaves the value alone where it fails.
+// Texts of decimals and doubles or, where the first byte is odd, datetimes. What is read is written as text that reads back as the same
+// value to the byte, in a buffer of just its size; reading does not go past the end and leaves the value alone where it fails.
 #include <cstdint>
+#include <cstdlib>
 #include <cstring>
 #include <memory>
+#include <string>
 #include <string_view>
 
 #include "bop/bifun.h"
 #include "embedded/datetime/text.h"
 #include "engine/datetime.h"
 #include "engine/decimal.h"
+#include "engine/number_format.h"
 #include "fuzz/require.h"
 #include "tests/contract/exact_block.h"
 
@@ -42,6 +45,26 @@ void check_decimal(std::string_view input) {
     require(read({text, length}, again, xdec_from_char) && std::memcmp(&again, &value, sizeof value) == 0 && xdec_cmp(&again, &value) == 0);
 }
 
+void check_double(std::string_view input) {
+    double value;
+    double again;
+    xdec decimal;
+    if (!read(input, value, zq_char2dou)) {
+        require(!read(input, decimal, xdec_from_char));
+        return;
+    }
+    require(value == std::strtod(std::string(input).c_str(), nullptr) || value != value);
+    char text[ZQ_DOUBLE_TEXT_SIZE];
+    std::uint32_t length = 0;
+    require(zq_dou2char(value, text, sizeof text, &length) == 0 && std::strlen(text) == length);
+    require(read({text, length}, again, zq_char2dou) && (value != value || std::memcmp(&again, &value, sizeof value) == 0));
+}
+
+void check_numbers(std::string_view input) {
+    check_decimal(input);
+    check_double(input);
+}
+
 void check_datetime(std::string_view input) {
     zqtime value;
     zqtime again;
@@ -68,7 +91,7 @@ void check_datetime(std::string_view input) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     if (size > 0) {
-        (*data % 2 == 0 ? check_decimal : check_datetime)({reinterpret_cast<const char*>(data) + 1, size - 1});
+        (*data % 2 == 0 ? check_numbers : check_datetime)({reinterpret_cast<const char*>(data) + 1, size - 1});
     }
     return 0;
 }

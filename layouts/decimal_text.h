@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <cstring>
 
+#include "layouts/byte_block.h"
 #include "layouts/decimal_rounding.h"
 #include "layouts/eight_digits.h"
 
@@ -27,15 +28,11 @@ constexpr byte_border border_of(std::uint8_t before, std::uint8_t at, std::uint8
 [[gnu::visibility("hidden")]] inline constexpr byte_border bytes_behind = border_of(0, 0, 0xFF);
 [[gnu::visibility("hidden")]] inline constexpr byte_border point_between = border_of(0, '.', 0);
 
-inline uint128 bytes_around(const byte_border& border, std::uint32_t count) {
-    uint128 bytes;
-    std::memcpy(&bytes, border.bytes + 16 - count, sizeof bytes);
-    return bytes;
-}
+inline byte_block bytes_around(const byte_border& border, std::uint32_t count) { return load_block(border.bytes + 16 - count); }
 
-// Sixteen characters as a word, the first in the lowest byte, with a point before that at `place`, 0 to 15. The last one goes.
-inline uint128 with_point(uint128 characters, std::uint32_t place) {
-    return (characters & bytes_around(bytes_before, place)) | (characters << 8 & bytes_around(bytes_behind, place)) |
+// Sixteen characters with a point before that at `place`, 0 to 15. The last one goes.
+inline byte_block with_point(byte_block characters, std::uint32_t place) {
+    return (characters & bytes_around(bytes_before, place)) | (moved_back<1>(characters) & bytes_around(bytes_behind, place)) |
            bytes_around(point_between, place);
 }
 
@@ -70,9 +67,9 @@ inline std::uint32_t write_short(const xdec& value, std::uint8_t* text) {
     const std::uint32_t integer_digits = digits - scale;
     constexpr std::uint32_t word_digits = 16;
     if (scale != 0 && integer_digits < word_digits) {
-        const uint128 word = with_point(sixteen, integer_digits);
+        const byte_block characters = block_of_words(static_cast<std::uint64_t>(sixteen), static_cast<std::uint64_t>(sixteen >> 64));
         const std::uint32_t behind = static_cast<std::uint32_t>(sixteen >> 120) | three << 8;
-        std::memcpy(text, &word, sizeof word);
+        store_block(text, with_point(characters, integer_digits));
         std::memcpy(text + word_digits, &behind, sizeof behind);
     } else {
         const std::uint32_t before = scale != 0 ? 8 * (integer_digits - word_digits) : 24;

@@ -38,6 +38,8 @@ constexpr table_column columns[] = {
     {"dt", value_type::DATETIME, content::uniform, 1970, 2037, false, 0, 0, value_form::date},
     {"dt2", value_type::DATETIME, content::uniform, 1970, 2037, false, 0, 0, value_form::date},
     {"text", value_type::VARCHAR, content::uniform, 1970, 2037, false, 0, 0, value_form::datetime_text},
+    {"numeral", value_type::VARCHAR, content::uniform, -1000, 1000, false, 0, 0, value_form::number_text},
+    {"price", value_type::VARCHAR, content::uniform, 0, 10000, false, 0, 0, value_form::price_text},
     {"doc", value_type::VARCHAR, content::uniform, 5, 40, false, 0, 0, value_form::json_object},
     {"digits", value_type::VARCHAR, content::uniform, 1, 13, false, 0, 0, value_form::usual, "0123456789"},
 };
@@ -124,6 +126,8 @@ std::span<const bench_case> bench_cases() {
         {"text of m38", "m38::VARCHAR", "toString(m38)", "s", "bto_char_a_dec_to_varchar", {column("m38")}, compared::duckdb},
         {"text of double", "d::VARCHAR", "toString(d)", "s", "bto_char_a_double_to_varchar", {column("d")}},
         {"to_number(digits)", "digits::DECIMAL(18, 4)", "toDecimal64(digits, 4)", "m18", "bto_number_a_str", {column("digits")}},
+        {"to_double(price)", "price::DOUBLE", "toFloat64(price)", "d", "bto_double_a_str", {column("price")}},
+        {"to_double(numeral)", "numeral::DOUBLE", "toFloat64(numeral)", "d", "bto_double_a_str", {column("numeral")}},
         {"trim(p)", "trim(p)", "trimBoth(p)", "s", "btrim_def_a_str", {column("p")}},
         {"ltrim(p)", "ltrim(p)", "trimLeft(p)", "s", "bltrim_def_a_str", {column("p")}},
         {"rtrim(p)", "rtrim(p)", "trimRight(p)", "s", "brtrim_def_a_str", {column("p")}},

@@ -42,6 +42,8 @@ enum class value_form : std::uint8_t {
     padded,        // VARCHAR: the letters with 1 to 8 blanks in front in one row of four and 0 to 15 blanks behind, which are a count
     multilingual,  // VARCHAR: Latin, Cyrillic and Chinese, 1.8 bytes to a character; the range is the length in characters
     datetime_text, // VARCHAR: YYYY-MM-DD HH:MM:SS; the range are the years
+    number_text,   // VARCHAR: a DOUBLE in its shortest digits, without an exponent; the range are the numbers
+    price_text,    // VARCHAR: a number with two digits behind the point; the range are the numbers
     json_object,   // VARCHAR: 200 bytes of JSON, an object with a member "name" and others before and behind it
     date,          // DATETIME: without a time of day
 };

@@ -24,10 +24,49 @@ constexpr bool has_word(std::string_view words, std::string_view word) {
     return false;
 }
 
+// A word of up to 15 bytes as a number, of its bytes and their count: engines that call row by row have one looked up for each row.
+struct word_number {
+    std::uint64_t first = 0;
+    std::uint64_t last = 0;
+
+    friend constexpr bool operator==(const word_number&, const word_number&) = default;
+};
+constexpr std::size_t longest_word = 15;
+
+// 0 for longer words, and for none.
+constexpr word_number number_of(std::string_view word) {
+    word_number number;
+    if (word.size() > longest_word) {
+        return number;
+    }
+    for (std::size_t i = 0; i < word.size(); ++i) {
+        std::uint64_t& part = i < sizeof number.first ? number.first : number.last;
+        part = part << 8 | static_cast<std::uint8_t>(word[i]);
+    }
+    number.last = number.last << 8 | word.size();
+    return number;
+}
+
+// The first letter as a bit.
+constexpr std::uint32_t initial_of(std::string_view word) {
+    return word.empty() ? 0 : std::uint32_t{1} << (static_cast<std::uint8_t>(word[0]) & 31);
+}
+
 // A number by its names in upper case; the first is the one to show.
 struct keyword {
     std::int32_t code;
     std::string_view names;
+    word_number numbers[8] = {}; // of the names, zeros behind
+    std::uint32_t initials = 0;  // as bits, so that most keywords are passed over at once
+
+    constexpr keyword(std::int32_t meant, std::string_view all) : code(meant), names(all) {
+        for (word_number& number : numbers) {
+            const std::string_view name = all.substr(0, all.find(' '));
+            number = number_of(name);
+            initials |= initial_of(name);
+            all.remove_prefix(name.size() == all.size() ? name.size() : name.size() + 1);
+        }
+    }
 };
 
 enum class keyword_role : std::uint8_t {
@@ -43,9 +82,19 @@ struct keyword_list {
 
 // Null where the list has no such name. `name` is in upper case.
 constexpr const keyword* find_keyword(const keyword_list& list, std::string_view name) {
+    const word_number wanted = number_of(name);
+    const std::uint32_t initial = initial_of(name);
     for (const keyword& known : list.words) {
-        if (has_word(known.names, name)) {
-            return &known;
+        if ((known.initials & initial) == 0) {
+            continue;
+        }
+        for (const word_number& number : known.numbers) {
+            if (number == word_number{}) {
+                break;
+            }
+            if (number == wanted) {
+                return &known;
+            }
         }
     }
     return nullptr;

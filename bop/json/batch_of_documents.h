@@ -43,6 +43,12 @@ status with_documents(batch_of<result> batch, constant_of<VARCHAR> path, const b
     return outcome;
 }
 
+// The beginning of every row: `ask()`, one of the engine's operations on the reader, is called with the row's document in it.
+template <class Ask> status ask_document(const documents& all, const bifun_string& document, const Ask& ask) {
+    const status parsed = json_parse(all.environment, all.reader, document.data, document.length);
+    return parsed < BIFUN_OK ? parsed : status{ask()};
+}
+
 // What a row is where `failure` has come: `put(text)` puts the value of a clause there.
 template <class Put> value_or_null react(const documents& all, status failure, const Put& put) {
     const json_outcome& outcome = failure == JSON_NO_ITEM ? all.clauses->on_empty : all.clauses->on_error;
@@ -50,6 +56,10 @@ template <class Put> value_or_null react(const documents& all, status failure, c
         return failure;
     }
     return outcome.reaction == json_reaction::null ? value_or_null::null() : value_or_null(put(outcome.value));
+}
+
+inline value_or_null react_by_text(const documents& all, status failure, string_room& room) {
+    return react(all, failure, [&](const bifun_string& text) { return copy_text(room, text); });
 }
 
 // A text of the document, to which the row may refer, or one that is only there until the next row.

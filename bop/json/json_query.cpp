@@ -10,14 +10,9 @@ namespace {
 value_or_null query(const documents& all, const bifun_string& document, string_room& room) {
     const std::uint8_t* text = nullptr;
     std::uint32_t length = 0;
-    status outcome = json_parse(all.environment, all.reader, document.data, document.length);
-    if (outcome >= BIFUN_OK) {
-        outcome = jpath_get_json(all.environment, all.reader, all.path, all.clauses->wrapper, &text, &length);
-    }
-    if (outcome < BIFUN_OK) {
-        return react(all, outcome, [&](const bifun_string& json) { return copy_text(room, json); });
-    }
-    return put_text(document, text, length, room);
+    const status outcome = ask_document(
+        all, document, [&] { return jpath_get_json(all.environment, all.reader, all.path, all.clauses->wrapper, &text, &length); });
+    return outcome < BIFUN_OK ? react_by_text(all, outcome, room) : value_or_null(put_text(document, text, length, room));
 }
 
 status query_rows(batch_of<VARCHAR> batch, column_of<VARCHAR> document, constant_of<VARCHAR> path, const bifun_string_constant* clauses) {

@@ -100,8 +100,7 @@ status convert_to_date(const json_item& item, zqtime& result) {
 // ---- rows ----
 
 status get_scalar(const documents& all, const bifun_string& document, json_item& item) {
-    const status parsed = json_parse(all.environment, all.reader, document.data, document.length);
-    return parsed < BIFUN_OK ? parsed : jpath_get_scalar(all.environment, all.reader, all.path, &item);
+    return ask_document(all, document, [&] { return jpath_get_scalar(all.environment, all.reader, all.path, &item); });
 }
 
 json_item item_of(const bifun_string& text) { return {JSON_STRING, text.length, text.data}; }
@@ -126,7 +125,7 @@ value_or_null text_value(const documents& all, const bifun_string& document, str
     json_item item;
     const status outcome = get_scalar(all, document, item);
     if (outcome < BIFUN_OK) [[unlikely]] {
-        return react(all, outcome, [&](const bifun_string& text) { return copy_text(room, text); });
+        return react_by_text(all, outcome, room);
     }
     return item.kind == JSON_NULL ? value_or_null::null() : value_or_null(put_text(document, item.text, item.length, room));
 }

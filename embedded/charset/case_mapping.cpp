@@ -9,9 +9,7 @@
 #include <cstring>
 
 #include "embedded/charset/charset_tables.h"
-#include "embedded/charset/euc_kr.h"
-#include "embedded/charset/gb18030.h"
-#include "embedded/charset/utf8.h"
+#include "embedded/charset/unicode_converter.h"
 
 namespace zqengine {
 namespace {
@@ -98,20 +96,6 @@ template <class Charset> void add_first_specials(case_mapping<Charset>& mapping,
     }
 }
 
-UConverter* open_converter(const char* name) {
-    UErrorCode status = U_ZERO_ERROR;
-    UConverter* const converter = ucnv_open(name, &status);
-    if (converter != nullptr) {
-        ucnv_setFromUCallBack(converter, UCNV_FROM_U_CALLBACK_STOP, nullptr, nullptr, nullptr, &status);
-        ucnv_setFallback(converter, 0);
-    }
-    return converter;
-}
-
-const char* converter_name(utf8 /*charset*/) { return "UTF-8"; }
-const char* converter_name(gb18030 /*charset*/) { return "GB18030"; }
-const char* converter_name(euc_kr /*charset*/) { return "EUC-KR"; }
-
 void fill_words(case_mapping<utf8>& mapping) {
     constexpr std::uint32_t surrogates = 0x800;
     for (const full_case to : {full_case::upper, full_case::lower}) {
@@ -138,7 +122,7 @@ template <class Charset> void fill_mapped(case_mapping<Charset>& mapping) {
             of_case[rank] = static_cast<std::uint16_t>(rank);
         }
     }
-    UConverter* const converter = open_converter(converter_name(Charset{}));
+    UConverter* const converter = open_unicode_converter(Charset{});
     if (converter == nullptr) {
         return;
     }

@@ -4,25 +4,14 @@
 #include <unicode/uchar.h>
 #include <unicode/ucnv.h>
 
-#include "embedded/charset/euc_kr.h"
-#include "embedded/charset/gb18030.h"
-#include "embedded/charset/utf8.h"
+#include "embedded/charset/unicode_converter.h"
 
 namespace zqengine {
 namespace {
 
 constexpr std::uint32_t no_rank = UINT32_MAX;
 
-const char* converter_name(gb18030 /*charset*/) { return "GB18030"; }
-const char* converter_name(euc_kr /*charset*/) { return "EUC-KR"; }
-
-// Both stop at what they cannot convert.
-void stop_at_errors(UConverter* converter) {
-    UErrorCode status = U_ZERO_ERROR;
-    ucnv_setToUCallBack(converter, UCNV_TO_U_CALLBACK_STOP, nullptr, nullptr, nullptr, &status);
-    ucnv_setFromUCallBack(converter, UCNV_FROM_U_CALLBACK_STOP, nullptr, nullptr, nullptr, &status);
-    ucnv_setFallback(converter, 0);
-}
+bool is_of_private_use(std::uint16_t code_unit) { return code_unit >= 0xE000 && code_unit < 0xF900; }
 
 template <class Charset> std::uint16_t converted_code_point(UConverter* converter, std::uint32_t rank) {
     const std::uint32_t length = Charset::rank_length(rank);
@@ -32,7 +21,8 @@ template <class Charset> std::uint16_t converted_code_point(UConverter* converte
     UChar code_units[4];
     const std::int32_t count =
         ucnv_toUChars(converter, code_units, 4, reinterpret_cast<const char*>(character), static_cast<std::int32_t>(length), &status);
-    return U_SUCCESS(status) && count == 1 ? code_units[0] : static_cast<std::uint16_t>(unknown_code_point);
+    const bool is_known = U_SUCCESS(status) && count == 1 && (Charset::has_private_use || !is_of_private_use(code_units[0]));
+    return is_known ? code_units[0] : static_cast<std::uint16_t>(unknown_code_point);
 }
 
 // no_rank where the charset has it not, or as ASCII.
@@ -55,11 +45,7 @@ template <class Charset> std::uint32_t converted_rank(UConverter* converter, std
 template <class Charset> bool fill(charset_tables<Charset>& tables) {
     UConverter* converter = nullptr;
     if constexpr (!Charset::rank_is_code_point) {
-        UErrorCode status = U_ZERO_ERROR;
-        converter = ucnv_open(converter_name(Charset{}), &status);
-        if (converter != nullptr) {
-            stop_at_errors(converter);
-        }
+        converter = open_unicode_converter(Charset{});
     }
     for (std::uint32_t rank = 0; rank < Charset::ranks; ++rank) {
         std::uint32_t code_point = rank;

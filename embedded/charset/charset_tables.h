@@ -8,6 +8,7 @@
 //   write(rank, character, length)      the character's bytes, of which there are `length`
 //   rank_length(rank)                   how many bytes those are
 //   rank_is_code_point                  whether code points need no table
+//   has_private_use                     whether characters of Unicode's private use are of the charset; of those that need a table
 //   all_ranks                           how many ranks there are, those of supplementary characters among them
 #ifndef BIFUN_EMBEDDED_CHARSET_CHARSET_TABLES_H
 #define BIFUN_EMBEDDED_CHARSET_CHARSET_TABLES_H

@@ -14,6 +14,7 @@ struct euc_kr {
     static constexpr std::uint32_t ranks = row_length * row_length;
     static constexpr std::uint32_t all_ranks = ranks;
     static constexpr bool rank_is_code_point = false;
+    static constexpr bool has_private_use = false; // the rows that it leaves to its users have no characters
 
     static bool is_of_pair(std::uint8_t byte) { return byte - 0xA1U < row_length; }
 

@@ -24,6 +24,7 @@ struct gb18030 {
     static constexpr std::uint32_t all_ranks = ranks + 0x100000;
     static constexpr std::uint32_t no_rank = UINT32_MAX;
     static constexpr bool rank_is_code_point = false;
+    static constexpr bool has_private_use = true;
 
     static bool is_lead(std::uint8_t byte) { return byte - 0x81U < leads; }
     static bool is_digit(std::uint8_t byte) { return byte - 0x30U < digits; }

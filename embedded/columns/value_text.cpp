@@ -88,11 +88,11 @@ char* put_interval(char* out, const bifun_interval_dt& value) {
 
 // ---- reading ----------------------------------------------------------------------------------------------------------
 
-template <class Number> std::int32_t read_number(std::string_view text, void* value) {
+template <class Integer> std::int32_t read_number(std::string_view text, void* value) {
     if (text.starts_with('+') && !text.starts_with("+-")) {
         text.remove_prefix(1);
     }
-    Number read{};
+    Integer read{};
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), read);
     if (end != text.data() + text.size() || error == std::errc::invalid_argument) {
         return BIFUN_UNREADABLE_TEXT;
@@ -215,7 +215,7 @@ std::int32_t read_value(value_type type, std::string_view text, void* value) {
     case value_type::BIGINT:
         return read_number<std::int64_t>(text, value);
     case value_type::DOUBLE:
-        return read_number<double>(text, value);
+        return read_by(zq_char2dou, text, value);
     case value_type::DECIMAL:
         return read_by(xdec_from_char, text, value);
     case value_type::DATETIME:

@@ -2,13 +2,14 @@
 #include "engine/decimal.h"
 
 #include <algorithm>
+#include <bit>
 #include <charconv>
 #include <cmath>
-#include <iterator>
 
 #include "bop/frame/status.h"
 #include "embedded/decimal/decimal_parts.h"
 #include "embedded/decimal/digits.h"
+#include "embedded/decimal/nearest_double.h"
 
 namespace zqengine {
 
@@ -59,6 +60,12 @@ std::int32_t first_digit_at(const xdec& value) { return std::int32_t{value.bytes
         coefficient_b *= powers_of_ten[digits_a - digits_b];
     }
     return order(coefficient_a, coefficient_b) * sign;
+}
+
+// The bits of the double that is nearest to the magnitude, or 0. It is not 0.
+std::uint64_t nearest_bits(const decimal_parts& parts) {
+    return parts.coefficient < ten_to_19 ? nearest_double_bits(static_cast<std::uint64_t>(parts.coefficient), parts.scale)
+                                         : nearest_double_bits(parts.coefficient, parts.scale, true);
 }
 
 } // namespace
@@ -160,15 +167,12 @@ int32_t xdec_from_double(xdec* result, double value) {
 }
 
 double xdec_to_double(const xdec* value) {
-    // Where the coefficient and the power of ten both are doubles, the division alone rounds.
-    static constexpr double exact_powers[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8,  1e9,  1e10, 1e11,
-                                              1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
-    constexpr auto max_exact_power = static_cast<std::int64_t>(std::size(exact_powers)) - 1;
     const decimal_parts parts = split_decimal(*value);
-    double magnitude;
-    if (parts.coefficient < std::uint64_t{1} << 53 && parts.scale >= 0 && parts.scale <= max_exact_power) {
-        magnitude = static_cast<double>(static_cast<std::uint64_t>(parts.coefficient)) / exact_powers[parts.scale];
-    } else {
+    if (parts.coefficient == 0) {
+        return 0;
+    }
+    double magnitude = std::bit_cast<double>(nearest_bits(parts));
+    if (magnitude == 0) {
         char text[digit_room + 8];
         char* const digits_end = text + digit_room;
         write_coefficient(digits_end, parts.coefficient);

@@ -8,11 +8,14 @@
 #include "embedded/decimal/digits.h"
 #include "embedded/format/shortest_decimal.h"
 #include "engine/number_format.h"
+#include "layouts/byte_block.h"
 #include "layouts/decimal_text.h"
 
 namespace zqengine {
 
 namespace {
+
+using bifun::byte_block;
 
 // Long enough for any double, -1.2345678901234567E-308 or -0.000012345678901234567, and for what is written behind it.
 constexpr std::size_t text_room = 32;
@@ -22,8 +25,7 @@ constexpr std::uint32_t max_digits = 17;
 // Seventeen digits of which the last ones may be zeros: as characters, the first in the lowest byte.
 struct digit_characters {
     std::uint64_t first; // 0 to 9
-    std::uint64_t middle;
-    std::uint64_t last;
+    byte_block others;
     std::uint32_t count; // without the zeros at the end, at least 1
 };
 
@@ -34,27 +36,22 @@ digit_characters characters_of(std::uint64_t digits) {
     characters.first = leading / ten_to_8;
     const auto [middle, last] =
         bifun::sixteen_digits(static_cast<std::uint32_t>(leading % ten_to_8), static_cast<std::uint32_t>(digits % ten_to_8));
-    characters.middle = middle;
-    characters.last = last;
-    const auto zeros = [](std::uint64_t eight) { return static_cast<std::uint32_t>(std::countl_zero(eight ^ eight_zero_characters)) / 8; };
-    const std::uint32_t zeros_of_last = zeros(characters.last);
-    characters.count = max_digits - (zeros_of_last == 8 ? 8 + zeros(characters.middle) : zeros_of_last);
+    characters.others = bifun::block_of_words(middle, last);
+    const std::uint32_t other_than_zero = ~bifun::bits_of(bifun::where_equal(characters.others, bifun::repeated('0'))) & 0xFFFF;
+    characters.count = 1 + static_cast<std::uint32_t>(std::bit_width(other_than_zero));
     return characters;
 }
 
-char* write_8(char* out, std::uint64_t characters) {
-    std::memcpy(out, &characters, sizeof characters);
-    return out + sizeof characters;
-}
+void write_16(char* out, byte_block characters) { bifun::store_block(reinterpret_cast<std::uint8_t*>(out), characters); }
 
 char first_character(const digit_characters& digits) { return static_cast<char>('0' + digits.first); }
 
 // Above 0 and below 1: `zeros` digits behind the point are 0, at most 4.
 char* write_fraction(char* out, const digit_characters& digits, std::uint32_t zeros) {
-    write_8(out, 0x30303030'30302E30); // 0.000000
+    std::memcpy(out, "0.000000", 8);
     out += 2 + zeros;
     *out = first_character(digits);
-    write_8(write_8(out + 1, digits.middle), digits.last);
+    write_16(out + 1, digits.others);
     return out + digits.count;
 }
 
@@ -62,22 +59,21 @@ char* write_fraction(char* out, const digit_characters& digits, std::uint32_t ze
 char* write_plain(char* out, const digit_characters& digits, std::uint32_t before) {
     if (digits.count <= before) {
         *out = first_character(digits);
-        write_8(write_8(out + 1, digits.middle), digits.last);
+        write_16(out + 1, digits.others);
         return out + before;
     }
-    // The first sixteen as one word, which the point is put into.
-    const uint128 sixteen = uint128{digits.last} << 72 | uint128{digits.middle} << 8 | ('0' + digits.first);
-    const uint128 word = bifun::decimal_layout::with_point(sixteen, before);
-    std::memcpy(out, &word, sizeof word);
-    out[16] = static_cast<char>(digits.last >> 48);
-    out[17] = static_cast<char>(digits.last >> 56);
+    // The first sixteen are one block, which the point is put into.
+    const byte_block sixteen = bifun::moved_back<1>(digits.others) | bifun::block_of_words('0' + digits.first, 0);
+    write_16(out, bifun::decimal_layout::with_point(sixteen, before));
+    const auto two = static_cast<std::uint16_t>(bifun::last_word(digits.others) >> 48);
+    std::memcpy(out + 16, &two, sizeof two);
     return out + digits.count + 1;
 }
 
 char* write_scientific(char* out, const digit_characters& digits, std::int32_t exponent) {
     *out = first_character(digits);
     out[1] = '.';
-    write_8(write_8(out + 2, digits.middle), digits.last);
+    write_16(out + 2, digits.others);
     out += digits.count == 1 ? 1 : digits.count + 1;
     *out++ = 'E';
     *out++ = exponent < 0 ? '-' : '+';
@@ -95,19 +91,24 @@ char* write_name(char* out, std::string_view name) {
     return out + name.size();
 }
 
-// Writes the text, and anything behind it, into text_room bytes and returns the end of the text.
-char* write_double(char* out, double value) {
+// Zeros and what is not finite.
+[[gnu::noinline]] char* write_special(char* out, double value) {
     if (std::isnan(value)) {
         return write_name(out, "NaN");
     }
+    *out = '-';
+    return write_name(out + (std::signbit(value) ? 1 : 0), std::isinf(value) ? "Infinity" : "0");
+}
+
+// Writes the text, and anything behind it, into text_room bytes and returns the end of the text.
+char* write_double(char* out, double value) {
+    constexpr std::uint64_t infinity_without_sign = std::uint64_t{0x7FF} << 53;
+    const auto bits = std::bit_cast<std::uint64_t>(value);
+    if ((bits << 1) - 1 >= infinity_without_sign - 1) [[unlikely]] {
+        return write_special(out, value);
+    }
     *out = '-'; // unless a digit takes its place: signs in a column are as good as random
-    out += std::signbit(value) ? 1 : 0;
-    if (std::isinf(value)) {
-        return write_name(out, "Infinity");
-    }
-    if (value == 0) {
-        return write_name(out, "0");
-    }
+    out += bits >> 63;
     constexpr std::int32_t least_plain = -5; // the exponent of the first digit
     constexpr std::int32_t most_plain = 14;
     const shortest_decimal shortest = shortest_decimal_of(std::fabs(value));

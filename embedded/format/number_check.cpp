@@ -7,6 +7,7 @@
 #include <iterator>
 
 #include "bop/frame/status.h"
+#include "engine/number_format.h"
 
 int32_t ntype_is_double_overflow(double value) { return std::isinf(value) ? BIFUN_NUMERIC_OVERFLOW : BIFUN_OK; }
 
@@ -17,20 +18,7 @@ int32_t utl_digit_from_char(const uint8_t* text, uint32_t length, double* result
     if (!std::all_of(first, last, [](char byte) { return (byte >= '0' && byte <= '9') || byte == '.'; })) {
         return BIFUN_ARGUMENT_OUT_OF_DOMAIN;
     }
-    double number = 0;
-    const auto [end, error] = std::from_chars(first, last, number, std::chars_format::fixed);
-    if (end != last || error == std::errc::invalid_argument) {
-        return BIFUN_ARGUMENT_OUT_OF_DOMAIN;
-    }
-    if (error == std::errc::result_out_of_range) {
-        const char* const significant = std::find_if(first, last, [](char byte) { return byte != '0'; });
-        if (*significant != '.') {
-            return BIFUN_ARGUMENT_OUT_OF_DOMAIN;
-        }
-        number = 0; // less than half of the smallest double
-    }
-    *result = number;
-    return BIFUN_OK;
+    return zq_char2dou(text, length, result) == BIFUN_OK ? BIFUN_OK : BIFUN_ARGUMENT_OUT_OF_DOMAIN;
 }
 
 int32_t str2int64(const uint8_t* text, uint32_t length, int64_t* result) {

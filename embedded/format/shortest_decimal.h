@@ -1,11 +1,22 @@
 // SPDX-License-Identifier: Apache-2.0
 // The shortest decimal that reads back as the same double.
+//
+// After Raffaello Giulietti, "The Schubfach way to render doubles" (2020). A double is c x 2^q; with the power of ten 10^k that is next
+// below the distance of its neighbours, the shortest decimal is one of four multiples of 10^k and 10^(k+1) around it. Which of them lie
+// nearer to it than to its neighbours is told by comparing the numbers divided by 10^k, as integers: each is one product with a rounded
+// power of ten, whose lost bits are kept as one sticky bit, which the paper shows to be enough.
 #ifndef BIFUN_EMBEDDED_FORMAT_SHORTEST_DECIMAL_H
 #define BIFUN_EMBEDDED_FORMAT_SHORTEST_DECIMAL_H
 
+#include <bit>
 #include <cstdint>
 
+#include "embedded/decimal/powers_of_ten.h"
+#include "layouts/decimal_layout.h"
+
 namespace zqengine {
+
+using bifun::decimal_layout::uint128;
 
 // digits x 10^exponent, with up to 17 digits, of which the last ones may be zeros.
 struct shortest_decimal {
@@ -13,9 +24,56 @@ struct shortest_decimal {
     std::int32_t exponent;
 };
 
+// number x power / 2^128, the last bit set where bits behind it are.
+inline std::uint64_t scaled(const power_of_ten& power, std::uint64_t number) {
+    const uint128 low = uint128{power.low} * number;
+    const uint128 sum = uint128{power.high} * number + static_cast<std::uint64_t>(low >> 64);
+    return static_cast<std::uint64_t>(sum >> 64) | (static_cast<std::uint64_t>(sum) > 1 ? 1 : 0);
+}
+
 // Of all decimals that are nearer to `magnitude` than to any other double, those with the fewest digits, and of these the nearest. The
 // magnitude is finite and above 0.
-shortest_decimal shortest_decimal_of(double magnitude);
+inline shortest_decimal shortest_decimal_of(double magnitude) {
+    constexpr std::uint32_t fraction_bits = 52;
+    constexpr std::int32_t exponent_bias = 1023 + fraction_bits;
+    const auto bits = std::bit_cast<std::uint64_t>(magnitude);
+    const std::uint64_t fraction = bits & ((std::uint64_t{1} << fraction_bits) - 1);
+    const auto biased = static_cast<std::int32_t>(bits >> fraction_bits);
+    const std::uint64_t c = biased != 0 ? fraction | std::uint64_t{1} << fraction_bits : fraction;
+    const std::int32_t q = (biased != 0 ? biased : 1) - exponent_bias;
+    if (q <= 0 && q >= -static_cast<std::int32_t>(fraction_bits) && std::countr_zero(c) >= -q) {
+        return {.digits = c >> -q, .exponent = 0}; // an integer below 2^53
+    }
+
+    // Four times the number, and the middles between it and its neighbours. A power of two is nearer to the one below.
+    const bool near_below = fraction == 0 && biased > 1;
+    const std::uint64_t middle_below = 4 * c - (near_below ? 1 : 2);
+    const std::uint64_t middle_above = 4 * c + 2;
+    // The logarithm of 2^q, or 3/4 of it, to the base of ten: exact for every exponent of a double.
+    const std::int32_t k = (q * 1262611 - (near_below ? 524031 : 0)) >> 22;
+    const std::int32_t h = q + binary_logarithm(-k) + 1;
+    const power_of_ten& power = rounded_up_power(-k);
+    // A middle reads as the number where its last bit is zero.
+    const std::uint64_t excluded = c & 1;
+    const std::uint64_t least = scaled(power, middle_below << h) + excluded;
+    const std::uint64_t number = scaled(power, 4 * c << h);
+    const std::uint64_t greatest = scaled(power, middle_above << h) - excluded;
+
+    // Which of the four it is, is as good as random: chosen without a branch.
+    const std::uint64_t down = number / 4;
+    const std::uint64_t tens = number / 40;
+    const std::uint64_t tens_below = least <= 40 * tens ? 1 : 0;
+    const std::uint64_t tens_above = 40 * tens + 40 <= greatest ? 1 : 0;
+    const std::uint64_t takes_tens = (tens != 0 ? 1 : 0) & (tens_below ^ tens_above);
+    const std::uint64_t below = least <= 4 * down ? 1 : 0;
+    const std::uint64_t above = 4 * down + 4 <= greatest ? 1 : 0;
+    const std::uint64_t behind = number & 3; // quarters
+    const std::uint64_t nearer_above = (behind + (down & 1)) > 2 ? 1 : 0;
+    const std::uint64_t is_one = below ^ above;
+    const std::uint64_t units = down + ((is_one & above) | (~is_one & nearer_above));
+    const std::uint64_t by_tens = 0 - takes_tens;
+    return {.digits = ((tens + tens_above) & by_tens) | (units & ~by_tens), .exponent = k + static_cast<std::int32_t>(takes_tens)};
+}
 
 } // namespace zqengine
 

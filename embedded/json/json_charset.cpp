@@ -1,10 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "embedded/json/json_charset.h"
 
+#include <algorithm>
+#include <cstddef>
+
 #include <unicode/ucnv.h>
 
 #include "bop/frame/status.h"
+#include "embedded/charset/charset_tables.h"
 #include "embedded/charset/database_charset.h"
+#include "embedded/charset/unicode_converter.h"
 #include "embedded/memory/allocation.h"
 #include "engine/charset.h"
 #include "engine/json.h"
@@ -13,20 +18,9 @@ namespace zqengine {
 
 namespace {
 
-bool open(UConverter*& converter, const char* name) {
-    if (converter == nullptr) {
-        UErrorCode status = U_ZERO_ERROR;
-        converter = ucnv_open(name, &status);
-        ucnv_setToUCallBack(converter, UCNV_TO_U_CALLBACK_STOP, nullptr, nullptr, nullptr, &status);
-        ucnv_setFromUCallBack(converter, UCNV_FROM_U_CALLBACK_STOP, nullptr, nullptr, nullptr, &status);
-        if (U_FAILURE(status)) {
-            ucnv_close(converter);
-            converter = nullptr;
-            return false;
-        }
-        ucnv_setFallback(converter, 0);
-    }
-    return true;
+template <class Charset> bool open(UConverter*& converter, Charset charset) {
+    converter = converter != nullptr ? converter : open_unicode_converter(charset);
+    return converter != nullptr;
 }
 
 bool reserve(charset_converter& converter, std::size_t size) {
@@ -60,7 +54,26 @@ std::int32_t convert(charset_converter& converter, UConverter* from, UConverter*
 }
 
 bool open_both(charset_converter& converter) {
-    return open(converter.database, database_charset() == ZQ_CHARSET_GB18030 ? "GB18030" : "EUC-KR") && open(converter.utf8, "UTF-8");
+    const bool is_gb18030 = database_charset() == ZQ_CHARSET_GB18030;
+    return (is_gb18030 ? open(converter.database, gb18030{}) : open(converter.database, euc_kr{})) && open(converter.utf8, utf8{});
+}
+
+// Whether every character of a text in the database character set is one that the set has: ICU's converter knows some more.
+bool has_known_characters(std::string_view text) {
+    if (database_charset() != ZQ_CHARSET_EUC_KR) {
+        return true;
+    }
+    const charset_tables<euc_kr>& tables = tables_of<euc_kr>();
+    const auto* next = reinterpret_cast<const std::uint8_t*>(text.data());
+    const std::uint8_t* const end = next + text.size();
+    while (next != end) {
+        const std::uint32_t length = euc_kr::length_of(next, static_cast<std::uint32_t>(std::min<std::ptrdiff_t>(end - next, 2)));
+        if (!euc_kr::is_valid(next, length) || (length > 1 && code_point_of(tables, next, length) == unknown_code_point)) {
+            return false;
+        }
+        next += length;
+    }
+    return true;
 }
 
 } // namespace
@@ -85,13 +98,19 @@ bool must_be_converted(std::string_view text) {
 }
 
 std::int32_t convert_to_utf8(charset_converter& converter, std::string_view text, std::string_view& converted) {
-    return open_both(converter) ? convert(converter, converter.database, converter.utf8, text, JSON_INVALID_TEXT, converted)
-                                : std::int32_t{BIFUN_OUT_OF_MEMORY};
+    if (!open_both(converter)) {
+        return BIFUN_OUT_OF_MEMORY;
+    }
+    return has_known_characters(text) ? convert(converter, converter.database, converter.utf8, text, JSON_INVALID_TEXT, converted)
+                                      : std::int32_t{JSON_INVALID_TEXT};
 }
 
 std::int32_t convert_from_utf8(charset_converter& converter, std::string_view text, std::string_view& converted) {
-    return open_both(converter) ? convert(converter, converter.utf8, converter.database, text, JSON_NO_CHARACTER, converted)
-                                : std::int32_t{BIFUN_OUT_OF_MEMORY};
+    if (!open_both(converter)) {
+        return BIFUN_OUT_OF_MEMORY;
+    }
+    const std::int32_t status = convert(converter, converter.utf8, converter.database, text, JSON_NO_CHARACTER, converted);
+    return status != BIFUN_OK || has_known_characters(converted) ? status : std::int32_t{JSON_NO_CHARACTER};
 }
 
 } // namespace zqengine

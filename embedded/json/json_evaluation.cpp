@@ -23,12 +23,20 @@ namespace {
 constexpr std::int32_t go_on = 0;
 constexpr std::int32_t enough = 1;
 
+// What is remembered of a path that comes to one item in many ways, as $.**.** does: with each level of the document the ways multiply.
+struct remembered_walks {
+    std::uint8_t* marks;   // of each step's items, as many as there are tokens; null where nothing is remembered
+    std::uint64_t arrived; // items that somebody has been given for whom it makes a difference
+};
+
 struct evaluation {
     const json_document& document;
     const jpath& path;
-    std::int32_t& failure;    // -503 where a condition has failed
-    bool forgives;            // a strict path as well, behind .**
-    std::int64_t last;        // index of the array whose subscripts are evaluated
+    std::int32_t& failure; // -503 where a condition has failed
+    remembered_walks& walks;
+    bool forgives;     // a strict path as well, behind .**
+    std::int64_t last; // index of the array whose subscripts are evaluated
+    bool in_subscript;
     const path_item* current; // in filters
 
     [[nodiscard]] bool lax() const { return !path.strict; }
@@ -127,6 +135,53 @@ std::int32_t walk(const evaluation& run, const path_step* step, std::uint32_t le
                   const item_receiver& receiver);
 truth evaluate_condition(const evaluation& run, const path_condition& condition);
 
+// The first two say which walk of a step from an item makes no difference any more: nothing has come of it, or nobody counts what comes.
+// The others are what is known of a filter.
+enum walk_mark : std::uint8_t { step_is_done = 1, all_within_is_done = 2, filter_is_known = 4, filter_passes = 8 };
+
+// Those of a step from an item; null where nothing is remembered of it.
+std::uint8_t* marks_of(const evaluation& run, const path_step* step, const path_item& item) {
+    const bool is_remembered = run.walks.marks != nullptr && item.token != no_token && item.key == no_token;
+    return is_remembered ? run.walks.marks + static_cast<std::size_t>(step - run.path.steps) * run.document.token_count + item.token
+                         : nullptr;
+}
+
+// Calls `go`, unless that has been in vain before.
+template <class Go>
+std::int32_t walk_once(const evaluation& run, const path_step* step, const path_item& item, walk_mark mark, const Go& go) {
+    std::uint8_t* const marks = marks_of(run, step, item);
+    if (marks != nullptr && (*marks & mark) != 0) {
+        return go_on;
+    }
+    const std::uint64_t arrived = run.walks.arrived;
+    const std::int32_t outcome = go();
+    if (marks != nullptr && outcome == go_on && run.walks.arrived == arrived) {
+        *marks |= mark;
+    }
+    return outcome;
+}
+
+// The value from which the operands of an operand are taken, or the document.
+path_item source_of(const evaluation& run, const path_operand& operand) {
+    return operand.kind == operand_kind::of_operand   ? source_of(run, run.path.operands[operand.left])
+           : operand.kind == operand_kind::of_current ? *run.current
+                                                      : item_of(run.document, 0);
+}
+
+// A new evaluation of a chain, perhaps with another value that @ stands for, knows nothing of those before; filters pass what they pass.
+void forget_walks(const evaluation& run, const path_operand& operand) {
+    if (run.walks.marks == nullptr) {
+        return;
+    }
+    const path_item source = source_of(run, operand);
+    const std::uint32_t first = source.token == no_token ? 0 : source.token;
+    const std::uint32_t end = source.token == no_token ? run.document.token_count : behind_value(run.document, source.token);
+    for (std::uint32_t i = 0; i < operand.chain.count; ++i) {
+        std::uint8_t* const marks = run.walks.marks + std::size_t{operand.chain.first + i} * run.document.token_count;
+        std::for_each(marks + first, marks + end, [](std::uint8_t& each) { each &= filter_is_known | filter_passes; });
+    }
+}
+
 std::int32_t walk_chain(const evaluation& run, const path_chain& chain, const path_item& item, const item_receiver& receiver) {
     return walk(run, run.path.steps + chain.first, chain.count, item, run.lax(), receiver);
 }
@@ -135,7 +190,7 @@ path_item root_of(const evaluation& run) { return item_of(run.document, 0); }
 
 template <class Take> std::int32_t call_take(void* to, const path_item& item) { return (*static_cast<Take*>(to))(item); }
 
-template <class Take> item_receiver receiver_of(Take& take) { return {&take, call_take<Take>}; }
+template <class Take> item_receiver receiver_of(Take& take, bool counts) { return {&take, call_take<Take>, counts}; }
 
 path_item scalar_item(std::uint8_t kind, std::string_view text) {
     return {.kind = kind, .has_escapes = false, .text = text, .token = no_token, .key = no_token};
@@ -158,11 +213,11 @@ path_item integer_item(std::int64_t number, integer_text& text) {
 std::int32_t evaluate_operand(const evaluation& run, const path_operand& operand, const item_receiver& receiver);
 
 // Calls `take` with what an operand gives; a lax path gives the elements of arrays in their place.
-template <class Take> std::int32_t for_each_value(const evaluation& run, const path_operand& operand, Take& take) {
+template <class Take> std::int32_t for_each_value(const evaluation& run, const path_operand& operand, Take& take, bool counts) {
     auto unwrapped = [&](const path_item& item) {
         return run.lax() && item.kind == JSON_ARRAY ? for_each_element(run, item.token, take) : take(item);
     };
-    return evaluate_operand(run, operand, receiver_of(unwrapped));
+    return evaluate_operand(run, operand, receiver_of(unwrapped, counts));
 }
 
 // The one number that an operand gives.
@@ -179,7 +234,7 @@ std::int32_t evaluate_number(const evaluation& run, const path_operand& operand,
         found = true;
         return is_only ? number_of(item, number) : std::int32_t{JSON_WRONG_OPERAND};
     };
-    const std::int32_t outcome = for_each_value(run, operand, take);
+    const std::int32_t outcome = for_each_value(run, operand, take, true);
     return outcome < BIFUN_OK || found ? outcome : std::int32_t{JSON_WRONG_OPERAND};
 }
 
@@ -203,11 +258,12 @@ std::int32_t evaluate_signed(const evaluation& run, const path_operand& operand,
         (void)xdec_neg(&number, &number);
         return take_number(number, receiver);
     };
-    return for_each_value(run, run.path.operands[operand.left], take);
+    return for_each_value(run, run.path.operands[operand.left], take, receiver.counts);
 }
 
 std::int32_t evaluate_operand(const evaluation& run, const path_operand& operand, const item_receiver& receiver) {
     integer_text digits;
+    forget_walks(run, operand);
     switch (operand.kind) {
     case operand_kind::of_document:
         return walk_chain(run, operand.chain, root_of(run), receiver);
@@ -223,7 +279,7 @@ std::int32_t evaluate_operand(const evaluation& run, const path_operand& operand
     }
     case operand_kind::of_operand: {
         auto walk_on = [&](const path_item& item) { return walk_chain(run, operand.chain, item, receiver); };
-        return evaluate_operand(run, run.path.operands[operand.left], receiver_of(walk_on));
+        return evaluate_operand(run, run.path.operands[operand.left], receiver_of(walk_on, false));
     }
     case operand_kind::of_condition: {
         const truth value = evaluate_condition(run, run.path.conditions[operand.left]);
@@ -288,12 +344,12 @@ truth compare_operands(const evaluation& run, const path_condition& condition) {
         auto with_right = [&](const path_item& b) {
             return note(run, condition.kind == condition_kind::compared ? compare_items(condition.compared, a, b) : begins_with(a, b), all);
         };
-        return for_each_value(run, right, with_right);
+        return for_each_value(run, right, with_right, false);
     };
-    std::int32_t outcome = for_each_value(run, left, with_left);
+    std::int32_t outcome = for_each_value(run, left, with_left, false);
     if (outcome >= BIFUN_OK && !has_left && right_can_fail) {
         auto ignore = [](const path_item&) { return go_on; };
-        outcome = for_each_value(run, right, ignore);
+        outcome = for_each_value(run, right, ignore, false);
     }
     return conclude(run, outcome, all);
 }
@@ -325,7 +381,7 @@ truth match_any(const evaluation& run, const path_condition& condition) {
     const path_operand& operand = run.path.operands[condition.left];
     findings all{.can_fail = can_fail(run, operand)};
     auto take = [&](const path_item& item) { return note(run, match(run, *run.path.patterns[condition.right], item), all); };
-    return conclude(run, for_each_value(run, operand, take), all);
+    return conclude(run, for_each_value(run, operand, take, false), all);
 }
 
 truth find_any(const evaluation& run, const path_operand& operand) {
@@ -334,7 +390,7 @@ truth find_any(const evaluation& run, const path_operand& operand) {
         found = true;
         return run.lax() ? enough : go_on;
     };
-    return evaluate_operand(run, operand, receiver_of(take)) < BIFUN_OK ? truth::unknown : truth_of(found);
+    return evaluate_operand(run, operand, receiver_of(take, false)) < BIFUN_OK ? truth::unknown : truth_of(found);
 }
 
 truth evaluate_condition(const evaluation& run, const path_condition& condition) {
@@ -377,7 +433,8 @@ struct walked_step {
 };
 
 std::int32_t walk_on(const evaluation& run, const walked_step& at, const path_item& item) {
-    return walk(run, at.step + 1, at.left - 1, item, run.lax(), at.receiver);
+    const auto walk_step = [&] { return walk(run, at.step + 1, at.left - 1, item, run.lax(), at.receiver); };
+    return at.left == 1 ? walk_step() : walk_once(run, at.step + 1, item, step_is_done, walk_step);
 }
 
 // An object of keyvalue().
@@ -433,6 +490,7 @@ std::int32_t find_index(const evaluation& run, const path_position& position, st
     }
     evaluation within = run;
     within.last = size - 1;
+    within.in_subscript = true;
     xdec number;
     const std::int32_t outcome = evaluate_number(within, run.path.operands[position.operand], number);
     return outcome < BIFUN_OK ? outcome : index_of(number, index);
@@ -451,6 +509,8 @@ std::int32_t walk_elements(const evaluation& run, const walked_step& at, const p
                             return from_first(subscript.from) && from_first(subscript.to);
                         });
     const std::int64_t size = !is_array ? 1 : counts ? count_elements(run, item.token) : not_counted;
+    const std::uint64_t arrived = run.walks.arrived;
+    bool is_in_vain = false;
     for (std::uint32_t i = 0; i < at.step->count; ++i) {
         const path_subscript& subscript = subscripts[i];
         std::int64_t from = 0;
@@ -462,6 +522,9 @@ std::int32_t walk_elements(const evaluation& run, const walked_step& at, const p
         }
         if (run.path.strict && !run.forgives && (from < 0 || from > to || to >= size)) {
             return JSON_NO_SUCH_PART;
+        }
+        if (is_in_vain) {
+            continue;
         }
         from = std::max<std::int64_t>(from, 0);
         std::int64_t index = 0;
@@ -477,8 +540,25 @@ std::int32_t walk_elements(const evaluation& run, const walked_step& at, const p
         if (outcome != go_on) {
             return outcome;
         }
+        // A scalar that a method gives is the same again, and of such no walks are remembered.
+        is_in_vain = !is_array && from <= 0 && to >= 0 && run.walks.arrived == arrived;
     }
     return go_on;
+}
+
+// Whether a filter passes an item. In a subscript that may depend on the array; elsewhere it is the same whenever it is asked.
+bool passes(const evaluation& run, const path_step& filter, const path_item& item) {
+    std::uint8_t* const marks = run.in_subscript ? nullptr : marks_of(run, &filter, item);
+    if (marks != nullptr && (*marks & filter_is_known) != 0) {
+        return (*marks & filter_passes) != 0;
+    }
+    evaluation within = run;
+    within.current = &item;
+    const bool is_passed = evaluate_condition(within, run.path.conditions[filter.first]) == truth::yes;
+    if (marks != nullptr && run.failure == BIFUN_OK) {
+        *marks |= static_cast<std::uint8_t>(filter_is_known | (is_passed ? filter_passes : 0));
+    }
+    return is_passed;
 }
 
 std::string_view type_name(std::uint8_t kind) {
@@ -519,7 +599,12 @@ std::int32_t walk_descendants(const evaluation& run, const walked_step& at, cons
     }
     const std::uint32_t to_value = item.kind == JSON_OBJECT ? 2 : 0;
     return for_each_within(run.document, item.token, [&](std::uint32_t token) {
-        return walk_descendants(run, at, item_of(run.document, token + to_value), level + 1);
+        const path_item within = item_of(run.document, token + to_value);
+        const auto walk_within = [&] { return walk_descendants(run, at, within, level + 1); };
+        // From there on it is the same on every level.
+        return last == no_level && (first == no_level || first <= level + 1)
+                   ? walk_once(run, at.step, within, all_within_is_done, walk_within)
+                   : walk_within();
     });
 }
 
@@ -527,6 +612,7 @@ std::int32_t walk_descendants(const evaluation& run, const walked_step& at, cons
 std::int32_t walk(const evaluation& run, const path_step* step, std::uint32_t left, const path_item& item, bool unwraps,
                   const item_receiver& receiver) {
     if (left == 0) {
+        run.walks.arrived += receiver.counts ? 1 : 0;
         return receiver.take(receiver.to, item);
     }
     const walked_step at{.step = step, .left = left, .receiver = receiver};
@@ -550,10 +636,8 @@ std::int32_t walk(const evaluation& run, const path_step* step, std::uint32_t le
         if (is_unwrapped) {
             return unwrapped();
         }
-        evaluation within = run;
-        within.current = &item;
-        const truth passes = evaluate_condition(within, run.path.conditions[step->first]);
-        return run.failure != BIFUN_OK ? run.failure : passes == truth::yes ? walk_on(run, at, item) : go_on;
+        const bool is_passed = passes(run, *step, item);
+        return run.failure != BIFUN_OK ? run.failure : is_passed ? walk_on(run, at, item) : go_on;
     }
     case step_kind::type_method:
         return walk_on(run, at, scalar_item(JSON_STRING, type_name(item.kind)));
@@ -586,8 +670,25 @@ bool find_value(const json_document& document, const jpath& path, std::uint32_t&
 
 std::int32_t evaluate_path(const json_document& document, const jpath& path, const item_receiver& receiver) {
     std::int32_t failure = BIFUN_OK;
-    const evaluation run{.document = document, .path = path, .failure = failure, .forgives = false, .last = 0, .current = nullptr};
+    remembered_walks walks{};
+    const std::size_t size = path.repeats ? std::size_t{path.step_count} * document.token_count : 0;
+    if (size != 0) {
+        walks.marks = static_cast<std::uint8_t*>(allocate(size));
+        if (walks.marks == nullptr) {
+            return BIFUN_OUT_OF_MEMORY;
+        }
+        std::memset(walks.marks, 0, size);
+    }
+    const evaluation run{.document = document,
+                         .path = path,
+                         .failure = failure,
+                         .walks = walks,
+                         .forgives = false,
+                         .last = 0,
+                         .in_subscript = false,
+                         .current = nullptr};
     const std::int32_t outcome = evaluate_operand(run, path.operands[path.root], receiver);
+    release(walks.marks, size);
     return failure != BIFUN_OK ? failure : outcome;
 }
 

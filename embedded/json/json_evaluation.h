@@ -24,10 +24,11 @@ struct path_item {
 };
 
 // Who is given the items, one by one in their order. `take` returns 0, a number above 0 where no further item is wanted, or a failure. The
-// text of an item stays for as long as `take` runs.
+// text of an item stays for as long as `take` runs. `counts`: it makes a difference how often an item is given.
 struct item_receiver {
     void* to;
     std::int32_t (*take)(void* to, const path_item& item);
+    bool counts;
 };
 
 path_item item_of(const json_document& document, std::uint32_t token);

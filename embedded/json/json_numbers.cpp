@@ -2,12 +2,12 @@
 #include "embedded/json/json_numbers.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cstring>
 
 #include "bop/frame/status.h"
 #include "embedded/decimal/digits.h"
 #include "engine/json.h"
+#include "engine/number_format.h"
 #include "layouts/order.h"
 
 namespace zqengine {
@@ -137,7 +137,7 @@ std::string_view without_spaces(std::string_view text) {
 } // namespace zqengine
 
 int32_t json_get_double(const uint8_t* text, uint32_t length, double* result) {
-    std::string_view number = zqengine::without_spaces({reinterpret_cast<const char*>(text), length});
+    const std::string_view number = zqengine::without_spaces({reinterpret_cast<const char*>(text), length});
     const bool has_sign = number.starts_with('+') || number.starts_with('-');
     // An infinity or NaN has no digit there, and a second sign is none.
     const std::string_view digits = number.substr(has_sign ? 1 : 0);
@@ -145,18 +145,5 @@ int32_t json_get_double(const uint8_t* text, uint32_t length, double* result) {
     if (first > 1 || (first == 1 && digits.front() != '.')) {
         return BIFUN_UNUSABLE_TEXT;
     }
-    number.remove_prefix(number.starts_with('+') ? 1 : 0);
-    double value = 0;
-    const std::from_chars_result read = std::from_chars(number.data(), number.data() + number.size(), value);
-    if (read.ec == std::errc::invalid_argument || read.ptr != number.data() + number.size()) {
-        return BIFUN_UNUSABLE_TEXT;
-    }
-    if (read.ec == std::errc::result_out_of_range) {
-        if (zqengine::scale(number).position > 0) {
-            return BIFUN_NUMERIC_OVERFLOW;
-        }
-        value = number.starts_with('-') ? -0.0 : 0.0; // less than half of the smallest double
-    }
-    *result = value;
-    return BIFUN_OK;
+    return zq_char2dou(reinterpret_cast<const std::uint8_t*>(number.data()), static_cast<std::uint32_t>(number.size()), result);
 }

@@ -483,6 +483,9 @@ std::int32_t parse_path(std::string_view text, jpath& path, std::uint32_t& fault
         root = add_operand(reader, operand);
     }
     path.root = root.index;
+    path.repeats = std::count_if(path.steps, path.steps + path.step_count, [](const path_step& step) {
+                       return step.kind == step_kind::descendants || (step.kind == step_kind::elements && step.count > 1);
+                   }) > 1;
     return BIFUN_OK;
 }
 

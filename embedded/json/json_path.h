@@ -115,6 +115,7 @@ struct path_condition {
 struct jpath {
     std::size_t size;
     bool strict;
+    bool repeats;       // some step may be taken for one item more than once
     std::uint32_t root; // operand
     zqengine::path_step* steps;
     zqengine::path_subscript* subscripts;

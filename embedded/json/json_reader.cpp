@@ -50,6 +50,9 @@ char* make_room(json_reader& reader, std::size_t size) {
     return reader.buffer + reader.length;
 }
 
+// PostgreSQL's, too. Items that a path gives over and over would fill any memory.
+constexpr std::size_t longest_result = (std::size_t{1} << 28) - 1;
+
 constexpr std::size_t copy_room = 16; // what may be overwritten behind a copy
 
 void copy(const json_document& document, std::uint32_t begin, std::size_t length, char* out) {
@@ -143,7 +146,7 @@ std::int32_t give(json_reader& reader, std::string_view result, const std::uint8
 template <class Take> std::int32_t take_items(const json_document& document, const jpath& path, Take& take) {
     std::uint32_t token = 0;
     if (!find_value(document, path, token)) {
-        const item_receiver receiver{&take, [](void* to, const path_item& given) { return (*static_cast<Take*>(to))(given); }};
+        const item_receiver receiver{&take, [](void* to, const path_item& given) { return (*static_cast<Take*>(to))(given); }, true};
         return evaluate_path(document, path, receiver);
     }
     if (token == no_token) {
@@ -253,6 +256,9 @@ int32_t jpath_get_json(bifun_environment* environment, json_reader* reader, cons
     auto take = [&](const path_item& given) -> std::int32_t {
         if (count == 1 && wrapper == JPATH_NO_WRAPPER) {
             return JSON_SEVERAL_ITEMS;
+        }
+        if (reader->length > longest_result) {
+            return BIFUN_RESULT_TOO_LONG;
         }
         if (make_room(*reader, 1) == nullptr) {
             return BIFUN_OUT_OF_MEMORY;

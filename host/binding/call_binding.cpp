@@ -23,8 +23,8 @@ using bifun::value_type;
 // The names of keywords to show, by their codes.
 std::map<std::int32_t, std::string> names_of(bifun::keyword_list keywords) {
     std::map<std::int32_t, std::string> names;
-    for (const auto& [code, all] : keywords.words) {
-        names[code] = all.substr(0, all.find(' '));
+    for (const bifun::keyword& word : keywords.words) {
+        names[word.code] = word.names.substr(0, word.names.find(' '));
     }
     return names;
 }

@@ -94,16 +94,16 @@ std::string names_of_fields() {
     constexpr std::size_t widest = 140;
     std::string line = "- The other functions with a field know it by these names, bare or in quotes, in any case:";
     std::string text;
-    for (const auto& [code, names] : bifun::datepart_words) {
+    for (const bifun::keyword& word : bifun::datepart_words) {
         std::string item = " ";
-        for (const char c : names) {
+        for (const char c : word.names) {
             if (c == ' ') {
                 item += item.find('(') == item.npos ? " (" : ", ";
             } else {
                 item.push_back(static_cast<char>(c - 'A' + 'a'));
             }
         }
-        item += code == std::rbegin(bifun::datepart_words)->code ? ")." : "),";
+        item += word.code == std::rbegin(bifun::datepart_words)->code ? ")." : "),";
         if (line.size() + item.size() > widest) {
             text += line + "\n";
             line.assign(1, ' ');

@@ -4,11 +4,12 @@
 #ifndef BIFUN_HOST_TABLES_PLAIN_VALUES_H
 #define BIFUN_HOST_TABLES_PLAIN_VALUES_H
 
-#include <charconv>
+#include <bit>
 #include <cstdint>
 #include <iterator>
 #include <string_view>
 
+#include "embedded/decimal/nearest_double.h"
 #include "host/values/sql_type.h"
 #include "layouts/calendar.h"
 #include "layouts/datetime_layout.h"
@@ -87,8 +88,13 @@ inline bool read_value(std::string_view text, std::int64_t& value) {
 inline bool read_value(std::string_view text, double& value) {
     constexpr std::uint32_t digits_of_any = 15;
     const digits read = read_digits(text);
-    return read.count != 0 && read.count <= digits_of_any &&
-           std::from_chars(text.data(), text.data() + text.size(), value).ec == std::errc{};
+    if (read.count == 0 || read.count > digits_of_any) {
+        return false;
+    }
+    const double magnitude =
+        read.magnitude != 0 ? std::bit_cast<double>(zqengine::nearest_double_bits(read.magnitude, std::int64_t{read.scale})) : 0;
+    value = read.negative ? -magnitude : magnitude;
+    return true;
 }
 
 inline bool read_value(std::string_view text, xdec& value) {

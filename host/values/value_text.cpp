@@ -2,16 +2,14 @@
 #include "host/values/value_text.h"
 
 #include <algorithm>
-#include <cmath>
-#include <cstdlib>
 #include <limits>
-#include <string>
 
 #include <fmt/format.h>
 
 #include "embedded/datetime/text.h"
 #include "engine/datetime.h"
 #include "engine/decimal.h"
+#include "engine/number_format.h"
 
 namespace host {
 namespace {
@@ -73,9 +71,9 @@ bool fits_decimal(const number_shape& shape) {
            static_cast<std::int64_t>(shape.fraction_digits) <= most_fraction_digits + std::min<std::int64_t>(shape.exponent, INT32_MAX);
 }
 
-bool read_extreme_number(std::string_view text, double& value) {
-    value = std::strtod(std::string(text).c_str(), nullptr);
-    return std::isfinite(value);
+bool read_number(std::string_view text, double& value) {
+    return text.size() <= std::numeric_limits<std::uint32_t>::max() &&
+           zq_char2dou(bytes_of(text), static_cast<std::uint32_t>(text.size()), &value) == 0;
 }
 
 bool read_decimal(std::string_view text, xdec& value) {

@@ -8,7 +8,6 @@
 #include <optional>
 #include <string_view>
 #include <system_error>
-#include <type_traits>
 
 #include "bop/frame/contract.h"
 #include "host/values/sql_type.h"
@@ -42,24 +41,16 @@ constexpr std::size_t most_decimal_digits = 38;
 constexpr std::int64_t most_fraction_digits = 127;
 bool fits_decimal(const number_shape& shape);
 
-// The double nearest to a number that is too small or too large for std::from_chars; false beyond the largest.
-bool read_extreme_number(std::string_view text, double& value);
-
-// Each reads the whole text or returns false. They allow blanks around and a plus sign; the decimal also .5 and 5. A double is the nearest
-// one; no other value is read that is not what the text says.
-template <class Number> bool read_number(std::string_view text, Number& value) {
+// Each reads the whole text or returns false. They allow blanks around and a plus sign; those with a fraction also .5 and 5. A double is
+// the nearest one, and may be NaN or an infinity by its name; no other value is read that is not what the text says.
+bool read_number(std::string_view text, double& value);
+template <class Integer> bool read_number(std::string_view text, Integer& value) {
     text = without_blanks_around(text);
     if (text.starts_with('+') && !text.starts_with("+-")) {
         text.remove_prefix(1);
     }
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-    const bool is_whole = end == text.data() + text.size();
-    if constexpr (std::is_floating_point_v<Number>) {
-        if (is_whole && error == std::errc::result_out_of_range) {
-            return read_extreme_number(text, value);
-        }
-    }
-    return error == std::errc{} && is_whole;
+    return error == std::errc{} && end == text.data() + text.size();
 }
 bool read_decimal(std::string_view text, xdec& value);
 

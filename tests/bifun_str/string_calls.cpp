@@ -65,10 +65,11 @@ std::vector<const bifun::entry_point*> string_functions() {
     std::vector<const bifun::entry_point*> found;
     for (const bifun::entry_point& entry : bifun::entry_points) {
         // ROUND and the like are about numbers and dates in texts, or JSON; digests and sort keys have others to compare with.
-        const bool is_other = bifun::has_word("ROUND TO_NUMBER ISNUMERIC JSON_VALUE JSON_QUERY MD5 SHA2 NLSSORT", entry.builtin) ||
-                              std::ranges::any_of(entry.arguments(), [](const auto& argument) {
-                                  return argument.type != value_type::VARCHAR && argument.type != value_type::INT;
-                              });
+        const bool is_other =
+            bifun::has_word("ROUND TO_NUMBER TO_DOUBLE ISNUMERIC JSON_VALUE JSON_QUERY MD5 SHA2 NLSSORT", entry.builtin) ||
+            std::ranges::any_of(entry.arguments(), [](const auto& argument) {
+                return argument.type != value_type::VARCHAR && argument.type != value_type::INT;
+            });
         if (std::string_view(entry.symbol).ends_with("_str") && !is_other) {
             found.push_back(&entry);
         }

@@ -177,6 +177,7 @@ STATUS(ntype_is_double_overflow, (double value), value)
 STATUS(str2int64, (const u8* text, u32 length, i64* r), text, length, r)
 TEXT_STATUS(utl_digit_from_char, (const u8* text, u32 length, double* r), text, length, r)
 STATUS(zq_dou2char, (double value, char* buffer, u32 size, u32* length), value, buffer, size, length)
+TEXT_STATUS(zq_char2dou, (const u8* text, u32 length, double* r), text, length, r)
 STATUS(xdec_to_char_with_zero, (const xdec* a, char* buffer, u32 size, i32 x, i32 y, u32* length), a, buffer, size, x, y, length)
 OPERATION(i32, xdec_to_char_with_fmt, (environment * e, const xdec* a, char* buffer, const u8* format, u32 length),
           (demand_zeros(buffer), fill_behind_text(buffer, embedded(e, a, buffer, format, length))))

@@ -8,6 +8,7 @@
 #include <unicode/ucnv.h>
 #include <unicode/ustring.h>
 
+#include <algorithm>
 #include <random>
 #include <string>
 #include <vector>
@@ -79,8 +80,11 @@ TEST_P(LetterCase, OfEveryCharacterIsIcusWhereTheCharacterSetHasIt) {
     for (UChar32 code_point = 0; code_point <= 0x10FFFF; ++code_point) {
         const std::u16string units = units_of(code_point);
         const std::string character = U_IS_SURROGATE(code_point) ? std::string() : encoded(units);
-        // A character set may have a character twice, or as one that its table of characters does not know.
-        if (character.empty() || (code_point >= 0x80 && character.size() == 1)) {
+        // A character set may have a character twice, or as one that its table of characters does not know. ICU's converter knows more
+        // pairs than EUC-KR has, of bytes below 0xA1.
+        const bool is_no_pair = GetParam().first == ZQ_CHARSET_EUC_KR &&
+                                std::ranges::any_of(character, [](char byte) { return static_cast<std::uint8_t>(byte) < 0xA1; });
+        if (character.empty() || (code_point >= 0x80 && (character.size() == 1 || is_no_pair))) {
             continue;
         }
         for (const std::int32_t to : {NLS_CASE_UPPER, NLS_CASE_LOWER, NLS_CASE_INITIAL}) {
@@ -100,7 +104,7 @@ TEST_P(LetterCase, OfEveryCharacterIsIcusWhereTheCharacterSetHasIt) {
 
 INSTANTIATE_TEST_SUITE_P(Charsets, LetterCase,
                          testing::Values(std::pair{ZQ_CHARSET_UTF8, "UTF-8"}, std::pair{ZQ_CHARSET_GB18030, "gb18030"},
-                                         std::pair{ZQ_CHARSET_EUC_KR, "EUC-KR"}),
+                                         std::pair{ZQ_CHARSET_EUC_KR, "windows-949"}),
                          [](const auto& charset) { return "Code" + std::to_string(charset.param.first); });
 
 // Sigmas before and behind letters, marks and what cases pass over; I with its dot near and far; blocks of ASCII between.

@@ -241,6 +241,10 @@ void expect_standard_text(double value) {
     std::uint32_t length = 0;
     ASSERT_EQ(zq_dou2char(value, buffer, sizeof buffer, &length), 0);
     ASSERT_EQ(std::string(buffer, length), standard_text(value)) << std::bit_cast<std::uint64_t>(value);
+    double again = 0;
+    ASSERT_EQ(zq_char2dou(reinterpret_cast<const std::uint8_t*>(buffer), length, &again), BIFUN_OK) << buffer;
+    ASSERT_TRUE(std::isnan(value) ? std::isnan(again) : std::bit_cast<std::uint64_t>(again) == std::bit_cast<std::uint64_t>(value))
+        << buffer;
 }
 
 TEST(DoubleText, IsTheStandardShortestText) {

@@ -21,6 +21,8 @@ TEST(NumberCalls, ReadText) {
         {"TO_NUMBER('1,234.50', '9,999.99') + 1 ; TO_NUMBER(' -5e-1 ') ; TO_NUMBER('n/a') ; TO_NUMBER(NULL)", "1235.50, -0.5, null, null"},
         {"ISNUMERIC('1e5') ; ISNUMERIC('1,5') ; ISNUMERIC('1.234,5', '9G999D9', 'NLS_NUMERIC_CHARACTERS='',.''') ; ISNUMERIC(NULL)",
          "true, false, true, null"},
+        {"TO_DOUBLE('1e-320') ; CAST('1e-320' AS DOUBLE) ; TO_DOUBLE('-inf') ; TO_DOUBLE('n/a') ; TO_DOUBLE('<1,234.5>', '9,999.9PR')",
+         R"(1E-320, 1E-320, "-Infinity", null, -1234.5)"},
         {"TO_NUMBER('')", "null", {"--set", "compatible_mode=2"}},
     });
     expect_refused({

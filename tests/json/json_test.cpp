@@ -511,6 +511,29 @@ TEST(JsonPath, Cases) {
     EXPECT_EQ(query("1", std::string(steps).append("[*]")), "@193");
 }
 
+// The ways to an item, of which there are more than 10^12, are not all gone.
+TEST(JsonPath, ComesToAnItemInManyWays) {
+    constexpr std::size_t levels = 1000;
+    std::string deep;
+    for (std::size_t i = 0; i < levels; ++i) {
+        deep.append(R"({"a":[0],"b":)");
+    }
+    deep.append("1").append(levels, '}');
+    for (const char* const path :
+         {"$.**.**.**.**.x", "strict $.**.**.**.**.x", "(($.**).**.**).**.x", "$.**{0 to 900}.**{1 to last}.**{0 to 900}.**.x",
+          "$ ? (@.**.**.**.** == 7)", "$ ? (exists(@.** ? (exists(@.** ? (exists(@.** ? (exists(@.** ? (@ == 2)))))))))",
+          "$.**.**.**.** ? (@ == 2)"}) {
+        EXPECT_EQ(query(deep, path), "-7104") << path;
+    }
+    EXPECT_EQ(query(deep, "$.**.**.**"), std::to_string(BIFUN_RESULT_TOO_LONG));
+    std::string scalars = "$.type()";
+    for (int i = 0; i < 40; ++i) {
+        scalars.append("[0, 0]");
+    }
+    EXPECT_EQ(query("1", scalars + ".double()"), "-7107");
+    EXPECT_EQ(query("1", scalars + " ? (@ == 1)"), "-7104");
+}
+
 TEST(JsonPath, IsWrapped) {
     EXPECT_EQ(query("[1, 2]", "$", JPATH_NO_WRAPPER), "[1,2]");
     EXPECT_EQ(query("[1, 2]", "$[*]", JPATH_NO_WRAPPER), "-7105");
@@ -610,7 +633,12 @@ TEST(JsonCharset, IsThatOfTheDatabase) {
     EXPECT_EQ(parse("[\"\xB0\"]"), JSON_INVALID_TEXT);
     EXPECT_EQ(query(R"(["\uac00", "\u00ff"])", "$[*] ? (@ == \"\xB0\xA1\")"), R"(["\uac00"])");
     EXPECT_EQ(query("1", R"("\uac00")"), "[\"\xB0\xA1\"]");
-    EXPECT_EQ(query("1", R"("\u00ff")"), std::to_string(JSON_NO_CHARACTER));
+    EXPECT_EQ(query("[\"\xA2\xE6\"]", R"($[*] ? (@ == "\u20ac"))"), "[\"\xA2\xE6\"]");
+    EXPECT_EQ(parse("[\"\xC9\xA1\"]"), JSON_INVALID_TEXT);
+    EXPECT_EQ(parse("[\"\x81\x41\"]"), JSON_INVALID_TEXT);
+    for (const char* const path : {R"("\u00ff")", R"("\uac02")", R"("\ue000")", R"("\u0080")"}) {
+        EXPECT_EQ(query("1", path), std::to_string(JSON_NO_CHARACTER)) << path;
+    }
 }
 
 TEST(JsonNumbers, AreComparedExactly) {

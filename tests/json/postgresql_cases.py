@@ -96,7 +96,7 @@ def steps(count, depth):
             text += f' ? ({predicate(depth - 1)})'
         else:
             text += draw.choice(['.type()', '.size()', '.double()', '.abs()', '.ceiling()', '.floor()', '.keyvalue().key', '.keyvalue().value',
-                                 '.**', '.**{1}', '.**{0 to 1}', '.**{last}', '.**{1 to last}'])
+                                 '.**', '.**.**', '.**{1}', '.**{0 to 1}', '.**{last}', '.**{1 to last}'])
     return text
 
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// TO_NUMBER and ISNUMERIC, through the library.
+// TO_NUMBER, TO_DOUBLE and ISNUMERIC, through the library.
 
 #include <random>
 #include <string>
@@ -26,6 +26,8 @@ TEST_F(NumberOfText, IsNullOrAnErrorForOtherText) {
         expect_results({
             "bto_number_a_str | 1.00 ~-.5e1~__ x '' _ 12a NULL | [0] 1.00 -5 NULL NULL NULL NULL NULL",
             "bisnumeric_a_str | 1.00 ~-.5e1~__ x '' _ 12a NULL 1e999 | [0] 1 1 0 0 0 0 NULL 0",
+            "bto_double_a_str | 1.00 ~-.5e1~__ x '' _ 12a NULL -inf NaN 3e-324 | [0] 1 -5 NULL NULL NULL NULL NULL -inf nan "
+            "4.9406564584124654e-324",
             "bto_number_a_str | 1 1e999 2 | [0] 1 NULL ? status -6102",
         });
     }
@@ -33,6 +35,8 @@ TEST_F(NumberOfText, IsNullOrAnErrorForOtherText) {
     expect_results({
         "bto_number_a_str | 1.00 '' NULL | [0] 1.00 NULL NULL",
         "bto_number_a_str | 1 _ 2 | [0] 1 NULL ? status -6128",
+        "bto_double_a_str | 1024e0 '' NULL | [0] 1024 NULL NULL",
+        "bto_double_a_str | 1 x 2 | [0] 1 NULL ? status -6128",
         "bisnumeric_a_str | 1 '' _ x | [1] 1 0 0 0",
     });
 }
@@ -43,6 +47,8 @@ TEST_F(NumberOfText, IsReadUnderAFormat) {
         "bto_number_av_str | 1 | NULL=9 | [0] NULL",
         "bto_number_avv_str | 1.234,5€ | 9G999D9L | NLS_NUMERIC_CHARACTERS=',.'~NLS_CURRENCY=€ | [1] 1234.5",
         "bto_number_avv_str | 1 | 9 | NULL=x | [0] NULL",
+        "bto_double_av_str | 1,234.50 ~12-_ NULL | 9,999.99MI | [0] 1234.5 -12 NULL",
+        "bto_double_avv_str | 0,5 | 9D9 | NLS_NUMERIC_CHARACTERS=',.' | [1] 0.5",
         "bisnumeric_av_str | 1,234 1234 12345 NULL '' 1e9 | 9,999 | [0] 1 1 0 NULL 0 0",
         "bisnumeric_avv_str | €1 $1 | L9 | NLS_CURRENCY=€ | [1] 1 0",
         "bisnumeric_av_str | 1E126 1E127 | 9EEEE | [1] 1 0",
