@@ -59,14 +59,23 @@ struct keyword {
     word_number numbers[8] = {}; // of the names, zeros behind
     std::uint32_t initials = 0;  // as bits, so that most keywords are passed over at once
 
-    constexpr keyword(std::int32_t meant, std::string_view all) : code(meant), names(all) {
+    consteval keyword(std::int32_t meant, std::string_view all) : code(meant), names(all) {
         for (word_number& number : numbers) {
             const std::string_view name = all.substr(0, all.find(' '));
             number = number_of(name);
+            if (name.size() > longest_word) {
+                does_not_fit();
+            }
             initials |= initial_of(name);
             all.remove_prefix(name.size() == all.size() ? name.size() : name.size() + 1);
         }
+        if (!all.empty()) {
+            does_not_fit();
+        }
     }
+
+  private:
+    static void does_not_fit(); // never defined: a list that comes here does not compile
 };
 
 enum class keyword_role : std::uint8_t {
