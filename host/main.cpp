@@ -120,7 +120,8 @@ void add_file_options(CLI::App& app, program_options& options) {
     app.add_option("--format", options.format,
                    std::string(output_format_names) + "; otherwise what the name of --output says, a table on a terminal, or csv")
         ->type_name("NAME");
-    app.add_option("--output", options.output, "the file that the result goes to; it is written whole or, after an error, not at all")
+    app.add_option("--output", options.output,
+                   "the file that the result goes to; it is written whole or, after an error, not at all. - is the standard output")
         ->type_name("FILE");
     app.add_option("--delimiter", options.delimiter,
                    std::string("what separates the fields: ") + std::string(delimiter_names) +

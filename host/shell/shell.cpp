@@ -201,7 +201,7 @@ std::string with_commands(std::string_view message) {
 void run_timed(shell_state& shell, const std::string& sql) {
     const auto begin = std::chrono::steady_clock::now();
     run_statement(shell.options, shell.options.words, sql, [](const std::string& notice) { print_message(with_commands(notice)); });
-    if (!shell.options.output.empty()) {
+    if (has_output_file(shell.options)) {
         print_message("the result is in " + std::exchange(shell.options.output, {}));
     }
     if (shell.shows_time) {
