@@ -18,6 +18,7 @@
 #include "host/query_run.h"
 #include "host/shell/shell.h"
 #include "host/tables/delimiter.h"
+#include "host/values/value_text.h"
 
 namespace host {
 namespace {
@@ -108,12 +109,19 @@ int list_functions(int argument_count, char** arguments) {
     return 0;
 }
 
+// Read as an unsigned number, -1 would be a huge one. Empty where the text is right.
+std::string is_line_count(const std::string& text) {
+    std::uint64_t lines = 0;
+    return read_number(text, lines) ? "" : fmt::format("\"{}\" is no number of lines, such as 2", text);
+}
+
 // Of files and results, for queries and descriptions alike.
 void add_file_options(CLI::App& app, program_options& options) {
     app.add_option("--format", options.format,
                    std::string(output_format_names) + "; otherwise what the name of --output says, a table on a terminal, or csv")
         ->type_name("NAME");
-    app.add_option("--output", options.output, "the file that the result goes to; it is written whole or, after an error, not at all")
+    app.add_option("--output", options.output,
+                   "the file that the result goes to; it is written whole or, after an error, not at all. - is the standard output")
         ->type_name("FILE");
     app.add_option("--delimiter", options.delimiter,
                    std::string("what separates the fields: ") + std::string(delimiter_names) +
@@ -144,7 +152,9 @@ void add_file_options(CLI::App& app, program_options& options) {
                  "fields in quotes are NULL, too, where they are empty or one of --null");
     app.add_flag("--fill-short-rows", options.reading.fills_short_rows, "rows with fewer fields than the header have NULL for the rest");
     app.add_flag("--no-header", options.no_header, "the first line is a row, and the columns are column_1, column_2 ...");
-    app.add_option("--skip", options.reading.skipped_lines, "leave out the first lines of the file")->type_name("LINES");
+    app.add_option("--skip", options.reading.skipped_lines, "leave out the first lines of the file")
+        ->check(is_line_count, "")
+        ->type_name("LINES");
     app.add_flag("--ignore-errors", options.reading.ignores_errors,
                  "leave out rows that have more or fewer fields than the header, misplaced quotes or values that do not fit the types "
                  "given, and say how many");

@@ -82,6 +82,8 @@ type_sample sample_of(const program_options& options) {
     return {.of_files = megabytes << 20, .of_pipes = megabytes << 20};
 }
 
+bool has_output_file(const program_options& options) { return !options.output.empty() && options.output != "-"; }
+
 output_format format_of(const program_options& options) {
     if (!options.format.empty()) {
         const std::optional<output_format> format = find_output_format(options.format);
@@ -99,12 +101,12 @@ output_format format_of(const program_options& options) {
                  output_format_names);
         }
     }
-    return by_name ? *by_name : options.output.empty() && isatty(STDOUT_FILENO) == 1 ? output_format::table : output_format::csv;
+    return by_name ? *by_name : !has_output_file(options) && isatty(STDOUT_FILENO) == 1 ? output_format::table : output_format::csv;
 }
 
 result_stream open_results(const program_options& options) {
     result_stream opened{.file = nullptr, .stream = {.file = STDOUT_FILENO, .text = {}}, .is_terminal = false};
-    if (!options.output.empty()) {
+    if (has_output_file(options)) {
         opened.file = std::make_unique<output_file>(options.output);
         opened.stream.file = opened.file->descriptor();
     }

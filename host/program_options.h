@@ -41,6 +41,9 @@ type_sample sample_of(const program_options& options);
 // By --format, or else the name of the output file; a table on a terminal, and CSV otherwise.
 output_format format_of(const program_options& options);
 
+// Whether --output names one; - is the standard output.
+bool has_output_file(const program_options& options);
+
 // Where the results go.
 struct result_stream {
     std::unique_ptr<output_file> file; // null for the standard output

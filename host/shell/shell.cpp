@@ -74,7 +74,13 @@ void change_settings(shell_state& shell, const std::string& assignment) {
     changed.settings.push_back(assignment);
     try {
         begin_session(read_settings(changed.settings));
-        shell.tables = read_tables(changed, changed.words);
+        std::vector<shell_table> tables = read_tables(changed, changed.words);
+        for (std::size_t i = 0; i < tables.size(); ++i) {
+            if (!tables[i].fault.empty() && shell.tables[i].fault.empty()) { // with the change alone
+                throw program_error(tables[i].fault);
+            }
+        }
+        shell.tables = std::move(tables);
     } catch (...) {
         begin_session(read_settings(shell.options.settings));
         throw;
@@ -195,7 +201,7 @@ std::string with_commands(std::string_view message) {
 void run_timed(shell_state& shell, const std::string& sql) {
     const auto begin = std::chrono::steady_clock::now();
     run_statement(shell.options, shell.options.words, sql, [](const std::string& notice) { print_message(with_commands(notice)); });
-    if (!shell.options.output.empty()) {
+    if (has_output_file(shell.options)) {
         print_message("the result is in " + std::exchange(shell.options.output, {}));
     }
     if (shell.shows_time) {
@@ -321,11 +327,19 @@ void run_shell(program_options options) {
     static_cast<void>(sample_of(shell.options));
     shell.tables = read_tables(shell.options, shell.options.words);
     shell.options.types = given_types_text(parse_types(shell.options.types));
-    check_given_types(parse_types(shell.options.types), nullptr, shell.options.words, reading_of(shell.options),
-                      read_settings(shell.options.settings));
+    const auto is_readable = [](const shell_table& table) { return table.fault.empty(); };
+    if (std::ranges::all_of(shell.tables, is_readable)) { // or else types may be of what cannot be read
+        check_given_types(parse_types(shell.options.types), nullptr, shell.options.words, reading_of(shell.options),
+                          read_settings(shell.options.settings));
+    }
     catch_interruptions();
     line_editor editor(history_path(), [&](std::string_view before) { return complete(shell, before); });
     print("bifun " BIFUN_VERSION "; \\? lists the commands, Ctrl-D ends.\n");
+    for (const shell_table& table : shell.tables) {
+        if (!table.fault.empty()) {
+            print_message(table.fault);
+        }
+    }
     std::string line;
     while (!shell.has_ended) {
         switch (editor.read(prompt_for(shell.statement), line)) {

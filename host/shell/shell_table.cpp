@@ -28,14 +28,23 @@ std::vector<shell_table> read_tables(const program_options& options, const std::
         if (path == "-") {
             fail("the standard input is the terminal here, and no table; give files alone");
         }
-        tables.push_back({.path = path, .name = plain_table_name_of(path), .columns = {}});
+        tables.push_back({.path = path, .name = plain_table_name_of(path), .columns = {}, .fault = {}});
+        std::error_code none;
+        const bool exists = std::filesystem::exists(path, none);
         // A pipe is read once, by a query, and what cannot be read says so.
-        if (std::error_code none; !is_file(path) && std::filesystem::exists(path, none)) {
+        if (!is_file(path) && exists) {
             continue;
         }
-        const std::unique_ptr<table> opened = open_table(path, reading, settings);
-        for (const table_column& column : opened->columns) {
-            tables.back().columns.push_back(name_in_query(column.name));
+        try {
+            const std::unique_ptr<table> opened = open_table(path, reading, settings);
+            for (const table_column& column : opened->columns) {
+                tables.back().columns.push_back(name_in_query(column.name));
+            }
+        } catch (const program_error& error) {
+            if (!exists) {
+                throw;
+            }
+            tables.back().fault = error.what();
         }
     }
     return tables;

@@ -16,9 +16,10 @@ struct shell_table {
     std::string path;
     std::string name;
     std::vector<std::string> columns; // none of what can be read only once
+    std::string fault;                // why it cannot be read; empty where it can
 };
 
-// Reads the headers of the files. Throws program_error where one cannot be read.
+// Reads the headers of the files. Throws program_error where a file does not exist or is the standard input.
 std::vector<shell_table> read_tables(const program_options& options, const std::vector<std::string>& files);
 
 // The columns of one of them with their types, a line each; `name` is that of the table or the file. Throws where there is none.

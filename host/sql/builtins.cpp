@@ -48,6 +48,7 @@ constexpr name_elsewhere names_elsewhere[] = {
     {"TYPEOF PG_TYPEOF", "\"bifun describe FILE\" shows the types of columns, and \\d TABLE in the shell"},
     {"IS_JSON JSON_VALID", "use JSON_QUERY(s, '$') IS NOT NULL"},
     {"IS_NUMBER IS_NUMERIC ISNUMBER", "use ISNUMERIC(text)"},
+    {"FROM_TZ NEW_TIME CONVERT_TZ CONVERT_TIMEZONE FROM_UTC_TIMESTAMP TO_UTC_TIMESTAMP", no_zone_conversion},
     {"MAKE_DATE MAKE_TIMESTAMP", "use TO_DATETIME(year, month, day, hour, minute)"},
 };
 

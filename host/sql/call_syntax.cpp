@@ -3,10 +3,13 @@
 
 #include <algorithm>
 
+#include <fmt/format.h>
+
 #include "host/sql/builtins.h"
 #include "host/sql/call_spelling.h"
 #include "host/sql/parse_tree.h"
 #include "host/sql/sql_text.h"
+#include "host/sql/syntax_advice.h"
 
 namespace host {
 namespace {
@@ -77,7 +80,7 @@ expression translate_call(const json& body, translation_context context) {
     } else if (builtin != nullptr) {
         made.name = builtin->name;
     } else if (has_own_syntax && made.name == "timezone") {
-        made.name = "at time zone"; // as people write it
+        fail_at(context.sql, made.offset, fmt::format("AT TIME ZONE is not supported; {}", no_zone_conversion));
     }
     return made;
 }

@@ -234,7 +234,7 @@ struct refused_node {
 
 constexpr refused_node refused_nodes[] = {
     {"SubLink", "subqueries are not supported; write the values, as in x IN (1, 2)"},
-    {"ParamRef", "there are no parameters; write the value"},
+    {"ParamRef", no_parameters},
     {"A_ArrayExpr", "arrays are not supported"},
     {"A_Indirection", "arrays and records are not supported"},
     {"RowExpr", "records are not supported"},

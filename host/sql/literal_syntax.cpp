@@ -7,6 +7,7 @@
 
 #include "host/sql/parse_tree.h"
 #include "host/sql/sql_text.h"
+#include "host/sql/syntax_advice.h"
 #include "host/values/value_text.h"
 
 namespace host {
@@ -110,6 +111,9 @@ expression translate_column(const json& body, translation_context context) {
     }
     if (fields.size() > 2) {
         refuse(body, context, "a column is written name or table.name");
+    }
+    if (begins_with_curly_quote(std::string_view(context.sql).substr(made.offset))) {
+        fail_at(context.sql, made.offset, straight_quotes);
     }
     made.name = fields.back()["String"].value("sval", "");
     if (fields.size() == 2) {

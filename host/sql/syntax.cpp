@@ -38,7 +38,7 @@ constexpr std::string_view no_subqueries = "subqueries are not supported; a quer
 
 table_name translate_from(const json& from, const translation_context& context) {
     if (from.size() > 1 || from[0].contains("JoinExpr")) {
-        refuse(from, context, "joins are not supported; FROM takes one table");
+        refuse(from, context, no_joins);
     }
     if (from[0].contains("RangeSubselect")) {
         refuse(from, context, no_subqueries);

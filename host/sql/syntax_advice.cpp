@@ -33,6 +33,8 @@ struct word_elsewhere {
     std::string_view advice;
 };
 
+constexpr std::string_view curly_quotes[] = {"\u2018", "\u2019", "\u201C", "\u201D"};
+
 constexpr word_elsewhere words_elsewhere[] = {
     {"TRY_CAST SAFE_CAST TRY_CONVERT", "CAST fails where a text is none of the type; TO_NUMBER(x) is NULL there, and so is "
                                        "CASE WHEN ISNUMERIC(x) THEN CAST(x AS INT) END"},
@@ -42,7 +44,56 @@ constexpr word_elsewhere words_elsewhere[] = {
     {"DIV", "use TRUNC(x / y)"},
     {"XOR", "use (a OR b) AND NOT (a AND b)"},
     {"EXCLUDE", "write the names of the columns"},
+    {"CONTAINS", "LIKE '%text%' finds texts that hold another"},
+    {"STARTS STARTSWITH", "LIKE 'text%' finds texts that begin with another"},
+    {"ENDS ENDSWITH", "LIKE '%text' finds texts that end with another"},
+    {"JOIN", no_joins},
 };
+
+const std::string keywords[] = {"SELECT", "FROM", "WHERE", "LIMIT", "OFFSET", "AND", "BETWEEN", "LIKE", "GROUP", "ORDER"};
+
+bool is_one_of(std::string_view words, std::string_view token) { return bifun::has_word(words, upper_case(token)); }
+
+// Whether a token ends what stands before it: a list of columns, an expression. So does the end of the text.
+bool begins_clause(std::string_view token) { return is_one_of("FROM WHERE LIMIT OFFSET", token); }
+
+// Of a keyword that is mistyped at the place of the error or, where it was taken for a name, before it.
+std::string keyword_advice(const std::vector<placed_token>& tokens, std::size_t place) {
+    for (std::size_t i = std::min(place + 1, tokens.size()); i-- > (place > 0 ? place - 1 : 0);) {
+        const std::string_view word = tokens[i].text;
+        const bool is_mistyped = is_sql_word_character(word[0]) && std::ranges::find(keywords, upper_case(word)) == std::end(keywords);
+        if (const std::string advice = is_mistyped ? did_you_mean(word, keywords) : ""; !advice.empty()) {
+            return advice;
+        }
+    }
+    return "";
+}
+
+// Of what is missing before the place of the error, or too much there.
+std::string list_advice(const std::vector<placed_token>& tokens, std::size_t place) {
+    const std::string_view token = place < tokens.size() ? tokens[place].text : "";
+    const bool ends = token.empty() || begins_clause(token);
+    if (place > 0 && tokens[place - 1].text == "," && (ends || token == ")")) {
+        return token.empty() ? "; there is nothing behind the comma" : fmt::format("; there is nothing between the comma and {}", token);
+    }
+    if (place > 0 && is_one_of("FROM", tokens[place - 1].text) && begins_clause(token)) {
+        return "; FROM takes the name of a table, which is that of its file without .csv";
+    }
+    std::vector<std::string_view> open;
+    for (std::size_t i = 0; i < place; ++i) {
+        const std::string_view before = tokens[i].text;
+        if (before == "(" || is_one_of("CASE", before)) {
+            open.push_back(before);
+        } else if (!open.empty() && (before == ")" || is_one_of("END", before))) {
+            open.pop_back();
+        }
+    }
+    const bool is_in_case = !open.empty() && open.back() != "(";
+    if (is_in_case && (ends || token == "," || token == ")" || is_one_of("AS", token))) {
+        return "; CASE ends with END, as in CASE WHEN a > 1 THEN 'x' ELSE 'y' END";
+    }
+    return !open.empty() && ends ? "; a closing parenthesis is missing" : "";
+}
 
 } // namespace
 
@@ -66,6 +117,15 @@ std::string syntax_advice(std::string_view sql, std::size_t offset) {
             return fmt::format("; write LIMIT {} at the end", i + 1 < tokens.size() ? tokens[i + 1].text : "n");
         }
     }
+    const auto is_straight = [](const placed_token& token) { return !begins_with_curly_quote(token.text); };
+    if (!std::ranges::all_of(tokens, is_straight)) {
+        return fmt::format("; {}", straight_quotes);
+    }
+    for (std::size_t i = place > 0 ? place - 1 : 0; i < std::min(place + 1, tokens.size()); ++i) {
+        if (tokens[i].text == "?") {
+            return fmt::format("; {}", no_parameters);
+        }
+    }
     if (place == 0 && is_at(0, "FROM")) {
         return "; write SELECT * FROM";
     }
@@ -84,7 +144,12 @@ std::string syntax_advice(std::string_view sql, std::size_t offset) {
             return fmt::format("; {}", known->advice);
         }
     }
-    return "";
+    const std::string of_lists = list_advice(tokens, place);
+    return of_lists.empty() ? keyword_advice(tokens, place) : of_lists;
+}
+
+bool begins_with_curly_quote(std::string_view text) {
+    return std::ranges::any_of(curly_quotes, [&](std::string_view quote) { return text.starts_with(quote); });
 }
 
 } // namespace host

@@ -18,6 +18,14 @@ struct syntax_error : program_error {
 };
 
 constexpr std::string_view no_regular_expressions = "there are no regular expressions; there are LIKE, ILIKE, INSTR, SUBSTR and REPLACE";
+constexpr std::string_view no_zone_conversion =
+    "no function converts zones: d + INTERVAL '1' HOUR moves a timestamp, and TO_DT_TZ(text) reads one with its zone";
+constexpr std::string_view no_joins = "joins are not supported; FROM takes one table";
+constexpr std::string_view no_parameters = "there are no parameters; write the value";
+constexpr std::string_view straight_quotes = "quotes are straight: 'text' and \"name of a column\"";
+
+// As word processors write them, which makes a name of what should be a text.
+bool begins_with_curly_quote(std::string_view text);
 
 // "; write LIMIT 2 OFFSET 1"; empty where the text tells nothing.
 std::string syntax_advice(std::string_view sql, std::size_t offset);

@@ -7,6 +7,7 @@
 
 #include "host/program_error.h"
 #include "host/tables/delimiter.h"
+#include "host/tables/header_form.h"
 #include "host/values/value_text.h"
 
 namespace host {
@@ -142,7 +143,7 @@ void csv_reader::report_fault() {
         const bool is_behind_backslash = fault.position >= 2 && text()[fault.position - 1] == quote && text()[fault.position - 2] == '\\';
         report_bad_row(
             line_at(fault.position),
-            fmt::format("a quote stands inside a field, or text behind a closing quote; {}",
+            fmt::format("text stands behind a closing quote; {}",
                         is_in_comment ? std::string(leaving_out_comments)
                         : is_behind_backslash && !syntax_.escape
                             ? fmt::format("where \\{0} is a {0} inside a field, --escape '\\' says so", quote)
@@ -173,17 +174,19 @@ void csv_reader::report_bad_row(std::uint64_t line, std::string_view message, st
 
 void csv_reader::skip_lines() {
     std::size_t position = 0;
-    for (std::uint64_t i = 0; i < options_.skipped_lines; ++i) {
+    std::uint64_t lines = 0;
+    while (lines < options_.skipped_lines && (!at_end_ || position < filled_)) {
         std::optional<line_end> found = find_line_end(text().substr(position));
         while (!found && !at_end_) {
-            drop_bytes(position, i - lines_before_);
+            drop_bytes(position, lines - lines_before_);
             position = 0;
             read_more();
             found = find_line_end(text());
         }
+        lines += found || position < filled_ ? 1 : 0;
         position = found ? position + found->behind : filled_;
     }
-    drop_bytes(position, options_.skipped_lines - lines_before_);
+    drop_bytes(position, lines - lines_before_);
 }
 
 // Those before the header, which would hide what separates its fields.
@@ -284,6 +287,11 @@ void csv_reader::read_header() {
         ++line_;
     }
     if (!find_line()) {
+        if (is_first && options_.skipped_lines > 0) {
+            const std::uint64_t lines = lines_before_ + index_.lines;
+            fail("{}: --skip {} leaves nothing of the file, which has {} line{}", path(), options_.skipped_lines, lines,
+                 lines == 1 ? "" : "s");
+        }
         if (is_first) {
             fail("{}: the file is empty{}", path(), options_.has_header ? "; its first line must name the columns" : "");
         }
@@ -298,6 +306,35 @@ void csv_reader::read_header() {
     }
     header_end_ = line_at(index_.ends[index_.line_fields[line_]]);
     line_ += options_.has_header ? 1 : 0;
+    if (is_first && options_.has_header && doubt_.empty()) {
+        doubt_header();
+    }
+}
+
+// Without a header, the first row would be lost silently.
+void csv_reader::doubt_header() {
+    constexpr std::uint32_t most_rows = 100;
+    if (line_ == index_.lines && !at_end_) { // the end of a row may be that of the file, not seen yet
+        const std::uint32_t line = line_;
+        read_more();
+        rescan();
+        line_ = line;
+    }
+    std::vector<column_form> columns;
+    for (const std::string& name : header_) {
+        columns.push_back({.name = name});
+    }
+    const std::uint32_t behind = std::min(index_.lines, line_ + most_rows);
+    for (std::uint32_t line = line_; line < behind; ++line) {
+        const std::uint32_t first = first_field(line);
+        for (std::size_t f = 0; index_.line_fields[line] - first == columns.size() && f < columns.size(); ++f) {
+            include_field(columns[f], field(first, f).text);
+        }
+    }
+    if (seems_row(columns)) {
+        doubt_ =
+            fmt::format("{}: the names of columns are numbers or dates; if the first line is a row, --no-header reads it as one", path());
+    }
 }
 
 // ---- rows ------------------------------------------------------------------------------------------------------------

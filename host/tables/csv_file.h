@@ -93,7 +93,7 @@ class csv_reader {
     [[nodiscard]] std::uint64_t bad_rows() const { return bad_rows_; }
     [[nodiscard]] const std::string& first_bad_row() const { return first_bad_row_; }
 
-    // What has to be said of the delimiter that was found, if anything.
+    // What has to be said of the delimiter that was found, or of the header, if anything.
     [[nodiscard]] const std::string& doubt() const { return doubt_; }
 
   private:
@@ -106,6 +106,7 @@ class csv_reader {
     void check_byte(std::string_view option, char byte) const;
     void find_delimiter();
     void read_header();
+    void doubt_header();
     void read_more();
     void rescan();
     bool find_line();

@@ -11,7 +11,7 @@ namespace host {
 
 struct csv_syntax {
     char delimiter = ',';
-    std::optional<char> quote = '"'; // around fields, and doubled within them; nothing where a file has none
+    std::optional<char> quote = '"'; // around fields, and doubled within them; text inside others. Nothing where a file has none
     std::optional<char> comment{};   // a line that begins with it is left out
     std::optional<char> escape{};    // a quote, a delimiter, a line end or an escape behind it is text, within quotes and without
     bool has_letter_escapes = false; // and every other byte is itself, but for letters that are control characters

@@ -26,34 +26,41 @@ constexpr std::size_t guessed_delimiters = 4; // the first of them, the bar last
 // How a delimiter cuts the first lines.
 struct cut_lines {
     char delimiter;
-    std::uint32_t fields;     // of the first line
+    std::uint32_t fields;     // of the first line that is not blank
     std::uint32_t same_lines; // with as many fields, in a row from the first
     bool all_same;
-    std::uint32_t last_fields; // of the last two lines, where they have as many
+    std::uint32_t last_fields; // of the last two lines, where they have as many and not only as blanks follow
 };
 
 cut_lines cut_with(const csv_syntax& syntax, std::string_view text, bool is_all) {
     line_index index;
     scan_lines(text, is_all, syntax, index);
-    cut_lines cut{.delimiter = syntax.delimiter,
-                  .fields = index.lines == 0 ? 0 : index.line_fields[0],
-                  .same_lines = 0,
-                  .all_same = false,
-                  .last_fields = 0};
+    cut_lines cut{.delimiter = syntax.delimiter, .fields = 0, .same_lines = 0, .all_same = false, .last_fields = 0};
     std::uint32_t line = 0;
     for (std::uint32_t before = 0; line < index.lines; before = index.line_fields[line++]) {
         const std::uint32_t fields = index.line_fields[line] - before;
-        const bool blank = fields == 1 && index.ends[before + 1] - index.ends[before] <= 2;
+        const std::uint32_t begin = index.ends[before] + 1;
+        const std::uint32_t length = index.ends[before + 1] - begin;
+        const bool blank = fields == 1 && (length == 0 || (length == 1 && text[begin] == '\r'));
+        cut.fields = cut.fields == 0 && !blank ? fields : cut.fields;
         if (fields != cut.fields && !blank) {
             break;
         }
     }
     if (const std::uint32_t lines = index.lines; lines > 2) {
         const std::uint32_t last = index.line_fields[lines - 1] - index.line_fields[lines - 2];
-        cut.last_fields = last == index.line_fields[lines - 2] - index.line_fields[lines - 3] ? last : 0;
+        const bool are_same = last == index.line_fields[lines - 2] - index.line_fields[lines - 3];
+        // Smith; John
+        bool is_punctuation = true;
+        for (std::uint32_t f = index.line_fields[lines - 2] + 1; f < index.line_fields[lines - 1]; ++f) {
+            const std::size_t begin = index.ends[f] + std::size_t{1};
+            is_punctuation &= begin < text.size() && text[begin] == ' ';
+        }
+        cut.last_fields = are_same && !is_punctuation ? last : 0;
     }
     cut.same_lines = line;
-    cut.all_same = line == index.lines && (!index.found_fault || index.found_fault->kind == scan_fault::comment);
+    cut.all_same = line == index.lines && (!index.found_fault || index.found_fault->kind == scan_fault::comment) &&
+                   !index.has_quotes_as_text; // which a wrong delimiter makes of others
     return cut;
 }
 

@@ -56,21 +56,33 @@ void apply_escapes(scan_state& state, std::uint64_t escapes, bool line_feed_next
     masks.carriage_returns &= ~escaped;
 }
 
-// Takes what lies between quotes from the ends and returns the bytes that stand where they may not.
-std::uint64_t apply_quotes(scan_state& state, block_masks& masks, std::uint64_t here, line_index& index) {
+// What the quotes of a block make of it.
+struct quoted_block {
+    std::uint64_t inside;  // between quotes
+    std::uint64_t closing; // quotes
+    std::uint64_t ends;    // outside of quotes
+    std::uint64_t wrong;   // bytes that stand where they may not: opening quotes inside a field, and what is behind a closing one
+};
+
+quoted_block find_quoted(const scan_state& state, const block_masks& masks, std::uint64_t here) {
     const std::uint64_t inside = parities(masks.quotes) ^ state.inside;
     const std::uint64_t opening = masks.quotes & inside;
     const std::uint64_t closing = masks.quotes & ~inside;
-    index.has_inner_line_ends |= (masks.line_ends & inside) != 0;
-    masks.ends &= ~inside;
-    masks.line_ends &= ~inside;
-    const std::uint64_t may_open = (masks.ends | closing) << 1 | state.may_open;
+    const std::uint64_t ends = masks.ends & ~inside;
+    const std::uint64_t may_open = (ends | closing) << 1 | state.may_open;
     const std::uint64_t behind_closing = closing << 1 | state.after_close;
-    const std::uint64_t may_follow = masks.ends | opening | (masks.carriage_returns & ~inside);
-    state.inside = (inside & last_bit) != 0 ? all_bits : 0;
-    state.after_close = closing >> 63;
-    state.may_open = closing >> 63;
-    return ((opening & ~may_open) | (behind_closing & ~may_follow)) & here;
+    const std::uint64_t may_follow = ends | opening | (masks.carriage_returns & ~inside);
+    return {.inside = inside, .closing = closing, .ends = ends, .wrong = ((opening & ~may_open) | (behind_closing & ~may_follow)) & here};
+}
+
+// Takes what lies between quotes from the ends.
+void apply_quotes(scan_state& state, const quoted_block& found, block_masks& masks, line_index& index) {
+    index.has_inner_line_ends |= (masks.line_ends & found.inside) != 0;
+    masks.ends = found.ends;
+    masks.line_ends &= ~found.inside;
+    state.inside = (found.inside & last_bit) != 0 ? all_bits : 0;
+    state.after_close = found.closing >> 63;
+    state.may_open = found.closing >> 63;
 }
 
 // The last byte, or the CR LF that it ends.
@@ -96,6 +108,28 @@ bool is_beside_blanks(std::string_view text, std::uint32_t position, const csv_s
     }
     const std::size_t end = text.find_first_not_of(' ', position);
     return end == text.npos || (end > position && ends_field(text[end]));
+}
+
+// Blanks may stand around quotes, and a quote inside a field that does not begin with one is text, as in 5" disk. The first byte that is
+// wrong nevertheless; negative where there is none.
+int mend_quotes(std::string_view text, std::uint32_t at, std::uint32_t size, const csv_syntax& syntax, const scan_state& state,
+                block_masks& masks, quoted_block& found, line_index& index) {
+    std::uint64_t blanks = 0;
+    while ((found.wrong & ~blanks) != 0) {
+        const int first = std::countr_zero(found.wrong & ~blanks);
+        const std::uint64_t bit = std::uint64_t{1} << first;
+        if (is_beside_blanks(text, at + static_cast<std::uint32_t>(first), syntax)) {
+            index.has_blanks_around_quotes = true;
+            blanks |= bit;
+        } else if ((masks.quotes & found.inside & bit) != 0) {
+            index.has_quotes_as_text = true;
+            masks.quotes &= ~bit;
+            found = find_quoted(state, masks, bifun::first_bits(size));
+        } else {
+            return first;
+        }
+    }
+    return -1;
 }
 
 // Nothing behind the byte counts.
@@ -146,6 +180,7 @@ template <bool is_usual> void scan(std::string_view text, bool is_last, const cs
     index.is_ascii = true;
     index.has_inner_line_ends = false;
     index.has_blanks_around_quotes = false;
+    index.has_quotes_as_text = false;
     index.found_fault.reset();
     std::uint32_t* const fields = index.ends.get() + 1;
     std::uint32_t* next = fields;
@@ -169,15 +204,14 @@ template <bool is_usual> void scan(std::string_view text, bool is_last, const cs
         }
         masks.ends |= masks.line_ends;
         if ((masks.quotes | state.inside | state.after_close) != 0) {
-            std::uint64_t wrong = apply_quotes(state, masks, bifun::first_bits(size), index);
-            while (wrong != 0 && is_beside_blanks(text, at + static_cast<std::uint32_t>(std::countr_zero(wrong)), syntax))
-                [[unlikely]] {
-                    index.has_blanks_around_quotes = true;
-                    wrong &= wrong - 1;
-                }
-            if (wrong != 0) [[unlikely]] {
-                const int first = std::countr_zero(wrong);
-                stop_at(first, at, scan_fault::misplaced, masks, index);
+            quoted_block found = find_quoted(state, masks, bifun::first_bits(size));
+            int fault = -1;
+            if (found.wrong != 0) [[unlikely]] {
+                fault = mend_quotes(text, at, size, syntax, state, masks, found, index);
+            }
+            apply_quotes(state, found, masks, index);
+            if (fault >= 0) [[unlikely]] {
+                stop_at(fault, at, scan_fault::misplaced, masks, index);
             }
         } else {
             state.may_open = 0;

@@ -13,7 +13,7 @@
 namespace host {
 
 enum class scan_fault : std::uint8_t {
-    misplaced, // a quote inside a field without quotes, or text behind a closing quote
+    misplaced, // text behind a closing quote
     unclosed,
     comment, // no fault of quotes, but nothing behind it is scanned: quotes within the line are text
 };
@@ -29,6 +29,7 @@ struct line_index {
     bool is_ascii = true;                         // all bytes scanned
     bool has_inner_line_ends = false;             // within fields
     bool has_blanks_around_quotes = false;        // "a" , "b"
+    bool has_quotes_as_text = false;              // 5" disk
     struct fault {
         scan_fault kind;
         std::uint32_t position; // of the byte that shows it; the lines before its own count

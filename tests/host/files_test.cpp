@@ -67,7 +67,10 @@ TEST(Files, HeadersAndSkippedLines) {
         {"t.csv", "sep=;\r\na ; b\r\n1, 5;2\r\n", {"--sample", "all"}, "a,b\n\"1, 5\",2\n"},
         {"t.csv", "sep=ab\n1\n", {}, "sep=ab\n1\n"},
     });
-    expect_failure("a\n1\n", "SELECT 1 FROM t", "t.csv: the file is empty; its first line must name the columns", {"--skip", "2"});
+    expect_failure("a\n1\n", "SELECT 1 FROM t", "t.csv: --skip 2 leaves nothing of the file, which has 2 lines", {"--skip", "2"});
+    expect_failure("a\n\n1", "SELECT 1 FROM t", "t.csv: --skip 1000000000000 leaves nothing of the file, which has 3 lines",
+                   {"--skip", "1000000000000"});
+    expect_failure("a\n1\n", "SELECT 1 FROM t", "--skip: \"-1\" is no number of lines, such as 2; see bifun --help", {"--skip", "-1"});
     expect_failure("#\na\n1,2\n", "SELECT 1 FROM t", "t.csv, line 3: the header has 1 field ...", {"--skip", "1"});
     const std::string unnamed = "#\n\"a\nb\",c\n\"1\",2,x\n\n\"2\",3,y\n";
     expect_failure(unnamed, "SELECT 1 FROM t",
@@ -103,9 +106,8 @@ TEST(Files, HeadersAndSkippedLines) {
         "t.csv, line 2: the first row has 2 fields and this row 3; --fill-short-rows gives all rows as many fields as the longest of the "
         "first ones has",
         {"--no-header"});
-    expect_failure(
-        "a,b\n1,2\n# a \"b\" c\n", "SELECT 1 FROM t",
-        "t.csv, line 3: a quote stands inside a field, or text behind a closing quote; --comment '#' leaves out lines that begin with it");
+    expect_failure("a,b\n1,2\n#,\"b\" c\n", "SELECT 1 FROM t",
+                   "t.csv, line 3: text stands behind a closing quote; --comment '#' leaves out lines that begin with it");
 }
 
 TEST(Files, BadRowsAreLeftOut) {
@@ -114,14 +116,13 @@ TEST(Files, BadRowsAreLeftOut) {
     };
     const std::string fields = "the header has 2 fields and this row ";
     const std::string end = "; --fill-short-rows has NULL for the rest of such rows";
-    const std::string quotes =
-        "a quote stands inside a field, or text behind a closing quote; write a field with quotes as \"...\" with each "
-        "quote inside doubled; --quote none reads files in which quotes are text";
+    const std::string quotes = "text stands behind a closing quote; write a field with quotes as \"...\" with each quote inside doubled; "
+                               "--quote none reads files in which quotes are text";
     const arguments ignoring = {"--ignore-errors"};
     const arguments typed = {"--ignore-errors", "--types", "a:INT,b:DATE", "--batch-rows", "3"};
     expect_read({
         {"t.csv", "a,b\n1,2\n3\n4,5,6\n7,8\n", ignoring, "a,b\n1,2\n7,8\n", left_out("2 rows", joined({"3: ", fields, "1", end}))},
-        {"t.csv", "a,b\n1,\"x\ny\"\n3,x\"y\n4,5\n\"6\"6,7\n8,9\n", ignoring, "a,b\n1,\"x\ny\"\n4,5\n8,9\n",
+        {"t.csv", "a,b\n1,\"x\ny\"\n3,\"x\"y\n4,5\n\"6\"6,7\n8,9\n", ignoring, "a,b\n1,\"x\ny\"\n4,5\n8,9\n",
          left_out("2 rows", joined({"4: ", quotes}))},
         {"t.csv", "a,b\n1,2\n3,\"x\n4,5\n", ignoring, "a,b\n1,2\n4,5\n",
          left_out("1 row",

@@ -203,6 +203,12 @@ TEST(Outputs, FilesAreWrittenWholeOrNotAtAll) {
     EXPECT_EQ(file_count(), files + 1);
 }
 
+TEST(Outputs, AHyphenIsTheStandardOutput) {
+    const scratch_directory directory;
+    EXPECT_EQ(directory.run({"--output", "-", "SELECT 1 AS a"}).out, "a\n1\n");
+    EXPECT_FALSE(std::filesystem::exists(directory.path / "-"));
+}
+
 TEST(Outputs, ValuesThatFitNoLongerStartAgain) {
     const scratch_directory directory;
     std::string file = "n,s\n";

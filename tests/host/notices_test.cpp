@@ -66,6 +66,20 @@ TEST(Notices, NumbersThatAreNamesOfColumns) {
                    {"2020 is a number in the query; the column of that name is written \"2020\""});
 }
 
+TEST(Notices, RowsThatAreTakenForNames) {
+    const std::string notice = "t.csv: the names of columns are numbers or dates; if the first line is a row, --no-header reads it as one";
+    for (const std::string file : {"1,Ann,2.5\n2,Bob,3.5", "Ann,2024-01-31\nBob,\nCid,2024-02-01\n", "1999;x\n2003;y\n", "3\n4\n"}) {
+        expect_notices(file, "SELECT 'y' AS x FROM t LIMIT 1", "x\ny\n", {notice});
+    }
+    for (const std::string file : {"name,2020,2021\nAnn,5,6\n", "id,1,2,3\n7,1,2,3\n", "x,1,2\nAnn,5,6\n", "place,2024-01-31\nA,5\n",
+                                   "a,5\n1,2\n", "1\nx\n", "1,2\n"}) {
+        expect_notices(file, "SELECT 'y' AS x FROM t LIMIT 1", file == "1,2\n" ? "x\n" : "x\ny\n", {});
+    }
+    const scratch_directory directory;
+    directory.write("t.csv", "1,Ann\n2,Bob\n");
+    EXPECT_EQ(directory.run({"describe", "t.csv"}).err, joined({"bifun: ", notice, "\n"}));
+}
+
 TEST(Notices, LeadFromTextsToTheTypesOfTheirColumns) {
     const std::string file = "d,b,a,m,w,i,z\n31.12.2023,true,x,\"1,5\",31/12/2023 10:30,1,01234\n";
     const std::string numbers =

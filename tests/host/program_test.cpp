@@ -254,7 +254,7 @@ TEST(Program, FileErrors) {
     expect_failure("\n", query, "t.csv: the file is empty; its first line must name the columns");
     expect_failure("a,b\n\"x\ny\",1\n3\n", query, "t.csv, line 4: the header has 2 fields and this row 1; ...");
     expect_failure("a,b\n1,2\n3,\"x\n\n", query, "t.csv, line 3: the row that begins here has a quote that is never closed; ...");
-    expect_failure("a\nx\ny\"z\n", query, "t.csv, line 3: a quote stands inside a field, or text behind a closing quote; ...");
+    expect_failure("a\nx\n\"y\"z\n", query, "t.csv, line 3: text stands behind a closing quote; ...");
     expect_failure("PAR1xx", query,
                    "t.csv: this is a Parquet file; bifun reads CSV files, into which what has written this one may export it");
     expect_failure("BZh9", query, "t.csv: this is packed by bzip2; bzip2 -dc FILE | bifun - \"SELECT * FROM stdin\" reads it");

@@ -270,6 +270,20 @@ TEST(Shell, BadFilesEndIt) {
     }
 }
 
+TEST(Shell, FilesThatCannotBeReadLeaveTheOthers) {
+    const scratch_directory directory;
+    directory.write("empty.csv", "");
+    directory.write("t.csv", "a\n7\n");
+    terminal shell(directory, BIFUN_PROGRAM_COMMAND, {"empty.csv", "t.csv"});
+    EXPECT_TRUE(shell.shows("bifun: empty.csv: the file is empty"));
+    EXPECT_TRUE(shell.prompts("bifun> "));
+    shell.type("SELECT a + 1 AS b FROM t;\r");
+    EXPECT_TRUE(shell.shows("8"));
+    EXPECT_TRUE(shell.prompts("bifun> "));
+    shell.type("\x04");
+    EXPECT_EQ(shell.exit_status(), 0);
+}
+
 // Each option of the help, as the other shells write it.
 TEST(Completions, HaveAllOptions) {
     const scratch_directory directory;
