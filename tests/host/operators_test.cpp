@@ -173,6 +173,17 @@ TEST(Operators, NamesOfItemsInWhere) {
 }
 
 // Functions by the names that they have in other systems.
+TEST(Operators, NamesOfColumnsThatDifferInCase) {
+    const std::string file = "ID,id,x,A,a,a\n1,2,3,4,5,6\n";
+    expect_answer(file, "SELECT ID, id, \"ID\" AS q, t.ID AS p, ID + 0 AS s FROM t WHERE t /* ID */ . id = 2", "ID,id,q,p,s\n1,2,1,1,1\n");
+    expect_answer(file, "SELECT A, a, A_2, X FROM t", "A,a,a_2,x\n4,5,6,3\n");
+    expect_failure(file, "SELECT Id FROM t",
+                   "SQL, character 8, near Id: t.csv has the columns ID, id, and none is spelled so; write one of them as it is, or in "
+                   "double quotes");
+    expect_failure(file, "SELECT x FROM t", "--types: t.csv has several columns that differ from Id in case alone; ...",
+                   {"--types", "Id:INT"});
+}
+
 TEST(Operators, NamesElsewhere) {
     expect_shown({
         {"CASEFOLD('A')", "8, near CASEFOLD: there is no function casefold; use LOWER(s); ILIKE and, with --set case_sensitive=0, ..."},
