@@ -65,7 +65,7 @@ operand add_days(binder& state, const expression& tree, const operand& date, con
     const bool has_text = is_left_text || right.type == sql_type::varchar;
     const sql_type other = is_left_text ? right.type : left.type;
     const misplaced_value text = misplaced(state, is_left_text ? left : right);
-    const bool seems_date = text.column != nullptr && text.column->seems && has_date(text.column->seems->type);
+    const bool seems_date = text.column != nullptr && !text.column->seems.empty() && has_date(text.column->seems[0].type);
     const sql_type needed = seems_date || is_datetime(other) || is_interval(other) ? sql_type::date : sql_type::decimal;
     const bool adds_texts = is_left_text && right.type == sql_type::varchar && tree.operation == arithmetic_operator::add;
     const std::string advice =

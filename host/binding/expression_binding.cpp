@@ -250,7 +250,7 @@ date_look look_of(const binder& state, const operand& given) {
     }
     if (given.literal == nullptr) {
         const table_column* const column = misplaced(state, given).column;
-        return column != nullptr && column->seems && has_date(column->seems->type) ? date_look::written : date_look::none;
+        return column != nullptr && !column->seems.empty() && has_date(column->seems[0].type) ? date_look::written : date_look::none;
     }
     const std::optional<sql_type> type = datetime_type_of(*given.literal);
     return type && has_date(*type) ? date_look::iso : is_written_date(given.literal->text) ? date_look::written : date_look::none;

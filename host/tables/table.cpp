@@ -119,6 +119,19 @@ std::unique_ptr<table> open_table(const std::string& path, const file_options& o
     return opened;
 }
 
+namespace {
+
+void keep_forms(const table& source, table_column& column, text_forms forms) {
+    for (std::string* const text : {&forms.first, &forms.other, &forms.affix}) {
+        *text = to_utf8_with_replacements(*source.settings->text_charset, *text);
+    }
+    column.seems = seeming_types(forms);
+    column.is_point_likely = source.reader.delimiter() == ',';
+    column.forms = std::move(forms);
+}
+
+} // namespace
+
 void resolve_types(table& source, const given_types& given, type_sample sample, progress_bar& progress) {
     std::vector<bool> unknown;
     std::ranges::transform(source.columns, std::back_inserter(unknown), &table_column::needed);
@@ -138,8 +151,9 @@ void resolve_types(table& source, const given_types& given, type_sample sample, 
     for (std::size_t i = 0; i < source.columns.size(); ++i) {
         if (unknown[i]) {
             source.columns[i].type = {.type = type_of_fields(found.of_columns[i])};
-            source.columns[i].seems = source.columns[i].type.type == sql_type::varchar ? seeming_type(found.forms[i]) : std::nullopt;
-            source.columns[i].decimal = source.columns[i].type.type == sql_type::varchar ? seeming_decimal(found.forms[i]) : std::nullopt;
+            if (source.columns[i].type.type == sql_type::varchar) {
+                keep_forms(source, source.columns[i], found.forms[i]);
+            }
             source.columns[i].sampled = found.is_whole_file ? std::nullopt : std::optional(found.of_columns[i]);
         }
     }

@@ -66,7 +66,7 @@ TEST(StringCalls, BuiltTexts) {
          "2, 2, 2, 3, 3, null"},
         {"CONCAT('a')", "8, near CONCAT: CONCAT takes 2 or more arguments, not 1: CONCAT(a, b, ...)"},
         {"'a' || 'b' || 1",
-         "19, near ||: CONCAT does not take (VARCHAR, INT); it takes (VARCHAR, VARCHAR); CAST(x AS VARCHAR) makes a text of it"},
+         "19, near ||: CONCAT does not take (VARCHAR, INT); it takes (VARCHAR, VARCHAR); the number is a text in quotes"},
         {"OVERLAY('a' PLACING 'b' FROM 0)", "OVERLAY: -6803 an argument is outside the function's domain"},
     });
 }
