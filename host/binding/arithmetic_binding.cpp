@@ -147,7 +147,11 @@ operand bind_cast(binder& state, const expression& tree) {
     const operand given = bind(state, tree.operands[0]);
     const sql_type type = tree.target.type;
     if (given.type != sql_type::null && !can_cast(given.type, type)) {
-        fail_at(state.sql, tree.offset, fmt::format("CAST makes no {} of {}", sql_type_name(type), sql_type_name(given.type)));
+        fail_at(state.sql, tree.offset,
+                fmt::format("CAST makes no {} of {}{}", sql_type_name(type), sql_type_name(given.type),
+                            given.type == sql_type::boolean && is_number(type)   ? "; CASE WHEN x THEN 1 ELSE 0 END makes one"
+                            : type == sql_type::boolean && is_number(given.type) ? "; compare it, as in x <> 0"
+                                                                                 : ""));
     }
     if (given.type == sql_type::null || (!tree.target.shape && is_widening(given.type, type))) {
         return {nullptr, as_type(state, given, type), type, tree.offset};

@@ -12,6 +12,7 @@
 #include "host/program_error.h"
 #include "host/sql/names.h"
 #include "host/sql/sql_text.h"
+#include "host/tables/text_forms.h"
 #include "host/values/value_text.h"
 
 namespace host {
@@ -180,6 +181,15 @@ operand bind_column(binder& state, const expression& tree) {
 
 namespace {
 
+// Of a literal beside values of that type: as a text, dates would have another order.
+std::string way_to_write(sql_type needed, std::string_view text) {
+    std::string ways;
+    for (const std::string& date : has_date(needed) ? iso_dates(text) : std::vector<std::string>()) {
+        ways += fmt::format("{} DATE '{}'", ways.empty() ? "; write" : " or", date);
+    }
+    return !ways.empty() ? ways : has_date(needed) ? "; a date is written DATE '2025-01-31'" : "; a time is written TIME '10:30:00'";
+}
+
 // Of branches with texts and something else.
 std::string text_of(sql_type other) { return fmt::format("; CAST(x AS VARCHAR) makes a text of the {}", sql_type_name(other)); }
 
@@ -220,7 +230,7 @@ sql_type common_type(const binder& state, const std::vector<operand>& operands, 
         const std::optional<sql_type> type = datetime_type_of(*given.literal);
         if (!type || has_date(*type) != has_date(*common)) {
             fail_at(state.sql, given.offset,
-                    fmt::format("this cannot be read as {}; CAST(x AS VARCHAR) makes a text of one", sql_type_name(*common)));
+                    fmt::format("this cannot be read as {}{}", sql_type_name(*common), way_to_write(*common, given.literal->text)));
         }
         common = std::max(*common, *type);
     }

@@ -64,6 +64,13 @@ std::string describe_fault(const table& source, const table_column& column, std:
     case field_fault::too_many_digits:
         return fmt::format("{} has more digits than {} keeps; give the column another type with --types, such as {}:VARCHAR", shown, type,
                            column.name);
+    case field_fault::short_year: {
+        column_type shorter = column.type;
+        shorter.format.erase(upper_case(shorter.format).find("YYYY"), 2);
+        return fmt::format("{} has a year of two digits, and {} reads one of four; give the column the format with YY, {}, or with RR for "
+                           "years from 1950 to 2049",
+                           shown, type, column_type_name(shorter));
+    }
     case field_fault::not_as_sampled: {
         const sql_type wider = type_of_fields(*column.sampled | classify_field(text, source.reader.decimal_mark()));
         return fmt::format("{} is not of type {}, which the rows at the beginning of the file gave; give the column its type with --types, "

@@ -123,7 +123,9 @@ std::string way_together(const misplaced_value& left, const misplaced_value& rig
         return (is_plain_number ? "; write the number in quotes, as a text" : "") + way_to(other.type, text);
     }
     const bool are_date_and_number = (is_datetime(left.type) && is_number(right.type)) || (is_number(left.type) && is_datetime(right.type));
-    return are_date_and_number ? "; a date is written in quotes" : "";
+    const bool are_truth_and_number =
+        (left.type == sql_type::boolean && is_number(right.type)) || (is_number(left.type) && right.type == sql_type::boolean);
+    return are_date_and_number ? "; a date is written in quotes" : are_truth_and_number ? "; compare the number, as in x <> 0" : "";
 }
 
 } // namespace host
