@@ -126,7 +126,8 @@ TEST(Notices, NameBothTypesWhereTextsHaveEither) {
         const std::string err = directory.run({"t.csv", joined({"SELECT ", expression, " FROM t"})}).err;
         EXPECT_TRUE(err.ends_with(joined({way, "\n"}))) << err;
     }
-    expect_answer(file, "SELECT s FROM t WHERE s > '2024-01-01'", "s\n", {}, "s is text, and compared as such with '2024-01-01'; ...");
+    EXPECT_TRUE(
+        directory.run({"t.csv", "SELECT s FROM t WHERE s > '2024-01-01'"}).err.starts_with("bifun: s is text, and compared as such"));
     EXPECT_NE(directory.run({"describe", "t.csv"}).err.find("column m: dates of this form are text"), std::string::npos);
 }
 

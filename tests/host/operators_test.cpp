@@ -107,7 +107,7 @@ TEST(Operators, Casts) {
         {"CAST(1 AS DATE)", "8, near CAST: CAST makes no DATE of INT"},
         {"CAST('yes' AS BOOLEAN) ; NOT 'f'::bool ; CAST('2024-02-29 10:00' AS DATE) ; CAST('2024-02-29 1' || '0:00' AS DATE)",
          R"(true, true, "2024-02-29", "2024-02-29")"},
-        {"CAST(1 AS BOOLEAN)", "8, near CAST: CAST makes no BOOL of INT"},
+        {"CAST(1 AS BOOLEAN)", "8, near CAST: CAST makes no BOOL of INT; compare it, as in x <> 0"},
         {"CAST(1 AS REAL[])", "18, near REAL: CAST makes BOOL, INT, BIGINT, ..."},
         {"CAST('a' AS VARCHAR(3))", "20, near VARCHAR: in a CAST VARCHAR has no length or precision; use SUBSTR for texts"},
     });
