@@ -8,6 +8,7 @@
 #include "host/messages.h"
 #include "host/tables/column_description.h"
 #include "host/tables/given_types.h"
+#include "host/tables/type_advice.h"
 
 namespace host {
 namespace {
@@ -103,14 +104,16 @@ void describe_file(const std::string& path, const program_options& options) {
     }
     given_types seeming;
     for (const column_description& column : described) {
-        if (column.seems) {
-            seeming.push_back({.name = column.name, .type = *column.seems});
+        if (column.seems.size() == 1) {
+            seeming.push_back({.name = column.name, .type = column.seems[0]});
+        } else if (!column.seems.empty()) {
+            print_message(fmt::format("{}: column {}: dates of this form are text unless their column is given its type, with {}", path,
+                                      column.name, options_of_types(column.name, column.seems)));
         }
     }
-    const auto with_mark = std::ranges::find_if(described, [](const column_description& column) { return column.decimal.has_value(); });
-    if (with_mark != described.end() && options.decimal.empty()) {
-        print_message(fmt::format("{}: column {}: numbers of this form are text unless they are read with --decimal {}", path,
-                                  with_mark->name, *with_mark->decimal));
+    const auto with_mark = std::ranges::find_if(described, [](const column_description& column) { return !column.decimal.empty(); });
+    if (with_mark != described.end()) {
+        print_message(fmt::format("{}: column {}: numbers of this form are text; {}", path, with_mark->name, with_mark->decimal));
     }
     if (!seeming.empty()) {
         print_message(

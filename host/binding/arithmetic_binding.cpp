@@ -65,7 +65,7 @@ operand add_days(binder& state, const expression& tree, const operand& date, con
     const bool has_text = is_left_text || right.type == sql_type::varchar;
     const sql_type other = is_left_text ? right.type : left.type;
     const misplaced_value text = misplaced(state, is_left_text ? left : right);
-    const bool seems_date = text.column != nullptr && text.column->seems && has_date(text.column->seems->type);
+    const bool seems_date = text.column != nullptr && !text.column->seems.empty() && has_date(text.column->seems[0].type);
     const sql_type needed = seems_date || is_datetime(other) || is_interval(other) ? sql_type::date : sql_type::decimal;
     const bool adds_texts = is_left_text && right.type == sql_type::varchar && tree.operation == arithmetic_operator::add;
     const std::string advice =
@@ -147,7 +147,11 @@ operand bind_cast(binder& state, const expression& tree) {
     const operand given = bind(state, tree.operands[0]);
     const sql_type type = tree.target.type;
     if (given.type != sql_type::null && !can_cast(given.type, type)) {
-        fail_at(state.sql, tree.offset, fmt::format("CAST makes no {} of {}", sql_type_name(type), sql_type_name(given.type)));
+        fail_at(state.sql, tree.offset,
+                fmt::format("CAST makes no {} of {}{}", sql_type_name(type), sql_type_name(given.type),
+                            given.type == sql_type::boolean && is_number(type)   ? "; CASE WHEN x THEN 1 ELSE 0 END makes one"
+                            : type == sql_type::boolean && is_number(given.type) ? "; compare it, as in x <> 0"
+                                                                                 : ""));
     }
     if (given.type == sql_type::null || (!tree.target.shape && is_widening(given.type, type))) {
         return {nullptr, as_type(state, given, type), type, tree.offset};

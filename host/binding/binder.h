@@ -67,7 +67,7 @@ void add_notice(binder& state, const std::string& beginning, std::string_view re
 misplaced_value misplaced(const binder& state, const operand& given);
 
 // The item that a name behind AS means; null where there is none, or a column of that name.
-const expression* find_named_item(std::span<const select_item> items, const table& source, const expression& column);
+const expression* find_named_item(std::span<const select_item> items, const table& source, const expression& column, std::string_view sql);
 
 const table_column& column_named(const table& source, const expression& tree, const std::string& sql);
 void check_table_prefix(const binder& state, std::string_view name, std::size_t offset);

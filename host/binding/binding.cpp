@@ -73,7 +73,7 @@ void make_names_unique(std::vector<result_column>& results) {
 
 // What stands for an item of the select list is marked there.
 void mark_needed(const expression& tree, const std::string& sql, table& source, std::span<const select_item> named) {
-    if (tree.kind == expression_kind::column && find_named_item(named, source, tree) == nullptr) {
+    if (tree.kind == expression_kind::column && find_named_item(named, source, tree, sql) == nullptr) {
         const table_column& found = column_named(source, tree, sql);
         source.columns[static_cast<std::size_t>(&found - source.columns.data())].needed = true;
     }

@@ -156,8 +156,8 @@ std::string advice_on_columns(const binder& state, std::string_view builtin, con
         if (given.column == nullptr) {
             continue;
         }
-        if (given.column->seems && is_taken_as(i, given.column->seems->type)) {
-            return way_to(given.column->seems->type, given);
+        if (!given.column->seems.empty() && is_taken_as(i, given.column->seems[0].type)) {
+            return way_to(given.column->seems[0].type, given);
         }
         for (const sql_type needed : {sql_type::date, sql_type::boolean, sql_type::decimal}) {
             if (!way_to(needed, given).empty() && is_taken_as(i, needed)) {

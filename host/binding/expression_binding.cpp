@@ -12,6 +12,7 @@
 #include "host/program_error.h"
 #include "host/sql/names.h"
 #include "host/sql/sql_text.h"
+#include "host/tables/text_forms.h"
 #include "host/values/value_text.h"
 
 namespace host {
@@ -19,30 +20,44 @@ namespace {
 
 using bifun::value_type;
 
-// SQL folds unquoted names to lower case, so a name is first looked for as it is and then without regard to case. The parser cuts
-// names to 63 bytes: one that long also stands for the only column that begins with it.
-const table_column* find_column(const table& source, std::string_view name) {
-    const auto unique = [&](auto matches) -> const table_column* {
-        const auto found = std::ranges::find_if(source.columns, matches);
-        const bool single = found != source.columns.end() && std::find_if(found + 1, source.columns.end(), matches) == source.columns.end();
-        return single ? &*found : nullptr;
+// A name as it is spelled means the column of just that name, and else those that differ in case alone. The parser cuts names to 63 bytes:
+// one that long also stands for columns that begin with it.
+std::vector<const table_column*> find_columns(const table& source, std::string_view spelled) {
+    std::vector<const table_column*> found;
+    const auto find = [&](auto matches) {
+        for (const table_column& column : source.columns) {
+            if (matches(column)) {
+                found.push_back(&column);
+            }
+        }
     };
     constexpr std::size_t shortest_cut_name = 60; // a multibyte character may have fallen across the limit
-    const table_column* found = unique([&](const table_column& column) { return column.name == name; });
-    if (found == nullptr) {
-        found = unique([&](const table_column& column) { return equal_ignoring_case(column.name, name); });
+    find([&](const table_column& column) { return column.name == spelled; });
+    if (found.empty()) {
+        find([&](const table_column& column) { return equal_ignoring_case(column.name, spelled); });
     }
-    if (found == nullptr && name.size() >= shortest_cut_name) {
-        found = unique([&](const table_column& column) { return equal_ignoring_case(column.name.substr(0, name.size()), name); });
+    if (found.empty() && spelled.size() >= shortest_cut_name) {
+        find([&](const table_column& column) { return equal_ignoring_case(column.name.substr(0, spelled.size()), spelled); });
     }
     return found;
+}
+
+std::string_view spelling_of_column(const expression& tree, std::string_view sql) {
+    return column_as_spelled(sql, tree.offset, !tree.table.empty(), tree.name);
 }
 
 } // namespace
 
 const table_column& column_named(const table& source, const expression& tree, const std::string& sql) {
-    const table_column* const column = find_column(source, tree.name);
-    if (column == nullptr) {
+    const std::vector<const table_column*> found = find_columns(source, spelling_of_column(tree, sql));
+    if (found.size() > 1) {
+        std::vector<std::string> names;
+        std::ranges::transform(found, std::back_inserter(names), [](const table_column* column) { return column->name; });
+        fail_at(sql, tree.offset,
+                fmt::format("{} has the columns {}, and none is spelled so; write one of them as it is, or in double quotes",
+                            source.reader.path(), fmt::join(names, ", ")));
+    }
+    if (found.empty()) {
         std::vector<std::string> names;
         std::ranges::transform(source.columns, std::back_inserter(names), &table_column::name);
         const std::string_view written = name_as_written(sql, tree.offset, tree.name);
@@ -61,14 +76,14 @@ const table_column& column_named(const table& source, const expression& tree, co
         }
         fail_at(sql, tree.offset, fmt::format("{} has no column {}{}", source.reader.path(), written, hint));
     }
-    return *column;
+    return *found.front();
 }
 
-const expression* find_named_item(std::span<const select_item> items, const table& source, const expression& column) {
+const expression* find_named_item(std::span<const select_item> items, const table& source, const expression& column, std::string_view sql) {
     const auto found = std::ranges::find_if(items, [&](const select_item& item) {
         return !item.alias.empty() && equal_ignoring_case(item.alias, column.name) && column.table.empty();
     });
-    return found == items.end() || find_column(source, column.name) != nullptr ? nullptr : &found->value;
+    return found == items.end() || !find_columns(source, spelling_of_column(column, sql)).empty() ? nullptr : &found->value;
 }
 
 void check_table_prefix(const binder& state, std::string_view name, std::size_t offset) {
@@ -146,7 +161,7 @@ operand bind_column(binder& state, const expression& tree) {
                 fmt::format("there is no column {}, because the query has no FROM; text stands in 'single quotes'", tree.name));
     }
     check_table_prefix(state, tree.table, tree.offset);
-    if (const expression* const item = find_named_item(state.named, *state.source, tree); item != nullptr) {
+    if (const expression* const item = find_named_item(state.named, *state.source, tree, state.sql); item != nullptr) {
         const std::span<const select_item> named = std::exchange(state.named, {}); // which the item knows nothing of
         const operand bound = bind(state, *item);
         state.named = named;
@@ -165,6 +180,15 @@ operand bind_column(binder& state, const expression& tree) {
 } // namespace
 
 namespace {
+
+// Of a literal beside values of that type: as a text, dates would have another order.
+std::string way_to_write(sql_type needed, std::string_view text) {
+    std::string ways;
+    for (const std::string& date : has_date(needed) ? iso_dates(text) : std::vector<std::string>()) {
+        ways += fmt::format("{} DATE '{}'", ways.empty() ? "; write" : " or", date);
+    }
+    return !ways.empty() ? ways : has_date(needed) ? "; a date is written DATE '2025-01-31'" : "; a time is written TIME '10:30:00'";
+}
 
 // Of branches with texts and something else.
 std::string text_of(sql_type other) { return fmt::format("; CAST(x AS VARCHAR) makes a text of the {}", sql_type_name(other)); }
@@ -206,7 +230,7 @@ sql_type common_type(const binder& state, const std::vector<operand>& operands, 
         const std::optional<sql_type> type = datetime_type_of(*given.literal);
         if (!type || has_date(*type) != has_date(*common)) {
             fail_at(state.sql, given.offset,
-                    fmt::format("this cannot be read as {}; CAST(x AS VARCHAR) makes a text of one", sql_type_name(*common)));
+                    fmt::format("this cannot be read as {}{}", sql_type_name(*common), way_to_write(*common, given.literal->text)));
         }
         common = std::max(*common, *type);
     }
@@ -236,7 +260,7 @@ date_look look_of(const binder& state, const operand& given) {
     }
     if (given.literal == nullptr) {
         const table_column* const column = misplaced(state, given).column;
-        return column != nullptr && column->seems && has_date(column->seems->type) ? date_look::written : date_look::none;
+        return column != nullptr && !column->seems.empty() && has_date(column->seems[0].type) ? date_look::written : date_look::none;
     }
     const std::optional<sql_type> type = datetime_type_of(*given.literal);
     return type && has_date(*type) ? date_look::iso : is_written_date(given.literal->text) ? date_look::written : date_look::none;
@@ -339,7 +363,7 @@ std::size_t bind_logic(binder& state, step_kind kind, const std::vector<operand>
 
 operand bind(binder& state, const expression& tree) {
     if (tree.kind == expression_kind::literal) {
-        if (tree.literal == literal_kind::number && state.source != nullptr && find_column(*state.source, tree.text) != nullptr) {
+        if (tree.literal == literal_kind::number && state.source != nullptr && !find_columns(*state.source, tree.text).empty()) {
             add_notice(state, fmt::format("{} is a number in the query", tree.text),
                        fmt::format("; the column of that name is written \"{}\"", tree.text));
         }

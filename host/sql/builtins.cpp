@@ -41,6 +41,8 @@ constexpr name_elsewhere names_elsewhere[] = {
     {"DATE_PART", "use EXTRACT(field FROM d) or DATEPART(field, d)"},
     {"STRPTIME STR_TO_DATE PARSE_DATE", "use TO_DATE(text, format)"},
     {"EPOCH TO_UNIXTIME", "use UNIX_TIMESTAMP(d)"},
+    {"WEEK WEEKOFYEAR", "use TO_CHAR(d, 'IW')"},
+    {"PI", "use ACOS(-1)"},
     {"LOG2", "use LOG(2, x)"},
     {"JSON_EXTRACT JSON_EXTRACT_STRING JSON_EXTRACT_SCALAR JSON_EXTRACT_PATH JSON_EXTRACT_PATH_TEXT GET_JSON_OBJECT JSON_UNQUOTE",
      "use JSON_VALUE(doc, path) for a scalar, JSON_QUERY(doc, path) for any part of a document"},

@@ -185,6 +185,11 @@ expression translate_operator(const json& body, translation_context context) {
     if (kind == "AEXPR_SIMILAR") {
         fail_at(context.sql, offset_of(body), fmt::format("SIMILAR TO is not supported; {}", no_regular_expressions));
     }
+    if (kind == "AEXPR_DISTINCT" || kind == "AEXPR_NOT_DISTINCT") {
+        fail_at(context.sql, offset_of(body),
+                kind == "AEXPR_DISTINCT" ? "IS DISTINCT FROM is not supported; write NOT COALESCE(a = b, a IS NULL AND b IS NULL)"
+                                         : "IS NOT DISTINCT FROM is not supported; write COALESCE(a = b, a IS NULL AND b IS NULL)");
+    }
     fail_at(context.sql, offset_of(body), fmt::format("this operator is not supported; {}", all_operators));
 }
 

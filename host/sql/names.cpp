@@ -57,4 +57,18 @@ std::string_view name_as_written(std::string_view sql, std::size_t offset, std::
     return at == sql.npos ? folded : sql.substr(at, folded.size());
 }
 
+std::string_view column_as_spelled(std::string_view sql, std::size_t offset, bool has_table, std::string_view folded) {
+    bool is_behind_table = !has_table;
+    for (std::size_t at = offset; at < sql.size();) {
+        const std::string_view token = sql_token(sql, at);
+        const bool is_blank = is_sql_comment(token) || token.find_first_not_of(" \t\r\n\f\v") == token.npos;
+        if (is_behind_table && !is_blank) {
+            return equal_ignoring_case(token.substr(0, folded.size()), folded) ? token : folded;
+        }
+        is_behind_table |= token == ".";
+        at += token.size();
+    }
+    return folded;
+}
+
 } // namespace host

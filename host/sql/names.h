@@ -18,6 +18,10 @@ std::size_t find_name_around(std::string_view sql, std::string_view name, std::s
 // A name as it stands behind a place, before the parser folds it: NAME for name.
 std::string_view name_as_written(std::string_view sql, std::size_t offset, std::string_view folded);
 
+// The name of a column as the query spells it, at the place of the column and behind the name of a table: ID where the parser has made id
+// of it. `folded` where it stands in quotes.
+std::string_view column_as_spelled(std::string_view sql, std::size_t offset, bool has_table, std::string_view folded);
+
 } // namespace host
 
 #endif

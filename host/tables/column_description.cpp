@@ -131,7 +131,7 @@ void include_field(column_state& column, const table_column& source, csv_reader&
     if (!column.largest_text || field.text > *column.largest_text) {
         column.largest_text = field.text;
     }
-    include_text(column.forms, field.text);
+    include_text(column.forms, field.text, reader.decimal_mark());
     if (is_text_for_good(column.kinds) || source.needed) {
         return;
     }
@@ -149,7 +149,7 @@ void include_field(column_state& column, const table_column& source, csv_reader&
     }
 }
 
-column_description describe(const column_state& column, const table_column& source, const charset& set) {
+column_description describe(const column_state& column, const table_column& source, const charset& set, bool is_point_likely) {
     const column_type type = source.needed ? source.type : column_type{.type = type_of_fields(column.kinds)};
     const bool is_text = type.type == sql_type::varchar;
     column_description made{.name = source.name,
@@ -164,8 +164,8 @@ column_description describe(const column_state& column, const table_column& sour
                             .decimal = {},
                             .seems = {}};
     if (is_text && !source.needed) {
-        made.seems = seeming_type(column.forms);
-        made.decimal = seeming_decimal(column.forms);
+        made.seems = seeming_types(column.forms);
+        made.decimal = decimal_option(column.forms, is_point_likely, "them");
     }
     const auto shown = [&](const std::string& text) {
         made.is_valid &= is_valid_text(set, text);
@@ -219,7 +219,7 @@ std::vector<column_description> describe_columns(table& source, progress_bar& pr
     progress.clear();
     std::vector<column_description> made;
     for (std::size_t i = 0; i < columns.size(); ++i) {
-        made.push_back(describe(columns[i], source.columns[i], *source.settings->text_charset));
+        made.push_back(describe(columns[i], source.columns[i], *source.settings->text_charset, reader.delimiter() == ','));
     }
     return made;
 }

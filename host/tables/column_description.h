@@ -24,9 +24,9 @@ struct column_description {
     // The first row that made the column a VARCHAR: its line, and the field.
     std::optional<std::uint64_t> text_line;
     std::optional<std::string> text;
-    bool is_valid;                           // whether all of these are text of the character set
-    std::optional<std::string_view> decimal; // the --decimal with which a VARCHAR would be of numbers
-    std::optional<column_type> seems; // what a VARCHAR of nothing but true and false, or of dates in one form, can be given as its type
+    bool is_valid;                  // whether all of these are text of the character set
+    std::string decimal;            // the --decimal with which a VARCHAR would be of numbers, or both, as decimal_option has it
+    std::vector<column_type> seems; // what a VARCHAR of nothing but true and false, or of dates in one form, can be given as its type
 };
 
 // Reads the whole file. The needed columns have been given their types, and what does not fit them is a bad row; the others get the types

@@ -69,6 +69,7 @@ class csv_reader {
     void add_lines_of(std::span<const std::uint32_t> rows, std::vector<std::uint64_t>& lines) const;
 
     [[nodiscard]] std::optional<char> decimal_mark() const { return options_.decimal_mark; }
+    [[nodiscard]] char delimiter() const { return syntax_.delimiter; }
 
     // Whether all rows just read are ASCII.
     [[nodiscard]] bool is_ascii() const { return index_.is_ascii; }

@@ -84,11 +84,24 @@ bool read_by_format(const field_storing& storing, std::string_view text, zqtime&
     return true;
 }
 
+// YYYY takes 23 for the year 23, which hardly a file means.
+bool has_short_year(std::string_view format, std::string_view text, const zqtime& value) {
+    constexpr std::size_t year_digits = 4;
+    std::size_t digits = 0;
+    for (std::size_t i = 0; i < text.size() && digits < year_digits; ++i) {
+        digits = text[i] >= '0' && text[i] <= '9' ? digits + 1 : 0;
+    }
+    return upper_case(format).find("YYYY") != format.npos && digits < year_digits && zqtime_get_year(&value) < 100;
+}
+
 bool read_datetime(const field_storing& storing, std::string_view text, zqtime& value, field_fault& fault) {
     const column_type& type = storing.type;
     constexpr std::uint32_t powers[most_datetime_fraction_digits + 1] = {1'000'000, 100'000, 10'000, 1'000, 100, 10, 1};
     const bool read = storing.format != nullptr ? read_by_format(storing, text, value)
                                                 : host::read_datetime(text, type.type, storing.settings.time_zone(), value);
+    if (read && storing.format != nullptr && has_short_year(type.format, text, value)) {
+        fault = field_fault::short_year;
+    }
     if (read && storing.format != nullptr && type.format.find_first_of("Ff") != type.format.npos && has_excess_fraction(text)) {
         fault = field_fault::too_many_digits;
     }

@@ -17,7 +17,16 @@
 
 namespace host {
 
-enum class field_fault : std::uint8_t { none, not_of_type, not_as_sampled, too_many_digits, too_wide, invalid_text, out_of_memory };
+enum class field_fault : std::uint8_t {
+    none,
+    not_of_type,
+    not_as_sampled,
+    too_many_digits,
+    short_year,
+    too_wide,
+    invalid_text,
+    out_of_memory
+};
 
 // How the fields of a column are stored.
 struct field_storing {

@@ -16,7 +16,12 @@ namespace {
 table_column* find_column(table& source, std::string_view name) {
     auto found = std::ranges::find(source.columns, name, &table_column::name);
     if (found == source.columns.end()) {
-        found = std::ranges::find_if(source.columns, [&](const table_column& c) { return equal_ignoring_case(c.name, name); });
+        const auto is_meant = [&](const table_column& column) { return equal_ignoring_case(column.name, name); };
+        found = std::ranges::find_if(source.columns, is_meant);
+        if (std::ranges::count_if(source.columns, is_meant) > 1) {
+            fail("--types: {} has several columns that differ from {} in case alone; write one as the file spells it", source.reader.path(),
+                 name);
+        }
     }
     return found == source.columns.end() ? nullptr : &*found;
 }

@@ -64,6 +64,13 @@ std::string describe_fault(const table& source, const table_column& column, std:
     case field_fault::too_many_digits:
         return fmt::format("{} has more digits than {} keeps; give the column another type with --types, such as {}:VARCHAR", shown, type,
                            column.name);
+    case field_fault::short_year: {
+        column_type shorter = column.type;
+        shorter.format.erase(upper_case(shorter.format).find("YYYY"), 2);
+        return fmt::format("{} has a year of two digits, and {} reads one of four; give the column the format with YY, {}, or with RR for "
+                           "years from 1950 to 2049",
+                           shown, type, column_type_name(shorter));
+    }
     case field_fault::not_as_sampled: {
         const sql_type wider = type_of_fields(*column.sampled | classify_field(text, source.reader.decimal_mark()));
         return fmt::format("{} is not of type {}, which the rows at the beginning of the file gave; give the column its type with --types, "
@@ -119,6 +126,19 @@ std::unique_ptr<table> open_table(const std::string& path, const file_options& o
     return opened;
 }
 
+namespace {
+
+void keep_forms(const table& source, table_column& column, text_forms forms) {
+    for (std::string* const text : {&forms.first, &forms.other, &forms.affix}) {
+        *text = to_utf8_with_replacements(*source.settings->text_charset, *text);
+    }
+    column.seems = seeming_types(forms);
+    column.is_point_likely = source.reader.delimiter() == ',';
+    column.forms = std::move(forms);
+}
+
+} // namespace
+
 void resolve_types(table& source, const given_types& given, type_sample sample, progress_bar& progress) {
     std::vector<bool> unknown;
     std::ranges::transform(source.columns, std::back_inserter(unknown), &table_column::needed);
@@ -138,8 +158,9 @@ void resolve_types(table& source, const given_types& given, type_sample sample, 
     for (std::size_t i = 0; i < source.columns.size(); ++i) {
         if (unknown[i]) {
             source.columns[i].type = {.type = type_of_fields(found.of_columns[i])};
-            source.columns[i].seems = source.columns[i].type.type == sql_type::varchar ? seeming_type(found.forms[i]) : std::nullopt;
-            source.columns[i].decimal = source.columns[i].type.type == sql_type::varchar ? seeming_decimal(found.forms[i]) : std::nullopt;
+            if (source.columns[i].type.type == sql_type::varchar) {
+                keep_forms(source, source.columns[i], found.forms[i]);
+            }
             source.columns[i].sampled = found.is_whole_file ? std::nullopt : std::optional(found.of_columns[i]);
         }
     }

@@ -22,12 +22,13 @@ namespace host {
 struct table_column {
     std::string name; // in UTF-8
     column_type type;
-    std::optional<column_type> seems{};        // what its texts could be given as their type, as far as the first rows show
-    std::optional<std::string_view> decimal{}; // the --decimal with which these would be numbers
-    std::optional<field_kinds> sampled{};      // where the type was found in the first part of the file alone
-    bool needed = false;                       // by the query: only such columns have a type that counts, and values
-    zqengine::column_pointer values;           // of the batch in hand
-    std::unique_ptr<dfm_model> format{};       // of its type, made with the values
+    std::vector<column_type> seems{};     // what its texts could be given as their type, as far as the first rows show
+    std::optional<text_forms> forms{};    // of these texts, in UTF-8
+    bool is_point_likely = false;         // where a comma could be the mark before a fraction, too
+    std::optional<field_kinds> sampled{}; // where the type was found in the first part of the file alone
+    bool needed = false;                  // by the query: only such columns have a type that counts, and values
+    zqengine::column_pointer values;      // of the batch in hand
+    std::unique_ptr<dfm_model> format{};  // of its type, made with the values
 };
 
 struct table {

@@ -3,6 +3,7 @@
 
 #include <fmt/format.h>
 
+#include "host/sql/names.h"
 #include "host/tables/given_types.h"
 
 namespace host {
@@ -16,25 +17,62 @@ std::string way_from_literal(sql_type needed) {
                                          : "";
 }
 
-// A column of dates may be one of dates with times.
-bool has_form(const table_column& column, sql_type type) {
-    return column.seems && (column.seems->type == type || (has_date(type) && has_date(column.seems->type)));
+// Of a text that may stand for NULL. What the shell would take for more than a text is left alone.
+std::string way_by_null(const lone_text& lone) {
+    constexpr std::size_t longest = 40;
+    return lone.text.find('\'') != lone.text.npos || lone.text.size() > longest
+               ? ""
+               : fmt::format("; --null '{}' takes that text for NULL, and the others for {}", lone.text, sql_type_name(lone.others));
+}
+
+std::string way_to_numbers(const table_column& column, const text_forms& forms) {
+    const std::string name = name_in_query(column.name);
+    const std::optional<lone_text> lone = lone_other(forms);
+    if (const std::string option = decimal_option(forms, column.is_point_likely, "the column"); !option.empty()) {
+        return "; " + option;
+    }
+    if (forms.has_texts && (forms.has_decimals || forms.has_doubles)) {
+        const column_type type{.type = forms.has_decimals ? sql_type::decimal : sql_type::double_precision};
+        return fmt::format("; {} reads the column as numbers", options_of_types(column.name, {&type, 1}));
+    }
+    if (lone && is_number(lone->others)) {
+        return way_by_null(*lone);
+    }
+    if (forms.has_texts && forms.has_affix && forms.affix.find('\'') == forms.affix.npos) {
+        return fmt::format("; TO_NUMBER(REPLACE({}, '{}', '')) makes numbers of its texts", name, forms.affix);
+    }
+    return fmt::format("; TO_NUMBER({}) is NULL where a text is no number", name);
+}
+
+std::string way_to_dates(const table_column& column, const text_forms& forms) {
+    const std::optional<lone_text> lone = lone_other(forms);
+    if (lone && is_datetime(lone->others)) {
+        return way_by_null(*lone);
+    }
+    return forms.has_texts && forms.has_long_fractions
+               ? fmt::format("; CAST(SUBSTR({}, 1, 26) AS TIMESTAMP) leaves out what stands behind six digits of a fraction",
+                             name_in_query(column.name))
+               : "";
 }
 
 std::string way_from_column(sql_type needed, const table_column& column) {
-    if (is_number(needed) && column.decimal) {
-        return fmt::format("; --decimal {} reads the column as numbers", *column.decimal);
-    }
+    const text_forms forms = column.forms.value_or(mere_texts());
+    const bool seems_date = !column.seems.empty() && has_date(column.seems[0].type);
     if (is_number(needed)) {
-        return fmt::format(
-            "; {} reads the column as numbers; --decimal comma is for such as 1.234,56, --null NA for texts in place of NULL",
-            types_option(column, sql_type::decimal));
+        return way_to_numbers(column, forms);
     }
-    if (is_datetime(needed)) {
-        return fmt::format("; {} reads the column as dates{}", types_option(column, needed),
-                           has_form(column, needed) ? "" : ", if that is their format");
+    if (has_date(needed) && seems_date) {
+        const bool has_short_year = forms.dates.year_digits == 2;
+        return fmt::format("; {} reads the column as dates{}{}", options_of_types(column.name, column.seems),
+                           column.seems.size() > 1 ? ", by which of them is meant" : "",
+                           has_short_year ? "; YY is a year from 2000 on, RR one from 1950 to 2049" : "");
     }
-    return needed == sql_type::boolean ? fmt::format("; {} reads true and false", types_option(column, needed)) : "";
+    if (has_date(needed)) {
+        return way_to_dates(column, forms);
+    }
+    return needed == sql_type::boolean && !column.seems.empty() && column.seems[0].type == sql_type::boolean
+               ? fmt::format("; {} reads true and false", options_of_types(column.name, column.seems))
+               : "";
 }
 
 std::string way_from_text(sql_type needed) {
@@ -45,17 +83,18 @@ std::string way_from_text(sql_type needed) {
 
 } // namespace
 
-std::string types_option(const table_column& column, sql_type type) {
-    const bool may_have_format = type == sql_type::date && column.type.type == sql_type::varchar;
-    const std::string text = given_types_text(
-        {{.name = column.name,
-          .type = has_form(column, type) ? *column.seems : column_type{.type = type, .format = may_have_format ? "DD.MM.YYYY" : ""}}});
-    const bool is_word = text.find_first_not_of("ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789_:") == text.npos;
-    std::string escaped; // for a shell
-    for (const char c : text) {
-        escaped.append(c == '"' ? "\\" : "").push_back(c);
+std::string options_of_types(const std::string& column, std::span<const column_type> types) {
+    std::string options;
+    for (const column_type& type : types) {
+        const std::string text = given_types_text({{.name = column, .type = type}});
+        const bool is_word = text.find_first_not_of("ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789_:") == text.npos;
+        std::string escaped;
+        for (const char c : text) {
+            escaped.append(c == '"' ? "\\" : "").push_back(c);
+        }
+        options.append(options.empty() ? "" : " or ").append(is_word ? "--types " + text : fmt::format("--types \"{}\"", escaped));
     }
-    return is_word ? "--types " + text : fmt::format("--types \"{}\"", escaped);
+    return options;
 }
 
 std::string way_to(sql_type needed, const misplaced_value& given) {
@@ -78,12 +117,15 @@ std::string way_together(const misplaced_value& left, const misplaced_value& rig
     if (is_left_text || right.type == sql_type::varchar) {
         const misplaced_value& text = is_left_text ? left : right;
         const misplaced_value& other = is_left_text ? right : left;
-        const bool holds_numbers = text.column != nullptr && text.column->decimal; // whose texts have another order
+        const bool holds_numbers =
+            text.column != nullptr && text.column->forms && may_have_mark(*text.column->forms); // whose texts have another order
         const bool is_plain_number = is_number(other.type) && other.is_literal && !holds_numbers;
         return (is_plain_number ? "; write the number in quotes, as a text" : "") + way_to(other.type, text);
     }
     const bool are_date_and_number = (is_datetime(left.type) && is_number(right.type)) || (is_number(left.type) && is_datetime(right.type));
-    return are_date_and_number ? "; a date is written in quotes" : "";
+    const bool are_truth_and_number =
+        (left.type == sql_type::boolean && is_number(right.type)) || (is_number(left.type) && right.type == sql_type::boolean);
+    return are_date_and_number ? "; a date is written in quotes" : are_truth_and_number ? "; compare the number, as in x <> 0" : "";
 }
 
 } // namespace host

@@ -3,6 +3,7 @@
 #ifndef BIFUN_HOST_TABLES_TYPE_ADVICE_H
 #define BIFUN_HOST_TABLES_TYPE_ADVICE_H
 
+#include <span>
 #include <string>
 
 #include "host/tables/table.h"
@@ -22,8 +23,8 @@ std::string way_to(sql_type needed, const misplaced_value& given);
 // The same where neither of two values has to have its type, as in a comparison.
 std::string way_together(const misplaced_value& left, const misplaced_value& right);
 
-// --types "day:DATE 'DD.MM.YYYY'": by what the texts of the column show, if they show such a type.
-std::string types_option(const table_column& column, sql_type type);
+// --types "day:DATE 'DD/MM/YYYY'" or --types "day:DATE 'MM/DD/YYYY'", for a shell.
+std::string options_of_types(const std::string& column, std::span<const column_type> types);
 
 } // namespace host
 

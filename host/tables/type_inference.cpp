@@ -142,12 +142,12 @@ namespace {
 
 void find_forms(csv_reader& reader, std::span<const std::uint32_t> rows, std::size_t column, field_kinds kinds, text_forms& forms) {
     if (type_of_fields(kinds) != sql_type::varchar) {
-        forms = mere_texts; // whatever is behind
+        forms = mere_texts(); // whatever is behind
     }
     for (std::size_t r = 0; r < rows.size() && !are_mere_texts(forms); ++r) {
         const csv_field field = reader.field(rows[r], column);
         if (!field.is_null_unless_text) {
-            include_text(forms, field.text);
+            include_text(forms, field.text, reader.decimal_mark());
         }
     }
 }

@@ -94,6 +94,11 @@ TEST(ColumnTypes, Formats) {
         of_type("DATE"));
     expect_failure(file, "SELECT d FROM t", "t.csv, line 2, column d: \"31.12.2024\" is not of type DATE 'MM.DD.YYYY'; ...",
                    of_type("DATE 'MM.DD.YYYY'"));
+    expect_failure("d\n12/31/23\n", "SELECT d FROM t",
+                   "t.csv, line 2, column d: \"12/31/23\" has a year of two digits, and DATE 'MM/DD/YYYY' reads one of four; give the "
+                   "column the format with YY, DATE 'MM/DD/YY', or ...",
+                   of_type("DATE 'MM/DD/YYYY'"));
+    expect_answer("d\n12/31/0023\n", "SELECT d FROM t", "d\n0023-12-31\n", of_type("DATE 'MM/DD/YYYY'"));
     expect_failure("d\n01:02:03.1234567\n", "SELECT d FROM t",
                    "t.csv, line 2, column d: \"01:02:03.1234567\" has more digits than TIME 'HH24:MI:SS.FF' keeps; ...",
                    of_type("TIME 'HH24:MI:SS.FF'"));

@@ -277,7 +277,7 @@ TEST(Descriptions, GivenTypes) {
     directory.write("d.csv", "a,b,c,d,e\n1.2.2024,1/13/2024,13-01-2024,1/2/2024,31.01.2024\n3.4.2024,2/1/2024,,2/1/2024,01.13.2024\n");
     directory.write("m.csv", "a,m\n1,\"1.234,56\"\n2,\"7\"\n");
     EXPECT_EQ(directory.run({"describe", "m.csv"}).err,
-              "bifun: m.csv: column m: numbers of this form are text unless they are read with --decimal comma\n");
+              "bifun: m.csv: column m: numbers of this form are text; --decimal comma reads them as numbers\n");
     EXPECT_NE(directory.run({"describe", "d.csv"}).err.find("\"a:DATE 'DD.MM.YYYY',b:DATE 'MM/DD/YYYY',c:DATE 'DD-MM-YYYY'\"\n"),
               std::string::npos);
     expect_answer("a,b\n1.2.2024,1/13/2024\n", "SELECT a, b FROM t", "a,b\n2024-02-01,2024-01-13\n",

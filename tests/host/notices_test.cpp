@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // What is said beside a result that may not be the one that was meant.
 #include <string>
+#include <utility>
 
 #include <gtest/gtest.h>
 
@@ -39,8 +40,7 @@ TEST(Notices, DatesThatAreComparedAsTexts) {
                    {joined({"d is text, and compared as such with '2024-02-05'", as_dates})});
     expect_notices(file, "SELECT d < e AS x FROM t LIMIT 1", "x\nfalse\n", {joined({"d is text, and compared as such with e", as_dates})});
     expect_notices(file, "SELECT e FROM t WHERE n >= '2024-01-01' AND n <= 'zzz'", "e\n01/15/2024\n01/15/2024\n",
-                   {"n is text, and compared as such with '2024-01-01'; --types \"n:DATE 'DD.MM.YYYY'\" reads the column as dates, if that "
-                    "is their format"});
+                   {"n is text, and compared as such with '2024-01-01'; --null 'n/a' takes that text for NULL, and the others for DATE"});
     expect_notices(file, "SELECT e FROM t WHERE d = '31.12.2023' AND e <> 'x' AND n IS NULL", "e\n12/31/2023\n", {});
 }
 
@@ -82,9 +82,7 @@ TEST(Notices, RowsThatAreTakenForNames) {
 
 TEST(Notices, LeadFromTextsToTheTypesOfTheirColumns) {
     const std::string file = "d,b,a,m,w,i,z\n31.12.2023,true,x,\"1,5\",31/12/2023 10:30,1,01234\n";
-    const std::string numbers =
-        "; --types a:DECIMAL reads the column as numbers; --decimal comma is for such as 1.234,56, --null NA for texts in "
-        "place of NULL";
+    const std::string numbers = "; TO_NUMBER(a) is NULL where a text is no number";
     const struct {
         std::string expression, message;
     } cases[] = {
@@ -105,8 +103,7 @@ TEST(Notices, LeadFromTextsToTheTypesOfTheirColumns) {
         {"COALESCE(a, i)", "8, near COALESCE: VARCHAR and INT do not go together; CAST(x AS VARCHAR) makes a text of the INT"},
         {"CONCAT(a, 0)",
          "8, near CONCAT: CONCAT does not take (VARCHAR, INT); it takes (VARCHAR, VARCHAR); the number is a text in quotes"},
-        {"YEAR(a)", "8, near YEAR: YEAR does not take (VARCHAR); it takes (DATETIME); --types \"a:DATE 'DD.MM.YYYY'\" reads the column as "
-                    "dates, if that is their format"},
+        {"YEAR(a)", "8, near YEAR: YEAR does not take (VARCHAR); it takes (DATETIME); give the column of a date a type ..."},
         {"YEAR(i)", "8, near YEAR: YEAR does not take (INT); it takes (DATETIME); --types \"i:DATE 'YYYYMMDD'\" reads numbers such as "
                     "20240229 as dates, and "
                     "FROM_UNIXTIME takes seconds since 1970"},
@@ -120,6 +117,32 @@ TEST(Notices, LeadFromTextsToTheTypesOfTheirColumns) {
     for (const auto& tested : cases) {
         expect_failure(file, joined({"SELECT ", tested.expression, " FROM t"}), joined({"SQL, character ", tested.message}));
     }
+}
+
+TEST(Notices, NameBothTypesWhereTextsHaveEither) {
+    const std::string file = "u,s,m,n,p,f,t,i,z\n\"1,234\",12/31/23,01/02/2024,1.5,10%,0.1234567890123456789,2024-01-01T10:00:00.1234567Z,"
+                             "2024-01-01,31-Dec-2023\n2,11/30/23,03/04/2024,-,2%,1e-05,2024-01-01T10:00:00.1234567Z,Total,30-Nov-2023\n";
+    const std::pair<std::string, std::string> cases[] = {
+        {"u + 1", "; --decimal point reads 1,234 as 1234, and --decimal comma as 1.234"},
+        {"YEAR(s)", "; --types \"s:DATE 'MM/DD/YY'\" reads the column as dates; YY is a year from 2000 on, RR one from 1950 to 2049"},
+        {"YEAR(m)", "; --types \"m:DATE 'DD/MM/YYYY'\" or --types \"m:DATE 'MM/DD/YYYY'\" reads the column as dates, by which of them "
+                    "is meant"},
+        {"n + 1", "; --null '-' takes that text for NULL, and the others for DECIMAL"},
+        {"p + 1", "; TO_NUMBER(REPLACE(p, '%', '')) makes numbers of its texts"},
+        {"f + 1", "; --types f:DECIMAL reads the column as numbers"},
+        {"YEAR(t)", "; CAST(SUBSTR(t, 1, 26) AS TIMESTAMP) leaves out what stands behind six digits of a fraction"},
+        {"YEAR(i)", "; --null 'Total' takes that text for NULL, and the others for DATE"},
+        {"YEAR(z)", "; --types \"z:DATE 'DD-MON-YYYY'\" reads the column as dates"},
+    };
+    const scratch_directory directory;
+    directory.write("t.csv", file);
+    for (const auto& [expression, way] : cases) {
+        const std::string err = directory.run({"t.csv", joined({"SELECT ", expression, " FROM t"})}).err;
+        EXPECT_TRUE(err.ends_with(joined({way, "\n"}))) << err;
+    }
+    EXPECT_TRUE(
+        directory.run({"t.csv", "SELECT s FROM t WHERE s > '2024-01-01'"}).err.starts_with("bifun: s is text, and compared as such"));
+    EXPECT_NE(directory.run({"describe", "t.csv"}).err.find("column m: dates of this form are text"), std::string::npos);
 }
 
 TEST(Notices, NumbersWrittenAsCodesAreText) {

@@ -107,15 +107,13 @@ TEST(Operators, Casts) {
         {"CAST(1 AS DATE)", "8, near CAST: CAST makes no DATE of INT"},
         {"CAST('yes' AS BOOLEAN) ; NOT 'f'::bool ; CAST('2024-02-29 10:00' AS DATE) ; CAST('2024-02-29 1' || '0:00' AS DATE)",
          R"(true, true, "2024-02-29", "2024-02-29")"},
-        {"CAST(1 AS BOOLEAN)", "8, near CAST: CAST makes no BOOL of INT"},
+        {"CAST(1 AS BOOLEAN)", "8, near CAST: CAST makes no BOOL of INT; compare it, as in x <> 0"},
         {"CAST(1 AS REAL[])", "18, near REAL: CAST makes BOOL, INT, BIGINT, ..."},
         {"CAST('a' AS VARCHAR(3))", "20, near VARCHAR: in a CAST VARCHAR has no length or precision; use SUBSTR for texts"},
     });
     // Fields of two lines, and rows behind the first that the reader has in hand.
     expect_failure("s,t\n1,\"a\nb\"\nx,\n", "SELECT CAST(s AS INT) FROM t",
-                   "CAST: \"x\" cannot be INT in row 2 (t.csv, line 4); --types s:DECIMAL reads the column as numbers; --decimal comma is "
-                   "for such as 1.234,56, "
-                   "--null NA for texts in place of NULL");
+                   "CAST: \"x\" cannot be INT in row 2 (t.csv, line 4); --null 'x' takes that text for NULL, and the others for INT");
     expect_failure(joined({"s,t\n", repeated("1,\"a\nb\"\n", 9), "x,\n", repeated("1,abcdefgh\n", 20'000)}), "SELECT CAST(s AS INT) FROM t",
                    "CAST: \"x\" cannot be INT in row 10 (t.csv, line 20); ...", {"--batch-rows", "65536", "--types", "s:VARCHAR"});
     expect_failure("s\n1\n\nx\n", "SELECT CAST(s AS INT) FROM t", "CAST: \"x\" cannot be INT in row 3 (t.csv, line 4); ...");
@@ -173,6 +171,17 @@ TEST(Operators, NamesOfItemsInWhere) {
 }
 
 // Functions by the names that they have in other systems.
+TEST(Operators, NamesOfColumnsThatDifferInCase) {
+    const std::string file = "ID,id,x,A,a,a\n1,2,3,4,5,6\n";
+    expect_answer(file, "SELECT ID, id, \"ID\" AS q, t.ID AS p, ID + 0 AS s FROM t WHERE t /* ID */ . id = 2", "ID,id,q,p,s\n1,2,1,1,1\n");
+    expect_answer(file, "SELECT A, a, A_2, X FROM t", "A,a,a_2,x\n4,5,6,3\n");
+    expect_failure(file, "SELECT Id FROM t",
+                   "SQL, character 8, near Id: t.csv has the columns ID, id, and none is spelled so; write one of them as it is, or in "
+                   "double quotes");
+    expect_failure(file, "SELECT x FROM t", "--types: t.csv has several columns that differ from Id in case alone; ...",
+                   {"--types", "Id:INT"});
+}
+
 TEST(Operators, NamesElsewhere) {
     expect_shown({
         {"CASEFOLD('A')", "8, near CASEFOLD: there is no function casefold; use LOWER(s); ILIKE and, with --set case_sensitive=0, ..."},
