@@ -18,7 +18,7 @@ TEST(FieldSyntax, Quotes) {
         {"t.csv", "|a|;|b|\n|1|;|x||y|\n", {"--quote", "0x7C"}, "a,b\n1,x|y\n"}, // the bar cannot separate then
     });
     // Wherever the quote lies in what is scanned at once.
-    for (const std::size_t length : {1, 61, 62, 63, 64, 127}) {
+    for (const std::size_t length : {1U, 61U, 62U, 63U, 64U, 127U}) {
         const std::string text = repeated("x", length);
         expect_read({{"t.csv",
                       joined({"a,b\n", text, "\" y,\"z, \"\"\"\n1,5\" disk \"x\"\n"}),
