@@ -3,6 +3,8 @@
 
 #include <charconv>
 
+#include "host/values/value_text.h"
+
 namespace host {
 namespace {
 
@@ -54,12 +56,7 @@ bool counts_last_columns(const std::vector<column_form>& columns) {
 } // namespace
 
 field_form form_of(std::string_view field) {
-    while (!field.empty() && field.front() == ' ') {
-        field.remove_prefix(1);
-    }
-    while (!field.empty() && field.back() == ' ') {
-        field.remove_suffix(1);
-    }
+    field = without_blanks_around(field);
     if (field.empty()) {
         return field_form::empty;
     }
