@@ -11,7 +11,9 @@
 #include <cstring>
 #include <fstream>
 #include <memory>
+#include <span>
 #include <stdexcept>
+#include <string_view>
 
 #include "bench/bench_data.h"
 #include "bench/catalogue_calls.h"
@@ -42,7 +44,7 @@ using lanes = std::array<double, 8>;
 struct aggregates {
     std::uint64_t bits = 0;         // BIGINT: exclusive or of all values
     lanes sums{};                   // DOUBLE: in as many sums
-    std::uint64_t length = 0;       // strings: bytes with trailing blanks
+    std::uint64_t length = 0;       // strings: bytes with trailing blanks; binary values: digits of their hexadecimal text
     const void* greatest = nullptr; // DECIMAL, DATETIME: in `kept`
     std::array<std::uint8_t, 30> kept{};
     std::uint64_t touched = 0; // keeps the reading of the other columns alive
@@ -137,7 +139,7 @@ void add_column(aggregates& total, value_type type, const bifun_column& column, 
         std::uint64_t length = 0;
         for_present<bifun_string>(column, row_count,
                                   [&](const bifun_string& value, std::uint32_t) { length += value.length + value.trailing_blanks; });
-        total.length += length;
+        total.length += type == value_type::VARBINARY ? 2 * length : length;
         break;
     }
     case value_type::INTERVAL_YM:
@@ -183,6 +185,16 @@ std::string text_of(const aggregates& total, value_type type) {
     }
 }
 
+std::string hexadecimal_text(const bifun_string& value) {
+    constexpr std::string_view digits = "0123456789ABCDEF";
+    std::string text;
+    for (const std::uint8_t byte : std::span(value.data, value.length)) {
+        text += digits[byte >> 4];
+        text += digits[byte & 15];
+    }
+    return text;
+}
+
 std::string value_text(const zqengine::column_storage& column, std::uint32_t row) {
     if (column.column.no_nulls == 0 && column.data.null_flags[row] == 0) {
         return "NULL";
@@ -200,8 +212,9 @@ std::string value_text(const zqengine::column_storage& column, std::uint32_t row
     case value_type::DATETIME:
         return std::to_string(unix_microseconds(zqengine::values_of<zqtime>(column)[row]));
     case value_type::VARCHAR:
-    case value_type::VARBINARY:
         return text_with_blanks(zqengine::values_of<bifun_string>(column)[row]);
+    case value_type::VARBINARY:
+        return hexadecimal_text(zqengine::values_of<bifun_string>(column)[row]);
     default:
         return std::to_string(zqengine::values_of<std::int32_t>(column)[row]);
     }
