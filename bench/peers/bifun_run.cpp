@@ -211,7 +211,7 @@ std::string value_text(const zqengine::column_storage& column, std::uint32_t row
         return std::to_string(zqengine::values_of<std::int64_t>(column)[row]);
     case value_type::DOUBLE: {
         std::array<char, 64> text{};
-        std::snprintf(text.data(), text.size(), "%.17g", zqengine::values_of<double>(column)[row]);
+        (void)std::snprintf(text.data(), text.size(), "%.17g", zqengine::values_of<double>(column)[row]);
         return text.data();
     }
     case value_type::DECIMAL:
