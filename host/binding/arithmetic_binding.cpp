@@ -143,6 +143,17 @@ operand bind_arithmetic(binder& state, const expression& tree) {
     refuse(state, tree, left, right);
 }
 
+bool stands_for_text(sql_type type) { return type > sql_type::null && type < sql_type::varchar; }
+
+operand as_text(binder& state, const operand& given) {
+    if (!stands_for_text(given.type)) {
+        return given;
+    }
+    const std::size_t value = as_type(state, given, given.type);
+    return {nullptr, add_step(state, {.kind = step_kind::cast, .type = sql_type::varchar, .operands = {value}}), sql_type::varchar,
+            given.offset};
+}
+
 operand bind_cast(binder& state, const expression& tree) {
     const operand given = bind(state, tree.operands[0]);
     const sql_type type = tree.target.type;

@@ -89,6 +89,11 @@ operand bind_first_known(binder& state, const expression& tree);
 operand bind_null_if(binder& state, const expression& tree);
 operand bind_cast(binder& state, const expression& tree);
 
+// What CAST(x AS VARCHAR) makes of it: where texts alone are taken, values of other types stand for their texts. Texts, NULL and bytes, which
+// are no text of their own, stay as they are.
+bool stands_for_text(sql_type type);
+operand as_text(binder& state, const operand& given);
+
 // A literal that is not in the text of the statement.
 operand add_literal(binder& state, literal_kind kind, std::string text, std::size_t offset);
 

@@ -168,7 +168,46 @@ std::string advice_on_columns(const binder& state, std::string_view builtin, con
     return advice_for(builtin, offered);
 }
 
-// May add the argument that is omitted, and moves the name of a field to where the member takes it.
+// Whether the built-in takes texts there and nothing else, and does more with them than to read a date, a number or JSON, of which a value of
+// another type has none.
+bool takes_any_text(std::string_view builtin, std::size_t position) {
+    using bifun::value_form;
+    constexpr bifun::type_set read_from_texts = bifun::type_set(value_type::DATETIME) | value_type::DECIMAL | value_type::DOUBLE;
+    bool found = false;
+    for (const bifun::entry_point& member : bifun::entry_points) {
+        if (member.builtin != builtin || position >= member.argument_count) {
+            continue;
+        }
+        const bifun::argument_fact& fact = fact_of(member, position);
+        const value_type type = member.arguments()[position].type;
+        const value_form form = fact.typical.form;
+        const bool reads = contains(read_from_texts, member.result) || form == value_form::datetime_text || form == value_form::json_object;
+        if (fact.keywords.role == bifun::keyword_role::none && (type != value_type::VARCHAR || reads)) {
+            return false;
+        }
+        found |= type == value_type::VARCHAR;
+    }
+    return found;
+}
+
+// Values of other types become texts where a member takes the call then.
+const bifun::entry_point* choose_by_texts(binder& state, std::string_view builtin, std::vector<operand>& arguments) {
+    std::vector<offered_argument> offered = offered_of(arguments);
+    std::vector<std::size_t> texts;
+    for (std::size_t i = 0; i < arguments.size(); ++i) {
+        if (stands_for_text(arguments[i].type) && !arguments[i].keyword && takes_any_text(builtin, i)) {
+            offered[i] = {sql_type::varchar, false};
+            texts.push_back(i);
+        }
+    }
+    const bifun::entry_point* const member = choose_member(builtin, offered);
+    for (const std::size_t i : member == nullptr ? std::vector<std::size_t>() : texts) {
+        arguments[i] = as_text(state, arguments[i]);
+    }
+    return member;
+}
+
+// May add the argument that is omitted, makes texts of what is to be one, and moves the name of a field to where the member takes it.
 const bifun::entry_point& find_member(binder& state, const expression& tree, std::string_view builtin, std::vector<operand>& arguments) {
     const keyword_use keywords = keywords_of(builtin);
     std::vector<std::string_view> types;
@@ -181,7 +220,8 @@ const bifun::entry_point& find_member(binder& state, const expression& tree, std
         std::rotate(arguments.begin(), arguments.begin() + 1, arguments.begin() + behind);
     }
     const std::vector<offered_argument> offered = offered_of(arguments);
-    const bifun::entry_point* const member = choose_member(builtin, offered);
+    const bifun::entry_point* member = choose_member(builtin, offered);
+    member = member == nullptr ? choose_by_texts(state, builtin, arguments) : member;
     if (member == nullptr && keywords.chooses_member) {
         refuse_field(state, tree, builtin, offered);
     }

@@ -316,12 +316,12 @@ std::size_t bind_in_list(binder& state, const expression& tree, const std::vecto
 
 std::size_t bind_like(binder& state, const expression& tree, const std::vector<operand>& operands) {
     for (const operand& given : operands) {
-        if (given.type != sql_type::varchar && given.type != sql_type::null) {
-            fail_at(state.sql, given.offset,
-                    fmt::format("LIKE takes texts, and this is of type {}; CAST(x AS VARCHAR) makes one", sql_type_name(given.type)));
+        if (given.type == sql_type::varbinary) {
+            fail_at(state.sql, given.offset, "LIKE takes texts, and this is of type VARBINARY; BINARY_TO_CHAR(b) makes a text of bytes");
         }
     }
-    const auto compared = [&](const operand& given) {
+    const auto compared = [&](const operand& value) {
+        const operand given = as_text(state, value);
         return as_type(state, tree.folds_case ? bind_call(state, tree, "LOWER", {given}) : given, sql_type::varchar);
     };
     const std::size_t text = compared(operands[0]);

@@ -101,8 +101,6 @@ TEST(Notices, LeadFromTextsToTheTypesOfTheirColumns) {
          "8, near NVL: NVL does not take (VARCHAR, INT); it takes (INT, INT), (BIGINT, BIGINT), (DOUBLE, DOUBLE), (DECIMAL, DECIMAL), "
          "(DATETIME, DATETIME), (VARCHAR, VARCHAR), (VARBINARY, constant VARBINARY); the number is a text in quotes"},
         {"COALESCE(a, i)", "8, near COALESCE: VARCHAR and INT do not go together; CAST(x AS VARCHAR) makes a text of the INT"},
-        {"CONCAT(a, 0)",
-         "8, near CONCAT: CONCAT does not take (VARCHAR, INT); it takes (VARCHAR, VARCHAR); the number is a text in quotes"},
         {"YEAR(a)", "8, near YEAR: YEAR does not take (VARCHAR); it takes (DATETIME); give the column of a date a type ..."},
         {"YEAR(i)", "8, near YEAR: YEAR does not take (INT); it takes (DATETIME); --types \"i:DATE 'YYYYMMDD'\" reads numbers such as "
                     "20240229 as dates, and "
