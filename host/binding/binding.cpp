@@ -77,6 +77,9 @@ void mark_needed(const expression& tree, const std::string& sql, table& source, 
         const table_column& found = column_named(source, tree, sql);
         source.columns[static_cast<std::size_t>(&found - source.columns.data())].needed = true;
     }
+    if (tree.kind == expression_kind::call) {
+        check_call_names(sql, tree); // before what stands for no column in calls of other systems: DATEDIFF(start, end, DAY)
+    }
     for (const expression& part : tree.operands) {
         mark_needed(part, sql, source, named);
     }

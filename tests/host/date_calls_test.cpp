@@ -92,7 +92,7 @@ TEST(DateCalls, Arithmetic) {
          R"("-1-06", "1 12:00:00", "2024-03-29")"},
         {"ADD_MONTHS(DATE '9999-12-01', 1)",
          "ADD_MONTHS: -6118 the datetime is outside years -4712 to 9999, or cannot be formatted or read in row 1"},
-        {"NEXT_DAY(DATE '2024-02-29', 'FUNDAY')", "NEXT_DAY: -6145 unknown day name"},
+        {"NEXT_DAY(DATE '2024-02-29', 'FUNDAY')", "NEXT_DAY: -6145 unknown day name: there are Monday to Sunday and Mon to Sun"},
         {"DATE_ADD(DATE '2024-01-01', INTERVAL '1' DAY)",
          "8, near DATE_ADD: DATE_ADD does not take (DATE, INTERVAL DAY TO SECOND); it takes (DATETIME, INTERVAL YEAR TO MONTH); ..."},
         {"DATEADD(DAY, 1.5, DATE '2024-01-01')", "8, near DATEADD: DATEADD does not take (field, DECIMAL, DATE); it takes (field, BIGINT, "
@@ -135,7 +135,7 @@ TEST(DateCalls, TruncAndRound) {
         {"TRUNC('2024-02-29 10:00') ; TRUNC('2024-02-29 10:00', 'IW') ; TRUNC('129.99', '-1') ; ROUND('129.95', '1') ; ROUND('0.5')",
          R"("2024-02-29 00:00:00", "2024-02-26 00:00:00", "120", "130.0", "1")"},
         {"TRUNC('soon') ; TRUNC(NULL, 'MM') ; TRUNC(DATE '2024-02-29', NULL) ; TRUNC(7.89, 1)", "null, null, null, 7.8"},
-        {"TRUNC(DATE '2024-02-29', 'MONTHS')", "33, near 'MONTHS': TRUNC has no unit 'MONTHS'; there are CC, SCC, YEAR, ..."},
+        {"TRUNC(DATE '2024-02-29', 'MONTHS')", "33, near 'MONTHS': TRUNC has no unit 'MONTHS'; write 'MONTH'"},
         {"ROUND('129.95', '1.5')", "24, near '1.5': ROUND has no unit '1.5'; there are CC, ..."},
         {"ROUND(DATE '9999-12-31', 'MM')", "ROUND: -6803 an argument is outside the function's domain in row 1"},
     });
@@ -145,7 +145,7 @@ TEST(DateCalls, Numbers) {
     expect_shown({
         {"TO_DATETIME(2024, 1, 31, 25, 0) ; TO_DATETIME(2024, 3, 0, 0, -1)", R"("2024-02-01 01:00:00", "2024-02-28 23:59:00")"},
         {"TO_DATETIME(1, 1, 0, 0, 0)", "TO_DATETIME: -6132 the resulting year is 0 in row 1"},
-        {"FROM_UNIXTIME(1709210096) ; FROM_UNIXTIME(-1) ; FROM_UNIXTIME(2147483648)", R"("2024-02-29 12:34:56", null, null)"},
+        {"FROM_UNIXTIME(1709210096) ; FROM_UNIXTIME(-1)", R"("2024-02-29 12:34:56", null)"},
         {"FROM_UNIXTIME(1709210096) ; UNIX_TIMESTAMP(TIMESTAMP '2024-02-29 20:34:56') ; UNIX_TIMESTAMP('2024-02-29 20:34:56')",
          R"("2024-02-29 20:34:56", 1709210096, 1709210096)",
          {"--set", "time_zone=+08:00"}},

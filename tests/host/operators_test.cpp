@@ -191,9 +191,43 @@ TEST(Operators, NamesElsewhere) {
         {"GREATEST('a', 'b')",
          "17, near 'a': this text cannot be read as a date, time or timestamp; for texts there is CASE WHEN x > y THEN x ELSE y END"},
         {"IFNULL(1, 2)", "8, near IFNULL: there is no function ifnull; use COALESCE(x, y) or NVL(x, y)"},
+        {"NVL(5, '')",
+         "8, near NVL: NVL does not take (INT, VARCHAR); it takes (INT, INT), (BIGINT, BIGINT), (DOUBLE, DOUBLE), (DECIMAL, DECIMAL), "
+         "(DATETIME, DATETIME), (VARCHAR, VARCHAR), (VARBINARY, constant VARBINARY); CAST(x AS VARCHAR) makes a text of the INT"},
         {"SUM(1)", "8, near SUM: there is no function sum; there are no aggregates: a query gives a row for every row of the file"},
+        {"NVL(DATE '2024-01-01', '')",
+         "31, near '': this text cannot be read as a date, time or timestamp; CAST(x AS VARCHAR) makes a text of the DATE"},
+        {"IF(1 = 1, 'a', 5)",
+         "8, near IF: IF does not take (BOOL, VARCHAR, INT); it takes (BOOL, INT, INT), (BOOL, BIGINT, BIGINT), (BOOL, DOUBLE, DOUBLE), "
+         "(BOOL, DECIMAL, DECIMAL), (BOOL, VARCHAR, VARCHAR); CAST(x AS VARCHAR) makes a text of the INT"},
+        {"ABS('5')", "8, near ABS: ABS does not take (VARCHAR); it takes (BIGINT), (DOUBLE), (DECIMAL); write the number without quotes"},
+        {"TO_TIMESTAMP(5)",
+         "8, near TO_TIMESTAMP: TO_TIMESTAMP does not take (INT); it takes (VARCHAR); FROM_UNIXTIME(n) makes a timestamp of seconds since "
+         "1970"},
+        {"LOG(5)", "8, near LOG: LOG takes 2 arguments, not 1: LOG(base, x); LN(x) is the natural logarithm, LOG10(x) the decimal one"},
+        {"EXTRACT(EPOCH FROM DATE '2024-01-01')", "16, near EPOCH: EXTRACT has no field EPOCH; use UNIX_TIMESTAMP(d)"},
+        {"DATEADD(epoch, 1, DATE '2024-01-01')", "16, near epoch: DATEADD has no field EPOCH; there are YEAR, ..."},
+        {"DATEDIFF(d, DATE '2024-01-01', 'day')", "39, near 'day': this text cannot be read as a date, time or timestamp; the field stands "
+                                                  "first, as in DATEDIFF(field, start, end)"},
+        {"TRUNC(DATE '2024-01-01', 'hour') ; 1", "33, near 'hour': TRUNC has no unit 'hour'; write 'HH'"},
+        {"NUMTODSINTERVAL(1, 'week')", "27, near 'week': NUMTODSINTERVAL has no unit 'week'; there are DAY, HOUR, MINUTE, SECOND"},
+        {"TO_CHAR(12, '#,##0.00')",
+         "TO_CHAR: -6130 invalid number format: \"#\" is no element; 9 is a digit and 0 one that is always there, as in 'FM999,990.00'"},
+        {"SYSDATE", "8, near SYSDATE: there is no column sysdate, because the query has no FROM; use CURRENT_DATE, ..."},
         {"POW(1, 2)", "8, near POW: there is no function pow; did you mean POWER?"},
     });
+}
+
+// The field stands elsewhere, or is no column.
+TEST(Operators, FieldsElsewhere) {
+    const std::pair<std::string, std::string> refused[] = {
+        {"DATEDIFF(a, b, DAY)", "17, near a: DATEDIFF has no field A; the field stands first, as in DATEDIFF(field, start, end)"},
+        {"TIMESTAMPDIFF(DAY, a, b)", "8, near TIMESTAMPDIFF: there is no function timestampdiff; use DATEDIFF(field, start, end)"},
+        {"ROWNUM", "8, near ROWNUM: t.csv has no column ROWNUM; LIMIT n gives the first rows"},
+    };
+    for (const auto& [expression, message] : refused) {
+        expect_failure("a,b\n", joined({"SELECT ", expression, " FROM t"}), joined({"SQL, character ", message}));
+    }
 }
 
 // Syntax of other systems, which the parser does not know.

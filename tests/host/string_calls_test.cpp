@@ -81,7 +81,8 @@ TEST(StringCalls, OtherTypesAsTexts) {
         {"WEEKDAY(DATE '2024-01-02')", "8, near WEEKDAY: WEEKDAY does not take (DATE); it takes (VARCHAR); ..."},
         {"TO_DATE(DATE '2024-01-02', 'YYYY')", "8, near TO_DATE: TO_DATE does not take (DATE, VARCHAR); it takes ..."},
     });
-    expect_answer("s,n,d\na,1,2024-01-02\n,,\n", "SELECT s || n || d AS c, n || '' AS e, LEFT(d, 4) AS y FROM t WHERE d IS NULL OR n LIKE '1'",
+    expect_answer("s,n,d\na,1,2024-01-02\n,,\n",
+                  "SELECT s || n || d AS c, n || '' AS e, LEFT(d, 4) AS y FROM t WHERE d IS NULL OR n LIKE '1'",
                   "c,e,y\na12024-01-02,1,2024\n,\"\",\n");
 }
 
