@@ -51,7 +51,7 @@ void bind_item(binder& state, const select_item& item, plan& made) {
     std::string name = item.alias;
     if (name.empty()) {
         const bool is_column = state.steps[step].kind == step_kind::table_column;
-        name = is_column ? state.source->columns[state.steps[step].table_column].name : expression_text(item.value);
+        name = is_column ? state.source->columns[state.steps[step].table_column].name : item.text;
     }
     add_result(made, std::move(name), bound.type, step);
 }

@@ -20,14 +20,18 @@ namespace {
 
 using bifun::value_type;
 
+std::string keyword_text(const expression& keyword) {
+    return keyword.literal == literal_kind::string ? fmt::format("'{}'", keyword.text) : upper_case(keyword.text);
+}
+
 std::int32_t code_of_keyword(std::string_view sql, const expression& call, std::string_view builtin) {
     const expression& keyword = call.operands.front();
     const bifun::keyword_list keywords = keywords_of(builtin).list;
     const bifun::keyword* const known = find_keyword(keywords, upper_case(keyword.text));
     if (known == nullptr) {
-        fail_at(sql, keyword.offset,
-                fmt::format("{} has no {} {}{}", builtin, role_name(keywords.role), expression_text(keyword),
-                            advice_on_keyword(call, builtin)));
+        fail_at(
+            sql, keyword.offset,
+            fmt::format("{} has no {} {}{}", builtin, role_name(keywords.role), keyword_text(keyword), advice_on_keyword(call, builtin)));
     }
     return known->code;
 }
@@ -97,7 +101,7 @@ const bifun::builtin& builtin_named(std::string_view sql, const expression& tree
 // A value that has not the field which stands first, or none at all.
 [[noreturn]] void refuse_field(const binder& state, const expression& tree, std::string_view builtin,
                                const std::vector<offered_argument>& offered) {
-    const std::string refusal = field_refusal(builtin, expression_text(tree.operands.front()), offered);
+    const std::string refusal = field_refusal(builtin, keyword_text(tree.operands.front()), offered);
     if (refusal.empty()) {
         fail_at(state.sql, tree.operands.back().offset,
                 fmt::format("{} takes dates, times, timestamps, intervals and text, not {}", builtin, sql_type_name(offered.back().type)));

@@ -419,6 +419,17 @@ operand bind(binder& state, const expression& tree) {
         made = negated_if(state, tree.negated, add_condition(state, step_kind::conjunction, {low, high}));
         break;
     }
+    case expression_kind::distinction: {
+        const std::size_t equal = add_comparison(state, comparison_operator::equal, operands[0], operands[1], tree.offset);
+        std::vector<std::size_t> nulls;
+        for (const operand& given : operands) {
+            nulls.push_back(add_condition(state, step_kind::null_test, {as_type(state, given, given.type)}));
+        }
+        const std::size_t is_equal = add_condition(state, step_kind::truth_test, {equal});
+        const std::size_t are_nulls = add_condition(state, step_kind::conjunction, std::move(nulls));
+        made = negated_if(state, !tree.negated, add_condition(state, step_kind::disjunction, {is_equal, are_nulls}));
+        break;
+    }
     case expression_kind::in_list:
         made = bind_in_list(state, tree, operands);
         break;

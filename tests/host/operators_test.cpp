@@ -31,7 +31,6 @@ TEST(Operators, Numbers) {
                   "s,p,n,t\n2,2.5,-2.5,f\n-2,-1.5,-0.5,bcdef\n");
     expect_failure("a\n1\n\n2147483647\n", "SELECT a + a FROM t",
                    "+: numeric overflow of INT in row 3 (t.csv, line 4); CAST(x AS BIGINT) has more digits");
-    expect_answer("a\n1\n2\n", "SELECT a + 1 * a, -(a - 1) FROM t LIMIT 1", "a + (1 * a),-(a - 1)\n2,0\n");
 }
 
 TEST(Operators, Dates) {
@@ -159,6 +158,28 @@ TEST(Operators, Offset) {
     }
     expect_failure(file, "SELECT ABS(a - 5) / (a - 3) FROM t OFFSET 1", "/: division by zero in row 3 (t.csv, line 4); ...");
     expect_failure(file, "SELECT a FROM t OFFSET -1", "SQL, character 24, near -: OFFSET takes a whole number that is not negative");
+}
+
+// A column without an alias is named after what was typed for it.
+TEST(Operators, Headings) {
+    expect_answer("a,from\n1,2\n",
+                  "SELECT a+1  *\n  -a /* , */, SUBSTRING('a b' FROM 2), t.\"from\", t . from -- FROM\n"
+                  ", (a IS NOT DISTINCT FROM 1), JSON_VALUE('[1]', '$[0]' RETURNING INT), a::text || ',' FROM t;",
+                  "a+1 * -a,SUBSTRING('a b' FROM 2),from,from_2,(a IS NOT DISTINCT FROM 1),\"JSON_VALUE('[1]', '$[0]' RETURNING "
+                  "INT)\",\"a::text || ','\"\n0, b,2,2,true,1,\"1,\"\n");
+    expect_answer("", "(SELECT 'x', 1+1)", "'x',1+1\nx,2\n");
+    expect_answer("", "SELECT 1/2 WHERE TRUE", "1/2\n0.5\n");
+}
+
+TEST(Operators, Distinctions) {
+    expect_shown({
+        {"1 IS DISTINCT FROM 2 ; 1 IS DISTINCT FROM 1.0 ; NULL IS DISTINCT FROM 1 ; NULL IS DISTINCT FROM NULL ; 'a' IS NOT DISTINCT FROM "
+         "NULL ; "
+         "DATE '2024-01-01' IS NOT DISTINCT FROM '2024-01-01'",
+         "true, false, true, false, false, true"},
+        {"1 IS DISTINCT FROM 'a'", "10, near IS: INT and VARCHAR cannot be compared; ..."},
+    });
+    expect_answer("a,b\n1,1\n,\n2,\n,3\n4,5\n", "SELECT a, b FROM t WHERE a IS DISTINCT FROM b", "a,b\n2,\n,3\n4,5\n");
 }
 
 TEST(Operators, NamesOfItemsInWhere) {

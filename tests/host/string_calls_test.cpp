@@ -153,11 +153,4 @@ TEST(StringCalls, LettersAndBytes) {
     expect_failure("", "SELECT UNHEX('x')", "HEXTORAW: -6147 the value cannot be converted in row 1");
 }
 
-TEST(StringCalls, Headings) {
-    expect_answer("", "SELECT TRIM(LEADING FROM 'a'), POSITION('a' IN 'b'), SUBSTRING('ab' FROM 2)",
-                  "TRIM(LEADING ' ' FROM 'a'),POSITION('a' IN 'b'),\"SUBSTR('ab', 2)\"\na,0,b\n");
-    expect_answer("", "SELECT OVERLAY('ab' PLACING 'x' FROM 1), OVERLAY('ab', 'x', 1, 0), CONCAT('a', 'b'), TRIM('a')",
-                  "OVERLAY('ab' PLACING 'x' FROM 1),OVERLAY('ab' PLACING 'x' FROM 1 FOR 0),'a' || 'b',TRIM('a')\nxb,xab,ab,a\n");
-}
-
 } // namespace
