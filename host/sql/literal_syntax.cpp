@@ -72,7 +72,7 @@ interval_qualifier translate_qualifier(const json& type, const translation_conte
         }
     }
     if (fields == all_bits || !find_qualifier(qualifier_name(made))) {
-        refuse(type, context, "an interval names its fields behind its text: INTERVAL '3' DAY, INTERVAL '1-2' YEAR TO MONTH");
+        refuse(type, context, "an interval is written INTERVAL '3 days', INTERVAL '3' DAY or INTERVAL '1-2' YEAR TO MONTH");
     }
     if (modifiers.size() > 1) {
         made.fraction_digits = number(1);
