@@ -225,15 +225,21 @@ std::string returned_types(std::string_view builtin) {
     return types;
 }
 
-std::string advice_for(std::string_view builtin, std::span<const offered_argument> arguments) {
+std::string_view find_advice(std::span<const bifun::advice> advices, std::string_view builtin,
+                             std::span<const offered_argument> arguments) {
     const auto is_of = [&](std::size_t i, bifun::type_set types) {
         return types.bits == bifun::any_type.bits ||
                (i < arguments.size() && arguments[i].type != sql_type::null && contains(types, value_type_of(arguments[i].type)));
     };
-    for (const bifun::advice& known : bifun::advices) {
-        if (bifun::has_word(known.names, builtin) && is_of(0, known.types[0]) && is_of(1, known.types[1])) {
-            return fmt::format("; {}", known.text);
-        }
+    const auto found = std::ranges::find_if(advices, [&](const bifun::advice& known) {
+        return bifun::has_word(known.names, builtin) && is_of(0, known.types[0]) && is_of(1, known.types[1]);
+    });
+    return found == advices.end() ? std::string_view() : found->text;
+}
+
+std::string advice_for(std::string_view builtin, std::span<const offered_argument> arguments) {
+    if (const std::string_view known = find_advice(bifun::advices, builtin, arguments); !known.empty()) {
+        return fmt::format("; {}", known);
     }
     std::string_view text;
     for_each_argument(builtin, [&](bifun::argument parameter, const argument_fact&, std::size_t i) {

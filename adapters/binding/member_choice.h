@@ -46,6 +46,9 @@ std::string field_refusal(std::string_view builtin, std::string_view field, std:
 // The types that text behind RETURNING can name in calls of the builtin: "INT, BIGINT"; empty where none has such.
 std::string returned_types(std::string_view builtin);
 
+// The text of the first that is for the built-in and its arguments; empty where there is none.
+std::string_view find_advice(std::span<const bifun::advice> advices, std::string_view builtin, std::span<const offered_argument> arguments);
+
 // What to do instead where no member takes the arguments: "; use ..."; may be empty.
 std::string advice_for(std::string_view builtin, std::span<const offered_argument> arguments);
 

@@ -68,11 +68,12 @@ operand add_days(binder& state, const expression& tree, const operand& date, con
     const bool seems_date = text.column != nullptr && !text.column->seems.empty() && has_date(text.column->seems[0].type);
     const sql_type needed = seems_date || is_datetime(other) || is_interval(other) ? sql_type::date : sql_type::decimal;
     const bool adds_texts = is_left_text && right.type == sql_type::varchar && tree.operation == arithmetic_operator::add;
-    const std::string advice =
-        is_datetime(left.type) && is_datetime(right.type) ? "; use DATEDIFF(SECOND, start, end), with any field"
-        : has_text ? (adds_texts ? "; || joins texts" : "") + (adds_texts && text.is_literal ? "" : way_to(needed, text))
-        : is_interval(left.type) && is_number(right.type) ? "; NUMTODSINTERVAL and NUMTOYMINTERVAL make intervals of numbers"
-                                                          : "; it takes numbers, and + and - also a date with days or an interval";
+    const std::string advice = is_datetime(left.type) && is_datetime(right.type) ? "; use DATEDIFF(SECOND, start, end), with any field"
+                               : has_text
+                                   ? (adds_texts ? "; || joins texts" : "") + (adds_texts && text.is_literal ? "" : way_to(needed, text))
+                               : (is_interval(left.type) && is_number(right.type)) || (is_number(left.type) && is_interval(right.type))
+                                   ? "; NUMTODSINTERVAL and NUMTOYMINTERVAL make intervals of numbers"
+                                   : "; it takes numbers, and + and - also a date with days or an interval";
     fail_at(state.sql, tree.offset,
             fmt::format("{} does not take {} and {}{}", arithmetic_symbol(tree.operation), sql_type_name(left.type),
                         sql_type_name(right.type), advice));
@@ -141,6 +142,17 @@ operand bind_arithmetic(binder& state, const expression& tree) {
         return bind_call(state, tree, "DAYS_BETWEEN", {left, right});
     }
     refuse(state, tree, left, right);
+}
+
+bool stands_for_text(sql_type type) { return type > sql_type::null && type < sql_type::varchar; }
+
+operand as_text(binder& state, const operand& given) {
+    if (!stands_for_text(given.type)) {
+        return given;
+    }
+    const std::size_t value = as_type(state, given, given.type);
+    return {nullptr, add_step(state, {.kind = step_kind::cast, .type = sql_type::varchar, .operands = {value}}), sql_type::varchar,
+            given.offset};
 }
 
 operand bind_cast(binder& state, const expression& tree) {

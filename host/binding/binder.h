@@ -79,6 +79,9 @@ operand bind(binder& state, const expression& tree);
 // Of a call, to the member of its built-in that takes the arguments.
 operand bind_call(binder& state, const expression& tree);
 
+// That there is such a built-in, of so many arguments, and its field or mode, of a call whose arguments are not bound yet.
+void check_call_names(std::string_view sql, const expression& call);
+
 // The same to a built-in, of arguments that are bound.
 operand bind_call(binder& state, const expression& tree, std::string_view builtin, std::vector<operand> arguments);
 
@@ -89,8 +92,16 @@ operand bind_first_known(binder& state, const expression& tree);
 operand bind_null_if(binder& state, const expression& tree);
 operand bind_cast(binder& state, const expression& tree);
 
+// What CAST(x AS VARCHAR) makes of it: where texts alone are taken, values of other types stand for their texts. Texts, NULL and bytes,
+// which are no text of their own, stay as they are.
+bool stands_for_text(sql_type type);
+operand as_text(binder& state, const operand& given);
+
 // A literal that is not in the text of the statement.
 operand add_literal(binder& state, literal_kind kind, std::string text, std::size_t offset);
+
+// "; CAST(x AS VARCHAR) makes a text of the INT"
+std::string way_to_text(sql_type given);
 
 // The type that values become where they meet: the widest of numbers, or the one type that all of them have. A string literal may stand for
 // a datetime. A datetime without a zone becomes one with a zone where it meets one. `complaint` says what types cannot do that do not go

@@ -51,7 +51,7 @@ void bind_item(binder& state, const select_item& item, plan& made) {
     std::string name = item.alias;
     if (name.empty()) {
         const bool is_column = state.steps[step].kind == step_kind::table_column;
-        name = is_column ? state.source->columns[state.steps[step].table_column].name : expression_text(item.value);
+        name = is_column ? state.source->columns[state.steps[step].table_column].name : item.text;
     }
     add_result(made, std::move(name), bound.type, step);
 }
@@ -76,6 +76,9 @@ void mark_needed(const expression& tree, const std::string& sql, table& source, 
     if (tree.kind == expression_kind::column && find_named_item(named, source, tree, sql) == nullptr) {
         const table_column& found = column_named(source, tree, sql);
         source.columns[static_cast<std::size_t>(&found - source.columns.data())].needed = true;
+    }
+    if (tree.kind == expression_kind::call) {
+        check_call_names(sql, tree); // before what stands for no column in calls of other systems: DATEDIFF(start, end, DAY)
     }
     for (const expression& part : tree.operands) {
         mark_needed(part, sql, source, named);

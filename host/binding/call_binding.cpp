@@ -2,12 +2,12 @@
 // Calls: from a name and arguments to a member and what it is given.
 
 #include <algorithm>
-#include <map>
 
 #include "adapters/binding/datetime_call.h"
 #include "adapters/binding/member_choice.h"
 #include "engine/number_check.h"
 #include "host/binding/binder.h"
+#include "host/binding/call_advice.h"
 #include "host/binding/literal.h"
 #include "host/near_names.h"
 #include "host/program_error.h"
@@ -20,55 +20,31 @@ namespace {
 
 using bifun::value_type;
 
-// The names of keywords to show, by their codes.
-std::map<std::int32_t, std::string> names_of(bifun::keyword_list keywords) {
-    std::map<std::int32_t, std::string> names;
-    for (const bifun::keyword& word : keywords.words) {
-        names[word.code] = word.names.substr(0, word.names.find(' '));
-    }
-    return names;
+std::string keyword_text(const expression& keyword) {
+    return keyword.literal == literal_kind::string ? fmt::format("'{}'", keyword.text) : upper_case(keyword.text);
 }
 
-std::int32_t code_of_keyword(const binder& state, const expression& keyword, std::string_view builtin) {
+std::int32_t code_of_keyword(std::string_view sql, const expression& call, std::string_view builtin) {
+    const expression& keyword = call.operands.front();
     const bifun::keyword_list keywords = keywords_of(builtin).list;
     const bifun::keyword* const known = find_keyword(keywords, upper_case(keyword.text));
     if (known == nullptr) {
-        std::vector<std::string> names;
-        for (const auto& [code, name] : names_of(keywords)) {
-            names.push_back(name);
-        }
-        const std::string hint = did_you_mean(keyword.text, names);
-        fail_at(state.sql, keyword.offset,
-                fmt::format("{} has no {} {}{}", builtin, role_name(keywords.role), expression_text(keyword),
-                            hint.empty() ? fmt::format("; there are {}", fmt::join(names, ", ")) : hint));
+        fail_at(
+            sql, keyword.offset,
+            fmt::format("{} has no {} {}{}", builtin, role_name(keywords.role), keyword_text(keyword), advice_on_keyword(call, builtin)));
     }
     return known->code;
 }
 
 // A keyword becomes its code, or stays a text where it is one and a member takes that.
-operand bind_keyword(binder& state, const expression& keyword, std::string_view builtin) {
-    const std::int32_t code = code_of_keyword(state, keyword, builtin);
+operand bind_keyword(binder& state, const expression& call, std::string_view builtin) {
+    const expression& keyword = call.operands.front();
+    const std::int32_t code = code_of_keyword(state.sql, call, builtin);
     const bool is_name = keyword.literal == literal_kind::string && keywords_of(builtin).name_position;
     operand made = is_name ? add_literal(state, literal_kind::string, keyword.text, keyword.offset)
                            : add_literal(state, literal_kind::number, std::to_string(code), keyword.offset);
     made.keyword = code;
     return made;
-}
-
-std::vector<offered_argument> offered_of(const std::vector<operand>& arguments) {
-    std::vector<offered_argument> offered;
-    offered.reserve(arguments.size());
-    for (const operand& argument : arguments) {
-        offered.push_back({argument.type, argument.literal != nullptr, argument.keyword,
-                           argument.literal != nullptr ? std::string_view(argument.literal->text) : std::string_view()});
-    }
-    return offered;
-}
-
-std::string_view advice_on_extremes(std::string_view builtin) {
-    return builtin == "GREATEST" ? "; for texts there is CASE WHEN x > y THEN x ELSE y END"
-           : builtin == "LEAST"  ? "; for texts there is CASE WHEN x < y THEN x ELSE y END"
-                                 : "";
 }
 
 // The datetimes among a call's arguments. The catalogue knows one type for all of them; a text may stand for any.
@@ -82,7 +58,8 @@ std::vector<datetime_argument> datetimes_of(const binder& state, const bifun::en
         const std::optional<sql_type> type = argument.type == sql_type::varchar ? datetime_type_of(*argument.literal) : argument.type;
         if (!type) {
             fail_at(state.sql, argument.offset,
-                    fmt::format("this text cannot be read as a date, time or timestamp{}", advice_on_extremes(member.builtin)));
+                    fmt::format("this text cannot be read as a date, time or timestamp{}",
+                                advice_on_unread_literal(member.builtin, arguments, argument)));
         }
         found.push_back({i, *type});
     }
@@ -107,16 +84,16 @@ sql_type result_type(const binder& state, const bifun::entry_point& member, cons
     return datetime_result(member, offered, datetimes);
 }
 
-const bifun::builtin& builtin_named(const binder& state, const expression& tree) {
+const bifun::builtin& builtin_named(std::string_view sql, const expression& tree) {
     const bifun::builtin* const builtin = find_builtin(tree.name);
     if (builtin == nullptr) {
-        fail_at(state.sql, tree.offset, unknown_function(tree.name));
+        fail_at(sql, tree.offset, unknown_function(tree.name));
     }
     if (!takes_argument_count(builtin->name, tree.operands.size())) {
-        fail_at(state.sql, tree.offset,
+        fail_at(sql, tree.offset,
                 fmt::format("{} takes {} argument{}, not {}: {}{}", builtin->name, argument_counts(builtin->name),
                             argument_counts(builtin->name) == "1" ? "" : "s", tree.operands.size(), builtin->form,
-                            builtin->name == "TO_TIMESTAMP" ? "; TO_DATE(text, format) reads by a format, also a time of day" : ""));
+                            advice_on_count(builtin->name, tree.operands.size())));
     }
     return *builtin;
 }
@@ -124,7 +101,7 @@ const bifun::builtin& builtin_named(const binder& state, const expression& tree)
 // A value that has not the field which stands first, or none at all.
 [[noreturn]] void refuse_field(const binder& state, const expression& tree, std::string_view builtin,
                                const std::vector<offered_argument>& offered) {
-    const std::string refusal = field_refusal(builtin, expression_text(tree.operands.front()), offered);
+    const std::string refusal = field_refusal(builtin, keyword_text(tree.operands.front()), offered);
     if (refusal.empty()) {
         fail_at(state.sql, tree.operands.back().offset,
                 fmt::format("{} takes dates, times, timestamps, intervals and text, not {}", builtin, sql_type_name(offered.back().type)));
@@ -132,43 +109,46 @@ const bifun::builtin& builtin_named(const binder& state, const expression& tree)
     fail_at(state.sql, tree.operands.front().offset, refusal);
 }
 
-// Of a column of texts that look like those of another type; or else what the catalogue knows.
-std::string advice_on_columns(const binder& state, std::string_view builtin, const std::vector<offered_argument>& offered,
-                              const std::vector<operand>& arguments) {
-    const bool has_text = std::ranges::find(arguments, sql_type::varchar, &operand::type) != arguments.end();
-    if (has_text && !advice_on_extremes(builtin).empty()) {
-        return std::string(advice_on_extremes(builtin));
-    }
-    const bool has_text_of_file = std::ranges::any_of(
-        arguments, [](const operand& argument) { return argument.type == sql_type::varchar && argument.literal == nullptr; });
-    const auto is_taken_as = [&](std::size_t i, sql_type type) {
-        std::vector<offered_argument> tried = offered;
-        tried[i].type = type;
-        return choose_member(builtin, tried) != nullptr;
-    };
-    for (std::size_t i = 0; i < arguments.size() && has_text_of_file; ++i) {
-        if (arguments[i].literal != nullptr && is_number(arguments[i].type) && is_taken_as(i, sql_type::varchar)) {
-            return "; the number is a text in quotes";
-        }
-    }
-    for (std::size_t i = 0; i < arguments.size(); ++i) {
-        const misplaced_value given = misplaced(state, arguments[i]);
-        if (given.column == nullptr) {
+// Whether the built-in takes texts there and nothing else, and does more with them than to read a date, a number or JSON, of which a value
+// of another type has none.
+bool takes_any_text(std::string_view builtin, std::size_t position) {
+    using bifun::value_form;
+    constexpr bifun::type_set read_from_texts = bifun::type_set(value_type::DATETIME) | value_type::DECIMAL | value_type::DOUBLE;
+    bool found = false;
+    for (const bifun::entry_point& member : bifun::entry_points) {
+        if (member.builtin != builtin || position >= member.argument_count) {
             continue;
         }
-        if (!given.column->seems.empty() && is_taken_as(i, given.column->seems[0].type)) {
-            return way_to(given.column->seems[0].type, given);
+        const bifun::argument_fact& fact = fact_of(member, position);
+        const value_type type = member.arguments()[position].type;
+        const value_form form = fact.typical.form;
+        const bool reads = contains(read_from_texts, member.result) || form == value_form::datetime_text || form == value_form::json_object;
+        if (fact.keywords.role == bifun::keyword_role::none && (type != value_type::VARCHAR || reads)) {
+            return false;
         }
-        for (const sql_type needed : {sql_type::date, sql_type::boolean, sql_type::decimal}) {
-            if (!way_to(needed, given).empty() && is_taken_as(i, needed)) {
-                return way_to(needed, given);
-            }
-        }
+        found |= type == value_type::VARCHAR;
     }
-    return advice_for(builtin, offered);
+    return found;
 }
 
-// May add the argument that is omitted, and moves the name of a field to where the member takes it.
+// Values of other types become texts where a member takes the call then.
+const bifun::entry_point* choose_by_texts(binder& state, std::string_view builtin, std::vector<operand>& arguments) {
+    std::vector<offered_argument> offered = offered_of(arguments);
+    std::vector<std::size_t> texts;
+    for (std::size_t i = 0; i < arguments.size(); ++i) {
+        if (stands_for_text(arguments[i].type) && !arguments[i].keyword && takes_any_text(builtin, i)) {
+            offered[i] = {sql_type::varchar, false};
+            texts.push_back(i);
+        }
+    }
+    const bifun::entry_point* const member = choose_member(builtin, offered);
+    for (const std::size_t i : member == nullptr ? std::vector<std::size_t>() : texts) {
+        arguments[i] = as_text(state, arguments[i]);
+    }
+    return member;
+}
+
+// May add the argument that is omitted, makes texts of what is to be one, and moves the name of a field to where the member takes it.
 const bifun::entry_point& find_member(binder& state, const expression& tree, std::string_view builtin, std::vector<operand>& arguments) {
     const keyword_use keywords = keywords_of(builtin);
     std::vector<std::string_view> types;
@@ -181,7 +161,8 @@ const bifun::entry_point& find_member(binder& state, const expression& tree, std
         std::rotate(arguments.begin(), arguments.begin() + 1, arguments.begin() + behind);
     }
     const std::vector<offered_argument> offered = offered_of(arguments);
-    const bifun::entry_point* const member = choose_member(builtin, offered);
+    const bifun::entry_point* member = choose_member(builtin, offered);
+    member = member == nullptr ? choose_by_texts(state, builtin, arguments) : member;
     if (member == nullptr && keywords.chooses_member) {
         refuse_field(state, tree, builtin, offered);
     }
@@ -193,7 +174,7 @@ const bifun::entry_point& find_member(binder& state, const expression& tree, std
     if (member == nullptr) {
         fail_at(state.sql, tree.offset,
                 fmt::format("{} does not take ({}); it takes {}{}", builtin, fmt::join(types, ", "),
-                            describe_signatures(builtin, types.size()), advice_on_columns(state, builtin, offered, arguments)));
+                            describe_signatures(builtin, types.size()), advice_on_arguments(state, builtin, arguments)));
     }
     if (member->argument_count > arguments.size()) {
         const bool is_text = bifun::is_string(member->arguments().back().type);
@@ -220,23 +201,33 @@ std::string_view percent_advice(const bifun::entry_point& member) {
 void check_date_formats(binder& state, const bifun::entry_point& member, const std::vector<operand>& arguments) {
     for (std::size_t i = 0; i < arguments.size(); ++i) {
         const std::optional<std::string> format = date_format_of(state, member, arguments, i);
-        const std::optional<std::string> fault = format ? find_format_fault(fact_of(member, i).format, *format) : std::nullopt;
-        const bool is_percent = fact_of(member, i).format == bifun::date_format::percent;
-        const bool has_percent = format && format->find('%') != format->npos;
-        if (fault) {
-            fail_at(state.sql, arguments[i].offset, has_percent && !is_percent ? *fault + std::string(percent_advice(member)) : *fault);
+        if (!format) {
+            continue;
         }
-        if (format && has_percent != is_percent) {
-            add_notice(state, fmt::format("{}: the format '{}'", member.builtin, *format),
-                       is_percent ? " has no element with %, such as %Y, and is written as it is; TO_CHAR has formats such as YYYY-MM-DD"
-                                  : fmt::format(" has no elements with %{}", percent_advice(member)));
+        const bifun::date_format use = fact_of(member, i).format;
+        const std::optional<std::string> fault = find_format_fault(use, *format);
+        const std::optional<std::string> month = find_month_behind_hour(use, *format);
+        const bool is_percent = use == bifun::date_format::percent;
+        const bool has_percent = format->find('%') != format->npos;
+        const std::string of_month = month ? fmt::format("; it {}", *month) : "";
+        if (fault) {
+            fail_at(state.sql, arguments[i].offset, *fault + (has_percent && !is_percent ? std::string(percent_advice(member)) : of_month));
         }
         const sql_type written = arguments[0].type;
         const bool is_time = is_datetime(written) && !has_date(written);
-        const std::optional<std::string> of_date = format && is_time ? find_date_element(fact_of(member, i).format, *format) : std::nullopt;
+        const std::optional<std::string> of_date = is_time ? find_date_element(use, *format) : std::nullopt;
         if (of_date) {
             fail_at(state.sql, arguments[i].offset,
-                    fmt::format("{} has no date, and the date format has {}", sql_type_name(written), *of_date));
+                    fmt::format("{} has no date, and the date format has {}{}", sql_type_name(written), *of_date, of_month));
+        }
+        const std::string beginning = fmt::format("{}: the format '{}'", member.builtin, *format);
+        if (has_percent != is_percent) {
+            add_notice(state, beginning,
+                       is_percent ? " has no element with %, such as %Y, and is written as it is; TO_CHAR has formats such as YYYY-MM-DD"
+                                  : fmt::format(" has no elements with %{}", percent_advice(member)));
+        }
+        if (month) {
+            add_notice(state, beginning, fmt::format(" {}", *month));
         }
     }
 }
@@ -272,8 +263,10 @@ void check_word(const binder& state, const bifun::entry_point& member, std::size
         for (std::size_t blank = names.find(' '); blank != names.npos; blank = names.find(' ', blank + 2)) {
             names.replace(blank, 1, ", ");
         }
+        const std::string advice = advice_on_unit(words, word);
         fail_at(state.sql, argument.offset,
-                fmt::format("{} has no unit '{}'; there are {}{}", member.builtin, text, names, may_be_integer ? ", and integers" : ""));
+                fmt::format("{} has no unit '{}'{}", member.builtin, text,
+                            advice.empty() ? fmt::format("; there are {}{}", names, may_be_integer ? ", and integers" : "") : advice));
     }
 }
 
@@ -349,6 +342,9 @@ operand bind_call(binder& state, const expression& tree, std::string_view builti
     call.entry = &member;
     call.function = state.library.find(member.symbol);
     call.shows_all_digits = shows_all_digits(member, arguments);
+    if (builtin == "FROM_UNIXTIME") {
+        call.unread.argument = 0;
+    }
     const std::optional<std::size_t> text = argument_of_datetime_text(member);
     if (text && state.source != nullptr && arguments[*text].literal == nullptr) { // a literal is in sight
         call.unread.argument = text;
@@ -362,11 +358,18 @@ operand bind_call(binder& state, const expression& tree, std::string_view builti
     return {nullptr, add_step(state, std::move(call)), type, tree.offset};
 }
 
+void check_call_names(std::string_view sql, const expression& call) {
+    const std::string_view builtin = builtin_named(sql, call).name;
+    if (!call.operands.empty() && call.operands.front().kind == expression_kind::keyword) {
+        (void)code_of_keyword(sql, call, builtin);
+    }
+}
+
 operand bind_call(binder& state, const expression& tree) {
-    const std::string_view builtin = builtin_named(state, tree).name;
+    const std::string_view builtin = builtin_named(state.sql, tree).name;
     std::vector<operand> arguments;
     for (const expression& argument : tree.operands) {
-        arguments.push_back(argument.kind == expression_kind::keyword ? bind_keyword(state, argument, builtin) : bind(state, argument));
+        arguments.push_back(argument.kind == expression_kind::keyword ? bind_keyword(state, tree, builtin) : bind(state, argument));
     }
     if (!bifun::spelling_of(builtin).takes_more) {
         return bind_call(state, tree, builtin, std::move(arguments));

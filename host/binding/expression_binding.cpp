@@ -10,6 +10,7 @@
 #include "host/binding/literal.h"
 #include "host/near_names.h"
 #include "host/program_error.h"
+#include "host/sql/builtins.h"
 #include "host/sql/names.h"
 #include "host/sql/sql_text.h"
 #include "host/tables/text_forms.h"
@@ -69,6 +70,9 @@ const table_column& column_named(const table& source, const expression& tree, co
                                                  : did_you_mean(tree.name, names, name_in_query);
         if (hint.empty() && sql[tree.offset] == '"') {
             hint = fmt::format("; a text stands in single quotes: '{}'", written);
+        }
+        if (hint.empty()) {
+            hint = advice_on_word(tree.name);
         }
         if (hint.empty()) {
             std::ranges::transform(names, names.begin(), name_in_query);
@@ -158,7 +162,8 @@ namespace {
 operand bind_column(binder& state, const expression& tree) {
     if (state.source == nullptr) {
         fail_at(state.sql, tree.offset,
-                fmt::format("there is no column {}, because the query has no FROM; text stands in 'single quotes'", tree.name));
+                fmt::format("there is no column {}, because the query has no FROM{}", tree.name,
+                            advice_on_word(tree.name).empty() ? "; text stands in 'single quotes'" : advice_on_word(tree.name)));
     }
     check_table_prefix(state, tree.table, tree.offset);
     if (const expression* const item = find_named_item(state.named, *state.source, tree, state.sql); item != nullptr) {
@@ -190,10 +195,9 @@ std::string way_to_write(sql_type needed, std::string_view text) {
     return !ways.empty() ? ways : has_date(needed) ? "; a date is written DATE '2025-01-31'" : "; a time is written TIME '10:30:00'";
 }
 
-// Of branches with texts and something else.
-std::string text_of(sql_type other) { return fmt::format("; CAST(x AS VARCHAR) makes a text of the {}", sql_type_name(other)); }
-
 } // namespace
+
+std::string way_to_text(sql_type given) { return fmt::format("; CAST(x AS VARCHAR) makes a text of the {}", sql_type_name(given)); }
 
 sql_type common_type(const binder& state, const std::vector<operand>& operands, std::size_t offset, std::string_view complaint) {
     std::optional<sql_type> common;
@@ -209,7 +213,7 @@ sql_type common_type(const binder& state, const std::vector<operand>& operands, 
             fail_at(state.sql, offset,
                     fmt::format("{} and {} {}{}", sql_type_name(known), sql_type_name(given.type), complaint,
                                 complaint == do_not_go_together && std::max(known, given.type) == sql_type::varchar
-                                    ? text_of(std::min(known, given.type))
+                                    ? way_to_text(std::min(known, given.type))
                                     : way_together(misplaced(state, *widest), misplaced(state, given))));
         }
         widest = widest == nullptr || given.type > known ? &given : widest;
@@ -225,7 +229,7 @@ sql_type common_type(const binder& state, const std::vector<operand>& operands, 
         if (!is_datetime(*common)) {
             fail_at(state.sql, offset,
                     fmt::format("{} and VARCHAR {}{}", sql_type_name(*common), complaint,
-                                complaint == do_not_go_together ? text_of(*common) : way_to(*common, misplaced(state, given))));
+                                complaint == do_not_go_together ? way_to_text(*common) : way_to(*common, misplaced(state, given))));
         }
         const std::optional<sql_type> type = datetime_type_of(*given.literal);
         if (!type || has_date(*type) != has_date(*common)) {
@@ -316,12 +320,12 @@ std::size_t bind_in_list(binder& state, const expression& tree, const std::vecto
 
 std::size_t bind_like(binder& state, const expression& tree, const std::vector<operand>& operands) {
     for (const operand& given : operands) {
-        if (given.type != sql_type::varchar && given.type != sql_type::null) {
-            fail_at(state.sql, given.offset,
-                    fmt::format("LIKE takes texts, and this is of type {}; CAST(x AS VARCHAR) makes one", sql_type_name(given.type)));
+        if (given.type == sql_type::varbinary) {
+            fail_at(state.sql, given.offset, "LIKE takes texts, and this is of type VARBINARY; BINARY_TO_CHAR(b) makes a text of bytes");
         }
     }
-    const auto compared = [&](const operand& given) {
+    const auto compared = [&](const operand& value) {
+        const operand given = as_text(state, value);
         return as_type(state, tree.folds_case ? bind_call(state, tree, "LOWER", {given}) : given, sql_type::varchar);
     };
     const std::size_t text = compared(operands[0]);
@@ -413,6 +417,17 @@ operand bind(binder& state, const expression& tree) {
         const std::size_t low = add_comparison(state, comparison_operator::greater_or_equal, operands[0], operands[1], tree.offset);
         const std::size_t high = add_comparison(state, comparison_operator::less_or_equal, operands[0], operands[2], tree.offset);
         made = negated_if(state, tree.negated, add_condition(state, step_kind::conjunction, {low, high}));
+        break;
+    }
+    case expression_kind::distinction: {
+        const std::size_t equal = add_comparison(state, comparison_operator::equal, operands[0], operands[1], tree.offset);
+        std::vector<std::size_t> nulls;
+        for (const operand& given : operands) {
+            nulls.push_back(add_condition(state, step_kind::null_test, {as_type(state, given, given.type)}));
+        }
+        const std::size_t is_equal = add_condition(state, step_kind::truth_test, {equal});
+        const std::size_t are_nulls = add_condition(state, step_kind::conjunction, std::move(nulls));
+        made = negated_if(state, !tree.negated, add_condition(state, step_kind::disjunction, {is_equal, are_nulls}));
         break;
     }
     case expression_kind::in_list:

@@ -4,6 +4,8 @@
 #include "host/evaluation/execution_parts.h" // before the frame's argument readers, which have names of the catalogue
 
 #include <cmath>
+#include <limits>
+#include <utility>
 
 #include "adapters/binding/invocation.h"
 #include "bop/frame/arguments.h"
@@ -12,6 +14,7 @@
 #include "engine/datetime.h"
 #include "engine/decimal.h"
 #include "engine/json.h"
+#include "engine/number_format.h"
 #include "engine/session.h"
 #include "host/program_error.h"
 #include "host/tables/type_advice.h"
@@ -106,8 +109,11 @@ std::string explain_unread_number(execution& run, const step& call, const bifun_
     if (!failed.row && failed.status == BIFUN_INVALID_JSON_PATH) {
         fail("{}: {}", message, explain_path(constant_text(run, call, 1)));
     }
-    if (!failed.row) {
-        throw program_error(message);
+    const std::string reason_of_constant = failed.status == ZQ_INVALID_NUMBER_FORMAT ? explain_number_format(constant_text(run, call, 1))
+                                           : failed.status == BIFUN_UNKNOWN_DAY_NAME ? "there are Monday to Sunday and Mon to Sun"
+                                                                                     : "";
+    if (!reason_of_constant.empty() || !failed.row) {
+        fail("{}{}{}", message, reason_of_constant.empty() ? "" : ": ", reason_of_constant);
     }
     const bool is_of_text = failed.status == BIFUN_INVALID_DATETIME || failed.status == BIFUN_INVALID_DATE_FORMAT;
     const std::string reason = is_of_text ? explain_unread_text(run, call, made.columns[0], *failed.row, failed.status)
@@ -147,6 +153,30 @@ void count_unread_texts(const execution& run, step& call, const bifun_column& te
     }
 }
 
+// Rows whose seconds since 1970 are too many.
+void count_late_seconds(const execution& run, step& call, const bifun_column& seconds, std::uint32_t row_count) {
+    const auto* const values = static_cast<const std::int64_t*>(seconds.data->values);
+    for (std::uint32_t k = 0; k < row_count; ++k) {
+        const std::uint32_t row = row_of(seconds, k);
+        if (call.result->data.null_flags[k] == 0 && seconds.data->null_flags[row] != 0 && values[row] > 0 && ++call.unread.rows == 1) {
+            call.unread.seconds = values[row];
+            call.unread.first = fmt::format("{} in {}", values[row], place_of_row(run, k));
+        }
+    }
+}
+
+// How milliseconds, or smaller parts, become seconds, where so many are moments from 1973 on; empty for other numbers.
+std::string way_to_seconds(std::int64_t number) {
+    constexpr std::int64_t earliest = 100'000'000;
+    constexpr std::int64_t latest = std::numeric_limits<std::int32_t>::max();
+    for (const auto& [per_second, name] : {std::pair(1'000, "milliseconds"), {1'000'000, "microseconds"}, {1'000'000'000, "nanoseconds"}}) {
+        if (number / per_second >= earliest && number / per_second <= latest) {
+            return fmt::format("; CAST(n / {} AS BIGINT) makes seconds of {}", per_second, name);
+        }
+    }
+    return "";
+}
+
 // A number so small that a decimal would lose digits of it, or all of them, is not shown with zeros in their place.
 void check_digits(const execution& run, const step& call, const bifun_column& numbers, std::uint32_t row_count) {
     constexpr double always_kept = 1e-100; // 17 digits lie before the 127th behind the point
@@ -167,6 +197,11 @@ void check_digits(const execution& run, const step& call, const bifun_column& nu
 
 std::string unread_notice(const execution& run, const step& call) {
     const step& texts = run.query.steps[call.operands[*call.unread.argument]];
+    if (texts.type != sql_type::varchar) {
+        return fmt::format("{} gives NULL for more than {} seconds, in {} row{}; the first is {}{}", call.entry->builtin,
+                           std::numeric_limits<std::int32_t>::max(), call.unread.rows, call.unread.rows == 1 ? "" : "s", call.unread.first,
+                           way_to_seconds(call.unread.seconds));
+    }
     const table_column* const column = texts.kind == step_kind::table_column ? &run.query.source->columns[texts.table_column] : nullptr;
     return fmt::format("{} gives NULL for texts that are no dates such as 2024-02-29, in {} row{}; the first is {}{}", call.entry->builtin,
                        call.unread.rows, call.unread.rows == 1 ? "" : "s", call.unread.first,
@@ -184,7 +219,9 @@ void evaluate_call(execution& run, step& call, std::uint32_t row_count) {
         fail_in_call(run, call, made, status, row_count);
     }
     if (call.unread.argument) {
-        count_unread_texts(run, call, *made.columns[*call.unread.argument], row_count);
+        const auto count =
+            run.query.steps[call.operands[*call.unread.argument]].type == sql_type::varchar ? count_unread_texts : count_late_seconds;
+        count(run, call, *made.columns[*call.unread.argument], row_count);
     }
     if (call.type == sql_type::boolean) {
         normalise_condition(call.result->column, row_count);

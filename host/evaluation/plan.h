@@ -53,12 +53,14 @@ struct choice_branch {
     bool takes_nulls = true; // without a condition
 };
 
-// Of a call that gives NULL for texts that are no datetimes: the argument, and what has been found of such texts.
-struct unread_texts {
+// Of a call that gives NULL for texts that are no datetimes, or for seconds that are too many: the argument, and what has been found of
+// them.
+struct unread_values {
     std::optional<std::size_t> argument{};
     std::uint64_t rows = 0;
-    std::string first{};    // and its place
-    bool is_number = false; // the first one
+    std::string first{};      // and its place
+    bool is_number = false;   // the first one, of texts
+    std::int64_t seconds = 0; // the first one, of seconds
 };
 
 struct step {
@@ -70,7 +72,7 @@ struct step {
     const bifun::entry_point* entry = nullptr;
     void* function = nullptr;
     bool shows_all_digits = false; // call: of its first argument, a double that becomes a decimal
-    unread_texts unread{};         // call
+    unread_values unread{};        // call
     comparison_operator comparison = comparison_operator::equal;
     arithmetic_operator operation = arithmetic_operator::add;
     std::string escape{};                  // like: the character before one that stands for itself; may be none

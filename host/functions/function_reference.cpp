@@ -28,6 +28,10 @@ An argument fits where its type is asked for, and a number also where a wider on
 The entry point that needs the least widening is the one that is called: `ROUND(7, 1)` is a DECIMAL, `SQRT(7)` a DOUBLE. NULL fits
 everywhere. A number literal is the first of INT, BIGINT and DECIMAL that holds it, with an exponent a DOUBLE.
 
+Where text alone is taken, a value of another type stands for the text that CAST(x AS VARCHAR) gives: `name || 5`, `1 || 2`, `LPAD(id, 5, 0)`,
+`SUBSTR(d, 1, 4)`. Bytes do not, nor does anything in functions that read a date, a number or JSON from text, such as TO_DATE and TO_NUMBER, nor
+where a literal is needed.
+
 - A DOUBLE has 15 to 17 significant digits. A BIGINT or DECIMAL with more becomes the nearest DOUBLE: in SQRT and the other functions
   that take nothing else, and also in MOD, SIGN and POWER of a DECIMAL, so that `MOD(0.3, 0.1)` is not 0. ROUND, TRUNC, CEIL, FLOOR, ABS,
   GREATEST, LEAST, NVL, IF, BITAND and TO_CHAR keep every digit of a DECIMAL.

@@ -21,6 +21,9 @@ const bifun::builtin* find_builtin(std::string_view name);
 // That there is none, with names that may be meant.
 std::string unknown_function(std::string_view name);
 
+// Of a name that other systems have a value for and no column has: "; use LIMIT n"; may be empty.
+std::string advice_on_word(std::string_view name);
+
 } // namespace host
 
 #endif

@@ -11,9 +11,7 @@
 namespace host {
 namespace {
 
-// How many arguments a form or a syntax names: `$1` to the last.
-std::size_t named_arguments(std::string_view syntax) { return static_cast<std::size_t>(std::ranges::count(syntax, '$')); }
-
+// How many arguments a form names: `$1` to the last.
 std::size_t named_arguments(const bifun::parsed_call& form) {
     return static_cast<std::size_t>(std::ranges::count_if(form.arguments, [](std::string_view text) { return text.starts_with('$'); }));
 }
@@ -29,17 +27,6 @@ expression make_operand(std::string_view text, const std::vector<expression>& gi
     made.literal = is_literal ? literal_kind::string : literal_kind::null;
     made.text = is_literal ? text.substr(1, text.size() - 2) : text;
     return made;
-}
-
-// The syntax of a call of so many arguments: with what stands in brackets, or without. Empty where no such call has one.
-std::string syntax_for(std::string_view syntax, std::size_t argument_count) {
-    std::string text(syntax);
-    if (const std::size_t open = text.find('['); open != text.npos) {
-        const bool is_whole = named_arguments(text) == argument_count;
-        const std::size_t close = text.find(']', open);
-        is_whole ? text.erase(close, 1).erase(open, 1) : text.erase(open, close + 1 - open);
-    }
-    return named_arguments(text) == argument_count ? text : std::string();
 }
 
 } // namespace
@@ -84,25 +71,6 @@ std::string meaning_with_names(const bifun::builtin& builtin) {
         names.remove_prefix(std::min(name.size() + 1, names.size()));
     }
     return text;
-}
-
-std::string call_text(const expression& call) {
-    const std::string name = upper_case(call.name);
-    const std::string own_syntax = syntax_for(bifun::spelling_of(name).syntax, call.operands.size());
-    std::string text;
-    if (own_syntax.empty()) {
-        for (const expression& operand : call.operands) {
-            text += fmt::format("{}{}", text.empty() ? "" : ", ", expression_text(operand));
-        }
-        return fmt::format("{}({})", name, text);
-    }
-    std::string_view syntax = own_syntax;
-    for (std::size_t next = syntax.find('$'); next != syntax.npos; next = syntax.find('$')) {
-        text += syntax.substr(0, next);
-        text += expression_text(call.operands[argument_index(syntax[next + 1])]);
-        syntax.remove_prefix(next + 2);
-    }
-    return text += syntax;
 }
 
 } // namespace host

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// How SQL writes a call: from the parser's names and arguments for it to those of the built-in, and back to text.
+// How SQL writes a call: from the parser's names and arguments for it to those of the built-in.
 #ifndef BIFUN_HOST_SQL_CALL_SPELLING_H
 #define BIFUN_HOST_SQL_CALL_SPELLING_H
 
@@ -19,9 +19,6 @@ void spell_as_builtin(expression& call);
 
 // What a built-in does, with its further names: "...; also SUBSTRING".
 std::string meaning_with_names(const bifun::builtin& builtin);
-
-// A call as SQL text: in the built-in's own syntax where it has one for so many arguments.
-std::string call_text(const expression& call);
 
 } // namespace host
 

@@ -23,13 +23,14 @@ enum class expression_kind : std::uint8_t {
     choice,      // CASE: condition, value, condition, value, ..., value of ELSE; the tested value before all of them, if any
     first_known, // COALESCE(operands)
     null_if,     // NULLIF(operand, operand)
-    moment,      // CURRENT_DATE and the like, of the literal's kind, `text`
+    moment,      // CURRENT_DATE and the like, of the literal's kind
     arithmetic,  // operand `operation` operand, or `operation` operand
     comparison,  // operand `comparison` operand
     conjunction, // operand AND operand ...
     disjunction, // operand OR operand ...
     negation,    // NOT operand
     between,     // operand BETWEEN operand AND operand
+    distinction, // operand IS DISTINCT FROM operand
     in_list,     // operand IN (operands)
     like,        // operand LIKE operand, or ILIKE where it `folds_case`, with `text` behind ESCAPE
     null_test,   // operand IS NULL
@@ -85,6 +86,7 @@ struct select_item {
     bool all_columns = false; // *, or table.*
     expression value;         // for all columns: `table` and `offset` only
     std::string alias;        // may be empty
+    std::string text{};       // as it was typed, without comments and line breaks, where it has no alias
 };
 
 struct table_name {
@@ -100,9 +102,6 @@ struct select_statement {
     std::optional<std::uint64_t> limit;
     std::uint64_t offset = 0;
 };
-
-// The expression as SQL text: the heading of a result column without an alias.
-std::string expression_text(const expression& tree);
 
 } // namespace host
 

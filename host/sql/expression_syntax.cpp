@@ -162,6 +162,13 @@ expression translate_case(const json& body, translation_context context) {
     return made;
 }
 
+expression translate_distinction(const json& body, translation_context context, bool negated) {
+    expression made = make(expression_kind::distinction, body);
+    made.negated = negated;
+    made.operands = {translate(body["lexpr"], context), translate(body["rexpr"], context)};
+    return made;
+}
+
 expression translate_operator(const json& body, translation_context context) {
     const std::string kind = body.value("kind", "");
     if (kind == "AEXPR_OP") {
@@ -186,9 +193,7 @@ expression translate_operator(const json& body, translation_context context) {
         fail_at(context.sql, offset_of(body), fmt::format("SIMILAR TO is not supported; {}", no_regular_expressions));
     }
     if (kind == "AEXPR_DISTINCT" || kind == "AEXPR_NOT_DISTINCT") {
-        fail_at(context.sql, offset_of(body),
-                kind == "AEXPR_DISTINCT" ? "IS DISTINCT FROM is not supported; write NOT COALESCE(a = b, a IS NULL AND b IS NULL)"
-                                         : "IS NOT DISTINCT FROM is not supported; write COALESCE(a = b, a IS NULL AND b IS NULL)");
+        return translate_distinction(body, context, kind == "AEXPR_NOT_DISTINCT");
     }
     fail_at(context.sql, offset_of(body), fmt::format("this operator is not supported; {}", all_operators));
 }

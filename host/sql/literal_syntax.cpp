@@ -2,9 +2,12 @@
 // Literals and names.
 
 #include <algorithm>
+#include <optional>
+#include <utility>
 
 #include <fmt/format.h>
 
+#include "host/near_names.h"
 #include "host/sql/parse_tree.h"
 #include "host/sql/sql_text.h"
 #include "host/sql/syntax_advice.h"
@@ -69,7 +72,7 @@ interval_qualifier translate_qualifier(const json& type, const translation_conte
         }
     }
     if (fields == all_bits || !find_qualifier(qualifier_name(made))) {
-        refuse(type, context, "an interval names its fields behind its text: INTERVAL '3' DAY, INTERVAL '1-2' YEAR TO MONTH");
+        refuse(type, context, "an interval is written INTERVAL '3 days', INTERVAL '3' DAY or INTERVAL '1-2' YEAR TO MONTH");
     }
     if (modifiers.size() > 1) {
         made.fraction_digits = number(1);
@@ -78,6 +81,16 @@ interval_qualifier translate_qualifier(const json& type, const translation_conte
         }
     }
     return made;
+}
+
+// The number of '3 days', and its field; nothing where the text is none such.
+std::optional<std::pair<std::string_view, interval_qualifier>> read_counted_field(std::string_view text) {
+    const std::string_view whole = without_blanks_around(text);
+    const std::size_t end = std::min(whole.find(' '), whole.size());
+    std::string field = upper_case(without_blanks_around(whole.substr(end)));
+    field.resize(field.size() - (field.ends_with('S') ? 1 : 0));
+    const std::optional<interval_qualifier> fields = find_qualifier(field);
+    return fields ? std::optional(std::pair(whole.substr(0, end), *fields)) : std::nullopt;
 }
 
 } // namespace
@@ -208,7 +221,10 @@ expression translate_cast(const json& body, translation_context context) {
     }
     expression made = translate_constant(body["arg"]["A_Const"], context);
     made.literal = known->kind;
-    if (is_interval) {
+    if (const auto counted = is_interval && !type.contains("typmods") ? read_counted_field(made.text) : std::nullopt; counted) {
+        made.fields = counted->second;
+        made.text = std::string(counted->first);
+    } else if (is_interval) {
         made.fields = translate_qualifier(type, context);
     }
     made.offset = std::min(made.offset, offset_of(type));
@@ -218,15 +234,14 @@ expression translate_cast(const json& body, translation_context context) {
 expression translate_moment(const json& body, translation_context context) {
     struct named_moment {
         std::string_view operation;
-        std::string_view name;
         literal_kind kind;
     };
     constexpr named_moment moments[] = {
-        {"SVFOP_CURRENT_DATE", "CURRENT_DATE", literal_kind::date},
-        {"SVFOP_CURRENT_TIME", "CURRENT_TIME", literal_kind::time_with_zone},
-        {"SVFOP_CURRENT_TIMESTAMP", "CURRENT_TIMESTAMP", literal_kind::timestamp_with_zone},
-        {"SVFOP_LOCALTIME", "LOCALTIME", literal_kind::time},
-        {"SVFOP_LOCALTIMESTAMP", "LOCALTIMESTAMP", literal_kind::timestamp},
+        {"SVFOP_CURRENT_DATE", literal_kind::date},
+        {"SVFOP_CURRENT_TIME", literal_kind::time_with_zone},
+        {"SVFOP_CURRENT_TIMESTAMP", literal_kind::timestamp_with_zone},
+        {"SVFOP_LOCALTIME", literal_kind::time},
+        {"SVFOP_LOCALTIMESTAMP", literal_kind::timestamp},
     };
     expression made = make(expression_kind::moment, body);
     const auto* const known = std::ranges::find(moments, body.value("op", ""), &named_moment::operation);
@@ -235,7 +250,6 @@ expression translate_moment(const json& body, translation_context context) {
                 "this value is not supported; there are CURRENT_DATE, CURRENT_TIME, CURRENT_TIMESTAMP, LOCALTIME and LOCALTIMESTAMP, and a "
                 "column of this name stands in double quotes");
     }
-    made.text = known->name;
     made.literal = known->kind;
     return made;
 }

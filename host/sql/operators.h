@@ -11,11 +11,6 @@ namespace host {
 
 enum class comparison_operator : std::uint8_t { equal, not_equal, less, less_or_equal, greater, greater_or_equal };
 
-constexpr std::string_view comparison_symbol(comparison_operator operation) {
-    constexpr std::string_view symbols[] = {"=", "<>", "<", "<=", ">", ">="};
-    return symbols[static_cast<std::size_t>(operation)];
-}
-
 enum class arithmetic_operator : std::uint8_t { add, subtract, multiply, divide, negate };
 
 constexpr std::string_view arithmetic_symbol(arithmetic_operator operation) {

@@ -7,12 +7,15 @@
 
 #include <pg_query.h>
 
+#include "bop/frame/catalogue.h"
+#include "host/near_names.h"
 #include "host/program_error.h"
 #include "host/sql/json_clauses.h"
 #include "host/sql/nesting.h"
 #include "host/sql/parse_tree.h"
 #include "host/sql/sql_text.h"
 #include "host/sql/syntax_advice.h"
+#include "host/sql/tokens.h"
 
 namespace host {
 namespace {
@@ -74,11 +77,39 @@ std::optional<std::uint64_t> translate_row_count(const json& limit, std::string_
     return rows;
 }
 
+// An item of the select list as it was typed, in one line.
+std::string item_text(std::string_view sql, std::size_t begin) {
+    std::string text;
+    std::string_view before;
+    bool is_apart = false;
+    int depth = 0;
+    for (std::size_t at = begin; at < sql.size();) {
+        const std::string_view token = sql_token(sql, at);
+        at += token.size();
+        if (is_sql_comment(token) || token.find_first_not_of(" \t\r\n\f\v") == token.npos) {
+            is_apart = true;
+            continue;
+        }
+        const bool is_name = before == "." || equal_ignoring_case(before, "DISTINCT"); // t.from, IS DISTINCT FROM
+        const bool ends = token == "," || token == ")" || token == ";" ||
+                          (!is_name && bifun::has_word("FROM WHERE LIMIT OFFSET FETCH", upper_case(token)));
+        if (depth == 0 && ends) {
+            break;
+        }
+        depth += token == "(" || token == "[" ? 1 : token == ")" || token == "]" ? -1 : 0;
+        text.append(is_apart && !text.empty() ? " " : "").append(token);
+        is_apart = false;
+        before = token;
+    }
+    return text;
+}
+
 select_item translate_item(const json& target, const translation_context& context) {
     select_item item{.all_columns = false, .value = {}, .alias = target.value("name", "")};
     const json& value = target["val"];
     const bool all = value.contains("ColumnRef") && value["ColumnRef"]["fields"].back().contains("A_Star");
     if (!all) {
+        item.text = item.alias.empty() ? item_text(context.sql, offset_of(target)) : "";
         item.value = translate(value, context);
         return item;
     }

@@ -39,6 +39,17 @@ date_model parse(std::string_view format, format_problem& problem) {
     return parsed;
 }
 
+date_model parse_as(date_format use, std::string_view format) {
+    format_problem problem{};
+    if (use != date_format::percent) {
+        return parse(format, problem);
+    }
+    date_model model;
+    model.language = DFM_ENGLISH;
+    (void)zqengine::parse_percent_format(bytes_of(format), length_of(format), model);
+    return model;
+}
+
 // What an element that means nothing alone has to have beside it.
 std::string_view needed_by(std::string_view element) {
     switch (element.empty() ? '\0' : element[0] & ~0x20) {
@@ -185,14 +196,30 @@ std::optional<std::string> find_format_fault(date_format use, std::string_view f
 }
 
 std::optional<std::string> find_date_element(date_format use, std::string_view format) {
-    format_problem problem{};
-    date_model model;
-    model.language = DFM_ENGLISH;
-    problem = use == date_format::percent ? zqengine::parse_percent_format(bytes_of(format), length_of(format), model)
-                                          : zqengine::parse_format_model(bytes_of(format), length_of(format), model);
+    const date_model model = parse_as(use, format);
     const std::span<const date_piece> pieces(model.pieces, model.piece_count);
     const auto found = std::ranges::find_if(pieces, [](const date_piece& piece) { return is_of_date(piece.element); });
     return found == pieces.end() ? std::nullopt : std::optional(element_at(format, found->offset, found->length));
+}
+
+std::optional<std::string> find_month_behind_hour(date_format use, std::string_view format) {
+    const bool is_percent = use == date_format::percent;
+    const date_model model = parse_as(use, format);
+    const date_piece* before = nullptr;
+    for (const date_piece& piece : std::span(model.pieces, model.piece_count)) {
+        const bool is_month = piece.element == date_element::month || (is_percent && piece.element == date_element::month_name);
+        const bool is_behind_hour =
+            before != nullptr && (before->element == date_element::hour_12 || before->element == date_element::hour_24);
+        if (is_month && is_behind_hour) {
+            return fmt::format("has the month behind the hour, {}; minutes are {}", element_at(format, piece.offset, piece.length),
+                               is_percent                                 ? "%i"
+                               : before->element == date_element::hour_12 ? "MI, and hours from 0 to 23 HH24"
+                                                                          : "MI");
+        }
+        const bool is_text = piece.element == date_element::punctuation || piece.element == date_element::quoted;
+        before = is_text ? before : &piece;
+    }
+    return std::nullopt;
 }
 
 bool reads_time(std::string_view format) {

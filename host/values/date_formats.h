@@ -22,6 +22,9 @@ std::string describe(const zqengine::format_problem& problem, std::string_view f
 // The first element that only dates have, with its place; nothing where there is none.
 std::optional<std::string> find_date_element(bifun::date_format use, std::string_view format);
 
+// A month where minutes are meant, as in HH:MM, with its place and what minutes are; nothing where there is none.
+std::optional<std::string> find_month_behind_hour(bifun::date_format use, std::string_view format);
+
 // Whether text that is read by the format model has a time of day.
 bool reads_time(std::string_view format);
 

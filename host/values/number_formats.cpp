@@ -40,4 +40,11 @@ std::string explain_number_mismatch(std::string_view text, std::string_view form
                                                   : fmt::format("behind \"{}\"", read));
 }
 
+std::string explain_number_format(std::string_view format) {
+    const std::string_view digits = "9 is a digit and 0 one that is always there, as in 'FM999,990.00'";
+    return format.find('#') != format.npos   ? fmt::format("\"#\" is no element; {}", digits)
+           : format.find('%') != format.npos ? fmt::format("\"%\" is no element; {}", digits)
+                                             : std::string(digits);
+}
+
 } // namespace host

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What is wrong with a text that is to be read under a number format.
+// What is wrong with number formats, and with texts that are to be read under one.
 #ifndef BIFUN_HOST_VALUES_NUMBER_FORMATS_H
 #define BIFUN_HOST_VALUES_NUMBER_FORMATS_H
 
@@ -11,6 +11,9 @@ namespace host {
 // Where the text departs from the format and what is expected there; empty where it does not. Texts are in the database character set, an
 // empty `nls` is none.
 std::string explain_number_mismatch(std::string_view text, std::string_view format, std::string_view nls);
+
+// What formats are like, of a text that is none: "# is no element: ...".
+std::string explain_number_format(std::string_view format);
 
 } // namespace host
 

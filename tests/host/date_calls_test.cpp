@@ -25,7 +25,6 @@ TEST(DateCalls, Literals) {
          R"("1 01:30:00", "0 01:30:15.25", "0 01:30:30")"},
         {"INTERVAL '1-12' YEAR TO MONTH", "8, near INTERVAL: the text cannot be read as INTERVAL YEAR TO MONTH"},
         {"INTERVAL '2147483648' DAY", "8, near INTERVAL: the text cannot be read as INTERVAL DAY"},
-        {"INTERVAL '1 day'", "8, near INTERVAL: an interval names its fields behind its text: ..."},
         {"DATE '2024-02-29 10:00'", "8, near DATE: the text cannot be read as DATE"},
     });
 }
@@ -92,7 +91,7 @@ TEST(DateCalls, Arithmetic) {
          R"("-1-06", "1 12:00:00", "2024-03-29")"},
         {"ADD_MONTHS(DATE '9999-12-01', 1)",
          "ADD_MONTHS: -6118 the datetime is outside years -4712 to 9999, or cannot be formatted or read in row 1"},
-        {"NEXT_DAY(DATE '2024-02-29', 'FUNDAY')", "NEXT_DAY: -6145 unknown day name"},
+        {"NEXT_DAY(DATE '2024-02-29', 'FUNDAY')", "NEXT_DAY: -6145 unknown day name: there are Monday to Sunday and Mon to Sun"},
         {"DATE_ADD(DATE '2024-01-01', INTERVAL '1' DAY)",
          "8, near DATE_ADD: DATE_ADD does not take (DATE, INTERVAL DAY TO SECOND); it takes (DATETIME, INTERVAL YEAR TO MONTH); ..."},
         {"DATEADD(DAY, 1.5, DATE '2024-01-01')", "8, near DATEADD: DATEADD does not take (field, DECIMAL, DATE); it takes (field, BIGINT, "
@@ -135,7 +134,7 @@ TEST(DateCalls, TruncAndRound) {
         {"TRUNC('2024-02-29 10:00') ; TRUNC('2024-02-29 10:00', 'IW') ; TRUNC('129.99', '-1') ; ROUND('129.95', '1') ; ROUND('0.5')",
          R"("2024-02-29 00:00:00", "2024-02-26 00:00:00", "120", "130.0", "1")"},
         {"TRUNC('soon') ; TRUNC(NULL, 'MM') ; TRUNC(DATE '2024-02-29', NULL) ; TRUNC(7.89, 1)", "null, null, null, 7.8"},
-        {"TRUNC(DATE '2024-02-29', 'MONTHS')", "33, near 'MONTHS': TRUNC has no unit 'MONTHS'; there are CC, SCC, YEAR, ..."},
+        {"TRUNC(DATE '2024-02-29', 'MONTHS')", "33, near 'MONTHS': TRUNC has no unit 'MONTHS'; write 'MONTH'"},
         {"ROUND('129.95', '1.5')", "24, near '1.5': ROUND has no unit '1.5'; there are CC, ..."},
         {"ROUND(DATE '9999-12-31', 'MM')", "ROUND: -6803 an argument is outside the function's domain in row 1"},
     });
@@ -145,7 +144,7 @@ TEST(DateCalls, Numbers) {
     expect_shown({
         {"TO_DATETIME(2024, 1, 31, 25, 0) ; TO_DATETIME(2024, 3, 0, 0, -1)", R"("2024-02-01 01:00:00", "2024-02-28 23:59:00")"},
         {"TO_DATETIME(1, 1, 0, 0, 0)", "TO_DATETIME: -6132 the resulting year is 0 in row 1"},
-        {"FROM_UNIXTIME(1709210096) ; FROM_UNIXTIME(-1) ; FROM_UNIXTIME(2147483648)", R"("2024-02-29 12:34:56", null, null)"},
+        {"FROM_UNIXTIME(1709210096) ; FROM_UNIXTIME(-1)", R"("2024-02-29 12:34:56", null)"},
         {"FROM_UNIXTIME(1709210096) ; UNIX_TIMESTAMP(TIMESTAMP '2024-02-29 20:34:56') ; UNIX_TIMESTAMP('2024-02-29 20:34:56')",
          R"("2024-02-29 20:34:56", 1709210096, 1709210096)",
          {"--set", "time_zone=+08:00"}},
@@ -234,12 +233,15 @@ TEST(DateCalls, CurrentDateHasItsZone) {
     EXPECT_EQ(shown("1", {"--set", "param.1=2"}), "--set: there is no parameter 1, or it cannot be 2");
 }
 
-TEST(DateCalls, Headings) {
-    expect_answer("",
-                  "SELECT INTERVAL '1:30' MINUTE TO SECOND(2), TIME WITH TIME ZONE '10:00', EXTRACT(day FROM NULL), DATEPART(week, NULL), "
-                  "DATEPART('week', NULL)",
-                  "INTERVAL '1:30' MINUTE TO SECOND(2),TIME WITH TIME ZONE '10:00',EXTRACT(DAY FROM NULL),\"DATEPART(WEEK, NULL)\","
-                  "\"DATEPART('week', NULL)\"\n0 00:01:30,10:00:00+00:00,,,\n");
+TEST(DateCalls, IntervalsAsTheyAreWritten) {
+    expect_shown({
+        {"DATE '2024-02-29' + INTERVAL '1 day' ; DATE '2024-02-29' - INTERVAL ' -2  months ' ; TIME '10:00' + INTERVAL '1.5 seconds'",
+         R"("2024-03-01", "2024-04-29", "10:00:01.5")"},
+        {"EXTRACT(day FROM NULL) ; DATEPART(week, NULL) ; DATEPART('week', NULL) ; INTERVAL '1:30' MINUTE TO SECOND(2)",
+         R"(null, null, null, "0 00:01:30")"},
+        {"INTERVAL '1.5 hours'", "8, near INTERVAL: the text cannot be read as INTERVAL HOUR"},
+        {"INTERVAL '1 day 2 hours'", "8, near INTERVAL: an interval is written INTERVAL '3 days', ..."},
+    });
 }
 
 } // namespace

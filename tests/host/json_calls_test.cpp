@@ -30,7 +30,7 @@ TEST(NumberCalls, ReadText) {
         {"TO_NUMBER('12x', '999')", "\"12x\" departs from it behind \"12\""},
         {"TO_NUMBER('1234', '999')", "\"1234\" has more digits than it behind \"123\""},
         {"TO_NUMBER('-', '999')", "\"-\" lacks a digit at its end"},
-        {"TO_NUMBER('12', '99Q')", "TO_NUMBER: -6130 invalid number format"},
+        {"TO_NUMBER('12', '99Q')", "TO_NUMBER: -6130 invalid number format: 9 is a digit"},
     });
 }
 

@@ -31,7 +31,6 @@ TEST(Operators, Numbers) {
                   "s,p,n,t\n2,2.5,-2.5,f\n-2,-1.5,-0.5,bcdef\n");
     expect_failure("a\n1\n\n2147483647\n", "SELECT a + a FROM t",
                    "+: numeric overflow of INT in row 3 (t.csv, line 4); CAST(x AS BIGINT) has more digits");
-    expect_answer("a\n1\n2\n", "SELECT a + 1 * a, -(a - 1) FROM t LIMIT 1", "a + (1 * a),-(a - 1)\n2,0\n");
 }
 
 TEST(Operators, Dates) {
@@ -132,7 +131,6 @@ TEST(Operators, Like) {
         {"'\xE4\xB8\x82' LIKE '_'", "true", {"--set", "charset=gb18030"}},
         {"'a' LIKE 'a!' ESCAPE '!'", "LIKE: the pattern 'a!' ends in its escape character"},
         {"'a' LIKE 'a' ESCAPE 'xy'", "28, near 'xy': ESCAPE takes one character in quotes"},
-        {"5 LIKE '5'", "8, near 5: LIKE takes texts, and this is of type INT; CAST(x AS VARCHAR) makes one"},
         {"'ÄB' ILIKE 'ä_' ; 'a%B' NOT ILIKE 'Ax%b' ESCAPE 'X' ; NULL ILIKE 'a'", "true, false, null"},
     });
     expect_answer("s,p\nabc,a%\nabd,%c\n,%\nxyz,\n", "SELECT s, s LIKE p AS m FROM t WHERE s NOT LIKE 'x%'", "s,m\nabc,true\nabd,false\n");
@@ -160,6 +158,28 @@ TEST(Operators, Offset) {
     }
     expect_failure(file, "SELECT ABS(a - 5) / (a - 3) FROM t OFFSET 1", "/: division by zero in row 3 (t.csv, line 4); ...");
     expect_failure(file, "SELECT a FROM t OFFSET -1", "SQL, character 24, near -: OFFSET takes a whole number that is not negative");
+}
+
+// A column without an alias is named after what was typed for it.
+TEST(Operators, Headings) {
+    expect_answer("a,from\n1,2\n",
+                  "SELECT a+1  *\n  -a /* , */, SUBSTRING('a b' FROM 2), t.\"from\", t . from -- FROM\n"
+                  ", (a IS NOT DISTINCT FROM 1), JSON_VALUE('[1]', '$[0]' RETURNING INT), a::text || ',' FROM t;",
+                  "a+1 * -a,SUBSTRING('a b' FROM 2),from,from_2,(a IS NOT DISTINCT FROM 1),\"JSON_VALUE('[1]', '$[0]' RETURNING "
+                  "INT)\",\"a::text || ','\"\n0, b,2,2,true,1,\"1,\"\n");
+    expect_answer("", "(SELECT 'x', 1+1)", "'x',1+1\nx,2\n");
+    expect_answer("", "SELECT 1/2 WHERE TRUE", "1/2\n0.5\n");
+}
+
+TEST(Operators, Distinctions) {
+    expect_shown({
+        {"1 IS DISTINCT FROM 2 ; 1 IS DISTINCT FROM 1.0 ; NULL IS DISTINCT FROM 1 ; NULL IS DISTINCT FROM NULL ; 'a' IS NOT DISTINCT FROM "
+         "NULL ; "
+         "DATE '2024-01-01' IS NOT DISTINCT FROM '2024-01-01'",
+         "true, false, true, false, false, true"},
+        {"1 IS DISTINCT FROM 'a'", "10, near IS: INT and VARCHAR cannot be compared; ..."},
+    });
+    expect_answer("a,b\n1,1\n,\n2,\n,3\n4,5\n", "SELECT a, b FROM t WHERE a IS DISTINCT FROM b", "a,b\n2,\n,3\n4,5\n");
 }
 
 TEST(Operators, NamesOfItemsInWhere) {
@@ -192,9 +212,43 @@ TEST(Operators, NamesElsewhere) {
         {"GREATEST('a', 'b')",
          "17, near 'a': this text cannot be read as a date, time or timestamp; for texts there is CASE WHEN x > y THEN x ELSE y END"},
         {"IFNULL(1, 2)", "8, near IFNULL: there is no function ifnull; use COALESCE(x, y) or NVL(x, y)"},
+        {"NVL(5, '')",
+         "8, near NVL: NVL does not take (INT, VARCHAR); it takes (INT, INT), (BIGINT, BIGINT), (DOUBLE, DOUBLE), (DECIMAL, DECIMAL), "
+         "(DATETIME, DATETIME), (VARCHAR, VARCHAR), (VARBINARY, constant VARBINARY); CAST(x AS VARCHAR) makes a text of the INT"},
         {"SUM(1)", "8, near SUM: there is no function sum; there are no aggregates: a query gives a row for every row of the file"},
+        {"NVL(DATE '2024-01-01', '')",
+         "31, near '': this text cannot be read as a date, time or timestamp; CAST(x AS VARCHAR) makes a text of the DATE"},
+        {"IF(1 = 1, 'a', 5)",
+         "8, near IF: IF does not take (BOOL, VARCHAR, INT); it takes (BOOL, INT, INT), (BOOL, BIGINT, BIGINT), (BOOL, DOUBLE, DOUBLE), "
+         "(BOOL, DECIMAL, DECIMAL), (BOOL, VARCHAR, VARCHAR); CAST(x AS VARCHAR) makes a text of the INT"},
+        {"ABS('5')", "8, near ABS: ABS does not take (VARCHAR); it takes (BIGINT), (DOUBLE), (DECIMAL); write the number without quotes"},
+        {"TO_TIMESTAMP(5)",
+         "8, near TO_TIMESTAMP: TO_TIMESTAMP does not take (INT); it takes (VARCHAR); FROM_UNIXTIME(n) makes a timestamp of seconds since "
+         "1970"},
+        {"LOG(5)", "8, near LOG: LOG takes 2 arguments, not 1: LOG(base, x); LN(x) is the natural logarithm, LOG10(x) the decimal one"},
+        {"EXTRACT(EPOCH FROM DATE '2024-01-01')", "16, near EPOCH: EXTRACT has no field EPOCH; use UNIX_TIMESTAMP(d)"},
+        {"DATEADD(epoch, 1, DATE '2024-01-01')", "16, near epoch: DATEADD has no field EPOCH; there are YEAR, ..."},
+        {"DATEDIFF(d, DATE '2024-01-01', 'day')", "39, near 'day': this text cannot be read as a date, time or timestamp; the field stands "
+                                                  "first, as in DATEDIFF(field, start, end)"},
+        {"TRUNC(DATE '2024-01-01', 'hour') ; 1", "33, near 'hour': TRUNC has no unit 'hour'; write 'HH'"},
+        {"NUMTODSINTERVAL(1, 'week')", "27, near 'week': NUMTODSINTERVAL has no unit 'week'; there are DAY, HOUR, MINUTE, SECOND"},
+        {"TO_CHAR(12, '#,##0.00')",
+         "TO_CHAR: -6130 invalid number format: \"#\" is no element; 9 is a digit and 0 one that is always there, as in 'FM999,990.00'"},
+        {"SYSDATE", "8, near SYSDATE: there is no column sysdate, because the query has no FROM; use CURRENT_DATE, ..."},
         {"POW(1, 2)", "8, near POW: there is no function pow; did you mean POWER?"},
     });
+}
+
+// The field stands elsewhere, or is no column.
+TEST(Operators, FieldsElsewhere) {
+    const std::pair<std::string, std::string> refused[] = {
+        {"DATEDIFF(a, b, DAY)", "17, near a: DATEDIFF has no field A; the field stands first, as in DATEDIFF(field, start, end)"},
+        {"TIMESTAMPDIFF(DAY, a, b)", "8, near TIMESTAMPDIFF: there is no function timestampdiff; use DATEDIFF(field, start, end)"},
+        {"ROWNUM", "8, near ROWNUM: t.csv has no column ROWNUM; LIMIT n gives the first rows"},
+    };
+    for (const auto& [expression, message] : refused) {
+        expect_failure("a,b\n", joined({"SELECT ", expression, " FROM t"}), joined({"SQL, character ", message}));
+    }
 }
 
 // Syntax of other systems, which the parser does not know.
