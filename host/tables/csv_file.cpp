@@ -391,13 +391,10 @@ bool csv_reader::have_as_many_fields(std::uint32_t first_line) const {
     return rows > 1;
 }
 
-// However it is written: 1.234,56 and 31.12.2024 are no numbers and dates of SQL.
 bool csv_reader::has_number_or_date(std::uint32_t line) {
     const std::uint32_t behind = index_.line_fields[line];
     for (std::uint32_t f = first_field(line); f < behind; ++f) {
-        const std::string_view field = field_at(f, f + 1 == behind).text;
-        const std::size_t digit = field.find_first_not_of(" +-$");
-        if (digit != field.npos && field[digit] >= '0' && field[digit] <= '9') {
+        if (is_value(value_form_of(field_at(f, f + 1 == behind).text))) {
             return true;
         }
     }

@@ -25,11 +25,8 @@ std::string shown_field(const charset& set, std::string_view text) {
 
 // Where a text is one that often stands for NULL.
 std::string null_hint(std::string_view text) {
-    const std::string_view word = without_blanks_around(text);
-    for (const std::string_view known : {"NA", "N/A", "#N/A", "NULL", "\\N", "NONE", "NIL", "NAN", "-", "?", "."}) {
-        if (equal_ignoring_case(word, known)) {
-            return fmt::format("; --null '{}' takes it for NULL", text);
-        }
+    if (is_null_word(text)) {
+        return fmt::format("; --null '{}' takes it for NULL", without_blanks_around(text));
     }
     return text.empty() ? "; --quoted-nulls takes it for NULL" : "";
 }
@@ -129,15 +126,38 @@ std::unique_ptr<table> open_table(const std::string& path, const file_options& o
 namespace {
 
 void keep_forms(const table& source, table_column& column, text_forms forms) {
+    const auto as_utf8 = [&](std::string& text) { text = to_utf8_with_replacements(*source.settings->text_charset, text); };
     for (std::string* const text : {&forms.first, &forms.other, &forms.affix}) {
-        *text = to_utf8_with_replacements(*source.settings->text_charset, *text);
+        as_utf8(*text);
     }
+    std::ranges::for_each(forms.null_words, as_utf8);
     column.seems = seeming_types(forms);
-    column.is_point_likely = source.reader.delimiter() == ',';
+    column.decimal_mark = source.reader.decimal_mark();
     column.forms = std::move(forms);
 }
 
+void keep_marks(table& source, const marked_columns& marked) {
+    const bool is_point_likely = seems_point(source.reader, marked);
+    for (table_column& column : source.columns) {
+        column.is_point_likely = is_point_likely;
+        column.pointed_column = marked.with_point ? source.columns[*marked.with_point].name : "";
+    }
+    source.remark = mark_remark(source, marked);
+}
+
 } // namespace
+
+bool seems_point(const csv_reader& reader, const marked_columns& marked) {
+    return marked.with_point.has_value() != marked.with_comma.has_value() ? marked.with_point.has_value() : reader.delimiter() == ',';
+}
+
+std::string mark_remark(const table& source, const marked_columns& marked) {
+    return source.reader.decimal_mark() != ',' || !marked.with_point
+               ? ""
+               : fmt::format("{}: column {} has numbers with a point before the fraction; --decimal comma takes these for texts, and 1.234 "
+                             "for 1234",
+                             source.reader.path(), source.columns[*marked.with_point].name);
+}
 
 void resolve_types(table& source, const given_types& given, type_sample sample, progress_bar& progress) {
     std::vector<bool> unknown;
@@ -155,6 +175,7 @@ void resolve_types(table& source, const given_types& given, type_sample sample, 
     progress.begin("reading types", false);
     const found_kinds found = find_kinds(source.reader, unknown, source.reader.is_file() ? sample.of_files : sample.of_pipes, progress);
     progress.clear();
+    keep_marks(source, found.marked);
     for (std::size_t i = 0; i < source.columns.size(); ++i) {
         if (unknown[i]) {
             source.columns[i].type = {.type = type_of_fields(found.of_columns[i])};

@@ -25,6 +25,8 @@ struct table_column {
     std::vector<column_type> seems{};     // what its texts could be given as their type, as far as the first rows show
     std::optional<text_forms> forms{};    // of these texts, in UTF-8
     bool is_point_likely = false;         // where a comma could be the mark before a fraction, too
+    std::optional<char> decimal_mark{};   // of --decimal
+    std::string pointed_column{};         // another column, whose numbers have a point before the fraction
     std::optional<field_kinds> sampled{}; // where the type was found in the first part of the file alone
     bool needed = false;                  // by the query: only such columns have a type that counts, and values
     zqengine::column_pointer values;      // of the batch in hand
@@ -36,6 +38,7 @@ struct table {
     const session_settings* settings;
     bool ignores_errors;
     std::vector<table_column> columns;
+    std::string remark{}; // what has to be said of the rows, if anything, once types are resolved
     // Of the batch in hand: its last rows as the reader knows them, and the lines of those before, whose text has gone.
     std::vector<std::uint32_t> last_rows{};
     std::vector<std::uint64_t> earlier_lines{};
@@ -63,6 +66,12 @@ constexpr std::uint64_t whole_file = UINT64_MAX;
 // Gives the needed columns the types given, and reads the file for those of the others. Types of columns that the table does not have are
 // those of other tables.
 void resolve_types(table& source, const given_types& given, type_sample sample, progress_bar& progress);
+
+// Whether 1,234 is rather a number of thousands, by the numbers in other columns, or else as commas separate the fields.
+bool seems_point(const csv_reader& reader, const marked_columns& marked);
+
+// What has to be said where --decimal does not go with the numbers of the file; empty where it does.
+std::string mark_remark(const table& source, const marked_columns& marked);
 
 // Makes room for the values of the needed columns.
 void create_columns(table& source, std::uint32_t batch_rows);
