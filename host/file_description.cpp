@@ -138,8 +138,10 @@ void describe_file(const std::string& path, const program_options& options) {
         print_message(fmt::format("{}: there is text that is not valid {}; name the file's encoding, as in --encoding latin1", path,
                                   settings.text_charset->name));
     }
-    if (!source->remark.empty()) {
-        print_message(source->remark);
+    for (const std::string& remark : {source->mark_remark, source->blank_remark}) {
+        if (!remark.empty()) {
+            print_message(remark);
+        }
     }
     for (const std::string& advice : advice_on_texts(path, described)) {
         print_message(advice);

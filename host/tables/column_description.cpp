@@ -222,14 +222,15 @@ std::vector<column_description> describe_columns(table& source, progress_bar& pr
     csv_reader& reader = source.reader;
     reader.stop_keeping();
     std::vector<column_state> columns(source.columns.size());
-    marked_columns marked;
+    first_rows shown;
     constexpr std::uint32_t most_rows = 1024;
     std::uint64_t row_count = 0;
     create_columns(source, most_rows);
     while (read_rows(source, most_rows)) {
         const std::vector<std::uint32_t>& rows = source.last_rows;
         if (row_count == 0) {
-            marked = find_marked_columns(reader, rows);
+            find_marked_columns(reader, rows, shown);
+            find_blank_columns(reader, rows, shown);
         }
         for (std::size_t i = 0; i < columns.size(); ++i) {
             for (std::size_t place = 0; place < rows.size(); ++place) {
@@ -240,12 +241,16 @@ std::vector<column_description> describe_columns(table& source, progress_bar& pr
         progress.update(reader.bytes_read(), reader.file_size(), row_count);
     }
     progress.clear();
-    source.remark = mark_remark(source, marked);
     std::vector<column_description> made;
     for (std::size_t i = 0; i < columns.size(); ++i) {
-        made.push_back(describe(columns[i], source.columns[i], *source.settings->text_charset, seems_point(reader, marked),
+        made.push_back(describe(columns[i], source.columns[i], *source.settings->text_charset, seems_point(reader, shown),
                                 reader.decimal_mark().has_value()));
     }
+    for (std::size_t i = 0; i < columns.size(); ++i) {
+        source.columns[i].type = made[i].type;
+        source.columns[i].needed = true; // all are shown
+    }
+    remark_on(source, shown);
     return made;
 }
 

@@ -32,7 +32,8 @@ struct column_description {
 };
 
 // Reads the whole file. The needed columns have been given their types, and what does not fit them is a bad row; the others get the types
-// that all of their fields have. Texts are in UTF-8. The table's remark is made.
+// that all of their fields have. Texts are in UTF-8. The table's
+// remarks are made, and its columns get these types.
 std::vector<column_description> describe_columns(table& source, progress_bar& progress);
 
 } // namespace host

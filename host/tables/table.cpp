@@ -10,6 +10,7 @@
 #include "embedded/session/environment.h"
 #include "host/near_names.h"
 #include "host/program_error.h"
+#include "host/sql/names.h"
 #include "host/tables/given_types.h"
 #include "host/values/plain_number.h"
 #include "host/values/value_text.h"
@@ -136,27 +137,38 @@ void keep_forms(const table& source, table_column& column, text_forms forms) {
     column.forms = std::move(forms);
 }
 
-void keep_marks(table& source, const marked_columns& marked) {
-    const bool is_point_likely = seems_point(source.reader, marked);
+void keep_first_rows(table& source, const first_rows& shown) {
+    const bool is_point_likely = seems_point(source.reader, shown);
     for (table_column& column : source.columns) {
         column.is_point_likely = is_point_likely;
-        column.pointed_column = marked.with_point ? source.columns[*marked.with_point].name : "";
+        column.pointed_column = shown.with_point ? source.columns[*shown.with_point].name : "";
     }
-    source.remark = mark_remark(source, marked);
 }
 
 } // namespace
 
-bool seems_point(const csv_reader& reader, const marked_columns& marked) {
-    return marked.with_point.has_value() != marked.with_comma.has_value() ? marked.with_point.has_value() : reader.delimiter() == ',';
+bool seems_point(const csv_reader& reader, const first_rows& shown) {
+    return shown.with_point.has_value() != shown.with_comma.has_value() ? shown.with_point.has_value() : reader.delimiter() == ',';
 }
 
-std::string mark_remark(const table& source, const marked_columns& marked) {
-    return source.reader.decimal_mark() != ',' || !marked.with_point
-               ? ""
-               : fmt::format("{}: column {} has numbers with a point before the fraction; --decimal comma takes these for texts, and 1.234 "
-                             "for 1234",
-                             source.reader.path(), source.columns[*marked.with_point].name);
+void remark_on(table& source, const first_rows& shown) {
+    const std::string& path = source.reader.path();
+    if (source.reader.decimal_mark() == ',' && shown.with_point) {
+        source.mark_remark = fmt::format("{}: column {} has numbers with a point before the fraction; --decimal comma takes these for "
+                                         "texts, and 1.234 for 1234",
+                                         path, source.columns[*shown.with_point].name);
+    }
+    std::vector<std::string> names;
+    for (const std::size_t i : shown.with_blanks) {
+        if (source.columns[i].needed && source.columns[i].type.type == sql_type::varchar) {
+            names.push_back(source.columns[i].name);
+        }
+    }
+    if (!names.empty()) {
+        source.blank_remark =
+            fmt::format("{}: most values of column{} {} begin with a blank, which is a part of them; TRIM({}) is without it", path,
+                        names.size() == 1 ? "" : "s", fmt::join(names, ", "), name_in_query(names[0]));
+    }
 }
 
 void resolve_types(table& source, const given_types& given, type_sample sample, progress_bar& progress) {
@@ -168,14 +180,21 @@ void resolve_types(table& source, const given_types& given, type_sample sample, 
             unknown[static_cast<std::size_t>(found - source.columns.data())] = false;
         }
     }
-    if (std::ranges::find(unknown, true) == unknown.end()) {
+    // Texts by choice are looked at for what is said of them.
+    std::vector<bool> looked_at;
+    for (std::size_t i = 0; i < source.columns.size(); ++i) {
+        looked_at.push_back(source.columns[i].needed && (unknown[i] || source.columns[i].type.type == sql_type::varchar));
+    }
+    if (std::ranges::find(looked_at, true) == looked_at.end()) {
         source.reader.stop_keeping();
         return;
     }
+    const bool has_unknown = std::ranges::find(unknown, true) != unknown.end();
     progress.begin("reading types", false);
-    const found_kinds found = find_kinds(source.reader, unknown, source.reader.is_file() ? sample.of_files : sample.of_pipes, progress);
+    const std::uint64_t most_text = !has_unknown ? source.reader.text_read() : source.reader.is_file() ? sample.of_files : sample.of_pipes;
+    const found_kinds found = find_kinds(source.reader, looked_at, most_text, progress);
     progress.clear();
-    keep_marks(source, found.marked);
+    keep_first_rows(source, found.shown);
     for (std::size_t i = 0; i < source.columns.size(); ++i) {
         if (unknown[i]) {
             source.columns[i].type = {.type = type_of_fields(found.of_columns[i])};
@@ -183,8 +202,12 @@ void resolve_types(table& source, const given_types& given, type_sample sample, 
                 keep_forms(source, source.columns[i], found.forms[i]);
             }
             source.columns[i].sampled = found.is_whole_file ? std::nullopt : std::optional(found.of_columns[i]);
+        } else if (looked_at[i]) {
+            source.columns[i].shown = type_of_fields(found.of_columns[i]);
+            keep_forms(source, source.columns[i], found.forms[i]);
         }
     }
+    remark_on(source, found.shown);
 }
 
 void create_columns(table& source, std::uint32_t batch_rows) {

@@ -46,6 +46,10 @@ std::string way_by_mark(const table_column& column, const text_forms& forms) {
 
 std::string way_to_numbers(const table_column& column, const text_forms& forms) {
     const std::string name = name_in_query(column.name);
+    if (is_number(column.shown)) {
+        const column_type type{.type = column.shown};
+        return fmt::format("; {} reads the column as numbers", options_of_types(column.name, {&type, 1}));
+    }
     const std::optional<placeholders> found = find_placeholders(forms);
     const bool are_words_doubles = forms.are_words_doubles && !forms.null_words.empty();
     if (may_have_mark(forms)) {
@@ -86,6 +90,10 @@ std::string way_from_column(sql_type needed, const table_column& column) {
     const bool seems_date = !column.seems.empty() && has_date(column.seems[0].type);
     if (is_number(needed)) {
         return way_to_numbers(column, forms);
+    }
+    if (is_datetime(needed) && is_datetime(column.shown)) {
+        const column_type type{.type = column.shown};
+        return fmt::format("; {} reads the column as dates", options_of_types(column.name, {&type, 1}));
     }
     if (is_datetime(needed) && has_mixed_zones(forms)) {
         return "; " + zone_advice(column.name, column.seems);

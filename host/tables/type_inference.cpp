@@ -13,8 +13,7 @@ constexpr std::uint64_t most_rows_for_forms = 16 * most_rows;
 
 } // namespace
 
-marked_columns find_marked_columns(csv_reader& reader, std::span<const std::uint32_t> rows) {
-    marked_columns marked;
+void find_marked_columns(csv_reader& reader, std::span<const std::uint32_t> rows, first_rows& shown) {
     for (std::size_t i = 0; i < reader.header().size(); ++i) {
         text_forms forms;
         for (std::size_t r = 0; r < rows.size() && forms.of_all != 0; ++r) {
@@ -23,17 +22,31 @@ marked_columns find_marked_columns(csv_reader& reader, std::span<const std::uint
                 include_text(forms, field.text, std::nullopt);
             }
         }
-        std::optional<std::size_t>& first = (forms.marks & comma_number_form) != 0 ? marked.with_comma : marked.with_point;
+        std::optional<std::size_t>& first = (forms.marks & comma_number_form) != 0 ? shown.with_comma : shown.with_point;
         const field_kinds of_all = forms.of_all & (comma_number_form | point_number_form);
         first = !first && forms.marks != 0 && (of_all & forms.marks) != 0 ? std::optional(i) : first;
     }
-    return marked;
+}
+
+void find_blank_columns(csv_reader& reader, std::span<const std::uint32_t> rows, first_rows& shown) {
+    for (std::size_t i = 0; i < reader.header().size(); ++i) {
+        std::size_t values = 0;
+        std::size_t with_blank = 0;
+        for (const std::uint32_t row : rows) {
+            const csv_field field = reader.field(row, i);
+            values += field.text.empty() ? 0 : 1;
+            with_blank += field.text.starts_with(' ') && field.text.find_first_not_of(' ') != field.text.npos ? 1 : 0;
+        }
+        if (with_blank > 1 && with_blank > values / 2) {
+            shown.with_blanks.push_back(i);
+        }
+    }
 }
 
 found_kinds find_kinds(csv_reader& reader, const std::vector<bool>& wanted, std::uint64_t most_text, progress_bar& progress) {
     found_kinds found{.of_columns = std::vector<field_kinds>(wanted.size(), 0),
                       .forms = std::vector<text_forms>(wanted.size()),
-                      .marked = {},
+                      .shown = {},
                       .is_whole_file = false};
     std::vector<std::uint64_t> rows_for_forms(wanted.size(), 0);
     const std::optional<char> decimal_mark = reader.decimal_mark();
@@ -70,8 +83,11 @@ found_kinds find_kinds(csv_reader& reader, const std::vector<bool>& wanted, std:
             }
             has_marks |= may_have_mark(forms);
         }
+        if (row_count == 0) {
+            find_blank_columns(reader, rows, found.shown);
+        }
         if (row_count == 0 && has_marks) {
-            found.marked = find_marked_columns(reader, rows);
+            find_marked_columns(reader, rows, found.shown);
         }
         row_count += rows.size();
         progress.update(reader.bytes_read(), reader.file_size(), row_count);

@@ -15,17 +15,20 @@
 
 namespace host {
 
-// The first columns of numbers that can have a comma before the fraction alone, and a point: 3,5 and 3.5.
-struct marked_columns {
-    std::optional<std::size_t> with_comma, with_point;
+// What the first rows show beside types.
+struct first_rows {
+    // The first columns of numbers that can have a comma before the fraction alone, and a point: 3,5 and 3.5.
+    std::optional<std::size_t> with_comma{}, with_point{};
+    std::vector<std::size_t> with_blanks{}; // columns of which most values begin with a blank
 };
-marked_columns find_marked_columns(csv_reader& reader, std::span<const std::uint32_t> rows);
+void find_marked_columns(csv_reader& reader, std::span<const std::uint32_t> rows, first_rows& shown);
+void find_blank_columns(csv_reader& reader, std::span<const std::uint32_t> rows, first_rows& shown);
 
 // What the rows of a file show, or those that begin within its first `most_text` bytes.
 struct found_kinds {
     std::vector<field_kinds> of_columns; // 0 for those that are not wanted
     std::vector<text_forms> forms;       // of some thousand rows from the first text on
-    marked_columns marked;               // of the first rows, where numbers have or may have another mark than in SQL
+    first_rows shown;                    // marks only where numbers have or may have another one than in SQL
     bool is_whole_file;
 };
 

@@ -44,6 +44,24 @@ TEST(Notices, DatesThatAreComparedAsTexts) {
     expect_notices(file, "SELECT e FROM t WHERE d = '31.12.2023' AND e <> 'x' AND n IS NULL", "e\n12/31/2023\n", {});
 }
 
+TEST(Notices, TextsByChoice) {
+    const std::string file = "d,n\n2024-01-01,1\n2024-02-01,2\n";
+    const arguments types = {"--types", "d:VARCHAR,n:TEXT"};
+    expect_notices(file, "SELECT n FROM t WHERE d > '2024-01-15'", "n\n2\n",
+                   {"d is text, and compared as such with '2024-01-15'; --types d:DATE reads the column as dates"}, types);
+    expect_failure(file, "SELECT n + 1 FROM t",
+                   "SQL, character 10, near +: + does not take VARCHAR and INT; --types n:INT reads the column as numbers", types);
+}
+
+TEST(Notices, BlanksBeforeValues) {
+    const std::string file = "id, name\n1, Ann\n2, Bob\n3,Cid\n";
+    const std::string notice = "t.csv: most values of column name begin with a blank, which is a part of them; TRIM(name) is without it";
+    expect_notices(file, "SELECT id FROM t WHERE name = 'Ann'", "id\n", {notice});
+    expect_notices(file, "SELECT id FROM t WHERE name = 'Ann'", "id\n", {notice}, {"--types", "name:VARCHAR(9)"});
+    expect_notices(file, "SELECT id FROM t WHERE Trim(name) = 'Ann'", "id\n1\n", {});
+    expect_notices(file, "SELECT id FROM t", "id\n1\n2\n3\n", {});
+}
+
 TEST(Notices, FormatsOfOtherFunctions) {
     const std::string file = "d\n2024-02-29\n";
     expect_notices(
