@@ -135,8 +135,7 @@ void describe_file(const std::string& path, const program_options& options) {
     output.finish();
     report_bad_rows(source->reader);
     if (std::ranges::any_of(described, [](const column_description& column) { return !column.is_valid; })) {
-        print_message(fmt::format("{}: there is text that is not valid {}; name the file's encoding, as in --encoding latin1", path,
-                                  settings.text_charset->name));
+        print_message(fmt::format("{}: there is text that is not valid {}{}", path, settings.text_charset->name, naming_encoding));
     }
     for (const std::string& remark : {source->mark_remark, source->blank_remark}) {
         if (!remark.empty()) {

@@ -56,7 +56,7 @@ std::string describe_fault(const table& source, const table_column& column, std:
     const std::string shown = fmt::format("\"{}\"", shown_field(set, text));
     switch (fault) {
     case field_fault::invalid_text:
-        return fmt::format("{} is not valid {}; name the file's encoding, as in --encoding latin1", shown, set.name);
+        return fmt::format("{} is not valid {}{}", shown, set.name, naming_encoding);
     case field_fault::too_wide:
         return fmt::format("{} does not fit {}; give the column a wider type with --types", shown, type);
     case field_fault::too_many_digits:
@@ -115,7 +115,7 @@ std::unique_ptr<table> open_table(const std::string& path, const file_options& o
     for (const std::string& name : opened->reader.header()) {
         const std::optional<std::string> converted = to_utf8(set, name);
         if (!converted) {
-            fail("{}: the header is not valid {}; name the file's encoding, as in --encoding latin1", path, set.name);
+            fail("{}: the header is not valid {}{}", path, set.name, naming_encoding);
         }
         // A, B is written where A,B is meant.
         opened->columns.push_back({.name = std::string(without_blanks_around(*converted)), .type = {}, .values = {}});

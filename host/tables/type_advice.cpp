@@ -17,8 +17,12 @@ std::string way_from_literal(sql_type needed) {
                                          : "";
 }
 
-// Of texts that may stand for NULL.
-std::string way_by_null(const placeholders& found) {
+// Of texts that may stand for NULL, or of a header that files put one behind the other have repeated.
+std::string way_by_null(const table_column& column, const placeholders& found) {
+    if (found.texts.size() == 1 && found.texts[0] == column.name) {
+        const column_type type{.type = found.others};
+        return fmt::format("; rows that repeat the header are left out with {} --ignore-errors", options_of_types(column.name, {&type, 1}));
+    }
     const std::string options = null_options(found.texts);
     return options.empty() ? ""
                            : fmt::format(";{} {} for NULL, and the others for {}", options,
@@ -56,7 +60,7 @@ std::string way_to_numbers(const table_column& column, const text_forms& forms) 
         return way_by_mark(column, forms);
     }
     if (found && is_number(found->others) && forms.other.empty() && !are_words_doubles) {
-        return way_by_null(*found);
+        return way_by_null(column, *found);
     }
     if (forms.has_texts && (forms.of_all & (decimal_form | double_form)) != 0) {
         const bool is_decimal = (forms.of_all & decimal_form) != 0 && !are_words_doubles;
@@ -65,7 +69,7 @@ std::string way_to_numbers(const table_column& column, const text_forms& forms) 
                            are_words_doubles ? "" : null_options(forms.null_words));
     }
     if (found && is_number(found->others)) {
-        return way_by_null(*found);
+        return way_by_null(column, *found);
     }
     if (forms.has_texts && (forms.of_all & affixed_number_form) != 0 && forms.affix.find('\'') == forms.affix.npos) {
         return fmt::format("; TO_NUMBER(REPLACE({}, '{}', '')) makes numbers of its texts", name, forms.affix);
@@ -77,7 +81,7 @@ std::string way_to_numbers(const table_column& column, const text_forms& forms) 
 
 std::string way_to_dates(const table_column& column, const text_forms& forms) {
     if (const std::optional<placeholders> found = find_placeholders(forms); found && is_datetime(found->others)) {
-        return way_by_null(*found);
+        return way_by_null(column, *found);
     }
     return forms.has_texts && (forms.of_all & long_fraction_form) != 0
                ? fmt::format("; CAST(SUBSTR({}, 1, 26) AS TIMESTAMP) leaves out what stands behind six digits of a fraction",

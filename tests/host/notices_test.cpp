@@ -182,6 +182,9 @@ TEST(Notices, NameAllThatMakesTextsOfAColumn) {
          "; some of its numbers have a comma before the fraction and others a point; TO_NUMBER(f) is NULL where a text is no number"},
     };
     const scratch_directory directory;
+    directory.write("u.csv", "a\n1\na\n2\n");
+    EXPECT_TRUE(directory.run({"u.csv", "SELECT a + 1 FROM u"})
+                    .err.ends_with("; rows that repeat the header are left out with --types a:INT --ignore-errors\n"));
     directory.write("t.csv", file);
     for (const auto& [expression, way] : cases) {
         const std::string err = directory.run({"t.csv", joined({"SELECT ", expression, " FROM t"})}).err;
