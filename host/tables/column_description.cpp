@@ -230,6 +230,7 @@ std::vector<column_description> describe_columns(table& source, progress_bar& pr
         const std::vector<std::uint32_t>& rows = source.last_rows;
         if (row_count == 0) {
             find_marked_columns(reader, rows, shown);
+            find_grouped_column(reader, rows, shown);
             find_blank_columns(reader, rows, shown);
         }
         for (std::size_t i = 0; i < columns.size(); ++i) {

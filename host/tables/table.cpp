@@ -158,6 +158,14 @@ void remark_on(table& source, const first_rows& shown) {
                                          "texts, and 1.234 for 1234",
                                          path, source.columns[*shown.with_point].name);
     }
+    // Nothing else would say that 1.234 is not what was meant.
+    if (!source.reader.decimal_mark() && shown.with_comma && shown.with_groups && !shown.with_point &&
+        source.columns[*shown.with_groups].needed) {
+        source.mark_remark =
+            fmt::format("{}: column {} has numbers with a comma before the fraction, so that 1.234 in column {} may be 1234; "
+                        "--decimal comma reads both so",
+                        path, source.columns[*shown.with_comma].name, source.columns[*shown.with_groups].name);
+    }
     std::vector<std::string> names;
     for (const std::size_t i : shown.with_blanks) {
         if (source.columns[i].needed && source.columns[i].type.type == sql_type::varchar) {

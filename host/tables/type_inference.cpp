@@ -28,6 +28,19 @@ void find_marked_columns(csv_reader& reader, std::span<const std::uint32_t> rows
     }
 }
 
+void find_grouped_column(csv_reader& reader, std::span<const std::uint32_t> rows, first_rows& shown) {
+    for (std::size_t i = 0; i < reader.header().size() && !shown.with_groups; ++i) {
+        bool has_point = false;
+        bool may_be_groups = true;
+        for (std::size_t r = 0; r < rows.size() && may_be_groups; ++r) {
+            const csv_field field = reader.field(rows[r], i);
+            has_point |= field.text.find('.') != field.text.npos;
+            may_be_groups = field.is_null_unless_text || (classify_marked_field(field.text, ',') & (integer_field | bigint_field)) != 0;
+        }
+        shown.with_groups = has_point && may_be_groups ? std::optional(i) : std::nullopt;
+    }
+}
+
 void find_blank_columns(csv_reader& reader, std::span<const std::uint32_t> rows, first_rows& shown) {
     for (std::size_t i = 0; i < reader.header().size(); ++i) {
         std::size_t values = 0;
@@ -85,6 +98,10 @@ found_kinds find_kinds(csv_reader& reader, const std::vector<bool>& wanted, std:
         }
         if (row_count == 0) {
             find_blank_columns(reader, rows, found.shown);
+            if (!decimal_mark && reader.delimiter() != ',') {
+                find_grouped_column(reader, rows, found.shown);
+                has_marks |= found.shown.with_groups.has_value();
+            }
         }
         if (row_count == 0 && has_marks) {
             find_marked_columns(reader, rows, found.shown);

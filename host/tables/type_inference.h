@@ -19,9 +19,11 @@ namespace host {
 struct first_rows {
     // The first columns of numbers that can have a comma before the fraction alone, and a point: 3,5 and 3.5.
     std::optional<std::size_t> with_comma{}, with_point{};
-    std::vector<std::size_t> with_blanks{}; // columns of which most values begin with a blank
+    std::optional<std::size_t> with_groups{}; // the first of which all points may be those of thousands: 1.234
+    std::vector<std::size_t> with_blanks{};   // columns of which most values begin with a blank
 };
 void find_marked_columns(csv_reader& reader, std::span<const std::uint32_t> rows, first_rows& shown);
+void find_grouped_column(csv_reader& reader, std::span<const std::uint32_t> rows, first_rows& shown);
 void find_blank_columns(csv_reader& reader, std::span<const std::uint32_t> rows, first_rows& shown);
 
 // What the rows of a file show, or those that begin within its first `most_text` bytes.

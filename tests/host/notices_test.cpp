@@ -205,6 +205,10 @@ TEST(Notices, NameAllThatMakesTextsOfAColumn) {
     };
     EXPECT_NE(first_mark("2.5").find("; --decimal point reads 1,234 as 1234, and"), std::string::npos);
     EXPECT_NE(first_mark("2,5").find("; --decimal comma reads 1,234 as 1.234, and"), std::string::npos);
+    const std::string groups = "t.csv: column b has numbers with a comma before the fraction, so that 1.234 in column a may be 1234; "
+                               "--decimal comma reads both so";
+    expect_notices("a;b\n1.234;2,5\n5;3,5\n", "SELECT a FROM t", "a\n1.234\n5\n", {groups});
+    expect_notices("a;b\n1.234;2,5\n5.1;3,5\n", "SELECT a FROM t", "a\n1.234\n5.1\n", {});
 }
 
 TEST(Notices, NumbersWrittenAsCodesAreText) {
