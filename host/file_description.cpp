@@ -43,6 +43,42 @@ std::optional<std::string> cut(const std::optional<std::string>& text, bool is_c
     return text->substr(0, end) + "...";
 }
 
+// What makes values of the columns that are of texts.
+std::vector<std::string> advice_on_texts(const std::string& path, const std::vector<column_description>& described) {
+    std::vector<std::string> advice;
+    given_types seeming;
+    std::vector<std::string> with_words, words;
+    for (const column_description& column : described) {
+        if (column.has_mixed_zones) {
+            advice.push_back(fmt::format("{}: column {}: {}", path, column.name, zone_advice(column.name, column.seems)));
+        } else if (column.seems.size() == 1) {
+            seeming.push_back({.name = column.name, .type = column.seems[0]});
+        } else if (!column.seems.empty()) {
+            advice.push_back(fmt::format("{}: column {}: dates of this form are text unless their column is given its type, with {}", path,
+                                         column.name, options_of_types(column.name, column.seems)));
+        }
+        if (!column.null_words.empty()) {
+            with_words.push_back(column.name);
+        }
+        std::ranges::copy_if(column.null_words, std::back_inserter(words),
+                             [&](const std::string& word) { return std::ranges::find(words, word) == words.end(); });
+    }
+    const auto with_mark = std::ranges::find_if(described, [](const column_description& column) { return !column.decimal.empty(); });
+    if (with_mark != described.end()) {
+        advice.push_back(fmt::format("{}: column {}: numbers of this form are text; {}", path, with_mark->name, with_mark->decimal));
+    }
+    if (!seeming.empty()) {
+        advice.push_back(
+            fmt::format("{}: truth values and dates of this form are text unless their column is given its type, with --types \"{}\"", path,
+                        given_types_text(seeming)));
+    }
+    if (!words.empty()) {
+        advice.push_back(fmt::format("{}: column{} {}: words for NULL beside other values make texts of these;{} takes them for NULL", path,
+                                     with_words.size() == 1 ? "" : "s", fmt::join(with_words, ", "), null_options(words)));
+    }
+    return advice;
+}
+
 } // namespace
 
 void describe_file(const std::string& path, const program_options& options) {
@@ -99,26 +135,15 @@ void describe_file(const std::string& path, const program_options& options) {
     output.finish();
     report_bad_rows(source->reader);
     if (std::ranges::any_of(described, [](const column_description& column) { return !column.is_valid; })) {
-        print_message(fmt::format("{}: there is text that is not valid {}; name the file's encoding, as in --encoding latin1", path,
-                                  settings.text_charset->name));
+        print_message(fmt::format("{}: there is text that is not valid {}{}", path, settings.text_charset->name, naming_encoding));
     }
-    given_types seeming;
-    for (const column_description& column : described) {
-        if (column.seems.size() == 1) {
-            seeming.push_back({.name = column.name, .type = column.seems[0]});
-        } else if (!column.seems.empty()) {
-            print_message(fmt::format("{}: column {}: dates of this form are text unless their column is given its type, with {}", path,
-                                      column.name, options_of_types(column.name, column.seems)));
+    for (const std::string& remark : {source->mark_remark, source->blank_remark}) {
+        if (!remark.empty()) {
+            print_message(remark);
         }
     }
-    const auto with_mark = std::ranges::find_if(described, [](const column_description& column) { return !column.decimal.empty(); });
-    if (with_mark != described.end()) {
-        print_message(fmt::format("{}: column {}: numbers of this form are text; {}", path, with_mark->name, with_mark->decimal));
-    }
-    if (!seeming.empty()) {
-        print_message(
-            fmt::format("{}: truth values and dates of this form are text unless their column is given its type, with --types \"{}\"", path,
-                        given_types_text(seeming)));
+    for (const std::string& advice : advice_on_texts(path, described)) {
+        print_message(advice);
     }
     commit(results);
 }

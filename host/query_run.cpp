@@ -166,6 +166,13 @@ void run_statement(const program_options& options, const std::vector<std::string
             check_given_types(types, source.get(), files, reading, settings);
             mark_needed_columns(statement, sql, *source);
             resolve_types(*source, types, decides, progress);
+            if (is_first && !source->mark_remark.empty()) {
+                tell(source->mark_remark);
+            }
+            // Who trims knows of the blanks.
+            if (is_first && !source->blank_remark.empty() && upper_case(sql).find("TRIM(") == sql.npos) {
+                tell(source->blank_remark);
+            }
         }
         plan query = bind_statement(statement, sql, source.get(), settings, library);
         result_output output(format, results.stream, query.results, *settings.text_charset);

@@ -131,16 +131,23 @@ void include_field(column_state& column, const table_column& source, csv_reader&
     if (!column.largest_text || field.text > *column.largest_text) {
         column.largest_text = field.text;
     }
-    include_text(column.forms, field.text, reader.decimal_mark());
-    if (is_text_for_good(column.kinds) || source.needed) {
+    if (source.needed) {
+        return;
+    }
+    if (is_text_for_good(column.kinds)) {
+        include_text(column.forms, field.text, reader.decimal_mark());
         return;
     }
     const field_kinds kind = classify_field(field.text, reader.decimal_mark());
     column.kinds |= kind;
     const bool is_text = type_of_fields(column.kinds) == sql_type::varchar;
     if (!is_text) {
+        include_kinds(column.forms, column.kinds);
         column.text_line.reset();
-    } else if (!column.text_line || is_text_for_good(column.kinds)) {
+    } else {
+        include_text(column.forms, field.text, reader.decimal_mark());
+    }
+    if (is_text && (!column.text_line || is_text_for_good(column.kinds))) {
         column.text_line = reader.line_of(row);
         column.text = field.text;
     }
@@ -149,7 +156,8 @@ void include_field(column_state& column, const table_column& source, csv_reader&
     }
 }
 
-column_description describe(const column_state& column, const table_column& source, const charset& set, bool is_point_likely) {
+column_description describe(const column_state& column, const table_column& source, const charset& set, bool is_point_likely,
+                            bool has_decimal_mark) {
     const column_type type = source.needed ? source.type : column_type{.type = type_of_fields(column.kinds)};
     const bool is_text = type.type == sql_type::varchar;
     column_description made{.name = source.name,
@@ -162,10 +170,12 @@ column_description describe(const column_state& column, const table_column& sour
                             .text = {},
                             .is_valid = true,
                             .decimal = {},
-                            .seems = {}};
+                            .seems = {},
+                            .has_mixed_zones = false,
+                            .null_words = {}};
     if (is_text && !source.needed) {
         made.seems = seeming_types(column.forms);
-        made.decimal = decimal_option(column.forms, is_point_likely, "them");
+        made.has_mixed_zones = has_mixed_zones(column.forms);
     }
     const auto shown = [&](const std::string& text) {
         made.is_valid &= is_valid_text(set, text);
@@ -194,6 +204,15 @@ column_description describe(const column_state& column, const table_column& sour
     if (column.text_line) {
         made.text = shown(column.text);
     }
+    if (is_text && !source.needed) {
+        text_forms forms = column.forms;
+        for (std::string& word : forms.null_words) {
+            word = shown(word);
+        }
+        made.decimal = has_decimal_mark ? "" : decimal_option(forms, is_point_likely, "them");
+        const bool are_alone = forms.other.empty() && find_placeholders(forms);
+        made.null_words = are_alone || !made.seems.empty() ? forms.null_words : std::vector<std::string>();
+    }
     return made;
 }
 
@@ -203,11 +222,17 @@ std::vector<column_description> describe_columns(table& source, progress_bar& pr
     csv_reader& reader = source.reader;
     reader.stop_keeping();
     std::vector<column_state> columns(source.columns.size());
+    first_rows shown;
     constexpr std::uint32_t most_rows = 1024;
     std::uint64_t row_count = 0;
     create_columns(source, most_rows);
     while (read_rows(source, most_rows)) {
         const std::vector<std::uint32_t>& rows = source.last_rows;
+        if (row_count == 0) {
+            find_marked_columns(reader, rows, shown);
+            find_grouped_column(reader, rows, shown);
+            find_blank_columns(reader, rows, shown);
+        }
         for (std::size_t i = 0; i < columns.size(); ++i) {
             for (std::size_t place = 0; place < rows.size(); ++place) {
                 include_field(columns[i], source.columns[i], reader, place, rows[place], reader.field(rows[place], i));
@@ -219,8 +244,14 @@ std::vector<column_description> describe_columns(table& source, progress_bar& pr
     progress.clear();
     std::vector<column_description> made;
     for (std::size_t i = 0; i < columns.size(); ++i) {
-        made.push_back(describe(columns[i], source.columns[i], *source.settings->text_charset, reader.delimiter() == ','));
+        made.push_back(describe(columns[i], source.columns[i], *source.settings->text_charset, seems_point(reader, shown),
+                                reader.decimal_mark().has_value()));
     }
+    for (std::size_t i = 0; i < columns.size(); ++i) {
+        source.columns[i].type = made[i].type;
+        source.columns[i].needed = true; // all are shown
+    }
+    remark_on(source, shown);
     return made;
 }
 

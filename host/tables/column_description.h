@@ -24,13 +24,16 @@ struct column_description {
     // The first row that made the column a VARCHAR: its line, and the field.
     std::optional<std::uint64_t> text_line;
     std::optional<std::string> text;
-    bool is_valid;                  // whether all of these are text of the character set
-    std::string decimal;            // the --decimal with which a VARCHAR would be of numbers, or both, as decimal_option has it
-    std::vector<column_type> seems; // what a VARCHAR of nothing but true and false, or of dates in one form, can be given as its type
+    bool is_valid;                       // whether all of these are text of the character set
+    std::string decimal;                 // the --decimal with which a VARCHAR would be of numbers, or both, as decimal_option has it
+    std::vector<column_type> seems;      // what a VARCHAR of nothing but true and false, or of dates in one form, can be given as its type
+    bool has_mixed_zones;                // where this is a type with a zone
+    std::vector<std::string> null_words; // without which a VARCHAR would be of numbers or dates, or could be given such a type
 };
 
 // Reads the whole file. The needed columns have been given their types, and what does not fit them is a bad row; the others get the types
-// that all of their fields have. Texts are in UTF-8.
+// that all of their fields have. Texts are in UTF-8. The table's
+// remarks are made, and its columns get these types.
 std::vector<column_description> describe_columns(table& source, progress_bar& progress);
 
 } // namespace host

@@ -7,6 +7,7 @@
 
 #include "host/program_error.h"
 #include "host/tables/delimiter.h"
+#include "host/tables/file_name.h"
 #include "host/tables/header_form.h"
 #include "host/values/value_text.h"
 
@@ -311,6 +312,14 @@ void csv_reader::read_header() {
     }
 }
 
+// Programs rule off the names of columns in the tables that they print.
+bool csv_reader::is_rule(std::uint32_t line) const {
+    const std::size_t begin = begin_of(first_field(line));
+    const std::string_view written = text().substr(begin, end_of(index_.line_fields[line] - 1, true) - begin);
+    return written.find("--") != written.npos && written.find_first_of("+|") != written.npos &&
+           written.find_first_not_of("-+|: ") == written.npos;
+}
+
 // Without a header, the first row would be lost silently.
 void csv_reader::doubt_header() {
     constexpr std::uint32_t most_rows = 100;
@@ -331,7 +340,12 @@ void csv_reader::doubt_header() {
             include_field(columns[f], field(first, f).text);
         }
     }
-    if (seems_row(columns)) {
+    if (is_rule(line_ - 1) || (line_ < index_.lines && is_rule(line_))) {
+        doubt_ = fmt::format(
+            "{0}: this is a table as programs print it; sed -E '/^[-+|: ]*$/d; /^\\([0-9]+ rows?\\)$/d; s/^ *\\| *//; s/ *\\| *$//; "
+            "s/ *\\| */|/g; s/^ +//'{1} | bifun --delimiter bar - reads it",
+            path(), file_operand(path()));
+    } else if (seems_row(columns)) {
         doubt_ =
             fmt::format("{}: the names of columns are numbers or dates; if the first line is a row, --no-header reads it as one", path());
     }
@@ -391,13 +405,10 @@ bool csv_reader::have_as_many_fields(std::uint32_t first_line) const {
     return rows > 1;
 }
 
-// However it is written: 1.234,56 and 31.12.2024 are no numbers and dates of SQL.
 bool csv_reader::has_number_or_date(std::uint32_t line) {
     const std::uint32_t behind = index_.line_fields[line];
     for (std::uint32_t f = first_field(line); f < behind; ++f) {
-        const std::string_view field = field_at(f, f + 1 == behind).text;
-        const std::size_t digit = field.find_first_not_of(" +-$");
-        if (digit != field.npos && field[digit] >= '0' && field[digit] <= '9') {
+        if (is_value(value_form_of(field_at(f, f + 1 == behind).text))) {
             return true;
         }
     }
@@ -433,8 +444,8 @@ void csv_reader::report_field_count(std::uint32_t line) {
     }
     const bool has_one_more = columns > 1 && is_first_row && !seems_title && fields == columns + 1 && have_as_many_fields(line);
     if (has_one_more && begin_of(first_field(line) + fields - 1) == end_of(first_field(line) + fields - 1, true)) {
-        hint = fmt::format("; where all rows end with a {0}, sed 's/{1}$//' {2} | bifun - \"SELECT ...\" takes it away",
-                           delimiter_name(syntax_.delimiter), syntax_.delimiter, path());
+        hint = fmt::format("; where all rows end with a {0}, sed 's/{1}$//'{2} | bifun - \"SELECT ...\" takes it away",
+                           delimiter_name(syntax_.delimiter), syntax_.delimiter, file_operand(path()));
     } else if (has_one_more) {
         hint += fmt::format("; as the rows have one field more, the first column may have no name, as R writes row names: --no-header "
                             "--skip {} reads them",
@@ -442,6 +453,9 @@ void csv_reader::report_field_count(std::uint32_t line) {
     }
     if (text()[begin_of(first_field(line))] == '#' || (columns == 1 && header_[0].starts_with('#'))) {
         hint = fmt::format("; {}", leaving_out_comments);
+    }
+    if (const std::string advice = syntax_.delimiter == ' ' ? advice_on_aligned(path(), text()) : ""; !advice.empty()) {
+        hint = "; " + advice;
     }
     if (columns == 1 && !seems_title) {
         hint += "; --delimiter names the byte between fields, --skip leaves out lines before the header";

@@ -143,6 +143,7 @@ class csv_reader {
     }
     [[nodiscard]] csv_field unusual_field(std::uint32_t field, bool ends_line);
     [[nodiscard]] bool is_blank(std::uint32_t line) const;
+    [[nodiscard]] bool is_rule(std::uint32_t line) const;
     [[nodiscard]] std::uint64_t line_at(std::size_t position) const;
 
     struct releaser {

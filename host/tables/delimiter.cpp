@@ -64,25 +64,20 @@ cut_lines cut_with(const csv_syntax& syntax, std::string_view text, bool is_all)
     return cut;
 }
 
-// Whether all lines have the same number of words, more than one, with any number of blanks between.
-bool has_aligned_words(std::string_view text) {
-    std::size_t words_of_first = 0;
-    std::size_t lines = 0;
-    for (std::size_t end = text.find('\n'); end != text.npos; end = text.find('\n')) {
-        std::size_t words = 0;
-        for (std::size_t i = 0; i < end; ++i) {
-            words += text[i] != ' ' && text[i] != '\r' && (i == 0 || text[i - 1] == ' ') ? 1 : 0;
-        }
-        text.remove_prefix(end + 1);
-        if (words == 0) {
-            continue;
-        }
-        words_of_first = lines++ == 0 ? words : words_of_first;
-        if (words != words_of_first) {
-            return false;
-        }
+// The words of a line, and whether runs of blanks lie between some.
+struct aligned_line {
+    std::size_t words = 0;
+    bool has_run = false;
+};
+
+aligned_line align(std::string_view line) {
+    aligned_line found;
+    for (std::size_t i = 0; i < line.size(); ++i) {
+        const bool begins_word = line[i] != ' ' && line[i] != '\r' && (i == 0 || line[i - 1] == ' ');
+        found.words += begins_word ? 1 : 0;
+        found.has_run = found.has_run || (begins_word && found.words > 1 && line[i - 2] == ' ');
     }
-    return lines > 1 && words_of_first > 1;
+    return found;
 }
 
 // Blanks and colons stand in texts of a single column, too, so that they are not taken for what separates fields.
@@ -95,14 +90,42 @@ std::string doubt_of_unguessed(std::string_view path, std::string_view text, boo
                                cut.fields);
         }
     }
-    return has_aligned_words(text)
-               ? fmt::format("{0}: each line is taken for one field; where blanks align columns, tr -s ' ' < {0} | bifun "
-                             "--delimiter space - reads them",
-                             path)
-               : "";
+    const std::string advice = advice_on_aligned(path, text);
+    return advice.empty() ? "" : fmt::format("{}: each line is taken for one field; {}", path, advice);
 }
 
 } // namespace
+
+std::string advice_on_aligned(std::string_view path, std::string_view text) {
+    std::vector<aligned_line> lines;
+    for (std::size_t end = text.find('\n'); end != text.npos; end = text.find('\n')) {
+        if (const aligned_line line = align(text.substr(0, end)); line.words > 0) {
+            lines.push_back(line);
+        }
+        text.remove_prefix(end + 1);
+    }
+    if (lines.size() < 2) {
+        return "";
+    }
+    const bool have_same = std::ranges::all_of(lines, [&](const aligned_line& line) { return line.words == lines[0].words; });
+    if (have_same) {
+        return lines[0].words == 1 ? ""
+                                   : fmt::format("where blanks align columns, tr -s ' '{} | bifun --delimiter space - reads them",
+                                                 file_operand(path, " < "));
+    }
+    // As ps, df and ls write: the last column has blanks of its own, and the first line may be a sum.
+    constexpr std::size_t fewest = 3;
+    const std::size_t fields_below = std::ranges::min_element(lines.begin() + 1, lines.end(), {}, &aligned_line::words)->words;
+    const bool has_names = lines[0].has_run || lines[0].words >= fields_below;
+    const std::size_t fields = has_names ? std::min(lines[0].words, fields_below) : fields_below;
+    const bool are_aligned =
+        std::all_of(lines.begin() + (has_names ? 0 : 1), lines.end(), [](const aligned_line& line) { return line.has_run; });
+    return fields < fewest || !are_aligned
+               ? ""
+               : fmt::format("where blanks align columns, awk 'NF >= {0} {{for (i = 1; i < {0}; i++) {{printf \"%s\\t\", $i; $i = \"\"}} "
+                             "sub(/^ +/, \"\"); print}}'{1} | bifun --delimiter tab --quote none{2} - reads {0}, the last with its blanks",
+                             fields, file_operand(path), has_names ? "" : " --no-header");
+}
 
 std::optional<char> find_delimiter_named(std::string_view text) {
     const auto* const found =

@@ -33,6 +33,9 @@ struct found_delimiter {
 // `may_be_bar` where a bar is never a part of another character.
 found_delimiter guess_delimiter(std::string_view path, std::string_view text, bool is_all, csv_syntax syntax, bool may_be_bar);
 
+// What reads lines in which runs of blanks separate the fields; empty where the lines are of another kind.
+std::string advice_on_aligned(std::string_view path, std::string_view text);
+
 } // namespace host
 
 #endif

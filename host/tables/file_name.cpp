@@ -67,4 +67,8 @@ std::string plain_table_name_of(std::string_view path) {
     return is_plain_name(name) ? name : name + "_";
 }
 
+std::string file_operand(std::string_view path, std::string_view before) {
+    return path == standard_input_name ? "" : std::string(before).append(path);
+}
+
 } // namespace host

@@ -18,6 +18,12 @@ std::string table_name_of(std::string_view path);
 // behind it.
 std::string plain_table_name_of(std::string_view path);
 
+// As messages call what - names.
+constexpr std::string_view standard_input_name = "standard input";
+
+// " staff.csv", as a shell's command has a file behind it, or with what stands before it, such as " < "; empty for the standard input.
+std::string file_operand(std::string_view path, std::string_view before = " ");
+
 } // namespace host
 
 #endif

@@ -114,7 +114,7 @@ given_types parse_types(std::string_view text) {
             take_format(*type, item.substr(quote + 1, item.size() - quote - 2));
         }
         given_type given{.name = unquoted_name(without_blanks_around(item.substr(0, colon))), .type = *type};
-        if (std::ranges::any_of(types, [&](const given_type& earlier) { return equal_ignoring_case(earlier.name, given.name); })) {
+        if (std::ranges::any_of(types, [&](const given_type& earlier) { return earlier.name == given.name; })) {
             fail("--types: {} has two types", given.name);
         }
         types.push_back(std::move(given));
@@ -123,10 +123,10 @@ given_types parse_types(std::string_view text) {
 }
 
 given_types with_types(given_types types, const given_types& later) {
-    for (const given_type& given : later) {
-        std::erase_if(types, [&](const given_type& earlier) { return equal_ignoring_case(earlier.name, given.name); });
-        types.push_back(given);
-    }
+    std::erase_if(types, [&](const given_type& earlier) {
+        return std::ranges::any_of(later, [&](const given_type& given) { return equal_ignoring_case(earlier.name, given.name); });
+    });
+    types.insert(types.end(), later.begin(), later.end());
     return types;
 }
 
@@ -158,6 +158,15 @@ void check_given_types(const given_types& types, table* known, const std::vector
     std::vector<std::string> names;
     const auto look_in = [&](table& source) {
         std::erase_if(missing, [&](const std::string& name) { return find_given_column(source, name) != nullptr; });
+        for (const given_type& given : types) {
+            const auto is_another = [&](const given_type& other) {
+                return &other < &given && equal_ignoring_case(other.name, given.name) &&
+                       find_given_column(source, other.name) == find_given_column(source, given.name);
+            };
+            if (std::ranges::any_of(types, is_another)) {
+                fail("--types: {} has two types", given.name);
+            }
+        }
         std::ranges::transform(source.columns, std::back_inserter(names), &table_column::name);
     };
     if (known != nullptr) {

@@ -11,7 +11,8 @@
 
 namespace host {
 
-// Reads "name:CHAR(10),staff.price:DECIMAL"; a name may stand in double quotes, and has one type.
+// Reads "name:CHAR(10),staff.price:DECIMAL"; a name may stand in double quotes, and has one type. Names that differ
+// in case alone may be those of two columns.
 given_types parse_types(std::string_view text);
 
 // The types with others that count instead for the names that they have.
@@ -23,8 +24,8 @@ std::string given_types_text(const given_types& types);
 // The column that a name means, the name of the table before it or not; null where the table has none.
 table_column* find_given_column(table& source, std::string_view name);
 
-// Fails where a type is given to what is a column of none of the files. The headers of those other than `known`, which may be null, are
-// read only where it lacks a column, and those of files that can be read only once are not.
+// Fails where a type is given to what is a column of none of the files, and where a column has two. The headers of those other than
+// `known`, which may be null, are read only where it lacks a column, and those of files that can be read only once are not.
 void check_given_types(const given_types& types, table* known, const std::vector<std::string>& files, const file_options& options,
                        const session_settings& settings);
 

@@ -1,41 +1,20 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "host/tables/header_form.h"
 
+#include <algorithm>
 #include <charconv>
 
+#include "host/tables/field_kind.h"
 #include "host/values/value_text.h"
 
 namespace host {
 namespace {
 
-bool is_digit(char c) { return c >= '0' && c <= '9'; }
+bool is_number(value_form form) { return is_value(form) && form != value_form::date; }
 
-// Three groups of digits with the same separator between, and a time behind it or nothing.
-bool is_date(std::string_view text) {
-    char separator = '\0';
-    for (int group = 0; group < 3; ++group) {
-        std::size_t digits = 0;
-        while (digits < text.size() && is_digit(text[digits])) {
-            ++digits;
-        }
-        if (digits == 0 || digits > 4) {
-            return false;
-        }
-        text.remove_prefix(digits);
-        if (group == 2) {
-            return text.empty() || text[0] == ' ' || text[0] == 'T';
-        }
-        if (text.empty() || (text[0] != '-' && text[0] != '/' && text[0] != '.') || (group == 1 && text[0] != separator)) {
-            return false;
-        }
-        separator = text[0];
-        text.remove_prefix(1);
-    }
-    return false;
+bool has_letter(std::string_view text) {
+    return std::ranges::any_of(text, [](char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); });
 }
-
-bool is_value(field_form form) { return form > field_form::text; }
-bool is_number(field_form form) { return is_value(form) && form != field_form::date; }
 
 // Whether the last columns, two or more of them, are numbered one after the other.
 bool counts_last_columns(const std::vector<column_form>& columns) {
@@ -50,37 +29,40 @@ bool counts_last_columns(const std::vector<column_form>& columns) {
         }
         behind = number;
     }
-    return counted > 1 && counted < columns.size() && !is_value(form_of(columns[columns.size() - counted - 1].name));
+    return counted > 1 && counted < columns.size() && !is_value(value_form_of(columns[columns.size() - counted - 1].name));
 }
 
 } // namespace
 
-field_form form_of(std::string_view field) {
+value_form value_form_of(std::string_view field) {
     field = without_blanks_around(field);
     if (field.empty()) {
-        return field_form::empty;
+        return value_form::empty;
     }
-    if (is_date(field)) {
-        return field_form::date;
+    const field_form form = form_of_field(field, std::nullopt);
+    constexpr field_kinds number_forms = decimal_form | comma_number_form | point_number_form;
+    if ((form.kinds & (datetime_fields | written_date_form | long_fraction_form)) != 0) {
+        return value_form::date;
     }
-    const bool has_sign = field.front() == '-' || field.front() == '+';
-    field.remove_prefix(has_sign ? 1 : 0);
-    if (field.find_first_not_of("0123456789.,") != field.npos || field.find_first_of("0123456789") == field.npos) {
-        return field_form::text;
+    // Q1 may be a name, and 10% hardly.
+    const bool is_affixed = (form.kinds & affixed_number_form) != 0 && !has_letter(form.affix);
+    if ((form.kinds & number_forms) == 0) {
+        return is_affixed ? value_form::number : value_form::text;
     }
-    if (field.find_first_of(".,") != field.npos) {
-        return field_form::number;
+    if (field.find_first_not_of("0123456789") != field.npos) {
+        return field.find_first_of(".,") == field.npos && field.find_first_of("eE") == field.npos ? value_form::whole_number
+                                                                                                  : value_form::number;
     }
-    const bool is_year = field.size() == 4 && !has_sign && (field.starts_with("18") || field.starts_with("19") || field.starts_with("20"));
-    return is_year ? field_form::year : field_form::whole_number;
+    const bool is_year = field.size() == 4 && (field.starts_with("18") || field.starts_with("19") || field.starts_with("20"));
+    return is_year ? value_form::year : value_form::whole_number;
 }
 
 void include_field(column_form& column, std::string_view field) {
-    const field_form form = form_of(field);
-    if (column.values == field_form::empty) {
+    const value_form form = value_form_of(field);
+    if (column.values == value_form::empty) {
         column.values = form;
-    } else if (form != column.values && form != field_form::empty) {
-        column.values = is_number(form) && is_number(column.values) ? field_form::number : field_form::text;
+    } else if (form != column.values && form != value_form::empty) {
+        column.values = is_number(form) && is_number(column.values) ? value_form::number : value_form::text;
     }
 }
 
@@ -90,9 +72,9 @@ bool seems_row(const std::vector<column_form>& columns) {
         if (!is_value(column.values)) {
             continue;
         }
-        const field_form name = form_of(column.name);
+        const value_form name = value_form_of(column.name);
         const bool is_alike =
-            name == field_form::year || name == field_form::date ? name == column.values : is_number(name) && is_number(column.values);
+            name == value_form::year || name == value_form::date ? name == column.values : is_number(name) && is_number(column.values);
         if (!is_alike) {
             return false;
         }

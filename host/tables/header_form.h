@@ -9,16 +9,19 @@
 
 namespace host {
 
-enum class field_form : std::uint8_t { empty, text, whole_number, year, number, date };
+// What a field is to a header, however it is written: 1.234,56 and 10% are numbers, 31.12.2024 and 10:30 are dates.
+enum class value_form : std::uint8_t { empty, text, whole_number, year, number, date };
 
-// As people write them: 1.234,56 and 31.12.2024 are a number and a date.
-field_form form_of(std::string_view field);
+value_form value_form_of(std::string_view field);
+
+// Whether a field is a number or a date.
+inline bool is_value(value_form form) { return form > value_form::text; }
 
 // The name of a column, with what all its fields are that have been looked at: empty ones do not count, and numbers of several forms are
 // numbers.
 struct column_form {
     std::string_view name;
-    field_form values = field_form::empty;
+    value_form values = value_form::empty;
 };
 
 // Takes one more field of the column into account.

@@ -14,6 +14,7 @@
 
 #include "host/program_error.h"
 #include "host/session/interruption.h"
+#include "host/tables/file_name.h"
 
 namespace host {
 
@@ -54,7 +55,7 @@ void fail_opening(const std::string& path, int error) {
 input_file::input_file(std::string path) : path_(std::move(path)), is_standard_(path_ == "-") {
     file_ = is_standard_ ? dup(STDIN_FILENO) : open(path_.c_str(), O_RDONLY | O_CLOEXEC);
     if (is_standard_) {
-        path_ = "standard input";
+        path_ = standard_input_name;
     }
     struct stat status {};
     if (file_ < 0 || fstat(file_, &status) != 0) {

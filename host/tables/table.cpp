@@ -10,6 +10,7 @@
 #include "embedded/session/environment.h"
 #include "host/near_names.h"
 #include "host/program_error.h"
+#include "host/sql/names.h"
 #include "host/tables/given_types.h"
 #include "host/values/plain_number.h"
 #include "host/values/value_text.h"
@@ -25,11 +26,8 @@ std::string shown_field(const charset& set, std::string_view text) {
 
 // Where a text is one that often stands for NULL.
 std::string null_hint(std::string_view text) {
-    const std::string_view word = without_blanks_around(text);
-    for (const std::string_view known : {"NA", "N/A", "#N/A", "NULL", "\\N", "NONE", "NIL", "NAN", "-", "?", "."}) {
-        if (equal_ignoring_case(word, known)) {
-            return fmt::format("; --null '{}' takes it for NULL", text);
-        }
+    if (is_null_word(text)) {
+        return fmt::format("; --null '{}' takes it for NULL", without_blanks_around(text));
     }
     return text.empty() ? "; --quoted-nulls takes it for NULL" : "";
 }
@@ -58,7 +56,7 @@ std::string describe_fault(const table& source, const table_column& column, std:
     const std::string shown = fmt::format("\"{}\"", shown_field(set, text));
     switch (fault) {
     case field_fault::invalid_text:
-        return fmt::format("{} is not valid {}; name the file's encoding, as in --encoding latin1", shown, set.name);
+        return fmt::format("{} is not valid {}{}", shown, set.name, naming_encoding);
     case field_fault::too_wide:
         return fmt::format("{} does not fit {}; give the column a wider type with --types", shown, type);
     case field_fault::too_many_digits:
@@ -117,7 +115,7 @@ std::unique_ptr<table> open_table(const std::string& path, const file_options& o
     for (const std::string& name : opened->reader.header()) {
         const std::optional<std::string> converted = to_utf8(set, name);
         if (!converted) {
-            fail("{}: the header is not valid {}; name the file's encoding, as in --encoding latin1", path, set.name);
+            fail("{}: the header is not valid {}{}", path, set.name, naming_encoding);
         }
         // A, B is written where A,B is meant.
         opened->columns.push_back({.name = std::string(without_blanks_around(*converted)), .type = {}, .values = {}});
@@ -129,15 +127,57 @@ std::unique_ptr<table> open_table(const std::string& path, const file_options& o
 namespace {
 
 void keep_forms(const table& source, table_column& column, text_forms forms) {
+    const auto as_utf8 = [&](std::string& text) { text = to_utf8_with_replacements(*source.settings->text_charset, text); };
     for (std::string* const text : {&forms.first, &forms.other, &forms.affix}) {
-        *text = to_utf8_with_replacements(*source.settings->text_charset, *text);
+        as_utf8(*text);
     }
+    std::ranges::for_each(forms.null_words, as_utf8);
     column.seems = seeming_types(forms);
-    column.is_point_likely = source.reader.delimiter() == ',';
+    column.decimal_mark = source.reader.decimal_mark();
     column.forms = std::move(forms);
 }
 
+void keep_first_rows(table& source, const first_rows& shown) {
+    const bool is_point_likely = seems_point(source.reader, shown);
+    for (table_column& column : source.columns) {
+        column.is_point_likely = is_point_likely;
+        column.pointed_column = shown.with_point ? source.columns[*shown.with_point].name : "";
+    }
+}
+
 } // namespace
+
+bool seems_point(const csv_reader& reader, const first_rows& shown) {
+    return shown.with_point.has_value() != shown.with_comma.has_value() ? shown.with_point.has_value() : reader.delimiter() == ',';
+}
+
+void remark_on(table& source, const first_rows& shown) {
+    const std::string& path = source.reader.path();
+    if (source.reader.decimal_mark() == ',' && shown.with_point) {
+        source.mark_remark = fmt::format("{}: column {} has numbers with a point before the fraction; --decimal comma takes these for "
+                                         "texts, and 1.234 for 1234",
+                                         path, source.columns[*shown.with_point].name);
+    }
+    // Nothing else would say that 1.234 is not what was meant.
+    if (!source.reader.decimal_mark() && shown.with_comma && shown.with_groups && !shown.with_point &&
+        source.columns[*shown.with_groups].needed) {
+        source.mark_remark =
+            fmt::format("{}: column {} has numbers with a comma before the fraction, so that 1.234 in column {} may be 1234; "
+                        "--decimal comma reads both so",
+                        path, source.columns[*shown.with_comma].name, source.columns[*shown.with_groups].name);
+    }
+    std::vector<std::string> names;
+    for (const std::size_t i : shown.with_blanks) {
+        if (source.columns[i].needed && source.columns[i].type.type == sql_type::varchar) {
+            names.push_back(source.columns[i].name);
+        }
+    }
+    if (!names.empty()) {
+        source.blank_remark =
+            fmt::format("{}: most values of column{} {} begin with a blank, which is a part of them; TRIM({}) is without it", path,
+                        names.size() == 1 ? "" : "s", fmt::join(names, ", "), name_in_query(names[0]));
+    }
+}
 
 void resolve_types(table& source, const given_types& given, type_sample sample, progress_bar& progress) {
     std::vector<bool> unknown;
@@ -148,13 +188,21 @@ void resolve_types(table& source, const given_types& given, type_sample sample, 
             unknown[static_cast<std::size_t>(found - source.columns.data())] = false;
         }
     }
-    if (std::ranges::find(unknown, true) == unknown.end()) {
+    // Texts by choice are looked at for what is said of them.
+    std::vector<bool> looked_at;
+    for (std::size_t i = 0; i < source.columns.size(); ++i) {
+        looked_at.push_back(source.columns[i].needed && (unknown[i] || source.columns[i].type.type == sql_type::varchar));
+    }
+    if (std::ranges::find(looked_at, true) == looked_at.end()) {
         source.reader.stop_keeping();
         return;
     }
+    const bool has_unknown = std::ranges::find(unknown, true) != unknown.end();
     progress.begin("reading types", false);
-    const found_kinds found = find_kinds(source.reader, unknown, source.reader.is_file() ? sample.of_files : sample.of_pipes, progress);
+    const std::uint64_t most_text = !has_unknown ? source.reader.text_read() : source.reader.is_file() ? sample.of_files : sample.of_pipes;
+    const found_kinds found = find_kinds(source.reader, looked_at, most_text, progress);
     progress.clear();
+    keep_first_rows(source, found.shown);
     for (std::size_t i = 0; i < source.columns.size(); ++i) {
         if (unknown[i]) {
             source.columns[i].type = {.type = type_of_fields(found.of_columns[i])};
@@ -162,8 +210,12 @@ void resolve_types(table& source, const given_types& given, type_sample sample, 
                 keep_forms(source, source.columns[i], found.forms[i]);
             }
             source.columns[i].sampled = found.is_whole_file ? std::nullopt : std::optional(found.of_columns[i]);
+        } else if (looked_at[i]) {
+            source.columns[i].shown = type_of_fields(found.of_columns[i]);
+            keep_forms(source, source.columns[i], found.forms[i]);
         }
     }
+    remark_on(source, found.shown);
 }
 
 void create_columns(table& source, std::uint32_t batch_rows) {

@@ -25,6 +25,9 @@ struct table_column {
     std::vector<column_type> seems{};     // what its texts could be given as their type, as far as the first rows show
     std::optional<text_forms> forms{};    // of these texts, in UTF-8
     bool is_point_likely = false;         // where a comma could be the mark before a fraction, too
+    std::optional<char> decimal_mark{};   // of --decimal
+    std::string pointed_column{};         // another column, whose numbers have a point before the fraction
+    sql_type shown = sql_type::varchar;   // what the first rows show where VARCHAR was given
     std::optional<field_kinds> sampled{}; // where the type was found in the first part of the file alone
     bool needed = false;                  // by the query: only such columns have a type that counts, and values
     zqengine::column_pointer values;      // of the batch in hand
@@ -36,6 +39,9 @@ struct table {
     const session_settings* settings;
     bool ignores_errors;
     std::vector<table_column> columns;
+    // What has to be said of the first rows, once types are resolved: empty where it is nothing.
+    std::string mark_remark{};  // --decimal does not go with the numbers of the file
+    std::string blank_remark{}; // the values of texts begin with a blank that was hardly meant
     // Of the batch in hand: its last rows as the reader knows them, and the lines of those before, whose text has gone.
     std::vector<std::uint32_t> last_rows{};
     std::vector<std::uint64_t> earlier_lines{};
@@ -63,6 +69,12 @@ constexpr std::uint64_t whole_file = UINT64_MAX;
 // Gives the needed columns the types given, and reads the file for those of the others. Types of columns that the table does not have are
 // those of other tables.
 void resolve_types(table& source, const given_types& given, type_sample sample, progress_bar& progress);
+
+// Whether 1,234 is rather a number of thousands, by the numbers in other columns, or else as commas separate the fields.
+bool seems_point(const csv_reader& reader, const first_rows& shown);
+
+// Makes the remarks of the table, whose columns have their types.
+void remark_on(table& source, const first_rows& shown);
 
 // Makes room for the values of the needed columns.
 void create_columns(table& source, std::uint32_t batch_rows);

@@ -1,51 +1,40 @@
 // SPDX-License-Identifier: Apache-2.0
-// What a column of texts could be given as its type: dates and truth values as people write them are text unless --types says more.
+// What a column of texts could be given as its type: numbers, dates and truth values as people write them are text unless options say more.
 #ifndef BIFUN_HOST_TABLES_TEXT_FORMS_H
 #define BIFUN_HOST_TABLES_TEXT_FORMS_H
 
-#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "host/tables/column_type.h"
+#include "host/tables/field_kind.h"
 
 namespace host {
 
-// Whether all texts are dates with the year behind or, of two digits, at either end, as people write them; all alike with a time or
-// without.
-struct written_dates {
-    char separator = '\0'; // of the first one
-    bool are_all = true;
-    bool have_month_names = false;                 // 31-Dec-2023
-    std::size_t year_digits = 0;                   // 4 or 2
-    std::optional<std::string_view> time_format{}; // empty without a time
-    std::uint32_t largest_first = 0;
-    std::uint32_t largest_second = 0;
-    std::uint32_t largest_year = 0;
-};
-
 // The texts are as the file has them.
 struct text_forms {
-    bool has_texts = false;
-    bool has_truth_values = true;   // alone
-    bool has_comma_numbers = true;  // alone: 1.234,56
-    bool has_point_numbers = true;  // alone: 1,234.56
-    bool has_decimals = true;       // alone, which a DECIMAL takes as they are, however they are written
-    bool has_doubles = true;        // the same of a DOUBLE
-    bool has_long_fractions = true; // alone: timestamps with more digits of a second than are kept
-    bool has_one_other = true;      // at most one text, in however many rows, besides numbers or datetimes
-    bool has_affix = true;          // alone: numbers with the same text before or behind them, as in 10%
+    bool has_texts = false;         // any but words for NULL
+    field_kinds of_all = all_forms; // the forms that all fields have but these words
+    field_kinds besides = 0;        // the kinds of fields that are no texts
+    field_kinds marks = 0;          // comma_number_form where a number is one with a comma alone, point_number_form the same
+    bool has_many_others = false;   // more than one text that is nothing else and no word for NULL
+    bool is_other_value = false;    // a number or a date in another form than those of SQL
     std::string first{}, other{}, affix{};
-    std::uint32_t kinds_besides = 0; // of the fields that are not `other`, as a set of field_kinds
-    written_dates dates{};
+    std::vector<std::string> null_words{}; // without blanks around, each once
+    bool are_words_doubles = true;         // NaN
+    written_date dates{};                  // where all are such
 };
 
+// Of a column that need not be looked at.
 text_forms mere_texts();
 
-// Takes one more text into account. The mark before the fraction of numbers is that of --decimal.
+// Takes one more field of the column into account.
 void include_text(text_forms& forms, std::string_view text, std::optional<char> decimal_mark);
+
+// The same of fields of these kinds, none of which is a text.
+void include_kinds(text_forms& forms, field_kinds kinds);
 
 // Whether any text more could change nothing.
 bool are_mere_texts(const text_forms& forms);
@@ -57,22 +46,23 @@ bool may_have_either_mark(const text_forms& forms);
 // --decimal comma reads ...: what makes the texts numbers; empty where neither mark does. What speaks for the point has it stand first.
 std::string decimal_option(const text_forms& forms, bool is_point_likely, std::string_view what);
 
-// BOOL, or DATE or TIMESTAMP with its format; several where the order of day and month cannot be told, and nothing where the texts are
-// something else.
+// BOOL, or DATE or TIMESTAMP with its format, or the type with a zone where some have one; several where the order of day and month cannot
+// be told, and nothing where the texts are something else.
 std::vector<column_type> seeming_types(const text_forms& forms);
 
-// The only text besides numbers or datetimes, and the type of these; nothing where there is none, or more than one.
-struct lone_text {
-    std::string_view text;
+// Whether some of a column of times have a zone and others none.
+bool has_mixed_zones(const text_forms& forms);
+
+// The texts that may stand for NULL, words for it and at most one other, and the type of all others.
+struct placeholders {
+    std::vector<std::string> texts;
     sql_type others;
 };
-std::optional<lone_text> lone_other(const text_forms& forms);
+// Nothing where there are none, or where the others are texts, too.
+std::optional<placeholders> find_placeholders(const text_forms& forms);
 
-// 2025-01-31 for 31.01.2025, and both for 01/02/2025; empty where it is no such date.
-std::vector<std::string> iso_dates(std::string_view text);
-
-// Whether a text alone is such a date, in whatever order.
-bool is_written_date(std::string_view text);
+// " --null 'NA' --null '-'", for a shell, to stand behind another option; empty where there is none, or one that a shell would read.
+std::string null_options(const std::vector<std::string>& texts);
 
 } // namespace host
 

@@ -169,9 +169,8 @@ std::size_t text_input::convert(char* to, std::size_t room) {
     char* target = to;
     while (target == to && !state.ended) {
         if (state.at_fault && !marks_errors_) {
-            fail("{}, line {}: bytes that are no {}, or a character that {} does not have; name the file's encoding, as in --encoding "
-                 "latin1",
-                 file_.path(), state.lines + 1, state.from_name, charset_.name);
+            fail("{}, line {}: bytes that are no {}, or a character that {} does not have{}", file_.path(), state.lines + 1,
+                 state.from_name, charset_.name, naming_encoding);
         }
         if (state.at_fault) {
             *target++ = '\xFF';

@@ -19,6 +19,9 @@ struct text_conversion;
 // Reads a file, converted where it is in another character set than that of the database: the one that a byte order mark names, or else
 // `encoding`, any name that ICU knows; empty for the database's own. The byte order mark itself is no text. What cannot be converted is an
 // error, or with `marks_errors` becomes a byte that is no part of any character, so that its field is found to be bad.
+// Said where bytes are no text. Windows has more characters than latin1, in bytes that are controls there: it is the safer of the two.
+constexpr std::string_view naming_encoding = "; name the file's encoding, as in --encoding windows-1252";
+
 class text_input {
   public:
     text_input(std::string path, std::string encoding, const charset& set, bool marks_errors);

@@ -17,39 +17,73 @@ std::string way_from_literal(sql_type needed) {
                                          : "";
 }
 
-// Of a text that may stand for NULL. What the shell would take for more than a text is left alone.
-std::string way_by_null(const lone_text& lone) {
-    constexpr std::size_t longest = 40;
-    return lone.text.find('\'') != lone.text.npos || lone.text.size() > longest
-               ? ""
-               : fmt::format("; --null '{}' takes that text for NULL, and the others for {}", lone.text, sql_type_name(lone.others));
+// Of texts that may stand for NULL, or of a header that files put one behind the other have repeated.
+std::string way_by_null(const table_column& column, const placeholders& found) {
+    if (found.texts.size() == 1 && found.texts[0] == column.name) {
+        const column_type type{.type = found.others};
+        return fmt::format("; rows that repeat the header are left out with {} --ignore-errors", options_of_types(column.name, {&type, 1}));
+    }
+    const std::string options = null_options(found.texts);
+    return options.empty() ? ""
+                           : fmt::format(";{} {} for NULL, and the others for {}", options,
+                                         found.texts.size() == 1 ? "takes that text" : "takes these texts", sql_type_name(found.others));
+}
+
+// Without groups of thousands, and with a point.
+std::string read_with_comma(const std::string& name) { return fmt::format("TO_NUMBER(REPLACE(REPLACE({}, '.', ''), ',', '.'))", name); }
+
+// Of numbers with another mark than those of SQL, or than --decimal says.
+std::string way_by_mark(const table_column& column, const text_forms& forms) {
+    const std::string name = name_in_query(column.name);
+    const bool has_comma = (forms.of_all & comma_number_form) != 0;
+    if (column.decimal_mark) {
+        return fmt::format("; its numbers have a {} before the fraction, which --decimal {} does not read; {} does",
+                           has_comma ? "comma" : "point", *column.decimal_mark == ',' ? "comma" : "point",
+                           has_comma ? read_with_comma(name) : fmt::format("TO_NUMBER(REPLACE({}, ',', ''))", name));
+    }
+    const std::string option = decimal_option(forms, column.is_point_likely, "the column");
+    const bool breaks_others = has_comma && !may_have_either_mark(forms) && !column.pointed_column.empty();
+    return breaks_others ? fmt::format("; {}, but takes those of {}, which have a point, for texts; {} reads {} alone", option,
+                                       column.pointed_column, read_with_comma(name), column.name)
+                         : "; " + option;
 }
 
 std::string way_to_numbers(const table_column& column, const text_forms& forms) {
     const std::string name = name_in_query(column.name);
-    const std::optional<lone_text> lone = lone_other(forms);
-    if (const std::string option = decimal_option(forms, column.is_point_likely, "the column"); !option.empty()) {
-        return "; " + option;
-    }
-    if (forms.has_texts && (forms.has_decimals || forms.has_doubles)) {
-        const column_type type{.type = forms.has_decimals ? sql_type::decimal : sql_type::double_precision};
+    if (is_number(column.shown)) {
+        const column_type type{.type = column.shown};
         return fmt::format("; {} reads the column as numbers", options_of_types(column.name, {&type, 1}));
     }
-    if (lone && is_number(lone->others)) {
-        return way_by_null(*lone);
+    const std::optional<placeholders> found = find_placeholders(forms);
+    const bool are_words_doubles = forms.are_words_doubles && !forms.null_words.empty();
+    if (may_have_mark(forms)) {
+        return way_by_mark(column, forms);
     }
-    if (forms.has_texts && forms.has_affix && forms.affix.find('\'') == forms.affix.npos) {
+    if (found && is_number(found->others) && forms.other.empty() && !are_words_doubles) {
+        return way_by_null(column, *found);
+    }
+    if (forms.has_texts && (forms.of_all & (decimal_form | double_form)) != 0) {
+        const bool is_decimal = (forms.of_all & decimal_form) != 0 && !are_words_doubles;
+        const column_type type{.type = is_decimal ? sql_type::decimal : sql_type::double_precision};
+        return fmt::format("; {}{} reads the column as numbers", options_of_types(column.name, {&type, 1}),
+                           are_words_doubles ? "" : null_options(forms.null_words));
+    }
+    if (found && is_number(found->others)) {
+        return way_by_null(column, *found);
+    }
+    if (forms.has_texts && (forms.of_all & affixed_number_form) != 0 && forms.affix.find('\'') == forms.affix.npos) {
         return fmt::format("; TO_NUMBER(REPLACE({}, '{}', '')) makes numbers of its texts", name, forms.affix);
     }
-    return fmt::format("; TO_NUMBER({}) is NULL where a text is no number", name);
+    const bool has_both_marks = forms.marks == (comma_number_form | point_number_form);
+    return fmt::format("; {}TO_NUMBER({}) is NULL where a text is no number",
+                       has_both_marks ? "some of its numbers have a comma before the fraction and others a point; " : "", name);
 }
 
 std::string way_to_dates(const table_column& column, const text_forms& forms) {
-    const std::optional<lone_text> lone = lone_other(forms);
-    if (lone && is_datetime(lone->others)) {
-        return way_by_null(*lone);
+    if (const std::optional<placeholders> found = find_placeholders(forms); found && is_datetime(found->others)) {
+        return way_by_null(column, *found);
     }
-    return forms.has_texts && forms.has_long_fractions
+    return forms.has_texts && (forms.of_all & long_fraction_form) != 0
                ? fmt::format("; CAST(SUBSTR({}, 1, 26) AS TIMESTAMP) leaves out what stands behind six digits of a fraction",
                              name_in_query(column.name))
                : "";
@@ -61,17 +95,24 @@ std::string way_from_column(sql_type needed, const table_column& column) {
     if (is_number(needed)) {
         return way_to_numbers(column, forms);
     }
+    if (is_datetime(needed) && is_datetime(column.shown)) {
+        const column_type type{.type = column.shown};
+        return fmt::format("; {} reads the column as dates", options_of_types(column.name, {&type, 1}));
+    }
+    if (is_datetime(needed) && has_mixed_zones(forms)) {
+        return "; " + zone_advice(column.name, column.seems);
+    }
     if (has_date(needed) && seems_date) {
         const bool has_short_year = forms.dates.year_digits == 2;
-        return fmt::format("; {} reads the column as dates{}{}", options_of_types(column.name, column.seems),
-                           column.seems.size() > 1 ? ", by which of them is meant" : "",
+        return fmt::format("; {}{} reads the column as dates{}{}", options_of_types(column.name, column.seems),
+                           null_options(forms.null_words), column.seems.size() > 1 ? ", by which of them is meant" : "",
                            has_short_year ? "; YY is a year from 2000 on, RR one from 1950 to 2049" : "");
     }
     if (has_date(needed)) {
         return way_to_dates(column, forms);
     }
     return needed == sql_type::boolean && !column.seems.empty() && column.seems[0].type == sql_type::boolean
-               ? fmt::format("; {} reads true and false", options_of_types(column.name, column.seems))
+               ? fmt::format("; {}{} reads true and false", options_of_types(column.name, column.seems), null_options(forms.null_words))
                : "";
 }
 
@@ -95,6 +136,11 @@ std::string options_of_types(const std::string& column, std::span<const column_t
         options.append(options.empty() ? "" : " or ").append(is_word ? "--types " + text : fmt::format("--types \"{}\"", escaped));
     }
     return options;
+}
+
+std::string zone_advice(const std::string& column, std::span<const column_type> types) {
+    return fmt::format("some of its times have a zone and others none; {} gives these the zone of the session, --set time_zone",
+                       options_of_types(column, types));
 }
 
 std::string way_to(sql_type needed, const misplaced_value& given) {

@@ -26,6 +26,9 @@ std::string way_together(const misplaced_value& left, const misplaced_value& rig
 // --types "day:DATE 'DD/MM/YYYY'" or --types "day:DATE 'MM/DD/YYYY'", for a shell.
 std::string options_of_types(const std::string& column, std::span<const column_type> types);
 
+// Why a column of times of which some have a zone is text, and what gives it the type.
+std::string zone_advice(const std::string& column, std::span<const column_type> types);
+
 } // namespace host
 
 #endif

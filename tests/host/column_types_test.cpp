@@ -135,6 +135,8 @@ TEST(ColumnTypes, OfSeveralFiles) {
               "bifun: --types: \"a\" is not of the form name:TYPE; a name with a comma stands in double quotes, as in '\"a, "
               "b\":INT'\n");
     EXPECT_EQ(shown("a:INT,A:DECIMAL(2,1)", "t"), "bifun: --types: A has two types\n");
+    directory.write("c.csv", "id,ID\n1,2\n");
+    EXPECT_EQ(directory.run({"--types", "ID:DECIMAL(3,2),id:DECIMAL(2,1)", "c.csv", "SELECT * FROM c"}).out, "id,ID\n1.0,2.00\n");
 }
 
 } // namespace

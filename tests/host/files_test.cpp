@@ -48,6 +48,19 @@ TEST(Files, Delimiters) {
          {},
          "PID  CMD\n  1  a\n",
          "t.txt: each line is taken for one field; where blanks align columns, tr -s ' ' < t.txt | bifun --delimiter space - reads them"},
+        {"t.txt",
+         "sum 12\n-rw 1  a b\n-r  20 c\n",
+         {},
+         "sum 12\n-rw 1  a b\n-r  20 c\n",
+         "t.txt: each line is taken for one field; where blanks align columns, awk 'NF >= 3 {for (i = 1; i < 3; i++) {printf \"%s\\t\", "
+         "$i; "
+         "$i = \"\"} sub(/^ +/, \"\"); print}' t.txt | bifun --delimiter tab --quote none --no-header - reads 3, the last with its blanks"},
+        {"t.txt",
+         " a  | b \n-----+---\n 1  | x\n",
+         {"--fill-short-rows"},
+         "a,b\n-----+---,\n 1  , x\n",
+         "t.txt: this is a table as programs print it; sed -E '/^[-+|: ]*$/d; /^\\([0-9]+ rows?\\)$/d; s/^ *\\| *//; s/ *\\| *$//; s/ *\\| "
+         "*/|/g; s/^ +//' t.txt | bifun --delimiter bar - reads it"},
     });
     expect_failure("a\n", "SELECT 1 FROM t", "--delimiter: \"ab\" is none; there are comma, ...", {"--delimiter", "ab"});
     expect_failure("a\n", "SELECT 1 FROM t", "--delimiter: \"\"\" is none; ...", {"--delimiter", "\""});

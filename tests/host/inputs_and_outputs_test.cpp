@@ -127,7 +127,7 @@ TEST(Inputs, Encodings) {
               "é,b\n1,2\n");
 
     const std::string reason =
-        "bytes that are no UTF-8, or a character that euc-kr does not have; name the file's encoding, as in --encoding latin1\n";
+        "bytes that are no UTF-8, or a character that euc-kr does not have; name the file's encoding, as in --encoding windows-1252\n";
     EXPECT_EQ(read("n\n한\n\xFF\n", {"--set", "charset=euc-kr", "--encoding", "UTF-8"}).err, joined({"bifun: t.csv, line 3: ", reason}));
     EXPECT_EQ(read("n\n\xE0\xBC\x8B\n", {"--set", "charset=euc-kr", "--encoding", "UTF-8"}).err,
               joined({"bifun: t.csv, line 2: ", reason}));
@@ -138,7 +138,7 @@ TEST(Inputs, Encodings) {
     EXPECT_EQ(
         read(faulty, {"--encoding", "UTF-16LE"}).err,
         "bifun: t.csv, line 30003: bytes that are no UTF-16LE, or a character that utf-8 does not have; name the file's encoding, as in "
-        "--encoding latin1\n");
+        "--encoding windows-1252\n");
     const run_result ignoring = read(faulty, {"--encoding", "UTF-16LE", "--ignore-errors"});
     EXPECT_EQ(ignoring.out, joined({"n,m\n", many, "9,x\n"}));
     EXPECT_TRUE(ignoring.err.starts_with("bifun: 1 row left out; the first: t.csv, line 30003, column m: "));
@@ -246,8 +246,8 @@ TEST(Descriptions, Columns) {
     const run_result result = directory.run({"describe", "--ignore-errors", "--format", "table", "u.csv"});
     EXPECT_NE(result.out.find("a      | VARCHAR |      3 |     0 | 1        | \xEF\xBF\xBD"), std::string::npos) << result.out;
     EXPECT_TRUE(result.err.starts_with("bifun: 1 row left out; the first: u.csv, line 3: ")) << result.err;
-    EXPECT_TRUE(
-        result.err.ends_with("\nbifun: u.csv: there is text that is not valid utf-8; name the file's encoding, as in --encoding latin1\n"));
+    EXPECT_TRUE(result.err.ends_with(
+        "\nbifun: u.csv: there is text that is not valid utf-8; name the file's encoding, as in --encoding windows-1252\n"));
     EXPECT_EQ(directory.run({"describe"}).err, "bifun: FILE is required; see bifun --help\n");
 }
 

@@ -44,6 +44,24 @@ TEST(Notices, DatesThatAreComparedAsTexts) {
     expect_notices(file, "SELECT e FROM t WHERE d = '31.12.2023' AND e <> 'x' AND n IS NULL", "e\n12/31/2023\n", {});
 }
 
+TEST(Notices, TextsByChoice) {
+    const std::string file = "d,n\n2024-01-01,1\n2024-02-01,2\n";
+    const arguments types = {"--types", "d:VARCHAR,n:TEXT"};
+    expect_notices(file, "SELECT n FROM t WHERE d > '2024-01-15'", "n\n2\n",
+                   {"d is text, and compared as such with '2024-01-15'; --types d:DATE reads the column as dates"}, types);
+    expect_failure(file, "SELECT n + 1 FROM t",
+                   "SQL, character 10, near +: + does not take VARCHAR and INT; --types n:INT reads the column as numbers", types);
+}
+
+TEST(Notices, BlanksBeforeValues) {
+    const std::string file = "id, name\n1, Ann\n2, Bob\n3,Cid\n";
+    const std::string notice = "t.csv: most values of column name begin with a blank, which is a part of them; TRIM(name) is without it";
+    expect_notices(file, "SELECT id FROM t WHERE name = 'Ann'", "id\n", {notice});
+    expect_notices(file, "SELECT id FROM t WHERE name = 'Ann'", "id\n", {notice}, {"--types", "name:VARCHAR(9)"});
+    expect_notices(file, "SELECT id FROM t WHERE Trim(name) = 'Ann'", "id\n1\n", {});
+    expect_notices(file, "SELECT id FROM t", "id\n1\n2\n3\n", {});
+}
+
 TEST(Notices, FormatsOfOtherFunctions) {
     const std::string file = "d\n2024-02-29\n";
     expect_notices(
@@ -102,11 +120,12 @@ TEST(Notices, NumbersThatAreNamesOfColumns) {
 
 TEST(Notices, RowsThatAreTakenForNames) {
     const std::string notice = "t.csv: the names of columns are numbers or dates; if the first line is a row, --no-header reads it as one";
-    for (const std::string file : {"1,Ann,2.5\n2,Bob,3.5", "Ann,2024-01-31\nBob,\nCid,2024-02-01\n", "1999;x\n2003;y\n", "3\n4\n"}) {
+    for (const std::string file : {"1,Ann,2.5\n2,Bob,3.5", "Ann,2024-01-31\nBob,\nCid,2024-02-01\n", "1999;x\n2003;y\n", "3\n4\n",
+                                   "10%;5 \u20ac;a\n12%;6 \u20ac;b\n"}) {
         expect_notices(file, "SELECT 'y' AS x FROM t LIMIT 1", "x\ny\n", {notice});
     }
     for (const std::string file : {"name,2020,2021\nAnn,5,6\n", "id,1,2,3\n7,1,2,3\n", "x,1,2\nAnn,5,6\n", "place,2024-01-31\nA,5\n",
-                                   "a,5\n1,2\n", "1\nx\n", "1,2\n"}) {
+                                   "Q1,Q2\n10%,11%\n", "a,5\n1,2\n", "1\nx\n", "1,2\n"}) {
         expect_notices(file, "SELECT 'y' AS x FROM t LIMIT 1", file == "1,2\n" ? "x\n" : "x\ny\n", {});
     }
     const scratch_directory directory;
@@ -175,6 +194,53 @@ TEST(Notices, NameBothTypesWhereTextsHaveEither) {
     EXPECT_TRUE(
         directory.run({"t.csv", "SELECT s FROM t WHERE s > '2024-01-01'"}).err.starts_with("bifun: s is text, and compared as such"));
     EXPECT_NE(directory.run({"describe", "t.csv"}).err.find("column m: dates of this form are text"), std::string::npos);
+}
+
+TEST(Notices, NameAllThatMakesTextsOfAColumn) {
+    const std::string file = "x,d,t,m,g,p,f\n1,31.12.2024,2024-01-01 10:00:00,\"3,5\",007,3.5,\"1.234,50\"\n"
+                             "NA,-,2024-01-01T10:00:00Z,NA,NA,4.25,2.5\n-,30.11.2024,2024-01-02 10:00:00,\"2,5\",-,1.75,1\n";
+    const std::string zone = "some of its times have a zone and others none; --types \"t:TIMESTAMP WITH TIME ZONE\" gives these the "
+                             "zone of the session, --set time_zone";
+    const std::string point = "t.csv: column p has numbers with a point before the fraction; --decimal comma takes these for texts, and "
+                              "1.234 for 1234";
+    const std::pair<std::string, std::string> cases[] = {
+        {"x + 1", "; --null 'NA' --null '-' takes these texts for NULL, and the others for INT"},
+        {"YEAR(d)", "; --types \"d:DATE 'DD.MM.YYYY'\" --null '-' reads the column as dates"},
+        {"YEAR(t)", joined({"; ", zone})},
+        {"m + 1", "; --decimal comma --null 'NA' reads the column as numbers, but takes those of p, which have a point, for texts; "
+                  "TO_NUMBER(REPLACE(REPLACE(m, '.', ''), ',', '.')) reads m alone"},
+        {"g + 1", "; --types g:DECIMAL --null 'NA' --null '-' reads the column as numbers"},
+        {"f + 1",
+         "; some of its numbers have a comma before the fraction and others a point; TO_NUMBER(f) is NULL where a text is no number"},
+    };
+    const scratch_directory directory;
+    directory.write("u.csv", "a\n1\na\n2\n");
+    EXPECT_TRUE(directory.run({"u.csv", "SELECT a + 1 FROM u"})
+                    .err.ends_with("; rows that repeat the header are left out with --types a:INT --ignore-errors\n"));
+    directory.write("t.csv", file);
+    for (const auto& [expression, way] : cases) {
+        const std::string err = directory.run({"t.csv", joined({"SELECT ", expression, " FROM t"})}).err;
+        EXPECT_TRUE(err.ends_with(joined({way, "\n"}))) << err;
+    }
+    EXPECT_EQ(directory.run({"describe", "t.csv"}).err,
+              joined({"bifun: t.csv: column t: ", zone,
+                      "\nbifun: t.csv: column m: numbers of this form are text; --decimal comma --null 'NA' reads them as numbers\n"
+                      "bifun: t.csv: truth values and dates of this form are text unless their column is given its type, with --types "
+                      "\"d:DATE 'DD.MM.YYYY'\"\nbifun: t.csv: columns x, d: words for NULL beside other values make texts of these; "
+                      "--null 'NA' --null '-' takes them for NULL\n"}));
+    expect_notices(file, "SELECT m FROM t LIMIT 1", "m\n3.5\n", {point}, {"--decimal", "comma", "--null", "NA"});
+    expect_answer(file, "SELECT YEAR(t) AS y FROM t", "y\n2024\n2024\n2024\n", {"--types", "t:TIMESTAMP WITH TIME ZONE"});
+    // Numbers of thousands are as those of the other columns have it, whatever separates the fields.
+    const auto first_mark = [&](const std::string& number) {
+        directory.write("t.csv", joined({"a;b\n1,234;", number, "\n5,100;", number, "\n"}));
+        return directory.run({"t.csv", "SELECT a + 1 FROM t"}).err;
+    };
+    EXPECT_NE(first_mark("2.5").find("; --decimal point reads 1,234 as 1234, and"), std::string::npos);
+    EXPECT_NE(first_mark("2,5").find("; --decimal comma reads 1,234 as 1.234, and"), std::string::npos);
+    const std::string groups = "t.csv: column b has numbers with a comma before the fraction, so that 1.234 in column a may be 1234; "
+                               "--decimal comma reads both so";
+    expect_notices("a;b\n1.234;2,5\n5;3,5\n", "SELECT a FROM t", "a\n1.234\n5\n", {groups});
+    expect_notices("a;b\n1.234;2,5\n5.1;3,5\n", "SELECT a FROM t", "a\n1.234\n5.1\n", {});
 }
 
 TEST(Notices, NumbersWrittenAsCodesAreText) {
