@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // SUBSTRING_INDEX: the text before the n-th delimiter, or behind the n-th from the end. What it has of the value's trailing blanks is a
-// count. Texts of single-byte characters are searched where they lie. The search of others reverses what it searches backwards, so both
-// texts are scratch copies then, with their blanks written out, made afresh for every row.
+// count. Texts of single-byte characters are searched where they lie, and so are those of well-formed UTF-8 for a constant delimiter of
+// ASCII. The search of others reverses what it searches backwards, so both texts are scratch copies then, with their blanks written out,
+// made afresh for every row.
 
 #include "bop/bifun.h"
 #include "bop/bifun_str/entry_points.h"
@@ -85,13 +86,13 @@ delimiter_place find_from_right(const bifun_string& text, const needle& delimite
     return {false, 0};
 }
 
-// The same for a text of at most 64 bytes.
+// The same for a text of at most 64 bytes, without a branch: the offset is 64 where there is none.
 delimiter_place find_by_masks(const bifun_string& text, const needle& delimiter, std::int32_t n) {
     const std::uint64_t places = places_of_bytes(text_bytes<64>(text.data, text.length), delimiter, text.data);
-    const auto found = static_cast<std::uint32_t>(std::popcount(places));
-    const std::uint32_t before =
-        n > 0 ? static_cast<std::uint32_t>(n) - 1 : found + static_cast<std::uint32_t>(n); // wraps where there are fewer
-    return {before < found, offset_of_start(places, before, 0)};
+    const std::uint32_t behind = n > 0 ? 0 : static_cast<std::uint32_t>(std::popcount(places)) + 1;
+    const std::uint32_t before = behind + static_cast<std::uint32_t>(n) - 1; // wraps where there are fewer
+    const auto offset = static_cast<std::uint32_t>(std::countr_zero(nth_bit(places, before)));
+    return {offset < longest_masked, offset};
 }
 
 // The part where it lies, of a text of single-byte characters whose blanks are not searched.
@@ -123,9 +124,60 @@ status substring_index(const text_operations& texts, const bifun_string& value, 
     return copy_part_of_any_text(memory, value, separator, n, room);
 }
 
-template <class Delimiter>
-status substring_index_rows(batch_of<VARCHAR> batch, column_of<VARCHAR> text, Delimiter delimiter, constant_of<INT> count) {
+// ---- short texts between which and the delimiter no byte is in doubt ----
+
+// A constant delimiter of ASCII: in well-formed UTF-8 no byte of another character is like one of its own.
+struct ascii_delimiter {
+    needle bytes;
+    std::int32_t n;
+    std::uint32_t searched_blanks; // a mask for trailing blanks: all bits where the delimiter may reach them
+};
+
+bool is_usual_text(const text_operations& texts, const bifun_string& value, const ascii_delimiter& delimiter,
+                   const bifun_string& /*separator*/, std::int32_t /*n*/, const scratch& /*memory*/) {
+    const auto is_known = static_cast<std::uint32_t>(texts.known != known_texts::nothing);
+    const auto is_short = static_cast<std::uint32_t>(value.length <= longest_masked);
+    return (is_known & is_short & static_cast<std::uint32_t>((value.trailing_blanks & delimiter.searched_blanks) == 0)) != 0;
+}
+
+void usual_substring_index(const text_operations& /*texts*/, const bifun_string& value, const ascii_delimiter& delimiter,
+                           const bifun_string& /*separator*/, std::int32_t /*n*/, const scratch& /*memory*/, bifun_string& result) {
+    const delimiter_place place = find_by_masks(value, delimiter.bytes, delimiter.n);
+    const std::uint32_t if_found = 0U - static_cast<std::uint32_t>(place.is_found);
+    if (delimiter.n > 0) {
+        result = {std::min(place.offset, value.length), value.trailing_blanks & ~if_found, value.data};
+    } else {
+        const std::uint32_t first = (place.offset + delimiter.bytes.length) & if_found;
+        result = {value.length - first, value.trailing_blanks, value.data + first};
+    }
+}
+
+status unusual_substring_index(const text_operations& texts, const bifun_string& value, const ascii_delimiter& /*delimiter*/,
+                               const bifun_string& separator, std::int32_t n, scratch& memory, string_room& room) {
+    return substring_index(texts, value, separator, n, memory, room);
+}
+
+// ---- batches ----
+
+status substring_index_rows(batch_of<VARCHAR> batch, column_of<VARCHAR> text, column_of<VARCHAR> delimiter, constant_of<INT> count) {
     return with_scratch(batch.environment, batch.memory, string_source_file, [&](scratch& memory) {
+        return string_rows<substring_index>(batch, texts_of(text), text, delimiter, count, shared(memory));
+    });
+}
+
+status substring_index_rows(batch_of<VARCHAR> batch, column_of<VARCHAR> text, constant_of<VARCHAR> delimiter, constant_of<INT> count) {
+    const auto [separator, is_separator_present] = argument(delimiter);
+    const auto [n, is_count_present] = argument(count);
+    const bool is_usual_delimiter = is_separator_present && is_count_present && n != 0 && separator.length != 0 &&
+                                    separator.length <= longest_plain_pattern && separator.trailing_blanks == 0 &&
+                                    has_single_bytes(text_operations_of_engine(), separator);
+    return with_scratch(batch.environment, batch.memory, string_source_file, [&](scratch& memory) {
+        if (is_usual_delimiter) {
+            const needle bytes = make_needle(separator.data, separator.length);
+            const ascii_delimiter usual{bytes, n, bytes.last == blank ? ~0U : 0U};
+            return usual_string_rows<is_usual_text, usual_substring_index, unusual_substring_index>(
+                batch, texts_of(text), text, fixed(usual), delimiter, count, shared(memory));
+        }
         return string_rows<substring_index>(batch, texts_of(text), text, delimiter, count, shared(memory));
     });
 }

@@ -66,16 +66,21 @@ inline utf8_characters utf8_characters_of(const text_bytes<64>& bytes, const std
 
 #endif
 
+// The n-th of the bits from 0 on, alone; none where there are fewer.
+inline std::uint64_t nth_bit(std::uint64_t bits, std::uint32_t n) {
+#if defined(__BMI2__)
+    return n < 64 ? _pdep_u64(std::uint64_t{1} << n, bits) : 0;
+#else
+    for (; n != 0 && bits != 0; --n) {
+        bits &= bits - 1;
+    }
+    return bits & (0 - bits);
+#endif
+}
+
 // The offset of the n-th character from 0 on, below 64, of `length` bytes; `length` where there are fewer.
 inline std::uint32_t offset_of_start(std::uint64_t starts, std::uint32_t n, std::uint32_t length) {
-#if defined(__BMI2__)
-    const std::uint64_t start = n < 64 ? _pdep_u64(std::uint64_t{1} << n, starts) : 0;
-#else
-    std::uint64_t start = starts;
-    for (; n != 0 && start != 0; --n) {
-        start &= start - 1;
-    }
-#endif
+    const std::uint64_t start = nth_bit(starts, n);
     return start == 0 ? length : static_cast<std::uint32_t>(std::countr_zero(start));
 }
 
