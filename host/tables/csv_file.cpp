@@ -239,6 +239,11 @@ void csv_reader::check_byte(std::string_view option, char byte) const {
     }
 }
 
+std::vector<std::string> csv_reader::nulls_to_repeat() const {
+    const std::vector<std::string>& texts = options_.null_texts;
+    return std::ranges::find(texts, "") != texts.end() ? texts : std::vector<std::string>();
+}
+
 void csv_reader::take_null_texts() {
     for (const std::string& text : options_.null_texts) {
         // No field holds what the character set does not have.
