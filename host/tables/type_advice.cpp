@@ -5,6 +5,7 @@
 
 #include "host/sql/names.h"
 #include "host/tables/given_types.h"
+#include "host/values/plain_number.h"
 
 namespace host {
 namespace {
@@ -60,6 +61,12 @@ std::string way_to_numbers(const table_column& column, const text_forms& forms) 
     if (may_have_mark(forms)) {
         return way_by_mark(column, forms);
     }
+    if (forms.has_texts && (forms.of_all & bracketed_number_form) != 0) {
+        return fmt::format("; TO_NUMBER(REPLACE(REPLACE({}, '(', '-'), ')', '')) makes numbers of its texts", name);
+    }
+    if (forms.has_texts && (forms.of_all & trailing_minus_form) != 0) {
+        return fmt::format("; TO_NUMBER({}, '999999999999.999999MI') makes numbers of its texts", name);
+    }
     if (found && is_number(found->others) && forms.other.empty() && !are_words_doubles) {
         return way_by_null(column, *found, forms.known_nulls);
     }
@@ -75,6 +82,10 @@ std::string way_to_numbers(const table_column& column, const text_forms& forms) 
     if (forms.has_texts && (forms.of_all & affixed_number_form) != 0 && forms.affix.find('\'') == forms.affix.npos) {
         return fmt::format("; TO_NUMBER(REPLACE({}, '{}', '')) makes numbers of its texts", name, forms.affix);
     }
+    std::string plain;
+    if (forms.first.starts_with('$') && plain_number(std::string_view(forms.first).substr(1), '.', plain)) {
+        return fmt::format("; TO_NUMBER({}, '$999,999,999,999.99') makes numbers of texts such as {}", name, forms.first);
+    }
     const bool has_both_marks = forms.marks == (comma_number_form | point_number_form);
     return fmt::format("; {}TO_NUMBER({}) is NULL where a text is no number",
                        has_both_marks ? "some of its numbers have a comma before the fraction and others a point; " : "", name);
@@ -83,6 +94,14 @@ std::string way_to_numbers(const table_column& column, const text_forms& forms) 
 std::string way_to_dates(const table_column& column, const text_forms& forms) {
     if (const std::optional<placeholders> found = find_placeholders(forms); found && is_datetime(found->others)) {
         return way_by_null(column, *found, forms.known_nulls);
+    }
+    constexpr std::string_view zone = " UTC";
+    if (std::string_view first = forms.first; first.ends_with(zone)) {
+        first.remove_suffix(zone.size());
+        if (classify_field(first) == timestamp_field) {
+            return fmt::format("; CAST(REPLACE({}, '{}', 'Z') AS TIMESTAMP WITH TIME ZONE) makes times of texts such as {}",
+                               name_in_query(column.name), zone, forms.first);
+        }
     }
     return forms.has_texts && (forms.of_all & long_fraction_form) != 0
                ? fmt::format("; CAST(SUBSTR({}, 1, 26) AS TIMESTAMP) leaves out what stands behind six digits of a fraction",

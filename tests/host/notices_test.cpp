@@ -212,6 +212,41 @@ TEST(Notices, NameBothTypesWhereTextsHaveEither) {
     EXPECT_NE(directory.run({"describe", "t.csv"}).err.find("column m: dates of this form are text"), std::string::npos);
 }
 
+TEST(Notices, NameFunctionsForFormsOfPeople) {
+    const std::string file = "b,m,u,d,p,z,y\n(5.00),5.00-,\"$1,234.50\",\"Jan 2, 2024\",01/13/2024 1:30 PM,2024-01-01 10:00:00 UTC,yes\n"
+                             "7.5,7.5,$7,\"Feb 13, 2024\",02/01/2024 10:30 AM,2024-01-02 10:00:00 UTC,No\n";
+    const std::pair<std::string, std::string> cases[] = {
+        {"b + 1", "; TO_NUMBER(REPLACE(REPLACE(b, '(', '-'), ')', '')) makes numbers of its texts"},
+        {"m + 1", "; TO_NUMBER(m, '999999999999.999999MI') makes numbers of its texts"},
+        {"u + 1", "; TO_NUMBER(u, '$999,999,999,999.99') makes numbers of texts such as $1,234.50"},
+        {"YEAR(d)", "; --types \"d:DATE 'MON DD, YYYY'\" reads the column as dates"},
+        {"YEAR(p)", "; --types \"p:TIMESTAMP 'MM/DD/YYYY HH:MI AM'\" reads the column as dates"},
+        {"YEAR(z)", "; CAST(REPLACE(z, ' UTC', 'Z') AS TIMESTAMP WITH TIME ZONE) makes times of texts such as 2024-01-01 10:00:00 UTC"},
+        {"NOT y", "; --types y:BOOL reads true and false"},
+    };
+    const scratch_directory directory;
+    directory.write("t.csv", file);
+    for (const auto& [expression, way] : cases) {
+        const std::string err = directory.run({"t.csv", joined({"SELECT ", expression, " FROM t"})}).err;
+        EXPECT_TRUE(err.ends_with(joined({way, "\n"}))) << err;
+    }
+    expect_answer(
+        file,
+        "SELECT TO_NUMBER(REPLACE(REPLACE(b, '(', '-'), ')', '')) AS b, TO_NUMBER(m, '999999999999.999999MI') AS m, "
+        "TO_NUMBER(u, '$999,999,999,999.99') AS u, d, p, CAST(REPLACE(z, ' UTC', 'Z') AS TIMESTAMP WITH TIME ZONE) AS z, y FROM t",
+        "b,m,u,d,p,z,y\n-5.00,-5.00,1234.50,2024-01-02,2024-01-13 13:30:00,2024-01-01 10:00:00+00:00,true\n"
+        "7.5,7.5,7,2024-02-13,2024-02-01 10:30:00,2024-01-02 10:00:00+00:00,false\n",
+        {"--types", "d:DATE 'MON DD, YYYY',p:TIMESTAMP 'MM/DD/YYYY HH:MI AM',y:BOOL"});
+}
+
+TEST(Notices, NullsStayWhenAWordIsOneToo) {
+    const std::string file = "n,s\nNA,\n,x\n3,\"\"\n";
+    expect_failure(file, "SELECT n + 1 FROM t",
+                   "SQL, character 10, near +: + does not take VARCHAR and INT; --null 'NA' --null '' takes that text and empty fields for "
+                   "NULL, and the others for INT");
+    expect_answer(file, "SELECT n + 1 AS n, s IS NULL AS s FROM t", "n,s\n,true\n,false\n4,false\n", {"--null", "NA", "--null", ""});
+}
+
 TEST(Notices, NameAllThatMakesTextsOfAColumn) {
     const std::string file = "x,d,t,m,g,p,f\n1,31.12.2024,2024-01-01 10:00:00,\"3,5\",007,3.5,\"1.234,50\"\n"
                              "NA,-,2024-01-01T10:00:00Z,NA,NA,4.25,2.5\n-,30.11.2024,2024-01-02 10:00:00,\"2,5\",-,1.75,1\n";
