@@ -188,9 +188,9 @@ bool is_truth_word(std::string_view text) {
 field_kinds account_forms_of(std::string_view text) {
     xdec decimal;
     if (text.starts_with('(') && text.ends_with(')') && text.size() > 2) {
-        return is_digit(text[1]) && read_decimal(text.substr(1, text.size() - 2), decimal) ? bracketed_number_form : 0;
+        return form_if(is_digit(text[1]) && read_decimal(text.substr(1, text.size() - 2), decimal), bracketed_number_form);
     }
-    return text.ends_with('-') && is_digit(text[0]) && read_decimal(text.substr(0, text.size() - 1), decimal) ? trailing_minus_form : 0;
+    return form_if(text.ends_with('-') && is_digit(text[0]) && read_decimal(text.substr(0, text.size() - 1), decimal), trailing_minus_form);
 }
 
 } // namespace
