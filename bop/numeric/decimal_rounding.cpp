@@ -2,10 +2,10 @@
 // ROUND, TRUNC, CEIL, FLOOR and ABS of DECIMAL. The statuses of the engine's operations are ignored; where one fails, the row holds
 // what the last successful one left.
 
-#include "layouts/decimal_block_rounding.h"
 #include "bop/frame/row_loop.h"
 #include "bop/numeric/entry_points.h"
 #include "engine/decimal.h"
+#include "layouts/decimal_block_rounding.h"
 
 namespace bifun {
 namespace {
