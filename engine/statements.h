@@ -55,8 +55,8 @@ typedef struct bifun_engine_statements {
     int32_t utf8_is_unicode;
 
     /* The operations that write numbers as text do what engine/decimal.h and engine/number_format.h say, whatever the buffer holds:
-     * `length` gets the length of the text, and a NUL stands behind it. The library does not clear the buffer, and it writes short packed
-     * decimals itself. */
+     * `length` gets the length of the text, and a NUL stands behind it. The library does not clear the buffer, and it writes packed
+     * decimals of up to 38 digits itself. */
     int32_t number_texts_as_described;
 
     /* The bytes of string arguments of a call, columns and constants, stay where and as they are until nobody reads the results of the call
