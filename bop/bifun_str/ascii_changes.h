@@ -10,9 +10,8 @@ namespace bifun {
 // The letter with which the case begins that is to be changed.
 enum class ascii_case : std::uint8_t { to_upper = 'a', to_lower = 'A' };
 
-// Returns all bits that any byte has: from 0x80 on there is one that is not ASCII, and what is written has no meaning.
-template <ascii_case change>
-std::uint8_t change_ascii_case(std::uint8_t* __restrict to, const std::uint8_t* __restrict from, std::size_t length) {
+// Returns whether all bytes are ASCII; what is written has no meaning else.
+template <ascii_case change> bool change_ascii_case(std::uint8_t* __restrict to, const std::uint8_t* __restrict from, std::size_t length) {
     constexpr auto first = static_cast<std::uint8_t>(change);
     std::uint8_t seen = 0;
     for (std::size_t i = 0; i < length; ++i) {
@@ -21,7 +20,7 @@ std::uint8_t change_ascii_case(std::uint8_t* __restrict to, const std::uint8_t* 
         seen |= byte;
         to[i] = byte ^ other_case;
     }
-    return seen;
+    return seen < 0x80;
 }
 
 template <ascii_case change> void append_in_case(text_writer& text, const std::uint8_t* bytes, std::uint32_t length) {
