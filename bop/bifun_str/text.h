@@ -158,7 +158,9 @@ inline std::uint64_t full_length(const bifun_string& value) { return std::uint64
 
 inline void append_full_text(text_writer& text, const bifun_string& value) {
     append(text, value.data, value.length);
-    append(text, blank, value.trailing_blanks);
+    if (value.trailing_blanks != 0) {
+        append(text, blank, value.trailing_blanks);
+    }
 }
 
 // The full text in `target`, which has room for it.
