@@ -3,6 +3,7 @@
 #ifndef BIFUN_STR_ASCII_CHANGES_H
 #define BIFUN_STR_ASCII_CHANGES_H
 
+#include "bop/bifun_str/block_pairs.h"
 #include "bop/frame/byte_operations.h"
 
 namespace bifun {
@@ -50,19 +51,24 @@ inline byte_block with_initials(byte_block bytes, byte_block& word_before) {
 inline void append_with_initials(text_writer& text, const std::uint8_t* bytes, std::uint32_t length) {
     byte_block word_before{};
     std::uint32_t done = 0;
+    if (text.may_overrun) [[likely]] {
+        for (; done < length; done += block_pair_length) {
+            const block_pair pair = load_block_pair(bytes + done, length - done);
+            const byte_block first = with_initials(pair.first, word_before);
+            store_block_pair(text.at + done, {first, with_initials(pair.last, word_before)});
+        }
+        text.at += length;
+        return;
+    }
     for (; length - done >= block_length; done += block_length) {
         store_block(text.at + done, with_initials(load_block(bytes + done), word_before));
     }
     if (done < length) {
         const std::uint32_t rest = length - done;
         const byte_block last = with_initials(load_part_of_block(bytes + done, rest), word_before);
-        if (text.may_overrun) [[likely]] {
-            store_block(text.at + done, last);
-        } else {
-            std::uint8_t whole[block_length];
-            store_block(whole, last);
-            std::memcpy(text.at + done, whole, rest);
-        }
+        std::uint8_t whole[block_length];
+        store_block(whole, last);
+        std::memcpy(text.at + done, whole, rest);
     }
     text.at += length;
 }

@@ -20,11 +20,6 @@ struct case_state {
 
 template <nls_case to> constexpr ascii_case ascii_case_of = to == NLS_CASE_UPPER ? ascii_case::to_upper : ascii_case::to_lower;
 
-bool is_well_formed(const text_operations& texts, const bifun_string& value) {
-    return texts.known == known_texts::utf8 ||
-           (texts.utf8_is_unicode && value.length <= longest_masked && characters_of(texts, value).are_known);
-}
-
 // Written into scratch memory first: the engine may need more room than the result takes.
 template <nls_case to>
 [[gnu::noinline]] status change_other_text(const text_operations& texts, const bifun_string& value, case_state& state, string_room& room) {
