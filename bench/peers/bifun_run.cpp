@@ -37,6 +37,13 @@ void* symbol_of(void* library, const char* name) {
     return symbol;
 }
 
+// The loops of the executor that the peers have in vectors are built for the machine's vectors, too.
+#if defined(__x86_64__) && !defined(__clang__)
+#define FOR_EVERY_MACHINE __attribute__((target_clones("arch=x86-64-v4", "arch=x86-64-v3", "default")))
+#else
+#define FOR_EVERY_MACHINE
+#endif
+
 // ---- aggregates: those of the queries for the peers -----------------------------------------------------------------
 
 using lanes = std::array<double, 8>;
@@ -112,7 +119,7 @@ bool is_later(const zqtime& a, const zqtime& b) {
     return first.civil != second.civil ? first.civil > second.civil : first.fraction_and_zone > second.fraction_and_zone;
 }
 
-void add_column(aggregates& total, value_type type, const bifun_column& column, std::uint32_t row_count) {
+FOR_EVERY_MACHINE [[gnu::flatten]] void add_column(aggregates& total, value_type type, const bifun_column& column, std::uint32_t row_count) {
     switch (type) {
     case value_type::BOOL:
     case value_type::INT:
@@ -204,7 +211,7 @@ std::string value_text(const zqengine::column_storage& column, std::uint32_t row
         return std::to_string(zqengine::values_of<std::int64_t>(column)[row]);
     case value_type::DOUBLE: {
         std::array<char, 64> text{};
-        std::snprintf(text.data(), text.size(), "%.17g", zqengine::values_of<double>(column)[row]);
+        (void)std::snprintf(text.data(), text.size(), "%.17g", zqengine::values_of<double>(column)[row]);
         return text.data();
     }
     case value_type::DECIMAL:
@@ -220,15 +227,21 @@ std::string value_text(const zqengine::column_storage& column, std::uint32_t row
     }
 }
 
-// Reads the values of a column as words.
-void touch(aggregates& total, value_type type, const bifun_column_data& data, std::uint32_t row_count) {
-    const auto* const bytes = static_cast<const std::uint8_t*>(data.values);
-    const std::size_t words = value_width(type) * row_count / sizeof(std::uint64_t);
+std::uint64_t words_of(const void* memory, std::size_t bytes) {
     std::uint64_t seen = 0;
-    for (std::size_t i = 0; i < words; ++i) {
+    for (std::size_t at = 0; at + sizeof seen <= bytes; at += sizeof seen) {
         std::uint64_t word;
-        std::memcpy(&word, bytes + i * sizeof word, sizeof word);
+        std::memcpy(&word, static_cast<const std::uint8_t*>(memory) + at, sizeof word);
         seen ^= word;
+    }
+    return seen;
+}
+
+// Reads a column as words, with its null flags where there are NULLs: so do the aggregates of the peers.
+FOR_EVERY_MACHINE void touch(aggregates& total, value_type type, const bifun_column& column, std::uint32_t row_count) {
+    std::uint64_t seen = words_of(column.data->values, value_width(type) * row_count);
+    if (column.no_nulls == 0) {
+        seen ^= words_of(column.data->null_flags, row_count);
     }
     total.touched ^= seen;
 }
@@ -249,11 +262,8 @@ void move_to_row(view& view, std::uint32_t row) {
     view.column = {view.storage->column.no_nulls, nullptr, &view.data};
 }
 
-// The host's comparison, built for the machine's vectors as the peers' are.
-#if defined(__x86_64__) && !defined(__clang__)
-__attribute__((target_clones("arch=x86-64-v4", "arch=x86-64-v3", "default")))
-#endif
-void evaluate_positive(std::int32_t* __restrict conditions, const double* __restrict values, std::uint32_t row_count) {
+// The host's comparison.
+FOR_EVERY_MACHINE void evaluate_positive(std::int32_t* __restrict conditions, const double* __restrict values, std::uint32_t row_count) {
     for (std::uint32_t k = 0; k < row_count; ++k) {
         conditions[k] = values[k] > 0 ? 1 : 0;
     }
@@ -395,7 +405,7 @@ measurement run_bifun(bifun_library& library, const table& table, const bench_ca
             evaluate(library, *expression, rows);
         }
         for (const view& view : expression->views) {
-            touch(total, view.storage->type, view.data, rows);
+            touch(total, view.storage->type, view.column, rows);
         }
         add_column(total, type, part == part::measured ? expression->result->column : expression->like_result->column, rows);
     }

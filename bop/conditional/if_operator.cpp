@@ -14,12 +14,16 @@ namespace {
 
 // Flags and values of a block at once.
 template <class T, class Condition, class X, class Y>
-void choose_block(std::uint8_t* __restrict flags, T* __restrict results, std::uint32_t count, const Condition& holds, const X& x,
-                  const Y& y) {
-    for (std::uint32_t k = 0; k < count; ++k) {
-        const auto if_true = static_cast<std::uint32_t>(x.has_value(k));
-        const auto if_false = static_cast<std::uint32_t>(y.has_value(k));
-        flags[k] = static_cast<std::uint8_t>(choose(is_true(holds[k]), if_true, if_false));
+void choose_block(std::uint8_t* __restrict flags, T* __restrict results, std::uint32_t count, bool no_nulls, const Condition& holds,
+                  const X& x, const Y& y) {
+    if (no_nulls) {
+        std::memset(flags, 1, count);
+    } else {
+        for (std::uint32_t k = 0; k < count; ++k) {
+            const auto if_true = static_cast<std::uint32_t>(x.has_value(k));
+            const auto if_false = static_cast<std::uint32_t>(y.has_value(k));
+            flags[k] = static_cast<std::uint8_t>(choose(is_true(holds[k]), if_true, if_false));
+        }
     }
     for (std::uint32_t k = 0; k < count; ++k) {
         results[k] = choose(is_true(holds[k]), x[k], y[k]);
@@ -84,10 +88,11 @@ status choose_rows(const batch& batch, const condition_argument& condition, cons
     if (!values_can_be_stored<T>()) {
         return overwrite_copy(batch, condition, x, y);
     }
+    const bool no_nulls = has_no_nulls(x) && has_no_nulls(y);
     batch.result->no_nulls = x.column->no_nulls; // as a copy would
     const auto choose_all = [&](std::uint32_t first, std::uint32_t count, const auto& holds, const auto& x_rows,
                                 const auto& y_rows) -> status {
-        choose_block(null_flags(batch) + first, values<T>(batch) + first, count, holds, x_rows, y_rows);
+        choose_block(null_flags(batch) + first, values<T>(batch) + first, count, no_nulls, holds, x_rows, y_rows);
         clear_promise_for_nulls(batch, count, holds, false, y, y_rows);
         return BIFUN_OK;
     };
@@ -96,6 +101,7 @@ status choose_rows(const batch& batch, const condition_argument& condition, cons
 
 template <class T>
 status choose_rows(const batch& batch, const condition_argument& condition, const constant_argument<T>& x, const constant_argument<T>& y) {
+    const bool no_nulls = has_no_nulls(x) && has_no_nulls(y);
     const auto choose_all = [&](std::uint32_t first, std::uint32_t count, const auto& holds, const auto& x_rows,
                                 const auto& y_rows) -> status {
         if (std::is_same_v<T, bifun_string> && !results_may_refer()) {
@@ -104,7 +110,7 @@ status choose_rows(const batch& batch, const condition_argument& condition, cons
                 choose_one(batch, first + k, chosen.present, chosen.value);
             }
         } else {
-            choose_block(null_flags(batch) + first, values<T>(batch) + first, count, holds, x_rows, y_rows);
+            choose_block(null_flags(batch) + first, values<T>(batch) + first, count, no_nulls, holds, x_rows, y_rows);
         }
         clear_promise_for_nulls(batch, count, holds, true, x, x_rows);
         clear_promise_for_nulls(batch, count, holds, false, y, y_rows);

@@ -69,12 +69,18 @@ template <class T, class Y> status choose_values(const batch& batch, const colum
     if (!values_can_be_stored<T>() || (x.column->no_nulls != 0 && !std::is_same_v<T, bifun_string>)) {
         return replace_nulls_in_copy(batch, x, y);
     }
-    batch.result->no_nulls = has_no_nulls(x) && has_no_nulls(y);
+    const bool replaces_all = has_no_nulls(y);
+    batch.result->no_nulls = has_no_nulls(x) && replaces_all;
     const auto choose_all = [&](std::uint32_t first, std::uint32_t count, const auto& x_rows, const auto& y_rows) -> status {
         std::uint8_t* __restrict const flags = null_flags(batch) + first;
         T* __restrict const results = values<T>(batch) + first;
-        for (std::uint32_t k = 0; k < count; ++k) {
-            flags[k] = static_cast<std::uint8_t>(static_cast<unsigned>(x_rows.has_value(k)) | static_cast<unsigned>(y_rows.has_value(k)));
+        if (replaces_all) {
+            std::memset(flags, 1, count);
+        } else {
+            for (std::uint32_t k = 0; k < count; ++k) {
+                flags[k] =
+                    static_cast<std::uint8_t>(static_cast<unsigned>(x_rows.has_value(k)) | static_cast<unsigned>(y_rows.has_value(k)));
+            }
         }
         choose_block(results, count, x_rows, y_rows);
         return BIFUN_OK;

@@ -103,13 +103,15 @@ enum class failing_row : std::uint8_t { unwritten, zero, null };
 
 // Which rows fail, for kernels in loops that look at many rows at once. `arguments` is a plain function from the kernel's arguments to a
 // status, asked before the kernel is, and defined for any bits; `result` is one from its result to a status, asked where the result is
-// not finite. nullptr: not asked. The batch stops at the first row for which one of them is negative.
-template <auto arguments_check, auto result_check, failing_row failing_row_holds> struct row_checks {
+// not finite. nullptr: not asked. The batch stops at the first row for which one of them is negative. `finite_stays_finite` says of a
+// kernel that its result is finite where its first argument is.
+template <auto arguments_check, auto result_check, failing_row failing_row_holds, bool finite_stays_finite = false> struct row_checks {
     static constexpr auto arguments = arguments_check;
     static constexpr auto result = result_check;
     static constexpr failing_row on_failure = failing_row_holds;
     static constexpr bool asks_arguments = !std::is_null_pointer_v<decltype(arguments_check)>;
     static constexpr bool asks_result = !std::is_null_pointer_v<decltype(result_check)>;
+    static constexpr bool asks_first_argument = asks_result && finite_stays_finite;
 };
 using no_checks = row_checks<nullptr, nullptr, failing_row::null>;
 

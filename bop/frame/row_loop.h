@@ -54,15 +54,18 @@ std::uint32_t rows_with_good_arguments(std::uint32_t count, bool no_nulls, statu
     return passed;
 }
 
+template <class Rows> bool all_are_finite(std::uint32_t count, const Rows& rows) {
+    std::uint32_t not_finite = 0;
+    for (std::uint32_t k = 0; k < count; ++k) {
+        not_finite |= static_cast<std::uint32_t>(!(std::fabs(rows[k]) <= std::numeric_limits<double>::max()));
+    }
+    return not_finite == 0;
+}
+
 // How many of a block's results pass the check; `failure` gets the status of the next one.
 template <auto check, class Result>
 std::uint32_t rows_with_good_results(const Result* results, const std::uint8_t* flags, std::uint32_t count, status& failure) {
-    std::uint32_t not_finite = 0;
-    for (std::uint32_t k = 0; k < count; ++k) {
-        // The values of NULL rows are zero.
-        not_finite |= static_cast<std::uint32_t>(!(std::fabs(results[k]) <= std::numeric_limits<Result>::max()));
-    }
-    if (not_finite == 0) {
+    if (all_are_finite(count, results)) { // the values of NULL rows are zero
         return count;
     }
     for (std::uint32_t k = 0; k < count; ++k) {
@@ -136,10 +139,14 @@ status evaluate_in_passes(const batch& batch, std::uint32_t first, std::uint32_t
     if constexpr (Checks::asks_arguments) {
         passed = rows_with_good_arguments<Checks::arguments>(count, no_nulls, failure, rows...);
     }
-    if constexpr (!Checks::asks_result) {
+    bool results_are_good = !Checks::asks_result;
+    if constexpr (Checks::asks_first_argument) {
+        results_are_good = all_are_finite(passed, std::get<0>(std::tie(rows...)));
+    }
+    if (results_are_good) {
         write_null_flags(flags, passed, no_nulls, rows...);
         compute_block<kernel>(results, flags, passed, no_nulls, rows...);
-    } else {
+    } else if constexpr (Checks::asks_result) {
         // Results wait here until they are known to be good: a row behind the failing one must not be written.
         Result waiting[most_rows_per_block];
         std::uint8_t waiting_flags[most_rows_per_block];

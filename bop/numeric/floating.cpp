@@ -20,8 +20,8 @@ double magnitude(double x) {
 std::int32_t sign(double x) { return static_cast<std::int32_t>(x > 0) - static_cast<std::int32_t>(0 > x); }
 
 // The sum quiets a signalling NaN, which not every processor's rounding does.
-double ceiling(double x) { return std::isnan(x) ? x + x : std::ceil(x); }
-double floor_of(double x) { return std::isnan(x) ? x + x : std::floor(x); }
+double ceiling(double x) { return std::isnan(x) ? x + x : rounded_up(x); }
+double floor_of(double x) { return std::isnan(x) ? x + x : rounded_down(x); }
 
 // Pi to fifteen digits, as engines have it; not the double nearest to pi.
 constexpr double pi = 3.14159265358979;
@@ -36,7 +36,7 @@ double remainder(double x, double y) { return y == 0 ? x : std::fmod(x, y); }
 // of the smaller unit of x and y and not above |y|.
 double remainder_of_small_quotient(double x, double y) {
     const double quotient = x / y;
-    const double rest = std::fma(-std::trunc(quotient), y, x);
+    const double rest = std::fma(-rounded_toward_zero(quotient), y, x);
     const bool too_far = ((rest < 0) != (x < 0)) & (rest != 0);
     const double mended = too_far ? rest + std::copysign(y, x) : rest;
     const bool known = (std::fabs(quotient) < 0x1p52) & (std::fabs(y) <= std::numeric_limits<double>::max());

@@ -4,6 +4,7 @@
 #include <array>
 
 #include "bop/frame/row_loop.h"
+#include "bop/frame/vector_arithmetic.h"
 #include "bop/numeric/entry_points.h"
 #include "bop/numeric/overflow.h"
 
@@ -23,33 +24,25 @@ constexpr std::int32_t most_digits = 38; // beyond what any number of the engine
 // As doubles, for the smallest INT has no negative.
 rounding_scale scale_of(std::int32_t digits) { return {digits, std::pow(10.0, std::fabs(static_cast<double>(digits)))}; }
 
-// x scaled and rounded to an integer, halves away from zero.
-double whole(double x, double scaled) {
-    const double integral = std::trunc(scaled);
-    const double fraction = scaled - integral;
-    const double up = ((x > 0) & (fraction >= 0.5)) ? integral + 1.0 : integral;
-    return ((x < 0) & (fraction <= -0.5)) ? integral - 1.0 : up;
+// The nearest integer, halves away from zero. The largest double below 0.5 is added, which carries just those into the next integer that
+// lie half a unit or more above one: a half itself gives a sum that is rounded up.
+double whole(double x) {
+    constexpr double below_half = 0x1.fffffffffffffp-2;
+    return rounded_toward_zero(x + std::copysign(below_half, x));
 }
 
 // Digits right of the point. Where x has no place for them any more it is its own result.
 double round_right(double x, const rounding_scale& scale) {
     const double scaled = x * scale.factor;
-    const bool is_result = (x == 0) | (std::fabs(scaled) > std::numeric_limits<double>::max());
-    const double rounded = whole(x, scaled) / scale.factor;
-    return is_result ? x : rounded;
+    const double rounded = whole(scaled) / scale.factor;
+    return std::fabs(scaled) > std::numeric_limits<double>::max() ? x : rounded;
 }
 
 // Digits left of the point.
-double round_left(double x, const rounding_scale& scale) {
-    const double rounded = whole(x, x / scale.factor) * scale.factor;
-    return x == 0 ? x : rounded;
-}
+double round_left(double x, const rounding_scale& scale) { return whole(x / scale.factor) * scale.factor; }
 
-// The same with a factor of 1, which leaves x as it is.
-double round_to_integer(double x, const rounding_scale&) {
-    const double rounded = whole(x, x);
-    return x == 0 ? x : rounded;
-}
+// The same with a factor of 1.
+double round_to_integer(double x, const rounding_scale&) { return whole(x); }
 
 // So many digits left of the point that nothing remains.
 double round_away(double x, const rounding_scale&) { return x == 0 ? x : 0.0; }
@@ -68,27 +61,27 @@ double round_by(double x, std::int32_t digits) {
 }
 
 using round_checks = row_checks<nullptr, check_overflow, failing_row::zero>;
+// A digit right of the point, or none, is never carried beyond the largest double, which is an integer.
+using round_right_checks = row_checks<nullptr, check_overflow, failing_row::zero, true>;
 
 status round_by_constant(batch_of<DOUBLE> batch, column_of<DOUBLE> x, constant_of<INT> digits) {
     const auto [count, present] = argument(digits);
     const constant_argument scale{scale_of(count), present};
     if (count > most_digits) {
-        return set_all_rows<round_not_at_all, round_checks>(batch, x, scale);
+        return set_all_rows<round_not_at_all, round_right_checks>(batch, x, scale);
     }
     if (count > 0) {
-        return set_all_rows<round_right, round_checks>(batch, x, scale);
+        return set_all_rows<round_right, round_right_checks>(batch, x, scale);
     }
     if (count == 0) {
-        return set_all_rows<round_to_integer, round_checks>(batch, x, scale);
+        return set_all_rows<round_to_integer, round_right_checks>(batch, x, scale);
     }
     return std::isinf(scale.value.factor) ? set_all_rows<round_away, round_checks>(batch, x, scale)
                                           : set_all_rows<round_left, round_checks>(batch, x, scale);
 }
 
-double truncate(double x) {
-    const double sign = x > 0 ? 1.0 : x < 0 ? -1.0 : 0.0;
-    return std::floor(x * sign) * sign;
-}
+// The sum quiets a signalling NaN, which not every processor's rounding does.
+double truncate(double x) { return std::isnan(x) ? x + x : rounded_toward_zero(x); }
 
 // ---- digit strings ----
 

@@ -6,6 +6,7 @@
 #include "bop/frame/status.h"
 #include "embedded/decimal/digits.h"
 #include "engine/datetime.h"
+#include "layouts/calendar.h"
 #include "layouts/datetime_layout.h"
 #include "layouts/fixed_digits.h"
 
@@ -132,6 +133,13 @@ bool take_date(reader& text, datetime_parts& parts, bool& run_together) {
     return take_one_or_two_digits(text, parts.month) && take(text, separator) && take_one_or_two_digits(text, parts.day);
 }
 
+// Of the first characters, 1 to 8 digits behind a decimal point; the seventh and eighth do not count.
+std::uint32_t microseconds_of(std::uint64_t characters, std::uint32_t digits) {
+    const std::uint64_t keep = ~std::uint64_t{0} >> (64 - 8 * digits);
+    constexpr std::uint32_t units_per_microsecond = 100;
+    return number_of_digits((characters & keep) | (eight_zero_characters & ~keep), 8) / units_per_microsecond;
+}
+
 // Nothing or a fraction, behind a text of eight characters at least.
 bool take_fraction(reader& text, datetime_parts& parts) {
     if (!take(text, '.') && !take(text, ',')) {
@@ -143,9 +151,7 @@ bool take_fraction(reader& text, datetime_parts& parts) {
     if (digits == 0) {
         return false;
     }
-    const std::uint64_t keep = ~std::uint64_t{0} >> (64 - 8 * digits);
-    constexpr std::uint32_t units_per_microsecond = 100;
-    parts.microsecond = number_of_digits((characters & keep) | (eight_zero_characters & ~keep), 8) / units_per_microsecond;
+    parts.microsecond = microseconds_of(characters, digits);
     text.next += digits;
     while (at_digit(text)) {
         ++text.next;
@@ -234,6 +240,65 @@ bool take_datetime(reader& text, datetime_parts& parts, datetime_kind& kind) {
     return take_time_behind_date(text, parts, run_together) && take_zone(text, parts);
 }
 
+// Of parts whose zone is one.
+bool is_datetime(const datetime_parts& parts) {
+    return bifun::calendar::date_exists(parts.year, parts.month, parts.day) && parts.hour <= 23 && parts.minute <= 59 && parts.second <= 59;
+}
+
+// YYYY-MM-DD HH:MM:SS[.ffffff] and nothing around it, as most texts are: looked at as a whole, where the readers above go from part to
+// part. Returns false for others.
+bool read_usual_datetime(const std::uint8_t* text, std::uint32_t length, zqtime& result) {
+    constexpr std::uint32_t without_fraction = 19;
+    constexpr std::uint32_t most_digits = 6;
+    joined_digits year_and_month;
+    joined_digits day_and_hour;
+    joined_digits time;
+    if (length < without_fraction || length > without_fraction + 1 + most_digits ||
+        !match_digits<pattern_of("0000-00-")>(eight_characters(text), year_and_month) ||
+        !match_digits<pattern_of("00 00:00")>(eight_characters(text + 8), day_and_hour) ||
+        !match_digits<pattern_of("00:00:00")>(eight_characters(text + 11), time)) {
+        return false;
+    }
+    std::uint32_t microsecond = 0;
+    if (length != without_fraction) {
+        const std::uint32_t digits = length - without_fraction - 1;
+        const std::uint64_t characters = eight_characters(text + length - 8) >> 1 >> (63 - 8 * digits);
+        if (text[without_fraction] != '.' || digits == 0 || leading_digits(characters) != digits) {
+            return false;
+        }
+        microsecond = microseconds_of(characters, digits);
+    }
+    const datetime_parts parts{.year = static_cast<std::int32_t>(year_and_month.at(0) * 100 + year_and_month.at(2)),
+                               .month = year_and_month.at(5),
+                               .day = day_and_hour.at(0),
+                               .hour = time.at(0),
+                               .minute = time.at(3),
+                               .second = time.at(6),
+                               .microsecond = microsecond,
+                               .zone = ZQTIME_NO_ZONE};
+    if (!is_datetime(parts)) {
+        return false;
+    }
+    store_datetime(result, pack_datetime(parts));
+    return true;
+}
+
+[[gnu::noinline]] std::int32_t read_any_datetime(const std::uint8_t* text, std::uint32_t length, zqtime* result, datetime_kind* kind) {
+    reader rest{.next = text, .end = text + length};
+    take_blanks(rest);
+    while (!at_end(rest) && rest.end[-1] == ' ') {
+        --rest.end;
+    }
+    datetime_parts parts{.year = 1900, .month = 1, .day = 1, .hour = 0, .minute = 0, .second = 0, .microsecond = 0, .zone = ZQTIME_NO_ZONE};
+    datetime_kind found;
+    if (!take_datetime(rest, parts, found) || !at_end(rest) || !is_datetime(parts)) {
+        return BIFUN_UNUSABLE_TEXT;
+    }
+    store_datetime(*result, pack_datetime(parts));
+    *kind = found;
+    return BIFUN_OK;
+}
+
 // ---- text out ----------------------------------------------------------------------------------------------------
 
 char* put_two_digits(char* out, std::uint32_t number) {
@@ -289,20 +354,11 @@ char* put_time(char* out, datetime_words words) {
 } // namespace
 
 std::int32_t read_datetime(const std::uint8_t* text, std::uint32_t length, zqtime* result, datetime_kind* kind) {
-    reader rest{.next = text, .end = text + length};
-    take_blanks(rest);
-    while (!at_end(rest) && rest.end[-1] == ' ') {
-        --rest.end;
+    if (read_usual_datetime(text, length, *result)) [[likely]] {
+        *kind = datetime_kind::datetime;
+        return BIFUN_OK;
     }
-    datetime_parts parts{.year = 1900, .month = 1, .day = 1, .hour = 0, .minute = 0, .second = 0, .microsecond = 0, .zone = ZQTIME_NO_ZONE};
-    datetime_kind found;
-    if (!take_datetime(rest, parts, found) || !at_end(rest) ||
-        zqtime_encode(result, parts.year, parts.month, parts.day, parts.hour, parts.minute, parts.second, parts.microsecond, parts.zone) !=
-            BIFUN_OK) {
-        return BIFUN_UNUSABLE_TEXT;
-    }
-    *kind = found;
-    return BIFUN_OK;
+    return read_any_datetime(text, length, result, kind);
 }
 
 std::size_t write_datetime(const zqtime& value, datetime_kind kind, char* buffer) {
