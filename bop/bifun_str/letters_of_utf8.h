@@ -14,26 +14,32 @@
 
 namespace bifun {
 
-// Bytes with signs: those that continue a character are below those that begin one of more bytes, and these below ASCII.
 #if defined(__AVX2__)
-using letter_block [[gnu::vector_size(32)]] = std::int8_t;
+using letter_block [[gnu::vector_size(32)]] = std::uint8_t;
+using signed_letters [[gnu::vector_size(32)]] = std::int8_t;
 #else
-using letter_block [[gnu::vector_size(16)]] = std::int8_t;
+using letter_block = byte_block;
+using signed_letters [[gnu::vector_size(16)]] = std::int8_t;
 #endif
 constexpr std::uint32_t letter_block_length = sizeof(letter_block);
 
-using unaligned_letters [[gnu::vector_size(letter_block_length), gnu::aligned(1), gnu::may_alias]] = std::int8_t;
+using unaligned_letters [[gnu::vector_size(letter_block_length), gnu::aligned(1), gnu::may_alias]] = std::uint8_t;
 inline letter_block load_letters(const std::uint8_t* bytes) { return *reinterpret_cast<const unaligned_letters*>(bytes); }
 inline void store_letters(std::uint8_t* bytes, letter_block letters) { *reinterpret_cast<unaligned_letters*>(bytes) = letters; }
 
-inline letter_block every_letter(int byte) { return letter_block{} + static_cast<std::int8_t>(byte); }
+// The lower eight bits of the number, in every byte.
+inline letter_block every_letter(int byte) { return letter_block{} + static_cast<std::uint8_t>(byte); }
 
-// All bits where it holds, else none. The bytes compared with are from 0x81 on.
-inline letter_block is(letter_block bytes, int byte) { return bytes == every_letter(byte); }
-inline letter_block from(letter_block bytes, int first) { return bytes > every_letter(first - 1); }
-inline letter_block below(letter_block bytes, int end) { return bytes < every_letter(end); }
+// All bits where it holds, else none. Bytes are compared with signs: those that continue a character are below those that begin one of more
+// bytes, and these below ASCII. What they are compared with is from 0x81 on.
+inline letter_block are_below(letter_block a, letter_block b) {
+    return reinterpret_cast<letter_block>(reinterpret_cast<signed_letters>(a) < reinterpret_cast<signed_letters>(b));
+}
+inline letter_block is(letter_block bytes, int byte) { return reinterpret_cast<letter_block>(bytes == every_letter(byte)); }
+inline letter_block from(letter_block bytes, int first) { return are_below(every_letter(first - 1), bytes); }
+inline letter_block below(letter_block bytes, int end) { return are_below(bytes, every_letter(end)); }
 inline letter_block within(letter_block bytes, int first, int last) {
-    return bytes - every_letter(first - 0x80) < every_letter(last + 1 - first - 0x80);
+    return are_below(bytes - every_letter(first - 0x80), every_letter(last + 1 - first - 0x80));
 }
 
 #if defined(__AVX2__)
@@ -53,16 +59,12 @@ inline letter_block letters_behind(letter_block letters) {
     return reinterpret_cast<letter_block>(_mm256_alignr_epi8(_mm256_permute2x128_si256(bytes, bytes, 0x81), bytes, 1));
 }
 #else
-inline std::uint32_t high_bits(letter_block letters) { return bits_of(reinterpret_cast<byte_block>(letters)); }
+inline std::uint32_t high_bits(letter_block letters) { return bits_of(letters); }
 inline bool has_bits(letter_block letters) { // of masks
     return high_bits(letters) != 0;
 }
-inline letter_block letters_before(letter_block letters) {
-    return reinterpret_cast<letter_block>(moved_back<1>(reinterpret_cast<byte_block>(letters)));
-}
-inline letter_block letters_behind(letter_block letters) {
-    return reinterpret_cast<letter_block>(moved_to_front<1>(reinterpret_cast<byte_block>(letters)));
-}
+inline letter_block letters_before(letter_block letters) { return moved_back<1>(letters); }
+inline letter_block letters_behind(letter_block letters) { return moved_to_front<1>(letters); }
 #endif
 
 // What is added to each byte, and where that is not known.
@@ -78,7 +80,7 @@ template <ascii_case change> letter_block change_cyrillic(letter_block bytes, le
         const letter_block near = is(before, 0xD0) & from(bytes, 0xB0);
         const letter_block crossing = is(before, 0xD1) & below(bytes, 0xA0);
         const letter_block crossed = (below(bytes, 0x90) & 0x30) - 0x10;
-        return (near & -0x20) + (crossing & crossed) + letters_behind(crossing);
+        return (near & every_letter(-0x20)) + (crossing & crossed) + letters_behind(crossing);
     } else {
         const letter_block of_capitals = is(before, 0xD0) & below(bytes, 0xB0);
         const letter_block near = within(bytes, 0x90, 0x9F);
