@@ -11,6 +11,7 @@
 #include <array>
 #include <cstring>
 #include <initializer_list>
+#include <string_view>
 
 namespace zqengine {
 namespace {
@@ -104,38 +105,6 @@ bool shares_first_byte(const UCollator* root, UChar character, const character_w
     return end_of_primaries - key.bytes != 2 * weights.primary_length;
 }
 
-bool fill(weight_table& table) {
-    UErrorCode status = U_ZERO_ERROR;
-    UCollator* const root = ucol_open("", &status);
-    if (U_FAILURE(status)) {
-        return false;
-    }
-    enum class shared : std::uint8_t { unknown, no, yes };
-    std::array<shared, 256> by_first_byte{};
-    for (const code_point_range& range : learnt_ranges) {
-        for (std::uint32_t code_point = range.first; code_point <= range.last; ++code_point) {
-            const auto character = static_cast<UChar>(code_point);
-            character_weights& weights = table[code_point];
-            if (code_point == middle_dot || !read_key(key_of_units(root, &character, 1), weights)) {
-                continue;
-            }
-            shared& is_shared = by_first_byte[weights.primary & 0xFF];
-            if (is_shared == shared::unknown) {
-                is_shared = shares_first_byte(root, character, weights) ? shared::yes : shared::no;
-            }
-            weights.shares_first = is_shared == shared::yes ? 1 : 0;
-        }
-    }
-    ucol_close(root);
-    return true;
-}
-
-const weight_table& table_of_root() {
-    static constinit weight_table table{};
-    [[maybe_unused]] static const bool filled = fill(table);
-    return table;
-}
-
 // The weights of a level that are written, in room for all, and how many common ones follow.
 struct level_weights {
     std::uint8_t* next;
@@ -207,28 +176,8 @@ void append_level(key_writer& written, const std::uint8_t* begin, const std::uin
     append_bytes(written, begin, end);
 }
 
-} // namespace
-
-root_levels levels_of(const UCollator* collator) {
-    UErrorCode status = U_ZERO_ERROR;
-    const char* const locale = ucol_getLocaleByType(collator, ULOC_ACTUAL_LOCALE, &status);
-    const bool is_root = locale != nullptr && (*locale == '\0' || std::strcmp(locale, "root") == 0);
-    constexpr UColAttribute switches[] = {UCOL_FRENCH_COLLATION, UCOL_CASE_FIRST, UCOL_CASE_LEVEL, UCOL_NUMERIC_COLLATION};
-    const bool are_off =
-        std::ranges::all_of(switches, [&](UColAttribute attribute) { return ucol_getAttribute(collator, attribute, &status) == UCOL_OFF; });
-    const bool are_all_weighed = ucol_getAttribute(collator, UCOL_ALTERNATE_HANDLING, &status) == UCOL_NON_IGNORABLE;
-    const UColAttributeValue strength = ucol_getAttribute(collator, UCOL_STRENGTH, &status);
-    const std::int32_t reordered = ucol_getReorderCodes(collator, nullptr, 0, &status);
-    const bool is_known = strength == UCOL_PRIMARY || strength == UCOL_SECONDARY || strength == UCOL_TERTIARY;
-    return {U_SUCCESS(status) && is_root && are_off && are_all_weighed && reordered == 0 && is_known,
-            strength == UCOL_PRIMARY     ? sort_strength::letters
-            : strength == UCOL_SECONDARY ? sort_strength::letters_and_accents
-                                         : sort_strength::letters_accents_and_case};
-}
-
-std::int32_t root_key(const std::uint32_t* code_points, std::uint32_t count, sort_strength strength, std::uint8_t* key,
-                      std::uint32_t room) {
-    const weight_table& table = table_of_root();
+std::int32_t key_by(const weight_table& table, const std::uint32_t* code_points, std::uint32_t count, sort_strength strength,
+                    std::uint8_t* key, std::uint32_t room) {
     // A primary weight has at most four bytes and one before them, and is written as a word. On the other levels a character has at most
     // two weights, a run of common ones before each.
     constexpr std::uint32_t longest_primary = 5;
@@ -271,6 +220,90 @@ std::int32_t root_key(const std::uint32_t* code_points, std::uint32_t count, sor
         append_level(written, tertiary_bytes, tertiaries.next);
     }
     return static_cast<std::int32_t>(written.length);
+}
+
+void learn(const UCollator* root, weight_table& table) {
+    enum class shared : std::uint8_t { unknown, no, yes };
+    std::array<shared, 256> by_first_byte{};
+    for (const code_point_range& range : learnt_ranges) {
+        for (std::uint32_t code_point = range.first; code_point <= range.last; ++code_point) {
+            const auto character = static_cast<UChar>(code_point);
+            character_weights& weights = table[code_point];
+            if (code_point == middle_dot || !read_key(key_of_units(root, &character, 1), weights)) {
+                continue;
+            }
+            shared& is_shared = by_first_byte[weights.primary & 0xFF];
+            if (is_shared == shared::unknown) {
+                is_shared = shares_first_byte(root, character, weights) ? shared::yes : shared::no;
+            }
+            weights.shares_first = is_shared == shared::yes ? 1 : 0;
+        }
+    }
+}
+
+// Whether keys are put together as this ICU does: scripts, marks, cases, and runs of common weights of several lengths.
+bool are_keys_of(const UCollator* root, const weight_table& table) {
+    constexpr std::u16string_view samples[] = {
+        u"a", u"Zürich, 12 Äpfel & ΈΒγ Жж 一丁",
+        u"ÀbcdefghijklmnopqrstuvwxyzÉabcdefghijklmnopqrstuvwxyzabcdefghijklmnopqrstuvwxyzabcdefghijk",
+        u"abcdefghijklmnopqrstuvwxyzabcdefghijklmnopqrstuvwxyzabcdefghijklmnopqrstuvwxyzabcdefghijklmnopqrst"};
+    return std::ranges::all_of(samples, [&](std::u16string_view sample) {
+        std::array<std::uint32_t, longest_root_text> code_points{};
+        std::copy(sample.begin(), sample.end(), code_points.begin());
+        std::array<std::uint8_t, 1024> expected{};
+        std::array<std::uint8_t, 1024> key{};
+        const std::int32_t size =
+            ucol_getSortKey(root, sample.data(), static_cast<std::int32_t>(sample.size()), expected.data(), expected.size());
+        const std::int32_t length = key_by(table, code_points.data(), static_cast<std::uint32_t>(sample.size()),
+                                           sort_strength::letters_accents_and_case, key.data(), key.size());
+        return length == size - 1 && std::equal(key.begin(), key.begin() + length, expected.begin());
+    });
+}
+
+// Where ICU is one that writes keys in another way, nothing is known.
+bool fill(weight_table& table) {
+    UErrorCode status = U_ZERO_ERROR;
+    UCollator* const root = ucol_open("", &status);
+    if (U_FAILURE(status)) {
+        return false;
+    }
+    learn(root, table);
+    const bool are_known = are_keys_of(root, table);
+    if (!are_known) {
+        table.fill({});
+    }
+    ucol_close(root);
+    return are_known;
+}
+
+const weight_table& table_of_root() {
+    static constinit weight_table table{};
+    [[maybe_unused]] static const bool filled = fill(table);
+    return table;
+}
+
+} // namespace
+
+root_levels levels_of(const UCollator* collator) {
+    UErrorCode status = U_ZERO_ERROR;
+    const char* const locale = ucol_getLocaleByType(collator, ULOC_ACTUAL_LOCALE, &status);
+    const bool is_root = locale != nullptr && (*locale == '\0' || std::strcmp(locale, "root") == 0);
+    constexpr UColAttribute switches[] = {UCOL_FRENCH_COLLATION, UCOL_CASE_FIRST, UCOL_CASE_LEVEL, UCOL_NUMERIC_COLLATION};
+    const bool are_off =
+        std::ranges::all_of(switches, [&](UColAttribute attribute) { return ucol_getAttribute(collator, attribute, &status) == UCOL_OFF; });
+    const bool are_all_weighed = ucol_getAttribute(collator, UCOL_ALTERNATE_HANDLING, &status) == UCOL_NON_IGNORABLE;
+    const UColAttributeValue strength = ucol_getAttribute(collator, UCOL_STRENGTH, &status);
+    const std::int32_t reordered = ucol_getReorderCodes(collator, nullptr, 0, &status);
+    const bool is_known = strength == UCOL_PRIMARY || strength == UCOL_SECONDARY || strength == UCOL_TERTIARY;
+    return {U_SUCCESS(status) && is_root && are_off && are_all_weighed && reordered == 0 && is_known,
+            strength == UCOL_PRIMARY     ? sort_strength::letters
+            : strength == UCOL_SECONDARY ? sort_strength::letters_and_accents
+                                         : sort_strength::letters_accents_and_case};
+}
+
+std::int32_t root_key(const std::uint32_t* code_points, std::uint32_t count, sort_strength strength, std::uint8_t* key,
+                      std::uint32_t room) {
+    return key_by(table_of_root(), code_points, count, strength, key, room);
 }
 
 } // namespace zqengine
