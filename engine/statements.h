@@ -50,13 +50,14 @@ typedef struct bifun_engine_statements {
     int32_t pads_as_described;
 
     /* Where the charset_code of bifun_settings is ZQ_CHARSET_UTF8, the operations of engine/charset.h tell the characters of well-formed
-     * UTF-8 as Unicode does, and bytes below 0x80 are a character each, whatever stands before them. The library does not call them for
-     * short texts that are well-formed. */
+     * UTF-8 as Unicode does, and bytes below 0x80 are a character each, whatever stands before them; and those of engine/letter_case.h map
+     * them as Unicode does. The library does not call them for short texts that are well-formed, nor for the letters of well-known
+     * alphabets. */
     int32_t utf8_is_unicode;
 
     /* The operations that write numbers as text do what engine/decimal.h and engine/number_format.h say, whatever the buffer holds:
-     * `length` gets the length of the text, and a NUL stands behind it. The library does not clear the buffer, and it writes short packed
-     * decimals itself. */
+     * `length` gets the length of the text, and a NUL stands behind it. The library does not clear the buffer, and it writes packed
+     * decimals of up to 38 digits itself. */
     int32_t number_texts_as_described;
 
     /* The bytes of string arguments of a call, columns and constants, stay where and as they are until nobody reads the results of the call

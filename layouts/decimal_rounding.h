@@ -61,12 +61,6 @@ template <class Word, std::size_t size> constexpr std::array<reciprocal<Word>, s
     return reciprocals;
 }
 
-// The powers of ten that a coefficient below 2^63, or any, can be half of: from the next on it rounds to 0.
-constexpr std::int32_t max_short_cut = 19;
-constexpr std::int32_t max_long_cut = max_coefficient_digits;
-[[gnu::visibility("hidden")]] inline constexpr auto short_reciprocals = make_reciprocals_of_half_powers<std::uint64_t, max_short_cut + 1>();
-[[gnu::visibility("hidden")]] inline constexpr auto long_reciprocals = make_reciprocals_of_half_powers<uint128, max_long_cut + 1>();
-
 inline std::uint64_t low_half(uint128 number) { return static_cast<std::uint64_t>(number); }
 inline std::uint64_t high_half(uint128 number) { return static_cast<std::uint64_t>(number >> 64); }
 
@@ -82,16 +76,35 @@ inline wide_number multiply_wide(uint128 a, uint128 b) {
     return {.high = uint128{high_half(a)} * high_half(b) + high_half(cross_a) + high_half(cross_b), .low = cross_b << 64 | low_half(low)};
 }
 
-// 2 x coefficient / 10^cut, rounded down: the quotient, and whether half a unit or more is cut off. `cut` is 1 to max_short_cut or
-// max_long_cut, the coefficient below 2^63 or 2^127.
-inline std::uint64_t halves_after_cut(std::uint64_t coefficient, std::uint32_t cut) {
-    const reciprocal<std::uint64_t>& by = short_reciprocals[cut];
+// 2 x coefficient / 10^cut, rounded down: the quotient, and whether half a unit or more is cut off. `by` divides by the half of 10^cut,
+// the coefficient is below 2^63 or 2^127.
+inline std::uint64_t halves_after_cut(std::uint64_t coefficient, const reciprocal<std::uint64_t>& by) {
     return high_half(uint128{coefficient} * by.multiplier) >> by.shift;
 }
 
-inline uint128 halves_after_cut(uint128 coefficient, std::uint32_t cut) {
-    const reciprocal<uint128>& by = long_reciprocals[cut];
-    return multiply_wide(coefficient, by.multiplier).high >> by.shift;
+inline uint128 halves_after_cut(uint128 coefficient, const reciprocal<uint128>& by) {
+    // Processors are slow at the instruction that shifts two words as one.
+    const uint128 product = multiply_wide(coefficient, by.multiplier).high;
+    if (by.shift >= 64) {
+        return high_half(product) >> (by.shift - 64);
+    }
+    const std::uint64_t low = low_half(product) >> by.shift | high_half(product) << 1 << (63 - by.shift);
+    return uint128{high_half(product) >> by.shift} << 64 | low;
+}
+
+// The powers of ten that a coefficient below 2^63, or any, can be half of: from the next on it rounds to 0.
+constexpr std::int32_t max_short_cut = 19;
+constexpr std::int32_t max_long_cut = max_coefficient_digits;
+[[gnu::visibility("hidden")]] inline constexpr auto short_reciprocals = make_reciprocals_of_half_powers<std::uint64_t, max_short_cut + 1>();
+[[gnu::visibility("hidden")]] inline constexpr auto long_reciprocals = make_reciprocals_of_half_powers<uint128, max_long_cut + 1>();
+
+// That of a word, for a cut of 1 to the greatest.
+template <class Word> inline const reciprocal<Word>& reciprocal_of_half(std::uint32_t cut) {
+    if constexpr (sizeof(Word) == sizeof(std::uint64_t)) {
+        return short_reciprocals[cut];
+    } else {
+        return long_reciprocals[cut];
+    }
 }
 
 // The last two cut toward zero, and then add one unit to positive values, or take one from negative values, whatever was cut off.
@@ -132,7 +145,7 @@ template <rounding mode, class Word> inline bool set_digits(const xdec& value, s
         }
         return false;
     }
-    const Word halves = halves_after_cut(magnitude, cut);
+    const Word halves = halves_after_cut(magnitude, reciprocal_of_half<Word>(cut));
     const Word rounded = mode == rounding::half_away_from_zero ? (halves + 1) >> 1 : (halves >> 1) + unit_added<mode>(value.bytes[0]);
     // One digit more where rounding up makes a power of ten. Of a value without a whole unit, 0 or 1 is left: one digit.
     const auto kept = static_cast<std::uint32_t>(std::max<std::int64_t>(std::int64_t{value.bytes[precision_at]} - cut, 1));
@@ -180,52 +193,6 @@ inline bool step_up(const xdec& value, xdec* result) {
 inline bool step_down(const xdec& value, xdec* result) {
     return set_digits<rounding::then_one_down, std::uint64_t>(value, 0, result) ||
            set_digits<rounding::then_one_down, uint128>(value, 0, result);
-}
-
-// What the operations of `mode` above do, to `count` values side by side of which those with a flag other than 0 count: in one pass for
-// values that have the scale of the first one and a coefficient below 2^63, where up to 19 digits are cut off. Otherwise false, and the
-// results are garbage; those of the other values always are.
-template <rounding mode>
-bool set_digits_of_all(const xdec* __restrict values, const std::uint8_t* flags, std::int32_t digits, xdec* __restrict results,
-                       std::uint32_t count) {
-    std::uint32_t first = 0;
-    while (first < count && flags[first] == 0) {
-        ++first;
-    }
-    if (first == count) {
-        return true;
-    }
-    const std::uint32_t scale = values[first].bytes[scale_at];
-    const std::uint32_t cut = scale - static_cast<std::uint32_t>(digits);
-    if (digits < 0 || cut - 1 >= max_short_cut) {
-        return false;
-    }
-    const reciprocal<std::uint64_t> by = short_reciprocals[cut];
-    const std::uint64_t scale_and_exponent = pack_head(0, 0, scale, 0);
-    const std::uint64_t digits_of_result = pack_head(0, 0, static_cast<std::uint32_t>(digits), 0);
-    for (std::uint32_t k = first; k < count; ++k) {
-        std::uint64_t head;
-        std::uint64_t magnitude;
-        std::uint64_t high;
-        std::memcpy(&head, values[k].bytes, sizeof head);
-        std::memcpy(&magnitude, values[k].bytes + coefficient_at, sizeof magnitude);
-        std::memcpy(&high, values[k].bytes + coefficient_at + sizeof magnitude, sizeof high);
-        const std::uint64_t differs = ((head ^ scale_and_exponent) & 0xFFFF0000) | high | magnitude >> 63;
-        if ((differs & (std::uint64_t{0} - flags[k])) != 0) {
-            return false; // at once: where there is one there are many, and all rows are to be done again
-        }
-        const std::uint64_t halves = high_half(uint128{magnitude} * by.multiplier) >> by.shift;
-        const auto mark = static_cast<std::uint8_t>(head);
-        const std::uint64_t rounded = mode == rounding::half_away_from_zero ? (halves + 1) >> 1 : (halves >> 1) + unit_added<mode>(mark);
-        // As in set_digits(). What is no precision stays within the table.
-        const auto precision = static_cast<std::int32_t>(head >> 8 & 0xFF);
-        const auto kept = static_cast<std::uint32_t>(std::max(precision - static_cast<std::int32_t>(cut), 1)) & 31;
-        const bool one_more = mode != rounding::toward_zero && rounded >= static_cast<std::uint64_t>(powers_of_ten[kept]);
-        const std::uint32_t unless_zero = std::uint32_t{0} - (rounded != 0 ? 1 : 0);
-        const std::uint32_t mark_change = (std::uint32_t{mark} ^ XDEC_ZERO) & unless_zero;
-        store_parts(results[k], digits_of_result | (mark_change ^ XDEC_ZERO) | std::uint64_t{kept + (one_more ? 1 : 0)} << 8, rounded);
-    }
-    return true;
 }
 
 } // namespace bifun::decimal_layout

@@ -37,8 +37,9 @@ inline sixteen_characters sixteen_digits(std::uint32_t first, std::uint32_t last
     const __m128i hundreds = _mm_srli_epi32(_mm_madd_epi16(fours, _mm_set1_epi32(10486)), 20);
     const __m128i twos = _mm_or_si128(hundreds, _mm_slli_epi32(_mm_sub_epi32(fours, _mm_madd_epi16(hundreds, _mm_set1_epi32(100))), 16));
     const __m128i tens = _mm_mulhi_epu16(twos, _mm_set1_epi16(6554));
-    const __m128i ones = _mm_sub_epi16(twos, _mm_mullo_epi16(tens, _mm_set1_epi16(10)));
-    const __m128i digits = _mm_or_si128(_mm_or_si128(tens, _mm_slli_epi16(ones, 8)), _mm_set1_epi8('0'));
+    // tens | (twos - 10 tens) << 8
+    const __m128i digits_of_twos = _mm_sub_epi16(_mm_slli_epi16(twos, 8), _mm_mullo_epi16(tens, _mm_set1_epi16(10 * 256 - 1)));
+    const __m128i digits = _mm_or_si128(digits_of_twos, _mm_set1_epi8('0'));
     return {static_cast<std::uint64_t>(_mm_cvtsi128_si64(digits)),
             static_cast<std::uint64_t>(_mm_cvtsi128_si64(_mm_unpackhi_epi64(digits, digits)))};
 #else

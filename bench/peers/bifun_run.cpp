@@ -119,7 +119,8 @@ bool is_later(const zqtime& a, const zqtime& b) {
     return first.civil != second.civil ? first.civil > second.civil : first.fraction_and_zone > second.fraction_and_zone;
 }
 
-FOR_EVERY_MACHINE [[gnu::flatten]] void add_column(aggregates& total, value_type type, const bifun_column& column, std::uint32_t row_count) {
+FOR_EVERY_MACHINE [[gnu::flatten]] void add_column(aggregates& total, value_type type, const bifun_column& column,
+                                                   std::uint32_t row_count) {
     switch (type) {
     case value_type::BOOL:
     case value_type::INT:

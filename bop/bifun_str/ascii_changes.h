@@ -3,6 +3,7 @@
 #ifndef BIFUN_STR_ASCII_CHANGES_H
 #define BIFUN_STR_ASCII_CHANGES_H
 
+#include "bop/bifun_str/block_pairs.h"
 #include "bop/frame/byte_operations.h"
 
 namespace bifun {
@@ -10,9 +11,8 @@ namespace bifun {
 // The letter with which the case begins that is to be changed.
 enum class ascii_case : std::uint8_t { to_upper = 'a', to_lower = 'A' };
 
-// Returns all bits that any byte has: from 0x80 on there is one that is not ASCII, and what is written has no meaning.
-template <ascii_case change>
-std::uint8_t change_ascii_case(std::uint8_t* __restrict to, const std::uint8_t* __restrict from, std::size_t length) {
+// Returns whether all bytes are ASCII; what is written has no meaning else.
+template <ascii_case change> bool change_ascii_case(std::uint8_t* __restrict to, const std::uint8_t* __restrict from, std::size_t length) {
     constexpr auto first = static_cast<std::uint8_t>(change);
     std::uint8_t seen = 0;
     for (std::size_t i = 0; i < length; ++i) {
@@ -21,7 +21,7 @@ std::uint8_t change_ascii_case(std::uint8_t* __restrict to, const std::uint8_t* 
         seen |= byte;
         to[i] = byte ^ other_case;
     }
-    return seen;
+    return seen < 0x80;
 }
 
 template <ascii_case change> void append_in_case(text_writer& text, const std::uint8_t* bytes, std::uint32_t length) {
@@ -51,19 +51,24 @@ inline byte_block with_initials(byte_block bytes, byte_block& word_before) {
 inline void append_with_initials(text_writer& text, const std::uint8_t* bytes, std::uint32_t length) {
     byte_block word_before{};
     std::uint32_t done = 0;
+    if (text.may_overrun) [[likely]] {
+        for (; done < length; done += block_pair_length) {
+            const block_pair pair = load_block_pair(bytes + done, length - done);
+            const byte_block first = with_initials(pair.first, word_before);
+            store_block_pair(text.at + done, {first, with_initials(pair.last, word_before)});
+        }
+        text.at += length;
+        return;
+    }
     for (; length - done >= block_length; done += block_length) {
         store_block(text.at + done, with_initials(load_block(bytes + done), word_before));
     }
     if (done < length) {
         const std::uint32_t rest = length - done;
         const byte_block last = with_initials(load_part_of_block(bytes + done, rest), word_before);
-        if (text.may_overrun) [[likely]] {
-            store_block(text.at + done, last);
-        } else {
-            std::uint8_t whole[block_length];
-            store_block(whole, last);
-            std::memcpy(text.at + done, whole, rest);
-        }
+        std::uint8_t whole[block_length];
+        store_block(whole, last);
+        std::memcpy(text.at + done, whole, rest);
     }
     text.at += length;
 }

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// Functions that change texts without changing their lengths: all texts of a block at once, where these are ASCII and lie one behind the
-// other.
+// Functions that change texts without changing their lengths: all texts of a block at once, where these are ASCII or well-formed UTF-8 and
+// lie one behind the other.
 #ifndef BIFUN_STR_BLOCK_CHANGES_H
 #define BIFUN_STR_BLOCK_CHANGES_H
 
@@ -8,8 +8,8 @@
 
 namespace bifun {
 
-// As `change_ascii_case` is: writes the changed bytes and returns all bits that any has.
-using ascii_change = std::uint8_t (*)(std::uint8_t* to, const std::uint8_t* from, std::size_t length);
+// Writes the changed bytes, as many as there are. Returns false where they are not such that it can; what is written has no meaning then.
+using text_change = bool (*)(std::uint8_t* to, const std::uint8_t* from, std::size_t length);
 
 // The rows refer to `to` as those of the column refer to `from`. Records are moved as wholes: their last word is the pointer.
 inline void refer_to_changed(const batch& batch, const bifun_column& column, std::uint32_t first, std::uint32_t count,
@@ -35,16 +35,33 @@ inline void refer_to_changed(const batch& batch, const bifun_column& column, std
     }
 }
 
+// Whether one of the changes could write the texts of a block: that of ASCII, or that of well-formed UTF-8.
+template <text_change of_ascii, text_change of_utf8>
+bool change_bytes(std::uint8_t* to, const bytes_of_texts& bytes, const bifun_column& column, std::uint32_t first, std::uint32_t count,
+                  const text_operations& texts) {
+    const auto length = static_cast<std::size_t>(bytes.end - bytes.begin);
+    const bool may_be_ascii = texts.known != known_texts::utf8 || !shows_other_than_ascii(column, first, count);
+    if (may_be_ascii && of_ascii(to, bytes.begin, length)) {
+        return true;
+    }
+    const known_texts known = texts.known == known_texts::utf8
+                                  ? texts.known
+                                  : look_at_texts(bytes, column, first, count, texts.utf8_is_unicode, known_texts::nothing);
+    return known == known_texts::utf8 && of_utf8(to, bytes.begin, length);
+}
+
 // Returns whether the rows of the block are done.
-template <ascii_change change>
-[[gnu::noinline]] bool change_ascii_block(const batch& batch, const bifun_column& column, std::uint32_t first, std::uint32_t count) {
+template <text_change of_ascii, text_change of_utf8>
+[[gnu::noinline]] bool change_block(const batch& batch, const bifun_column& column, std::uint32_t first, std::uint32_t count,
+                                    const text_operations& texts) {
     const bytes_of_texts bytes = find_bytes_of_texts(column, first, count);
     if (bytes.begin == nullptr) {
         return false;
     }
     bdta3_free_bytes& free = free_bytes::of_column(*batch.result->data);
     const auto length = static_cast<std::size_t>(bytes.end - bytes.begin);
-    if (static_cast<std::size_t>(free.end - free.top) < length || change(free.top, bytes.begin, length) >= 0x80) {
+    if (static_cast<std::size_t>(free.end - free.top) < length ||
+        !change_bytes<of_ascii, of_utf8>(free.top, bytes, column, first, count, texts)) {
         return false;
     }
     refer_to_changed(batch, column, first, count, bytes.begin, free.top);
@@ -52,18 +69,18 @@ template <ascii_change change>
     return true;
 }
 
-// string_rows<kernel>(batch, fixed(text_operations_of_engine()), text, arguments...) with `change` for the blocks that allow it.
-template <ascii_change change, auto kernel, class... Arguments>
+// string_rows<kernel>(batch, fixed(texts_as_told(column)), text, arguments...) with the changes for the blocks that allow one.
+template <text_change of_ascii, text_change of_utf8, auto kernel, class... Arguments>
 status changed_text_rows(batch_of<VARCHAR> batch, column_of<VARCHAR> text, const Arguments&... arguments) {
     using texts = column_argument<bifun_string>;
     check_types<kernel, string_room, fixed_argument<text_operations>, texts, Arguments...>();
-    const text_operations operations = text_operations_of_engine();
+    const text_operations operations = texts_as_told(*text.column);
     const bool may_change_blocks = operations.ascii_is_single_byte && free_bytes_are_open();
     const texts rows_of_text = argument(text);
     const bool no_nulls = has_no_nulls(rows_of_text);
     batch.result->no_nulls = no_null_flag<kernel>(fixed(operations), rows_of_text, arguments...);
     const auto block = [&](std::uint32_t first, std::uint32_t count, const auto&... rows) {
-        if (may_change_blocks && change_ascii_block<change>(batch, *text.column, first, count)) {
+        if (may_change_blocks && change_block<of_ascii, of_utf8>(batch, *text.column, first, count, operations)) {
             return status{BIFUN_OK};
         }
         return evaluate_block<kernel, no_checks, built_strings<string_room>>(batch, first, count, no_nulls, rows...);

@@ -40,7 +40,7 @@ status step_character(const text_operations& texts, const bifun_string& value, s
     }
     std::uint8_t* const bytes = text.at;
     append(text, value.data, value.length);
-    append(text, blank, written_blanks);
+    append_blanks(text, written_blanks);
     return zq_mb_char_step(bytes + place.offset, place.length, step);
 }
 

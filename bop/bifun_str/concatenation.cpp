@@ -23,7 +23,7 @@ status concatenation(const bifun_string& a, const bifun_string& b, string_room& 
     const status made = make_room(room, length, static_cast<std::uint32_t>(blanks), text);
     if (made == BIFUN_OK) {
         append(text, a.data, a.length);
-        append(text, blank, a.trailing_blanks);
+        append_blanks(text, a.trailing_blanks);
         append(text, b.data, b.length);
     }
     return made;
@@ -93,6 +93,14 @@ status repeat(const bifun_string& value, std::int32_t count, string_room& room) 
     const status made = make_room(room, length, blanks, text);
     if (made != BIFUN_OK || length == 0) {
         return made;
+    }
+    if (value.trailing_blanks == 0 && value.length <= block_length && text.may_overrun) {
+        const byte_block unit = load_part_of_block(value.data, value.length);
+        for (std::int32_t i = 0; i < count; ++i) {
+            store_block(text.at, unit);
+            text.at += value.length;
+        }
+        return BIFUN_OK;
     }
     if (value.trailing_blanks == 0) {
         append_copies(text, value.data, value.length, length);

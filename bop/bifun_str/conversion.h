@@ -3,6 +3,7 @@
 #ifndef BIFUN_STR_CONVERSION_H
 #define BIFUN_STR_CONVERSION_H
 
+#include "bop/bifun_str/block_pairs.h"
 #include "bop/bifun_str/text.h"
 
 namespace bifun {
@@ -26,12 +27,7 @@ inline std::uint8_t hexadecimal_digit(std::uint32_t value, std::uint8_t ten) {
 }
 
 // Of 16 bytes, 32 digits.
-struct digit_blocks {
-    byte_block first;
-    byte_block last;
-};
-
-inline digit_blocks hexadecimal_digits(byte_block bytes, std::uint8_t ten) {
+inline block_pair hexadecimal_digits(byte_block bytes, std::uint8_t ten) {
     const auto digits = [ten](byte_block values) {
         return values + '0' + (where_at_least(values, repeated(10)) & static_cast<std::uint8_t>(ten - '0' - 10));
     };
@@ -41,30 +37,32 @@ inline digit_blocks hexadecimal_digits(byte_block bytes, std::uint8_t ten) {
             __builtin_shufflevector(high, low, 8, 24, 9, 25, 10, 26, 11, 27, 12, 28, 13, 29, 14, 30, 15, 31)};
 }
 
-inline void store_digits(std::uint8_t* to, const digit_blocks& digits) {
-    store_block(to, digits.first);
-    store_block(to + block_length, digits.last);
-}
-
 // Two digits for every byte.
 inline void append_hexadecimal(text_writer& text, const std::uint8_t* bytes, std::uint32_t length, std::uint8_t ten) {
     constexpr std::uint32_t digits_of_block = 2 * block_length;
+    if (text.may_overrun) [[likely]] {
+        // The digits of a pair fit into the room behind the text.
+        for (std::uint32_t done = 0; done < length; done += block_pair_length) {
+            const block_pair pair = load_block_pair(bytes + done, length - done);
+            std::uint8_t* const to = text.at + std::size_t{2} * done;
+            store_block_pair(to, hexadecimal_digits(pair.first, ten));
+            store_block_pair(to + digits_of_block, hexadecimal_digits(pair.last, ten));
+        }
+        text.at += std::size_t{2} * length;
+        return;
+    }
     for (; length >= block_length; length -= block_length) {
-        store_digits(text.at, hexadecimal_digits(load_block(bytes), ten));
+        store_block_pair(text.at, hexadecimal_digits(load_block(bytes), ten));
         text.at += digits_of_block;
         bytes += block_length;
     }
     if (length == 0) {
         return;
     }
-    const digit_blocks last = hexadecimal_digits(load_part_of_block(bytes, length), ten);
-    if (text.may_overrun) [[likely]] {
-        store_digits(text.at, last);
-    } else {
-        std::uint8_t whole[digits_of_block];
-        store_digits(whole, last);
-        std::memcpy(text.at, whole, std::size_t{2} * length);
-    }
+    const block_pair last = hexadecimal_digits(load_part_of_block(bytes, length), ten);
+    std::uint8_t whole[digits_of_block];
+    store_block_pair(whole, last);
+    std::memcpy(text.at, whole, std::size_t{2} * length);
     text.at += std::size_t{2} * length;
 }
 

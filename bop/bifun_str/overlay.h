@@ -53,7 +53,7 @@ inline std::uint64_t length_of_overlay(const bifun_string& source, const bifun_s
 
 inline void append_overlay(text_writer& text, const bifun_string& source, const bifun_string& replacement, const overlay_parts& parts) {
     append(text, source.data, parts.bytes_before);
-    append(text, blank, parts.blanks_before);
+    append_blanks(text, parts.blanks_before);
     append_full_text(text, replacement);
     append(text, source.data + parts.bytes_behind_from, source.length - parts.bytes_behind_from);
 }

@@ -14,6 +14,9 @@ enum class side : std::uint8_t { left, right };
 
 // How many of the first `length` characters of the pad's copies are blanks at their end.
 std::uint32_t blanks_at_end(const bifun_string& pad, std::uint32_t length) {
+    if (pad.length == 1) {
+        return *pad.data == blank ? length : 0;
+    }
     const std::uint32_t cut = length % pad.length;
     std::uint32_t blanks = trailing(blank, pad.data, cut);
     if (blanks == cut && length > cut) {
@@ -78,7 +81,7 @@ status pad_single_bytes(const text_operations& texts, const bifun_string& value,
     }
     append(text, value.data, value.length);
     if (at == side::right) {
-        append(text, blank, parts.written_blanks);
+        append_blanks(text, parts.written_blanks);
         append_pad(text, pad, parts.pad);
     }
     return BIFUN_OK;

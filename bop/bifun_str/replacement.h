@@ -75,14 +75,67 @@ inline std::uint64_t places_of(const text_operations& texts, const needle& sough
     return places;
 }
 
+// Of places from the left on those that do not overlap.
+inline std::uint64_t without_overlaps(std::uint64_t places, std::uint32_t length) {
+    if (length == 1) {
+        return places;
+    }
+    std::uint64_t kept = 0;
+    while (places != 0) {
+        const int first = std::countr_zero(places);
+        kept |= std::uint64_t{1} << first;
+        places &= ~(first_bits(length) << first);
+    }
+    return kept;
+}
+
+// A piece of a text that mostly is shorter than a block.
+inline void append_piece(text_writer& text, const std::uint8_t* bytes, std::uint32_t length) {
+    if (text.may_overrun && length <= block_length) [[likely]] {
+        store_block(text.at, load_part_of_block(bytes, length));
+        text.at += length;
+    } else {
+        append(text, bytes, length);
+    }
+}
+
+// What `append_replacement` appends in place of `length` bytes at each of the places.
+template <class Append>
+void append_replaced(text_writer& text, const bifun_string& source, std::uint64_t places, std::uint32_t length,
+                     const Append& append_replacement) {
+    std::uint32_t done = 0;
+    for (; places != 0; places &= places - 1) {
+        const auto place = static_cast<std::uint32_t>(std::countr_zero(places));
+        append_piece(text, source.data + done, place - done);
+        append_replacement();
+        done = place + length;
+    }
+    append(text, source.data + done, source.length - done);
+}
+
 inline status replace_in_short_text(const text_operations& texts, const bifun_string& source, const needle& sought,
                                     const bifun_string& replacement, string_room& room) {
-    const std::uint64_t places = places_of(texts, sought, source);
-    const auto next = [places](std::uint32_t from) {
-        const std::uint64_t left = places & ~first_bits(from);
-        return left == 0 ? no_offset : static_cast<std::uint32_t>(std::countr_zero(left));
-    };
-    return replace_occurrences(source, sought.length, replacement, next, room);
+    const std::uint64_t places = without_overlaps(places_of(texts, sought, source), sought.length);
+    if (places == 0) {
+        return take_text(room, source);
+    }
+    const auto occurrences = static_cast<std::uint64_t>(std::popcount(places));
+    text_writer text;
+    const status made =
+        make_room(room, source.length - occurrences * sought.length + occurrences * full_length(replacement), source.trailing_blanks, text);
+    if (made != BIFUN_OK || text.at == nullptr) {
+        return made;
+    }
+    if (text.may_overrun && replacement.length <= block_length && replacement.trailing_blanks == 0) [[likely]] {
+        const byte_block block = load_part_of_block(replacement.data, replacement.length);
+        append_replaced(text, source, places, sought.length, [&] {
+            store_block(text.at, block);
+            text.at += replacement.length;
+        });
+    } else {
+        append_replaced(text, source, places, sought.length, [&] { append_full_text(text, replacement); });
+    }
+    return BIFUN_OK;
 }
 
 // Whether a character begins at `place`. One begins at `start`, not behind it, which then comes as near as it can: engines may look at all

@@ -56,12 +56,6 @@ void append_utf8_reversed(text_writer& text, const std::uint8_t* bytes, std::uin
     }
 }
 
-// As far as it is known without asking the engine.
-bool is_utf8(const text_operations& texts, const bifun_string& value) {
-    return texts.known == known_texts::utf8 ||
-           (texts.utf8_is_unicode && value.length <= longest_masked && characters_of(texts, value).are_known);
-}
-
 constexpr std::uint32_t mode_of_bytes = 2;
 
 status reverse(const text_operations& texts, const bifun_string& value, string_room& room) {
@@ -71,12 +65,12 @@ status reverse(const text_operations& texts, const bifun_string& value, string_r
     if (made != BIFUN_OK || !has_characters) {
         return made;
     }
-    append(text, blank, value.trailing_blanks);
+    append_blanks(text, value.trailing_blanks);
     if (has_single_bytes(texts, value)) [[likely]] {
         append_reversed(text, value.data, value.length);
         return BIFUN_OK;
     }
-    if (global_bifun_var.compatible_mode != mode_of_bytes && is_utf8(texts, value)) {
+    if (global_bifun_var.compatible_mode != mode_of_bytes && is_well_formed(texts, value)) {
         append_utf8_reversed(text, value.data, value.length);
         return BIFUN_OK;
     }

@@ -182,8 +182,9 @@ void right_of_ascii(const text_operations& /*texts*/, const bifun_string& text, 
 // All blanks of a value of which stored bytes remain are the result's.
 void substrb_of_ascii(const text_operations& texts, const bifun_string& text, std::int32_t position, std::int32_t length,
                       bifun_string& part) {
-    substr_of_ascii(texts, text, position, length, part);
-    part.trailing_blanks = part.length != 0 ? text.trailing_blanks : part.trailing_blanks;
+    bifun_string characters;
+    substr_of_ascii(texts, text, position, length, characters);
+    part = {characters.length, characters.length != 0 ? text.trailing_blanks : characters.trailing_blanks, characters.data};
 }
 void end_in_bytes_of_ascii(const text_operations& texts, const bifun_string& text, std::int32_t position, bifun_string& part) {
     substrb_of_ascii(texts, text, position, INT32_MAX, part);

@@ -128,32 +128,60 @@ status substring_index(const text_operations& texts, const bifun_string& value, 
 
 // A constant delimiter of ASCII: in well-formed UTF-8 no byte of another character is like one of its own.
 struct ascii_delimiter {
+    const bifun_column* column; // of the texts
     needle bytes;
     std::int32_t n;
     std::uint32_t searched_blanks; // a mask for trailing blanks: all bits where the delimiter may reach them
 };
 
-bool is_usual_text(const text_operations& texts, const bifun_string& value, const ascii_delimiter& delimiter,
+template <class HasValue>
+void find_in_short_texts(const ascii_delimiter& delimiter, const bifun_string* texts, std::uint32_t count, HasValue has_value,
+                         std::uint32_t* offsets) {
+    for (std::uint32_t k = 0; k < count; ++k) {
+        const bool is_searched = has_value(k) && texts[k].length <= longest_masked;
+        offsets[k] = is_searched ? find_by_masks(texts[k], delimiter.bytes, delimiter.n).offset : longest_masked;
+    }
+}
+
+// The offsets of the wanted places in the short texts of a block, as find_by_masks() gives them.
+[[gnu::noinline]] void find_in_block_of_short_texts(const void* source, std::uint32_t first, std::uint32_t count, std::uint32_t* offsets) {
+    const auto& delimiter = *static_cast<const ascii_delimiter*>(source);
+    block_of<column_argument<bifun_string>, most_rows_per_block> room;
+    const dense_rows<bifun_string> texts = room.rows({delimiter.column}, first, count);
+    if (delimiter.column->no_nulls != 0) {
+        find_in_short_texts(
+            delimiter, texts.values, count, [](std::uint32_t /*k*/) { return true; }, offsets);
+    } else {
+        find_in_short_texts(
+            delimiter, texts.values, count, [texts](std::uint32_t k) { return texts.has_value(k); }, offsets);
+    }
+}
+
+bool is_usual_text(const text_operations& texts, const bifun_string& value, std::uint32_t /*offset*/, const ascii_delimiter& delimiter,
                    const bifun_string& /*separator*/, std::int32_t /*n*/, const scratch& /*memory*/) {
     const auto is_known = static_cast<std::uint32_t>(texts.known != known_texts::nothing);
     const auto is_short = static_cast<std::uint32_t>(value.length <= longest_masked);
     return (is_known & is_short & static_cast<std::uint32_t>((value.trailing_blanks & delimiter.searched_blanks) == 0)) != 0;
 }
 
-void usual_substring_index(const text_operations& /*texts*/, const bifun_string& value, const ascii_delimiter& delimiter,
-                           const bifun_string& /*separator*/, std::int32_t /*n*/, const scratch& /*memory*/, bifun_string& result) {
-    const delimiter_place place = find_by_masks(value, delimiter.bytes, delimiter.n);
-    const std::uint32_t if_found = 0U - static_cast<std::uint32_t>(place.is_found);
+void usual_substring_index(const text_operations& /*texts*/, const bifun_string& value, std::uint32_t offset,
+                           const ascii_delimiter& delimiter, const bifun_string& /*separator*/, std::int32_t /*n*/,
+                           const scratch& /*memory*/, bifun_string& result) {
+    const std::uint32_t if_found = 0U - static_cast<std::uint32_t>(offset < longest_masked);
     if (delimiter.n > 0) {
-        result = {std::min(place.offset, value.length), value.trailing_blanks & ~if_found, value.data};
+        result = {std::min(offset, value.length), value.trailing_blanks & ~if_found, value.data};
     } else {
-        const std::uint32_t first = (place.offset + delimiter.bytes.length) & if_found;
-        result = {value.length - first, value.trailing_blanks, value.data + first};
+        const std::uint32_t first = (offset + delimiter.bytes.length) & if_found;
+        // As a number: a NULL row has garbage for an address.
+        const std::uintptr_t address = reinterpret_cast<std::uintptr_t>(value.data) + first;
+        result = {value.length - first, value.trailing_blanks,
+                  reinterpret_cast<std::uint8_t*>(address)}; // NOLINT(performance-no-int-to-ptr): see above
     }
 }
 
-status unusual_substring_index(const text_operations& texts, const bifun_string& value, const ascii_delimiter& /*delimiter*/,
-                               const bifun_string& separator, std::int32_t n, scratch& memory, string_room& room) {
+status unusual_substring_index(const text_operations& texts, const bifun_string& value, std::uint32_t /*offset*/,
+                               const ascii_delimiter& /*delimiter*/, const bifun_string& separator, std::int32_t n, scratch& memory,
+                               string_room& room) {
     return substring_index(texts, value, separator, n, memory, room);
 }
 
@@ -166,19 +194,20 @@ status substring_index_rows(batch_of<VARCHAR> batch, column_of<VARCHAR> text, co
 }
 
 status substring_index_rows(batch_of<VARCHAR> batch, column_of<VARCHAR> text, constant_of<VARCHAR> delimiter, constant_of<INT> count) {
-    const auto [separator, is_separator_present] = argument(delimiter);
-    const auto [n, is_count_present] = argument(count);
-    const bool is_usual_delimiter = is_separator_present && is_count_present && n != 0 && separator.length != 0 &&
-                                    separator.length <= longest_plain_pattern && separator.trailing_blanks == 0 &&
-                                    has_single_bytes(text_operations_of_engine(), separator);
+    const auto separator = argument(delimiter);
+    const auto n = argument(count);
+    const bool is_usual_delimiter = separator.present && n.present && n.value != 0 && separator.value.length != 0 &&
+                                    separator.value.length <= longest_plain_pattern && separator.value.trailing_blanks == 0 &&
+                                    has_single_bytes(text_operations_of_engine(), separator.value);
     return with_scratch(batch.environment, batch.memory, string_source_file, [&](scratch& memory) {
-        if (is_usual_delimiter) {
-            const needle bytes = make_needle(separator.data, separator.length);
-            const ascii_delimiter usual{bytes, n, bytes.last == blank ? ~0U : 0U};
-            return usual_string_rows<is_usual_text, usual_substring_index, unusual_substring_index>(
-                batch, texts_of(text), text, fixed(usual), delimiter, count, shared(memory));
+        if (!is_usual_delimiter) {
+            return string_rows<substring_index>(batch, texts_of(text), text, delimiter, count, shared(memory));
         }
-        return string_rows<substring_index>(batch, texts_of(text), text, delimiter, count, shared(memory));
+        const needle bytes = make_needle(separator.value.data, separator.value.length);
+        const ascii_delimiter usual{text.column, bytes, n.value, bytes.last == blank ? ~0U : 0U};
+        return usual_string_rows<is_usual_text, usual_substring_index, unusual_substring_index>(
+            batch, texts_of(text), text, derived_argument<std::uint32_t>{&usual, find_in_block_of_short_texts}, fixed(usual), delimiter,
+            count, shared(memory));
     });
 }
 

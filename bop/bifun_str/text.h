@@ -88,6 +88,12 @@ inline utf8_characters characters_of(const text_operations& texts, const bifun_s
     return texts.utf8_is_unicode ? utf8_characters_of(bytes, value.data, value.length) : utf8_characters{false, 0};
 }
 
+// Whether the stored bytes are known to be well-formed UTF-8 without asking the engine.
+inline bool is_well_formed(const text_operations& texts, const bifun_string& value) {
+    return texts.known == known_texts::utf8 ||
+           (texts.utf8_is_unicode && value.length <= longest_masked && characters_of(texts, value).are_known);
+}
+
 // The characters of a well-formed text of any length.
 inline std::uint32_t count_of_well_formed(const bifun_string& value) {
     std::uint32_t characters = 0;
@@ -156,9 +162,16 @@ inline value_or_null length_of_empty() {
 
 inline std::uint64_t full_length(const bifun_string& value) { return std::uint64_t{value.length} + value.trailing_blanks; }
 
+// Mostly there are none.
+inline void append_blanks(text_writer& text, std::uint32_t count) {
+    if (count != 0) {
+        append(text, blank, count);
+    }
+}
+
 inline void append_full_text(text_writer& text, const bifun_string& value) {
     append(text, value.data, value.length);
-    append(text, blank, value.trailing_blanks);
+    append_blanks(text, value.trailing_blanks);
 }
 
 // The full text in `target`, which has room for it.

@@ -2,10 +2,10 @@
 // ROUND, TRUNC, CEIL, FLOOR and ABS of DECIMAL. The statuses of the engine's operations are ignored; where one fails, the row holds
 // what the last successful one left.
 
-#include "layouts/decimal_rounding.h"
 #include "bop/frame/row_loop.h"
 #include "bop/numeric/entry_points.h"
 #include "engine/decimal.h"
+#include "layouts/decimal_block_rounding.h"
 
 namespace bifun {
 namespace {
@@ -174,9 +174,15 @@ status entry::bround_dec_aa_math_dbl(batch_of<DECIMAL> batch, column_of<DECIMAL>
 }
 
 status entry::bceil_a_math_dec(batch_of<DECIMAL> batch, column_of<DECIMAL> x) {
+    if (can_set_blocks()) {
+        return set_digits<rounding::then_one_up, packed_decimals::ceiling>(batch, argument(x), 0);
+    }
     return with_decimals([&](auto decimals) { return set_rows<decltype(decimals)::ceiling>(batch, x); });
 }
 status entry::bfloor_a_math_dec(batch_of<DECIMAL> batch, column_of<DECIMAL> x) {
+    if (can_set_blocks()) {
+        return set_digits<rounding::then_one_down, packed_decimals::floor>(batch, argument(x), 0);
+    }
     return with_decimals([&](auto decimals) { return set_rows<decltype(decimals)::floor>(batch, x); });
 }
 status entry::babs_a_math_dec(batch_of<DECIMAL> batch, column_of<DECIMAL> x) {

@@ -71,8 +71,25 @@ template <class Number, class Text> status render_into_zeros(Number number, Text
     return rendered;
 }
 
-status render_packed(const xdec& number, decimal_text& text) {
-    text.length = decimal_layout::write_short(number, text.bytes);
+// Whether the texts of a block look like long ones, from the first of its rows. Either way of writing goes on with the other where it
+// must, but which of two a row needs is hard to guess where a column has both.
+bool has_long_texts(const void* source, std::uint32_t first, std::uint32_t count) {
+    constexpr std::uint32_t most_looked_at = 8;
+    const auto& column = *static_cast<const bifun_column*>(source);
+    const auto* const numbers = static_cast<const xdec*>(column.data->values);
+    std::uint32_t long_ones = 0;
+    for (std::uint32_t k = 0; k < count && k < most_looked_at; ++k) {
+        const std::uint32_t row = column.selection != nullptr ? column.selection[first + k] : first + k;
+        long_ones += decimal_layout::has_short_text(numbers[row]) ? 0 : 1;
+    }
+    return long_ones > 1;
+}
+
+status render_packed(const xdec& number, bool long_texts, decimal_text& text) {
+    text.length = long_texts ? 0 : decimal_layout::write_short(number, text.bytes);
+    if (text.length == 0) {
+        text.length = decimal_layout::write_long(number, text.bytes);
+    }
     return text.length != 0 ? BIFUN_OK : render(number, text);
 }
 
@@ -156,7 +173,7 @@ status entry::bto_char_a_dec_to_varchar(batch_of<VARCHAR> batch, column_of<DECIM
     if (!number_texts_are_as_described()) {
         return string_rows<render_into_zeros<const xdec&, decimal_text>>(batch, x);
     }
-    return decimals_are_packed() ? string_rows<render_packed>(batch, x)
+    return decimals_are_packed() ? string_rows<render_packed>(batch, x, block_argument<bool>{x.column, has_long_texts})
                                  : string_rows<render_as_described<const xdec&, decimal_text>>(batch, x);
 }
 status entry::bto_char_a_double_to_varchar(batch_of<VARCHAR> batch, column_of<DOUBLE> x) {

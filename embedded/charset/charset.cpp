@@ -97,18 +97,22 @@ bool step_character(single_bytes /*charset*/, std::uint8_t* character, std::uint
     return step_byte(character, step, 0x100);
 }
 
+std::uint32_t write_code_points(single_bytes /*charset*/, const std::uint8_t* text, std::uint32_t length, std::uint32_t* code_points) {
+    for (std::uint32_t i = 0; i < length; ++i) {
+        code_points[i] = text[i] < 0x80 ? text[i] : unknown_code_point;
+    }
+    return length;
+}
+
 template <class Charset>
 std::uint32_t write_code_points(Charset /*charset*/, const std::uint8_t* text, std::uint32_t length, std::uint32_t* code_points) {
+    const charset_tables<Charset>& tables = tables_of<Charset>();
     std::uint32_t count = 0;
     for (std::uint32_t offset = 0; offset < length; ++count) {
         const std::uint32_t character_length = Charset::length_of(text + offset, length - offset);
-        std::uint32_t code_point = text[offset] < 0x80 ? text[offset] : unknown_code_point;
-        if constexpr (Charset::ranks > 0) {
-            if (character_length > 1) {
-                code_point = code_point_of(tables_of<Charset>(), text + offset, character_length);
-            }
-        }
-        code_points[count] = code_point;
+        code_points[count] = character_length > 1  ? code_point_of(tables, text + offset, character_length)
+                             : text[offset] < 0x80 ? text[offset]
+                                                   : unknown_code_point;
         offset += character_length;
     }
     return count;

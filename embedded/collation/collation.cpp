@@ -11,6 +11,7 @@
 #include "bop/frame/status.h"
 #include "embedded/charset/ascii.h"
 #include "embedded/charset/database_charset.h"
+#include "embedded/collation/root_weights.h"
 #include "embedded/collation/sort_name.h"
 #include "embedded/memory/allocation.h"
 #include "embedded/memory/pending_failure.h"
@@ -52,6 +53,7 @@ template <class T> struct growing_room {
 struct nls_collation {
     sort_name name;
     UCollator* collator; // null for the order of bytes
+    root_levels root;    // of the collator
     growing_room<std::uint32_t> code_points;
     growing_room<UChar> units;
     growing_room<UChar> folded;
@@ -74,6 +76,23 @@ template <class T> bool make_room(growing_room<T>& room, std::size_t size) {
         room.size = room.elements == nullptr ? 0 : grown;
     }
     return room.elements != nullptr;
+}
+
+// Of a text of which all characters are known one by one. Returns whether it is.
+bool make_root_key(const nls_collation& order, const std::uint8_t* text, std::uint32_t length, const key_bytes& to,
+                   std::uint64_t& written) {
+    if (!order.root.are_roots || length > longest_root_text) {
+        return false;
+    }
+    std::uint32_t code_points[longest_root_text];
+    std::uint32_t count = leading_ascii(text, length);
+    std::copy(text, text + count, code_points);
+    if (count < length) {
+        count += zq_get_char_unicode_vals(text + count, length - count, code_points + count);
+    }
+    const std::int32_t size = root_key(code_points, count, order.root.strength, to.key, static_cast<std::uint32_t>(to.room));
+    written = static_cast<std::uint64_t>(size);
+    return size >= 0;
 }
 
 // The text in UTF-16, U+FFFD in place of what Unicode has not. Returns the number of units, or -1 where there is no room.
@@ -132,6 +151,10 @@ std::uint64_t folded_key(nls_collation& order, std::int32_t count, const key_byt
 }
 
 std::uint64_t key_of(nls_collation& order, const std::uint8_t* text, std::uint32_t length, const key_bytes& to, UErrorCode& status) {
+    std::uint64_t written = 0;
+    if (make_root_key(order, text, length, to, written)) {
+        return written;
+    }
     const std::int32_t units = to_units(order, text, length);
     if (units < 0) {
         status = U_MEMORY_ALLOCATION_ERROR;
@@ -160,10 +183,11 @@ std::int32_t nls_sort_open(bifun_environment* /*environment*/, const std::uint8_
     if (order == nullptr) {
         return BIFUN_OUT_OF_MEMORY;
     }
-    *order = {name, nullptr, {}, {}, {}};
+    *order = {name, nullptr, {}, {}, {}, {}};
     UErrorCode status = U_ZERO_ERROR;
     if (!name.is_binary) {
         order->collator = open_collator(name, status);
+        order->root = U_SUCCESS(status) ? levels_of(order->collator) : root_levels{};
     }
     if (U_FAILURE(status)) {
         nls_sort_close(nullptr, order);

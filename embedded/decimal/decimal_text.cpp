@@ -62,8 +62,10 @@ int32_t xdec_to_char_with_zero(const xdec* value, char* buffer, uint32_t buffer_
                                uint32_t* length) {
     static_cast<void>(reserved_1);
     static_cast<void>(reserved_2);
-    if (buffer_size > bifun::decimal_layout::short_text_room) {
-        const std::uint32_t written = bifun::decimal_layout::write_short(*value, reinterpret_cast<std::uint8_t*>(buffer));
+    if (buffer_size > bifun::decimal_layout::long_text_room) {
+        auto* const text = reinterpret_cast<std::uint8_t*>(buffer);
+        std::uint32_t written = bifun::decimal_layout::write_short(*value, text);
+        written = written != 0 ? written : bifun::decimal_layout::write_long(*value, text);
         if (written != 0) {
             buffer[written] = '\0';
             *length = written;

@@ -9,9 +9,13 @@
 #include <cstring>
 
 #include "embedded/decimal/decimal_parts.h"
+#include "layouts/decimal_text.h"
 #include "layouts/eight_digits.h"
 
 namespace zqengine {
+
+using bifun::decimal_layout::split_at_19_digits;
+using bifun::decimal_layout::ten_to_19;
 
 constexpr std::uint64_t eight_zero_characters = 0x3030303030303030;
 
@@ -48,32 +52,6 @@ inline void write_19_digits(char* end, std::uint64_t number) {
     write_8_digits(end - 8, static_cast<std::uint32_t>(low % ten_to_8));
 }
 
-constexpr std::uint64_t ten_to_19 = 10'000'000'000'000'000'000U;
-
-struct halves {
-    std::uint64_t high;
-    std::uint64_t low;
-};
-
-// Quotient and remainder by d = 10^19 of a number below 10^38. Multiplies by the reciprocal, after Moeller and Granlund, "Improved
-// division by invariant integers", algorithm 4; d has its top bit set, as that requires. The last step there, for a remainder still too
-// large, is left out: the remainder before the correction below is
-//     (high x k + low x (2^64 - d) + (estimate mod 2^64) x d) / 2^64 - d,    k = 2^128 - (2^64 + reciprocal) x d,
-// which for numbers below 10^38 is less than 0.95 d.
-inline halves split_at_19_digits(uint128 number) {
-    constexpr auto reciprocal = static_cast<std::uint64_t>(~uint128{0} / ten_to_19); // less 2^64
-    const auto high = static_cast<std::uint64_t>(number >> 64);
-    const auto low = static_cast<std::uint64_t>(number);
-    const uint128 estimate = uint128{reciprocal} * high + number;
-    std::uint64_t quotient = static_cast<std::uint64_t>(estimate >> 64) + 1;
-    std::uint64_t remainder = low - quotient * ten_to_19;
-    if (remainder > static_cast<std::uint64_t>(estimate)) {
-        --quotient;
-        remainder += ten_to_19;
-    }
-    return {.high = quotient, .low = remainder};
-}
-
 // Room for the digits of any coefficient, written from the end.
 constexpr std::size_t digit_room = 48;
 
@@ -83,10 +61,10 @@ inline void write_coefficient(char* end, uint128 coefficient) {
         write_19_digits(end, static_cast<std::uint64_t>(coefficient));
         return;
     }
-    const halves parts = split_at_19_digits(coefficient);
-    write_19_digits(end, parts.low);
+    const auto parts = split_at_19_digits(coefficient);
+    write_19_digits(end, parts.lower);
     // The upper half goes second: the garbage before the lower one lies where its last digits come.
-    write_19_digits(end - 19, parts.high);
+    write_19_digits(end - 19, parts.upper);
 }
 
 } // namespace zqengine

@@ -17,7 +17,10 @@ inline uint128 halves_after_any_cut(uint128 coefficient, std::int64_t cut) {
     if (cut == 0) {
         return coefficient * 2;
     }
-    return cut > layout::max_long_cut ? 0 : layout::halves_after_cut(coefficient, static_cast<std::uint32_t>(cut));
+    if (cut > layout::max_long_cut) {
+        return 0;
+    }
+    return layout::halves_after_cut(coefficient, layout::reciprocal_of_half<uint128>(static_cast<std::uint32_t>(cut)));
 }
 
 // Stores magnitude x 10^-scale as make_decimal does. The magnitude is below 10^76.

@@ -31,11 +31,12 @@ struct digit_characters {
 
 digit_characters characters_of(std::uint64_t digits) {
     constexpr std::uint64_t ten_to_8 = 100'000'000;
+    // Neither division waits for the other.
     const std::uint64_t leading = digits / ten_to_8;
     digit_characters characters{};
-    characters.first = leading / ten_to_8;
-    const auto [middle, last] =
-        bifun::sixteen_digits(static_cast<std::uint32_t>(leading % ten_to_8), static_cast<std::uint32_t>(digits % ten_to_8));
+    characters.first = digits / (ten_to_8 * ten_to_8);
+    const auto [middle, last] = bifun::sixteen_digits(static_cast<std::uint32_t>(leading - characters.first * ten_to_8),
+                                                      static_cast<std::uint32_t>(digits - leading * ten_to_8));
     characters.others = bifun::block_of_words(middle, last);
     const std::uint32_t other_than_zero = ~bifun::bits_of(bifun::where_equal(characters.others, bifun::repeated('0'))) & 0xFFFF;
     characters.count = 1 + static_cast<std::uint32_t>(std::bit_width(other_than_zero));
@@ -112,11 +113,8 @@ char* write_double(char* out, double value) {
     constexpr std::int32_t least_plain = -5; // the exponent of the first digit
     constexpr std::int32_t most_plain = 14;
     const shortest_decimal shortest = shortest_decimal_of(std::fabs(value));
-    // 1233 / 4096 is the logarithm of two to the base of ten, near enough for numbers of 64 bits.
-    const auto estimate = static_cast<std::uint32_t>(std::bit_width(shortest.digits)) * 1233 >> 12;
-    const std::uint32_t count = estimate + (shortest.digits >= static_cast<std::uint64_t>(powers_of_ten[estimate]) ? 1 : 0);
-    const digit_characters digits = characters_of(shortest.digits * static_cast<std::uint64_t>(powers_of_ten[max_digits - count]));
-    const std::int32_t exponent = shortest.exponent + static_cast<std::int32_t>(count) - 1;
+    const digit_characters digits = characters_of(shortest.digits);
+    const std::int32_t exponent = shortest.exponent + static_cast<std::int32_t>(max_digits) - 1;
     if (exponent < least_plain || exponent > most_plain) {
         return write_scientific(out, digits, exponent);
     }

@@ -12,17 +12,29 @@
 #include <cstdint>
 
 #include "embedded/decimal/powers_of_ten.h"
-#include "layouts/decimal_layout.h"
+#include "layouts/decimal_rounding.h"
 
 namespace zqengine {
 
 using bifun::decimal_layout::uint128;
 
-// digits x 10^exponent, with up to 17 digits, of which the last ones may be zeros.
+// digits x 10^exponent, with 17 digits, of which the last ones may be zeros.
 struct shortest_decimal {
     std::uint64_t digits;
     std::int32_t exponent;
 };
+
+// How many zeros make 17 digits of a number that has no more.
+inline std::uint32_t missing_digits(std::uint64_t number) {
+    // 1233 / 4096 is the logarithm of two to the base of ten, near enough for numbers of 64 bits.
+    const auto estimate = static_cast<std::uint32_t>(std::bit_width(number)) * 1233 >> 12;
+    return 17 - estimate - (number >= static_cast<std::uint64_t>(bifun::decimal_layout::powers_of_ten[estimate]) ? 1 : 0);
+}
+
+inline shortest_decimal with_17_digits(std::uint64_t digits, std::int32_t exponent, std::uint32_t missing) {
+    return {.digits = digits * static_cast<std::uint64_t>(bifun::decimal_layout::powers_of_ten[missing]),
+            .exponent = exponent - static_cast<std::int32_t>(missing)};
+}
 
 // number x power / 2^128, the last bit set where bits behind it are.
 inline std::uint64_t scaled(const power_of_ten& power, std::uint64_t number) {
@@ -42,7 +54,8 @@ inline shortest_decimal shortest_decimal_of(double magnitude) {
     const std::uint64_t c = biased != 0 ? fraction | std::uint64_t{1} << fraction_bits : fraction;
     const std::int32_t q = (biased != 0 ? biased : 1) - exponent_bias;
     if (q <= 0 && q >= -static_cast<std::int32_t>(fraction_bits) && std::countr_zero(c) >= -q) {
-        return {.digits = c >> -q, .exponent = 0}; // an integer below 2^53
+        const std::uint64_t integer = c >> -q; // below 2^53
+        return with_17_digits(integer, 0, missing_digits(integer));
     }
 
     // Four times the number, and the middles between it and its neighbours. A power of two is nearer to the one below.
@@ -61,6 +74,9 @@ inline shortest_decimal shortest_decimal_of(double magnitude) {
 
     // Which of the four it is, is as good as random: chosen without a branch.
     const std::uint64_t down = number / 4;
+    // Of a number with all its 53 bits 16 or 17 digits.
+    constexpr std::uint64_t ten_to_15 = 1'000'000'000'000'000;
+    const std::uint32_t missing = down >= ten_to_15 ? (down < 10 * ten_to_15 ? 1 : 0) : missing_digits(down);
     const std::uint64_t tens = number / 40;
     const std::uint64_t tens_below = least <= 40 * tens ? 1 : 0;
     const std::uint64_t tens_above = 40 * tens + 40 <= greatest ? 1 : 0;
@@ -72,7 +88,14 @@ inline shortest_decimal shortest_decimal_of(double magnitude) {
     const std::uint64_t is_one = below ^ above;
     const std::uint64_t units = down + ((is_one & above) | (~is_one & nearer_above));
     const std::uint64_t by_tens = 0 - takes_tens;
-    return {.digits = ((tens + tens_above) & by_tens) | (units & ~by_tens), .exponent = k + static_cast<std::int32_t>(takes_tens)};
+    const std::uint64_t digits = ((tens + tens_above) * 10 & by_tens) | (units & ~by_tens);
+    // So the multiplication waits for nothing but the digits. They have one more than the number where this is rounded up to a power of
+    // ten.
+    shortest_decimal shortest = with_17_digits(digits, k, missing);
+    if (digits >= static_cast<std::uint64_t>(bifun::decimal_layout::powers_of_ten[17 - missing])) [[unlikely]] {
+        shortest = with_17_digits(digits, k, missing - 1);
+    }
+    return shortest;
 }
 
 } // namespace zqengine

@@ -19,7 +19,7 @@ using bifun::value_type;
 
 constexpr std::uint32_t row_count = 700; // blocks, the last of them not full
 
-enum class oddity { none, other_scale, long_value, nulls };
+enum class oddity { none, other_scale, long_value, nulls, only_long };
 
 using random_numbers = std::mt19937_64;
 
@@ -38,13 +38,24 @@ xdec random_decimal(random_numbers& random) {
     return decimal_of(random() % 2 == 0 ? text.insert(0, 1, '-') : text);
 }
 
+// With 22 digits behind the point, of up to 38, and many nines.
+xdec random_long_decimal(random_numbers& random) {
+    std::string text(1 + random() % 38, '9');
+    for (std::size_t i = 0; i < text.size(); i += 1 + random() % 8) {
+        text[i] = static_cast<char>('0' + random() % 10);
+    }
+    text.insert(0, text.size() < 23 ? 23 - text.size() : 0, '0');
+    text.insert(text.size() - 22, 1, '.');
+    return decimal_of(random() % 2 == 0 ? text.insert(0, 1, '-') : text);
+}
+
 zqengine::column_pointer random_column(random_numbers& random, oddity odd) {
     zqengine::column_pointer column(zqengine::create_column(value_type::DECIMAL, row_count));
     xdec* const values = zqengine::values_of<xdec>(*column);
     std::memset(column->data.null_flags, 1, row_count);
     column->column.no_nulls = odd == oddity::nulls ? 0 : 1;
     for (std::uint32_t row = 0; row < row_count; ++row) {
-        values[row] = random_decimal(random);
+        values[row] = odd == oddity::only_long ? random_long_decimal(random) : random_decimal(random);
         if (odd == oddity::nulls && random() % 3 == 0) {
             column->data.null_flags[row] = 0;
             for (std::uint8_t& byte : values[row].bytes) {
@@ -85,6 +96,17 @@ xdec truncated(const xdec& value, std::int32_t digits) {
     return result;
 }
 
+// One unit more, in the direction of the mark, than is left of the digits before the point.
+xdec stepped(const xdec& value, std::uint8_t moving_mark) {
+    xdec result = truncated(value, 0);
+    if (value.bytes[0] == moving_mark) {
+        xdec one;
+        xdec_fill_one(&one);
+        EXPECT_EQ(moving_mark == XDEC_POSITIVE ? xdec_add(&result, &one, &result) : xdec_sub(&result, &one, &result), 0);
+    }
+    return result;
+}
+
 const function_case functions[] = {
     {"babs_a_math_dec", nullptr, false,
      [](const xdec& x, const xdec&) {
@@ -99,6 +121,9 @@ const function_case functions[] = {
     {"btrunc_dec_def_a_math", nullptr, false, [](const xdec& x, const xdec&) { return truncated(x, 0); }},
     {"btrunc_dec_av_li_math", "3", false, [](const xdec& x, const xdec&) { return truncated(x, 3); }},
     {"btrunc_dec_av_li_math", "7", false, [](const xdec& x, const xdec&) { return truncated(x, 7); }},
+    {"btrunc_dec_av_li_math", "1", false, [](const xdec& x, const xdec&) { return truncated(x, 1); }},
+    {"bceil_a_math_dec", nullptr, false, [](const xdec& x, const xdec&) { return stepped(x, XDEC_POSITIVE); }},
+    {"bfloor_a_math_dec", nullptr, false, [](const xdec& x, const xdec&) { return stepped(x, XDEC_NEGATIVE); }},
     {"bgreatest_aa_math_dec", nullptr, true, [](const xdec& x, const xdec& y) { return xdec_cmp(&x, &y) > 0 ? x : y; }},
     {"bleast_aa_math_dec", nullptr, true, [](const xdec& x, const xdec& y) { return xdec_cmp(&x, &y) < 0 ? x : y; }},
 };
@@ -129,7 +154,7 @@ void expect_results(const function_case& function, const zqengine::column_storag
 TEST(DecimalBlocks, AreTheEnginesResults) {
     random_numbers random(12);
     for (int round = 0; round < 3; ++round) {
-        for (const oddity odd : {oddity::none, oddity::other_scale, oddity::long_value, oddity::nulls}) {
+        for (const oddity odd : {oddity::none, oddity::other_scale, oddity::long_value, oddity::nulls, oddity::only_long}) {
             const zqengine::column_pointer x = random_column(random, odd);
             const zqengine::column_pointer y = random_column(random, round == 0 ? oddity::none : odd);
             for (std::uint32_t row = 0; row < row_count; row += 9) {
