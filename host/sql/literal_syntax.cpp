@@ -66,13 +66,14 @@ std::string other_way_to_write(std::string_view text) {
     std::string sum;
     for (std::size_t i = 0; i + 1 < words.size(); i += 2) {
         std::int32_t count = 0;
-        if (!read_number(words[i], count)) {
+        std::string unit = upper_case(words[i + 1]);
+        unit.resize(unit.size() - (unit.ends_with('S') ? 1 : 0));
+        const bool is_week = unit == "WEEK";
+        if (!read_number(words[i], count) || !(is_week || find_qualifier(unit))) {
             return "";
         }
-        const std::string unit = upper_case(words[i + 1]);
         constexpr std::int64_t days_of_week = 7;
-        const std::string field =
-            unit == "WEEK" || unit == "WEEKS" ? fmt::format("{} days", count * days_of_week) : fmt::format("{} {}", count, words[i + 1]);
+        const std::string field = is_week ? fmt::format("{} days", count * days_of_week) : fmt::format("{} {}", count, words[i + 1]);
         sum += fmt::format("{}INTERVAL '{}'", sum.empty() ? "" : " + ", field);
     }
     const bool are_several = words.size() > 2;

@@ -184,13 +184,16 @@ bool is_truth_word(std::string_view text) {
     return std::ranges::any_of(words, [text](std::string_view word) { return equal_ignoring_case(text, word); });
 }
 
-// Of negative numbers in accounts.
+// Of negative numbers in accounts, beside which the others are plain ones.
 field_kinds account_forms_of(std::string_view text) {
     xdec decimal;
-    if (text.starts_with('(') && text.ends_with(')') && text.size() > 2) {
-        return is_digit(text[1]) && read_decimal(text.substr(1, text.size() - 2), decimal) ? bracketed_number_form : 0;
+    if (read_decimal(text, decimal)) {
+        return bracketed_number_form | trailing_minus_form;
     }
-    return text.ends_with('-') && is_digit(text[0]) && read_decimal(text.substr(0, text.size() - 1), decimal) ? trailing_minus_form : 0;
+    if (text.starts_with('(') && text.ends_with(')') && text.size() > 2) {
+        return form_if(is_digit(text[1]) && read_decimal(text.substr(1, text.size() - 2), decimal), bracketed_number_form);
+    }
+    return form_if(text.ends_with('-') && is_digit(text[0]) && read_decimal(text.substr(0, text.size() - 1), decimal), trailing_minus_form);
 }
 
 } // namespace

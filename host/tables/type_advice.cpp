@@ -61,10 +61,11 @@ std::string way_to_numbers(const table_column& column, const text_forms& forms) 
     if (may_have_mark(forms)) {
         return way_by_mark(column, forms);
     }
-    if (forms.has_texts && (forms.of_all & bracketed_number_form) != 0) {
+    const bool has_amounts = forms.has_texts && (forms.of_all & decimal_form) == 0;
+    if (has_amounts && (forms.of_all & bracketed_number_form) != 0) {
         return fmt::format("; TO_NUMBER(REPLACE(REPLACE({}, '(', '-'), ')', '')) makes numbers of its texts", name);
     }
-    if (forms.has_texts && (forms.of_all & trailing_minus_form) != 0) {
+    if (has_amounts && (forms.of_all & trailing_minus_form) != 0) {
         return fmt::format("; TO_NUMBER({}, '999999999999.999999MI') makes numbers of its texts", name);
     }
     if (found && is_number(found->others) && forms.other.empty() && !are_words_doubles) {
