@@ -87,9 +87,14 @@ std::string way_to_numbers(const table_column& column, const text_forms& forms) 
     if (forms.first.starts_with('$') && plain_number(std::string_view(forms.first).substr(1), '.', plain)) {
         return fmt::format("; TO_NUMBER({}, '$999,999,999,999.99') makes numbers of texts such as {}", name, forms.first);
     }
+    return "";
+}
+
+std::string way_to_some_numbers(const table_column& column, const text_forms& forms) {
     const bool has_both_marks = forms.marks == (comma_number_form | point_number_form);
     return fmt::format("; {}TO_NUMBER({}) is NULL where a text is no number",
-                       has_both_marks ? "some of its numbers have a comma before the fraction and others a point; " : "", name);
+                       has_both_marks ? "some of its numbers have a comma before the fraction and others a point; " : "",
+                       name_in_query(column.name));
 }
 
 std::string way_to_dates(const table_column& column, const text_forms& forms) {
@@ -110,11 +115,14 @@ std::string way_to_dates(const table_column& column, const text_forms& forms) {
                : "";
 }
 
+text_forms forms_of(const table_column& column) { return column.forms.value_or(mere_texts()); }
+
 std::string way_from_column(sql_type needed, const table_column& column) {
-    const text_forms forms = column.forms.value_or(mere_texts());
+    const text_forms forms = forms_of(column);
     const bool seems_date = !column.seems.empty() && has_date(column.seems[0].type);
     if (is_number(needed)) {
-        return way_to_numbers(column, forms);
+        const std::string of_all = way_to_numbers(column, forms);
+        return of_all.empty() ? way_to_some_numbers(column, forms) : of_all;
     }
     if (is_datetime(needed) && is_datetime(column.shown)) {
         const column_type type{.type = column.shown};
@@ -145,6 +153,8 @@ std::string way_from_text(sql_type needed) {
 }
 
 } // namespace
+
+std::string way_to_all_numbers(const table_column& column) { return way_to_numbers(column, forms_of(column)); }
 
 std::string options_of_types(const std::string& column, std::span<const column_type> types) {
     std::string options;

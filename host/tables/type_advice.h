@@ -20,6 +20,9 @@ struct misplaced_value {
 // known.
 std::string way_to(sql_type needed, const misplaced_value& given);
 
+// What makes numbers of all texts of a column, the same; empty where nothing does.
+std::string way_to_all_numbers(const table_column& column);
+
 // The same where neither of two values has to have its type, as in a comparison.
 std::string way_together(const misplaced_value& left, const misplaced_value& right);
 

@@ -32,6 +32,67 @@ TEST(Notices, TextsThatAreNoDatesForACall) {
     expect_notices(days, "SELECT LAST_DAY(e) AS l FROM t WHERE s <> 'b'", "l\n2024-01-31 00:00:00\n2024-01-31 00:00:00\n", {});
 }
 
+TEST(Notices, TextsThatAreNoNumbersForACall) {
+    const std::string file = "a,d,e\n\"1,300.00\",\"$1,234.50\",\"5,00 \u20ac\"\n12 EUR,n/a,x\n,,\n1e3,2,\"-1.234,50 \u20ac\"\n";
+    const std::string begin = " gives NULL for texts that are no numbers, in ";
+    expect_notices(file, "SELECT TO_NUMBER(a) AS a, TO_DOUBLE(d) AS d, TO_NUMBER(RTRIM(e)) AS e FROM t", "a,d,e\n,,\n,,\n,,\n1000,2,\n",
+                   {joined({"TO_NUMBER", begin,
+                            "2 rows; the first is \"1,300.00\" in row 1 (t.csv, line 2); TO_NUMBER(REPLACE(a, ',', '')) "
+                            "reads such a text"}),
+                    joined({"TO_DOUBLE", begin,
+                            "1 row; the first is \"$1,234.50\" in row 1 (t.csv, line 2); "
+                            "TO_NUMBER(REPLACE(REPLACE(d, '$', ''), ',', '')) reads such a text"}),
+                    joined({"TO_NUMBER", begin,
+                            "3 rows; the first is \"5,00 \u20ac\" in row 1 (t.csv, line 2); "
+                            "TO_NUMBER(REPLACE(REPLACE(x, ' \u20ac', ''), ',', '.')) reads such a text"})});
+    expect_answer(file,
+                  "SELECT TO_NUMBER(REPLACE(REPLACE(d, '$', ''), ',', '')) AS d, "
+                  "TO_NUMBER(REPLACE(REPLACE(REPLACE(e, ' \u20ac', ''), '.', ''), ',', '.')) AS e FROM t WHERE a IS NOT NULL AND e <> 'x'",
+                  "d,e\n1234.50,5.00\n2,-1234.50\n");
+    expect_notices(
+        "a,b\n1 234,\"5,7\"\n2,6\n", "SELECT TO_NUMBER(a) AS a, TO_NUMBER(b) AS b FROM t LIMIT 1", "a,b\n,\n",
+        {joined({"TO_NUMBER", begin, "1 row; the first is \"1 234\" in row 1 (t.csv, line 2); TO_NUMBER(REPLACE(a, ' ', '')) ..."}),
+         joined({"TO_NUMBER", begin, "1 row; the first is \"5,7\" in row 1 (t.csv, line 2); --decimal comma ..."})});
+}
+
+TEST(Notices, ZonesThatFunctionsDoNotSee) {
+    const std::string file = "a,b\n2024-01-01 10:00:00+00:00,2024-01-01 12:00:00+02:00\n,2024-01-01 12:00:00Z\n"
+                             "2024-01-01T23:30:00-05:00,2024-01-02T05:00:00-05:00\n";
+    const std::string way = "; DATEADD(MINUTE, -60 * EXTRACT(TIMEZONE_HOUR FROM t) - EXTRACT(TIMEZONE_MINUTE FROM t), t) has the clock "
+                            "time of UTC";
+    const std::string begin = " takes the clock time of another zone for one of the session's, in 1 row; the first is ";
+    expect_notices(file, "SELECT DATEDIFF(SECOND, a, b) AS s, DAYS_BETWEEN(b, TIMESTAMP '2024-01-01 00:00:00') AS d FROM t",
+                   "s,d\n7200,0\n,0\n19800,1\n",
+                   {joined({"DATEDIFF takes the clock times of different zones as they are, in 1 row; the first is 2024-01-01 "
+                            "10:00:00+00:00 and 2024-01-01 12:00:00+02:00 in row 1 (t.csv, line 2)",
+                            way}),
+                    joined({"DAYS_BETWEEN takes the clock times of different zones as they are, in 1 row; the first is 2024-01-02 "
+                            "05:00:00-05:00 and 2024-01-01 00:00:00 in row 3 (t.csv, line 4)",
+                            way})},
+                   {"--set", "time_zone=+02:00"});
+    expect_notices(file, "SELECT UNIX_TIMESTAMP(b) AS u, UNIX_TIMESTAMP('2024-01-01 10:00:00+02:00') AS c FROM t LIMIT 1",
+                   "u,c\n1704110400,1704103200\n",
+                   {joined({"UNIX_TIMESTAMP", begin, "2024-01-01 12:00:00+02:00 in row 1 (t.csv, line 2)", way}),
+                    joined({"UNIX_TIMESTAMP", begin, "\"2024-01-01 10:00:00+02:00\" in row 1 (t.csv, line 2)", way})});
+    expect_notices(
+        file,
+        "SELECT UNIX_TIMESTAMP(DATEADD(MINUTE, -60 * EXTRACT(TIMEZONE_HOUR FROM b) - EXTRACT(TIMEZONE_MINUTE FROM b), b)) - "
+        "UNIX_TIMESTAMP(TIMESTAMP '2024-01-01 10:00:00') AS u, DATEDIFF(DAY, DATE '2024-01-01', b) AS d, b > a AS o FROM t WHERE "
+        "EXTRACT(TIMEZONE_HOUR FROM b) = 0",
+        "u,d,o\n7200,0,\n", {});
+}
+
+TEST(Notices, NullsForTheCurrentTimeAndNumbersWithoutRoom) {
+    expect_notices("id,d\n1,2024-01-01\n2,\n", "SELECT id FROM t WHERE UNIX_TIMESTAMP(d) > 1735689600 AND UNIX_TIMESTAMP(NULL) > 5",
+                   "id\n2\n",
+                   {"UNIX_TIMESTAMP takes NULL for the current time, in 1 row; the first is row 2 (t.csv, line 3); CASE WHEN d IS NOT NULL "
+                    "THEN UNIX_TIMESTAMP(d) END leaves NULL as it is"});
+    expect_notices("n\n1\n1234567\n\n", "SELECT TO_CHAR(n, '999') AS c, TO_CHAR(n, 'FM9999999') AS d FROM t",
+                   "c,d\n   1,1\n####,1234567\n,\n",
+                   {"TO_CHAR has no room under its format for the number, in 1 row; the first is 1234567 in row 2 (t.csv, line 3); the "
+                    "format needs more digits before the point"});
+}
+
 TEST(Notices, DatesThatAreComparedAsTexts) {
     const std::string file = "d,e,n\n31.12.2023,12/31/2023,\n05.02.2024,01/15/2024,2024-01-01\n05.02.2024,01/15/2024,n/a\n";
     expect_notices(file, "SELECT e FROM t WHERE d > '2024-01-01' OR d BETWEEN '01.01.2024' AND '31.12.2024'",
