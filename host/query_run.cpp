@@ -89,8 +89,10 @@ select_statement parse_query(const std::string& sql, const std::vector<std::stri
             sql.find(".csv") != std::string::npos ? "; FROM takes the name of a table, which is that of its file without .csv" : "";
         for (const std::string& file : files) {
             const std::string name = plain_table_name_of(file);
-            const bool is_meant = find_name_around(sql, table_name_of(file), error.offset) != sql.npos;
-            if (name != table_name_of(file) && is_meant) {
+            const auto is_written = [&](std::string_view written) { return find_name_around(sql, written, error.offset) != sql.npos; };
+            const bool begins_with_digit = name.starts_with('_') && !table_name_of(file).starts_with('_');
+            if ((name != table_name_of(file) && is_written(table_name_of(file))) ||
+                (begins_with_digit && is_written(std::string_view(name).substr(1)))) {
                 hint += fmt::format("; {} is the table {}", file, name);
             }
             for (const std::string& column : column_names_of(file, options, settings)) {

@@ -114,12 +114,35 @@ std::string given_values(const execution& run, const step& call, std::uint32_t r
     return given;
 }
 
+struct argument_domain {
+    std::string_view builtins;
+    std::string_view meaning;
+};
+
+// Of constants, which fail before any row.
+constexpr argument_domain domains[] = {
+    {"LEFT RIGHT REPEAT", "the number is 0 or more"},
+    {"SHA2", "the bits are 224, 256, 384 or 512"},
+    {"INSTR INSTRB", "the occurrence is 1 or more"},
+    {"OVERLAY", "the position is 1 or more"},
+};
+
+std::string_view domain_of_constants(std::string_view builtin) {
+    const auto* const known =
+        std::ranges::find_if(domains, [builtin](const argument_domain& domain) { return bifun::has_word(domain.builtins, builtin); });
+    return known != std::end(domains) ? known->meaning : "";
+}
+
 [[noreturn]] void fail_in_call(execution& run, const step& call, const invocation& made, std::int32_t status, std::uint32_t row_count) {
     const failed_call failed = find_failure(made, status, row_count);
     const std::string message = fmt::format("{}: {} {}", call.written.empty() ? call.entry->builtin : call.written, failed.status,
                                             zqengine_status_meaning(failed.status));
     if (!failed.row && failed.status == BIFUN_INVALID_JSON_PATH) {
         fail("{}: {}", message, explain_path(constant_text(run, call, 1)));
+    }
+    constexpr std::int32_t outside_domain = -6803;
+    if (!failed.row && failed.status == outside_domain && !domain_of_constants(call.entry->builtin).empty()) {
+        fail("{}; {}", message, domain_of_constants(call.entry->builtin));
     }
     const std::string reason_of_constant = failed.status == ZQ_INVALID_NUMBER_FORMAT ? explain_number_format(constant_text(run, call, 1))
                                            : failed.status == BIFUN_UNKNOWN_DAY_NAME ? "there are Monday to Sunday and Mon to Sun"

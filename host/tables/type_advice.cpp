@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "host/tables/type_advice.h"
 
+#include <algorithm>
+
 #include <fmt/format.h>
 
 #include "host/sql/names.h"
@@ -109,10 +111,15 @@ std::string way_to_dates(const table_column& column, const text_forms& forms) {
                                name_in_query(column.name), zone, forms.first);
         }
     }
-    return forms.has_texts && (forms.of_all & long_fraction_form) != 0
-               ? fmt::format("; CAST(SUBSTR({}, 1, 26) AS TIMESTAMP) leaves out what stands behind six digits of a fraction",
-                             name_in_query(column.name))
-               : "";
+    const std::string name = name_in_query(column.name);
+    if (forms.has_texts && (forms.of_all & long_fraction_form) != 0) {
+        return fmt::format("; CAST(SUBSTR({}, 1, 26) AS TIMESTAMP) leaves out what stands behind six digits of a fraction", name);
+    }
+    const bool has_dates = (forms.besides & datetime_fields) != 0 || is_written_date(forms.first) || is_written_date(forms.other);
+    return has_dates ? fmt::format("; CAST(TO_DT_TZ({0}) AS DATE) is NULL where a text is no date such as 2024-02-29, and TO_DATE({0}, "
+                                   "'DD.MM.YYYY') reads others by a format",
+                                   name)
+                     : "";
 }
 
 text_forms forms_of(const table_column& column) { return column.forms.value_or(mere_texts()); }
@@ -140,6 +147,10 @@ std::string way_from_column(sql_type needed, const table_column& column) {
     if (has_date(needed)) {
         return way_to_dates(column, forms);
     }
+    if (needed == sql_type::time && is_twelve_hour_time(forms.first)) {
+        const bool has_seconds = std::ranges::count(forms.first, ':') > 1;
+        return fmt::format("; --types \"{}:TIME 'HH:MI{} AM'\" reads the column as times", column.name, has_seconds ? ":SS" : "");
+    }
     return needed == sql_type::boolean && !column.seems.empty() && column.seems[0].type == sql_type::boolean
                ? fmt::format("; {}{} reads true and false", options_of_types(column.name, column.seems),
                              null_options(forms.null_words, forms.known_nulls))
@@ -150,6 +161,17 @@ std::string way_from_text(sql_type needed) {
     return is_number(needed)     ? "; CAST(x AS DECIMAL) makes a number of a text"
            : is_datetime(needed) ? "; TO_DATE(x, 'DD.MM.YYYY') makes a date of a text, as CAST(x AS DATE) does of YYYY-MM-DD"
                                  : "";
+}
+
+// A number as a text, which equals no text that writes it in another way.
+std::string way_by_quotes(const misplaced_value& text) {
+    const text_forms forms = text.column != nullptr ? forms_of(*text.column) : mere_texts();
+    if (may_have_mark(forms)) {
+        return "";
+    }
+    const bool is_code = forms.has_texts && (forms.of_all & decimal_form) != 0 && forms.first.find('\'') == forms.first.npos;
+    return is_code ? fmt::format("; write the number in quotes, as the file has it, such as '{}'", forms.first)
+                   : "; write the number in quotes, as a text";
 }
 
 } // namespace
@@ -190,15 +212,12 @@ std::string way_to(sql_type needed, const misplaced_value& given) {
                : "";
 }
 
-std::string way_together(const misplaced_value& left, const misplaced_value& right) {
+std::string way_together(const misplaced_value& left, const misplaced_value& right, bool is_equality) {
     const bool is_left_text = left.type == sql_type::varchar;
     if (is_left_text || right.type == sql_type::varchar) {
         const misplaced_value& text = is_left_text ? left : right;
         const misplaced_value& other = is_left_text ? right : left;
-        const bool holds_numbers =
-            text.column != nullptr && text.column->forms && may_have_mark(*text.column->forms); // whose texts have another order
-        const bool is_plain_number = is_number(other.type) && other.is_literal && !holds_numbers;
-        return (is_plain_number ? "; write the number in quotes, as a text" : "") + way_to(other.type, text);
+        return (is_equality && is_number(other.type) && other.is_literal ? way_by_quotes(text) : "") + way_to(other.type, text);
     }
     const bool are_date_and_number = (is_datetime(left.type) && is_number(right.type)) || (is_number(left.type) && is_datetime(right.type));
     const bool are_truth_and_number =

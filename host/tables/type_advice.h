@@ -23,8 +23,8 @@ std::string way_to(sql_type needed, const misplaced_value& given);
 // What makes numbers of all texts of a column, the same; empty where nothing does.
 std::string way_to_all_numbers(const table_column& column);
 
-// The same where neither of two values has to have its type, as in a comparison.
-std::string way_together(const misplaced_value& left, const misplaced_value& right);
+// The same where neither of two values has to have its type, as in a comparison, which may be one for equality alone.
+std::string way_together(const misplaced_value& left, const misplaced_value& right, bool is_equality);
 
 // --types "day:DATE 'DD/MM/YYYY'" or --types "day:DATE 'MM/DD/YYYY'", for a shell.
 std::string options_of_types(const std::string& column, std::span<const column_type> types);

@@ -175,4 +175,8 @@ std::vector<std::string> iso_dates(std::string_view text) {
 
 bool is_written_date(std::string_view text) { return read_written_date(text).has_value(); }
 
+bool is_twelve_hour_time(std::string_view text) {
+    return !text.empty() && read_written_date(fmt::format("31.12.2024 {}", text)).has_value() && (text.back() | 0x20) == 'm';
+}
+
 } // namespace host

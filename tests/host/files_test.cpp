@@ -190,6 +190,13 @@ TEST(Files, TableNames) {
     }
     EXPECT_EQ(directory.run({"my-file.csv", "SELECT n FROM my-file"}).err,
               "bifun: SQL, character 17: syntax error at or near \"-\"; my-file.csv is the table my_file\n");
+    directory.write("2024-sales.csv", "Geb.,n\n2000,1\n");
+    EXPECT_EQ(directory.run({"2024-sales.csv", "SELECT n FROM 2024_sales"}).err,
+              "bifun: SQL, character 15: trailing junk after numeric literal at or near \"2024_\"; 2024-sales.csv is the table "
+              "_2024_sales\n");
+    EXPECT_EQ(directory.run({"2024-sales.csv", "SELECT Geb. FROM _2024_sales"}).err,
+              "bifun: SQL, character 8: FROM behind a point is the name of a column; names with a point stand in double quotes; the column "
+              "Geb. of 2024-sales.csv is written \"Geb.\"\n");
     EXPECT_EQ(directory.run({"my-file.csv", "SELECT n FROM my"}).err,
               "bifun: SQL, character 15, near my: there is no table my; the tables are my_file\n");
     EXPECT_EQ(directory.run({"my-file.csv"}).err,

@@ -49,10 +49,13 @@ TEST(Notices, TextsThatAreNoNumbersForACall) {
                   "SELECT TO_NUMBER(REPLACE(REPLACE(d, '$', ''), ',', '')) AS d, "
                   "TO_NUMBER(REPLACE(REPLACE(REPLACE(e, ' \u20ac', ''), '.', ''), ',', '.')) AS e FROM t WHERE a IS NOT NULL AND e <> 'x'",
                   "d,e\n1234.50,5.00\n2,-1234.50\n");
-    expect_notices(
-        "a,b\n1 234,\"5,7\"\n2,6\n", "SELECT TO_NUMBER(a) AS a, TO_NUMBER(b) AS b FROM t LIMIT 1", "a,b\n,\n",
-        {joined({"TO_NUMBER", begin, "1 row; the first is \"1 234\" in row 1 (t.csv, line 2); TO_NUMBER(REPLACE(a, ' ', '')) ..."}),
-         joined({"TO_NUMBER", begin, "1 row; the first is \"5,7\" in row 1 (t.csv, line 2); --decimal comma ..."})});
+    expect_notices("a,b\n1 234,\"5,7\"\nz,6\n", "SELECT TO_NUMBER(a) AS a, TO_NUMBER(b) AS b FROM t LIMIT 1", "a,b\n,\n",
+                   {joined({"TO_NUMBER", begin,
+                            "1 row; the first is \"1 234\" in row 1 (t.csv, line 2); TO_NUMBER(REPLACE(a, ' ', '')) "
+                            "reads such a text"}),
+                    joined({"TO_NUMBER", begin,
+                            "1 row; the first is \"5,7\" in row 1 (t.csv, line 2); --decimal comma reads the column as "
+                            "numbers"})});
 }
 
 TEST(Notices, ZonesThatFunctionsDoNotSee) {
@@ -66,8 +69,8 @@ TEST(Notices, ZonesThatFunctionsDoNotSee) {
                    {joined({"DATEDIFF takes the clock times of different zones as they are, in 1 row; the first is 2024-01-01 "
                             "10:00:00+00:00 and 2024-01-01 12:00:00+02:00 in row 1 (t.csv, line 2)",
                             way}),
-                    joined({"DAYS_BETWEEN takes the clock times of different zones as they are, in 1 row; the first is 2024-01-02 "
-                            "05:00:00-05:00 and 2024-01-01 00:00:00 in row 3 (t.csv, line 4)",
+                    joined({"DAYS_BETWEEN takes the clock times of different zones as they are, in 2 rows; the first is 2024-01-01 "
+                            "12:00:00+00:00 and 2024-01-01 00:00:00 in row 2 (t.csv, line 3)",
                             way})},
                    {"--set", "time_zone=+02:00"});
     expect_notices(file, "SELECT UNIX_TIMESTAMP(b) AS u, UNIX_TIMESTAMP('2024-01-01 10:00:00+02:00') AS c FROM t LIMIT 1",
@@ -104,6 +107,51 @@ TEST(Notices, DatesThatAreComparedAsTexts) {
                    {"n is text, and compared as such with '2024-01-01'; --null 'n/a' --null '' takes that text and empty fields for NULL, "
                     "and the others for DATE"});
     expect_notices(file, "SELECT e FROM t WHERE d = '31.12.2023' AND e <> 'x' AND n IS NULL", "e\n12/31/2023\n", {});
+}
+
+TEST(Notices, NumbersAndTimesThatAreComparedAsTexts) {
+    const std::string file = "v,t,z\n5,9:30 AM,01067\n10,1:00 PM,80331\nn.d.,11:00 PM,01069\n";
+    const std::string way = "; --null 'n.d.' --null '' takes that text and empty fields for NULL, and the others for INT";
+    expect_notices(file, "SELECT v FROM t WHERE v BETWEEN '7' AND '9' OR t > '10:00 AM'", "v\n5\n10\nn.d.\n",
+                   {joined({"v is text, and compared as such with '7'", way}),
+                    "t is text, and compared as such with '10:00 AM'; --types \"t:TIME 'HH:MI AM'\" reads the column as times"});
+    expect_notices(file, "SELECT v FROM t WHERE z BETWEEN '01000' AND '01999' AND v = '5' AND t <> '1:00 PM' AND v < 'x'", "v\n5\n", {});
+    expect_failure(file, "SELECT v FROM t WHERE v > 7", joined({"SQL, character 25, near >: VARCHAR and INT cannot be compared", way}));
+    expect_failure(
+        file, "SELECT v FROM t WHERE z IN (1067, 9999)",
+        "SQL, character 25, near IN: VARCHAR and INT cannot be compared; write the number in quotes, as the file has it, such as "
+        "'01067'; --types z:DECIMAL reads the column as numbers");
+    expect_failure(file, "SELECT CAST(t AS TIME) FROM t",
+                   "CAST: \"9:30 AM\" cannot be TIME in row 1 (t.csv, line 2); --types \"t:TIME 'HH:MI AM'\" reads the column as times");
+}
+
+TEST(Notices, NullAndEmptyTexts) {
+    const std::string file = "w,d\n1,2024-01-01\n,\n";
+    expect_notices(file, "SELECT w FROM t WHERE w = NULL OR w NOT IN (3, NULL)", "w\n",
+                   {"a comparison with NULL is never true; x IS NULL and x IS NOT NULL test for it",
+                    "NOT IN is never true of a list with NULL; x IS NOT NULL leaves out NULL"});
+    expect_notices(file, "SELECT w FROM t WHERE w IS NOT DISTINCT FROM NULL OR w IN (1, NULL)", "w\n1\n\n", {});
+    const std::string is_null = "; an empty field is NULL, as in x IS NULL and x IS NOT NULL";
+    expect_failure(file, "SELECT w FROM t WHERE w = ''",
+                   joined({"SQL, character 25, near =: INT and VARCHAR cannot be compared", is_null}));
+    expect_failure(file, "SELECT w FROM t WHERE d <> ''", joined({"SQL, character 28, near '': this cannot be read as DATE", is_null}));
+    expect_failure(file, "SELECT COALESCE(d, '-') FROM t",
+                   "SQL, character 20, near '-': this cannot be read as DATE; CAST(x AS VARCHAR) makes a text of the DATE");
+}
+
+TEST(Notices, TextsOfWhichSomeAreDates) {
+    const std::string file = "d,c,n\n2024-01-02,20240101,1\n02.01.2024,20240102,2\n1/2/2024,20240103,3\n";
+    const std::string way = "; CAST(TO_DT_TZ(d) AS DATE) is NULL where a text is no date such as 2024-02-29, and TO_DATE(d, 'DD.MM.YYYY') "
+                            "reads others by a format";
+    expect_failure(file, "SELECT CAST(d AS DATE) FROM t", joined({"CAST: \"02.01.2024\" cannot be DATE in row 2 (t.csv, line 3)", way}));
+    expect_failure(file, "SELECT d FROM t WHERE d > DATE '2024-01-01'",
+                   joined({"SQL, character 25, near >: VARCHAR and DATE cannot be compared", way}));
+    expect_failure(file, "SELECT d + 30 FROM t", joined({"SQL, character 10, near +: + does not take VARCHAR and INT", way}));
+    expect_failure(file, "SELECT CAST(c AS DATE) FROM t",
+                   "SQL, character 8, near CAST: CAST makes no DATE of INT; --types \"c:DATE 'YYYYMMDD'\" reads numbers such as ...");
+    expect_failure(
+        file, "SELECT DATE '9999-12-30' + n FROM t",
+        "+: -6118 the datetime is outside years -4712 to 9999, or cannot be formatted or read in row 2 (t.csv, line 3), given 2");
 }
 
 TEST(Notices, TextsByChoice) {
@@ -223,7 +271,8 @@ TEST(Notices, LeadFromTextsToTheTypesOfTheirColumns) {
         {"a = 2", joined({"10, near =: VARCHAR and INT cannot be compared; write the number in quotes, as a text", numbers})},
         {"m > 2", "10, near >: VARCHAR and INT cannot be compared; --decimal comma reads the column as numbers"},
         {"z = 1234",
-         "10, near =: VARCHAR and INT cannot be compared; write the number in quotes, as a text; --types z:DECIMAL reads the ..."},
+         "10, near =: VARCHAR and INT cannot be compared; write the number in quotes, as the file has it, such as '01234'; --types "
+         "z:DECIMAL reads the ..."},
         {"w + 1", "10, near +: + does not take VARCHAR and INT; --types \"w:TIMESTAMP 'DD/MM/YYYY HH24:MI'\" reads the column as dates"},
         {"ABS(m)",
          "8, near ABS: ABS does not take (VARCHAR); it takes (BIGINT), (DOUBLE), (DECIMAL); --decimal comma reads the column as numbers"},
