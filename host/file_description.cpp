@@ -99,7 +99,7 @@ void describe_file(const std::string& path, const program_options& options) {
         find_given_column(*source, given.name)->needed = true;
     }
     resolve_types(*source, types, {}, progress);
-    result_stream results = open_results(options);
+    result_stream results = open_results(options, {path});
     progress.begin("describing", results.is_terminal);
     const std::vector<column_description> described = describe_columns(*source, progress);
 

@@ -53,11 +53,15 @@ const std::string& file_of_table(const std::vector<std::string>& files, const ta
         fmt::format("there is no table {}{}", from.name, hint.empty() ? fmt::format("; the tables are {}", fmt::join(names, ", ")) : hint));
 }
 
-// A file that the query does not read may be a mistaken word.
-void check_files(const std::vector<std::string>& files) {
+// A file that the query does not read may be a mistaken word, such as a second one behind --null.
+void check_files(const std::vector<std::string>& files, const std::vector<std::string>& nulls) {
     for (const std::string& file : files) {
         std::error_code unreadable;
         if (file != "-" && !std::filesystem::exists(file, unreadable)) {
+            if (!nulls.empty() && extension_of(file).empty()) {
+                fail("{0}: no such file; another text for NULL has the option before it, too: --null '{1}' --null '{0}'", file,
+                     nulls.back());
+            }
             fail_opening(file, ENOENT);
         }
     }
@@ -148,11 +152,11 @@ void run_statement(const program_options& options, const std::vector<std::string
     begin_session(settings);
     const given_types types = parse_types(options.types);
     const select_statement statement = parse_query(sql, files, options, settings);
-    check_files(files);
+    check_files(files, options.nulls);
     const output_format format = format_of(options);
     const file_options reading = reading_of(options);
     const type_sample sample = sample_of(options);
-    result_stream results = open_results(options);
+    result_stream results = open_results(options, files);
 
     // False where the first part of a file has given a wrong type and nothing has gone out, so that the query can be run again.
     const auto run = [&](type_sample decides, bool is_first) {

@@ -254,7 +254,8 @@ TEST(Program, FileErrors) {
     const std::string query = "SELECT 1 FROM t";
     const std::string read = "SELECT a FROM t";
     expect_failure("", query, "t.csv: No such file or directory; check the file's name ...", {"t.csv"});
-    expect_failure("a\n", query, "NULL: No such file or directory; ...", {"--null", "NA", "NULL"});
+    expect_failure("a\n", query, "NULL: no such file; another text for NULL has the option before it, too: --null 'NA' --null 'NULL'",
+                   {"--null", "NA", "NULL"});
     expect_failure("\n", query, "t.csv: the file is empty; its first line must name the columns");
     expect_failure("a,b\n\"x\ny\",1\n3\n", query, "t.csv, line 4: the header has 2 fields and this row 1; ...");
     expect_failure("a,b\n1,2\n3,\"x\n\n", query, "t.csv, line 3: the row that begins here has a quote that is never closed; ...");
