@@ -108,6 +108,7 @@ class csv_reader {
     void find_delimiter();
     void read_header();
     void doubt_header();
+    [[nodiscard]] std::optional<std::uint32_t> find_later_header();
     void read_more();
     void rescan();
     bool find_line();
@@ -116,6 +117,9 @@ class csv_reader {
     [[nodiscard]] bool have_as_many_fields(std::uint32_t first_line) const;
     [[nodiscard]] bool seems_header(std::uint32_t line);
     [[nodiscard]] bool has_number_or_date(std::uint32_t line);
+    [[nodiscard]] bool has_empty_field(std::uint32_t line) const;
+    [[nodiscard]] bool has_field_in_apostrophes(std::uint32_t line) const;
+    [[nodiscard]] std::uint32_t next_full_line(std::uint32_t line) const;
     std::uint32_t fill_row(std::uint32_t line);
     void drop_bytes(std::size_t position, std::uint64_t lines);
     void drop_lines();
