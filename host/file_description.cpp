@@ -44,7 +44,9 @@ std::optional<std::string> cut(const std::optional<std::string>& text, bool is_c
 }
 
 // What makes values of the columns that are of texts.
-std::vector<std::string> advice_on_texts(const std::string& path, const std::vector<column_description>& described) {
+std::vector<std::string> advice_on_texts(const csv_reader& reader, const std::vector<column_description>& described) {
+    const std::string& path = reader.path();
+    const std::vector<std::string> known_nulls = reader.nulls_to_repeat();
     std::vector<std::string> advice;
     given_types seeming;
     std::vector<std::string> with_words, words;
@@ -73,8 +75,9 @@ std::vector<std::string> advice_on_texts(const std::string& path, const std::vec
                         given_types_text(seeming)));
     }
     if (!words.empty()) {
-        advice.push_back(fmt::format("{}: column{} {}: words for NULL beside other values make texts of these;{} takes them for NULL", path,
-                                     with_words.size() == 1 ? "" : "s", fmt::join(with_words, ", "), null_options(words)));
+        advice.push_back(fmt::format("{}: column{} {}: words for NULL beside other values make texts of these;{} takes them{} for NULL",
+                                     path, with_words.size() == 1 ? "" : "s", fmt::join(with_words, ", "), null_options(words, known_nulls),
+                                     and_known_nulls(known_nulls)));
     }
     return advice;
 }
@@ -98,6 +101,8 @@ void describe_file(const std::string& path, const program_options& options) {
     for (const given_type& given : types) {
         find_given_column(*source, given.name)->needed = true;
     }
+    std::ranges::for_each(remarks_on_formats(settings), print_message);
+    std::ranges::for_each(remarks_on_formats(types), print_message);
     resolve_types(*source, types, {}, progress);
     result_stream results = open_results(options, {path});
     progress.begin("describing", results.is_terminal);
@@ -142,7 +147,7 @@ void describe_file(const std::string& path, const program_options& options) {
             print_message(remark);
         }
     }
-    for (const std::string& advice : advice_on_texts(path, described)) {
+    for (const std::string& advice : advice_on_texts(source->reader, described)) {
         print_message(advice);
     }
     commit(results);

@@ -157,6 +157,8 @@ void run_statement(const program_options& options, const std::vector<std::string
     const file_options reading = reading_of(options);
     const type_sample sample = sample_of(options);
     result_stream results = open_results(options, files);
+    std::ranges::for_each(remarks_on_formats(settings), tell);
+    std::ranges::for_each(remarks_on_formats(types), tell);
 
     // False where the first part of a file has given a wrong type and nothing has gone out, so that the query can be run again.
     const auto run = [&](type_sample decides, bool is_first) {

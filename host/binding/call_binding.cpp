@@ -209,7 +209,7 @@ void check_date_formats(binder& state, const bifun::entry_point& member, const s
         const std::optional<std::string> month = find_month_behind_hour(use, *format);
         const bool is_percent = use == bifun::date_format::percent;
         const bool has_percent = format->find('%') != format->npos;
-        const std::string of_month = month ? fmt::format("; it {}", *month) : "";
+        const std::string of_month = month_behind_hour_too(use, *format);
         if (fault) {
             fail_at(state.sql, arguments[i].offset, *fault + (has_percent && !is_percent ? std::string(percent_advice(member)) : of_month));
         }

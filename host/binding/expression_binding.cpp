@@ -13,6 +13,7 @@
 #include "host/sql/builtins.h"
 #include "host/sql/names.h"
 #include "host/sql/sql_text.h"
+#include "host/sql/syntax_advice.h"
 #include "host/tables/text_forms.h"
 #include "host/values/value_text.h"
 
@@ -49,6 +50,20 @@ std::string_view spelling_of_column(const expression& tree, std::string_view sql
 
 } // namespace
 
+namespace {
+
+// Whether this is what a column of the file would be called without a header.
+bool is_name_by_place(const table& source, std::string_view name) {
+    for (std::size_t i = 1; i <= source.columns.size(); ++i) {
+        if (equal_ignoring_case(name, fmt::format("column_{}", i))) {
+            return source.reader.has_header();
+        }
+    }
+    return false;
+}
+
+} // namespace
+
 const table_column& column_named(const table& source, const expression& tree, const std::string& sql) {
     const std::vector<const table_column*> found = find_columns(source, spelling_of_column(tree, sql));
     if (found.size() > 1) {
@@ -61,22 +76,29 @@ const table_column& column_named(const table& source, const expression& tree, co
     if (found.empty()) {
         std::vector<std::string> names;
         std::ranges::transform(source.columns, std::back_inserter(names), &table_column::name);
+        const auto all_names = [&] {
+            std::ranges::transform(names, names.begin(), name_in_query);
+            return fmt::format("; there are {}", fmt::join(names, ", "));
+        };
         const std::string_view written = name_as_written(sql, tree.offset, tree.name);
         // eol-lts is eol less lts.
         const auto around = std::ranges::find_if(names, [&](const std::string& name) {
             return name_in_query(name) != name && find_name_around(sql, name, tree.offset) != sql.npos;
         });
-        std::string hint = around != names.end() ? fmt::format("; the column {} is written {}", *around, name_in_query(*around))
-                                                 : did_you_mean(tree.name, names, name_in_query);
+        std::string hint = is_name_by_place(source, tree.name) ? all_names() + "; --no-header names them by their place"
+                           : around != names.end() ? fmt::format("; the column {} is written {}", *around, name_in_query(*around))
+                                                   : did_you_mean(tree.name, names, name_in_query);
         if (hint.empty() && sql[tree.offset] == '"') {
             hint = fmt::format("; a text stands in single quotes: '{}'", written);
+        }
+        if (hint.empty()) {
+            hint = advice_on_trim(sql, tree.offset);
         }
         if (hint.empty()) {
             hint = advice_on_word(tree.name);
         }
         if (hint.empty()) {
-            std::ranges::transform(names, names.begin(), name_in_query);
-            hint = fmt::format("; there are {}", fmt::join(names, ", "));
+            hint = all_names();
         }
         fail_at(sql, tree.offset, fmt::format("{} has no column {}{}", source.reader.path(), written, hint));
     }

@@ -72,8 +72,9 @@ std::string explain_unread_text(execution& run, const step& call, const bifun_co
     if (row_status == BIFUN_INVALID_DATE_FORMAT) {
         return model != nullptr ? explain_unreadable(*model) : "";
     }
-    return model != nullptr ? explain_mismatch(*model, characters)
-                            : fmt::format("\"{}\" is none; {}", characters, explain_default_mismatch());
+    const std::string shown = shown_text(*run.settings.text_charset, characters);
+    return model != nullptr ? explain_mismatch(*model, characters, shown)
+                            : fmt::format("\"{}\" is none; {}", shown, explain_default_mismatch());
 }
 
 // A constant text argument; empty where there is none.
@@ -99,8 +100,20 @@ std::string explain_path(const std::string& text) {
 // Why the text of a row is no number under the call's format.
 std::string explain_unread_number(execution& run, const step& call, const bifun_column* texts, std::uint32_t row) {
     const auto& text = static_cast<const bifun_string*>(texts->data->values)[texts->selection == nullptr ? row : texts->selection[row]];
-    return explain_number_mismatch({reinterpret_cast<const char*>(text.data), text.length}, constant_text(run, call, 1),
+    const std::string_view characters(reinterpret_cast<const char*>(text.data), text.length);
+    return explain_number_mismatch(characters, shown_text(*run.settings.text_charset, characters), constant_text(run, call, 1),
                                    constant_text(run, call, 2));
+}
+
+// ", given 0": the values of a row that the query does not show; empty where all are constants.
+std::string given_values(const execution& run, const step& call, std::uint32_t row) {
+    std::string given;
+    for (const std::size_t operand : call.operands) {
+        if (run.query.steps[operand].kind != step_kind::constant) {
+            given.append(given.empty() ? ", given " : ", ").append(shown_value(run, operand, row));
+        }
+    }
+    return given;
 }
 
 [[noreturn]] void fail_in_call(execution& run, const step& call, const invocation& made, std::int32_t status, std::uint32_t row_count) {
@@ -120,7 +133,8 @@ std::string explain_unread_number(execution& run, const step& call, const bifun_
                                : failed.status == BIFUN_NUMBER_FORMAT_MISMATCH
                                    ? explain_unread_number(run, call, made.columns[0], *failed.row)
                                    : "";
-    fail("{} in {}{}{}", message, place_of_row(run, *failed.row), reason.empty() ? "" : ": ", reason);
+    fail("{} in {}{}", message, place_of_row(run, *failed.row),
+         reason.empty() ? given_values(run, call, *failed.row) : fmt::format(": {}", reason));
 }
 
 // Results of functions end in blanks that are stored or counted, literals and fields in counted ones. Functions tell the two apart, people
@@ -138,7 +152,7 @@ void count_trailing_blanks(bifun_column& column, std::uint32_t row_count) {
 
 // Rows whose text gave NULL. No other argument of such calls may be NULL: those are constants.
 void count_unread_texts(const execution& run, step& call, const bifun_column& texts, std::uint32_t row_count) {
-    constexpr std::size_t longest = 40;
+    const std::size_t operand = call.operands[*call.unread.argument];
     for (std::uint32_t k = 0; k < row_count; ++k) {
         const std::uint32_t row = row_of(texts, k);
         if (call.result->data.null_flags[k] != 0 || texts.data->null_flags[row] == 0 || ++call.unread.rows > 1) {
@@ -147,9 +161,7 @@ void count_unread_texts(const execution& run, step& call, const bifun_column& te
         const auto& text = static_cast<const bifun_string*>(texts.data->values)[row];
         const std::string_view characters(reinterpret_cast<const char*>(text.data), text.length);
         call.unread.is_number = shape_of_number(without_blanks_around(characters)).is_number;
-        call.unread.first =
-            fmt::format("\"{}{}\" in {}", to_utf8_with_replacements(*run.settings.text_charset, characters.substr(0, longest)),
-                        text.length > longest ? "..." : "", place_of_row(run, k));
+        call.unread.first = fmt::format("{} in {}", shown_value(run, operand, k), place_of_row(run, k));
     }
 }
 

@@ -21,21 +21,6 @@ namespace {
 
 using bifun::value_type;
 
-// A value of the step's operand, as an error shows it.
-std::string shown_value(const execution& run, const step& made, std::uint32_t row) {
-    constexpr std::size_t longest = 40;
-    const bifun_column& from = column_of(run, made.operands[0]);
-    const sql_type type = run.query.steps[made.operands[0]].type;
-    std::string text;
-    if (type == sql_type::varchar) {
-        const auto& value = static_cast<const bifun_string*>(from.data->values)[row];
-        text.append(reinterpret_cast<const char*>(value.data), std::min<std::size_t>(value.length, longest));
-        return fmt::format("\"{}{}\"", to_utf8_with_replacements(*run.settings.text_charset, text), value.length > longest ? "..." : "");
-    }
-    append_value(text, from, type, row);
-    return text;
-}
-
 // How else a column of the file becomes such values; a text that is computed is as it is.
 std::string way_out(const execution& run, const step& made) {
     const step& given = run.query.steps[made.operands[0]];
@@ -52,7 +37,7 @@ template <class Cast> void cast_rows(const execution& run, step& made, std::uint
         const std::uint32_t row = row_of(from, k);
         to.data->null_flags[k] = from.data->null_flags[row];
         if (from.data->null_flags[row] != 0 && !cast(row, k)) {
-            fail("CAST: {} cannot be {}{} in {}{}", shown_value(run, made, row), sql_type_name(made.type),
+            fail("CAST: {} cannot be {}{} in {}{}", shown_value(run, made.operands[0], k), sql_type_name(made.type),
                  made.shape ? fmt::format("({}, {})", made.shape->digits, made.shape->fraction_digits) : "", place_of_row(run, k),
                  way_out(run, made));
         }

@@ -7,6 +7,7 @@
 
 #include "host/evaluation/execution_parts.h"
 #include "host/evaluation/like.h"
+#include "host/output/value_output.h"
 #include "host/program_error.h"
 #include "host/session/interruption.h"
 
@@ -178,6 +179,25 @@ std::string place_of_row(const execution& run, std::uint32_t row) {
     const std::string counted = fmt::format("row {}", run.rows_before + in_batch + 1);
     const table* const source = run.query.source;
     return source == nullptr ? counted : fmt::format("{} ({}, line {})", counted, source->reader.path(), line_of(*source, in_batch));
+}
+
+std::string shown_value(const execution& run, std::size_t step, std::uint32_t row) {
+    const bifun_column& values = column_of(run, step);
+    const sql_type type = run.query.steps[step].type;
+    const std::uint32_t place = row_of(values, row);
+    if (values.data->null_flags[place] == 0) {
+        return "NULL";
+    }
+    std::string shown;
+    if (type == sql_type::varchar) {
+        constexpr std::uint32_t enough = 100; // more is cut anyway
+        const auto& text = value_at<bifun_string>(values, place);
+        shown.assign(reinterpret_cast<const char*>(text.data), std::min(text.length, enough))
+            .append(std::min(text.trailing_blanks, enough), ' ');
+        return fmt::format("\"{}\"", shown_text(*run.settings.text_charset, shown));
+    }
+    append_value(shown, values, type, place);
+    return shown;
 }
 
 void set_view(execution& run, const std::uint16_t* rows) {

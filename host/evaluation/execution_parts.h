@@ -37,6 +37,9 @@ bifun_column& column_of(const execution& run, std::size_t step);
 // How messages name a row in view: "row 3 (t.csv, line 4)", counted from 1 behind the header, or "row 1" without a file.
 std::string place_of_row(const execution& run, std::uint32_t row);
 
+// The value of a step in a row in view, as messages show it: texts in double quotes, and of long ones the beginning.
+std::string shown_value(const execution& run, std::size_t step, std::uint32_t row);
+
 // Narrows or widens the view. The rows stay where they are.
 void set_view(execution& run, const std::uint16_t* rows);
 

@@ -44,7 +44,7 @@ where a literal is needed.
   documents in [JSON](json.md).
 
 A NULL argument gives NULL, except in {null_takers}. A function that fails for a row ends the query with the status, its
-meaning, the row and its line: `bifun: LN: -6803 an argument is outside the function's domain in row 15 (t.csv, line 16)`. The conditions that AND joins in
+meaning, the row, its line and its values: `bifun: LN: -6803 an argument is outside the function's domain in row 15 (t.csv, line 16), given 0`. The conditions that AND joins in
 WHERE are applied from left to right, so that `WHERE x > 0 AND LN(x) > 3` does not fail; IF does evaluate both of its values for every
 row, CASE and COALESCE only those that they take.
 

@@ -155,15 +155,27 @@ void begin_session(const session_settings& settings) {
         const std::string text = in_database_charset(settings, settings.date_formats[i]);
         const auto fault = text.empty() ? std::nullopt : find_format_fault(bifun::date_format::model, text);
         if (fault) {
-            fail("--set: {}: {}", format_names[i], *fault);
+            fail("--set: {}: {}{}", format_names[i], *fault, month_behind_hour_too(bifun::date_format::model, text));
         }
         const auto which = static_cast<zqengine::session_format>(i);
         const bool is_of_times = which == zqengine::session_format::time || which == zqengine::session_format::time_with_zone;
         const auto of_date = is_of_times ? find_date_element(bifun::date_format::model, text) : std::nullopt;
         if (of_date) {
-            fail("--set: {}: a time has no date, and the date format has {}", format_names[i], *of_date);
+            fail("--set: {}: a time has no date, and the date format has {}{}", format_names[i], *of_date,
+                 month_behind_hour_too(bifun::date_format::model, text));
         }
     }
+}
+
+std::vector<std::string> remarks_on_formats(const session_settings& settings) {
+    std::vector<std::string> remarks;
+    for (std::size_t i = 0; i < settings.date_formats.size(); ++i) {
+        const std::string& text = settings.date_formats[i];
+        if (const std::optional<std::string> month = find_month_behind_hour(bifun::date_format::model, text)) {
+            remarks.push_back(fmt::format("--set {}: the format '{}' {}", format_names[i], text, *month));
+        }
+    }
+    return remarks;
 }
 
 void set_up_environment(const session_settings& settings, bifun_environment& environment) {

@@ -39,6 +39,9 @@ session_settings read_settings(const std::vector<std::string>& assignments);
 // otherwise. Throws where there is no such parameter or value.
 void begin_session(const session_settings& settings);
 
+// What is said of date formats that may not be meant as they are written.
+std::vector<std::string> remarks_on_formats(const session_settings& settings);
+
 // Gives an environment those that are its own.
 void set_up_environment(const session_settings& settings, bifun_environment& environment);
 

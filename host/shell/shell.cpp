@@ -13,6 +13,7 @@
 #include "host/query_run.h"
 #include "host/session/interruption.h"
 #include "host/shell/line_editor.h"
+#include "host/sql/names.h"
 #include "host/sql/tokens.h"
 #include "host/tables/given_types.h"
 #include "host/values/value_text.h"
@@ -88,6 +89,22 @@ void change_settings(shell_state& shell, const std::string& assignment) {
     shell.options = std::move(changed);
 }
 
+// Whether a column has just this name, that of its table before it or not.
+bool is_column(const shell_state& shell, const std::string& name) {
+    const auto has = [&](const shell_table& table) {
+        std::size_t begin = 0;
+        while (std::ranges::find(table.columns, name_in_query(name.substr(begin))) == table.columns.end()) {
+            const std::size_t point = name.find('.', begin);
+            if (point == name.npos) {
+                return false;
+            }
+            begin = point + 1;
+        }
+        return true;
+    };
+    return std::ranges::any_of(shell.tables, has);
+}
+
 void change_types(shell_state& shell, const std::string& types) {
     if (types.empty()) {
         return print(shell.options.types.empty() ? "No types are given; \\d TABLE shows those found.\n" : shell.options.types + "\n");
@@ -97,7 +114,8 @@ void change_types(shell_state& shell, const std::string& types) {
     }
     const given_types added = parse_types(types);
     check_given_types(added, nullptr, shell.options.words, reading_of(shell.options), read_settings(shell.options.settings));
-    shell.options.types = given_types_text(with_types(parse_types(shell.options.types), added));
+    shell.options.types = given_types_text(
+        with_types(parse_types(shell.options.types), added, [&](const std::string& name) { return is_column(shell, name); }));
 }
 
 void change_output(shell_state& shell, const std::string& path) { shell.options.output = path; }

@@ -48,7 +48,7 @@ constexpr name_elsewhere names_elsewhere[] = {
     {"STRCMP", "compare texts with =, < and >"},
     {"UNICODE CODEPOINT", "use ASCII(s)"},
     {"STRFTIME", "use TO_CHAR(d, format) or DATE_FORMAT(d, format)"},
-    {"STR TO_INT TO_INTEGER TRY_CAST CONVERT TO_DECIMAL TO_VARCHAR TO_STRING STRING TEXT SAFE_CAST",
+    {"DOUBLE BOOL SIGNED UNSIGNED STR TO_INT TO_INTEGER TRY_CAST CONVERT TO_DECIMAL TO_VARCHAR TO_STRING STRING TEXT SAFE_CAST",
      "use CAST(x AS type), such as CAST(x AS DECIMAL) or CAST(x AS VARCHAR)"},
     {"NOW SYSDATE SYSTIMESTAMP GETDATE GETUTCDATE CURDATE CURTIME TODAY", moments},
     {"DATE", "use CAST(x AS DATE) or TO_DATE(x, format)"},

@@ -195,6 +195,12 @@ expression translate_operator(const json& body, translation_context context) {
     if (kind == "AEXPR_DISTINCT" || kind == "AEXPR_NOT_DISTINCT") {
         return translate_distinction(body, context, kind == "AEXPR_NOT_DISTINCT");
     }
+    if (kind == "AEXPR_BETWEEN_SYM" || kind == "AEXPR_NOT_BETWEEN_SYM") {
+        fail_at(context.sql, offset_of(body), "SYMMETRIC is not supported; write x BETWEEN LEAST(y, z) AND GREATEST(y, z)");
+    }
+    if (kind == "AEXPR_OP_ANY" || kind == "AEXPR_OP_ALL") {
+        fail_at(context.sql, offset_of(body), "ANY and ALL are not supported; write the values, as in x IN (1, 2) and x NOT IN (1, 2)");
+    }
     fail_at(context.sql, offset_of(body), fmt::format("this operator is not supported; {}", all_operators));
 }
 

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <optional>
 #include <utility>
+#include <vector>
 
 #include <fmt/format.h>
 
@@ -54,8 +55,33 @@ constexpr literal_type literal_types[] = {
     {"interval", literal_kind::interval},
 };
 
+// How intervals of weeks and of several counted fields are written here; empty for any other text.
+std::string other_way_to_write(std::string_view text) {
+    std::vector<std::string_view> words;
+    while (!without_blanks_around(text).empty()) {
+        text = without_blanks_around(text);
+        words.push_back(text.substr(0, text.find(' ')));
+        text.remove_prefix(words.back().size());
+    }
+    std::string sum;
+    for (std::size_t i = 0; i + 1 < words.size(); i += 2) {
+        std::int32_t count = 0;
+        std::string unit = upper_case(words[i + 1]);
+        unit.resize(unit.size() - (unit.ends_with('S') ? 1 : 0));
+        const bool is_week = unit == "WEEK";
+        if (!read_number(words[i], count) || !(is_week || find_qualifier(unit))) {
+            return "";
+        }
+        constexpr std::int64_t days_of_week = 7;
+        const std::string field = is_week ? fmt::format("{} days", count * days_of_week) : fmt::format("{} {}", count, words[i + 1]);
+        sum += fmt::format("{}INTERVAL '{}'", sum.empty() ? "" : " + ", field);
+    }
+    const bool are_several = words.size() > 2;
+    return sum.empty() || words.size() % 2 != 0 ? "" : fmt::format("an interval has one field; write {}{}", are_several ? "d + " : "", sum);
+}
+
 // The parser gives the fields of an interval as a set of bits, then the fraction digits of its seconds.
-interval_qualifier translate_qualifier(const json& type, const translation_context& context) {
+interval_qualifier translate_qualifier(const json& type, std::string_view text, const translation_context& context) {
     constexpr int field_bits[] = {1 << 2, 1 << 1, 1 << 3, 1 << 10, 1 << 11, 1 << 12}; // year to second
     constexpr int all_bits = 0x7FFF;                                                  // where there are none
     const json modifiers = type.value("typmods", json::array());
@@ -72,7 +98,9 @@ interval_qualifier translate_qualifier(const json& type, const translation_conte
         }
     }
     if (fields == all_bits || !find_qualifier(qualifier_name(made))) {
-        refuse(type, context, "an interval is written INTERVAL '3 days', INTERVAL '3' DAY or INTERVAL '1-2' YEAR TO MONTH");
+        const std::string other = modifiers.empty() ? other_way_to_write(text) : "";
+        refuse(type, context,
+               other.empty() ? "an interval is written INTERVAL '3 days', INTERVAL '3' DAY or INTERVAL '1-2' YEAR TO MONTH" : other);
     }
     if (modifiers.size() > 1) {
         made.fraction_digits = number(1);
@@ -211,6 +239,11 @@ expression translate_cast(const json& body, translation_context context) {
     const std::string name = type["names"].back()["String"].value("sval", "");
     const auto* const known = std::ranges::find(literal_types, name, &literal_type::name);
     const bool is_text = body["arg"].contains("A_Const") && body["arg"]["A_Const"].contains("sval");
+    const std::size_t at = offset_of(type);
+    if (is_text && name == "bpchar" && at + 1 < context.sql.size() && upper_case(context.sql.substr(at, 1)) == "N" &&
+        context.sql[at + 1] == '\'') {
+        return translate_constant(body["arg"]["A_Const"], context); // N'text'
+    }
     const bool is_interval = known != std::end(literal_types) && known->kind == literal_kind::interval;
     if (known == std::end(literal_types) || !is_text || (type.contains("typmods") && !is_interval) ||
         (known->kind == literal_kind::date && is_cast_of_timestamp(body, context))) {
@@ -225,7 +258,7 @@ expression translate_cast(const json& body, translation_context context) {
         made.fields = counted->second;
         made.text = std::string(counted->first);
     } else if (is_interval) {
-        made.fields = translate_qualifier(type, context);
+        made.fields = translate_qualifier(type, made.text, context);
     }
     made.offset = std::min(made.offset, offset_of(type));
     return made;

@@ -95,6 +95,52 @@ std::string list_advice(const std::vector<placed_token>& tokens, std::size_t pla
     return !open.empty() && ends ? "; a closing parenthesis is missing" : "";
 }
 
+struct type_as_call {
+    std::string_view names;
+    std::string_view type; // of CAST
+};
+
+constexpr type_as_call types_as_calls[] = {
+    {"INT INTEGER SMALLINT", "INT"},
+    {"BIGINT", "BIGINT"},
+    {"DECIMAL NUMERIC DEC", "DECIMAL"},
+    {"FLOAT REAL", "DOUBLE"},
+    {"VARCHAR CHARACTER", "VARCHAR"},
+    {"BOOLEAN", "BOOL"},
+    {"TIME", "TIME"},
+    {"TIMESTAMP", "TIMESTAMP"},
+};
+
+// Of calls up to the place that are written with a word which the parser keeps for something else.
+std::string call_advice(const std::vector<placed_token>& tokens, std::size_t place) {
+    const auto text_at = [&](std::size_t i) { return i < tokens.size() ? tokens[i].text : std::string_view(); };
+    constexpr std::size_t most_before = 4;
+    for (std::size_t i = place > most_before ? place - most_before : 0; i < place; ++i) {
+        if (text_at(i + 1) != "(" || (i > 0 && (is_one_of("AS", text_at(i - 1)) || text_at(i - 1) == "::"))) {
+            continue;
+        }
+        const std::string name = upper_case(text_at(i));
+        const bool is_simple = text_at(i + 3) == ")";
+        if (name == "TRIM" && is_one_of("LEFT RIGHT", text_at(i + 2))) {
+            return fmt::format("; write TRIM({} FROM s)", is_one_of("LEFT", text_at(i + 2)) ? "LEADING" : "TRAILING");
+        }
+        if (name == "POSITION" && text_at(place) == ",") {
+            return place == i + 3 && text_at(i + 5) == ")" ? fmt::format("; write POSITION({} IN {})", text_at(i + 2), text_at(i + 4))
+                                                           : "; write POSITION(pattern IN s)";
+        }
+        if (name == "CHAR" || name == "NCHAR") {
+            return fmt::format("; CHR({0}) is the character of a code, and CAST({0} AS VARCHAR) makes a text of a value",
+                               is_simple ? text_at(i + 2) : "x");
+        }
+        const auto* const known =
+            std::ranges::find_if(types_as_calls, [&](const type_as_call& type) { return bifun::has_word(type.names, name); });
+        if (known != std::end(types_as_calls)) {
+            return fmt::format("; write CAST({} AS {})", is_simple ? text_at(i + 2) : "x", known->type);
+        }
+    }
+    return "";
+}
+
 } // namespace
 
 std::string syntax_advice(std::string_view sql, std::size_t offset) {
@@ -144,8 +190,19 @@ std::string syntax_advice(std::string_view sql, std::size_t offset) {
             return fmt::format("; {}", known->advice);
         }
     }
+    if (std::string of_call = call_advice(tokens, place); !of_call.empty()) {
+        return of_call;
+    }
     const std::string of_lists = list_advice(tokens, place);
     return of_lists.empty() ? keyword_advice(tokens, place) : of_lists;
+}
+
+std::string advice_on_trim(std::string_view sql, std::size_t offset) {
+    const std::vector<placed_token> tokens = tokens_of(sql);
+    const auto at = static_cast<std::size_t>(std::ranges::lower_bound(tokens, offset, {}, &placed_token::offset) - tokens.begin());
+    const bool is_first = at > 1 && at + 1 < tokens.size() && is_one_of("TRIM", tokens[at - 2].text) && tokens[at - 1].text == "(" &&
+                          is_one_of("FROM", tokens[at + 1].text);
+    return is_first ? "; before FROM stand LEADING, TRAILING or BOTH and the character, as in TRIM(LEADING '0' FROM s)" : "";
 }
 
 bool begins_with_curly_quote(std::string_view text) {

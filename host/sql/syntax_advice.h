@@ -30,6 +30,9 @@ bool begins_with_curly_quote(std::string_view text);
 // "; write LIMIT 2 OFFSET 1"; empty where the text tells nothing.
 std::string syntax_advice(std::string_view sql, std::size_t offset);
 
+// The same of a name that is no column: where it stands first in TRIM(name FROM s).
+std::string advice_on_trim(std::string_view sql, std::size_t offset);
+
 } // namespace host
 
 #endif

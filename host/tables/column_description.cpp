@@ -157,7 +157,7 @@ void include_field(column_state& column, const table_column& source, csv_reader&
 }
 
 column_description describe(const column_state& column, const table_column& source, const charset& set, bool is_point_likely,
-                            bool has_decimal_mark) {
+                            bool has_decimal_mark, const std::vector<std::string>& known_nulls) {
     const column_type type = source.needed ? source.type : column_type{.type = type_of_fields(column.kinds)};
     const bool is_text = type.type == sql_type::varchar;
     column_description made{.name = source.name,
@@ -209,6 +209,7 @@ column_description describe(const column_state& column, const table_column& sour
         for (std::string& word : forms.null_words) {
             word = shown(word);
         }
+        forms.known_nulls = known_nulls;
         made.decimal = has_decimal_mark ? "" : decimal_option(forms, is_point_likely, "them");
         const bool are_alone = forms.other.empty() && find_placeholders(forms);
         made.null_words = are_alone || !made.seems.empty() ? forms.null_words : std::vector<std::string>();
@@ -245,7 +246,7 @@ std::vector<column_description> describe_columns(table& source, progress_bar& pr
     std::vector<column_description> made;
     for (std::size_t i = 0; i < columns.size(); ++i) {
         made.push_back(describe(columns[i], source.columns[i], *source.settings->text_charset, seems_point(reader, shown),
-                                reader.decimal_mark().has_value()));
+                                reader.decimal_mark().has_value(), reader.nulls_to_repeat()));
     }
     for (std::size_t i = 0; i < columns.size(); ++i) {
         source.columns[i].type = made[i].type;

@@ -245,6 +245,11 @@ void csv_reader::check_byte(std::string_view option, char byte) const {
     }
 }
 
+std::vector<std::string> csv_reader::nulls_to_repeat() const {
+    const std::vector<std::string>& texts = options_.null_texts;
+    return std::ranges::find(texts, "") != texts.end() ? texts : std::vector<std::string>();
+}
+
 void csv_reader::take_null_texts() {
     for (const std::string& text : options_.null_texts) {
         // No field holds what the character set does not have.
@@ -253,6 +258,18 @@ void csv_reader::take_null_texts() {
         }
     }
 }
+
+namespace {
+
+// 2024-01-01 10:00:00,123 INFO ...: no field begins with a blank behind so many digits.
+bool begins_as_log(std::string_view text) {
+    constexpr std::string_view form = "0000-00-00 00:00:00,000 ";
+    return text.size() > form.size() && std::ranges::equal(text.substr(0, form.size()), form, [](char c, char expected) {
+               return expected == '0' ? c >= '0' && c <= '9' : c == expected;
+           });
+}
+
+} // namespace
 
 void csv_reader::find_delimiter() {
     if (syntax_.quote) {
@@ -275,6 +292,12 @@ void csv_reader::find_delimiter() {
     if (syntax_.quote == '"' && (text().starts_with("{\"") || text().starts_with("[{"))) {
         fail("{}: this is JSON; with --no-header --quote none --delimiter 0x01 each line is a text, for JSON_VALUE(column_1, '$.name')",
              path());
+    }
+    if (begins_as_log(text())) {
+        fail(
+            "{}: this seems to be a log with commas before its milliseconds; with --no-header --quote none --delimiter 0x01 each line is a "
+            "text, for SUBSTR(column_1, 1, 19), and with --delimiter comma it has fields",
+            path());
     }
     const found_delimiter found = guess_delimiter(path(), text(), at_end_, syntax_, !is_part_of_characters('|'));
     syntax_.delimiter = found.delimiter;

@@ -69,6 +69,11 @@ class csv_reader {
     void add_lines_of(std::span<const std::uint32_t> rows, std::vector<std::uint64_t>& lines) const;
 
     [[nodiscard]] std::optional<char> decimal_mark() const { return options_.decimal_mark; }
+    [[nodiscard]] bool has_header() const { return options_.has_header; }
+
+    // The texts that stand for NULL, in UTF-8, where empty fields are among them: a --null more would have them be texts, and so has to
+    // name all of them again.
+    [[nodiscard]] std::vector<std::string> nulls_to_repeat() const;
     [[nodiscard]] char delimiter() const { return syntax_.delimiter; }
 
     // Whether all rows just read are ASCII.

@@ -179,7 +179,22 @@ field_kinds marked_forms_of(std::string_view text) {
     return forms;
 }
 
-bool is_truth_word(std::string_view text) { return equal_ignoring_case(text, "true") || equal_ignoring_case(text, "false"); }
+bool is_truth_word(std::string_view text) {
+    constexpr std::string_view words[] = {"true", "false", "yes", "no"};
+    return std::ranges::any_of(words, [text](std::string_view word) { return equal_ignoring_case(text, word); });
+}
+
+// Of negative numbers in accounts, beside which the others are plain ones.
+field_kinds account_forms_of(std::string_view text) {
+    xdec decimal;
+    if (read_decimal(text, decimal)) {
+        return bracketed_number_form | trailing_minus_form;
+    }
+    if (text.starts_with('(') && text.ends_with(')') && text.size() > 2) {
+        return form_if(is_digit(text[1]) && read_decimal(text.substr(1, text.size() - 2), decimal), bracketed_number_form);
+    }
+    return form_if(text.ends_with('-') && is_digit(text[0]) && read_decimal(text.substr(0, text.size() - 1), decimal), trailing_minus_form);
+}
 
 } // namespace
 
@@ -199,6 +214,7 @@ field_form form_of_field(std::string_view text, std::optional<char> decimal_mark
     if (wants(comma_number_form | point_number_form)) {
         form.kinds |= marked_forms_of(text);
     }
+    form.kinds |= wants(bracketed_number_form | trailing_minus_form) ? account_forms_of(text) : 0;
     form.kinds |= form_if(wants(long_fraction_form) && has_long_fraction(text), long_fraction_form);
     if (wants(affixed_number_form)) {
         xdec decimal;
@@ -213,7 +229,7 @@ field_form form_of_field(std::string_view text, std::optional<char> decimal_mark
 }
 
 field_kinds forms_of_all(field_kinds kinds) {
-    constexpr field_kinds forms_of_exact = decimal_form | double_form | point_number_form;
+    constexpr field_kinds forms_of_exact = decimal_form | double_form | point_number_form | bracketed_number_form | trailing_minus_form;
     return (kinds & ~(integer_field | bigint_field | precise_field)) == 0                   ? forms_of_exact | comma_number_form
            : (kinds & ~(integer_field | bigint_field | decimal_field | precise_field)) == 0 ? forms_of_exact
                                                                                             : 0;

@@ -30,16 +30,18 @@ enum field_kind : field_kinds {
     precise_field = 1024, // besides the kind of a number: as a double it would have other digits
 
     // What a field may be meant as, besides its kind in SQL; it may be several of these.
-    decimal_form = field_kinds{1} << 32,     // a DECIMAL takes it as it is: 007
-    double_form = decimal_form << 1,         // the same of a DOUBLE
-    comma_number_form = decimal_form << 2,   // 1.234,56
-    point_number_form = decimal_form << 3,   // 1,234.56
-    affixed_number_form = decimal_form << 4, // 10%, $5
-    written_date_form = decimal_form << 5,   // 31.12.2024
-    long_fraction_form = decimal_form << 6,  // a timestamp with more digits of a second than are kept
-    truth_word_form = decimal_form << 7,     // true
-    null_word_form = decimal_form << 8,      // NA
-    all_forms = (decimal_form << 9) - decimal_form,
+    decimal_form = field_kinds{1} << 32,       // a DECIMAL takes it as it is: 007
+    double_form = decimal_form << 1,           // the same of a DOUBLE
+    comma_number_form = decimal_form << 2,     // 1.234,56
+    point_number_form = decimal_form << 3,     // 1,234.56
+    affixed_number_form = decimal_form << 4,   // 10%, $5
+    written_date_form = decimal_form << 5,     // 31.12.2024
+    long_fraction_form = decimal_form << 6,    // a timestamp with more digits of a second than are kept
+    truth_word_form = decimal_form << 7,       // true, yes
+    null_word_form = decimal_form << 8,        // NA
+    bracketed_number_form = decimal_form << 9, // (5.00), a negative number of accounts
+    trailing_minus_form = decimal_form << 10,  // 5.00-, the same
+    all_forms = (decimal_form << 11) - decimal_form,
 };
 
 constexpr field_kinds number_fields = integer_field | bigint_field | decimal_field | double_field;

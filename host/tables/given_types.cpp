@@ -76,13 +76,14 @@ void take_format(column_type& type, std::string_view format) {
         fail("--types: formats are for DATE, TIME and TIMESTAMP, and {} has none", name);
     }
     if (const std::optional<std::string> fault = find_format_fault(bifun::date_format::model_to_read, format)) {
-        fail("--types: {}", *fault);
+        fail("--types: {}{}", *fault, month_behind_hour_too(bifun::date_format::model_to_read, format));
     }
     if (type.type == sql_type::date && reads_time(format)) {
         fail("--types: a DATE keeps no time of day, and '{}' has one; TIMESTAMP keeps it", format);
     }
     if (type.type == sql_type::time && find_date_element(bifun::date_format::model, format)) {
-        fail("--types: a TIME keeps no date, and '{}' has one; TIMESTAMP keeps it", format);
+        const std::string month = month_behind_hour_too(bifun::date_format::model, format);
+        fail("--types: a TIME keeps no date, and '{}' has one{}", format, month.empty() ? "; TIMESTAMP keeps it" : month);
     }
 }
 
@@ -122,12 +123,25 @@ given_types parse_types(std::string_view text) {
     return types;
 }
 
-given_types with_types(given_types types, const given_types& later) {
+given_types with_types(given_types types, const given_types& later, const std::function<bool(const std::string&)>& is_column) {
     std::erase_if(types, [&](const given_type& earlier) {
-        return std::ranges::any_of(later, [&](const given_type& given) { return equal_ignoring_case(earlier.name, given.name); });
+        return std::ranges::any_of(later, [&](const given_type& given) {
+            return earlier.name == given.name ||
+                   (equal_ignoring_case(earlier.name, given.name) && !(is_column(earlier.name) && is_column(given.name)));
+        });
     });
     types.insert(types.end(), later.begin(), later.end());
     return types;
+}
+
+std::vector<std::string> remarks_on_formats(const given_types& types) {
+    std::vector<std::string> remarks;
+    for (const given_type& given : types) {
+        if (const std::optional<std::string> month = find_month_behind_hour(bifun::date_format::model_to_read, given.type.format)) {
+            remarks.push_back(fmt::format("--types {}: the format '{}' {}", given.name, given.type.format, *month));
+        }
+    }
+    return remarks;
 }
 
 std::string given_types_text(const given_types& types) {

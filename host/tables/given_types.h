@@ -3,6 +3,7 @@
 #ifndef BIFUN_HOST_TABLES_GIVEN_TYPES_H
 #define BIFUN_HOST_TABLES_GIVEN_TYPES_H
 
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -15,8 +16,12 @@ namespace host {
 // in case alone may be those of two columns.
 given_types parse_types(std::string_view text);
 
-// The types with others that count instead for the names that they have.
-given_types with_types(given_types types, const given_types& later);
+// The types with others that count instead for the names that they have. Names that differ in case alone are the same one, unless each is
+// that of a column, as `is_column` tells.
+given_types with_types(given_types types, const given_types& later, const std::function<bool(const std::string&)>& is_column);
+
+// What is said of formats that may not be meant as they are written.
+std::vector<std::string> remarks_on_formats(const given_types& types);
 
 // The same text of them.
 std::string given_types_text(const given_types& types);

@@ -18,16 +18,12 @@
 namespace host {
 namespace {
 
-// A field as an error shows it: cut, and in UTF-8.
-std::string shown_field(const charset& set, std::string_view text) {
-    constexpr std::size_t longest = 40;
-    return to_utf8_with_replacements(set, text.substr(0, longest)) + (text.size() > longest ? "..." : "");
-}
-
 // Where a text is one that often stands for NULL.
-std::string null_hint(std::string_view text) {
+std::string null_hint(const table& source, std::string_view text) {
     if (is_null_word(text)) {
-        return fmt::format("; --null '{}' takes it for NULL", without_blanks_around(text));
+        const std::vector<std::string> known = source.reader.nulls_to_repeat();
+        return fmt::format(";{} takes it{} for NULL", null_options({std::string(without_blanks_around(text))}, known),
+                           and_known_nulls(known));
     }
     return text.empty() ? "; --quoted-nulls takes it for NULL" : "";
 }
@@ -53,7 +49,7 @@ std::string writing_hint(const table& source, const table_column& column, std::s
 std::string describe_fault(const table& source, const table_column& column, std::string_view text, field_fault fault) {
     const charset& set = *source.settings->text_charset;
     const std::string type = column_type_name(column.type);
-    const std::string shown = fmt::format("\"{}\"", shown_field(set, text));
+    const std::string shown = fmt::format("\"{}\"", shown_text(set, text));
     switch (fault) {
     case field_fault::invalid_text:
         return fmt::format("{} is not valid {}{}", shown, set.name, naming_encoding);
@@ -73,13 +69,13 @@ std::string describe_fault(const table& source, const table_column& column, std:
         const sql_type wider = type_of_fields(*column.sampled | classify_field(text, source.reader.decimal_mark()));
         return fmt::format("{} is not of type {}, which the rows at the beginning of the file gave; give the column its type with --types, "
                            "such as {}:{}, or have the whole file decide with --sample all{}",
-                           shown, *column.sampled == 0 ? "NULL" : type, column.name, sql_type_name(wider), null_hint(text));
+                           shown, *column.sampled == 0 ? "NULL" : type, column.name, sql_type_name(wider), null_hint(source, text));
     }
     case field_fault::out_of_memory:
         return fmt::format("{}: out of memory", shown);
     default:
         return fmt::format("{} is not of type {}; give the column another type with --types, such as {}:VARCHAR{}", shown, type,
-                           column.name, null_hint(text) + writing_hint(source, column, text));
+                           column.name, null_hint(source, text) + writing_hint(source, column, text));
     }
 }
 
@@ -132,6 +128,7 @@ void keep_forms(const table& source, table_column& column, text_forms forms) {
         as_utf8(*text);
     }
     std::ranges::for_each(forms.null_words, as_utf8);
+    forms.known_nulls = source.reader.nulls_to_repeat();
     column.seems = seeming_types(forms);
     column.decimal_mark = source.reader.decimal_mark();
     column.forms = std::move(forms);

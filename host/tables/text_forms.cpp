@@ -102,7 +102,7 @@ std::string decimal_option(const text_forms& forms, bool is_point_likely, std::s
     if (!may_have_mark(forms)) {
         return "";
     }
-    const std::string nulls = null_options(forms.null_words);
+    const std::string nulls = null_options(forms.null_words, forms.known_nulls);
     if (!may_have_either_mark(forms)) {
         return fmt::format("--decimal {}{} reads {} as numbers", has_all(forms, comma_number_form) ? "comma" : "point", nulls, what);
     }
@@ -124,7 +124,7 @@ std::optional<placeholders> find_placeholders(const text_forms& forms) {
     return is_known ? std::optional(std::move(found)) : std::nullopt;
 }
 
-std::string null_options(const std::vector<std::string>& texts) {
+std::string null_options(const std::vector<std::string>& texts, const std::vector<std::string>& known) {
     constexpr std::size_t longest = 40;
     std::string options;
     for (const std::string& text : texts) {
@@ -133,7 +133,12 @@ std::string null_options(const std::vector<std::string>& texts) {
         }
         options += fmt::format(" --null '{}'", text);
     }
+    for (const std::string& text : known) {
+        options += options.empty() ? "" : fmt::format(" --null '{}'", text);
+    }
     return options;
 }
+
+std::string_view and_known_nulls(const std::vector<std::string>& known) { return known.empty() ? "" : " and empty fields"; }
 
 } // namespace host

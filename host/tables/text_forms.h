@@ -22,9 +22,10 @@ struct text_forms {
     bool has_many_others = false;   // more than one text that is nothing else and no word for NULL
     bool is_other_value = false;    // a number or a date in another form than those of SQL
     std::string first{}, other{}, affix{};
-    std::vector<std::string> null_words{}; // without blanks around, each once
-    bool are_words_doubles = true;         // NaN
-    written_date dates{};                  // where all are such
+    std::vector<std::string> null_words{};  // without blanks around, each once
+    std::vector<std::string> known_nulls{}; // of the reader: nulls_to_repeat
+    bool are_words_doubles = true;          // NaN
+    written_date dates{};                   // where all are such
 };
 
 // Of a column that need not be looked at.
@@ -61,8 +62,12 @@ struct placeholders {
 // Nothing where there are none, or where the others are texts, too.
 std::optional<placeholders> find_placeholders(const text_forms& forms);
 
-// " --null 'NA' --null '-'", for a shell, to stand behind another option; empty where there is none, or one that a shell would read.
-std::string null_options(const std::vector<std::string>& texts);
+// " --null 'NA' --null '-' --null ''", for a shell, to stand behind another option, with what is NULL already, as nulls_to_repeat gives it;
+// empty where there is no text, or one that a shell would read.
+std::string null_options(const std::vector<std::string>& texts, const std::vector<std::string>& known);
+
+// " and empty fields" where the options name these, too.
+std::string_view and_known_nulls(const std::vector<std::string>& known);
 
 } // namespace host
 

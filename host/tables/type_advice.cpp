@@ -5,6 +5,7 @@
 
 #include "host/sql/names.h"
 #include "host/tables/given_types.h"
+#include "host/values/plain_number.h"
 
 namespace host {
 namespace {
@@ -18,15 +19,16 @@ std::string way_from_literal(sql_type needed) {
 }
 
 // Of texts that may stand for NULL, or of a header that files put one behind the other have repeated.
-std::string way_by_null(const table_column& column, const placeholders& found) {
+std::string way_by_null(const table_column& column, const placeholders& found, const std::vector<std::string>& known) {
     if (found.texts.size() == 1 && found.texts[0] == column.name) {
         const column_type type{.type = found.others};
         return fmt::format("; rows that repeat the header are left out with {} --ignore-errors", options_of_types(column.name, {&type, 1}));
     }
-    const std::string options = null_options(found.texts);
-    return options.empty() ? ""
-                           : fmt::format(";{} {} for NULL, and the others for {}", options,
-                                         found.texts.size() == 1 ? "takes that text" : "takes these texts", sql_type_name(found.others));
+    const std::string options = null_options(found.texts, known);
+    return options.empty()
+               ? ""
+               : fmt::format(";{} takes {}{} for NULL, and the others for {}", options,
+                             found.texts.size() == 1 ? "that text" : "these texts", and_known_nulls(known), sql_type_name(found.others));
 }
 
 // Without groups of thousands, and with a point.
@@ -59,20 +61,31 @@ std::string way_to_numbers(const table_column& column, const text_forms& forms) 
     if (may_have_mark(forms)) {
         return way_by_mark(column, forms);
     }
+    const bool has_amounts = forms.has_texts && (forms.of_all & decimal_form) == 0;
+    if (has_amounts && (forms.of_all & bracketed_number_form) != 0) {
+        return fmt::format("; TO_NUMBER(REPLACE(REPLACE({}, '(', '-'), ')', '')) makes numbers of its texts", name);
+    }
+    if (has_amounts && (forms.of_all & trailing_minus_form) != 0) {
+        return fmt::format("; TO_NUMBER({}, '999999999999.999999MI') makes numbers of its texts", name);
+    }
     if (found && is_number(found->others) && forms.other.empty() && !are_words_doubles) {
-        return way_by_null(column, *found);
+        return way_by_null(column, *found, forms.known_nulls);
     }
     if (forms.has_texts && (forms.of_all & (decimal_form | double_form)) != 0) {
         const bool is_decimal = (forms.of_all & decimal_form) != 0 && !are_words_doubles;
         const column_type type{.type = is_decimal ? sql_type::decimal : sql_type::double_precision};
         return fmt::format("; {}{} reads the column as numbers", options_of_types(column.name, {&type, 1}),
-                           are_words_doubles ? "" : null_options(forms.null_words));
+                           are_words_doubles ? "" : null_options(forms.null_words, forms.known_nulls));
     }
     if (found && is_number(found->others)) {
-        return way_by_null(column, *found);
+        return way_by_null(column, *found, forms.known_nulls);
     }
     if (forms.has_texts && (forms.of_all & affixed_number_form) != 0 && forms.affix.find('\'') == forms.affix.npos) {
         return fmt::format("; TO_NUMBER(REPLACE({}, '{}', '')) makes numbers of its texts", name, forms.affix);
+    }
+    std::string plain;
+    if (forms.first.starts_with('$') && plain_number(std::string_view(forms.first).substr(1), '.', plain)) {
+        return fmt::format("; TO_NUMBER({}, '$999,999,999,999.99') makes numbers of texts such as {}", name, forms.first);
     }
     const bool has_both_marks = forms.marks == (comma_number_form | point_number_form);
     return fmt::format("; {}TO_NUMBER({}) is NULL where a text is no number",
@@ -81,7 +94,15 @@ std::string way_to_numbers(const table_column& column, const text_forms& forms) 
 
 std::string way_to_dates(const table_column& column, const text_forms& forms) {
     if (const std::optional<placeholders> found = find_placeholders(forms); found && is_datetime(found->others)) {
-        return way_by_null(column, *found);
+        return way_by_null(column, *found, forms.known_nulls);
+    }
+    constexpr std::string_view zone = " UTC";
+    if (std::string_view first = forms.first; first.ends_with(zone)) {
+        first.remove_suffix(zone.size());
+        if (classify_field(first) == timestamp_field) {
+            return fmt::format("; CAST(REPLACE({}, '{}', 'Z') AS TIMESTAMP WITH TIME ZONE) makes times of texts such as {}",
+                               name_in_query(column.name), zone, forms.first);
+        }
     }
     return forms.has_texts && (forms.of_all & long_fraction_form) != 0
                ? fmt::format("; CAST(SUBSTR({}, 1, 26) AS TIMESTAMP) leaves out what stands behind six digits of a fraction",
@@ -105,14 +126,15 @@ std::string way_from_column(sql_type needed, const table_column& column) {
     if (has_date(needed) && seems_date) {
         const bool has_short_year = forms.dates.year_digits == 2;
         return fmt::format("; {}{} reads the column as dates{}{}", options_of_types(column.name, column.seems),
-                           null_options(forms.null_words), column.seems.size() > 1 ? ", by which of them is meant" : "",
+                           null_options(forms.null_words, forms.known_nulls), column.seems.size() > 1 ? ", by which of them is meant" : "",
                            has_short_year ? "; YY is a year from 2000 on, RR one from 1950 to 2049" : "");
     }
     if (has_date(needed)) {
         return way_to_dates(column, forms);
     }
     return needed == sql_type::boolean && !column.seems.empty() && column.seems[0].type == sql_type::boolean
-               ? fmt::format("; {}{} reads true and false", options_of_types(column.name, column.seems), null_options(forms.null_words))
+               ? fmt::format("; {}{} reads true and false", options_of_types(column.name, column.seems),
+                             null_options(forms.null_words, forms.known_nulls))
                : "";
 }
 

@@ -24,15 +24,22 @@ std::uint32_t take_day_or_month(std::string_view& text, char separator) {
     return number;
 }
 
-// Of what stands behind a date: 10:30 or 10:30:00 behind a blank, or nothing.
+// Of what stands behind a date: 10:30 or 10:30:00 behind a blank, with AM or PM or not, or nothing.
 std::optional<std::string_view> format_of_time(std::string_view text) {
-    constexpr std::size_t longest = 9;
+    constexpr std::size_t longest = 12;
     if (text.size() > longest) {
         return std::nullopt;
     }
     std::string shape(text);
     std::ranges::replace_if(
         shape, [](char c) { return c >= '0' && c <= '9'; }, '0');
+    if (const std::string_view half = text.substr(text.size() - std::min<std::size_t>(text.size(), 3));
+        equal_ignoring_case(half, " AM") || equal_ignoring_case(half, " PM")) {
+        shape.resize(shape.size() - half.size());
+        return shape == " 00:00" || shape == " 0:00"         ? std::optional<std::string_view>(" HH:MI AM")
+               : shape == " 00:00:00" || shape == " 0:00:00" ? std::optional<std::string_view>(" HH:MI:SS AM")
+                                                             : std::nullopt;
+    }
     return shape.empty()                                 ? std::optional<std::string_view>("")
            : shape == " 00:00" || shape == " 0:00"       ? std::optional<std::string_view>(" HH24:MI")
            : shape == " 00:00:00" || shape == " 0:00:00" ? std::optional<std::string_view>(" HH24:MI:SS")
@@ -59,6 +66,23 @@ bool take_month_name(std::string_view& text, char separator) {
         }
     }
     return false;
+}
+
+// Jan 2, 2024
+std::optional<written_date> read_date_behind_month(std::string_view text) {
+    constexpr std::uint32_t longest_month = 31;
+    written_date date{.has_month_name = true, .begins_with_month_name = true};
+    if (!take_month_name(text, ' ')) {
+        return std::nullopt;
+    }
+    date.first = take_day_or_month(text, ',');
+    date.second = 1;
+    if (date.first == 0 || date.first > longest_month || !text.starts_with(' ')) {
+        return std::nullopt;
+    }
+    text.remove_prefix(1);
+    date.year_digits = take_year(text, date.year);
+    return date.year_digits == 4 && text.empty() ? std::optional(date) : std::nullopt;
 }
 
 enum class date_order : std::uint8_t { day_first, month_first, year_first };
@@ -88,6 +112,9 @@ column_type type_of(const written_date& dates, date_order order) {
     const std::string_view first = order == date_order::year_first ? year : order == date_order::day_first ? "DD" : month;
     const std::string_view second = order == date_order::month_first ? "DD" : month;
     const std::string_view third = order == date_order::year_first ? "DD" : year;
+    if (dates.begins_with_month_name) {
+        return column_type{.type = sql_type::date, .format = fmt::format("MON DD, {}", year)};
+    }
     return column_type{.type = dates.time_format.empty() ? sql_type::date : sql_type::timestamp,
                        .format = fmt::format("{1}{0}{2}{0}{3}{4}", dates.separator, first, second, third, dates.time_format)};
 }
@@ -98,7 +125,7 @@ std::optional<written_date> read_written_date(std::string_view text) {
     constexpr std::uint32_t longest_month = 31;
     text = without_blanks_around(text);
     if (text.empty() || text[0] < '0' || text[0] > '9') {
-        return std::nullopt;
+        return read_date_behind_month(text);
     }
     written_date date;
     const std::size_t behind_digits = text.find_first_of("./-");
@@ -119,7 +146,8 @@ bool include_written_date(written_date& dates, const written_date& other) {
     dates.first = std::max(dates.first, other.first);
     dates.second = std::max(dates.second, other.second);
     dates.year = std::max(dates.year, other.year);
-    return dates.separator == other.separator && dates.has_month_name == other.has_month_name && dates.year_digits == other.year_digits &&
+    return dates.separator == other.separator && dates.has_month_name == other.has_month_name &&
+           dates.begins_with_month_name == other.begins_with_month_name && dates.year_digits == other.year_digits &&
            dates.time_format == other.time_format;
 }
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Dates as people write them, with the year behind or, of two digits, at either end: 31.12.2024, 12/31/24, 31-Dec-2024 10:30.
+// Dates as people write them, with the year behind or, of two digits, at either end: 31.12.2024, 12/31/24, 31-Dec-2024 10:30, Dec 31, 2024.
 #ifndef BIFUN_HOST_TABLES_WRITTEN_DATE_H
 #define BIFUN_HOST_TABLES_WRITTEN_DATE_H
 
@@ -17,8 +17,9 @@ namespace host {
 struct written_date {
     char separator = ' ';
     bool has_month_name = false;
-    std::size_t year_digits = 0;    // 4 or 2
-    std::string_view time_format{}; // behind a blank; empty without a time
+    bool begins_with_month_name = false; // Jan 2, 2024
+    std::size_t year_digits = 0;         // 4 or 2
+    std::string_view time_format{};      // behind a blank; empty without a time
     std::uint32_t first = 0;
     std::uint32_t second = 0;
     std::uint32_t year = 0;

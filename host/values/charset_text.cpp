@@ -174,4 +174,17 @@ std::string to_utf8_with_replacements(const charset& set, std::string_view text)
     return made;
 }
 
+std::string shown_text(const charset& set, std::string_view text) {
+    constexpr std::size_t longest = 40;
+    constexpr std::string_view replacement = "\uFFFD";
+    std::string shown = to_utf8_with_replacements(set, text.substr(0, longest));
+    if (text.size() <= longest) {
+        return shown;
+    }
+    while (shown.ends_with(replacement)) { // what is left of a character
+        shown.resize(shown.size() - replacement.size());
+    }
+    return shown + "...";
+}
+
 } // namespace host

@@ -34,6 +34,9 @@ std::optional<std::string> to_utf8(const charset& set, std::string_view text);
 // To UTF-8, with U+FFFD in place of the bytes that are no characters.
 std::string to_utf8_with_replacements(const charset& set, std::string_view text);
 
+// The same of a text that a message shows: of a long one the beginning, with "..." behind it.
+std::string shown_text(const charset& set, std::string_view text);
+
 } // namespace host
 
 #endif

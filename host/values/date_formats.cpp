@@ -222,6 +222,11 @@ std::optional<std::string> find_month_behind_hour(date_format use, std::string_v
     return std::nullopt;
 }
 
+std::string month_behind_hour_too(date_format use, std::string_view format) {
+    const std::optional<std::string> month = find_month_behind_hour(use, format);
+    return month ? fmt::format("; it {}", *month) : "";
+}
+
 bool reads_time(std::string_view format) {
     format_problem problem{};
     return parse(format, problem).has_time;
@@ -233,7 +238,7 @@ std::string explain_unreadable(const dfm_model& model) {
     return parsed.reading_problem.fault == format_fault::none ? zone_fault(parsed, format) : describe(parsed.reading_problem, format);
 }
 
-std::string explain_mismatch(const dfm_model& model, std::string_view text) {
+std::string explain_mismatch(const dfm_model& model, std::string_view text, std::string_view shown) {
     using zqengine::text_fault;
     const date_model& parsed = zqengine::inside(model);
     zqtime value;
@@ -249,17 +254,17 @@ std::string explain_mismatch(const dfm_model& model, std::string_view text) {
                                 reading.piece + 1U < parsed.piece_count;
         const std::string expected = expectation(parsed, parsed.pieces[reading.piece + (lacks_next ? 1U : 0U)]);
         return reading.offset == text.size()
-                   ? fmt::format("\"{}\" ends where {} is expected", text, expected)
-                   : fmt::format("\"{}\" has no match at position {}, where {} is expected", text, position, expected);
+                   ? fmt::format("\"{}\" ends where {} is expected", shown, expected)
+                   : fmt::format("\"{}\" has no match at position {}, where {} is expected", shown, position, expected);
     }
     case text_fault::surplus:
-        return fmt::format("\"{}\" goes on at position {}, behind the end of the format", text, position);
+        return fmt::format("\"{}\" goes on at position {}, behind the end of the format", shown, position);
     case text_fault::missing_date:
-        return fmt::format("the calendar has no day \"{}\"", text);
+        return fmt::format("the calendar has no day \"{}\"", shown);
     case text_fault::wrong_weekday:
-        return fmt::format("\"{}\" is on another day of the week", text);
+        return fmt::format("\"{}\" is on another day of the week", shown);
     case text_fault::wrong_zone:
-        return fmt::format("\"{}\" has a time zone beyond 14 hours", text);
+        return fmt::format("\"{}\" has a time zone beyond 14 hours", shown);
     }
     return "";
 }

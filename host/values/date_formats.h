@@ -25,14 +25,18 @@ std::optional<std::string> find_date_element(bifun::date_format use, std::string
 // A month where minutes are meant, as in HH:MM, with its place and what minutes are; nothing where there is none.
 std::optional<std::string> find_month_behind_hour(bifun::date_format use, std::string_view format);
 
+// "; it has the month ...", to stand behind what else is wrong with such a format; empty where nothing is found.
+std::string month_behind_hour_too(bifun::date_format use, std::string_view format);
+
 // Whether text that is read by the format model has a time of day.
 bool reads_time(std::string_view format);
 
 // Why dates without a zone cannot be read by a model, with the element and its place; empty where they can.
 std::string explain_unreadable(const dfm_model& model);
 
-// Why a text cannot be read by a model, with the place in the text and what was expected there; empty where it can.
-std::string explain_mismatch(const dfm_model& model, std::string_view text);
+// Why a text cannot be read by a model, with the place in the text and what was expected there; empty where it can. `shown` is the text as
+// messages show it.
+std::string explain_mismatch(const dfm_model& model, std::string_view text, std::string_view shown);
 
 // The same for text that is read without a format.
 std::string explain_default_mismatch();

@@ -9,7 +9,7 @@
 
 namespace host {
 
-std::string explain_number_mismatch(std::string_view text, std::string_view format, std::string_view nls) {
+std::string explain_number_mismatch(std::string_view text, std::string_view shown, std::string_view format, std::string_view nls) {
     const auto bytes = [](std::string_view given) { return reinterpret_cast<const std::uint8_t*>(given.data()); };
     const auto length = [](std::string_view given) { return static_cast<std::uint32_t>(given.size()); };
     zqengine::number_format parsed;
@@ -34,7 +34,7 @@ std::string explain_number_mismatch(std::string_view text, std::string_view form
         break;
     }
     const std::string_view read = text.substr(0, reading.at);
-    return fmt::format("\"{}\" {} {}", text, fault,
+    return fmt::format("\"{}\" {} {}", shown, fault,
                        read.size() == text.size() ? "at its end"
                        : read.empty()             ? "at its beginning"
                                                   : fmt::format("behind \"{}\"", read));

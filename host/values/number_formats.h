@@ -9,8 +9,8 @@
 namespace host {
 
 // Where the text departs from the format and what is expected there; empty where it does not. Texts are in the database character set, an
-// empty `nls` is none.
-std::string explain_number_mismatch(std::string_view text, std::string_view format, std::string_view nls);
+// empty `nls` is none; `shown` is the text as messages show it.
+std::string explain_number_mismatch(std::string_view text, std::string_view shown, std::string_view format, std::string_view nls);
 
 // What formats are like, of a text that is none: "# is no element: ...".
 std::string explain_number_format(std::string_view format);

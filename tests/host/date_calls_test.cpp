@@ -240,7 +240,7 @@ TEST(DateCalls, IntervalsAsTheyAreWritten) {
         {"EXTRACT(day FROM NULL) ; DATEPART(week, NULL) ; DATEPART('week', NULL) ; INTERVAL '1:30' MINUTE TO SECOND(2)",
          R"(null, null, null, "0 00:01:30")"},
         {"INTERVAL '1.5 hours'", "8, near INTERVAL: the text cannot be read as INTERVAL HOUR"},
-        {"INTERVAL '1 day 2 hours'", "8, near INTERVAL: an interval is written INTERVAL '3 days', ..."},
+        {"INTERVAL '1 day 2 hours'", "8, near INTERVAL: an interval has one field; write d + ..."},
     });
 }
 

@@ -106,7 +106,7 @@ TEST(FieldSyntax, Nulls) {
     });
     expect_failure("n\nNA\n", "SELECT n FROM t",
                    "t.csv, line 2, column n: \"NA\" is not of type INT; give the column another type with --types, such as n:VARCHAR; "
-                   "--null 'NA' takes it for NULL",
+                   "--null 'NA' --null '' takes it and empty fields for NULL",
                    {"--types", "n:INT"});
     const scratch_directory directory;
     directory.write("t.csv", file);

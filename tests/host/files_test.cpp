@@ -70,6 +70,15 @@ TEST(Files, Delimiters) {
                    {"--delimiter", "bar"});
 }
 
+TEST(Files, Logs) {
+    const std::string log = "2024-01-01 10:00:00,123 INFO said \"x\" y\n2024-01-01 10:00:01,456 WARN a, b\n";
+    expect_failure(log, "SELECT 1 FROM t",
+                   "t.csv: this seems to be a log with commas before its milliseconds; with --no-header --quote none --delimiter 0x01 each "
+                   "line is a text, for SUBSTR(column_1, 1, 19), and with --delimiter comma it has fields");
+    expect_answer(log, "SELECT SUBSTR(column_1, 12, 8) AS t FROM t", "t\n10:00:00\n10:00:01\n",
+                  {"--no-header", "--quote", "none", "--delimiter", "0x01"});
+}
+
 TEST(Files, HeadersAndSkippedLines) {
     expect_read({
         {"t.csv", "1,x\n2,y\n", {"--no-header"}, "column_1,column_2\n1,x\n2,y\n"},

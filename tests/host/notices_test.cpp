@@ -40,7 +40,8 @@ TEST(Notices, DatesThatAreComparedAsTexts) {
                    {joined({"d is text, and compared as such with '2024-02-05'", as_dates})});
     expect_notices(file, "SELECT d < e AS x FROM t LIMIT 1", "x\nfalse\n", {joined({"d is text, and compared as such with e", as_dates})});
     expect_notices(file, "SELECT e FROM t WHERE n >= '2024-01-01' AND n <= 'zzz'", "e\n01/15/2024\n01/15/2024\n",
-                   {"n is text, and compared as such with '2024-01-01'; --null 'n/a' takes that text for NULL, and the others for DATE"});
+                   {"n is text, and compared as such with '2024-01-01'; --null 'n/a' --null '' takes that text and empty fields for NULL, "
+                    "and the others for DATE"});
     expect_notices(file, "SELECT e FROM t WHERE d = '31.12.2023' AND e <> 'x' AND n IS NULL", "e\n12/31/2023\n", {});
 }
 
@@ -99,6 +100,21 @@ TEST(Notices, MonthsWhereMinutesAreMeant) {
          "30, near 'HH24:MM': TIME has no date, and the date format has \"MM\" at position 6; it has the month behind the hour, \"MM\" at "
          "position 6; minutes are MI"},
     });
+}
+
+TEST(Notices, MonthsWhereMinutesAreMeantInOptions) {
+    const std::string month = " has the month behind the hour, \"mm\" at position 4; minutes are MI, and hours from 0 to 23 HH24";
+    expect_notices("t\n10:05\n", "SELECT MONTH(t) AS m FROM t", "m\n5\n", {joined({"--types t: the format 'hh:mm'", month})},
+                   {"--types", "t:TIMESTAMP 'hh:mm'"});
+    expect_notices("", "SELECT TO_CHAR(DATE '2024-02-29') AS d", "d\n12:02\n", {joined({"--set date_format: the format 'hh:mm'", month})},
+                   {"--set", "date_format=hh:mm"});
+    expect_failure("t\n10:05\n", "SELECT t FROM t",
+                   "--types: in the date format \"mm\" at position 15 says again what \"mm\" at position 6 says; it has the month behind "
+                   "the hour, \"mm\" at position 15; minutes are MI, and hours from 0 to 23 HH24",
+                   {"--types", "t:TIMESTAMP 'yyyy-mm-dd hh:mm:ss'"});
+    expect_failure("", "SELECT 1",
+                   joined({"--set: time_format: a time has no date, and the date format has \"mm\" at position 4; it", month}),
+                   {"--set", "time_format=hh:mm"});
 }
 
 TEST(Notices, PartsOfSeconds) {
@@ -178,11 +194,11 @@ TEST(Notices, NameBothTypesWhereTextsHaveEither) {
         {"YEAR(s)", "; --types \"s:DATE 'MM/DD/YY'\" reads the column as dates; YY is a year from 2000 on, RR one from 1950 to 2049"},
         {"YEAR(m)", "; --types \"m:DATE 'DD/MM/YYYY'\" or --types \"m:DATE 'MM/DD/YYYY'\" reads the column as dates, by which of them "
                     "is meant"},
-        {"n + 1", "; --null '-' takes that text for NULL, and the others for DECIMAL"},
+        {"n + 1", "; --null '-' --null '' takes that text and empty fields for NULL, and the others for DECIMAL"},
         {"p + 1", "; TO_NUMBER(REPLACE(p, '%', '')) makes numbers of its texts"},
         {"f + 1", "; --types f:DECIMAL reads the column as numbers"},
         {"YEAR(t)", "; CAST(SUBSTR(t, 1, 26) AS TIMESTAMP) leaves out what stands behind six digits of a fraction"},
-        {"YEAR(i)", "; --null 'Total' takes that text for NULL, and the others for DATE"},
+        {"YEAR(i)", "; --null 'Total' --null '' takes that text and empty fields for NULL, and the others for DATE"},
         {"YEAR(z)", "; --types \"z:DATE 'DD-MON-YYYY'\" reads the column as dates"},
     };
     const scratch_directory directory;
@@ -196,6 +212,41 @@ TEST(Notices, NameBothTypesWhereTextsHaveEither) {
     EXPECT_NE(directory.run({"describe", "t.csv"}).err.find("column m: dates of this form are text"), std::string::npos);
 }
 
+TEST(Notices, NameFunctionsForFormsOfPeople) {
+    const std::string file = "b,m,u,d,p,z,y\n(5.00),5.00-,\"$1,234.50\",\"Jan 2, 2024\",01/13/2024 1:30 PM,2024-01-01 10:00:00 UTC,yes\n"
+                             "7.5,7.5,$7,\"Feb 13, 2024\",02/01/2024 10:30 AM,2024-01-02 10:00:00 UTC,No\n";
+    const std::pair<std::string, std::string> cases[] = {
+        {"b + 1", "; TO_NUMBER(REPLACE(REPLACE(b, '(', '-'), ')', '')) makes numbers of its texts"},
+        {"m + 1", "; TO_NUMBER(m, '999999999999.999999MI') makes numbers of its texts"},
+        {"u + 1", "; TO_NUMBER(u, '$999,999,999,999.99') makes numbers of texts such as $1,234.50"},
+        {"YEAR(d)", "; --types \"d:DATE 'MON DD, YYYY'\" reads the column as dates"},
+        {"YEAR(p)", "; --types \"p:TIMESTAMP 'MM/DD/YYYY HH:MI AM'\" reads the column as dates"},
+        {"YEAR(z)", "; CAST(REPLACE(z, ' UTC', 'Z') AS TIMESTAMP WITH TIME ZONE) makes times of texts such as 2024-01-01 10:00:00 UTC"},
+        {"NOT y", "; --types y:BOOL reads true and false"},
+    };
+    const scratch_directory directory;
+    directory.write("t.csv", file);
+    for (const auto& [expression, way] : cases) {
+        const std::string err = directory.run({"t.csv", joined({"SELECT ", expression, " FROM t"})}).err;
+        EXPECT_TRUE(err.ends_with(joined({way, "\n"}))) << err;
+    }
+    expect_answer(
+        file,
+        "SELECT TO_NUMBER(REPLACE(REPLACE(b, '(', '-'), ')', '')) AS b, TO_NUMBER(m, '999999999999.999999MI') AS m, "
+        "TO_NUMBER(u, '$999,999,999,999.99') AS u, d, p, CAST(REPLACE(z, ' UTC', 'Z') AS TIMESTAMP WITH TIME ZONE) AS z, y FROM t",
+        "b,m,u,d,p,z,y\n-5.00,-5.00,1234.50,2024-01-02,2024-01-13 13:30:00,2024-01-01 10:00:00+00:00,true\n"
+        "7.5,7.5,7,2024-02-13,2024-02-01 10:30:00,2024-01-02 10:00:00+00:00,false\n",
+        {"--types", "d:DATE 'MON DD, YYYY',p:TIMESTAMP 'MM/DD/YYYY HH:MI AM',y:BOOL"});
+}
+
+TEST(Notices, NullsStayWhenAWordIsOneToo) {
+    const std::string file = "n,s\nNA,\n,x\n3,\"\"\n";
+    expect_failure(file, "SELECT n + 1 FROM t",
+                   "SQL, character 10, near +: + does not take VARCHAR and INT; --null 'NA' --null '' takes that text and empty fields for "
+                   "NULL, and the others for INT");
+    expect_answer(file, "SELECT n + 1 AS n, s IS NULL AS s FROM t", "n,s\n,true\n,false\n4,false\n", {"--null", "NA", "--null", ""});
+}
+
 TEST(Notices, NameAllThatMakesTextsOfAColumn) {
     const std::string file = "x,d,t,m,g,p,f\n1,31.12.2024,2024-01-01 10:00:00,\"3,5\",007,3.5,\"1.234,50\"\n"
                              "NA,-,2024-01-01T10:00:00Z,NA,NA,4.25,2.5\n-,30.11.2024,2024-01-02 10:00:00,\"2,5\",-,1.75,1\n";
@@ -204,12 +255,13 @@ TEST(Notices, NameAllThatMakesTextsOfAColumn) {
     const std::string point = "t.csv: column p has numbers with a point before the fraction; --decimal comma takes these for texts, and "
                               "1.234 for 1234";
     const std::pair<std::string, std::string> cases[] = {
-        {"x + 1", "; --null 'NA' --null '-' takes these texts for NULL, and the others for INT"},
-        {"YEAR(d)", "; --types \"d:DATE 'DD.MM.YYYY'\" --null '-' reads the column as dates"},
+        {"x + 1", "; --null 'NA' --null '-' --null '' takes these texts and empty fields for NULL, and the others for INT"},
+        {"YEAR(d)", "; --types \"d:DATE 'DD.MM.YYYY'\" --null '-' --null '' reads the column as dates"},
         {"YEAR(t)", joined({"; ", zone})},
-        {"m + 1", "; --decimal comma --null 'NA' reads the column as numbers, but takes those of p, which have a point, for texts; "
-                  "TO_NUMBER(REPLACE(REPLACE(m, '.', ''), ',', '.')) reads m alone"},
-        {"g + 1", "; --types g:DECIMAL --null 'NA' --null '-' reads the column as numbers"},
+        {"m + 1",
+         "; --decimal comma --null 'NA' --null '' reads the column as numbers, but takes those of p, which have a point, for texts; "
+         "TO_NUMBER(REPLACE(REPLACE(m, '.', ''), ',', '.')) reads m alone"},
+        {"g + 1", "; --types g:DECIMAL --null 'NA' --null '-' --null '' reads the column as numbers"},
         {"f + 1",
          "; some of its numbers have a comma before the fraction and others a point; TO_NUMBER(f) is NULL where a text is no number"},
     };
@@ -222,12 +274,13 @@ TEST(Notices, NameAllThatMakesTextsOfAColumn) {
         const std::string err = directory.run({"t.csv", joined({"SELECT ", expression, " FROM t"})}).err;
         EXPECT_TRUE(err.ends_with(joined({way, "\n"}))) << err;
     }
-    EXPECT_EQ(directory.run({"describe", "t.csv"}).err,
-              joined({"bifun: t.csv: column t: ", zone,
-                      "\nbifun: t.csv: column m: numbers of this form are text; --decimal comma --null 'NA' reads them as numbers\n"
-                      "bifun: t.csv: truth values and dates of this form are text unless their column is given its type, with --types "
-                      "\"d:DATE 'DD.MM.YYYY'\"\nbifun: t.csv: columns x, d: words for NULL beside other values make texts of these; "
-                      "--null 'NA' --null '-' takes them for NULL\n"}));
+    EXPECT_EQ(
+        directory.run({"describe", "t.csv"}).err,
+        joined({"bifun: t.csv: column t: ", zone,
+                "\nbifun: t.csv: column m: numbers of this form are text; --decimal comma --null 'NA' --null '' reads them as numbers\n"
+                "bifun: t.csv: truth values and dates of this form are text unless their column is given its type, with --types "
+                "\"d:DATE 'DD.MM.YYYY'\"\nbifun: t.csv: columns x, d: words for NULL beside other values make texts of these; "
+                "--null 'NA' --null '-' --null '' takes them and empty fields for NULL\n"}));
     expect_notices(file, "SELECT m FROM t LIMIT 1", "m\n3.5\n", {point}, {"--decimal", "comma", "--null", "NA"});
     expect_answer(file, "SELECT YEAR(t) AS y FROM t", "y\n2024\n2024\n2024\n", {"--types", "t:TIMESTAMP WITH TIME ZONE"});
     // Numbers of thousands are as those of the other columns have it, whatever separates the fields.

@@ -79,7 +79,7 @@ TEST(Operators, Choices) {
                       {"--batch-rows", rows});
     }
     expect_failure(file, "SELECT CASE WHEN s = 'x' THEN LN(a) END FROM t",
-                   "LN: -6803 an argument is outside the function's domain in row 4 (t.csv, line 5)");
+                   "LN: -6803 an argument is outside the function's domain in row 4 (t.csv, line 5), given -1");
     expect_answer("a\n1\n", "SELECT CASE a WHEN 1 THEN 'x' ELSE 'y' END, CASE WHEN a = 1 THEN 2 END, COALESCE(a, 1), NULLIF(a, 1) FROM t",
                   "CASE a WHEN 1 THEN 'x' ELSE 'y' END,CASE WHEN a = 1 THEN 2 END,\"COALESCE(a, 1)\",\"NULLIF(a, 1)\"\nx,2,1,\n");
 }
@@ -112,7 +112,8 @@ TEST(Operators, Casts) {
     });
     // Fields of two lines, and rows behind the first that the reader has in hand.
     expect_failure("s,t\n1,\"a\nb\"\nx,\n", "SELECT CAST(s AS INT) FROM t",
-                   "CAST: \"x\" cannot be INT in row 2 (t.csv, line 4); --null 'x' takes that text for NULL, and the others for INT");
+                   "CAST: \"x\" cannot be INT in row 2 (t.csv, line 4); --null 'x' --null '' takes that text and empty fields for NULL, "
+                   "and the others for INT");
     expect_failure(joined({"s,t\n", repeated("1,\"a\nb\"\n", 9), "x,\n", repeated("1,abcdefgh\n", 20'000)}), "SELECT CAST(s AS INT) FROM t",
                    "CAST: \"x\" cannot be INT in row 10 (t.csv, line 20); ...", {"--batch-rows", "65536", "--types", "s:VARCHAR"});
     expect_failure("s\n1\n\nx\n", "SELECT CAST(s AS INT) FROM t", "CAST: \"x\" cannot be INT in row 3 (t.csv, line 4); ...");
@@ -202,6 +203,31 @@ TEST(Operators, NamesOfColumnsThatDifferInCase) {
                    {"--types", "Id:INT"});
 }
 
+TEST(Operators, NamesOfFilesWithoutAHeader) {
+    expect_failure("a,b\n1,2\n", "SELECT column_2 FROM t",
+                   "SQL, character 8, near column_2: t.csv has no column column_2; there are a, b; --no-header names them by their place");
+    expect_failure("a,b\n1,2\n", "SELECT column_3 FROM t", "SQL, character 8, near column_3: t.csv has no column column_3; there are a, b");
+    expect_failure("1,2\n", "SELECT column_3 FROM t",
+                   "SQL, character 8, near column_3: t.csv has no column column_3; did you mean column_1 or column_2?", {"--no-header"});
+}
+
+TEST(Operators, ErrorsShowTheValuesOfTheirRow) {
+    const std::string file = joined({"s,n,d\n", repeated("ab", 40), ",,2024-01-01\n\"x \",-1,9999-12-31\n"});
+    const std::string text = joined({"\"", repeated("ab", 20), "...\""});
+    expect_failure(file, "SELECT SQRT(n) FROM t",
+                   "SQRT: -6803 an argument is outside the function's domain in row 2 (t.csv, line 3), given -1");
+    expect_failure(file, "SELECT TRIM(s FROM s) FROM t",
+                   joined({"TRIM: -6109 the trim set is not exactly one character in row 1 (t.csv, line 2), given ", text, ", ", text}));
+    expect_failure(
+        file, "SELECT ADD_MONTHS(d, -n) FROM t",
+        "ADD_MONTHS: -6118 the datetime is outside years -4712 to 9999, or cannot be formatted or read in row 2 (t.csv, line 3), "
+        "given 9999-12-31, 1");
+    expect_failure(
+        file, "SELECT TO_DATE(s, 'DD') FROM t",
+        joined({"TO_DATE: -6118 the datetime is outside years -4712 to 9999, or cannot be formatted or read in row 1 (t.csv, line 2): ",
+                text, " has no match at position 1, where a day, 1 to 31, (DD) is expected"}));
+}
+
 TEST(Operators, NamesElsewhere) {
     expect_shown({
         {"CASEFOLD('A')", "8, near CASEFOLD: there is no function casefold; use LOWER(s); ILIKE and, with --set case_sensitive=0, ..."},
@@ -269,6 +295,23 @@ TEST(Operators, SyntaxElsewhere) {
         {"DESCRIBE t",
          "1: syntax error at or near \"DESCRIBE\"; \"bifun describe FILE\" shows the columns of a file, and \\d in the shell"},
         {"SHOW TABLES", "1, near SHOW: only SELECT is supported; \"bifun describe FILE\" ..."},
+        {"SELECT CHAR(a) FROM t",
+         "13: syntax error at or near \"a\"; CHR(a) is the character of a code, and CAST(a AS VARCHAR) makes a text of a value"},
+        {"SELECT INT(a) FROM t", "11: syntax error at or near \"(\"; write CAST(a AS INT)"},
+        {"SELECT TIMESTAMP(a || 'x') FROM t", "18: syntax error at or near \"a\"; write CAST(x AS TIMESTAMP)"},
+        {"SELECT CAST(a AS INT) AS b c FROM t", "28: syntax error at or near \"c\""},
+        {"SELECT POSITION('x', a) FROM t", "20: syntax error at or near \",\"; write POSITION('x' IN a)"},
+        {"SELECT TRIM(LEFT FROM a) FROM t", "18: syntax error at or near \"FROM\"; write TRIM(LEADING FROM s)"},
+        {"SELECT TRIM(UP FROM a) FROM t", "13, near UP: t.csv has no column UP; before FROM stand LEADING, TRAILING or BOTH and the "
+                                          "character, as in TRIM(LEADING '0' FROM s)"},
+        {"SELECT INTERVAL '1 day 2 hours' FROM t",
+         "8, near INTERVAL: an interval has one field; write d + INTERVAL '1 day' + INTERVAL '2 hours'"},
+        {"SELECT INTERVAL '2 weeks' FROM t", "8, near INTERVAL: an interval has one field; write INTERVAL '14 days'"},
+        {"SELECT INTERVAL '2 2' FROM t", "8, near INTERVAL: an interval is written INTERVAL '3 days', ..."},
+        {"SELECT a FROM t WHERE a = ANY(ARRAY[1, 2])",
+         "25, near =: ANY and ALL are not supported; write the values, as in x IN (1, 2) and x NOT IN (1, 2)"},
+        {"SELECT a FROM t WHERE a BETWEEN SYMMETRIC 3 AND 1",
+         "25, near BETWEEN: SYMMETRIC is not supported; write x BETWEEN LEAST(y, z) AND GREATEST(y, z)"},
         {"FROM t", "1: syntax error at or near \"FROM\"; write SELECT * FROM"},
         {"SELECT a, FROM t", "11: syntax error at or near \"FROM\"; there is nothing between the comma and FROM"},
         {"SELECT a FROM t WHERE a IN (1,)", "31: syntax error at or near \")\"; there is nothing between the comma and )"},

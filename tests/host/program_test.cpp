@@ -21,6 +21,7 @@ TEST(Program, Literals) {
         {"-2147483648 ; 0 ; - /* - */ -(5) ; -9223372036854775808 ; NULL ; 1 < 2", "-2147483648, 0, 5, -9223372036854775808, null, true"},
         {"GREATEST(1.0, 1.00) ; LEAST(.5, 5.) ; 12345678901234567890123456789012345678 ; 1.5e-3",
          "1.00, 0.5, 12345678901234567890123456789012345678, 0.0015"},
+        {"N'x' ; n'' || 'y'", R"("x", "y")"},
         {joined({"'' ; 'x  ' ; NVL('", std::string(49, 'y'), "', 'z')"}), joined({R"("", "x  ", ")", std::string(49, 'y'), "\""})},
         {"DATE '2024-2-9' ; TIME '09:05' ; TIMESTAMP '2024-02-29 10:00:00.25'", R"("2024-02-09", "09:05:00", "2024-02-29 10:00:00.25")"},
     });
@@ -59,7 +60,7 @@ TEST(Program, Numbers) {
                   "SELECT ROUND(x, n) a, ROUND(2.55, n) b, ROUND(x) c, TRUNC(x, 1) d, ROUND(e) f, ROUND(e, n) g, SIGN(e) h FROM t",
                   "a,b,c,d,f,g,h\n2.35,2.55,2,2.3,100,100,1\n,2.6,,,,,\n,,-3,-2.5,-3,,-1\n1300,0,1250,1250,3,0,1\n");
     expect_failure("x\n4\n\n-1\n", "SELECT SQRT(x) FROM t",
-                   "SQRT: -6803 an argument is outside the function's domain in row 3 (t.csv, line 4)");
+                   "SQRT: -6803 an argument is outside the function's domain in row 3 (t.csv, line 4), given -1");
     expect_failure("x\n\n1.5\n", "SELECT TO_CHAR(x, '9.9.9') FROM t",
                    "TO_CHAR: -6130 invalid number format: 9 is a digit and 0 one that ...");
 }
@@ -120,8 +121,8 @@ TEST(Program, FilesAndFormats) {
 // A function's error names the row of the file. What is complete before it stays.
 TEST(Program, FunctionErrors) {
     const std::string file = "a,b\n1,1\n2,-9223372036854775808\n3,3\n-9223372036854775808,4\n";
-    const std::string in_row_2 = "ABS: -6102 numeric overflow in row 2 (t.csv, line 3)";
-    const std::string in_row_4 = "ABS: -6102 numeric overflow in row 4 (t.csv, line 5)";
+    const std::string in_row_2 = "ABS: -6102 numeric overflow in row 2 (t.csv, line 3), given -9223372036854775808";
+    const std::string in_row_4 = "ABS: -6102 numeric overflow in row 4 (t.csv, line 5), given -9223372036854775808";
     expect_failure(file, "SELECT ABS(a) FROM t", in_row_4);
     expect_failure(file, "SELECT ABS(a) FROM t WHERE b <> 1 AND b <> 3", in_row_4);
     expect_failure(file, "SELECT ABS(a) FROM t WHERE a <> 1 AND b <> 3", in_row_4);

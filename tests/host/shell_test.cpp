@@ -196,6 +196,17 @@ TEST(Shell, QueriesErrorsAndCommands) {
     EXPECT_TRUE(shell.shows("bifun: there is no command \\nothing; \\? lists what there is\n"));
 }
 
+struct directory_of_near_names : scratch_directory {
+    directory_of_near_names() { write("n.csv", "id,ID,x\n1,2,3\n"); }
+};
+
+TEST(Shell, TypesOfColumnsThatDifferInCase) {
+    shell_of<directory_of_near_names> session({"n.csv"});
+    running_shell& shell = session.shell;
+    shell.type("\\types id:VARCHAR,x:VARCHAR\n\\types ID:DOUBLE,X:BIGINT\n\\types ID:DECIMAL\n\\types\n");
+    EXPECT_TRUE(shell.shows("id:VARCHAR,X:BIGINT,ID:DECIMAL\n"));
+}
+
 TEST(Shell, Completion) {
     shell_of<staff_directory> session({"staff.csv"});
     running_shell& shell = session.shell;

@@ -98,7 +98,7 @@ TEST(StringCalls, BuiltTextsOfColumnsAndLiterals) {
     expect_failure(file, "SELECT LPAD(s, n) FROM t",
                    "SQL, character 8, near LPAD: LPAD does not take (VARCHAR, INT); it takes (VARCHAR, constant INT)");
     expect_failure(file, "SELECT REPEAT(s, 20000) FROM t",
-                   "REPEAT: -6803 an argument is outside the function's domain in row 1 (t.csv, line 2)");
+                   "REPEAT: -6803 an argument is outside the function's domain in row 1 (t.csv, line 2), given \"abab\"");
 }
 
 // A value's blanks are a count beside its text, wherever it comes from.
@@ -125,7 +125,7 @@ TEST(StringCalls, TrimSetsAndPatternsFromColumns) {
     // LTRIM writes no value for the second row: that must not show what the first one left there.
     expect_answer("s\nxabc\n yb\n", "SELECT LTRIM(s, 'x') v FROM t", "v\nabc\n\"\"\n", {"--batch-rows", "1"});
     expect_failure("x\na\nab\n", "SELECT TRIM(x FROM 'a') FROM t",
-                   "TRIM: -6109 the trim set is not exactly one character in row 2 (t.csv, line 3)");
+                   "TRIM: -6109 the trim set is not exactly one character in row 2 (t.csv, line 3), given \"ab\"");
 }
 
 // Files and literals are in the database character set, and functions count its characters; JSON is in UTF-8.
