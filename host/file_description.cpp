@@ -142,10 +142,9 @@ void describe_file(const std::string& path, const program_options& options) {
     if (std::ranges::any_of(described, [](const column_description& column) { return !column.is_valid; })) {
         print_message(fmt::format("{}: there is text that is not valid {}{}", path, settings.text_charset->name, naming_encoding));
     }
-    for (const std::string& remark : {source->mark_remark, source->blank_remark}) {
-        if (!remark.empty()) {
-            print_message(remark);
-        }
+    std::ranges::for_each(source->number_remarks, print_message);
+    if (!source->blank_remark.empty()) {
+        print_message(source->blank_remark);
     }
     for (const std::string& advice : advice_on_texts(source->reader, described)) {
         print_message(advice);

@@ -160,24 +160,27 @@ void run_statement(const program_options& options, const std::vector<std::string
     std::ranges::for_each(remarks_on_formats(settings), tell);
     std::ranges::for_each(remarks_on_formats(types), tell);
 
+    std::vector<std::string> told;
+    const auto tell_once = [&](const std::string& remark) {
+        if (!remark.empty() && std::ranges::find(told, remark) == told.end()) {
+            told.push_back(remark);
+            tell(remark);
+        }
+    };
     // False where the first part of a file has given a wrong type and nothing has gone out, so that the query can be run again.
-    const auto run = [&](type_sample decides, bool is_first) {
+    const auto run = [&](type_sample decides) {
         progress_bar progress;
         std::unique_ptr<table> source;
         if (statement.from) {
             source = open_table(file_of_table(files, *statement.from, sql), reading, settings);
-            if (is_first && !source->reader.doubt().empty()) {
-                tell(source->reader.doubt());
-            }
+            tell_once(source->reader.doubt());
             check_given_types(types, source.get(), files, reading, settings);
             mark_needed_columns(statement, sql, *source);
             resolve_types(*source, types, decides, progress);
-            if (is_first && !source->mark_remark.empty()) {
-                tell(source->mark_remark);
-            }
+            std::ranges::for_each(source->number_remarks, tell_once);
             // Who trims knows of the blanks.
-            if (is_first && !source->blank_remark.empty() && upper_case(sql).find("TRIM(") == sql.npos) {
-                tell(source->blank_remark);
+            if (upper_case(sql).find("TRIM(") == sql.npos) {
+                tell_once(source->blank_remark);
             }
         }
         plan query = bind_statement(statement, sql, source.get(), settings, library);
@@ -201,8 +204,8 @@ void run_statement(const program_options& options, const std::vector<std::string
         }
         return true;
     };
-    if (!run(sample, true)) {
-        run({.of_files = whole_file, .of_pipes = whole_file}, false);
+    if (!run(sample)) {
+        run({.of_files = whole_file, .of_pipes = whole_file});
     }
     commit(results);
 }

@@ -50,6 +50,7 @@ struct column_state {
     std::optional<std::uint64_t> text_line;
     std::string text;
     text_forms forms;
+    std::optional<telling_field> code{}; // the first number with an exponent that may be a code
 };
 
 constexpr field_kinds exact_numbers = integer_field | bigint_field | decimal_field;
@@ -140,6 +141,9 @@ void include_field(column_state& column, const table_column& source, csv_reader&
     }
     const field_kinds kind = classify_field(field.text, reader.decimal_mark());
     column.kinds |= kind;
+    if (!column.code && (kind & code_with_exponent) != 0) {
+        column.code = {.column = 0, .line = reader.line_of(row), .text = std::string(field.text)};
+    }
     const bool is_text = type_of_fields(column.kinds) == sql_type::varchar;
     if (!is_text) {
         include_kinds(column.forms, column.kinds);
@@ -232,6 +236,7 @@ std::vector<column_description> describe_columns(table& source, progress_bar& pr
         if (row_count == 0) {
             find_marked_columns(reader, rows, shown);
             find_grouped_column(reader, rows, shown);
+            find_lone_groups(reader, rows, shown);
             find_blank_columns(reader, rows, shown);
         }
         for (std::size_t i = 0; i < columns.size(); ++i) {
@@ -251,6 +256,12 @@ std::vector<column_description> describe_columns(table& source, progress_bar& pr
     for (std::size_t i = 0; i < columns.size(); ++i) {
         source.columns[i].type = made[i].type;
         source.columns[i].needed = true; // all are shown
+    }
+    for (std::size_t i = 0; i < columns.size(); ++i) {
+        if (columns[i].code && (columns[i].kinds & double_field) == 0) {
+            columns[i].code->column = i;
+            shown.with_codes.push_back(*columns[i].code);
+        }
     }
     remark_on(source, shown);
     return made;

@@ -44,6 +44,7 @@ enum field_kind : field_kinds {
     all_forms = (decimal_form << 11) - decimal_form,
 };
 
+constexpr field_kinds code_with_exponent = field_kinds{double_field} << code_shift; // 12E4
 constexpr field_kinds number_fields = integer_field | bigint_field | decimal_field | double_field;
 constexpr field_kinds datetime_fields = date_field | time_field | timestamp_field | time_with_zone_field | timestamp_with_zone_field;
 

@@ -290,7 +290,7 @@ TEST(Files, TypesOfTheFirstPart) {
     const late_value values[] = {
         {"1", "3000000000", "INT", "BIGINT"},
         {"1", "007", "INT", "VARCHAR"},
-        {"1.5", "1e3", "DECIMAL", "DOUBLE"},
+        {"1.5", "1e+3", "DECIMAL", "DOUBLE"},
         {"1.0e3", "12345678901234567.25", "DOUBLE", "VARCHAR"},
         {"2024-01-01", "2024-01-01 10:00", "DATE", "TIMESTAMP"},
         {"", "5", "NULL", "INT"},
@@ -311,7 +311,7 @@ TEST(Files, TypesOfTheFirstPart) {
         // Before that, the whole file decides.
         const run_result early = file.run("SELECT a, b FROM t WHERE b = 'x'", {"--sample", "1", "--format", "json"});
         const bool quoted = wider == "VARCHAR" || wider == "TIMESTAMP";
-        const std::string shown = last == "1e3" ? "1000" : wider == "TIMESTAMP" ? "2024-01-01 10:00:00" : last;
+        const std::string shown = last == "1e+3" ? "1000" : wider == "TIMESTAMP" ? "2024-01-01 10:00:00" : last;
         EXPECT_EQ(early.out, joined({"[\n  {\"a\": ", quoted ? "\"" : "", shown, quoted ? "\"" : "", ", \"b\": \"x\"}\n]\n"})) << early.err;
         EXPECT_EQ(file.run("SELECT a, b FROM t", {"--sample", "all"}).status, 0);
         EXPECT_EQ(file.run("SELECT a, b FROM t LIMIT 3").err, "");

@@ -296,6 +296,46 @@ TEST(Notices, NameAllThatMakesTextsOfAColumn) {
     expect_notices("a;b\n1.234;2,5\n5.1;3,5\n", "SELECT a FROM t", "a\n1.234\n5.1\n", {});
 }
 
+TEST(Notices, PointsThatMayBeOfThousandsOrOfFractions) {
+    const arguments comma = {"--decimal", "comma"};
+    const std::string places = "stop;lat;price\nA;52.520;1,50\nB;-48.137;2,00\n";
+    const std::string each = "t.csv: column lat: each number has one point and three digits behind it; ";
+    const std::string way =
+        joined({each, "--decimal comma takes 52.520 for 52520, and --types lat:VARCHAR with CAST(lat AS DECIMAL) has the "
+                      "point before a fraction"});
+    expect_notices(places, "SELECT lat + price AS x FROM t LIMIT 1", "x\n52521.50\n", {way}, comma);
+    expect_notices(places, "SELECT lat FROM t LIMIT 1", "lat\n52520\n", {way}, {"--decimal", "comma", "--types", "lat:DOUBLE"});
+    expect_notices(places, "SELECT CAST(lat AS DECIMAL) + price AS x FROM t LIMIT 1", "x\n54.020\n", {},
+                   {"--decimal", "comma", "--types", "lat:VARCHAR"});
+    expect_notices(places, "SELECT price FROM t LIMIT 1", "price\n1.50\n", {}, comma);
+    expect_failure("lat\n52.520\n48.1375\n", "SELECT lat FROM t",
+                   "t.csv, line 2, column lat: \"52.520\" is 52520 with --decimal comma, and does not fit DECIMAL(6, 4); --types "
+                   "lat:VARCHAR with CAST(lat AS DECIMAL(6, 4)) has the point before a fraction",
+                   {"--decimal", "comma", "--types", "lat:DECIMAL(6,4)"});
+    const std::string query = "SELECT lat FROM t LIMIT 1";
+    expect_notices("k;lat\n1;\n2;\"1.000\"\n3;2.500\n", query, "lat\n\n",
+                   {joined({each, "where 1.000 is 1000, --decimal comma reads it so"})});
+    for (const std::string file : {"k;lat\n1.5;2.500\n", "k,lat\n1,2.500\n", "k;lat\n1;2.500\n2;0.500\n", "k;lat\n1;2.500\n2;1000\n"}) {
+        expect_notices(file, query, "lat\n2.500\n", {});
+    }
+}
+
+TEST(Notices, NumbersThatAreDoubleForACode) {
+    const std::string file = "price,n\n1.10,1\n1e2,2\n2.505,1e-5\n";
+    const std::string notice = "t.csv: column price is DOUBLE because of 1e2 in line 3; where that is a code, or the digits of the others "
+                               "are to stay as they are, --types price:VARCHAR or --types price:DECIMAL";
+    expect_notices(file, "SELECT price FROM t", "price\n1.1\n100\n2.505\n", {notice});
+    expect_notices(file, "SELECT price FROM t", "price\n1.10\n100\n2.505\n", {}, {"--types", "price:DECIMAL"});
+    expect_notices(file, "SELECT n FROM t LIMIT 1", "n\n1\n", {});
+    expect_notices("price\n1e2\n1.5e3\n2\n", "SELECT price FROM t LIMIT 1", "price\n100\n", {});
+    const scratch_directory directory;
+    directory.write("t.csv", file);
+    EXPECT_EQ(directory.run({"describe", "t.csv"}).err, joined({"bifun: ", notice, "\n"}));
+    directory.write("t.csv", joined({"price\n", repeated("123456789.5\n", 100'000), "1E5\n"})); // behind what decides at first
+    EXPECT_TRUE(directory.run({"--sample", "1", "t.csv", "SELECT price FROM t WHERE price < 0"})
+                    .err.starts_with("bifun: t.csv: column price is DOUBLE because of 1E5 in line 100002; "));
+}
+
 TEST(Notices, NumbersWrittenAsCodesAreText) {
     expect_answer("p,c,n,e\n+4930123456,12E4,+1,1e5\n+49301,1e3,-1,1.0e5\n", "SELECT * FROM t",
                   "p,c,n,e\n+4930123456,12E4,1,100000\n+49301,1e3,-1,100000\n");

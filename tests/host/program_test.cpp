@@ -98,7 +98,7 @@ TEST(Program, FilesAndFormats) {
     expect_answer("a,b\n", "SELECT b FROM t", "b\n");
     expect_answer("a,b\n", "SELECT b FROM t", "[]\n", json);
     // Types are inferred from all rows, or given.
-    expect_answer("a,b,c,d,e,f\n007,1,1,2024-01-01,,12345678901\n1,2.50,1e2,2024-01-01 10:00,,2\n", "SELECT * FROM t",
+    expect_answer("a,b,c,d,e,f\n007,1,1,2024-01-01,,12345678901\n1,2.50,1e+2,2024-01-01 10:00,,2\n", "SELECT * FROM t",
                   "[\n  {\"a\": \"007\", \"b\": 1, \"c\": 1, \"d\": \"2024-01-01 00:00:00\", \"e\": null, \"f\": 12345678901},\n"
                   "  {\"a\": \"1\", \"b\": 2.50, \"c\": 100, \"d\": \"2024-01-01 10:00:00\", \"e\": null, \"f\": 2}\n]\n",
                   json);
