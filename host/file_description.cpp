@@ -51,7 +51,13 @@ std::vector<std::string> advice_on_texts(const csv_reader& reader, const std::ve
     given_types seeming;
     std::vector<std::string> with_words, words;
     for (const column_description& column : described) {
-        if (column.has_mixed_zones) {
+        if (!column.dressed.empty()) {
+            advice.push_back(fmt::format("{}: column {}: numbers of this form are text; {}", path, column.name, column.dressed));
+        }
+        if (column.has_long_fractions) {
+            advice.push_back(
+                fmt::format("{}: column {}: times of this form are text; {}", path, column.name, advice_on_long_fractions(column.name)));
+        } else if (column.has_mixed_zones) {
             advice.push_back(fmt::format("{}: column {}: {}", path, column.name, zone_advice(column.name, column.seems)));
         } else if (column.seems.size() == 1) {
             seeming.push_back({.name = column.name, .type = column.seems[0]});
@@ -70,9 +76,9 @@ std::vector<std::string> advice_on_texts(const csv_reader& reader, const std::ve
         advice.push_back(fmt::format("{}: column {}: numbers of this form are text; {}", path, with_mark->name, with_mark->decimal));
     }
     if (!seeming.empty()) {
-        advice.push_back(
-            fmt::format("{}: truth values and dates of this form are text unless their column is given its type, with --types \"{}\"", path,
-                        given_types_text(seeming)));
+        advice.push_back(fmt::format(
+            "{}: truth values, dates and durations of this form are text unless their column is given its type, with --types \"{}\"", path,
+            given_types_text(seeming)));
     }
     if (!words.empty()) {
         advice.push_back(fmt::format("{}: column{} {}: words for NULL beside other values make texts of these;{} takes them{} for NULL",

@@ -10,6 +10,7 @@
 #include "engine/datetime.h"
 #include "engine/decimal.h"
 #include "host/tables/text_forms.h"
+#include "host/tables/type_advice.h"
 #include "host/values/plain_number.h"
 #include "host/values/value_text.h"
 #include "layouts/intervals.h"
@@ -174,11 +175,14 @@ column_description describe(const column_state& column, const table_column& sour
                             .text = {},
                             .is_valid = true,
                             .decimal = {},
+                            .dressed = {},
                             .seems = {},
+                            .has_long_fractions = false,
                             .has_mixed_zones = false,
                             .null_words = {}};
     if (is_text && !source.needed) {
         made.seems = seeming_types(column.forms);
+        made.has_long_fractions = column.forms.has_texts && (column.forms.of_all & long_fraction_form) != 0;
         made.has_mixed_zones = has_mixed_zones(column.forms);
     }
     const auto shown = [&](const std::string& text) {
@@ -215,6 +219,10 @@ column_description describe(const column_state& column, const table_column& sour
         }
         forms.known_nulls = known_nulls;
         made.decimal = has_decimal_mark ? "" : decimal_option(forms, is_point_likely, "them");
+        for (std::string* const text : {&forms.first, &forms.affix}) {
+            *text = shown(*text);
+        }
+        made.dressed = made.decimal.empty() && made.seems.empty() ? advice_on_dressed_numbers(source.name, forms) : "";
         const bool are_alone = forms.other.empty() && find_placeholders(forms);
         made.null_words = are_alone || !made.seems.empty() ? forms.null_words : std::vector<std::string>();
     }

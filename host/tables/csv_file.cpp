@@ -548,6 +548,18 @@ void csv_reader::report_field_count(std::uint32_t line) {
                                       columns == 1 ? "" : "s", fields, hint));
 }
 
+bool csv_reader::has_valid_characters_besides(std::uint32_t row) const {
+    for (std::uint32_t line = 0; line < index_.lines; ++line) {
+        const std::size_t begin = begin_of(first_field(line));
+        const std::string_view written = text().substr(begin, end_of(index_.line_fields[line] - 1, true) - begin);
+        const bool has_characters = std::ranges::any_of(written, [](char c) { return static_cast<unsigned char>(c) >= 0x80; });
+        if (begin != begin_of(row) && has_characters && is_valid_text(charset_, written)) {
+            return true;
+        }
+    }
+    return false;
+}
+
 // Makes a row of a short one behind the fields of the index. Each field that it lacks ends before it begins.
 std::uint32_t csv_reader::fill_row(std::uint32_t line) {
     const std::size_t columns = header_.size();

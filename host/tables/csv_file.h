@@ -76,6 +76,9 @@ class csv_reader {
     [[nodiscard]] std::vector<std::string> nulls_to_repeat() const;
     [[nodiscard]] char delimiter() const { return syntax_.delimiter; }
 
+    // Whether some other line in hand is text of the character set beyond ASCII, so that the encoding is not what is wrong with this row.
+    [[nodiscard]] bool has_valid_characters_besides(std::uint32_t row) const;
+
     // Whether all rows just read are ASCII.
     [[nodiscard]] bool is_ascii() const { return index_.is_ascii; }
 

@@ -47,13 +47,15 @@ std::string writing_hint(const table& source, const table_column& column, std::s
 }
 
 // What is wrong with a field, as it stands behind the column.
-std::string describe_fault(const table& source, const table_column& column, std::string_view text, field_fault fault) {
+std::string describe_fault(const table& source, const table_column& column, std::uint32_t row, std::string_view text, field_fault fault) {
     const charset& set = *source.settings->text_charset;
     const std::string type = column_type_name(column.type);
     const std::string shown = fmt::format("\"{}\"", shown_text(set, text));
     switch (fault) {
     case field_fault::invalid_text:
-        return fmt::format("{} is not valid {}{}", shown, set.name, naming_encoding);
+        return fmt::format("{} is not valid {}{}", shown, set.name,
+                           source.reader.has_valid_characters_besides(row) ? ", as other rows are; --ignore-errors leaves out such rows"
+                                                                           : naming_encoding);
     case field_fault::too_wide:
         if (std::string plain; source.reader.decimal_mark() == ',' && text.find('.') != text.npos && plain_number(text, ',', plain)) {
             return fmt::format("{} is {} with --decimal comma, and does not fit {}; --types {}:VARCHAR with CAST({} AS {}) has the point "
@@ -62,8 +64,10 @@ std::string describe_fault(const table& source, const table_column& column, std:
         }
         return fmt::format("{} does not fit {}; give the column a wider type with --types", shown, type);
     case field_fault::too_many_digits:
-        return fmt::format("{} has more digits than {} keeps; give the column another type with --types, such as {}:VARCHAR", shown, type,
-                           column.name);
+        return fmt::format(
+            "{} has more digits than {} keeps; give the column another type with --types, such as {}:VARCHAR{}", shown, type, column.name,
+            has_date(column.type.type) && column.type.format.empty() ? fmt::format(", of which {}", advice_on_long_fractions(column.name))
+                                                                     : "");
     case field_fault::short_year: {
         column_type shorter = column.type;
         shorter.format.erase(upper_case(shorter.format).find("YYYY"), 2);
@@ -324,7 +328,7 @@ void store_rows(table& source, row_numbers rows, std::uint32_t first_row, std::v
 void report_bad_row(table& source, std::uint32_t row, const bad_row& bad) {
     const table_column& column = source.columns[bad.column];
     const std::string_view text = source.reader.field(row, bad.column).text;
-    const std::string message = describe_fault(source, column, text, bad.fault);
+    const std::string message = describe_fault(source, column, row, text, bad.fault);
     const std::uint64_t line = source.reader.line_of(row);
     // This is no bad row, whatever becomes of those.
     if (bad.fault == field_fault::not_as_sampled) {

@@ -136,8 +136,12 @@ found_kinds find_kinds(csv_reader& reader, const std::vector<bool>& wanted, std:
             rows_for_forms[i] += rows.size();
             for (std::size_t r = 0; r < rows.size() && !are_mere_texts(forms); ++r) {
                 const csv_field field = reader.field(rows[r], i);
-                if (!field.is_null_unless_text) {
-                    include_text(forms, field.text, decimal_mark);
+                if (field.is_null_unless_text) {
+                    continue;
+                }
+                include_text(forms, field.text, decimal_mark);
+                if (forms.other_line == 0 && !forms.other.empty()) {
+                    forms.other_line = reader.line_of(rows[r]);
                 }
             }
             has_marks |= may_have_mark(forms);

@@ -283,9 +283,8 @@ TEST(Descriptions, GivenTypes) {
                       "day,DATE 'DD.MM.YYYY',1502,0,31.12.2023,01.01.2025,,\n", "pause,INTERVAL HOUR TO MINUTE,1501,1,9:30,10:00,,\n",
                       "n,\"DECIMAL(8, 2)\",1502,0,1.50,10,,\n", "s,VARCHAR(2),1501,1,ab,\xE4\xB8\xAD\xE6\x96\x87,,\n",
                       "flag,VARCHAR,1501,1,TRUE,false,2,TRUE\n", "x,TINYINT,1502,0,-7,5,,\n"}));
-    EXPECT_EQ(
-        result.err,
-        "bifun: t.csv: truth values and dates of this form are text unless their column is given its type, with --types \"flag:BOOL\"\n");
+    EXPECT_EQ(result.err, "bifun: t.csv: truth values, dates and durations of this form are text unless their column is given its type, "
+                          "with --types \"flag:BOOL\"\n");
     directory.write("d.csv", "a,b,c,d,e\n1.2.2024,1/13/2024,13-01-2024,1/2/2024,31.01.2024\n3.4.2024,2/1/2024,,2/1/2024,01.13.2024\n");
     directory.write("m.csv", "a,m\n1,\"1.234,56\"\n2,\"7\"\n");
     EXPECT_EQ(directory.run({"describe", "m.csv"}).err,

@@ -269,6 +269,9 @@ TEST(Program, FileErrors) {
         "t.csv: this is JSON; with --no-header --quote none --delimiter 0x01 each line is a text, for JSON_VALUE(column_1, '$.name')");
     expect_answer("{\"a\": 1}\n{\"a\": \"x\"}\n", "SELECT JSON_VALUE(column_1, '$.a') AS a FROM t", "a\n1\nx\n",
                   {"--no-header", "--quote", "none", "--delimiter", "0x01"});
+    expect_failure(
+        "a\n\xC3\xA4\n\xE4-\n", read,
+        "t.csv, line 3, column a: \"\xEF\xBF\xBD-\" is not valid utf-8, as other rows are; --ignore-errors leaves out such rows");
     expect_failure("a\nx\n\xC0\xAF\n", read, "t.csv, line 3, column a: \"\xEF\xBF\xBD\xEF\xBF\xBD\" is not valid utf-8; ...");
     expect_failure(
         "a\n1\n2147483648\n", read,
