@@ -29,6 +29,13 @@ std::string way_together(const misplaced_value& left, const misplaced_value& rig
 // --types "day:DATE 'DD/MM/YYYY'" or --types "day:DATE 'MM/DD/YYYY'", for a shell.
 std::string options_of_types(const std::string& column, std::span<const column_type> types);
 
+// TO_NUMBER(REPLACE(price, '$', '')) makes numbers of its texts: where the texts of a column are numbers with something around them or with
+// other groups; empty where they are not.
+std::string advice_on_dressed_numbers(const std::string& column, const text_forms& forms);
+
+// What makes timestamps of texts that have more digits of a second than are kept.
+std::string advice_on_long_fractions(const std::string& column);
+
 // Why a column of times of which some have a zone is text, and what gives it the type.
 std::string zone_advice(const std::string& column, std::span<const column_type> types);
 

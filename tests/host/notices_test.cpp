@@ -308,7 +308,8 @@ TEST(Notices, NameBothTypesWhereTextsHaveEither) {
         {"p + 1", "; TO_NUMBER(REPLACE(p, '%', '')) makes numbers of its texts"},
         {"f + 1", "; --types f:DECIMAL reads the column as numbers"},
         {"YEAR(t)", "; CAST(SUBSTR(t, 1, 26) AS TIMESTAMP) leaves out what stands behind six digits of a fraction"},
-        {"YEAR(i)", "; --null 'Total' --null '' takes that text and empty fields for NULL, and the others for DATE"},
+        {"YEAR(i)",
+         "; \"Total\" in line 3 is not of type DATE, which the others have; --types i:DATE --ignore-errors leaves out such rows"},
         {"YEAR(z)", "; --types \"z:DATE 'DD-MON-YYYY'\" reads the column as dates"},
     };
     const scratch_directory directory;
@@ -388,7 +389,7 @@ TEST(Notices, NameAllThatMakesTextsOfAColumn) {
         directory.run({"describe", "t.csv"}).err,
         joined({"bifun: t.csv: column t: ", zone,
                 "\nbifun: t.csv: column m: numbers of this form are text; --decimal comma --null 'NA' --null '' reads them as numbers\n"
-                "bifun: t.csv: truth values and dates of this form are text unless their column is given its type, with --types "
+                "bifun: t.csv: truth values, dates and durations of this form are text unless their column is given its type, with --types "
                 "\"d:DATE 'DD.MM.YYYY'\"\nbifun: t.csv: columns x, d: words for NULL beside other values make texts of these; "
                 "--null 'NA' --null '-' --null '' takes them and empty fields for NULL\n"}));
     expect_notices(file, "SELECT m FROM t LIMIT 1", "m\n3.5\n", {point}, {"--decimal", "comma", "--null", "NA"});
@@ -404,6 +405,84 @@ TEST(Notices, NameAllThatMakesTextsOfAColumn) {
                                "--decimal comma reads both so";
     expect_notices("a;b\n1.234;2,5\n5;3,5\n", "SELECT a FROM t", "a\n1.234\n5\n", {groups});
     expect_notices("a;b\n1.234;2,5\n5.1;3,5\n", "SELECT a FROM t", "a\n1.234\n5.1\n", {});
+}
+
+TEST(Notices, PointsThatMayBeOfThousandsOrOfFractions) {
+    const arguments comma = {"--decimal", "comma"};
+    const std::string places = "stop;lat;price\nA;52.520;1,50\nB;-48.137;2,00\n";
+    const std::string each = "t.csv: column lat: each number has one point and three digits behind it; ";
+    const std::string way =
+        joined({each, "--decimal comma takes 52.520 for 52520, and --types lat:VARCHAR with CAST(lat AS DECIMAL) has the "
+                      "point before a fraction"});
+    expect_notices(places, "SELECT lat + price AS x FROM t LIMIT 1", "x\n52521.50\n", {way}, comma);
+    expect_notices(places, "SELECT lat FROM t LIMIT 1", "lat\n52520\n", {way}, {"--decimal", "comma", "--types", "lat:DOUBLE"});
+    expect_notices(places, "SELECT CAST(lat AS DECIMAL) + price AS x FROM t LIMIT 1", "x\n54.020\n", {},
+                   {"--decimal", "comma", "--types", "lat:VARCHAR"});
+    expect_notices(places, "SELECT price FROM t LIMIT 1", "price\n1.50\n", {}, comma);
+    expect_failure("lat\n52.520\n48.1375\n", "SELECT lat FROM t",
+                   "t.csv, line 2, column lat: \"52.520\" is 52520 with --decimal comma, and does not fit DECIMAL(6, 4); --types "
+                   "lat:VARCHAR with CAST(lat AS DECIMAL(6, 4)) has the point before a fraction",
+                   {"--decimal", "comma", "--types", "lat:DECIMAL(6,4)"});
+    const std::string query = "SELECT lat FROM t LIMIT 1";
+    expect_notices("k;lat\n1;\n2;\"1.000\"\n3;2.500\n", query, "lat\n\n",
+                   {joined({each, "where 1.000 is 1000, --decimal comma reads it so"})});
+    for (const std::string file : {"k;lat\n1.5;2.500\n", "k,lat\n1,2.500\n", "k;lat\n1;2.500\n2;0.500\n", "k;lat\n1;2.500\n2;1000\n"}) {
+        expect_notices(file, query, "lat\n2.500\n", {});
+    }
+}
+
+TEST(Notices, ValuesThatAreFaultsAreNotTakenForNull) {
+    const std::string file = "took,v,d,w,e\n1:30:00,1,2024-12-01,05.01.2024 10:15,5\n25:10:05,2,2024-13-01,31.12.2024 23:59:30,n.d.\n"
+                             "30:00:01,A7,2024-11-01,01.02.2024,6\n0:05:00,4,2024-01-01,02.02.2024 9:30,\n";
+    const std::pair<std::string, std::string> cases[] = {
+        {"TIME_TO_SEC(took)", "; --types \"took:INTERVAL HOUR TO SECOND\" reads the column as durations"},
+        {"took > TIME '10:00'", "; --types \"took:INTERVAL HOUR TO SECOND\" reads the column as durations"},
+        {"v * 2", "; \"A7\" in line 4 is not of type INT, which the others have; --types v:INT --ignore-errors leaves out such rows"},
+        {"d + 1",
+         "; \"2024-13-01\" in line 3 is not of type DATE, which the others have; --types d:DATE --ignore-errors leaves out such rows"},
+        {"YEAR(w)", "; --types \"w:TIMESTAMP 'DD.MM.YYYY HH24:MI:SS'\" reads the column as dates"},
+        {"e * 2", "; --null 'n.d.' --null '' takes that text and empty fields for NULL, and the others for INT"},
+    };
+    const scratch_directory directory;
+    directory.write("t.csv", file);
+    for (const auto& [expression, way] : cases) {
+        const std::string err = directory.run({"t.csv", joined({"SELECT ", expression, " FROM t"})}).err;
+        EXPECT_TRUE(err.ends_with(joined({way, "\n"}))) << err;
+    }
+    expect_answer(file, "SELECT w FROM t WHERE took > INTERVAL '24' HOUR", "w\n2024-12-31 23:59:30\n2024-02-01 00:00:00\n",
+                  {"--types", "took:INTERVAL HOUR TO SECOND", "--types", "w:TIMESTAMP 'DD.MM.YYYY HH24:MI:SS'"});
+    directory.write("t.csv", "a,b,c,d,e,f\n(5.00),5-,\"1,23,456.00\",=\"01067\",€ 5,2024-01-01 10:00:00.1234567\n"
+                             "3,7-,\"2,34,567.00\",=\"01069\",€ 6,2024-01-02 10:00:00\n");
+    EXPECT_EQ(
+        directory.run({"describe", "t.csv"}).err,
+        "bifun: t.csv: column a: numbers of this form are text; TO_NUMBER(REPLACE(REPLACE(a, '(', '-'), ')', '')) makes numbers of its "
+        "texts\nbifun: t.csv: column b: numbers of this form are text; TO_NUMBER(b, '999999999999.999999MI') makes numbers of its "
+        "texts\nbifun: t.csv: column c: numbers of this form are text; TO_NUMBER(REPLACE(c, ',', '')) makes numbers of texts such as "
+        "1,23,456.00\nbifun: t.csv: column d: numbers of this form are text; REPLACE(SUBSTR(d, 2), '\"', '') is without the signs "
+        "around texts such as =\"01067\"\nbifun: t.csv: column e: numbers of this form are text; TO_NUMBER(REPLACE(e, '€ ', '')) makes "
+        "numbers of its texts\nbifun: t.csv: column f: times of this form are text; CAST(SUBSTR(f, 1, 26) AS TIMESTAMP) leaves out what "
+        "stands behind six digits of a fraction\n");
+    expect_answer(
+        read_file(directory.path / "t.csv"),
+        "SELECT TO_NUMBER(REPLACE(c, ',', '')) AS c, REPLACE(SUBSTR(d, 2), '\"', '') AS d, CAST(SUBSTR(f, 1, 26) AS TIMESTAMP) AS f "
+        "FROM t",
+        "c,d,f\n123456.00,01067,2024-01-01 10:00:00.123456\n234567.00,01069,2024-01-02 10:00:00\n");
+}
+
+TEST(Notices, NumbersThatAreDoubleForACode) {
+    const std::string file = "price,n\n1.10,1\n1e2,2\n2.505,1e-5\n";
+    const std::string notice = "t.csv: column price is DOUBLE because of 1e2 in line 3; where that is a code, or the digits of the others "
+                               "are to stay as they are, --types price:VARCHAR or --types price:DECIMAL";
+    expect_notices(file, "SELECT price FROM t", "price\n1.1\n100\n2.505\n", {notice});
+    expect_notices(file, "SELECT price FROM t", "price\n1.10\n100\n2.505\n", {}, {"--types", "price:DECIMAL"});
+    expect_notices(file, "SELECT n FROM t LIMIT 1", "n\n1\n", {});
+    expect_notices("price\n1e2\n1.5e3\n2\n", "SELECT price FROM t LIMIT 1", "price\n100\n", {});
+    const scratch_directory directory;
+    directory.write("t.csv", file);
+    EXPECT_EQ(directory.run({"describe", "t.csv"}).err, joined({"bifun: ", notice, "\n"}));
+    directory.write("t.csv", joined({"price\n", repeated("123456789.5\n", 100'000), "1E5\n"})); // behind what decides at first
+    EXPECT_TRUE(directory.run({"--sample", "1", "t.csv", "SELECT price FROM t WHERE price < 0"})
+                    .err.starts_with("bifun: t.csv: column price is DOUBLE because of 1E5 in line 100002; "));
 }
 
 TEST(Notices, NumbersWrittenAsCodesAreText) {

@@ -115,8 +115,8 @@ TEST(Operators, Casts) {
     });
     // Fields of two lines, and rows behind the first that the reader has in hand.
     expect_failure("s,t\n1,\"a\nb\"\nx,\n", "SELECT CAST(s AS INT) FROM t",
-                   "CAST: \"x\" cannot be INT in row 2 (t.csv, line 4); --null 'x' --null '' takes that text and empty fields for NULL, "
-                   "and the others for INT");
+                   "CAST: \"x\" cannot be INT in row 2 (t.csv, line 4); \"x\" in line 4 is not of type INT, which the others have; --types "
+                   "s:INT --ignore-errors leaves out such rows");
     expect_failure(joined({"s,t\n", repeated("1,\"a\nb\"\n", 9), "x,\n", repeated("1,abcdefgh\n", 20'000)}), "SELECT CAST(s AS INT) FROM t",
                    "CAST: \"x\" cannot be INT in row 10 (t.csv, line 20); ...", {"--batch-rows", "65536", "--types", "s:VARCHAR"});
     expect_failure("s\n1\n\nx\n", "SELECT CAST(s AS INT) FROM t", "CAST: \"x\" cannot be INT in row 3 (t.csv, line 4); ...");
