@@ -51,7 +51,13 @@ std::vector<std::string> advice_on_texts(const csv_reader& reader, const std::ve
     given_types seeming;
     std::vector<std::string> with_words, words;
     for (const column_description& column : described) {
-        if (column.has_mixed_zones) {
+        if (!column.dressed.empty()) {
+            advice.push_back(fmt::format("{}: column {}: numbers of this form are text; {}", path, column.name, column.dressed));
+        }
+        if (column.has_long_fractions) {
+            advice.push_back(
+                fmt::format("{}: column {}: times of this form are text; {}", path, column.name, advice_on_long_fractions(column.name)));
+        } else if (column.has_mixed_zones) {
             advice.push_back(fmt::format("{}: column {}: {}", path, column.name, zone_advice(column.name, column.seems)));
         } else if (column.seems.size() == 1) {
             seeming.push_back({.name = column.name, .type = column.seems[0]});
@@ -70,9 +76,9 @@ std::vector<std::string> advice_on_texts(const csv_reader& reader, const std::ve
         advice.push_back(fmt::format("{}: column {}: numbers of this form are text; {}", path, with_mark->name, with_mark->decimal));
     }
     if (!seeming.empty()) {
-        advice.push_back(
-            fmt::format("{}: truth values and dates of this form are text unless their column is given its type, with --types \"{}\"", path,
-                        given_types_text(seeming)));
+        advice.push_back(fmt::format(
+            "{}: truth values, dates and durations of this form are text unless their column is given its type, with --types \"{}\"", path,
+            given_types_text(seeming)));
     }
     if (!words.empty()) {
         advice.push_back(fmt::format("{}: column{} {}: words for NULL beside other values make texts of these;{} takes them{} for NULL",
@@ -104,7 +110,7 @@ void describe_file(const std::string& path, const program_options& options) {
     std::ranges::for_each(remarks_on_formats(settings), print_message);
     std::ranges::for_each(remarks_on_formats(types), print_message);
     resolve_types(*source, types, {}, progress);
-    result_stream results = open_results(options);
+    result_stream results = open_results(options, {path});
     progress.begin("describing", results.is_terminal);
     const std::vector<column_description> described = describe_columns(*source, progress);
 
@@ -142,10 +148,9 @@ void describe_file(const std::string& path, const program_options& options) {
     if (std::ranges::any_of(described, [](const column_description& column) { return !column.is_valid; })) {
         print_message(fmt::format("{}: there is text that is not valid {}{}", path, settings.text_charset->name, naming_encoding));
     }
-    for (const std::string& remark : {source->mark_remark, source->blank_remark}) {
-        if (!remark.empty()) {
-            print_message(remark);
-        }
+    std::ranges::for_each(source->number_remarks, print_message);
+    if (!source->blank_remark.empty()) {
+        print_message(source->blank_remark);
     }
     for (const std::string& advice : advice_on_texts(source->reader, described)) {
         print_message(advice);

@@ -26,6 +26,20 @@ std::optional<char> byte_or_none(std::string_view option, std::string_view text)
     return byte;
 }
 
+// Also by another name, a link, or where the standard input is the file.
+void check_output(const std::string& output, const std::vector<std::string>& files) {
+    for (const std::string& file : files) {
+        const std::string input = file == "-" ? "/dev/stdin" : file;
+        std::error_code unreadable;
+        if (std::filesystem::is_regular_file(output, unreadable) && std::filesystem::equivalent(output, input, unreadable)) {
+            fail("--output: {} is {}, and would be replaced by the result; give the result another name", output,
+                 file == "-"      ? "the file of the standard input"
+                 : output == file ? "a file to be read"
+                                  : fmt::format("the file {}", file));
+        }
+    }
+}
+
 } // namespace
 
 file_options reading_of(const program_options& options) {
@@ -104,9 +118,10 @@ output_format format_of(const program_options& options) {
     return by_name ? *by_name : !has_output_file(options) && isatty(STDOUT_FILENO) == 1 ? output_format::table : output_format::csv;
 }
 
-result_stream open_results(const program_options& options) {
+result_stream open_results(const program_options& options, const std::vector<std::string>& files) {
     result_stream opened{.file = nullptr, .stream = {.file = STDOUT_FILENO, .text = {}}, .is_terminal = false};
     if (has_output_file(options)) {
+        check_output(options.output, files);
         opened.file = std::make_unique<output_file>(options.output);
         opened.stream.file = opened.file->descriptor();
     }

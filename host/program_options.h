@@ -50,7 +50,8 @@ struct result_stream {
     output_stream stream;
     bool is_terminal;
 };
-result_stream open_results(const program_options& options);
+// Fails where the result would take the place of one of the files, which may have another name, too.
+result_stream open_results(const program_options& options, const std::vector<std::string>& files);
 // Forgets what has been written; false where it has gone out.
 bool restart(result_stream& results);
 void commit(result_stream& results);

@@ -53,11 +53,15 @@ const std::string& file_of_table(const std::vector<std::string>& files, const ta
         fmt::format("there is no table {}{}", from.name, hint.empty() ? fmt::format("; the tables are {}", fmt::join(names, ", ")) : hint));
 }
 
-// A file that the query does not read may be a mistaken word.
-void check_files(const std::vector<std::string>& files) {
+// A file that the query does not read may be a mistaken word, such as a second one behind --null.
+void check_files(const std::vector<std::string>& files, const std::vector<std::string>& nulls) {
     for (const std::string& file : files) {
         std::error_code unreadable;
         if (file != "-" && !std::filesystem::exists(file, unreadable)) {
+            if (!nulls.empty() && extension_of(file).empty()) {
+                fail("{0}: no such file; another text for NULL has the option before it, too: --null '{1}' --null '{0}'", file,
+                     nulls.back());
+            }
             fail_opening(file, ENOENT);
         }
     }
@@ -89,8 +93,10 @@ select_statement parse_query(const std::string& sql, const std::vector<std::stri
             sql.find(".csv") != std::string::npos ? "; FROM takes the name of a table, which is that of its file without .csv" : "";
         for (const std::string& file : files) {
             const std::string name = plain_table_name_of(file);
-            const bool is_meant = find_name_around(sql, table_name_of(file), error.offset) != sql.npos;
-            if (name != table_name_of(file) && is_meant) {
+            const auto is_written = [&](std::string_view written) { return find_name_around(sql, written, error.offset) != sql.npos; };
+            const bool begins_with_digit = name.starts_with('_') && !table_name_of(file).starts_with('_');
+            if ((name != table_name_of(file) && is_written(table_name_of(file))) ||
+                (begins_with_digit && is_written(std::string_view(name).substr(1)))) {
                 hint += fmt::format("; {} is the table {}", file, name);
             }
             for (const std::string& column : column_names_of(file, options, settings)) {
@@ -148,32 +154,35 @@ void run_statement(const program_options& options, const std::vector<std::string
     begin_session(settings);
     const given_types types = parse_types(options.types);
     const select_statement statement = parse_query(sql, files, options, settings);
-    check_files(files);
+    check_files(files, options.nulls);
     const output_format format = format_of(options);
     const file_options reading = reading_of(options);
     const type_sample sample = sample_of(options);
-    result_stream results = open_results(options);
+    result_stream results = open_results(options, files);
     std::ranges::for_each(remarks_on_formats(settings), tell);
     std::ranges::for_each(remarks_on_formats(types), tell);
 
+    std::vector<std::string> told;
+    const auto tell_once = [&](const std::string& remark) {
+        if (!remark.empty() && std::ranges::find(told, remark) == told.end()) {
+            told.push_back(remark);
+            tell(remark);
+        }
+    };
     // False where the first part of a file has given a wrong type and nothing has gone out, so that the query can be run again.
-    const auto run = [&](type_sample decides, bool is_first) {
+    const auto run = [&](type_sample decides) {
         progress_bar progress;
         std::unique_ptr<table> source;
         if (statement.from) {
             source = open_table(file_of_table(files, *statement.from, sql), reading, settings);
-            if (is_first && !source->reader.doubt().empty()) {
-                tell(source->reader.doubt());
-            }
+            tell_once(source->reader.doubt());
             check_given_types(types, source.get(), files, reading, settings);
             mark_needed_columns(statement, sql, *source);
             resolve_types(*source, types, decides, progress);
-            if (is_first && !source->mark_remark.empty()) {
-                tell(source->mark_remark);
-            }
+            std::ranges::for_each(source->number_remarks, tell_once);
             // Who trims knows of the blanks.
-            if (is_first && !source->blank_remark.empty() && upper_case(sql).find("TRIM(") == sql.npos) {
-                tell(source->blank_remark);
+            if (upper_case(sql).find("TRIM(") == sql.npos) {
+                tell_once(source->blank_remark);
             }
         }
         plan query = bind_statement(statement, sql, source.get(), settings, library);
@@ -197,8 +206,8 @@ void run_statement(const program_options& options, const std::vector<std::string
         }
         return true;
     };
-    if (!run(sample, true)) {
-        run({.of_files = whole_file, .of_pipes = whole_file}, false);
+    if (!run(sample)) {
+        run({.of_files = whole_file, .of_pipes = whole_file});
     }
     commit(results);
 }

@@ -65,7 +65,8 @@ operand add_days(binder& state, const expression& tree, const operand& date, con
     const bool has_text = is_left_text || right.type == sql_type::varchar;
     const sql_type other = is_left_text ? right.type : left.type;
     const misplaced_value text = misplaced(state, is_left_text ? left : right);
-    const bool seems_date = text.column != nullptr && !text.column->seems.empty() && has_date(text.column->seems[0].type);
+    const bool seems_date = text.column != nullptr && ((!text.column->seems.empty() && has_date(text.column->seems[0].type)) ||
+                                                       (text.column->forms && (text.column->forms->besides & datetime_fields) != 0));
     const sql_type needed = seems_date || is_datetime(other) || is_interval(other) ? sql_type::date : sql_type::decimal;
     const bool adds_texts = is_left_text && right.type == sql_type::varchar && tree.operation == arithmetic_operator::add;
     const std::string advice = is_datetime(left.type) && is_datetime(right.type) ? "; use DATEDIFF(SECOND, start, end), with any field"
@@ -163,7 +164,7 @@ operand bind_cast(binder& state, const expression& tree) {
                 fmt::format("CAST makes no {} of {}{}", sql_type_name(type), sql_type_name(given.type),
                             given.type == sql_type::boolean && is_number(type)   ? "; CASE WHEN x THEN 1 ELSE 0 END makes one"
                             : type == sql_type::boolean && is_number(given.type) ? "; compare it, as in x <> 0"
-                                                                                 : ""));
+                                                                                 : way_to(type, misplaced(state, given))));
     }
     if (given.type == sql_type::null || (!tree.target.shape && is_widening(given.type, type))) {
         return {nullptr, as_type(state, given, type), type, tree.offset};

@@ -105,10 +105,11 @@ std::string way_to_text(sql_type given);
 
 // The type that values become where they meet: the widest of numbers, or the one type that all of them have. A string literal may stand for
 // a datetime. A datetime without a zone becomes one with a zone where it meets one. `complaint` says what types cannot do that do not go
-// together: "cannot be compared".
+// together: "cannot be compared", which they may be for equality alone.
 constexpr std::string_view cannot_be_compared = "cannot be compared";
 constexpr std::string_view do_not_go_together = "do not go together";
-sql_type common_type(const binder& state, const std::vector<operand>& operands, std::size_t offset, std::string_view complaint);
+sql_type common_type(const binder& state, const std::vector<operand>& operands, std::size_t offset, std::string_view complaint,
+                     bool is_equality = false);
 
 // A step with the truth value of the comparison.
 std::size_t add_comparison(binder& state, comparison_operator operation, const operand& left, const operand& right, std::size_t offset);

@@ -13,6 +13,7 @@
 #include "host/program_error.h"
 #include "host/sql/builtins.h"
 #include "host/sql/sql_text.h"
+#include "host/tables/text_forms.h"
 #include "host/values/date_formats.h"
 
 namespace host {
@@ -321,6 +322,60 @@ bool is_null_by_constant(const bifun::entry_point& member, const std::vector<ope
            std::ranges::find(arguments, sql_type::null, &operand::type) != arguments.end();
 }
 
+// Whether values of the argument may have a zone; a DATE has none.
+bool may_have_zone(const binder& state, const operand& given) {
+    if (given.literal != nullptr && given.type == sql_type::varchar) {
+        const std::optional<sql_type> read = datetime_type_of(*given.literal);
+        return read && has_zone(*read);
+    }
+    const table_column* const column = misplaced(state, given).column;
+    return has_zone(given.type) ||
+           (given.type == sql_type::varchar && column != nullptr && column->forms && has_mixed_zones(*column->forms));
+}
+
+// The first of the arguments whose clock times count, where zones would make a difference: of a number that lies between two datetimes, and
+// of seconds since 1970.
+std::optional<std::size_t> argument_of_clock_time(const binder& state, const bifun::entry_point& member,
+                                                  const std::vector<operand>& arguments) {
+    if (member.builtin == "UNIX_TIMESTAMP") {
+        return may_have_zone(state, arguments[0]) ? std::optional<std::size_t>(0) : std::nullopt;
+    }
+    const auto is_datetime_at = [&](std::size_t i) {
+        return member.arguments()[i].type == value_type::DATETIME && arguments[i].type != sql_type::date;
+    };
+    const std::size_t count = arguments.size();
+    const bool is_difference = is_number(sql_type_of(member.result)) && count > 1 && is_datetime_at(count - 2) && is_datetime_at(count - 1);
+    return is_difference && (may_have_zone(state, arguments[count - 2]) || may_have_zone(state, arguments[count - 1]))
+               ? std::optional(count - 2)
+               : std::nullopt;
+}
+
+// What is to be counted of the rows of a call. A literal is in sight.
+std::vector<odd_rows> oddities_of(const binder& state, const bifun::entry_point& member, const std::vector<operand>& arguments) {
+    std::vector<odd_rows> found;
+    const auto is_of_rows = [&](std::size_t i) { return state.source != nullptr && arguments[i].literal == nullptr; };
+    if (member.builtin == "FROM_UNIXTIME") {
+        found.push_back({.kind = oddity::late_seconds});
+    }
+    if (const auto text = argument_of_datetime_text(member); text && is_of_rows(*text)) {
+        found.push_back({.kind = oddity::unread_dates, .argument = *text});
+    }
+    const bool reads_number = bifun::has_word("TO_NUMBER TO_DOUBLE", member.builtin);
+    if (reads_number && bifun::null_rule_of(member) == bifun::null_rule::adds_nulls && is_of_rows(0)) {
+        found.push_back({.kind = oddity::unread_numbers});
+    }
+    if (bifun::null_rule_of(member) == bifun::null_rule::defaulted && is_of_rows(0)) {
+        found.push_back({.kind = oddity::nulls_for_now});
+    }
+    if (member.builtin == "TO_CHAR" && member.argument_count > 1 && is_number(sql_type_of(member.arguments()[0].type))) {
+        found.push_back({.kind = oddity::filled_results});
+    }
+    if (const auto first = argument_of_clock_time(state, member, arguments); first) {
+        found.push_back({.kind = oddity::apart_zones, .argument = *first});
+    }
+    return found;
+}
+
 } // namespace
 
 operand bind_call(binder& state, const expression& tree, std::string_view builtin, std::vector<operand> arguments) {
@@ -342,13 +397,8 @@ operand bind_call(binder& state, const expression& tree, std::string_view builti
     call.entry = &member;
     call.function = state.library.find(member.symbol);
     call.shows_all_digits = shows_all_digits(member, arguments);
-    if (builtin == "FROM_UNIXTIME") {
-        call.unread.argument = 0;
-    }
-    const std::optional<std::size_t> text = argument_of_datetime_text(member);
-    if (text && state.source != nullptr && arguments[*text].literal == nullptr) { // a literal is in sight
-        call.unread.argument = text;
-    }
+    call.written = tree.kind == expression_kind::arithmetic ? arithmetic_symbol(tree.operation) : "";
+    call.odd = oddities_of(state, member, arguments);
     const sql_type type = call.type;
     for (std::size_t i = 0; i < arguments.size(); ++i) {
         const value_type parameter = member.arguments()[i].type;

@@ -219,9 +219,19 @@ std::string way_to_write(sql_type needed, std::string_view text) {
 
 } // namespace
 
+namespace {
+
+constexpr std::string_view null_instead_of_empty = "; an empty field is NULL, as in x IS NULL and x IS NOT NULL";
+
+bool is_blank(const operand& text) { return without_blanks_around(text.literal->text).empty(); }
+
+} // namespace
+
 std::string way_to_text(sql_type given) { return fmt::format("; CAST(x AS VARCHAR) makes a text of the {}", sql_type_name(given)); }
 
-sql_type common_type(const binder& state, const std::vector<operand>& operands, std::size_t offset, std::string_view complaint) {
+sql_type common_type(const binder& state, const std::vector<operand>& operands, std::size_t offset, std::string_view complaint,
+                     bool is_equality) {
+    const bool joins = complaint == do_not_go_together;
     std::optional<sql_type> common;
     const operand* widest = nullptr;
     for (const operand& given : operands) {
@@ -234,9 +244,9 @@ sql_type common_type(const binder& state, const std::vector<operand>& operands, 
         if (!both_numbers && !both_dates && known != given.type) {
             fail_at(state.sql, offset,
                     fmt::format("{} and {} {}{}", sql_type_name(known), sql_type_name(given.type), complaint,
-                                complaint == do_not_go_together && std::max(known, given.type) == sql_type::varchar
+                                joins && std::max(known, given.type) == sql_type::varchar
                                     ? way_to_text(std::min(known, given.type))
-                                    : way_together(misplaced(state, *widest), misplaced(state, given))));
+                                    : way_together(misplaced(state, *widest), misplaced(state, given), is_equality)));
         }
         widest = widest == nullptr || given.type > known ? &given : widest;
         common = std::max(known, given.type);
@@ -251,12 +261,17 @@ sql_type common_type(const binder& state, const std::vector<operand>& operands, 
         if (!is_datetime(*common)) {
             fail_at(state.sql, offset,
                     fmt::format("{} and VARCHAR {}{}", sql_type_name(*common), complaint,
-                                complaint == do_not_go_together ? way_to_text(*common) : way_to(*common, misplaced(state, given))));
+                                joins             ? way_to_text(*common)
+                                : is_blank(given) ? null_instead_of_empty
+                                                  : way_to(*common, misplaced(state, given))));
         }
         const std::optional<sql_type> type = datetime_type_of(*given.literal);
         if (!type || has_date(*type) != has_date(*common)) {
             fail_at(state.sql, given.offset,
-                    fmt::format("this cannot be read as {}{}", sql_type_name(*common), way_to_write(*common, given.literal->text)));
+                    fmt::format("this cannot be read as {}{}", sql_type_name(*common),
+                                joins             ? way_to_text(*common)
+                                : is_blank(given) ? null_instead_of_empty
+                                                  : way_to_write(*common, given.literal->text)));
         }
         common = std::max(*common, *type);
     }
@@ -292,29 +307,47 @@ date_look look_of(const binder& state, const operand& given) {
     return type && has_date(*type) ? date_look::iso : is_written_date(given.literal->text) ? date_look::written : date_look::none;
 }
 
-// Texts that are dates have another order than these, and are never equal where they are not written alike.
-void notice_dates_as_texts(binder& state, comparison_operator operation, const operand& left, const operand& right) {
+// What the texts of a column are meant as, if they are compared with this one: dates or times, or numbers.
+std::optional<sql_type> meant_type(const binder& state, bool is_equality, const table_column& column, const operand& text,
+                                   const operand& other) {
+    const date_look look = look_of(state, other);
+    if (look != date_look::none && !(is_equality && (look_of(state, text) == date_look::none || look == date_look::written))) {
+        return sql_type::date;
+    }
+    if (is_equality || other.literal == nullptr || other.type != sql_type::varchar) {
+        return std::nullopt;
+    }
+    if (column.forms && is_twelve_hour_time(column.forms->first) && is_twelve_hour_time(other.literal->text)) {
+        return sql_type::time;
+    }
+    const number_shape shape = shape_of_number(without_blanks_around(other.literal->text));
+    const bool holds_numbers = is_number(column.shown) || !way_to_all_numbers(column).empty() ||
+                               (column.forms && (numbers_in(column.forms->besides) & number_fields) != 0);
+    return shape.is_number && !shape.has_leading_zero && holds_numbers ? std::optional(sql_type::decimal) : std::nullopt;
+}
+
+// Texts that are dates or numbers have another order than these, and are never equal where they are not written alike.
+void notice_values_as_texts(binder& state, comparison_operator operation, const operand& left, const operand& right) {
     const bool is_left = left.literal == nullptr;
     const operand& text = is_left ? left : right;
     const operand& other = is_left ? right : left;
     const table_column* const column = text.type == sql_type::varchar ? misplaced(state, text).column : nullptr;
     const bool is_equality = operation == comparison_operator::equal || operation == comparison_operator::not_equal;
-    const date_look look = look_of(state, other);
-    if (column == nullptr || look == date_look::none ||
-        (is_equality && (look_of(state, text) == date_look::none || look == date_look::written))) {
-        return;
+    const std::optional<sql_type> meant = column != nullptr ? meant_type(state, is_equality, *column, text, other) : std::nullopt;
+    if (meant) {
+        add_notice(state, fmt::format("{} is text, and compared as such", column->name),
+                   fmt::format(" with {}{}",
+                               other.literal != nullptr ? fmt::format("'{}'", other.literal->text) : misplaced(state, other).column->name,
+                               way_to(*meant, misplaced(state, text))));
     }
-    add_notice(state, fmt::format("{} is text, and compared as such", column->name),
-               fmt::format(" with {}{}",
-                           other.literal != nullptr ? fmt::format("'{}'", other.literal->text) : misplaced(state, other).column->name,
-                           way_to(sql_type::date, misplaced(state, text))));
 }
 
 } // namespace
 
 std::size_t add_comparison(binder& state, comparison_operator operation, const operand& left, const operand& right, std::size_t offset) {
-    notice_dates_as_texts(state, operation, left, right);
-    const sql_type type = common_type(state, {left, right}, offset, cannot_be_compared);
+    notice_values_as_texts(state, operation, left, right);
+    const bool is_equality = operation == comparison_operator::equal || operation == comparison_operator::not_equal;
+    const sql_type type = common_type(state, {left, right}, offset, cannot_be_compared, is_equality);
     const std::size_t first = as_type(state, left, type);
     const std::size_t made = add_condition(state, step_kind::comparison, {first, as_type(state, right, type)});
     state.steps[made].comparison = operation;
@@ -324,16 +357,20 @@ std::size_t add_comparison(binder& state, comparison_operator operation, const o
 namespace {
 
 std::size_t bind_in_list(binder& state, const expression& tree, const std::vector<operand>& operands) {
-    const sql_type type = common_type(state, operands, tree.offset, cannot_be_compared);
+    const sql_type type = common_type(state, operands, tree.offset, cannot_be_compared, true);
     std::vector<std::size_t> compared{as_type(state, operands[0], type)};
     std::vector<constant> items;
     for (const operand& given : std::span(operands).subspan(1)) {
-        notice_dates_as_texts(state, comparison_operator::equal, operands[0], given);
+        notice_values_as_texts(state, comparison_operator::equal, operands[0], given);
         if (given.literal != nullptr && given.type != sql_type::null) {
             items.push_back(constant_of_type(state, *given.literal, type));
         } else {
             compared.push_back(as_type(state, given, type));
         }
+    }
+    const bool has_null = std::ranges::find(operands.begin() + 1, operands.end(), sql_type::null, &operand::type) != operands.end();
+    if (tree.negated && has_null) {
+        add_notice(state, "NOT IN is never true of a list with NULL", "; x IS NOT NULL leaves out NULL");
     }
     const std::size_t made = add_condition(state, step_kind::in_list, std::move(compared));
     state.steps[made].items = std::move(items);
@@ -424,6 +461,9 @@ operand bind(binder& state, const expression& tree) {
     std::size_t made = 0;
     switch (tree.kind) {
     case expression_kind::comparison:
+        if (state.source != nullptr && std::ranges::find(operands, sql_type::null, &operand::type) != operands.end()) {
+            add_notice(state, "a comparison with NULL is never true", "; x IS NULL and x IS NOT NULL test for it");
+        }
         made = add_comparison(state, tree.comparison, operands[0], operands[1], tree.offset);
         break;
     case expression_kind::conjunction:

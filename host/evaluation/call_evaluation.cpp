@@ -3,9 +3,8 @@
 
 #include "host/evaluation/execution_parts.h" // before the frame's argument readers, which have names of the catalogue
 
+#include <algorithm>
 #include <cmath>
-#include <limits>
-#include <utility>
 
 #include "adapters/binding/invocation.h"
 #include "bop/frame/arguments.h"
@@ -17,7 +16,6 @@
 #include "engine/number_format.h"
 #include "engine/session.h"
 #include "host/program_error.h"
-#include "host/tables/type_advice.h"
 #include "host/values/date_formats.h"
 #include "host/values/number_formats.h"
 #include "host/values/value_text.h"
@@ -116,11 +114,35 @@ std::string given_values(const execution& run, const step& call, std::uint32_t r
     return given;
 }
 
+struct argument_domain {
+    std::string_view builtins;
+    std::string_view meaning;
+};
+
+// Of constants, which fail before any row.
+constexpr argument_domain domains[] = {
+    {"LEFT RIGHT REPEAT", "the number is 0 or more"},
+    {"SHA2", "the bits are 224, 256, 384 or 512"},
+    {"INSTR INSTRB", "the occurrence is 1 or more"},
+    {"OVERLAY", "the position is 1 or more"},
+};
+
+std::string_view domain_of_constants(std::string_view builtin) {
+    const auto* const known =
+        std::ranges::find_if(domains, [builtin](const argument_domain& domain) { return bifun::has_word(domain.builtins, builtin); });
+    return known != std::end(domains) ? known->meaning : "";
+}
+
 [[noreturn]] void fail_in_call(execution& run, const step& call, const invocation& made, std::int32_t status, std::uint32_t row_count) {
     const failed_call failed = find_failure(made, status, row_count);
-    const std::string message = fmt::format("{}: {} {}", call.entry->builtin, failed.status, zqengine_status_meaning(failed.status));
+    const std::string message = fmt::format("{}: {} {}", call.written.empty() ? call.entry->builtin : call.written, failed.status,
+                                            zqengine_status_meaning(failed.status));
     if (!failed.row && failed.status == BIFUN_INVALID_JSON_PATH) {
         fail("{}: {}", message, explain_path(constant_text(run, call, 1)));
+    }
+    constexpr std::int32_t outside_domain = -6803;
+    if (!failed.row && failed.status == outside_domain && !domain_of_constants(call.entry->builtin).empty()) {
+        fail("{}; {}", message, domain_of_constants(call.entry->builtin));
     }
     const std::string reason_of_constant = failed.status == ZQ_INVALID_NUMBER_FORMAT ? explain_number_format(constant_text(run, call, 1))
                                            : failed.status == BIFUN_UNKNOWN_DAY_NAME ? "there are Monday to Sunday and Mon to Sun"
@@ -138,55 +160,21 @@ std::string given_values(const execution& run, const step& call, std::uint32_t r
 }
 
 // Results of functions end in blanks that are stored or counted, literals and fields in counted ones. Functions tell the two apart, people
-// do not.
-void count_trailing_blanks(bifun_column& column, std::uint32_t row_count) {
+// do not. In the same pass looks for results that begin with #, where that is asked for.
+template <bool looks_for_filled> bool count_trailing_blanks(bifun_column& column, std::uint32_t row_count) {
     auto* const texts = static_cast<bifun_string*>(column.data->values);
+    bool is_filled = false;
     for (std::uint32_t k = 0; k < row_count; ++k) {
         bifun_string& text = texts[k];
         while (column.data->null_flags[k] != 0 && text.length > 0 && text.data[text.length - 1] == ' ') {
             --text.length;
             ++text.trailing_blanks;
         }
-    }
-}
-
-// Rows whose text gave NULL. No other argument of such calls may be NULL: those are constants.
-void count_unread_texts(const execution& run, step& call, const bifun_column& texts, std::uint32_t row_count) {
-    const std::size_t operand = call.operands[*call.unread.argument];
-    for (std::uint32_t k = 0; k < row_count; ++k) {
-        const std::uint32_t row = row_of(texts, k);
-        if (call.result->data.null_flags[k] != 0 || texts.data->null_flags[row] == 0 || ++call.unread.rows > 1) {
-            continue;
-        }
-        const auto& text = static_cast<const bifun_string*>(texts.data->values)[row];
-        const std::string_view characters(reinterpret_cast<const char*>(text.data), text.length);
-        call.unread.is_number = shape_of_number(without_blanks_around(characters)).is_number;
-        call.unread.first = fmt::format("{} in {}", shown_value(run, operand, k), place_of_row(run, k));
-    }
-}
-
-// Rows whose seconds since 1970 are too many.
-void count_late_seconds(const execution& run, step& call, const bifun_column& seconds, std::uint32_t row_count) {
-    const auto* const values = static_cast<const std::int64_t*>(seconds.data->values);
-    for (std::uint32_t k = 0; k < row_count; ++k) {
-        const std::uint32_t row = row_of(seconds, k);
-        if (call.result->data.null_flags[k] == 0 && seconds.data->null_flags[row] != 0 && values[row] > 0 && ++call.unread.rows == 1) {
-            call.unread.seconds = values[row];
-            call.unread.first = fmt::format("{} in {}", values[row], place_of_row(run, k));
+        if constexpr (looks_for_filled) {
+            is_filled |= column.data->null_flags[k] != 0 && text.length > 0 && text.data[0] == '#';
         }
     }
-}
-
-// How milliseconds, or smaller parts, become seconds, where so many are moments from 1973 on; empty for other numbers.
-std::string way_to_seconds(std::int64_t number) {
-    constexpr std::int64_t earliest = 100'000'000;
-    constexpr std::int64_t latest = std::numeric_limits<std::int32_t>::max();
-    for (const auto& [per_second, name] : {std::pair(1'000, "milliseconds"), {1'000'000, "microseconds"}, {1'000'000'000, "nanoseconds"}}) {
-        if (number / per_second >= earliest && number / per_second <= latest) {
-            return fmt::format("; CAST(n / {} AS BIGINT) makes seconds of {}", per_second, name);
-        }
-    }
-    return "";
+    return is_filled;
 }
 
 // A number so small that a decimal would lose digits of it, or all of them, is not shown with zeros in their place.
@@ -207,20 +195,6 @@ void check_digits(const execution& run, const step& call, const bifun_column& nu
 
 } // namespace
 
-std::string unread_notice(const execution& run, const step& call) {
-    const step& texts = run.query.steps[call.operands[*call.unread.argument]];
-    if (texts.type != sql_type::varchar) {
-        return fmt::format("{} gives NULL for more than {} seconds, in {} row{}; the first is {}{}", call.entry->builtin,
-                           std::numeric_limits<std::int32_t>::max(), call.unread.rows, call.unread.rows == 1 ? "" : "s", call.unread.first,
-                           way_to_seconds(call.unread.seconds));
-    }
-    const table_column* const column = texts.kind == step_kind::table_column ? &run.query.source->columns[texts.table_column] : nullptr;
-    return fmt::format("{} gives NULL for texts that are no dates such as 2024-02-29, in {} row{}; the first is {}{}", call.entry->builtin,
-                       call.unread.rows, call.unread.rows == 1 ? "" : "s", call.unread.first,
-                       call.unread.is_number ? "; CAST(x AS DECIMAL) makes a number of a text"
-                                             : way_to(sql_type::date, {.type = sql_type::varchar, .column = column}));
-}
-
 void evaluate_call(execution& run, step& call, std::uint32_t row_count) {
     const invocation made = invocation_of(run, call);
     if (call.shows_all_digits) {
@@ -230,16 +204,18 @@ void evaluate_call(execution& run, step& call, std::uint32_t row_count) {
     if (status != 0) {
         fail_in_call(run, call, made, status, row_count);
     }
-    if (call.unread.argument) {
-        const auto count =
-            run.query.steps[call.operands[*call.unread.argument]].type == sql_type::varchar ? count_unread_texts : count_late_seconds;
-        count(run, call, *made.columns[*call.unread.argument], row_count);
-    }
     if (call.type == sql_type::boolean) {
         normalise_condition(call.result->column, row_count);
     }
-    if (call.type == sql_type::varchar) {
-        count_trailing_blanks(call.result->column, row_count);
+    const bool may_be_filled = std::ranges::find(call.odd, oddity::filled_results, &odd_rows::kind) != call.odd.end();
+    bool has_oddities = !call.odd.empty();
+    if (may_be_filled) {
+        has_oddities = count_trailing_blanks<true>(call.result->column, row_count);
+    } else if (call.type == sql_type::varchar) {
+        (void)count_trailing_blanks<false>(call.result->column, row_count);
+    }
+    if (has_oddities) {
+        count_odd_rows(run, call, row_count);
     }
     if (is_datetime(call.type) && call.type != sql_type::timestamp) {
         // A call may have moved the date of a time or read a time of day into a date, which nobody sees, and dropped a zone.

@@ -67,12 +67,29 @@ bool store_date_of_timestamp(const execution& run, std::string_view text, zqtime
     return is_timestamp;
 }
 
+// Rounded, halves away from zero.
+template <class Integer> bool to_integer(xdec value, Integer& number) {
+    std::string text(256, '\0');
+    std::uint32_t length = 0;
+    return xdec_round(&value, 0, 0, &value) == BIFUN_OK &&
+           xdec_to_char_with_zero(&value, text.data(), static_cast<std::uint32_t>(text.size()), 0, 0, &length) == BIFUN_OK &&
+           read_number(std::string_view(text).substr(0, length), number);
+}
+
+// A text becomes an integer as the DECIMAL does that it names.
+bool store_rounded(std::string_view text, zqengine::column_storage& result, std::uint32_t place, sql_type type) {
+    xdec value;
+    return read_decimal(text, value) && (type == sql_type::integer ? to_integer(value, zqengine::values_of<std::int32_t>(result)[place])
+                                                                   : to_integer(value, zqengine::values_of<std::int64_t>(result)[place]));
+}
+
 void cast_from_text(const execution& run, step& made, std::uint32_t row_count) {
     const auto* const texts = static_cast<const bifun_string*>(column_of(run, made.operands[0]).data->values);
     const field_storing storing{.type = {.type = made.type}, .sampled = {}, .settings = run.settings};
     cast_rows(run, made, row_count, [&](std::uint32_t row, std::uint32_t place) {
         const std::string_view text(reinterpret_cast<const char*>(texts[row].data), texts[row].length);
         return store_field(storing, text, false, *made.result, place) == field_fault::none ||
+               ((made.type == sql_type::integer || made.type == sql_type::bigint) && store_rounded(text, *made.result, place, made.type)) ||
                (made.type == sql_type::date && store_date_of_timestamp(run, text, zqengine::values_of<zqtime>(*made.result)[place]));
     });
     if (made.type == sql_type::boolean) {
@@ -94,15 +111,6 @@ bool to_decimal(const bifun_column& from, value_type type, std::uint32_t row, xd
     default:
         return xdec_from_double(&value, static_cast<const double*>(from.data->values)[row]) == BIFUN_OK;
     }
-}
-
-// Rounded, halves away from zero.
-template <class Integer> bool to_integer(xdec value, Integer& number) {
-    std::string text(256, '\0');
-    std::uint32_t length = 0;
-    return xdec_round(&value, 0, 0, &value) == BIFUN_OK &&
-           xdec_to_char_with_zero(&value, text.data(), static_cast<std::uint32_t>(text.size()), 0, 0, &length) == BIFUN_OK &&
-           read_number(std::string_view(text).substr(0, length), number);
 }
 
 void cast_to_number(const execution& run, step& made, std::uint32_t row_count) {

@@ -256,9 +256,7 @@ void run_plan(plan& query, std::uint32_t batch_rows, const session_settings& set
         }
     }
     for (const step& made : query.steps) {
-        if (made.unread.rows > 0) {
-            query.notices.push_back(unread_notice(run, made));
-        }
+        add_notices(made, query.notices);
     }
 }
 

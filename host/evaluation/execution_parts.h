@@ -47,8 +47,10 @@ void set_view(execution& run, const std::uint16_t* rows);
 void evaluate_steps(execution& run, const sequence& steps, std::uint32_t row_count);
 
 void evaluate_call(execution& run, step& call, std::uint32_t row_count);
-// What to say of a call with texts that were none for it.
-std::string unread_notice(const execution& run, const step& call);
+// Counts what is odd of the rows of a call that has been made.
+void count_odd_rows(const execution& run, step& call, std::uint32_t row_count);
+// What has been counted, as texts.
+void add_notices(const step& call, std::vector<std::string>& notices);
 void evaluate_conversion(const execution& run, step& made, std::uint32_t row_count);
 void evaluate_arithmetic(const execution& run, step& made, std::uint32_t row_count);
 void evaluate_cast(execution& run, step& made, std::uint32_t row_count);

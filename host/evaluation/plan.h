@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "bop/frame/catalogue.h"
@@ -53,14 +54,23 @@ struct choice_branch {
     bool takes_nulls = true; // without a condition
 };
 
-// Of a call that gives NULL for texts that are no datetimes, or for seconds that are too many: the argument, and what has been found of
-// them.
-struct unread_values {
-    std::optional<std::size_t> argument{};
+// What the rows of a call may have that is said beside the result, because it may not be known of the function.
+enum class oddity : std::uint8_t {
+    unread_dates,   // texts that are no datetimes, of which the call makes NULL
+    unread_numbers, // the same of numbers
+    late_seconds,   // seconds since 1970 that are too many, the same
+    nulls_for_now,  // NULLs, for which the call takes the current time
+    apart_zones,    // of datetimes whose clock times are taken: two that differ, or one that is not the session's
+    filled_results, // formats without room for the number, of which the call makes #
+};
+
+// Which rows have it.
+struct odd_rows {
+    oddity kind;
+    std::size_t argument = 0; // the position; of two zones the first
     std::uint64_t rows = 0;
-    std::string first{};      // and its place
-    bool is_number = false;   // the first one, of texts
-    std::int64_t seconds = 0; // the first one, of seconds
+    std::string first{}; // and its place
+    std::string way{};   // "; ...", what to write for such rows as the first one; may be empty
 };
 
 struct step {
@@ -72,7 +82,8 @@ struct step {
     const bifun::entry_point* entry = nullptr;
     void* function = nullptr;
     bool shows_all_digits = false; // call: of its first argument, a double that becomes a decimal
-    unread_values unread{};        // call
+    std::string_view written{};    // call: the operator that was written for it, where it was one
+    std::vector<odd_rows> odd{};   // call
     comparison_operator comparison = comparison_operator::equal;
     arithmetic_operator operation = arithmetic_operator::add;
     std::string escape{};                  // like: the character before one that stands for itself; may be none

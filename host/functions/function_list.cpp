@@ -40,8 +40,11 @@ constexpr syntax_word syntax_words[] = {
     {"COALESCE", "COALESCE(x, y, ...)", "the first of them that is not NULL", "COALESCE(NULL, 7)"},
     {"NULLIF", "NULLIF(x, y)", "NULL where x equals y, and else x", "NULLIF(0, 0)"},
     {"CAST ::", "CAST(x AS type)",
-     "x as a BOOL, INT, BIGINT, DECIMAL(p, s), DOUBLE, VARCHAR, DATE, TIME or TIMESTAMP; what is none of the type is an error",
+     "x as a BOOL, INT, BIGINT, DECIMAL(p, s), DOUBLE, VARCHAR, DATE, TIME or TIMESTAMP, these two also WITH TIME ZONE; what is none of "
+     "the type is an "
+     "error, integers and DECIMAL(p, s) are rounded, and a type without a zone leaves the zone out",
      "CAST('12.50' AS DECIMAL)"},
+    {"||", "x || y", "x and y, one behind the other; a NULL is taken for the empty text unless both are NULL", "'post' || 'script'"},
     {"LIKE ILIKE", "s [NOT] LIKE pattern [ESCAPE c]",
      "whether s is like the pattern, in which % is any text and _ any character; ILIKE disregards case", "'abc' LIKE 'a%'"},
     {"BETWEEN", "x [NOT] BETWEEN y AND z", "whether x >= y AND x <= z", "2 BETWEEN 1 AND 3"},

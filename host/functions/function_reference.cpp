@@ -71,7 +71,8 @@ detail.
   `INTERVAL '90' MINUTE` and so on for all fields. They print as `1-02` and `-1 02:03:04.5`. Two intervals of one kind can be compared.
   DATE_ADD and DATE_SUB take those of months; `+` and `-` take both.
 - Values with zones are compared by the instants that they name. A value without one is taken to be in the session's zone (`--set time_zone`)
-  where it is compared with one that has one, and where NVL has both. In differences of dates zones do not count.
+  where it is compared with one that has one, and where NVL has both. In differences of dates and in UNIX_TIMESTAMP zones do not count, nor
+  does a function convert them: [Dates](dates.md) has the clock time of UTC. CAST to a type without a zone leaves it out.
 )";
 
 // "A, B and C": the built-ins that take a NULL for something.

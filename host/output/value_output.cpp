@@ -62,11 +62,17 @@ void append_json_text(std::string& out, std::string_view text) {
 }
 
 void append_markdown_text(std::string& out, std::string_view text) {
-    for (const char c : text) {
-        if (c == '|' || c == '\\') {
-            out += '\\';
-        }
-        out += c;
+    const auto is_in_word = [](char c) {
+        return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || static_cast<unsigned char>(c) >= 0x80;
+    };
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        // Within a word, as in the names of columns, a _ is one everywhere; and so is a & that begins no &lt;.
+        const bool is_mark =
+            text[i] == '_'   ? i == 0 || i + 1 == text.size() || !is_in_word(text[i - 1]) || !is_in_word(text[i + 1])
+            : text[i] == '&' ? text.substr(i + 1).find_first_not_of("#0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz") ==
+                                   text.substr(i + 1).find(';')
+                             : std::string_view("|\\*<[`~").find(text[i]) != std::string_view::npos;
+        out.append(is_mark ? "\\" : "").push_back(text[i]);
     }
 }
 

@@ -26,7 +26,7 @@ void append_delimited_text(std::string& out, std::string_view stored, std::size_
 // With quotes, from UTF-8.
 void append_json_text(std::string& out, std::string_view text);
 
-// A cell of a Markdown table, from text without control characters.
+// A cell of a Markdown table, from text without control characters: it is shown as it is, whatever Markdown or HTML makes of its bytes.
 void append_markdown_text(std::string& out, std::string_view text);
 
 // Characters that would move the cursor or command the terminal, written so that they do not.

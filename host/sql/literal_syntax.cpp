@@ -12,6 +12,7 @@
 #include "host/sql/parse_tree.h"
 #include "host/sql/sql_text.h"
 #include "host/sql/syntax_advice.h"
+#include "host/sql/tokens.h"
 #include "host/values/value_text.h"
 
 namespace host {
@@ -203,9 +204,21 @@ decimal_shape translate_shape(const json& modifiers, const translation_context& 
     return shape;
 }
 
+// Whether the type was written as that of a literal, or what is taken for it: v 'val'.
+bool is_text_behind(const json& type, std::string_view sql) {
+    const std::size_t begin = offset_of(type);
+    const std::size_t end = begin + sql_token(sql, begin).size();
+    const std::size_t behind = sql.find_first_not_of(" \t\r\n", end);
+    return behind != sql.npos && sql[behind] == '\'';
+}
+
 cast_target translate_target(const json& type, const translation_context& context) {
     const std::string name = type["names"].back()["String"].value("sval", "");
     const auto* const known = std::ranges::find(cast_types, name, &cast_type::name);
+    if (known == std::end(cast_types) && is_text_behind(type, context.sql)) {
+        refuse(type, context,
+               fmt::format("{} is no type of a text; a name for a column stands behind AS, in double quotes if at all", name));
+    }
     if (known == std::end(cast_types) || type.contains("arrayBounds")) {
         refuse(type, context,
                "CAST makes BOOL, INT, BIGINT, DECIMAL, DOUBLE, VARCHAR, DATE, TIME and TIMESTAMP, these two also WITH TIME ZONE, and no "

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <charconv>
 #include <memory>
+#include <span>
 
 #include <pg_query.h>
 
@@ -123,6 +124,19 @@ select_item translate_item(const json& target, const translation_context& contex
     return item;
 }
 
+// Geb. FROM is a column named from to the parser, where the point is a part of a name.
+const expression* find_column_named_from(std::span<const expression> parts) {
+    for (const expression& part : parts) {
+        if (part.kind == expression_kind::column && !part.table.empty() && part.name == "from") {
+            return &part;
+        }
+        if (const expression* const found = find_column_named_from(part.operands); found != nullptr) {
+            return found;
+        }
+    }
+    return nullptr;
+}
+
 select_statement translate_statement(const json& body, const translation_context& context) {
     for (const refused_clause& clause : refused_clauses) {
         const auto found = body.find(clause.name);
@@ -142,6 +156,13 @@ select_statement translate_statement(const json& body, const translation_context
     }
     if (body.contains("fromClause")) {
         statement.from = translate_from(body["fromClause"], context);
+    }
+    for (const select_item& item : statement.items) {
+        if (const expression* const found = statement.from ? nullptr : find_column_named_from({&item.value, 1}); found != nullptr) {
+            throw syntax_error(fmt::format("{}: FROM behind a point is the name of a column; names with a point stand in double quotes",
+                                           sql_position(context.sql, found->offset)),
+                               found->offset);
+        }
     }
     if (body.contains("whereClause")) {
         statement.where = translate(body["whereClause"], context);

@@ -37,7 +37,8 @@ constexpr std::string_view curly_quotes[] = {"\u2018", "\u2019", "\u201C", "\u20
 
 constexpr word_elsewhere words_elsewhere[] = {
     {"TRY_CAST SAFE_CAST TRY_CONVERT", "CAST fails where a text is none of the type; TO_NUMBER(x) is NULL there, and so is "
-                                       "CASE WHEN ISNUMERIC(x) THEN CAST(x AS INT) END"},
+                                       "CASE WHEN ISNUMERIC(x) THEN CAST(x AS INT) END; CAST(TO_DT_TZ(x) AS DATE) is NULL "
+                                       "where a text is no date such as 2024-02-29"},
     {"REGEXP RLIKE GLOB MATCH", no_regular_expressions},
     {"DESCRIBE DESC PRAGMA SUMMARIZE", "\"bifun describe FILE\" shows the columns of a file, and \\d in the shell"},
     {"QUALIFY", "there are no window functions"},

@@ -18,8 +18,11 @@ struct syntax_error : program_error {
 };
 
 constexpr std::string_view no_regular_expressions = "there are no regular expressions; there are LIKE, ILIKE, INSTR, SUBSTR and REPLACE";
+constexpr std::string_view way_to_utc =
+    "DATEADD(MINUTE, -60 * EXTRACT(TIMEZONE_HOUR FROM t) - EXTRACT(TIMEZONE_MINUTE FROM t), t) has the clock time of UTC";
 constexpr std::string_view no_zone_conversion =
-    "no function converts zones: d + INTERVAL '1' HOUR moves a timestamp, and TO_DT_TZ(text) reads one with its zone";
+    "no function converts zones: DATEADD(MINUTE, -60 * EXTRACT(TIMEZONE_HOUR FROM t) - EXTRACT(TIMEZONE_MINUTE FROM t), t) has the clock "
+    "time of UTC, and CAST(t AS TIMESTAMP) leaves out the zone";
 constexpr std::string_view no_joins = "joins are not supported; FROM takes one table";
 constexpr std::string_view no_parameters = "there are no parameters; write the value";
 constexpr std::string_view straight_quotes = "quotes are straight: 'text' and \"name of a column\"";

@@ -10,6 +10,7 @@
 #include "engine/datetime.h"
 #include "engine/decimal.h"
 #include "host/tables/text_forms.h"
+#include "host/tables/type_advice.h"
 #include "host/values/plain_number.h"
 #include "host/values/value_text.h"
 #include "layouts/intervals.h"
@@ -50,6 +51,7 @@ struct column_state {
     std::optional<std::uint64_t> text_line;
     std::string text;
     text_forms forms;
+    std::optional<telling_field> code{}; // the first number with an exponent that may be a code
 };
 
 constexpr field_kinds exact_numbers = integer_field | bigint_field | decimal_field;
@@ -140,6 +142,9 @@ void include_field(column_state& column, const table_column& source, csv_reader&
     }
     const field_kinds kind = classify_field(field.text, reader.decimal_mark());
     column.kinds |= kind;
+    if (!column.code && (kind & code_with_exponent) != 0) {
+        column.code = {.column = 0, .line = reader.line_of(row), .text = std::string(field.text)};
+    }
     const bool is_text = type_of_fields(column.kinds) == sql_type::varchar;
     if (!is_text) {
         include_kinds(column.forms, column.kinds);
@@ -170,11 +175,14 @@ column_description describe(const column_state& column, const table_column& sour
                             .text = {},
                             .is_valid = true,
                             .decimal = {},
+                            .dressed = {},
                             .seems = {},
+                            .has_long_fractions = false,
                             .has_mixed_zones = false,
                             .null_words = {}};
     if (is_text && !source.needed) {
         made.seems = seeming_types(column.forms);
+        made.has_long_fractions = column.forms.has_texts && (column.forms.of_all & long_fraction_form) != 0;
         made.has_mixed_zones = has_mixed_zones(column.forms);
     }
     const auto shown = [&](const std::string& text) {
@@ -211,6 +219,10 @@ column_description describe(const column_state& column, const table_column& sour
         }
         forms.known_nulls = known_nulls;
         made.decimal = has_decimal_mark ? "" : decimal_option(forms, is_point_likely, "them");
+        for (std::string* const text : {&forms.first, &forms.affix}) {
+            *text = shown(*text);
+        }
+        made.dressed = made.decimal.empty() && made.seems.empty() ? advice_on_dressed_numbers(source.name, forms) : "";
         const bool are_alone = forms.other.empty() && find_placeholders(forms);
         made.null_words = are_alone || !made.seems.empty() ? forms.null_words : std::vector<std::string>();
     }
@@ -232,6 +244,7 @@ std::vector<column_description> describe_columns(table& source, progress_bar& pr
         if (row_count == 0) {
             find_marked_columns(reader, rows, shown);
             find_grouped_column(reader, rows, shown);
+            find_lone_groups(reader, rows, shown);
             find_blank_columns(reader, rows, shown);
         }
         for (std::size_t i = 0; i < columns.size(); ++i) {
@@ -251,6 +264,12 @@ std::vector<column_description> describe_columns(table& source, progress_bar& pr
     for (std::size_t i = 0; i < columns.size(); ++i) {
         source.columns[i].type = made[i].type;
         source.columns[i].needed = true; // all are shown
+    }
+    for (std::size_t i = 0; i < columns.size(); ++i) {
+        if (columns[i].code && (columns[i].kinds & double_field) == 0) {
+            columns[i].code->column = i;
+            shown.with_codes.push_back(*columns[i].code);
+        }
     }
     remark_on(source, shown);
     return made;

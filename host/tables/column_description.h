@@ -26,7 +26,9 @@ struct column_description {
     std::optional<std::string> text;
     bool is_valid;                       // whether all of these are text of the character set
     std::string decimal;                 // the --decimal with which a VARCHAR would be of numbers, or both, as decimal_option has it
+    std::string dressed;                 // what makes numbers of a VARCHAR that has something around them, as type_advice has it
     std::vector<column_type> seems;      // what a VARCHAR of nothing but true and false, or of dates in one form, can be given as its type
+    bool has_long_fractions;             // a VARCHAR of timestamps with more digits of a second than are kept
     bool has_mixed_zones;                // where this is a type with a zone
     std::vector<std::string> null_words; // without which a VARCHAR would be of numbers or dates, or could be given such a type
 };

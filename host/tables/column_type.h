@@ -31,7 +31,7 @@ std::string column_type_name(const column_type& type);
 std::optional<column_type> find_column_type(std::string_view name);
 constexpr std::string_view column_type_names =
     "BOOL, TINYINT, SMALLINT, INT, BIGINT, DECIMAL or NUMERIC, also (p, s), DOUBLE, DATE, TIME and "
-    "TIMESTAMP (or DATETIME), these two also (n) and WITH TIME ZONE, INTERVAL with its fields "
+    "TIMESTAMP (or DATETIME), these two also (n), for 0 to 6 digits of a second, and WITH TIME ZONE, INTERVAL with its fields "
     "(such as INTERVAL DAY TO SECOND), CHAR(n), VARCHAR(n), and VARCHAR or TEXT; DATE, TIME and TIMESTAMP also with "
     "a format, as in DATE 'DD.MM.YYYY'";
 

@@ -31,6 +31,12 @@ char* allocate(std::size_t size) {
     return static_cast<char*>(bytes);
 }
 
+// (2 rows), as programs end the tables that they print.
+bool counts_rows(std::string_view text) {
+    const std::size_t behind = text.starts_with('(') ? text.find_first_not_of("0123456789", 1) : 0;
+    return behind != text.npos && behind > 1 && text.substr(behind).starts_with(" row");
+}
+
 } // namespace
 
 csv_reader::csv_reader(std::string path, const file_options& options, const charset& set)
@@ -343,6 +349,25 @@ bool csv_reader::is_rule(std::uint32_t line) const {
            written.find_first_not_of("-+|: ") == written.npos;
 }
 
+// A title in the first line that has as many delimiters as the rows, as spreadsheets write it, leaves most columns without a name: the line
+// further down that names them.
+std::optional<std::uint32_t> csv_reader::find_later_header() {
+    constexpr std::uint32_t most_title_lines = 20;
+    const auto unnamed = static_cast<std::size_t>(std::ranges::count(header_, ""));
+    if (header_.size() < 2 || unnamed * 2 < header_.size() || (unnamed * 2 == header_.size() && header_[0].empty())) {
+        return std::nullopt;
+    }
+    const std::uint32_t behind = std::min(index_.lines, line_ + most_title_lines);
+    for (std::uint32_t line = line_; line < behind; ++line) {
+        if (index_.line_fields[line] - first_field(line) == header_.size() && !has_empty_field(line)) {
+            const std::uint32_t next = next_full_line(line);
+            const bool names_all = next < index_.lines && !has_number_or_date(line) && has_number_or_date(next);
+            return names_all ? std::optional(line) : std::nullopt;
+        }
+    }
+    return std::nullopt;
+}
+
 // Without a header, the first row would be lost silently.
 void csv_reader::doubt_header() {
     constexpr std::uint32_t most_rows = 100;
@@ -368,6 +393,10 @@ void csv_reader::doubt_header() {
             "{0}: this is a table as programs print it; sed -E '/^[-+|: ]*$/d; /^\\([0-9]+ rows?\\)$/d; s/^ *\\| *//; s/ *\\| *$//; "
             "s/ *\\| */|/g; s/^ +//'{1} | bifun --delimiter bar - reads it",
             path(), file_operand(path()));
+    } else if (const std::optional<std::uint32_t> named = find_later_header()) {
+        const std::uint64_t place = line_at(begin_of(first_field(*named)));
+        doubt_ = fmt::format("{}: most columns have no name in the header; if line {} names them, --skip {} leaves out those before it",
+                             path(), place, place - 1);
     } else if (seems_row(columns)) {
         doubt_ =
             fmt::format("{}: the names of columns are numbers or dates; if the first line is a row, --no-header reads it as one", path());
@@ -438,13 +467,41 @@ bool csv_reader::has_number_or_date(std::uint32_t line) {
     return false;
 }
 
+bool csv_reader::has_empty_field(std::uint32_t line) const {
+    const std::uint32_t behind = index_.line_fields[line];
+    for (std::uint32_t f = first_field(line); f < behind; ++f) {
+        if (begin_of(f) == end_of(f, f + 1 == behind)) {
+            return true;
+        }
+    }
+    return false;
+}
+
+// 'it, is'
+bool csv_reader::has_field_in_apostrophes(std::uint32_t line) const {
+    const std::uint32_t behind = index_.line_fields[line];
+    bool is_open = false;
+    for (std::uint32_t f = first_field(line); f < behind; ++f) {
+        const std::string_view written = text().substr(begin_of(f), end_of(f, f + 1 == behind) - begin_of(f));
+        if (is_open && written.ends_with('\'')) {
+            return true;
+        }
+        is_open = is_open || (written.starts_with('\'') && !written.substr(1).ends_with('\''));
+    }
+    return false;
+}
+
+// The first one behind a line that is not blank.
+std::uint32_t csv_reader::next_full_line(std::uint32_t line) const {
+    do {
+        ++line;
+    } while (line < index_.lines && is_blank(line));
+    return line;
+}
+
 // Whether a line names the columns of those behind it, rather than the first line of the file.
 bool csv_reader::seems_header(std::uint32_t line) {
-    std::uint32_t next = line + 1;
-    while (next < index_.lines && is_blank(next)) {
-        ++next;
-    }
-    return have_as_many_fields(line) && !has_number_or_date(line) && has_number_or_date(next);
+    return have_as_many_fields(line) && !has_number_or_date(line) && has_number_or_date(next_full_line(line));
 }
 
 void csv_reader::report_field_count(std::uint32_t line) {
@@ -457,10 +514,14 @@ void csv_reader::report_field_count(std::uint32_t line) {
     const bool seems_title = options_.has_header && place - header_end_ <= most_title_lines && fields > 1 && seems_header(line);
     if (seems_title) {
         hint = fmt::format("; if this line names the columns, --skip {} leaves out those before it", place - 1);
+    } else if (fields == 1 && counts_rows(text().substr(begin_of(first_field(line))))) {
+        hint = "; it counts the rows, and --ignore-errors leaves it out";
     } else if (fields < columns) {
         hint = "; --fill-short-rows has NULL for the rest of such rows";
     } else if (!options_.has_header) {
         hint = "; --fill-short-rows gives all rows as many fields as the longest of the first ones has";
+    } else if (syntax_.quote != '\'' && has_field_in_apostrophes(line)) {
+        hint = "; where fields stand in '...', --quote \"'\" says so";
     } else if (syntax_.quote) {
         hint = fmt::format("; a field that holds a {} stands in {}", delimiter_name(syntax_.delimiter),
                            *syntax_.quote == '"' ? "double quotes" : fmt::format("{0}...{0}", *syntax_.quote));
@@ -485,6 +546,18 @@ void csv_reader::report_field_count(std::uint32_t line) {
     }
     report_bad_row(place, fmt::format("the {} {} field{} and this row {}{}", options_.has_header ? "header has" : "first row has", columns,
                                       columns == 1 ? "" : "s", fields, hint));
+}
+
+bool csv_reader::has_valid_characters_besides(std::uint32_t row) const {
+    for (std::uint32_t line = 0; line < index_.lines; ++line) {
+        const std::size_t begin = begin_of(first_field(line));
+        const std::string_view written = text().substr(begin, end_of(index_.line_fields[line] - 1, true) - begin);
+        const bool has_characters = std::ranges::any_of(written, [](char c) { return static_cast<unsigned char>(c) >= 0x80; });
+        if (begin != begin_of(row) && has_characters && is_valid_text(charset_, written)) {
+            return true;
+        }
+    }
+    return false;
 }
 
 // Makes a row of a short one behind the fields of the index. Each field that it lacks ends before it begins.

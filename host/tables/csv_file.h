@@ -76,6 +76,9 @@ class csv_reader {
     [[nodiscard]] std::vector<std::string> nulls_to_repeat() const;
     [[nodiscard]] char delimiter() const { return syntax_.delimiter; }
 
+    // Whether some other line in hand is text of the character set beyond ASCII, so that the encoding is not what is wrong with this row.
+    [[nodiscard]] bool has_valid_characters_besides(std::uint32_t row) const;
+
     // Whether all rows just read are ASCII.
     [[nodiscard]] bool is_ascii() const { return index_.is_ascii; }
 
@@ -113,6 +116,7 @@ class csv_reader {
     void find_delimiter();
     void read_header();
     void doubt_header();
+    [[nodiscard]] std::optional<std::uint32_t> find_later_header();
     void read_more();
     void rescan();
     bool find_line();
@@ -121,6 +125,9 @@ class csv_reader {
     [[nodiscard]] bool have_as_many_fields(std::uint32_t first_line) const;
     [[nodiscard]] bool seems_header(std::uint32_t line);
     [[nodiscard]] bool has_number_or_date(std::uint32_t line);
+    [[nodiscard]] bool has_empty_field(std::uint32_t line) const;
+    [[nodiscard]] bool has_field_in_apostrophes(std::uint32_t line) const;
+    [[nodiscard]] std::uint32_t next_full_line(std::uint32_t line) const;
     std::uint32_t fill_row(std::uint32_t line);
     void drop_bytes(std::size_t position, std::uint64_t lines);
     void drop_lines();

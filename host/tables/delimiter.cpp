@@ -94,6 +94,26 @@ std::string doubt_of_unguessed(std::string_view path, std::string_view text, boo
     return advice.empty() ? "" : fmt::format("{}: each line is taken for one field; {}", path, advice);
 }
 
+// Lines that begin with # hide what separates the fields of those behind them.
+std::string doubt_of_remarks(std::string_view path, std::string_view text, bool is_all, csv_syntax syntax, std::size_t guessed) {
+    if (!text.starts_with('#')) {
+        return "";
+    }
+    while (text.starts_with('#')) {
+        text.remove_prefix(std::min(text.find('\n'), text.size() - 1) + 1);
+    }
+    for (std::size_t i = 0; i < guessed; ++i) {
+        syntax.delimiter = named_delimiters[i].delimiter;
+        const cut_lines cut = cut_with(syntax, text, is_all);
+        if (cut.fields > 1 && cut.all_same && cut.same_lines > 1) {
+            return fmt::format("{}: the first line begins with # and has one field, and those behind it have fields that end with a {}; "
+                               "--comment '#' leaves out lines that begin so",
+                               path, delimiter_name(syntax.delimiter));
+        }
+    }
+    return "";
+}
+
 } // namespace
 
 std::string advice_on_aligned(std::string_view path, std::string_view text) {
@@ -166,7 +186,8 @@ found_delimiter guess_delimiter(std::string_view path, std::string_view text, bo
     text = text.substr(0, looked_at);
     std::vector<cut_lines> candidates;
     std::optional<char> of_last_lines;
-    for (std::size_t i = 0; i < guessed_delimiters - (may_be_bar ? 0 : 1); ++i) {
+    const std::size_t guessed = guessed_delimiters - (may_be_bar ? 0 : 1);
+    for (std::size_t i = 0; i < guessed; ++i) {
         syntax.delimiter = named_delimiters[i].delimiter;
         const cut_lines cut = cut_with(syntax, text, is_all);
         if (cut.fields > 1 && syntax.delimiter != syntax.quote && syntax.delimiter != syntax.escape) {
@@ -174,6 +195,9 @@ found_delimiter guess_delimiter(std::string_view path, std::string_view text, bo
         } else if (cut.last_fields > 1) {
             of_last_lines = syntax.delimiter;
         }
+    }
+    if (const std::string remark = candidates.empty() ? doubt_of_remarks(path, text, is_all, syntax, guessed) : ""; !remark.empty()) {
+        return {',', remark};
     }
     if (const std::string unguessed = candidates.empty() ? doubt_of_unguessed(path, text, is_all, syntax) : ""; !unguessed.empty()) {
         return {',', unguessed};

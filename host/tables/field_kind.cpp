@@ -8,6 +8,7 @@
 #include "engine/decimal.h"
 #include "host/near_names.h"
 #include "host/tables/plain_values.h"
+#include "host/values/interval_text.h"
 #include "host/values/plain_number.h"
 #include "host/values/value_text.h"
 
@@ -179,6 +180,13 @@ field_kinds marked_forms_of(std::string_view text) {
     return forms;
 }
 
+// 25:10:05, which a time of day need not be.
+bool is_duration(std::string_view text) {
+    constexpr interval_qualifier hours{.first = interval_field::hour, .last = interval_field::second};
+    bifun_interval_dt value{};
+    return std::ranges::count(text, ':') == 2 && read_interval(text, hours, value);
+}
+
 bool is_truth_word(std::string_view text) {
     constexpr std::string_view words[] = {"true", "false", "yes", "no"};
     return std::ranges::any_of(words, [text](std::string_view word) { return equal_ignoring_case(text, word); });
@@ -215,7 +223,10 @@ field_form form_of_field(std::string_view text, std::optional<char> decimal_mark
         form.kinds |= marked_forms_of(text);
     }
     form.kinds |= wants(bracketed_number_form | trailing_minus_form) ? account_forms_of(text) : 0;
-    form.kinds |= form_if(wants(long_fraction_form) && has_long_fraction(text), long_fraction_form);
+    // Beside long fractions, others may be short.
+    form.kinds |=
+        form_if(wants(long_fraction_form) && ((form.kinds & timestamp_field) != 0 || has_long_fraction(text)), long_fraction_form);
+    form.kinds |= form_if(wants(duration_form) && is_duration(text), duration_form);
     if (wants(affixed_number_form)) {
         xdec decimal;
         const std::string_view number = without_affix(text, form.affix);
@@ -230,15 +241,22 @@ field_form form_of_field(std::string_view text, std::optional<char> decimal_mark
 
 field_kinds forms_of_all(field_kinds kinds) {
     constexpr field_kinds forms_of_exact = decimal_form | double_form | point_number_form | bracketed_number_form | trailing_minus_form;
+    if (kinds == timestamp_field) {
+        return long_fraction_form;
+    }
+    if (kinds == time_field) {
+        return duration_form;
+    }
     return (kinds & ~(integer_field | bigint_field | precise_field)) == 0                   ? forms_of_exact | comma_number_form
            : (kinds & ~(integer_field | bigint_field | decimal_field | precise_field)) == 0 ? forms_of_exact
                                                                                             : 0;
 }
 
 bool is_null_word(std::string_view text) {
-    constexpr std::string_view words[] = {"NA",   "N/A",     "N.A.",    "#N/A",  "<NA>",   "NULL",  "(null)", "<null>",  "[NULL]", "\\N",
-                                          "NONE", "NIL",     "NAN",     "-",     "--",     "---",   "?",      ".",       "..",     "...",
-                                          "#NV",  "#VALUE!", "#DIV/0!", "#REF!", "#NAME?", "#NUM!", "#NULL!", "missing", "unknown"};
+    constexpr std::string_view words[] = {"NA",      "N/A",     "N.A.", "#N/A",    "<NA>",    "NULL",  "(null)", "<null>", "[NULL]",
+                                          "\\N",     "NONE",    "NIL",  "NAN",     "-",       "--",    "---",    "?",      ".",
+                                          "..",      "...",     "#NV",  "#VALUE!", "#DIV/0!", "#REF!", "#NAME?", "#NUM!",  "#NULL!",
+                                          "missing", "unknown", "N.D.", "N/D",     "K.A.",    "TBD"};
     constexpr std::size_t longest = 7;
     text = without_blanks_around(text);
     return text.size() <= longest && std::ranges::any_of(words, [text](std::string_view word) { return equal_ignoring_case(text, word); });

@@ -36,14 +36,16 @@ enum field_kind : field_kinds {
     point_number_form = decimal_form << 3,     // 1,234.56
     affixed_number_form = decimal_form << 4,   // 10%, $5
     written_date_form = decimal_form << 5,     // 31.12.2024
-    long_fraction_form = decimal_form << 6,    // a timestamp with more digits of a second than are kept
+    long_fraction_form = decimal_form << 6,    // a timestamp, also with more digits of a second than are kept
     truth_word_form = decimal_form << 7,       // true, yes
     null_word_form = decimal_form << 8,        // NA
     bracketed_number_form = decimal_form << 9, // (5.00), a negative number of accounts
     trailing_minus_form = decimal_form << 10,  // 5.00-, the same
-    all_forms = (decimal_form << 11) - decimal_form,
+    duration_form = decimal_form << 11,        // 25:10:05
+    all_forms = (decimal_form << 12) - decimal_form,
 };
 
+constexpr field_kinds code_with_exponent = field_kinds{double_field} << code_shift; // 12E4
 constexpr field_kinds number_fields = integer_field | bigint_field | decimal_field | double_field;
 constexpr field_kinds datetime_fields = date_field | time_field | timestamp_field | time_with_zone_field | timestamp_with_zone_field;
 

@@ -12,6 +12,7 @@
 #include "host/program_error.h"
 #include "host/sql/names.h"
 #include "host/tables/given_types.h"
+#include "host/tables/type_advice.h"
 #include "host/values/plain_number.h"
 #include "host/values/value_text.h"
 
@@ -46,18 +47,27 @@ std::string writing_hint(const table& source, const table_column& column, std::s
 }
 
 // What is wrong with a field, as it stands behind the column.
-std::string describe_fault(const table& source, const table_column& column, std::string_view text, field_fault fault) {
+std::string describe_fault(const table& source, const table_column& column, std::uint32_t row, std::string_view text, field_fault fault) {
     const charset& set = *source.settings->text_charset;
     const std::string type = column_type_name(column.type);
     const std::string shown = fmt::format("\"{}\"", shown_text(set, text));
     switch (fault) {
     case field_fault::invalid_text:
-        return fmt::format("{} is not valid {}{}", shown, set.name, naming_encoding);
+        return fmt::format("{} is not valid {}{}", shown, set.name,
+                           source.reader.has_valid_characters_besides(row) ? ", as other rows are; --ignore-errors leaves out such rows"
+                                                                           : naming_encoding);
     case field_fault::too_wide:
+        if (std::string plain; source.reader.decimal_mark() == ',' && text.find('.') != text.npos && plain_number(text, ',', plain)) {
+            return fmt::format("{} is {} with --decimal comma, and does not fit {}; --types {}:VARCHAR with CAST({} AS {}) has the point "
+                               "before a fraction",
+                               shown, plain, type, column.name, name_in_query(column.name), type);
+        }
         return fmt::format("{} does not fit {}; give the column a wider type with --types", shown, type);
     case field_fault::too_many_digits:
-        return fmt::format("{} has more digits than {} keeps; give the column another type with --types, such as {}:VARCHAR", shown, type,
-                           column.name);
+        return fmt::format(
+            "{} has more digits than {} keeps; give the column another type with --types, such as {}:VARCHAR{}", shown, type, column.name,
+            has_date(column.type.type) && column.type.format.empty() ? fmt::format(", of which {}", advice_on_long_fractions(column.name))
+                                                                     : "");
     case field_fault::short_year: {
         column_type shorter = column.type;
         shorter.format.erase(upper_case(shorter.format).find("YYYY"), 2);
@@ -148,20 +158,62 @@ bool seems_point(const csv_reader& reader, const first_rows& shown) {
     return shown.with_point.has_value() != shown.with_comma.has_value() ? shown.with_point.has_value() : reader.delimiter() == ',';
 }
 
+namespace {
+
+// Nothing else would say that 52.520 is 52520, or that 1.000 is 1.
+void remark_on_lone_groups(table& source, const first_rows& shown) {
+    const bool is_comma = source.reader.decimal_mark() == ',';
+    // Where commas separate fields they are hardly marks of fractions, and points elsewhere tell what they are.
+    const bool may_be_comma = !source.reader.decimal_mark() && source.reader.delimiter() != ',' && !shown.with_point;
+    for (const telling_field& first : shown.with_lone_groups) {
+        const table_column& column = source.columns[first.column];
+        if (!column.needed || !is_number(column.type.type) || (!is_comma && !may_be_comma) || !source.number_remarks.empty()) {
+            continue;
+        }
+        const column_type text{.type = sql_type::varchar};
+        std::string plain;
+        (void)plain_number(first.text, ',', plain);
+        const std::string each =
+            fmt::format("{}: column {}: each number has one point and three digits behind it; ", source.reader.path(), column.name);
+        source.number_remarks.push_back(
+            is_comma ? fmt::format("{}--decimal comma takes {} for {}, and {} with CAST({} AS DECIMAL) has the point before a fraction",
+                                   each, without_blanks_around(first.text), plain, options_of_types(column.name, {&text, 1}),
+                                   name_in_query(column.name))
+                     : fmt::format("{}where {} is {}, --decimal comma reads it so", each, without_blanks_around(first.text), plain));
+    }
+}
+
+} // namespace
+
 void remark_on(table& source, const first_rows& shown) {
     const std::string& path = source.reader.path();
-    if (source.reader.decimal_mark() == ',' && shown.with_point) {
-        source.mark_remark = fmt::format("{}: column {} has numbers with a point before the fraction; --decimal comma takes these for "
-                                         "texts, and 1.234 for 1234",
-                                         path, source.columns[*shown.with_point].name);
+    source.number_remarks.clear();
+    const auto is_given_number = [&](std::size_t i) { return source.columns[i].needed && is_number(source.columns[i].type.type); };
+    if (source.reader.decimal_mark() == ',' && shown.with_point && !is_given_number(*shown.with_point)) {
+        source.number_remarks.push_back(
+            fmt::format("{}: column {} has numbers with a point before the fraction; --decimal comma takes these for "
+                        "texts, and 1.234 for 1234",
+                        path, source.columns[*shown.with_point].name));
     }
     // Nothing else would say that 1.234 is not what was meant.
     if (!source.reader.decimal_mark() && shown.with_comma && shown.with_groups && !shown.with_point &&
         source.columns[*shown.with_groups].needed) {
-        source.mark_remark =
+        source.number_remarks.push_back(
             fmt::format("{}: column {} has numbers with a comma before the fraction, so that 1.234 in column {} may be 1234; "
                         "--decimal comma reads both so",
-                        path, source.columns[*shown.with_comma].name, source.columns[*shown.with_groups].name);
+                        path, source.columns[*shown.with_comma].name, source.columns[*shown.with_groups].name));
+    }
+    remark_on_lone_groups(source, shown);
+    for (const telling_field& code : shown.with_codes) {
+        const table_column& column = source.columns[code.column];
+        if (column.needed && column.type.type == sql_type::double_precision) {
+            const std::vector<column_type> types = {{.type = sql_type::varchar}, {.type = sql_type::decimal}};
+            source.number_remarks.push_back(fmt::format(
+                "{}: column {} is DOUBLE because of {} in line {}; where that is a code, or the digits of the others are to stay "
+                "as they are, {}",
+                path, column.name, to_utf8_with_replacements(*source.settings->text_charset, code.text), code.line,
+                options_of_types(column.name, types)));
+        }
     }
     std::vector<std::string> names;
     for (const std::size_t i : shown.with_blanks) {
@@ -190,7 +242,7 @@ void resolve_types(table& source, const given_types& given, type_sample sample, 
     for (std::size_t i = 0; i < source.columns.size(); ++i) {
         looked_at.push_back(source.columns[i].needed && (unknown[i] || source.columns[i].type.type == sql_type::varchar));
     }
-    if (std::ranges::find(looked_at, true) == looked_at.end()) {
+    if (std::ranges::find(looked_at, true) == looked_at.end() && !source.reader.decimal_mark()) {
         source.reader.stop_keeping();
         return;
     }
@@ -276,7 +328,7 @@ void store_rows(table& source, row_numbers rows, std::uint32_t first_row, std::v
 void report_bad_row(table& source, std::uint32_t row, const bad_row& bad) {
     const table_column& column = source.columns[bad.column];
     const std::string_view text = source.reader.field(row, bad.column).text;
-    const std::string message = describe_fault(source, column, text, bad.fault);
+    const std::string message = describe_fault(source, column, row, text, bad.fault);
     const std::uint64_t line = source.reader.line_of(row);
     // This is no bad row, whatever becomes of those.
     if (bad.fault == field_fault::not_as_sampled) {

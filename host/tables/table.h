@@ -40,8 +40,8 @@ struct table {
     bool ignores_errors;
     std::vector<table_column> columns;
     // What has to be said of the first rows, once types are resolved: empty where it is nothing.
-    std::string mark_remark{};  // --decimal does not go with the numbers of the file
-    std::string blank_remark{}; // the values of texts begin with a blank that was hardly meant
+    std::vector<std::string> number_remarks{}; // of numbers that may not be meant as they are read
+    std::string blank_remark{};                // the values of texts begin with a blank that was hardly meant
     // Of the batch in hand: its last rows as the reader knows them, and the lines of those before, whose text has gone.
     std::vector<std::uint32_t> last_rows{};
     std::vector<std::uint64_t> earlier_lines{};

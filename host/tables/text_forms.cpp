@@ -85,6 +85,9 @@ std::vector<column_type> seeming_types(const text_forms& forms) {
     if (has_all(forms, truth_word_form)) {
         return {{.type = sql_type::boolean}};
     }
+    if (has_all(forms, duration_form)) {
+        return {{.type = sql_type::interval_dt, .fields = {.first = interval_field::hour, .last = interval_field::second}}};
+    }
     if (has_mixed_zones(forms)) {
         return {{.type = (forms.besides & time_field) != 0 ? sql_type::time_with_zone : sql_type::timestamp_with_zone}};
     }

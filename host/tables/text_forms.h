@@ -3,6 +3,7 @@
 #ifndef BIFUN_HOST_TABLES_TEXT_FORMS_H
 #define BIFUN_HOST_TABLES_TEXT_FORMS_H
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -22,6 +23,7 @@ struct text_forms {
     bool has_many_others = false;   // more than one text that is nothing else and no word for NULL
     bool is_other_value = false;    // a number or a date in another form than those of SQL
     std::string first{}, other{}, affix{};
+    std::uint64_t other_line = 0;           // of the first such text; 0 where nobody asks
     std::vector<std::string> null_words{};  // without blanks around, each once
     std::vector<std::string> known_nulls{}; // of the reader: nulls_to_repeat
     bool are_words_doubles = true;          // NaN
@@ -47,8 +49,8 @@ bool may_have_either_mark(const text_forms& forms);
 // --decimal comma reads ...: what makes the texts numbers; empty where neither mark does. What speaks for the point has it stand first.
 std::string decimal_option(const text_forms& forms, bool is_point_likely, std::string_view what);
 
-// BOOL, or DATE or TIMESTAMP with its format, or the type with a zone where some have one; several where the order of day and month cannot
-// be told, and nothing where the texts are something else.
+// BOOL, or an INTERVAL for durations of which some are no times of day, or DATE or TIMESTAMP with its format, or the type with a zone where
+// some have one; several where the order of day and month cannot be told, and nothing where the texts are something else.
 std::vector<column_type> seeming_types(const text_forms& forms);
 
 // Whether some of a column of times have a zone and others none.

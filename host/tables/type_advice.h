@@ -20,11 +20,21 @@ struct misplaced_value {
 // known.
 std::string way_to(sql_type needed, const misplaced_value& given);
 
-// The same where neither of two values has to have its type, as in a comparison.
-std::string way_together(const misplaced_value& left, const misplaced_value& right);
+// What makes numbers of all texts of a column, the same; empty where nothing does.
+std::string way_to_all_numbers(const table_column& column);
+
+// The same where neither of two values has to have its type, as in a comparison, which may be one for equality alone.
+std::string way_together(const misplaced_value& left, const misplaced_value& right, bool is_equality);
 
 // --types "day:DATE 'DD/MM/YYYY'" or --types "day:DATE 'MM/DD/YYYY'", for a shell.
 std::string options_of_types(const std::string& column, std::span<const column_type> types);
+
+// TO_NUMBER(REPLACE(price, '$', '')) makes numbers of its texts: where the texts of a column are numbers with something around them or with
+// other groups; empty where they are not.
+std::string advice_on_dressed_numbers(const std::string& column, const text_forms& forms);
+
+// What makes timestamps of texts that have more digits of a second than are kept.
+std::string advice_on_long_fractions(const std::string& column);
 
 // Why a column of times of which some have a zone is text, and what gives it the type.
 std::string zone_advice(const std::string& column, std::span<const column_type> types);

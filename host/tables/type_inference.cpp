@@ -4,12 +4,23 @@
 #include <algorithm>
 
 #include "host/session/interruption.h"
+#include "host/values/value_text.h"
 
 namespace host {
 namespace {
 
 constexpr std::uint32_t most_rows = 1024;
 constexpr std::uint64_t most_rows_for_forms = 16 * most_rows;
+
+// 1.234, with one to three digits before the point that may be a number of thousands.
+bool is_lone_group(std::string_view text) {
+    constexpr std::size_t group_digits = 3;
+    text = without_blanks_around(text);
+    text.remove_prefix(text.starts_with('-') || text.starts_with('+') ? 1 : 0);
+    const std::size_t point = text.find('.');
+    return point >= 1 && point <= group_digits && text.size() == point + 1 + group_digits && text.front() != '0' &&
+           text.find_first_not_of("0123456789") == point && text.find_first_not_of("0123456789", point + 1) == text.npos;
+}
 
 } // namespace
 
@@ -41,6 +52,27 @@ void find_grouped_column(csv_reader& reader, std::span<const std::uint32_t> rows
     }
 }
 
+void find_lone_groups(csv_reader& reader, std::span<const std::uint32_t> rows, first_rows& shown) {
+    for (std::size_t i = 0; i < reader.header().size(); ++i) {
+        telling_field first{.column = i, .line = 0, .text = {}};
+        bool are_alike = true;
+        for (std::size_t r = 0; r < rows.size() && are_alike; ++r) {
+            const csv_field field = reader.field(rows[r], i);
+            if (field.is_null_unless_text) {
+                continue;
+            }
+            are_alike = is_lone_group(field.text);
+            if (first.text.empty()) {
+                first.line = reader.line_of(rows[r]);
+                first.text = field.text;
+            }
+        }
+        if (are_alike && !first.text.empty()) {
+            shown.with_lone_groups.push_back(std::move(first));
+        }
+    }
+}
+
 void find_blank_columns(csv_reader& reader, std::span<const std::uint32_t> rows, first_rows& shown) {
     for (std::size_t i = 0; i < reader.header().size(); ++i) {
         std::size_t values = 0;
@@ -55,6 +87,17 @@ void find_blank_columns(csv_reader& reader, std::span<const std::uint32_t> rows,
         }
     }
 }
+
+namespace {
+
+void find_code_with_exponent(csv_reader& reader, std::span<const std::uint32_t> rows, std::size_t column, first_rows& shown) {
+    const auto* const row = std::ranges::find_if(rows.data(), rows.data() + rows.size(), [&](std::uint32_t tried) {
+        return (classify_field(reader.field(tried, column).text, reader.decimal_mark()) & code_with_exponent) != 0;
+    });
+    shown.with_codes.push_back({.column = column, .line = reader.line_of(*row), .text = std::string(reader.field(*row, column).text)});
+}
+
+} // namespace
 
 found_kinds find_kinds(csv_reader& reader, const std::vector<bool>& wanted, std::uint64_t most_text, progress_bar& progress) {
     found_kinds found{.of_columns = std::vector<field_kinds>(wanted.size(), 0),
@@ -78,6 +121,9 @@ found_kinds find_kinds(csv_reader& reader, const std::vector<bool>& wanted, std:
                 const csv_field field = reader.field(rows[r], i);
                 kinds |= field.is_null_unless_text ? 0U : classify_field(field.text, decimal_mark);
             }
+            if ((kinds & ~found.of_columns[i] & code_with_exponent) != 0) {
+                find_code_with_exponent(reader, rows, i, found.shown);
+            }
             found.of_columns[i] = kinds;
             text_forms& forms = found.forms[i];
             if (type_of_fields(kinds) != sql_type::varchar) {
@@ -90,8 +136,12 @@ found_kinds find_kinds(csv_reader& reader, const std::vector<bool>& wanted, std:
             rows_for_forms[i] += rows.size();
             for (std::size_t r = 0; r < rows.size() && !are_mere_texts(forms); ++r) {
                 const csv_field field = reader.field(rows[r], i);
-                if (!field.is_null_unless_text) {
-                    include_text(forms, field.text, decimal_mark);
+                if (field.is_null_unless_text) {
+                    continue;
+                }
+                include_text(forms, field.text, decimal_mark);
+                if (forms.other_line == 0 && !forms.other.empty()) {
+                    forms.other_line = reader.line_of(rows[r]);
                 }
             }
             has_marks |= may_have_mark(forms);
@@ -102,6 +152,7 @@ found_kinds find_kinds(csv_reader& reader, const std::vector<bool>& wanted, std:
                 find_grouped_column(reader, rows, found.shown);
                 has_marks |= found.shown.with_groups.has_value();
             }
+            find_lone_groups(reader, rows, found.shown);
         }
         if (row_count == 0 && has_marks) {
             find_marked_columns(reader, rows, found.shown);
@@ -109,6 +160,7 @@ found_kinds find_kinds(csv_reader& reader, const std::vector<bool>& wanted, std:
         row_count += rows.size();
         progress.update(reader.bytes_read(), reader.file_size(), row_count);
     }
+    std::erase_if(found.shown.with_codes, [&](const telling_field& code) { return (found.of_columns[code.column] & double_field) != 0; });
     reader.rewind();
     return found;
 }

@@ -146,9 +146,13 @@ bool include_written_date(written_date& dates, const written_date& other) {
     dates.first = std::max(dates.first, other.first);
     dates.second = std::max(dates.second, other.second);
     dates.year = std::max(dates.year, other.year);
+    // A format with seconds reads times without, and dates alone.
+    if (other.time_format.starts_with(dates.time_format)) {
+        dates.time_format = other.time_format;
+    }
+    const bool has_one_format = dates.time_format.starts_with(other.time_format);
     return dates.separator == other.separator && dates.has_month_name == other.has_month_name &&
-           dates.begins_with_month_name == other.begins_with_month_name && dates.year_digits == other.year_digits &&
-           dates.time_format == other.time_format;
+           dates.begins_with_month_name == other.begins_with_month_name && dates.year_digits == other.year_digits && has_one_format;
 }
 
 std::vector<column_type> types_of_written_dates(const written_date& dates) {
@@ -174,5 +178,9 @@ std::vector<std::string> iso_dates(std::string_view text) {
 }
 
 bool is_written_date(std::string_view text) { return read_written_date(text).has_value(); }
+
+bool is_twelve_hour_time(std::string_view text) {
+    return !text.empty() && read_written_date(fmt::format("31.12.2024 {}", text)).has_value() && (text.back() | 0x20) == 'm';
+}
 
 } // namespace host

@@ -40,6 +40,9 @@ std::vector<std::string> iso_dates(std::string_view text);
 // Whether a text is such a date, in whatever order.
 bool is_written_date(std::string_view text);
 
+// Whether a text is a time with AM or PM: 9:30 AM.
+bool is_twelve_hour_time(std::string_view text);
+
 } // namespace host
 
 #endif

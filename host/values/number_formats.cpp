@@ -6,6 +6,8 @@
 #include <fmt/format.h>
 
 #include "embedded/format/number_format_texts.h"
+#include "host/values/plain_number.h"
+#include "host/values/value_text.h"
 
 namespace host {
 
@@ -45,6 +47,37 @@ std::string explain_number_format(std::string_view format) {
     return format.find('#') != format.npos   ? fmt::format("\"#\" is no element; {}", digits)
            : format.find('%') != format.npos ? fmt::format("\"%\" is no element; {}", digits)
                                              : std::string(digits);
+}
+
+std::string call_that_reads(std::string_view name, std::string_view text) {
+    constexpr std::string_view units[] = {"$", "\u20AC", "\u00A3", "\u00A5", "%", "EUR", "USD", "GBP", "CHF", "JPY"};
+    std::string number(without_blanks_around(text));
+    std::string call(name);
+    const auto leave_out = [&](std::string_view part, std::string_view put = "") {
+        call = fmt::format("REPLACE({}, '{}', '{}')", call, part, put);
+    };
+    for (const std::string_view unit : units) {
+        for (const std::string& written : {fmt::format(" {}", unit), fmt::format("{} ", unit), std::string(unit)}) {
+            if (const std::size_t at = number.find(written); at != number.npos) {
+                number.erase(at, written.size());
+                leave_out(written);
+            }
+        }
+    }
+    std::string plain;
+    const char mark = plain_number(number, '.', plain) ? '.' : ',';
+    if (mark == ',' && !plain_number(number, mark, plain)) {
+        return "";
+    }
+    for (const std::string_view group : {".", ",", " ", "\u00A0", "\u202F", "\u2019"}) {
+        if (group[0] != mark && number.find(group) != number.npos) {
+            leave_out(group);
+        }
+    }
+    if (mark == ',' && number.find(mark) != number.npos) {
+        leave_out(",", ".");
+    }
+    return number.find('\'') == number.npos && call != name ? fmt::format("TO_NUMBER({})", call) : "";
 }
 
 } // namespace host

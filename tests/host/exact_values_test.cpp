@@ -54,7 +54,7 @@ TEST(ExactValues, TypesThatAreGiven) {
     const auto fails = [](const std::string& type, const std::string& value, const std::string& reason) {
         expect_failure(joined({"a\n\n\"", value, "\"\n"}), "SELECT a FROM t",
                        joined({"t.csv, line 3, column a: \"", value.substr(0, 40), value.size() > 40 ? "..." : "", "\" ", reason,
-                               "; give the column another type with --types, such as a:VARCHAR"}),
+                               "; give the column another type with --types, such as a:VARCHAR ..."}),
                        {"--types", joined({"a:", type})});
     };
     fails("DECIMAL", joined({"1", nines_38}), "has more digits than DECIMAL keeps");

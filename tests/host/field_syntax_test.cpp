@@ -52,9 +52,15 @@ TEST(FieldSyntax, Comments) {
          "# one\na;b\n1;2\n3;4\n",
          {},
          "# one\na;b\n1;2\n3;4\n",
-         "t.csv: the first line has one field, and others have fields that end with a semicolon; --skip or --comment leaves out lines "
-         "before "
-         "the header"},
+         "t.csv: the first line begins with # and has one field, and those behind it have fields that end with a semicolon; --comment '#' "
+         "leaves out lines that begin so"},
+        {"t.txt",
+         "# v2\n# one\ntime | text\n1 | 2\n",
+         {"--skip", "1"},
+         "# one\ntime | text\n1 | 2\n",
+         "t.txt: the first line begins with # and has one field, and those behind it have fields that end with a bar; --comment '#' "
+         "leaves out lines that begin so"},
+        {"t.csv", "#one\n#two\n#", {}, "#one\n#two\n#\n"},
         {"t.csv", "\n\na,b\n1,2\n3,4\n", {}, "a,b\n1,2\n3,4\n"},
         {"t.csv", "name\nSmith; John\nDoe; Jane\n", {}, "name\nSmith; John\nDoe; Jane\n"},
     });

@@ -128,8 +128,24 @@ TEST(Files, HeadersAndSkippedLines) {
         "t.csv, line 2: the first row has 2 fields and this row 3; --fill-short-rows gives all rows as many fields as the longest of the "
         "first ones has",
         {"--no-header"});
+    expect_failure("id,x,y\n1,a,b\n(1 row)\n", "SELECT 1 FROM t",
+                   "t.csv, line 3: the header has 3 fields and this row 1; it counts the rows, and --ignore-errors leaves it out");
+    expect_failure("id,x\n1,'a'\n2,'b, c'\n", "SELECT 1 FROM t",
+                   "t.csv, line 3: the header has 2 fields and this row 3; where fields stand in '...', --quote \"'\" says so");
     expect_failure("a,b\n1,2\n#,\"b\" c\n", "SELECT 1 FROM t",
                    "t.csv, line 3: text stands behind a closing quote; --comment '#' leaves out lines that begin with it");
+}
+
+TEST(Files, TitlesWithAllDelimitersAreNoHeader) {
+    for (const auto& [title, end] : {std::pair("Statement;;;\nAccount:;DE89;;\n\n;;;\n", "line 5 names them, --skip 4"),
+                                     {";;x;\n;;;\n", "line 3 names them, --skip 2"}}) {
+        expect_notices(joined({title, "Day;Value;Text;Amount\n\n01.02.2024;02.02.2024;a;-1,50\n02.02.2024;;b;2,00\n"}),
+                       "SELECT 1 AS n FROM t LIMIT 1", "n\n1\n",
+                       {joined({"t.csv: most columns have no name in the header; if ", end, " leaves out those before it"})});
+    }
+    for (const std::string file : {",x\na,b\nc,1\n", "a,,\n1,2,3\nx,y,z\n4,5,6\n", "a,,\nx,y,\n1,2,3\n", "a,,\nx,y,z\nx,y,z\n"}) {
+        expect_notices(file, "SELECT 1 AS n FROM t LIMIT 1", "n\n1\n", {});
+    }
 }
 
 TEST(Files, BadRowsAreLeftOut) {
@@ -190,6 +206,13 @@ TEST(Files, TableNames) {
     }
     EXPECT_EQ(directory.run({"my-file.csv", "SELECT n FROM my-file"}).err,
               "bifun: SQL, character 17: syntax error at or near \"-\"; my-file.csv is the table my_file\n");
+    directory.write("2024-sales.csv", "Geb.,n\n2000,1\n");
+    EXPECT_EQ(directory.run({"2024-sales.csv", "SELECT n FROM 2024_sales"}).err,
+              "bifun: SQL, character 15: trailing junk after numeric literal at or near \"2024_\"; 2024-sales.csv is the table "
+              "_2024_sales\n");
+    EXPECT_EQ(directory.run({"2024-sales.csv", "SELECT Geb. FROM _2024_sales"}).err,
+              "bifun: SQL, character 8: FROM behind a point is the name of a column; names with a point stand in double quotes; the column "
+              "Geb. of 2024-sales.csv is written \"Geb.\"\n");
     EXPECT_EQ(directory.run({"my-file.csv", "SELECT n FROM my"}).err,
               "bifun: SQL, character 15, near my: there is no table my; the tables are my_file\n");
     EXPECT_EQ(directory.run({"my-file.csv"}).err,
@@ -274,7 +297,7 @@ TEST(Files, TypesOfTheFirstPart) {
     const late_value values[] = {
         {"1", "3000000000", "INT", "BIGINT"},
         {"1", "007", "INT", "VARCHAR"},
-        {"1.5", "1e3", "DECIMAL", "DOUBLE"},
+        {"1.5", "1e+3", "DECIMAL", "DOUBLE"},
         {"1.0e3", "12345678901234567.25", "DOUBLE", "VARCHAR"},
         {"2024-01-01", "2024-01-01 10:00", "DATE", "TIMESTAMP"},
         {"", "5", "NULL", "INT"},
@@ -295,7 +318,7 @@ TEST(Files, TypesOfTheFirstPart) {
         // Before that, the whole file decides.
         const run_result early = file.run("SELECT a, b FROM t WHERE b = 'x'", {"--sample", "1", "--format", "json"});
         const bool quoted = wider == "VARCHAR" || wider == "TIMESTAMP";
-        const std::string shown = last == "1e3" ? "1000" : wider == "TIMESTAMP" ? "2024-01-01 10:00:00" : last;
+        const std::string shown = last == "1e+3" ? "1000" : wider == "TIMESTAMP" ? "2024-01-01 10:00:00" : last;
         EXPECT_EQ(early.out, joined({"[\n  {\"a\": ", quoted ? "\"" : "", shown, quoted ? "\"" : "", ", \"b\": \"x\"}\n]\n"})) << early.err;
         EXPECT_EQ(file.run("SELECT a, b FROM t", {"--sample", "all"}).status, 0);
         EXPECT_EQ(file.run("SELECT a, b FROM t LIMIT 3").err, "");

@@ -160,6 +160,8 @@ TEST(Outputs, Formats) {
     }
     expect_answer("n\n", "SELECT * FROM t", "", {"--format", "jsonl"});
     expect_answer("a|b\n", "SELECT * FROM t", "| a\\|b |\n|---|\n", {"--format", "markdown", "--delimiter", "comma"});
+    expect_answer("a_b\n*s* <b> ~~x~~\n_a_ [x](y) `c` &lt; a & b\n", "SELECT * FROM t",
+                  "| a_b |\n|---|\n| \\*s\\* \\<b> \\~\\~x\\~\\~ |\n| \\_a\\_ \\[x](y) \\`c\\` \\&lt; a & b |\n", {"--format", "markdown"});
     expect_failure("", "SELECT 1", "--format: there is no format xml; there are table, csv, tsv, json, jsonl and markdown",
                    {"--format", "xml"});
 }
@@ -187,8 +189,18 @@ TEST(Outputs, FilesAreWrittenWholeOrNotAtAll) {
     EXPECT_EQ(read_file(directory.path / "old.tsv"), "n\tm\n4\t4\n");
     EXPECT_EQ(std::filesystem::status(directory.path / "old.tsv").permissions(), std::filesystem::perms(0640));
     EXPECT_TRUE(std::filesystem::is_symlink(directory.path / "link.tsv"));
-    EXPECT_EQ(directory.run({"--output", "t.csv", "t.csv", "SELECT n FROM t"}).err, ""); // the file that is read
+    // A file that is read is not replaced.
+    std::filesystem::create_symlink("t.csv", directory.path / "other.csv");
+    const std::string replaced_file = " and would be replaced by the result; give the result another name\n";
+    EXPECT_EQ(directory.run({"--output", "t.csv", "t.csv", "SELECT n FROM t LIMIT 1"}).err,
+              joined({"bifun: --output: t.csv is a file to be read,", replaced_file}));
+    EXPECT_EQ(directory.run({"describe", "--output", "other.csv", "./t.csv"}).err,
+              joined({"bifun: --output: other.csv is the file ./t.csv,", replaced_file}));
+    const std::string by_input = joined({"cd '", directory.path.string(), "' && ! ", BIFUN_PROGRAM_COMMAND,
+                                         " --output t.csv - 'SELECT * FROM stdin' < t.csv 2> /dev/null"});
+    EXPECT_EQ(std::system(by_input.c_str()), 0);
     EXPECT_EQ(read_file(directory.path / "t.csv"), "n\n4\n-1\n");
+    std::filesystem::remove(directory.path / "other.csv");
     EXPECT_EQ(file_count(), files);
 
     EXPECT_EQ(directory.run({"--output", "/dev/stdout", "--format", "csv", "t.csv", "SELECT n FROM t"}).out, "n\n4\n-1\n");
@@ -271,9 +283,8 @@ TEST(Descriptions, GivenTypes) {
                       "day,DATE 'DD.MM.YYYY',1502,0,31.12.2023,01.01.2025,,\n", "pause,INTERVAL HOUR TO MINUTE,1501,1,9:30,10:00,,\n",
                       "n,\"DECIMAL(8, 2)\",1502,0,1.50,10,,\n", "s,VARCHAR(2),1501,1,ab,\xE4\xB8\xAD\xE6\x96\x87,,\n",
                       "flag,VARCHAR,1501,1,TRUE,false,2,TRUE\n", "x,TINYINT,1502,0,-7,5,,\n"}));
-    EXPECT_EQ(
-        result.err,
-        "bifun: t.csv: truth values and dates of this form are text unless their column is given its type, with --types \"flag:BOOL\"\n");
+    EXPECT_EQ(result.err, "bifun: t.csv: truth values, dates and durations of this form are text unless their column is given its type, "
+                          "with --types \"flag:BOOL\"\n");
     directory.write("d.csv", "a,b,c,d,e\n1.2.2024,1/13/2024,13-01-2024,1/2/2024,31.01.2024\n3.4.2024,2/1/2024,,2/1/2024,01.13.2024\n");
     directory.write("m.csv", "a,m\n1,\"1.234,56\"\n2,\"7\"\n");
     EXPECT_EQ(directory.run({"describe", "m.csv"}).err,

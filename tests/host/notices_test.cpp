@@ -32,6 +32,70 @@ TEST(Notices, TextsThatAreNoDatesForACall) {
     expect_notices(days, "SELECT LAST_DAY(e) AS l FROM t WHERE s <> 'b'", "l\n2024-01-31 00:00:00\n2024-01-31 00:00:00\n", {});
 }
 
+TEST(Notices, TextsThatAreNoNumbersForACall) {
+    const std::string file = "a,d,e\n\"1,300.00\",\"$1,234.50\",\"5,00 \u20ac\"\n12 EUR,n/a,x\n,,\n1e3,2,\"-1.234,50 \u20ac\"\n";
+    const std::string begin = " gives NULL for texts that are no numbers, in ";
+    expect_notices(file, "SELECT TO_NUMBER(a) AS a, TO_DOUBLE(d) AS d, TO_NUMBER(RTRIM(e)) AS e FROM t", "a,d,e\n,,\n,,\n,,\n1000,2,\n",
+                   {joined({"TO_NUMBER", begin,
+                            "2 rows; the first is \"1,300.00\" in row 1 (t.csv, line 2); TO_NUMBER(REPLACE(a, ',', '')) "
+                            "reads such a text"}),
+                    joined({"TO_DOUBLE", begin,
+                            "1 row; the first is \"$1,234.50\" in row 1 (t.csv, line 2); "
+                            "TO_NUMBER(REPLACE(REPLACE(d, '$', ''), ',', '')) reads such a text"}),
+                    joined({"TO_NUMBER", begin,
+                            "3 rows; the first is \"5,00 \u20ac\" in row 1 (t.csv, line 2); "
+                            "TO_NUMBER(REPLACE(REPLACE(x, ' \u20ac', ''), ',', '.')) reads such a text"})});
+    expect_answer(file,
+                  "SELECT TO_NUMBER(REPLACE(REPLACE(d, '$', ''), ',', '')) AS d, "
+                  "TO_NUMBER(REPLACE(REPLACE(REPLACE(e, ' \u20ac', ''), '.', ''), ',', '.')) AS e FROM t WHERE a IS NOT NULL AND e <> 'x'",
+                  "d,e\n1234.50,5.00\n2,-1234.50\n");
+    expect_notices("a,b\n1 234,\"5,7\"\nz,6\n", "SELECT TO_NUMBER(a) AS a, TO_NUMBER(b) AS b FROM t LIMIT 1", "a,b\n,\n",
+                   {joined({"TO_NUMBER", begin,
+                            "1 row; the first is \"1 234\" in row 1 (t.csv, line 2); TO_NUMBER(REPLACE(a, ' ', '')) "
+                            "reads such a text"}),
+                    joined({"TO_NUMBER", begin,
+                            "1 row; the first is \"5,7\" in row 1 (t.csv, line 2); --decimal comma reads the column as "
+                            "numbers"})});
+}
+
+TEST(Notices, ZonesThatFunctionsDoNotSee) {
+    const std::string file = "a,b\n2024-01-01 10:00:00+00:00,2024-01-01 12:00:00+02:00\n,2024-01-01 12:00:00Z\n"
+                             "2024-01-01T23:30:00-05:00,2024-01-02T05:00:00-05:00\n";
+    const std::string way = "; DATEADD(MINUTE, -60 * EXTRACT(TIMEZONE_HOUR FROM t) - EXTRACT(TIMEZONE_MINUTE FROM t), t) has the clock "
+                            "time of UTC";
+    const std::string begin = " takes the clock time of another zone for one of the session's, in 1 row; the first is ";
+    expect_notices(file, "SELECT DATEDIFF(SECOND, a, b) AS s, DAYS_BETWEEN(b, TIMESTAMP '2024-01-01 00:00:00') AS d FROM t",
+                   "s,d\n7200,0\n,0\n19800,1\n",
+                   {joined({"DATEDIFF takes the clock times of different zones as they are, in 1 row; the first is 2024-01-01 "
+                            "10:00:00+00:00 and 2024-01-01 12:00:00+02:00 in row 1 (t.csv, line 2)",
+                            way}),
+                    joined({"DAYS_BETWEEN takes the clock times of different zones as they are, in 2 rows; the first is 2024-01-01 "
+                            "12:00:00+00:00 and 2024-01-01 00:00:00 in row 2 (t.csv, line 3)",
+                            way})},
+                   {"--set", "time_zone=+02:00"});
+    expect_notices(file, "SELECT UNIX_TIMESTAMP(b) AS u, UNIX_TIMESTAMP('2024-01-01 10:00:00+02:00') AS c FROM t LIMIT 1",
+                   "u,c\n1704110400,1704103200\n",
+                   {joined({"UNIX_TIMESTAMP", begin, "2024-01-01 12:00:00+02:00 in row 1 (t.csv, line 2)", way}),
+                    joined({"UNIX_TIMESTAMP", begin, "\"2024-01-01 10:00:00+02:00\" in row 1 (t.csv, line 2)", way})});
+    expect_notices(
+        file,
+        "SELECT UNIX_TIMESTAMP(DATEADD(MINUTE, -60 * EXTRACT(TIMEZONE_HOUR FROM b) - EXTRACT(TIMEZONE_MINUTE FROM b), b)) - "
+        "UNIX_TIMESTAMP(TIMESTAMP '2024-01-01 10:00:00') AS u, DATEDIFF(DAY, DATE '2024-01-01', b) AS d, b > a AS o FROM t WHERE "
+        "EXTRACT(TIMEZONE_HOUR FROM b) = 0",
+        "u,d,o\n7200,0,\n", {});
+}
+
+TEST(Notices, NullsForTheCurrentTimeAndNumbersWithoutRoom) {
+    expect_notices("id,d\n1,2024-01-01\n2,\n", "SELECT id FROM t WHERE UNIX_TIMESTAMP(d) > 1735689600 AND UNIX_TIMESTAMP(NULL) > 5",
+                   "id\n2\n",
+                   {"UNIX_TIMESTAMP takes NULL for the current time, in 1 row; the first is row 2 (t.csv, line 3); CASE WHEN d IS NOT NULL "
+                    "THEN UNIX_TIMESTAMP(d) END leaves NULL as it is"});
+    expect_notices("n\n1\n1234567\n\n", "SELECT TO_CHAR(n, '999') AS c, TO_CHAR(n, 'FM9999999') AS d FROM t",
+                   "c,d\n   1,1\n####,1234567\n,\n",
+                   {"TO_CHAR has no room under its format for the number, in 1 row; the first is 1234567 in row 2 (t.csv, line 3); the "
+                    "format needs more digits before the point"});
+}
+
 TEST(Notices, DatesThatAreComparedAsTexts) {
     const std::string file = "d,e,n\n31.12.2023,12/31/2023,\n05.02.2024,01/15/2024,2024-01-01\n05.02.2024,01/15/2024,n/a\n";
     expect_notices(file, "SELECT e FROM t WHERE d > '2024-01-01' OR d BETWEEN '01.01.2024' AND '31.12.2024'",
@@ -43,6 +107,51 @@ TEST(Notices, DatesThatAreComparedAsTexts) {
                    {"n is text, and compared as such with '2024-01-01'; --null 'n/a' --null '' takes that text and empty fields for NULL, "
                     "and the others for DATE"});
     expect_notices(file, "SELECT e FROM t WHERE d = '31.12.2023' AND e <> 'x' AND n IS NULL", "e\n12/31/2023\n", {});
+}
+
+TEST(Notices, NumbersAndTimesThatAreComparedAsTexts) {
+    const std::string file = "v,t,z\n5,9:30 AM,01067\n10,1:00 PM,80331\nn.d.,11:00 PM,01069\n";
+    const std::string way = "; --null 'n.d.' --null '' takes that text and empty fields for NULL, and the others for INT";
+    expect_notices(file, "SELECT v FROM t WHERE v BETWEEN '7' AND '9' OR t > '10:00 AM'", "v\n5\n10\nn.d.\n",
+                   {joined({"v is text, and compared as such with '7'", way}),
+                    "t is text, and compared as such with '10:00 AM'; --types \"t:TIME 'HH:MI AM'\" reads the column as times"});
+    expect_notices(file, "SELECT v FROM t WHERE z BETWEEN '01000' AND '01999' AND v = '5' AND t <> '1:00 PM' AND v < 'x'", "v\n5\n", {});
+    expect_failure(file, "SELECT v FROM t WHERE v > 7", joined({"SQL, character 25, near >: VARCHAR and INT cannot be compared", way}));
+    expect_failure(
+        file, "SELECT v FROM t WHERE z IN (1067, 9999)",
+        "SQL, character 25, near IN: VARCHAR and INT cannot be compared; write the number in quotes, as the file has it, such as "
+        "'01067'; --types z:DECIMAL reads the column as numbers");
+    expect_failure(file, "SELECT CAST(t AS TIME) FROM t",
+                   "CAST: \"9:30 AM\" cannot be TIME in row 1 (t.csv, line 2); --types \"t:TIME 'HH:MI AM'\" reads the column as times");
+}
+
+TEST(Notices, NullAndEmptyTexts) {
+    const std::string file = "w,d\n1,2024-01-01\n,\n";
+    expect_notices(file, "SELECT w FROM t WHERE w = NULL OR w NOT IN (3, NULL)", "w\n",
+                   {"a comparison with NULL is never true; x IS NULL and x IS NOT NULL test for it",
+                    "NOT IN is never true of a list with NULL; x IS NOT NULL leaves out NULL"});
+    expect_notices(file, "SELECT w FROM t WHERE w IS NOT DISTINCT FROM NULL OR w IN (1, NULL)", "w\n1\n\n", {});
+    const std::string is_null = "; an empty field is NULL, as in x IS NULL and x IS NOT NULL";
+    expect_failure(file, "SELECT w FROM t WHERE w = ''",
+                   joined({"SQL, character 25, near =: INT and VARCHAR cannot be compared", is_null}));
+    expect_failure(file, "SELECT w FROM t WHERE d <> ''", joined({"SQL, character 28, near '': this cannot be read as DATE", is_null}));
+    expect_failure(file, "SELECT COALESCE(d, '-') FROM t",
+                   "SQL, character 20, near '-': this cannot be read as DATE; CAST(x AS VARCHAR) makes a text of the DATE");
+}
+
+TEST(Notices, TextsOfWhichSomeAreDates) {
+    const std::string file = "d,c,n\n2024-01-02,20240101,1\n02.01.2024,20240102,2\n1/2/2024,20240103,3\n";
+    const std::string way = "; CAST(TO_DT_TZ(d) AS DATE) is NULL where a text is no date such as 2024-02-29, and TO_DATE(d, 'DD.MM.YYYY') "
+                            "reads others by a format";
+    expect_failure(file, "SELECT CAST(d AS DATE) FROM t", joined({"CAST: \"02.01.2024\" cannot be DATE in row 2 (t.csv, line 3)", way}));
+    expect_failure(file, "SELECT d FROM t WHERE d > DATE '2024-01-01'",
+                   joined({"SQL, character 25, near >: VARCHAR and DATE cannot be compared", way}));
+    expect_failure(file, "SELECT d + 30 FROM t", joined({"SQL, character 10, near +: + does not take VARCHAR and INT", way}));
+    expect_failure(file, "SELECT CAST(c AS DATE) FROM t",
+                   "SQL, character 8, near CAST: CAST makes no DATE of INT; --types \"c:DATE 'YYYYMMDD'\" reads numbers such as ...");
+    expect_failure(
+        file, "SELECT DATE '9999-12-30' + n FROM t",
+        "+: -6118 the datetime is outside years -4712 to 9999, or cannot be formatted or read in row 2 (t.csv, line 3), given 2");
 }
 
 TEST(Notices, TextsByChoice) {
@@ -162,7 +271,8 @@ TEST(Notices, LeadFromTextsToTheTypesOfTheirColumns) {
         {"a = 2", joined({"10, near =: VARCHAR and INT cannot be compared; write the number in quotes, as a text", numbers})},
         {"m > 2", "10, near >: VARCHAR and INT cannot be compared; --decimal comma reads the column as numbers"},
         {"z = 1234",
-         "10, near =: VARCHAR and INT cannot be compared; write the number in quotes, as a text; --types z:DECIMAL reads the ..."},
+         "10, near =: VARCHAR and INT cannot be compared; write the number in quotes, as the file has it, such as '01234'; --types "
+         "z:DECIMAL reads the ..."},
         {"w + 1", "10, near +: + does not take VARCHAR and INT; --types \"w:TIMESTAMP 'DD/MM/YYYY HH24:MI'\" reads the column as dates"},
         {"ABS(m)",
          "8, near ABS: ABS does not take (VARCHAR); it takes (BIGINT), (DOUBLE), (DECIMAL); --decimal comma reads the column as numbers"},
@@ -198,7 +308,8 @@ TEST(Notices, NameBothTypesWhereTextsHaveEither) {
         {"p + 1", "; TO_NUMBER(REPLACE(p, '%', '')) makes numbers of its texts"},
         {"f + 1", "; --types f:DECIMAL reads the column as numbers"},
         {"YEAR(t)", "; CAST(SUBSTR(t, 1, 26) AS TIMESTAMP) leaves out what stands behind six digits of a fraction"},
-        {"YEAR(i)", "; --null 'Total' --null '' takes that text and empty fields for NULL, and the others for DATE"},
+        {"YEAR(i)",
+         "; \"Total\" in line 3 is not of type DATE, which the others have; --types i:DATE --ignore-errors leaves out such rows"},
         {"YEAR(z)", "; --types \"z:DATE 'DD-MON-YYYY'\" reads the column as dates"},
     };
     const scratch_directory directory;
@@ -278,7 +389,7 @@ TEST(Notices, NameAllThatMakesTextsOfAColumn) {
         directory.run({"describe", "t.csv"}).err,
         joined({"bifun: t.csv: column t: ", zone,
                 "\nbifun: t.csv: column m: numbers of this form are text; --decimal comma --null 'NA' --null '' reads them as numbers\n"
-                "bifun: t.csv: truth values and dates of this form are text unless their column is given its type, with --types "
+                "bifun: t.csv: truth values, dates and durations of this form are text unless their column is given its type, with --types "
                 "\"d:DATE 'DD.MM.YYYY'\"\nbifun: t.csv: columns x, d: words for NULL beside other values make texts of these; "
                 "--null 'NA' --null '-' --null '' takes them and empty fields for NULL\n"}));
     expect_notices(file, "SELECT m FROM t LIMIT 1", "m\n3.5\n", {point}, {"--decimal", "comma", "--null", "NA"});
@@ -294,6 +405,84 @@ TEST(Notices, NameAllThatMakesTextsOfAColumn) {
                                "--decimal comma reads both so";
     expect_notices("a;b\n1.234;2,5\n5;3,5\n", "SELECT a FROM t", "a\n1.234\n5\n", {groups});
     expect_notices("a;b\n1.234;2,5\n5.1;3,5\n", "SELECT a FROM t", "a\n1.234\n5.1\n", {});
+}
+
+TEST(Notices, PointsThatMayBeOfThousandsOrOfFractions) {
+    const arguments comma = {"--decimal", "comma"};
+    const std::string places = "stop;lat;price\nA;52.520;1,50\nB;-48.137;2,00\n";
+    const std::string each = "t.csv: column lat: each number has one point and three digits behind it; ";
+    const std::string way =
+        joined({each, "--decimal comma takes 52.520 for 52520, and --types lat:VARCHAR with CAST(lat AS DECIMAL) has the "
+                      "point before a fraction"});
+    expect_notices(places, "SELECT lat + price AS x FROM t LIMIT 1", "x\n52521.50\n", {way}, comma);
+    expect_notices(places, "SELECT lat FROM t LIMIT 1", "lat\n52520\n", {way}, {"--decimal", "comma", "--types", "lat:DOUBLE"});
+    expect_notices(places, "SELECT CAST(lat AS DECIMAL) + price AS x FROM t LIMIT 1", "x\n54.020\n", {},
+                   {"--decimal", "comma", "--types", "lat:VARCHAR"});
+    expect_notices(places, "SELECT price FROM t LIMIT 1", "price\n1.50\n", {}, comma);
+    expect_failure("lat\n52.520\n48.1375\n", "SELECT lat FROM t",
+                   "t.csv, line 2, column lat: \"52.520\" is 52520 with --decimal comma, and does not fit DECIMAL(6, 4); --types "
+                   "lat:VARCHAR with CAST(lat AS DECIMAL(6, 4)) has the point before a fraction",
+                   {"--decimal", "comma", "--types", "lat:DECIMAL(6,4)"});
+    const std::string query = "SELECT lat FROM t LIMIT 1";
+    expect_notices("k;lat\n1;\n2;\"1.000\"\n3;2.500\n", query, "lat\n\n",
+                   {joined({each, "where 1.000 is 1000, --decimal comma reads it so"})});
+    for (const std::string file : {"k;lat\n1.5;2.500\n", "k,lat\n1,2.500\n", "k;lat\n1;2.500\n2;0.500\n", "k;lat\n1;2.500\n2;1000\n"}) {
+        expect_notices(file, query, "lat\n2.500\n", {});
+    }
+}
+
+TEST(Notices, ValuesThatAreFaultsAreNotTakenForNull) {
+    const std::string file = "took,v,d,w,e\n1:30:00,1,2024-12-01,05.01.2024 10:15,5\n25:10:05,2,2024-13-01,31.12.2024 23:59:30,n.d.\n"
+                             "30:00:01,A7,2024-11-01,01.02.2024,6\n0:05:00,4,2024-01-01,02.02.2024 9:30,\n";
+    const std::pair<std::string, std::string> cases[] = {
+        {"TIME_TO_SEC(took)", "; --types \"took:INTERVAL HOUR TO SECOND\" reads the column as durations"},
+        {"took > TIME '10:00'", "; --types \"took:INTERVAL HOUR TO SECOND\" reads the column as durations"},
+        {"v * 2", "; \"A7\" in line 4 is not of type INT, which the others have; --types v:INT --ignore-errors leaves out such rows"},
+        {"d + 1",
+         "; \"2024-13-01\" in line 3 is not of type DATE, which the others have; --types d:DATE --ignore-errors leaves out such rows"},
+        {"YEAR(w)", "; --types \"w:TIMESTAMP 'DD.MM.YYYY HH24:MI:SS'\" reads the column as dates"},
+        {"e * 2", "; --null 'n.d.' --null '' takes that text and empty fields for NULL, and the others for INT"},
+    };
+    const scratch_directory directory;
+    directory.write("t.csv", file);
+    for (const auto& [expression, way] : cases) {
+        const std::string err = directory.run({"t.csv", joined({"SELECT ", expression, " FROM t"})}).err;
+        EXPECT_TRUE(err.ends_with(joined({way, "\n"}))) << err;
+    }
+    expect_answer(file, "SELECT w FROM t WHERE took > INTERVAL '24' HOUR", "w\n2024-12-31 23:59:30\n2024-02-01 00:00:00\n",
+                  {"--types", "took:INTERVAL HOUR TO SECOND", "--types", "w:TIMESTAMP 'DD.MM.YYYY HH24:MI:SS'"});
+    directory.write("t.csv", "a,b,c,d,e,f\n(5.00),5-,\"1,23,456.00\",=\"01067\",€ 5,2024-01-01 10:00:00.1234567\n"
+                             "3,7-,\"2,34,567.00\",=\"01069\",€ 6,2024-01-02 10:00:00\n");
+    EXPECT_EQ(
+        directory.run({"describe", "t.csv"}).err,
+        "bifun: t.csv: column a: numbers of this form are text; TO_NUMBER(REPLACE(REPLACE(a, '(', '-'), ')', '')) makes numbers of its "
+        "texts\nbifun: t.csv: column b: numbers of this form are text; TO_NUMBER(b, '999999999999.999999MI') makes numbers of its "
+        "texts\nbifun: t.csv: column c: numbers of this form are text; TO_NUMBER(REPLACE(c, ',', '')) makes numbers of texts such as "
+        "1,23,456.00\nbifun: t.csv: column d: numbers of this form are text; REPLACE(SUBSTR(d, 2), '\"', '') is without the signs "
+        "around texts such as =\"01067\"\nbifun: t.csv: column e: numbers of this form are text; TO_NUMBER(REPLACE(e, '€ ', '')) makes "
+        "numbers of its texts\nbifun: t.csv: column f: times of this form are text; CAST(SUBSTR(f, 1, 26) AS TIMESTAMP) leaves out what "
+        "stands behind six digits of a fraction\n");
+    expect_answer(
+        read_file(directory.path / "t.csv"),
+        "SELECT TO_NUMBER(REPLACE(c, ',', '')) AS c, REPLACE(SUBSTR(d, 2), '\"', '') AS d, CAST(SUBSTR(f, 1, 26) AS TIMESTAMP) AS f "
+        "FROM t",
+        "c,d,f\n123456.00,01067,2024-01-01 10:00:00.123456\n234567.00,01069,2024-01-02 10:00:00\n");
+}
+
+TEST(Notices, NumbersThatAreDoubleForACode) {
+    const std::string file = "price,n\n1.10,1\n1e2,2\n2.505,1e-5\n";
+    const std::string notice = "t.csv: column price is DOUBLE because of 1e2 in line 3; where that is a code, or the digits of the others "
+                               "are to stay as they are, --types price:VARCHAR or --types price:DECIMAL";
+    expect_notices(file, "SELECT price FROM t", "price\n1.1\n100\n2.505\n", {notice});
+    expect_notices(file, "SELECT price FROM t", "price\n1.10\n100\n2.505\n", {}, {"--types", "price:DECIMAL"});
+    expect_notices(file, "SELECT n FROM t LIMIT 1", "n\n1\n", {});
+    expect_notices("price\n1e2\n1.5e3\n2\n", "SELECT price FROM t LIMIT 1", "price\n100\n", {});
+    const scratch_directory directory;
+    directory.write("t.csv", file);
+    EXPECT_EQ(directory.run({"describe", "t.csv"}).err, joined({"bifun: ", notice, "\n"}));
+    directory.write("t.csv", joined({"price\n", repeated("123456789.5\n", 100'000), "1E5\n"})); // behind what decides at first
+    EXPECT_TRUE(directory.run({"--sample", "1", "t.csv", "SELECT price FROM t WHERE price < 0"})
+                    .err.starts_with("bifun: t.csv: column price is DOUBLE because of 1E5 in line 100002; "));
 }
 
 TEST(Notices, NumbersWrittenAsCodesAreText) {

@@ -98,7 +98,10 @@ TEST(Operators, Casts) {
          R"("2024-02-29", "10:00:00", "2024-02-29 00:00:00")"},
         {"CAST(SUBSTR('on 2024-02-29', 4) AS DATE) ; '2024-02-29'::date ; CAST(TIMESTAMP '2024-02-29 10:00:00+02:00' AS TIMESTAMP)",
          R"("2024-02-29", "2024-02-29", "2024-02-29 10:00:00")"},
+        {"CAST('12.7' AS INT) ; CAST(' -1.5' AS BIGINT) ; CAST('1e3' AS INT)", "13, -2, 1000"},
         {"CAST('x' AS INT)", "CAST: \"x\" cannot be INT in row 1"},
+        {"CAST('2147483647.5' AS INT)", "CAST: \"2147483647.5\" cannot be INT in row 1"},
+        {"SHA2('x', 1)", "SHA2: -6803 an argument is outside the function's domain; the bits are 224, 256, 384 or 512"},
         {"CAST(3000000000 AS INT)", "CAST: 3000000000 cannot be INT in row 1"},
         {"CAST(1234.5 AS DECIMAL(5, 2))", "CAST: 1234.5 cannot be DECIMAL(5, 2) in row 1"},
         {"CAST(1e-200 AS INT) ; CAST(1e-200 AS DECIMAL(3, 2))", "0, 0.00"},
@@ -112,8 +115,8 @@ TEST(Operators, Casts) {
     });
     // Fields of two lines, and rows behind the first that the reader has in hand.
     expect_failure("s,t\n1,\"a\nb\"\nx,\n", "SELECT CAST(s AS INT) FROM t",
-                   "CAST: \"x\" cannot be INT in row 2 (t.csv, line 4); --null 'x' --null '' takes that text and empty fields for NULL, "
-                   "and the others for INT");
+                   "CAST: \"x\" cannot be INT in row 2 (t.csv, line 4); \"x\" in line 4 is not of type INT, which the others have; --types "
+                   "s:INT --ignore-errors leaves out such rows");
     expect_failure(joined({"s,t\n", repeated("1,\"a\nb\"\n", 9), "x,\n", repeated("1,abcdefgh\n", 20'000)}), "SELECT CAST(s AS INT) FROM t",
                    "CAST: \"x\" cannot be INT in row 10 (t.csv, line 20); ...", {"--batch-rows", "65536", "--types", "s:VARCHAR"});
     expect_failure("s\n1\n\nx\n", "SELECT CAST(s AS INT) FROM t", "CAST: \"x\" cannot be INT in row 3 (t.csv, line 4); ...");
@@ -280,9 +283,12 @@ TEST(Operators, FieldsElsewhere) {
 // Syntax of other systems, which the parser does not know.
 TEST(Operators, SyntaxElsewhere) {
     const std::pair<std::string, std::string> refused[] = {
+        {"SELECT a 'val' FROM t", "8, near a: a is no type of a text; a name for a column stands behind AS, in double quotes if at all"},
+        {"SELECT a. FROM t", "8: FROM behind a point is the name of a column; names with a point stand in double quotes"},
         {"SELECT TRY_CAST(a AS INT) FROM t",
          "19: syntax error at or near \"AS\"; CAST fails where a text is none of the type; TO_NUMBER(x) is NULL there, "
-         "and so is CASE WHEN ISNUMERIC(x) THEN CAST(x AS INT) END"},
+         "and so is CASE WHEN ISNUMERIC(x) THEN CAST(x AS INT) END; CAST(TO_DT_TZ(x) AS DATE) is NULL where a text is no date such as "
+         "2024-02-29"},
         {"SELECT a FROM t LIMIT 1, 20", "17: LIMIT #,# syntax is not supported; write LIMIT 20 OFFSET 1"},
         {"SELECT a FROM t WHERE a > CURRENT_DATE - INTERVAL 3 days", "51: syntax error at or near \"3\"; write INTERVAL '3' DAY"},
         {"SELECT a FROM ./t.csv",

@@ -75,7 +75,7 @@ TEST(Program, Conditions) {
     std::istringstream conditions(
         "i < 1.5 -> 1 ; b > d -> 1 2 ; d = 12345678901234567890.0 -> 4 ; e = 1000 -> 1 ; s = 'abc' -> 1 2 ; "
         "s <> 'abc' -> 4 ; s < 'abd' -> 1 2 4 ; day >= '2023-01-01' -> 1 2 ; day < moment -> 1 2 4 ; clock > '10:00' -> 2 ; "
-        "i BETWEEN 2 AND b -> 2 4 ; i NOT BETWEEN 2 AND 3 -> 1 4 ; i IN (4, 1.0, NULL) -> 1 4 ; i NOT IN (4, NULL) -> ; "
+        "i BETWEEN 2 AND b -> 2 4 ; i NOT BETWEEN 2 AND 3 -> 1 4 ; i IN (4, 1.0, NULL) -> 1 4 ; i NOT IN (4, b) -> 1 2 ; "
         "s IN ('b', 'abc ', 'ABC', 'a') -> 1 2 4 ; d IN (7.0, 1.500, -0.25) -> 1 2 ; e IN (1e3, -1e-3) -> 1 4 ; "
         "day NOT IN ('2024-02-29', '1999-12-31') -> 2 ; i IN (3, b, 1) -> 1 3 4 ; e > 0 AND (LN(e) > 1 AND i <> 2) -> 1 ; "
         "NOT (b = 5) -> 1 4 ; b = 5 OR i = 3 -> 2 3 ; NOT (b = 5 AND i = 2) -> 1 3 4 ; b IS NULL -> 3 ; d IS NOT NULL -> 1 2 4 ; "
@@ -98,7 +98,7 @@ TEST(Program, FilesAndFormats) {
     expect_answer("a,b\n", "SELECT b FROM t", "b\n");
     expect_answer("a,b\n", "SELECT b FROM t", "[]\n", json);
     // Types are inferred from all rows, or given.
-    expect_answer("a,b,c,d,e,f\n007,1,1,2024-01-01,,12345678901\n1,2.50,1e2,2024-01-01 10:00,,2\n", "SELECT * FROM t",
+    expect_answer("a,b,c,d,e,f\n007,1,1,2024-01-01,,12345678901\n1,2.50,1e+2,2024-01-01 10:00,,2\n", "SELECT * FROM t",
                   "[\n  {\"a\": \"007\", \"b\": 1, \"c\": 1, \"d\": \"2024-01-01 00:00:00\", \"e\": null, \"f\": 12345678901},\n"
                   "  {\"a\": \"1\", \"b\": 2.50, \"c\": 100, \"d\": \"2024-01-01 10:00:00\", \"e\": null, \"f\": 2}\n]\n",
                   json);
@@ -255,7 +255,8 @@ TEST(Program, FileErrors) {
     const std::string query = "SELECT 1 FROM t";
     const std::string read = "SELECT a FROM t";
     expect_failure("", query, "t.csv: No such file or directory; check the file's name ...", {"t.csv"});
-    expect_failure("a\n", query, "NULL: No such file or directory; ...", {"--null", "NA", "NULL"});
+    expect_failure("a\n", query, "NULL: no such file; another text for NULL has the option before it, too: --null 'NA' --null 'NULL'",
+                   {"--null", "NA", "NULL"});
     expect_failure("\n", query, "t.csv: the file is empty; its first line must name the columns");
     expect_failure("a,b\n\"x\ny\",1\n3\n", query, "t.csv, line 4: the header has 2 fields and this row 1; ...");
     expect_failure("a,b\n1,2\n3,\"x\n\n", query, "t.csv, line 3: the row that begins here has a quote that is never closed; ...");
@@ -268,6 +269,9 @@ TEST(Program, FileErrors) {
         "t.csv: this is JSON; with --no-header --quote none --delimiter 0x01 each line is a text, for JSON_VALUE(column_1, '$.name')");
     expect_answer("{\"a\": 1}\n{\"a\": \"x\"}\n", "SELECT JSON_VALUE(column_1, '$.a') AS a FROM t", "a\n1\nx\n",
                   {"--no-header", "--quote", "none", "--delimiter", "0x01"});
+    expect_failure(
+        "a\n\xC3\xA4\n\xE4-\n", read,
+        "t.csv, line 3, column a: \"\xEF\xBF\xBD-\" is not valid utf-8, as other rows are; --ignore-errors leaves out such rows");
     expect_failure("a\nx\n\xC0\xAF\n", read, "t.csv, line 3, column a: \"\xEF\xBF\xBD\xEF\xBF\xBD\" is not valid utf-8; ...");
     expect_failure(
         "a\n1\n2147483648\n", read,

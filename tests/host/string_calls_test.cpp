@@ -63,7 +63,7 @@ TEST(StringCalls, BuiltTexts) {
         {"LENGTH('é ') ; CHAR_LENGTH('é ') ; CHARACTER_LENGTH('é ') ; LENGTHB('é ') ; OCTET_LENGTH('é ') ; LENGTH('')",
          "2, 2, 2, 3, 3, null"},
         {"CONCAT('a')", "8, near CONCAT: CONCAT takes 2 or more arguments, not 1: CONCAT(a, b, ...)"},
-        {"OVERLAY('a' PLACING 'b' FROM 0)", "OVERLAY: -6803 an argument is outside the function's domain"},
+        {"OVERLAY('a' PLACING 'b' FROM 0)", "OVERLAY: -6803 an argument is outside the function's domain; the position is 1 or more"},
     });
 }
 
