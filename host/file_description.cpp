@@ -146,7 +146,9 @@ void describe_file(const std::string& path, const program_options& options) {
     output.finish();
     report_bad_rows(source->reader);
     if (std::ranges::any_of(described, [](const column_description& column) { return !column.is_valid; })) {
-        print_message(fmt::format("{}: there is text that is not valid {}{}", path, settings.text_charset->name, naming_encoding));
+        const bool is_mixed = std::ranges::any_of(described, &column_description::has_characters);
+        print_message(fmt::format("{}: there is text that is not valid {}{}", path, settings.text_charset->name,
+                                  is_mixed ? ", besides text that is; in a query --ignore-errors leaves out such rows" : naming_encoding));
     }
     std::ranges::for_each(source->number_remarks, print_message);
     if (!source->blank_remark.empty()) {

@@ -174,6 +174,7 @@ column_description describe(const column_state& column, const table_column& sour
                             .text_line = column.text_line,
                             .text = {},
                             .is_valid = true,
+                            .has_characters = false,
                             .decimal = {},
                             .dressed = {},
                             .seems = {},
@@ -186,7 +187,9 @@ column_description describe(const column_state& column, const table_column& sour
         made.has_mixed_zones = has_mixed_zones(column.forms);
     }
     const auto shown = [&](const std::string& text) {
-        made.is_valid &= is_valid_text(set, text);
+        const bool is_valid = is_valid_text(set, text);
+        made.is_valid &= is_valid;
+        made.has_characters |= is_valid && std::ranges::any_of(text, [](char c) { return static_cast<unsigned char>(c) >= 0x80; });
         return to_utf8_with_replacements(set, text);
     };
     const auto take = [&](const auto& range) {

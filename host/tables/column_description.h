@@ -25,6 +25,7 @@ struct column_description {
     std::optional<std::uint64_t> text_line;
     std::optional<std::string> text;
     bool is_valid;                       // whether all of these are text of the character set
+    bool has_characters;                 // whether some are, beyond ASCII
     std::string decimal;                 // the --decimal with which a VARCHAR would be of numbers, or both, as decimal_option has it
     std::string dressed;                 // what makes numbers of a VARCHAR that has something around them, as type_advice has it
     std::vector<column_type> seems;      // what a VARCHAR of nothing but true and false, or of dates in one form, can be given as its type

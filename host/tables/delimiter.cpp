@@ -102,16 +102,19 @@ std::string doubt_of_remarks(std::string_view path, std::string_view text, bool 
     while (text.starts_with('#')) {
         text.remove_prefix(std::min(text.find('\n'), text.size() - 1) + 1);
     }
+    cut_lines best{.delimiter = ',', .fields = 0, .same_lines = 1, .all_same = false, .last_fields = 0};
     for (std::size_t i = 0; i < guessed; ++i) {
         syntax.delimiter = named_delimiters[i].delimiter;
         const cut_lines cut = cut_with(syntax, text, is_all);
-        if (cut.fields > 1 && cut.all_same && cut.same_lines > 1) {
-            return fmt::format("{}: the first line begins with # and has one field, and those behind it have fields that end with a {}; "
-                               "--comment '#' leaves out lines that begin so",
-                               path, delimiter_name(syntax.delimiter));
+        if (cut.fields > 1 && cut.same_lines > best.same_lines) {
+            best = cut;
         }
     }
-    return "";
+    return best.fields == 0
+               ? ""
+               : fmt::format("{}: the first line begins with # and has one field, and those behind it have fields that end with a {}; "
+                             "--comment '#' leaves out lines that begin so",
+                             path, delimiter_name(best.delimiter));
 }
 
 } // namespace

@@ -7,11 +7,30 @@
 
 #include "host/sql/names.h"
 #include "host/tables/given_types.h"
+#include "host/values/charset_text.h"
 #include "host/values/plain_number.h"
 #include "host/values/value_text.h"
 
 namespace host {
 namespace {
+
+// 1,23,456.00: groups of two digits before the last, which has three.
+bool has_indian_groups(std::string_view text) {
+    std::string shape(text.substr(0, text.find('.')));
+    std::ranges::replace_if(
+        shape, [](char c) { return c >= '0' && c <= '9'; }, '0');
+    const std::string_view groups = shape;
+    constexpr std::string_view last = ",000";
+    if (!groups.ends_with(last)) {
+        return false;
+    }
+    std::string_view rest = groups.substr(0, groups.size() - last.size());
+    std::size_t pairs = 0;
+    for (; rest.ends_with(",00"); ++pairs) {
+        rest.remove_suffix(3);
+    }
+    return pairs > 0 && (rest == "0" || rest == "00") && text.substr(groups.size()).find_first_not_of("0123456789", 1) == text.npos;
+}
 
 bool has_plain_forms(const text_forms& forms) { return (forms.of_all & (decimal_form | double_form)) != 0; }
 
@@ -33,9 +52,9 @@ std::string way_by_null(const table_column& column, const text_forms& forms, con
         return fmt::format("; rows that repeat the header are left out with {}", leaving_out);
     }
     if (!forms.other.empty()) {
-        return fmt::format("; \"{}\"{} is not of type {}, which the others have; {} leaves out such rows", forms.other,
-                           forms.other_line == 0 ? "" : fmt::format(" in line {}", forms.other_line), sql_type_name(found.others),
-                           leaving_out);
+        return fmt::format(
+            "; \"{}\"{} is not of type {}, which the others have; {} leaves out such rows", shown_text(*find_charset("utf-8"), forms.other),
+            forms.other_line == 0 ? "" : fmt::format(" in line {}", forms.other_line), sql_type_name(found.others), leaving_out);
     }
     const std::string options = null_options(found.texts, known);
     return options.empty()
@@ -223,12 +242,7 @@ std::string advice_on_dressed_numbers(const std::string& column, const text_form
     if (first.starts_with("=\"") && first.ends_with('"') && shape_of_number(first.substr(2, first.size() - 3)).is_number) {
         return fmt::format("REPLACE(SUBSTR({}, 2), '\"', '') is without the signs around texts such as {}", name, first);
     }
-    // 1,23,456.00
-    plain = first;
-    std::erase(plain, ',');
-    return plain.size() + 1 < first.size() && first.find(",,") == first.npos && shape_of_number(plain).is_number
-               ? fmt::format("TO_NUMBER(REPLACE({}, ',', '')) makes numbers of texts such as {}", name, first)
-               : "";
+    return has_indian_groups(first) ? fmt::format("TO_NUMBER(REPLACE({}, ',', '')) makes numbers of texts such as {}", name, first) : "";
 }
 
 std::string advice_on_long_fractions(const std::string& column) {

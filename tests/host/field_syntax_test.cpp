@@ -55,9 +55,9 @@ TEST(FieldSyntax, Comments) {
          "t.csv: the first line begins with # and has one field, and those behind it have fields that end with a semicolon; --comment '#' "
          "leaves out lines that begin so"},
         {"t.txt",
-         "# v2\n# one\ntime | text\n1 | 2\n",
+         "# v2\n# one\ntime | text\n1 | 2\n2 | 3 | 4\n",
          {"--skip", "1"},
-         "# one\ntime | text\n1 | 2\n",
+         "# one\ntime | text\n1 | 2\n2 | 3 | 4\n",
          "t.txt: the first line begins with # and has one field, and those behind it have fields that end with a bar; --comment '#' "
          "leaves out lines that begin so"},
         {"t.csv", "#one\n#two\n#", {}, "#one\n#two\n#\n"},

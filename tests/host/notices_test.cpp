@@ -462,6 +462,8 @@ TEST(Notices, ValuesThatAreFaultsAreNotTakenForNull) {
         "around texts such as =\"01067\"\nbifun: t.csv: column e: numbers of this form are text; TO_NUMBER(REPLACE(e, '€ ', '')) makes "
         "numbers of its texts\nbifun: t.csv: column f: times of this form are text; CAST(SUBSTR(f, 1, 26) AS TIMESTAMP) leaves out what "
         "stands behind six digits of a fraction\n");
+    directory.write("u.csv", "a,b\n\"1,2,3\",\"1,23,45\"\nx,y\n"); // lists
+    EXPECT_EQ(directory.run({"describe", "u.csv"}).err, "");
     expect_answer(
         read_file(directory.path / "t.csv"),
         "SELECT TO_NUMBER(REPLACE(c, ',', '')) AS c, REPLACE(SUBSTR(d, 2), '\"', '') AS d, CAST(SUBSTR(f, 1, 26) AS TIMESTAMP) AS f "

@@ -269,6 +269,11 @@ TEST(Program, FileErrors) {
         "t.csv: this is JSON; with --no-header --quote none --delimiter 0x01 each line is a text, for JSON_VALUE(column_1, '$.name')");
     expect_answer("{\"a\": 1}\n{\"a\": \"x\"}\n", "SELECT JSON_VALUE(column_1, '$.a') AS a FROM t", "a\n1\nx\n",
                   {"--no-header", "--quote", "none", "--delimiter", "0x01"});
+    const scratch_directory mixed;
+    mixed.write("t.csv", "a\n\xC3\xA4\n\xE4-\n");
+    EXPECT_EQ(
+        mixed.run({"describe", "t.csv"}).err,
+        "bifun: t.csv: there is text that is not valid utf-8, besides text that is; in a query --ignore-errors leaves out such rows\n");
     expect_failure(
         "a\n\xC3\xA4\n\xE4-\n", read,
         "t.csv, line 3, column a: \"\xEF\xBF\xBD-\" is not valid utf-8, as other rows are; --ignore-errors leaves out such rows");
