@@ -40,7 +40,7 @@ inline uint128 coefficient(const xdec& value) {
 // none does no harm.
 inline void fetch_ahead(const xdec& value) {
     constexpr std::uintptr_t distance = 2048;
-    __builtin_prefetch(reinterpret_cast<const void*>(reinterpret_cast<std::uintptr_t>(value.bytes) + distance));
+    __builtin_prefetch(reinterpret_cast<const void*>(reinterpret_cast<std::uintptr_t>(value.bytes) + distance)); // NOLINT: as said
 }
 
 // Digits of the coefficient; 1 for zero.

@@ -212,7 +212,7 @@ template <class T> struct dense_rows {
 template <class Rows> void fetch_ahead(const Rows& /*rows*/, std::uint32_t /*k*/) {}
 inline void fetch_ahead(const dense_rows<bifun_string>& rows, std::uint32_t k) {
     constexpr std::uintptr_t distance = 512;
-    __builtin_prefetch(reinterpret_cast<const void*>(reinterpret_cast<std::uintptr_t>(rows[k].data) + distance));
+    __builtin_prefetch(reinterpret_cast<const void*>(reinterpret_cast<std::uintptr_t>(rows[k].data) + distance)); // NOLINT: as said
 }
 
 template <class T> struct constant_rows : made_in_place_if_long<T> {

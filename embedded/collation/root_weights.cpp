@@ -102,7 +102,7 @@ bool shares_first_byte(const UCollator* root, UChar character, const character_w
     const UChar twice[] = {character, character};
     const icu_key key = key_of_units(root, twice, 2);
     const auto* const end_of_primaries = std::find(key.bytes, key.bytes + key.length, level_separator);
-    return end_of_primaries - key.bytes != 2 * weights.primary_length;
+    return end_of_primaries - key.bytes != std::ptrdiff_t{2} * weights.primary_length;
 }
 
 // The weights of a level that are written, in room for all, and how many common ones follow.
@@ -183,8 +183,8 @@ std::int32_t key_by(const weight_table& table, const std::uint32_t* code_points,
     constexpr std::uint32_t longest_primary = 5;
     std::uint8_t primary_bytes[longest_primary * longest_root_text + sizeof(std::uint32_t)];
     std::uint8_t* const first_primary = room >= longest_primary * count + sizeof(std::uint32_t) ? key : primary_bytes;
-    std::uint8_t secondary_bytes[4 * longest_root_text];
-    std::uint8_t tertiary_bytes[4 * longest_root_text];
+    std::uint8_t secondary_bytes[std::size_t{4} * longest_root_text];
+    std::uint8_t tertiary_bytes[std::size_t{4} * longest_root_text];
     primary_weights primaries{first_primary, 0};
     level_weights secondaries{secondary_bytes, 0};
     level_weights tertiaries{tertiary_bytes, 0};

@@ -49,7 +49,7 @@ char first_character(const digit_characters& digits) { return static_cast<char>(
 
 // Above 0 and below 1: `zeros` digits behind the point are 0, at most 4.
 char* write_fraction(char* out, const digit_characters& digits, std::uint32_t zeros) {
-    std::memcpy(out, "0.000000", 8);
+    std::memcpy(out, "0.000000", 8); // NOLINT(bugprone-not-null-terminated-result): no text of C
     out += 2 + zeros;
     *out = first_character(digits);
     write_16(out + 1, digits.others);

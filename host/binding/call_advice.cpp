@@ -149,7 +149,7 @@ std::string advice_on_arguments(const binder& state, std::string_view builtin, s
             return "; write the number without quotes";
         }
     }
-    const std::string of_texts = advice_on_texts(builtin, offered);
+    std::string of_texts = advice_on_texts(builtin, offered);
     if (has_text && !of_texts.empty()) {
         return of_texts;
     }
@@ -204,6 +204,7 @@ std::string advice_on_keyword(const expression& call, std::string_view builtin) 
         names[word.code] = word.names.substr(0, word.names.find(' '));
     }
     std::vector<std::string> shown;
+    shown.reserve(names.size());
     for (const auto& [code, name] : names) {
         shown.push_back(name);
     }
