@@ -180,7 +180,7 @@ std::int32_t key_by(const weight_table& table, const std::uint32_t* code_points,
                     std::uint8_t* key, std::uint32_t room) {
     // A primary weight has at most four bytes and one before them, and is written as a word. On the other levels a character has at most
     // two weights, a run of common ones before each.
-    constexpr std::uint32_t longest_primary = 5;
+    constexpr std::size_t longest_primary = 5;
     std::uint8_t primary_bytes[longest_primary * longest_root_text + sizeof(std::uint32_t)];
     std::uint8_t* const first_primary = room >= longest_primary * count + sizeof(std::uint32_t) ? key : primary_bytes;
     std::uint8_t secondary_bytes[std::size_t{4} * longest_root_text];
