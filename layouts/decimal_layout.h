@@ -18,6 +18,7 @@
 #include <cstring>
 
 #include "bop/frame/contract.h"
+#include "layouts/fetch_ahead.h"
 #include "layouts/order.h"
 
 namespace bifun::decimal_layout {
@@ -36,11 +37,10 @@ inline uint128 coefficient(const xdec& value) {
     return bits;
 }
 
-// Has what lies some way behind a value come from memory, for loops that take less time for a value than that takes. An address that is
-// none does no harm.
+// Has the values some way behind one come from memory.
 inline void fetch_ahead(const xdec& value) {
     constexpr std::uintptr_t distance = 2048;
-    __builtin_prefetch(reinterpret_cast<const void*>(reinterpret_cast<std::uintptr_t>(value.bytes) + distance)); // NOLINT: as said
+    fetch_behind(value.bytes, distance);
 }
 
 // Digits of the coefficient; 1 for zero.

@@ -21,6 +21,7 @@
 #include <type_traits>
 
 #include "bop/frame/batch.h"
+#include "layouts/fetch_ahead.h"
 
 namespace bifun {
 
@@ -208,11 +209,11 @@ template <class T> struct dense_rows {
 };
 
 // Has the bytes behind a row's text come from memory while the row is evaluated: the texts of a column mostly lie one behind the other, and
-// a kernel that waits for each stops whatever runs ahead of it. An address that is none of the column's does no harm.
+// a kernel that waits for each stops whatever runs ahead of it.
 template <class Rows> void fetch_ahead(const Rows& /*rows*/, std::uint32_t /*k*/) {}
 inline void fetch_ahead(const dense_rows<bifun_string>& rows, std::uint32_t k) {
     constexpr std::uintptr_t distance = 512;
-    __builtin_prefetch(reinterpret_cast<const void*>(reinterpret_cast<std::uintptr_t>(rows[k].data) + distance)); // NOLINT: as said
+    fetch_behind(rows[k].data, distance);
 }
 
 template <class T> struct constant_rows : made_in_place_if_long<T> {

@@ -48,10 +48,6 @@ std::string_view spelling_of_column(const expression& tree, std::string_view sql
     return column_as_spelled(sql, tree.offset, !tree.table.empty(), tree.name);
 }
 
-} // namespace
-
-namespace {
-
 // Whether this is what a column of the file would be called without a header.
 bool is_name_by_place(const table& source, std::string_view name) {
     for (std::size_t i = 1; i <= source.columns.size(); ++i) {
@@ -204,10 +200,6 @@ operand bind_column(binder& state, const expression& tree) {
 
 // ---- comparisons and conditions ------------------------------------------------------------------------------------
 
-} // namespace
-
-namespace {
-
 // Of a literal beside values of that type: as a text, dates would have another order.
 std::string way_to_write(sql_type needed, std::string_view text) {
     std::string ways;
@@ -216,10 +208,6 @@ std::string way_to_write(sql_type needed, std::string_view text) {
     }
     return !ways.empty() ? ways : has_date(needed) ? "; a date is written DATE '2025-01-31'" : "; a time is written TIME '10:30:00'";
 }
-
-} // namespace
-
-namespace {
 
 constexpr std::string_view null_instead_of_empty = "; an empty field is NULL, as in x IS NULL and x IS NOT NULL";
 
@@ -287,10 +275,6 @@ std::size_t add_condition(binder& state, step_kind kind, std::vector<std::size_t
 std::size_t negated_if(binder& state, bool negated, std::size_t condition) {
     return negated ? add_condition(state, step_kind::negation, {condition}) : condition;
 }
-
-} // namespace
-
-namespace {
 
 // What a text shows of a date, as a column or as a literal.
 enum class date_look : std::uint8_t { none, iso, written };

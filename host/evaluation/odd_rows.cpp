@@ -3,6 +3,7 @@
 
 #include "host/evaluation/execution_parts.h"
 
+#include <algorithm>
 #include <cstring>
 #include <limits>
 #include <utility>
@@ -69,7 +70,7 @@ std::string way_to_numbers(const execution& run, std::size_t operand, std::strin
 }
 
 // No other argument of such calls may be NULL: those are constants. Empty texts and words for NULL are NULL by right.
-void count_unread_texts(const execution& run, step& call, odd_rows& odd, std::uint32_t row_count) {
+void count_unread_texts(const execution& run, const step& call, odd_rows& odd, std::uint32_t row_count) {
     const std::size_t operand = operand_of(call, odd);
     const bifun_column& texts = column_of(run, operand);
     const auto is_odd = [&](std::uint32_t k) {
@@ -96,7 +97,7 @@ std::string way_to_seconds(std::int64_t number) {
     return "";
 }
 
-void count_late_seconds(const execution& run, step& call, odd_rows& odd, std::uint32_t row_count) {
+void count_late_seconds(const execution& run, const step& call, odd_rows& odd, std::uint32_t row_count) {
     const std::size_t operand = operand_of(call, odd);
     const bifun_column& seconds = column_of(run, operand);
     const auto value = [&](std::uint32_t k) { return static_cast<const std::int64_t*>(seconds.data->values)[row_of(seconds, k)]; };
@@ -165,47 +166,36 @@ void count_filled_results(const execution& run, const step& call, odd_rows& odd,
         [](std::uint32_t) { return "; the format needs more digits before the point"; });
 }
 
+// ---- the kinds -------------------------------------------------------------------------------------------------------
+
+struct kind_of_oddity {
+    oddity kind;
+    void (*count)(const execution& run, const step& call, odd_rows& odd, std::uint32_t row_count);
+    std::string_view what; // the call does
+};
+
+constexpr kind_of_oddity kinds[] = {
+    {oddity::unread_dates, count_unread_texts, "gives NULL for texts that are no dates such as 2024-02-29"},
+    {oddity::unread_numbers, count_unread_texts, "gives NULL for texts that are no numbers"},
+    {oddity::late_seconds, count_late_seconds, "gives NULL for more than 2147483647 seconds"},
+    {oddity::nulls_for_now, count_nulls, "takes NULL for the current time"},
+    {oddity::apart_zones, count_apart_zones, "takes the clock times of different zones as they are"},
+    {oddity::filled_results, count_filled_results, "has no room under its format for the number"},
+};
+
+const kind_of_oddity& kind_of(const odd_rows& odd) { return *std::ranges::find(kinds, odd.kind, &kind_of_oddity::kind); }
+
+// Of a single datetime the other zone is the session's.
 std::string_view what_is_odd(const step& call, const odd_rows& odd) {
-    switch (odd.kind) {
-    case oddity::unread_dates:
-        return "gives NULL for texts that are no dates such as 2024-02-29";
-    case oddity::unread_numbers:
-        return "gives NULL for texts that are no numbers";
-    case oddity::late_seconds:
-        return "gives NULL for more than 2147483647 seconds";
-    case oddity::nulls_for_now:
-        return "takes NULL for the current time";
-    case oddity::apart_zones:
-        return odd.argument + 1 < call.operands.size() ? "takes the clock times of different zones as they are"
-                                                       : "takes the clock time of another zone for one of the session's";
-    case oddity::filled_results:
-        return "has no room under its format for the number";
-    }
-    return "";
+    const bool is_single = odd.kind == oddity::apart_zones && odd.argument + 1 == call.operands.size();
+    return is_single ? "takes the clock time of another zone for one of the session's" : kind_of(odd).what;
 }
 
 } // namespace
 
 void count_odd_rows(const execution& run, step& call, std::uint32_t row_count) {
     for (odd_rows& odd : call.odd) {
-        switch (odd.kind) {
-        case oddity::unread_dates:
-        case oddity::unread_numbers:
-            count_unread_texts(run, call, odd, row_count);
-            break;
-        case oddity::late_seconds:
-            count_late_seconds(run, call, odd, row_count);
-            break;
-        case oddity::nulls_for_now:
-            count_nulls(run, call, odd, row_count);
-            break;
-        case oddity::apart_zones:
-            count_apart_zones(run, call, odd, row_count);
-            break;
-        case oddity::filled_results:
-            count_filled_results(run, call, odd, row_count);
-            break;
-        }
+        kind_of(odd).count(run, call, odd, row_count);
     }
 }
 
